@@ -1,0 +1,33 @@
+# The message classes generated from protobuf/, as filter_common_messages: objects that the library
+# takes in and exports. A process that holds them twice aborts while it is loaded, so nothing else
+# compiles them: others link the library and include <filter_common/filter_groups.pb.h>, found under
+# FILTER_COMMON_GENERATED_DIR.
+
+set(FILTER_COMMON_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
+set(output_dir ${FILTER_COMMON_GENERATED_DIR}/filter_common)
+set(schema_dir ${PROJECT_SOURCE_DIR}/protobuf)
+set(schemas filter_matches filter_actions filter_counter filter_entries filter_groups)
+
+list(TRANSFORM schemas APPEND .proto OUTPUT_VARIABLE schema_names)
+list(TRANSFORM schema_names PREPEND ${schema_dir}/ OUTPUT_VARIABLE schema_files)
+list(TRANSFORM schemas REPLACE "(.+)" "${output_dir}/\\1.pb.cc" OUTPUT_VARIABLE message_sources)
+list(TRANSFORM schemas REPLACE "(.+)" "${output_dir}/\\1.pb.h" OUTPUT_VARIABLE message_headers)
+
+# The schemas are given by plain names, because that is how they import each other and how their
+# descriptors are registered.
+file(MAKE_DIRECTORY ${output_dir})
+add_custom_command(
+  OUTPUT ${message_sources} ${message_headers}
+  COMMAND protobuf::protoc -I ${schema_dir} --cpp_out=${output_dir} ${schema_names}
+  DEPENDS ${schema_files} protobuf::protoc
+  COMMENT "Generating message classes"
+  VERBATIM)
+
+add_library(filter_common_messages OBJECT ${message_sources} ${message_headers})
+target_link_libraries(filter_common_messages PUBLIC protobuf::libprotobuf)
+target_compile_options(filter_common_messages PRIVATE -w)
+set_target_properties(
+  filter_common_messages
+  PROPERTIES POSITION_INDEPENDENT_CODE ON
+             CXX_VISIBILITY_PRESET default
+             VISIBILITY_INLINES_HIDDEN OFF)

@@ -1,0 +1,349 @@
+#ifndef FILTER_COMMON_FILTER_ACTIONS_H_
+#define FILTER_COMMON_FILTER_ACTIONS_H_
+
+// What the device does with a packet that a rule matches, one class a treatment. An action is a
+// value: made by its constructor, read by its getters, compared with ==, printed with <<, written
+// to and read from an ActionPB message. An entry keeps copies; the caller's object stays the
+// caller's.
+//
+// Common to all classes:
+// - convertToActionPB() sets the message's type_ and the fields of the class; hand in a fresh
+//   message. convertFromActionPB() takes the fields of the class, 0 for an absent one, and does not
+//   look at type_. Numbers are cut to the width of the field; missing address bytes become zero.
+// - No value is range-checked, except by ActionMplsPortSet.
+// - Nothing fails but memory (std::bad_alloc from the classes that hold lists), and
+//   ActionMplsPortSet, which throws std::invalid_argument.
+// - Objects are not synchronised: callers serialise access to each.
+
+#include <filter_common/filter_types.h>
+
+#include <iosfwd>
+#include <list>
+#include <vector>
+
+namespace FiltersCommon {
+class ActionPorts;
+}
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionPorts& action);
+
+namespace FiltersCommon {
+
+class ActionPB;
+
+// The base of all actions, and an action of any code seen from outside.
+class FILTERS_API Action {
+ public:
+  explicit Action(filtersAction_t actionType) : type(actionType) {}
+  Action(const Action&) = default;
+  Action& operator=(const Action&) { return *this; }  // an object keeps its code for life
+  virtual ~Action() = default;
+
+  virtual void convertToActionPB(ActionPB* message) const;
+  virtual void convertFromActionPB(const ActionPB* message);
+
+  // The generic comparison: false when the codes differ, else the comparison of the code's class;
+  // both objects must be of that class. Two objects of one unknown code are equal.
+  bool operator==(const Action& other) const;
+
+  filtersAction_t getType() const { return type; }
+ private:
+  const filtersAction_t type;
+};
+
+// Lets two actions of different classes be compared: the generic comparison answers.
+template <class = void>
+bool operator==(const Action& a, const Action& b) {
+  return a.operator==(b);
+}
+
+// --- Verdicts ------------------------------------------------------------------------------------
+
+// Lets the packet through.
+class FILTERS_API ActionPermit : public Action {
+ public:
+  ActionPermit() : Action(FILTERS_ACTION_PERMIT) {}
+  virtual bool operator==(const ActionPermit&) const { return true; }
+};
+
+// Drops the packet.
+class FILTERS_API ActionDeny : public Action {
+ public:
+  ActionDeny() : Action(FILTERS_ACTION_DENY) {}
+  bool operator==(const ActionDeny&) const { return true; }
+};
+
+// Drops the packet in the routing stage.
+class FILTERS_API ActionBlackHole : public Action {
+ public:
+  ActionBlackHole() : Action(FILTERS_ACTION_BLACK_HOLE) {}
+  bool operator==(const ActionBlackHole&) const { return true; }
+};
+
+// --- The way to the CPU --------------------------------------------------------------------------
+
+// Sends a copy of the packet to the CPU.
+class FILTERS_API ActionCopyToCpu : public Action {
+ public:
+  ActionCopyToCpu() : Action(FILTERS_ACTION_COPY_TO_CPU) {}
+  bool operator==(const ActionCopyToCpu&) const { return true; }
+};
+
+// Takes back an earlier decision to copy or to switch the packet to the CPU.
+class FILTERS_API ActionCopyToCpuCancel : public Action {
+ public:
+  explicit ActionCopyToCpuCancel(cp2cpuCancelParam_t cancelType)
+      : Action(FILTERS_ACTION_COPY_TO_CPU_CANCEL), cancelType_(cancelType) {}
+  cp2cpuCancelParam_t getCancelType() const { return cancelType_; }
+  bool operator==(const ActionCopyToCpuCancel& o) const { return cancelType_ == o.cancelType_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  cp2cpuCancelParam_t cancelType_;
+};
+
+// The queue towards the CPU.
+class FILTERS_API ActionMapToCpuCosQueue : public Action {
+ public:
+  explicit ActionMapToCpuCosQueue(unsigned char queue)
+      : Action(FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE), queue_(queue) {}
+  unsigned char getCpuCosQueue() const { return queue_; }
+  bool operator==(const ActionMapToCpuCosQueue& o) const { return queue_ == o.queue_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char queue_;
+};
+
+// Drops a layer-2 packet that would go to the CPU.
+class FILTERS_API ActionL2ToCpuDrop : public Action {
+ public:
+  ActionL2ToCpuDrop() : Action(FILTERS_ACTION_L2_TO_CPU_DROP) {}
+  bool operator==(const ActionL2ToCpuDrop&) const { return true; }
+};
+
+// --- Ports and forwarding ------------------------------------------------------------------------
+
+// A list of ports in the caller's order; order and duplicates count when two are compared. Its own
+// conversion carries the code alone. Used through its leaf.
+class FILTERS_API ActionPorts : public Action {
+ public:
+  ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);
+  std::list<limid_t> getPorts() const { return {ports_.begin(), ports_.end()}; }
+  bool operator==(const ActionPorts& other) const;
+ protected:
+  std::vector<limid_t> ports_;
+  friend FILTERS_API std::ostream& ::operator<<(std::ostream& os, const ActionPorts& action);
+};
+
+// The ports that the packet must not leave by. Reading a message adds to the ports already held.
+class FILTERS_API ActionBlockEgressPorts : public ActionPorts {
+ public:
+  explicit ActionBlockEgressPorts(const std::list<limid_t>& ports);
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+};
+
+// Sends the packet to other ports: one when made by the constructor, any number when read from a
+// message, which replaces the ports already held.
+class FILTERS_API ActionRedirect : public Action {
+ public:
+  explicit ActionRedirect(const limid_t& port);
+  std::list<limid_t> getRedirectPorts() const { return ports_; }
+  const std::list<limid_t>& getRedirectPortsRef() const { return ports_; }
+  virtual bool operator==(const ActionRedirect& other) const;
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  std::list<limid_t> ports_;
+};
+
+// Takes back an earlier redirection.
+class FILTERS_API ActionRedirectCancel : public Action {
+ public:
+  ActionRedirectCancel() : Action(FILTERS_ACTION_REDIRECT_CANCEL) {}
+  virtual bool operator==(const ActionRedirectCancel&) const { return true; }
+};
+
+// Routes the packet to a layer-3 destination of the device.
+class FILTERS_API ActionL3Switch : public Action {
+ public:
+  explicit ActionL3Switch(unsigned int destinationId)
+      : Action(FILTERS_ACTION_L3_SWITCH), destinationId_(destinationId) {}
+  unsigned int getL3DestinationId() const { return destinationId_; }
+  bool operator==(const ActionL3Switch& o) const { return destinationId_ == o.destinationId_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned int destinationId_;
+};
+
+// Puts the packet into an MPLS VPN through an access port. The only action that checks its
+// values: the VPN is a VPWS or a bridge domain of the VPLS type, the access port a LAG or an
+// Ethernet port; anything else throws std::invalid_argument and is not stored. On the wire both
+// travel as interface indexes, not as limids.
+class FILTERS_API ActionMplsPortSet : public Action {
+ public:
+  // Both ids zero: to be filled by convertFromActionPB(), as is what BuildEmpty() returns.
+  ActionMplsPortSet() : Action(FILTERS_ACTION_MPLS_PORT_SET) {}
+  ActionMplsPortSet(limid_t vpnId, limid_t mplsAccessPort);
+  static ActionMplsPortSet BuildEmpty() { return ActionMplsPortSet(); }
+
+  limid_t getVpnId() const { return vpn_id; }
+  limid_t getMplsAccessPort() const { return mpls_access_port; }
+  void setVpnId(limid_t vpnId);
+  void setMplsAccessPort(limid_t mplsAccessPort);
+  static bool IsLimidFromVpnType(limid_t limid);
+
+  bool operator==(const ActionMplsPortSet& other) const;
+  void convertToActionPB(ActionPB* message) const override;
+  // Throws std::invalid_argument when one of the two fields is absent (nothing is changed) or names
+  // an interface of the wrong kind (a good VPN in front of a bad access port stays stored).
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  limid_t vpn_id{};
+  limid_t mpls_access_port{};
+};
+
+// --- Rewriting -----------------------------------------------------------------------------------
+
+// Rewrites the destination MAC address (6 bytes in transmission order).
+class FILTERS_API ActionReplaceDstMac : public Action {
+ public:
+  explicit ActionReplaceDstMac(const ether_addr& mac)
+      : Action(FILTERS_ACTION_REPLACE_DST_MAC), mac_(mac) {}
+  ether_addr getReplaceDstMac() const { return mac_; }
+  virtual bool operator==(const ActionReplaceDstMac& other) const;
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  ether_addr mac_;
+};
+
+// Rewrites the source MAC address (6 bytes in transmission order).
+class FILTERS_API ActionReplaceSrcMac : public Action {
+ public:
+  explicit ActionReplaceSrcMac(const ether_addr& mac)
+      : Action(FILTERS_ACTION_REPLACE_SRC_MAC), mac_(mac) {}
+  ether_addr getReplaceSrcMac() const { return mac_; }
+  virtual bool operator==(const ActionReplaceSrcMac& other) const;
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  ether_addr mac_;
+};
+
+// Rewrites the priority code point of the tag (IEEE 802.1Q: 0 to 7).
+class FILTERS_API ActionSetPcp : public Action {
+ public:
+  explicit ActionSetPcp(unsigned char pcp) : Action(FILTERS_ACTION_SET_PCP), pcp_(pcp) {}
+  unsigned char getPcp() const { return pcp_; }
+  bool operator==(const ActionSetPcp& o) const { return pcp_ == o.pcp_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char pcp_;
+};
+
+// Rewrites the priority code point and chooses the queue of that priority.
+class FILTERS_API ActionSetPcpAndQueue : public Action {
+ public:
+  explicit ActionSetPcpAndQueue(unsigned char pcpAndQueue)
+      : Action(FILTERS_ACTION_SET_PCP_AND_QUEUE), pcpAndQueue_(pcpAndQueue) {}
+  unsigned char getPcpAndQueue() const { return pcpAndQueue_; }
+  bool operator==(const ActionSetPcpAndQueue& o) const { return pcpAndQueue_ == o.pcpAndQueue_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char pcpAndQueue_;
+};
+
+// Rewrites the priority code point of the inner tag. Deliberate: it shares its wire field with
+// ActionSetPcp; the code tells them apart.
+class FILTERS_API ActionSetInnerPcp : public Action {
+ public:
+  explicit ActionSetInnerPcp(unsigned char pcp) : Action(FILTERS_ACTION_SET_INNER_PCP), pcp_(pcp) {}
+  unsigned char getInnerPcp() const { return pcp_; }
+  bool operator==(const ActionSetInnerPcp& o) const { return pcp_ == o.pcp_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char pcp_;
+};
+
+// Copies the outer tag's priority code point into the inner tag. It has no comparison of its own.
+class FILTERS_API ActionCopyInnerPcp : public Action {
+ public:
+  ActionCopyInnerPcp() : Action(FILTERS_ACTION_COPY_INNER_PCP) {}
+};
+
+// Rewrites the differentiated-services code point (RFC 2474: 0 to 63).
+class FILTERS_API ActionSetDSCP : public Action {
+ public:
+  explicit ActionSetDSCP(unsigned char dscp) : Action(FILTERS_ACTION_SET_DSCP), dscp_(dscp) {}
+  unsigned char getDSCP() const { return dscp_; }
+  bool operator==(const ActionSetDSCP& o) const { return dscp_ == o.dscp_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char dscp_;
+};
+
+// Chooses the class-of-service queue. Deliberate: it shares its wire field with
+// ActionMapToCpuCosQueue; the code tells them apart.
+class FILTERS_API ActionMapToCosQueue : public Action {
+ public:
+  explicit ActionMapToCosQueue(unsigned char queue)
+      : Action(FILTERS_ACTION_MAP_TO_COS_QUEUE), queue_(queue) {}
+  unsigned char getCosQueue() const { return queue_; }
+  virtual bool operator==(const ActionMapToCosQueue& o) const { return queue_ == o.queue_; }
+  void convertToActionPB(ActionPB* message) const override;
+  void convertFromActionPB(const ActionPB* message) override;
+ private:
+  unsigned char queue_;
+};
+
+}  // namespace FiltersCommon
+
+// --- Printing ------------------------------------------------------------------------------------
+
+// Each prints a block: the class's name, the code, then a line a value; the first one prints the
+// block of the object's code and nothing for an unknown code. Deliberate: they stand at global
+// scope. Code inside namespace FiltersCommon, whose own operators hide them, calls them qualified:
+// ::operator<<(os, action).
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionPermit& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionDeny& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionCopyToCpu& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionBlockEgressPorts& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionCopyToCpuCancel& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionSetPcp& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionSetPcpAndQueue& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionSetInnerPcp& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionSetDSCP& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionMapToCosQueue& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionMapToCpuCosQueue& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionRedirect& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionReplaceDstMac& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionRedirectCancel& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionReplaceSrcMac& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionL3Switch& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionBlackHole& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionCopyInnerPcp& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionMplsPortSet& action);
+FILTERS_API std::ostream& operator<<(std::ostream& os,
+                                     const FiltersCommon::ActionL2ToCpuDrop& action);
+
+#endif  // FILTER_COMMON_FILTER_ACTIONS_H_

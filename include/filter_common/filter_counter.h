@@ -1,0 +1,41 @@
+#ifndef FILTER_COMMON_FILTER_COUNTER_H_
+#define FILTER_COMMON_FILTER_COUNTER_H_
+
+#include <filter_common/filter_types.h>
+
+#include <iosfwd>
+
+namespace FiltersCommon {
+
+class CounterPB;
+
+// One counter of a filter rule: an identifier, unique within its entry, and what it counts. A
+// plain value: nothing is checked here; FiltersEntry::setCounter() decides what an entry takes.
+class FILTERS_API Counter {
+ public:
+  // Id 0 of the invalid type: a counter that no entry accepts.
+  Counter() = default;
+  Counter(unsigned short id, counter_type_t type) : id_(id), type_(type) {}
+
+  // From its message: the low 16 bits of the id, the type as it stands.
+  explicit Counter(const CounterPB& message);
+
+  unsigned short GetId() const { return id_; }
+  counter_type_t GetType() const { return type_; }
+
+  // Sets both fields of the message.
+  void Serialize(CounterPB* message) const;
+
+  bool operator==(const Counter& other) const { return id_ == other.id_ && type_ == other.type_; }
+  bool operator!=(const Counter& other) const { return !(*this == other); }
+ private:
+  unsigned short id_ = 0;
+  counter_type_t type_ = FILTERS_COUNTER_TYPE_INVALID;
+};
+
+// Two lines: the id, and the type by name ("Unknown" for a value that has none).
+FILTERS_API std::ostream& operator<<(std::ostream& os, const Counter& counter);
+
+}  // namespace FiltersCommon
+
+#endif  // FILTER_COMMON_FILTER_COUNTER_H_

@@ -1,0 +1,282 @@
+#ifndef FILTER_COMMON_FILTER_ENTRIES_H_
+#define FILTER_COMMON_FILTER_ENTRIES_H_
+
+#include <filter_common/filter_actions.h>
+#include <filter_common/filter_counter.h>
+#include <filter_common/filter_matches.h>
+#include <filter_common/filter_types.h>
+#include <policer/policer.h>
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+// The classes that an entry admits: every class of the library that carries a code of its own, and
+// MatchDSCP, which shares that of MatchToS. A new class stands here and in the library's catalogue;
+// the library does not compile when the two differ.
+// clang-format off
+#define FILTERS_MATCH_CLASSES(X)                                                                 \
+  X(MatchAll) X(MatchVirtualPort) X(MatchExternalVlanId) X(MatchIngressPorts) X(MatchDstMac)     \
+  X(MatchTPID) X(MatchSrcMac) X(MatchDstL4Port) X(MatchSrcL4Port) X(MatchSrcIPv4)                \
+  X(MatchL2SrcEntryType) X(MatchDstIPv4) X(MatchInternalVlanId) X(MatchPcp) X(MatchInternalPcp)  \
+  X(MatchSrcIPv6) X(MatchVlanTagging) X(MatchDstIPv6) X(MatchIpProtocol) X(MatchPacketRes)       \
+  X(MatchMplsTerm) X(MatchDSCP) X(MatchToS) X(MatchEgressPorts) X(MatchIngressStpState)          \
+  X(MatchVlanInfo) X(MatchSrcPort) X(MatchTTL) X(MatchVrfId) X(MatchDrop) X(MatchMyStationHit)   \
+  X(MatchCpuPort) X(MatchForwardingType) X(MatchDestinationCpu) X(MatchCPUInjectedPackets)       \
+  X(MatchDstL4PortRange)
+#define FILTERS_ACTION_CLASSES(X)                                                                \
+  X(ActionPermit) X(ActionDeny) X(ActionCopyToCpu) X(ActionBlockEgressPorts)                     \
+  X(ActionCopyToCpuCancel) X(ActionSetPcp) X(ActionSetPcpAndQueue) X(ActionSetDSCP)              \
+  X(ActionMapToCosQueue) X(ActionRedirectCancel) X(ActionReplaceDstMac)                          \
+  X(ActionMapToCpuCosQueue) X(ActionRedirect) X(ActionReplaceSrcMac) X(ActionL3Switch)           \
+  X(ActionSetInnerPcp) X(ActionL2ToCpuDrop) X(ActionCopyInnerPcp) X(ActionMplsPortSet)           \
+  X(ActionBlackHole)
+// clang-format on
+
+namespace FiltersCommon {
+
+class FiltersEntryPB;
+class FiltersSerialized;
+
+// Whether an entry admits objects of class T: exactly the classes listed above, so that a caller's
+// own class is refused even when it derives from one of them.
+template <class T>
+inline constexpr bool isEntryClass = false;
+#define FILTERS_ENTRY_CLASS(T) \
+  template <>                  \
+  inline constexpr bool isEntryClass<T> = true;
+FILTERS_MATCH_CLASSES(FILTERS_ENTRY_CLASS)
+FILTERS_ACTION_CLASSES(FILTERS_ENTRY_CLASS)
+#undef FILTERS_ENTRY_CLASS
+
+// Hands every object of the source over to the destination, in place of what the destination holds
+// under the same key; other keys of the destination stay. The source is left empty. Neither
+// allocates nor fails.
+template <class K, class V>
+void copy_map(std::map<K, std::unique_ptr<V>>& destination,
+              std::map<K, std::unique_ptr<V>>& source) {
+  while (!source.empty()) {
+    auto result = destination.insert(source.extract(source.begin()));
+    if (!result.inserted) result.position->second = std::move(result.node.mapped());
+  }
+}
+
+// One filter rule: which packets (at most one match of each code), what happens to them (at most
+// one action of each code), how fast (a policer, and optionally a parent shared with other rules)
+// and what is counted.
+//
+// Invariants: every match and action is the entry's own copy, stored under its own code. IPv4 and
+// IPv6 addresses never stand together, nor do a destination port and a destination port range.
+//
+// Refusals are result codes and leave the entry unchanged. Building an entry from bytes reports
+// nothing: what is unknown, refused or unreadable is left out. Since a rule with fewer matches
+// applies to more packets, callers who need to know compare the entry with what they expected.
+// Every function that stores something may throw std::bad_alloc.
+//
+// Objects are not synchronised: callers serialise access to each. Entries that share a parent
+// policer may be copied and destroyed on different threads.
+class FILTERS_API FiltersEntry {
+ public:
+  using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
+  using Actions = std::map<filtersAction_t, std::unique_ptr<Action>>;
+
+  // Priority 0, the policer library's default policer, nothing else.
+  FiltersEntry() : FiltersEntry(0) {}
+  explicit FiltersEntry(const filtersEntryId_t& id) : id_(id) {}
+
+  // From the bytes of serialize(). Bytes that do not parse give what could be read of them; empty
+  // bytes give id 0, priority 0 and a policer made from no bytes. Throws std::invalid_argument when
+  // they hold an MPLS port action that lacks one of its interfaces or names one of the wrong kind,
+  // and std::logic_error for a buffer without data whose size is not 0.
+  explicit FiltersEntry(const std::string& bytes);
+  explicit FiltersEntry(const FiltersSerialized& buffer);
+
+  // Copies share the parent policer and nothing else. A held MatchDSCP is copied as a MatchToS.
+  FiltersEntry(const FiltersEntry& other);
+  FiltersEntry& operator=(const FiltersEntry&) = delete;
+  // The source is left valid, with unspecified content.
+  FiltersEntry& operator=(FiltersEntry&& other);
+  ~FiltersEntry() = default;
+
+  filtersEntryId_t getId() const { return id_; }
+  void setId(filtersEntryId_t id) { id_ = id; }
+  filtersEntryPriority_t getPriority() const { return priority_; }
+  void setPriority(const filtersEntryPriority_t& priority) { priority_ = priority; }
+
+  // --- Matches ---
+
+  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that is not the
+  // library's, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate: of
+  // MatchToS and MatchDSCP, either can be read as the other.
+  template <class T>
+  filtersErr_t getMatch(T& out) const;
+
+  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that is
+  // not the library's, or when the match cannot stand beside one already held.
+  template <class T>
+  filtersErr_t setMatch(const T& match);
+
+  // Whether the match may join those held, as to the IP version and as to the destination port;
+  // only its code matters.
+  template <class T>
+  bool isL3CompatibleMatch(T match) const;
+  template <class T>
+  bool isL4DstPortCompatibleMatch(T match) const;
+
+  // FILTERS_ERR_NOT_FOUND when there is none.
+  filtersErr_t deleteMatch(filtersMatch_t code);
+
+  // Replaces all matches by copies of the given ones, or none: the first refusal is returned and
+  // the entry keeps what it had. Null pointers and unknown codes are skipped.
+  filtersErr_t setMatches(const Matches& matches);
+
+  // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
+  // what was stored before it stays. Null pointers and unknown codes are skipped.
+  filtersErr_t copyMatches(const Matches& matches);
+
+  // --- Actions: as matches; no action excludes another ---
+
+  template <class T>
+  filtersErr_t getAction(T& out) const;
+  template <class T>
+  filtersErr_t setAction(const T& action);
+  filtersErr_t deleteAction(filtersAction_t code);
+  filtersErr_t setActions(const Actions& actions);
+  filtersErr_t copyActions(const Actions& actions);
+
+  // --- Policer and counters ---
+
+  // The entry's own policer; valid as long as the entry lives.
+  const policer::Policer& getPolicer() const { return policer_; }
+  filtersErr_t setPolicer(const policer::Policer& policer);
+
+  // The shared parent, null when there is none. Setting makes a new shared object of the argument;
+  // copies of this entry keep the one they have. A parent cannot be taken away again.
+  std::shared_ptr<policer::Policer> getPolicerParent() const { return policerParent_; }
+  filtersErr_t setPolicerParent(const policer::Policer& policer);
+
+  // The counter with this id, null when there is none; valid until the counters change.
+  const Counter* getCounter(unsigned short id) const;
+  const std::map<unsigned short, Counter>& getCounters() const { return counters_; }
+  // Stores the counter in place of one with its id. FILTERS_ERR_INVALID for type 0 and for a type
+  // that a held counter has. Deliberate: also when that counter is the very same.
+  filtersErr_t setCounter(const Counter& counter);
+  // FILTERS_ERR_INVALID_ARGUMENT when there is none.
+  filtersErr_t deleteCounter(unsigned short id);
+  filtersErr_t deleteCounters();
+
+  // --- Conversion and comparison ---
+
+  // Fills a fresh message: counters, matches and actions in ascending order.
+  void convertToFiltersEntryPB(FiltersEntryPB* message) const;
+  // Adds what the message holds; meant for a fresh entry. An MPLS port action's
+  // std::invalid_argument passes through; what was converted before it stays.
+  void convertFromFiltersEntryPB(const FiltersEntryPB* message);
+
+  // The bytes of the entry's message, in place of the string's content or into an empty buffer.
+  void serialize(std::string* out) const;
+  void serialize(FiltersSerialized* out) const;
+
+  // Everything compared by value, the parent too.
+  bool operator==(const FiltersEntry& other) const;
+ private:
+  friend class FiltersGroup;  // validates the held matches and actions
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry);
+
+  void parse(const char* bytes, std::size_t size);
+  const Match* findMatch(filtersMatch_t code) const;
+  const Action* findAction(filtersAction_t code) const;
+  bool isL3Compatible(filtersMatch_t code) const;
+  bool isL4DstPortCompatible(filtersMatch_t code) const;
+  bool isCompatible(filtersMatch_t code) const {
+    return isL3Compatible(code) && isL4DstPortCompatible(code);
+  }
+  void storeMatch(std::unique_ptr<Match> match);
+  void storeAction(std::unique_ptr<Action> action);
+
+  filtersEntryId_t id_;
+  filtersEntryPriority_t priority_ = 0;
+  policer::Policer policer_;
+  std::shared_ptr<policer::Policer> policerParent_;
+  std::map<unsigned short, Counter> counters_;
+  Matches matches_;
+  Actions actions_;
+};
+
+// Prints the entry, its policer unless it has no stage, counters, matches, actions and the parent.
+FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry);
+
+template <class T>
+filtersErr_t FiltersEntry::getMatch(T& out) const {
+  if constexpr (!isEntryClass<T>) {
+    return FILTERS_ERR_INVALID;
+  } else {
+    const Match* held = findMatch(out.getType());
+    if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
+    // Under the code of MatchToS stands a MatchToS or a MatchDSCP: what both have is assigned.
+    using Held = std::conditional_t<std::is_same_v<T, MatchDSCP>, MatchToS, T>;
+    static_cast<Held&>(out) = static_cast<const Held&>(*held);
+    return FILTERS_OK;
+  }
+}
+
+template <class T>
+filtersErr_t FiltersEntry::setMatch(const T& match) {
+  if constexpr (!isEntryClass<T>) {
+    return FILTERS_ERR_INVALID;
+  } else {
+    if (!isCompatible(match.getType())) return FILTERS_ERR_INVALID;
+    storeMatch(std::make_unique<T>(match));
+    return FILTERS_OK;
+  }
+}
+
+template <class T>
+bool FiltersEntry::isL3CompatibleMatch(T match) const {
+  return isL3Compatible(match.getType());
+}
+
+template <class T>
+bool FiltersEntry::isL4DstPortCompatibleMatch(T match) const {
+  return isL4DstPortCompatible(match.getType());
+}
+
+template <class T>
+filtersErr_t FiltersEntry::getAction(T& out) const {
+  if constexpr (!isEntryClass<T>) {
+    return FILTERS_ERR_INVALID;
+  } else {
+    const Action* held = findAction(out.getType());
+    if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
+    out = static_cast<const T&>(*held);
+    return FILTERS_OK;
+  }
+}
+
+template <class T>
+filtersErr_t FiltersEntry::setAction(const T& action) {
+  if constexpr (!isEntryClass<T>) {
+    return FILTERS_ERR_INVALID;
+  } else {
+    storeAction(std::make_unique<T>(action));
+    return FILTERS_OK;
+  }
+}
+
+// For the library's classes the library holds the instances.
+#define FILTERS_EXTERN_MATCH(T)                                          \
+  extern template filtersErr_t FiltersEntry::getMatch<T>(T & out) const; \
+  extern template filtersErr_t FiltersEntry::setMatch<T>(const T& match);
+#define FILTERS_EXTERN_ACTION(T)                                          \
+  extern template filtersErr_t FiltersEntry::getAction<T>(T & out) const; \
+  extern template filtersErr_t FiltersEntry::setAction<T>(const T& action);
+FILTERS_MATCH_CLASSES(FILTERS_EXTERN_MATCH)
+FILTERS_ACTION_CLASSES(FILTERS_EXTERN_ACTION)
+#undef FILTERS_EXTERN_MATCH
+#undef FILTERS_EXTERN_ACTION
+
+}  // namespace FiltersCommon
+
+#endif  // FILTER_COMMON_FILTER_ENTRIES_H_

@@ -1,0 +1,587 @@
+#ifndef FILTER_COMMON_FILTER_MATCHES_H_
+#define FILTER_COMMON_FILTER_MATCHES_H_
+
+// The criteria of a filter rule, one class each. A match is a value: made by its constructor, read
+// by its getters, compared with ==, printed with <<, written to and read from a MatchPB message.
+// An entry keeps copies; the caller's object stays the caller's.
+//
+// Common to all classes:
+// - No value is range-checked: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator is kept.
+// - convertToMatchPB() sets the message's type_ and the fields of the class; hand in a fresh or
+//   cleared message. convertFromMatchPB() takes the fields of the class from the message, and 0
+//   for an absent one; it looks neither at type_ nor at presence. Numbers are cut to the width of
+//   the field, addresses to their size; missing address bytes become zero.
+// - Nothing fails but memory: std::bad_alloc from the classes that hold lists.
+// - Objects are not synchronised: callers serialise access to each.
+
+#include <filter_common/filter_types.h>
+
+#include <iosfwd>
+#include <list>
+#include <set>
+#include <vector>
+
+namespace FiltersCommon {
+
+class MatchPB;
+
+// A class's own comparison stands in front of the generic one of the base: wanted.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
+
+// The base of all matches, and a match of any code seen from outside.
+class FILTERS_API Match {
+ public:
+  explicit Match(filtersMatch_t type) : type_(type) {}
+  Match(const Match&) = default;
+  Match& operator=(const Match&) { return *this; }  // an object keeps its code for life
+  virtual ~Match() = default;
+
+  virtual void convertToMatchPB(MatchPB* message) const;
+  virtual void convertFromMatchPB(const MatchPB* message);
+
+  // The generic comparison: false when the codes differ or are unknown, else the comparison of the
+  // code's class; both objects must be of that class. Code 20 compares whole ToS bytes.
+  virtual bool operator==(const Match& other) const;
+
+  filtersMatch_t getType() const { return type_; }
+ private:
+  const filtersMatch_t type_;
+};
+
+// Lets two matches of different classes be compared: the generic comparison answers.
+template <class = void>
+bool operator==(const Match& a, const Match& b) {
+  return a.operator==(b);
+}
+
+// --- Every packet, ports and switching state -----------------------------------------------------
+
+// Every packet.
+class FILTERS_API MatchAll : public Match {
+ public:
+  MatchAll() : Match(FILTERS_MATCH_ALL) {}
+  bool operator==(const MatchAll&) const { return true; }
+};
+
+// The ports of a packet: logical interface ids in the caller's order, or else kinds of port that
+// are left out. Order and duplicates count when two are compared. Used through its two leaves.
+class FILTERS_API MatchPorts : public Match {
+ public:
+  MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
+  MatchPorts(filtersMatch_t type, const std::list<port_type_t>& excludedPortTypes);
+  std::list<limid_t> getPorts() const { return {ports_.begin(), ports_.end()}; }
+  std::list<port_type_t> getExcludedPortTypes() const;
+  // Replaces the ports. Deliberate: a match that excludes port types refuses them for good, with
+  // FILTERS_ERR_INVALID_ARGUMENT.
+  filtersErr_t setPorts(const std::list<limid_t>& ports);
+  bool operator==(const MatchPorts& other) const;
+ protected:
+  void appendTo(MatchPB* message) const;
+  void appendFrom(const MatchPB& message, bool withExcludedTypes);
+  void print(std::ostream& os) const;
+ private:
+  std::vector<limid_t> ports_;
+  std::vector<port_type_t> excludedPortTypes_;
+};
+
+// The packet came in by one of these ports. Reading a message adds to the lists already held.
+class FILTERS_API MatchIngressPorts : public MatchPorts {
+ public:
+  explicit MatchIngressPorts(const std::list<limid_t>& ports);
+  explicit MatchIngressPorts(const std::list<port_type_t>& excludedPortTypes);
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
+};
+
+// The packet leaves by one of these ports. It never excludes port types: those of a message are
+// ignored. Reading a message adds to the ports already held.
+class FILTERS_API MatchEgressPorts : public MatchPorts {
+ public:
+  explicit MatchEgressPorts(const std::list<limid_t>& ports);
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
+};
+
+// One logical interface id, compared as its four bytes. Used through its two leaves.
+class FILTERS_API MatchLimId : public Match {
+ public:
+  MatchLimId(filtersMatch_t type, limid_t limId) : Match(type), limId_(limId) {}
+  limid_t getLimId() const { return limId_; }
+  bool operator==(const MatchLimId& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ protected:
+  limid_t limId_;
+};
+
+// The virtual port that the packet was assigned to.
+class FILTERS_API MatchVirtualPort : public MatchLimId {
+ public:
+  explicit MatchVirtualPort(limid_t limId) : MatchLimId(FILTERS_MATCH_VIRTUAL_PORT, limId) {}
+};
+
+// The one port that the packet came from.
+class FILTERS_API MatchSrcPort : public MatchLimId {
+ public:
+  explicit MatchSrcPort(limid_t limId) : MatchLimId(FILTERS_MATCH_SRC_PORT, limId) {}
+  void setSrcPort(limid_t limId) { limId_ = limId; }
+};
+
+// The packet comes from the CPU port.
+class FILTERS_API MatchCpuPort : public Match {
+ public:
+  MatchCpuPort() : Match(FILTERS_MATCH_CPU_PORT) {}
+  bool operator==(const MatchCpuPort&) const { return true; }
+};
+
+// The packet goes to the CPU.
+class FILTERS_API MatchDestinationCpu : public Match {
+ public:
+  MatchDestinationCpu() : Match(FILTERS_MATCH_DESTINATION_CPU) {}
+  bool operator==(const MatchDestinationCpu&) const { return true; }
+};
+
+// Whether the CPU injected the packet.
+class FILTERS_API MatchCPUInjectedPackets : public Match {
+ public:
+  explicit MatchCPUInjectedPackets(bool injected)
+      : Match(FILTERS_MATCH_CPU_INJECTED_PACKETS), injected_(injected) {}
+  bool getInjected() const { return injected_; }
+  virtual bool operator==(const MatchCPUInjectedPackets& o) const {
+    return injected_ == o.injected_;
+  }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  bool injected_;
+};
+
+// Whether the packet is to be dropped by an earlier decision.
+class FILTERS_API MatchDrop : public Match {
+ public:
+  explicit MatchDrop(bool drop) : Match(FILTERS_MATCH_DROP), drop_(drop) {}
+  bool getDropFlag() const { return drop_; }
+  virtual bool operator==(const MatchDrop& o) const { return drop_ == o.drop_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  bool drop_;
+};
+
+// What the forwarding tables resolved the packet to.
+class FILTERS_API MatchPacketRes : public Match {
+ public:
+  explicit MatchPacketRes(en_Resolution res) : Match(FILTERS_MATCH_PACKET_RES), res_(res) {}
+  en_Resolution getPktRes() const { return res_; }
+  bool operator==(const MatchPacketRes& o) const { return res_ == o.res_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  en_Resolution res_;
+};
+
+// How the device forwards the packet.
+class FILTERS_API MatchForwardingType : public Match {
+ public:
+  explicit MatchForwardingType(en_ForwardingType fwd)
+      : Match(FILTERS_MATCH_FORWARDING_TYPE), fwd_(fwd) {}
+  en_ForwardingType getForwardingType() const { return fwd_; }
+  virtual bool operator==(const MatchForwardingType& o) const { return fwd_ == o.fwd_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  en_ForwardingType fwd_;
+};
+
+// Spanning-tree state of the ingress port.
+class FILTERS_API MatchIngressStpState : public Match {
+ public:
+  explicit MatchIngressStpState(en_StpState state)
+      : Match(FILTERS_MATCH_INGRESS_STP_STATE), state_(state) {}
+  en_StpState getIngressStpState() const { return state_; }
+  virtual bool operator==(const MatchIngressStpState& o) const { return state_ == o.state_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  en_StpState state_;
+};
+
+// Whether the packet's destination is one of the device's own MAC addresses.
+class FILTERS_API MatchMyStationHit : public Match {
+ public:
+  explicit MatchMyStationHit(bool hit) : Match(FILTERS_MATCH_MY_STATION_HIT), hit_(hit) {}
+  bool getHitFlag() const { return hit_; }
+  virtual bool operator==(const MatchMyStationHit& o) const { return hit_ == o.hit_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  bool hit_;
+};
+
+// Whether the packet left an MPLS tunnel that ends here.
+class FILTERS_API MatchMplsTerm : public Match {
+ public:
+  explicit MatchMplsTerm(bool terminated)
+      : Match(FILTERS_MATCH_MPLS_TERM), terminated_(terminated) {}
+  bool getMplsTerm() const { return terminated_; }
+  bool operator==(const MatchMplsTerm& o) const { return terminated_ == o.terminated_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  bool terminated_;
+};
+
+// --- Layer 2 -------------------------------------------------------------------------------------
+
+// A MAC address under a mask; the mask is all ones unless given. Compared byte by byte, without
+// applying the mask. The getters point into the object. Used through its two leaves.
+class FILTERS_API MatchMac : public Match {
+ public:
+  MatchMac(filtersMatch_t type, ether_addr mac);
+  MatchMac(filtersMatch_t type, ether_addr mac, ether_addr mask)
+      : Match(type), mac_(mac), mask_(mask) {}
+  const ether_addr* getMac() const { return &mac_; }
+  const ether_addr* getMask() const { return &mask_; }
+  bool operator==(const MatchMac& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  ether_addr mac_;
+  ether_addr mask_;
+};
+
+class FILTERS_API MatchDstMac : public MatchMac {
+ public:
+  explicit MatchDstMac(ether_addr mac) : MatchMac(FILTERS_MATCH_DST_MAC, mac) {}
+  MatchDstMac(ether_addr mac, ether_addr mask) : MatchMac(FILTERS_MATCH_DST_MAC, mac, mask) {}
+};
+
+class FILTERS_API MatchSrcMac : public MatchMac {
+ public:
+  explicit MatchSrcMac(ether_addr mac) : MatchMac(FILTERS_MATCH_SRC_MAC, mac) {}
+  MatchSrcMac(ether_addr mac, ether_addr mask) : MatchMac(FILTERS_MATCH_SRC_MAC, mac, mask) {}
+};
+
+// How the layer-2 table learned the packet's source address.
+class FILTERS_API MatchL2SrcEntryType : public Match {
+ public:
+  explicit MatchL2SrcEntryType(l2SrcEntryType_t entryType)
+      : Match(FILTERS_MATCH_L2_SRC_ENTRY_TYPE), entryType_(entryType) {}
+  l2SrcEntryType_t getL2SrcEntryType() const { return entryType_; }
+  bool operator==(const MatchL2SrcEntryType& o) const { return entryType_ == o.entryType_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  l2SrcEntryType_t entryType_;
+};
+
+// The tag protocol identifier of the frame's tag (IEEE 802.1Q), 0x8100 for a customer tag.
+class FILTERS_API MatchTPID : public Match {
+ public:
+  explicit MatchTPID(unsigned short tpid) : Match(FILTERS_MATCH_TPID), tpid_(tpid) {}
+  tpid_t getTPID() const { return tpid_; }
+  bool operator==(const MatchTPID& o) const { return tpid_ == o.tpid_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  tpid_t tpid_;
+};
+
+// Whether the frame carries a VLAN tag.
+class FILTERS_API MatchVlanTagging : public Match {
+ public:
+  explicit MatchVlanTagging(vlan_tagging_t tagging)
+      : Match(FILTERS_MATCH_VLAN_TAGGING), tagging_(tagging) {}
+  vlan_tagging_t getTagging() const { return tagging_; }
+  bool operator==(const MatchVlanTagging& o) const { return tagging_ == o.tagging_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  vlan_tagging_t tagging_;
+};
+
+// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its two leaves.
+class FILTERS_API MatchVlanId : public Match {
+ public:
+  MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds);
+  std::set<unsigned short> getVlanIds() const { return vlanIds_; }
+  bool operator==(const MatchVlanId& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ protected:
+  void print(std::ostream& os) const;
+ private:
+  std::set<unsigned short> vlanIds_;
+};
+
+// The id on the wire.
+class FILTERS_API MatchExternalVlanId : public MatchVlanId {
+ public:
+  explicit MatchExternalVlanId(std::set<unsigned short> vlanIds);
+  explicit MatchExternalVlanId(unsigned short vlanId);
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
+};
+
+// The id that the device uses inside.
+class FILTERS_API MatchInternalVlanId : public MatchVlanId {
+ public:
+  explicit MatchInternalVlanId(std::set<unsigned short> vlanIds);
+  explicit MatchInternalVlanId(unsigned short vlanId);
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
+};
+
+// The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7).
+class FILTERS_API MatchPcp : public Match {
+ public:
+  explicit MatchPcp(const std::set<unsigned char>& pcps);
+  explicit MatchPcp(unsigned char pcp);
+  std::set<unsigned char> getPcps() const { return pcps_; }
+  bool operator==(const MatchPcp& o) const { return pcps_ == o.pcps_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPcp& match);
+ private:
+  std::set<unsigned char> pcps_;
+};
+
+// The priority that the device uses inside is one of a set.
+class FILTERS_API MatchInternalPcp : public Match {
+ public:
+  explicit MatchInternalPcp(const std::set<unsigned char>& pcps);
+  explicit MatchInternalPcp(unsigned char pcp);
+  std::set<unsigned char> getPcps() const { return pcps_; }
+  bool operator==(const MatchInternalPcp& o) const { return pcps_ == o.pcps_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalPcp& match);
+ private:
+  std::set<unsigned char> pcps_;
+};
+
+// The two VLAN classes of the packet; both must be equal.
+class FILTERS_API MatchVlanInfo : public Match {
+ public:
+  explicit MatchVlanInfo(vlan_info_t info) : Match(FILTERS_MATCH_VLAN_INFO), info_(info) {}
+  vlan_info_t getVlanInfo() const { return info_; }
+  virtual bool operator==(const MatchVlanInfo& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  vlan_info_t info_;
+};
+
+// --- Layer 3 -------------------------------------------------------------------------------------
+
+// An IPv4 address under a mask, both in network byte order; the mask is 255.255.255.255 unless
+// given. Compared byte by byte, without applying the mask: 10.0.0.1/255.0.0.0 and
+// 10.0.0.2/255.0.0.0 differ. The getters point into the object. Used through its two leaves.
+class FILTERS_API MatchIPv4 : public Match {
+ public:
+  MatchIPv4(filtersMatch_t type, in_addr ip);
+  MatchIPv4(filtersMatch_t type, in_addr ip, in_addr mask) : Match(type), ip_(ip), mask_(mask) {}
+  const in_addr* getIPv4() const { return &ip_; }
+  const in_addr* getIPv4Mask() const { return &mask_; }
+  bool operator==(const MatchIPv4& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  in_addr ip_;
+  in_addr mask_;
+};
+
+class FILTERS_API MatchSrcIPv4 : public MatchIPv4 {
+ public:
+  explicit MatchSrcIPv4(in_addr ip) : MatchIPv4(FILTERS_MATCH_SRC_IPV4, ip) {}
+  MatchSrcIPv4(in_addr ip, in_addr mask) : MatchIPv4(FILTERS_MATCH_SRC_IPV4, ip, mask) {}
+};
+
+class FILTERS_API MatchDstIPv4 : public MatchIPv4 {
+ public:
+  explicit MatchDstIPv4(in_addr ip) : MatchIPv4(FILTERS_MATCH_DST_IPV4, ip) {}
+  MatchDstIPv4(in_addr ip, in_addr mask) : MatchIPv4(FILTERS_MATCH_DST_IPV4, ip, mask) {}
+};
+
+// An IPv6 address under a mask, both in network byte order; the mask is all ones unless given.
+// Compared byte by byte. The getters point into the object. Used through its two leaves.
+class FILTERS_API MatchIPv6 : public Match {
+ public:
+  MatchIPv6(filtersMatch_t type, in6_addr ip);
+  MatchIPv6(filtersMatch_t type, in6_addr ip, in6_addr mask) : Match(type), ip_(ip), mask_(mask) {}
+  const in6_addr* getIPv6() const { return &ip_; }
+  const in6_addr* getIPv6Mask() const { return &mask_; }
+  bool operator==(const MatchIPv6& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  in6_addr ip_;
+  in6_addr mask_;
+};
+
+// Deliberate: alone among the address classes it has no constructor with a mask.
+class FILTERS_API MatchSrcIPv6 : public MatchIPv6 {
+ public:
+  explicit MatchSrcIPv6(in6_addr ip) : MatchIPv6(FILTERS_MATCH_SRC_IPV6, ip) {}
+};
+
+class FILTERS_API MatchDstIPv6 : public MatchIPv6 {
+ public:
+  explicit MatchDstIPv6(in6_addr ip) : MatchIPv6(FILTERS_MATCH_DST_IPV6, ip) {}
+  MatchDstIPv6(in6_addr ip, in6_addr mask) : MatchIPv6(FILTERS_MATCH_DST_IPV6, ip, mask) {}
+};
+
+// The protocol number of the IP header (IANA): 6 is TCP, 17 UDP, 89 OSPF, 112 VRRP.
+class FILTERS_API MatchIpProtocol : public Match {
+ public:
+  explicit MatchIpProtocol(unsigned char protocol)
+      : Match(FILTERS_MATCH_IP_PROTOCOL), protocol_(protocol) {}
+  unsigned char getIpProtocol() const { return protocol_; }
+  bool operator==(const MatchIpProtocol& o) const { return protocol_ == o.protocol_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  unsigned char protocol_;
+};
+
+// The whole type-of-service byte of the IPv4 header (RFC 791): DSCP and ECN together.
+class FILTERS_API MatchToS : public Match {
+ public:
+  explicit MatchToS(unsigned char tos) : Match(FILTERS_MATCH_TOS), tos_(tos) {}
+  unsigned char getToS() const { return tos_; }
+  bool operator==(const MatchToS& o) const { return tos_ == o.tos_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  unsigned char tos_;
+};
+
+// The differentiated-services code point (RFC 2474), the upper six bits of the ToS byte.
+// Deliberate: it is a MatchToS of code 20 that only converts: it takes the place of a MatchToS in
+// an entry, travels as one and comes back as one. Values above 63 lose their upper bits.
+class FILTERS_API MatchDSCP : public MatchToS {
+ public:
+  explicit MatchDSCP(unsigned char dscp) : MatchToS(static_cast<unsigned char>(dscp << 2)) {}
+  unsigned char getDSCP() const { return static_cast<unsigned char>(getToS() >> 2); }
+  bool operator==(const MatchDSCP& other) const { return getDSCP() == other.getDSCP(); }
+};
+
+// The time to live of the IP header: 1 for packets that end here.
+class FILTERS_API MatchTTL : public Match {
+ public:
+  explicit MatchTTL(unsigned char ttl) : Match(FILTERS_MATCH_TTL), ttl_(ttl) {}
+  unsigned char getTTL() const { return ttl_; }
+  bool operator==(const MatchTTL& o) const { return ttl_ == o.ttl_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  unsigned char ttl_;
+};
+
+// The virtual routing and forwarding instance that the packet belongs to.
+class FILTERS_API MatchVrfId : public Match {
+ public:
+  explicit MatchVrfId(unsigned short vrfId) : Match(FILTERS_MATCH_VRF_ID), vrfId_(vrfId) {}
+  unsigned short getVrfId() const { return vrfId_; }
+  void setVrfId(unsigned short vrfId) { vrfId_ = vrfId; }
+  virtual bool operator==(const MatchVrfId& o) const { return vrfId_ == o.vrfId_; }
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  unsigned short vrfId_;
+};
+
+// --- Layer 4 -------------------------------------------------------------------------------------
+
+// Two 16-bit parameters of a TCP or UDP port test, in host byte order. Used through its leaves.
+class FILTERS_API MatchL4Port : public Match {
+ public:
+  MatchL4Port(filtersMatch_t type, unsigned short param1, unsigned short param2)
+      : Match(type), param1_(param1), param2_(param2) {}
+  l4port_t getParam1() const { return param1_; }
+  l4port_t getParam2() const { return param2_; }
+  bool operator==(const MatchL4Port& other) const;
+  void convertToMatchPB(MatchPB* message) const override;
+  void convertFromMatchPB(const MatchPB* message) override;
+ private:
+  l4port_t param1_;
+  l4port_t param2_;
+};
+
+// The destination port under a mask. Deliberate: the mask is 0 unless given, not all ones.
+class FILTERS_API MatchDstL4Port : public MatchL4Port {
+ public:
+  explicit MatchDstL4Port(unsigned short port, unsigned short mask = 0)
+      : MatchL4Port(FILTERS_MATCH_DST_L4_PORT, port, mask) {}
+  l4port_t getPort() const { return getParam1(); }
+  l4port_t getMask() const { return getParam2(); }
+};
+
+// The source port under a mask. Deliberate: the mask is 0 unless given, not all ones.
+class FILTERS_API MatchSrcL4Port : public MatchL4Port {
+ public:
+  explicit MatchSrcL4Port(unsigned short port, unsigned short mask = 0)
+      : MatchL4Port(FILTERS_MATCH_SRC_L4_PORT, port, mask) {}
+  l4port_t getPort() const { return getParam1(); }
+  l4port_t getMask() const { return getParam2(); }
+};
+
+// The destination port lies between two bounds, both included; their order is not checked.
+class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
+ public:
+  MatchDstL4PortRange(unsigned short min, unsigned short max)
+      : MatchL4Port(FILTERS_MATCH_DST_L4_PORT_RANGE, min, max) {}
+  l4port_t getMinPort() const { return getParam1(); }
+  l4port_t getMaxPort() const { return getParam2(); }
+  virtual bool operator==(const MatchDstL4PortRange& other) const;
+};
+
+#pragma GCC diagnostic pop
+
+// --- Printing ------------------------------------------------------------------------------------
+
+// Each prints a block: the class's name, the code, then a line a value. The first one prints the
+// block of the object's code (a MatchDSCP as a MatchToS) and nothing for an unknown code.
+// Deliberate: MatchTPID leaves the stream in hexadecimal; a PCP prints as the character it is.
+FILTERS_API std::ostream& operator<<(std::ostream& os, const Match& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchAll& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchTPID& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstMac& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstL4Port& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcL4Port& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcMac& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchL2SrcEntryType& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcIPv4& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstIPv4& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPcp& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalPcp& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcIPv6& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstIPv6& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVlanTagging& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIpProtocol& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPacketRes& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchMplsTerm& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchToS& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDSCP& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVirtualPort& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressStpState& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVlanInfo& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcPort& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchTTL& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVrfId& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDrop& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchMyStationHit& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchCpuPort& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchForwardingType& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDestinationCpu& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchCPUInjectedPackets& match);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstL4PortRange& match);
+
+}  // namespace FiltersCommon
+
+#endif  // FILTER_COMMON_FILTER_MATCHES_H_

@@ -1,0 +1,239 @@
+#ifndef FILTER_COMMON_FILTER_TYPES_H_
+#define FILTER_COMMON_FILTER_TYPES_H_
+
+// The vocabulary that every other header shares: result codes, the codes of stages, group types,
+// matches, actions and counters, and the integer types of ids and header fields.
+//
+// The header is valid C11 and C++17. In C++ everything stands in namespace FiltersCommon. Every
+// value is part of the wire format and of the binary interface: it is never renumbered. The
+// enumerations are 32 bits wide; they accept any 32-bit value by cast, since values also come out
+// of messages of other processes, and the library keeps such values unchanged unless the function
+// that takes them says otherwise.
+
+#include <limid/limid.h>
+#include <net/ethernet.h>  // ether_addr: 6 bytes in transmission order
+#include <netinet/in.h>    // in_addr, in6_addr: 4 and 16 bytes in network byte order
+#include <stdint.h>
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
+// Marks what the shared library exports; everything else stays hidden inside it.
+#define FILTERS_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+#define FILTERS_ENUM(name, type) typedef enum name : type
+#define FILTERS_STATIC_ASSERT static_assert
+namespace FiltersCommon {
+#else
+#define FILTERS_ENUM(name, type) typedef enum name
+#define FILTERS_STATIC_ASSERT _Static_assert
+#endif
+
+// Results of every operation that can refuse: zero is success, every failure is negative. A
+// refused operation leaves its object unchanged unless its description says otherwise. The values
+// -1 and -2 are never returned.
+FILTERS_ENUM(filtersErr_t, int32_t){
+    FILTERS_OK = 0,
+    // The match, action or entry asked for is not held.
+    FILTERS_ERR_NOT_FOUND = -3,
+    // The class is not one of the library's, the match cannot stand beside one already held, the
+    // group type is unknown, or a counter's type is invalid or taken.
+    FILTERS_ERR_INVALID = -4,
+    // A null handle, an absent counter, or explicit ports for a match that excludes port types.
+    FILTERS_ERR_INVALID_ARGUMENT = -5,
+    // The group's type does not admit one of the entry's matches.
+    FILTERS_ERR_MATCH_NOT_ALLOWED = -6,
+    // The group's type may not live in the group's stage.
+    FILTERS_ERR_TYPE_NOT_ALLOWED = -7,
+    // The group's stage is unknown.
+    FILTERS_ERR_INVALID_STAGE = -8,
+    // The group's stage does not admit one of the entry's actions.
+    FILTERS_ERR_ACTION_NOT_ALLOWED = -9,
+    // The entry's policer belongs to another stage than the group's stage requires.
+    FILTERS_ERR_POLICER_STAGE = -10,
+} filtersErr_t;
+
+// Where in the packet pipeline a group's rules are applied. The stage decides which group types
+// and actions a group admits and which policers its rules may carry.
+FILTERS_ENUM(filtersGroupStage_t, int32_t){
+    FILTERS_GROUP_STAGE_NONE = 0,
+    FILTERS_GROUP_STAGE_LOOKUP = 1,
+    FILTERS_GROUP_STAGE_INGRESS = 2,
+    FILTERS_GROUP_STAGE_EGRESS = 3,
+} filtersGroupStage_t;
+
+// What kind of table a group is: each type admits one fixed set of matches, readable as
+// FiltersGroup::TypeDescription_.
+FILTERS_ENUM(filtersGroupType_t, int32_t){
+    FILTERS_GROUP_TYPE_NONE = 0,  // no matches at all
+    FILTERS_GROUP_TYPE_1 = 1,     // layer-2 header and state of the switching decision
+    FILTERS_GROUP_TYPE_2 = 2,     // source of a packet: MAC, IPv4, VLAN, virtual port
+    FILTERS_GROUP_TYPE_3 = 3,     // IPv4 control-plane protection: addresses, ports, TTL
+    FILTERS_GROUP_TYPE_4 = 4,     // classification by VLAN, priority, ToS and IPv4
+    FILTERS_GROUP_TYPE_5 = 5,     // egress ports, VLAN and priority
+    FILTERS_GROUP_TYPE_6 = 6,     // MAC addresses, VLAN and priority
+    FILTERS_GROUP_TYPE_7 = 7,     // VLAN information, source port, protocol
+    FILTERS_GROUP_TYPE_8 = 8,     // VRF and IPv6 destination
+    FILTERS_GROUP_TYPE_9 = 9,     // VLAN, priority and ToS
+    FILTERS_GROUP_TYPE_10 = 10,   // TPID and IPv4 addresses
+    FILTERS_GROUP_TYPE_11 = 11,   // packets injected by the CPU
+} filtersGroupType_t;
+
+// The kind of a match: one code a criterion. An entry holds at most one match of each code.
+FILTERS_ENUM(filtersMatch_t, uint32_t){
+    FILTERS_MATCH_ALL = 0,
+    FILTERS_MATCH_INGRESS_PORTS = 1,
+    FILTERS_MATCH_EXTERNAL_VLAN_ID = 2,
+    FILTERS_MATCH_TPID = 3,
+    FILTERS_MATCH_DST_MAC = 4,
+    FILTERS_MATCH_DST_L4_PORT = 5,
+    FILTERS_MATCH_SRC_L4_PORT = 6,
+    FILTERS_MATCH_SRC_MAC = 7,
+    FILTERS_MATCH_L2_SRC_ENTRY_TYPE = 8,
+    FILTERS_MATCH_SRC_IPV4 = 9,
+    FILTERS_MATCH_DST_IPV4 = 10,
+    FILTERS_MATCH_INTERNAL_VLAN_ID = 11,
+    FILTERS_MATCH_PCP = 12,
+    FILTERS_MATCH_INTERNAL_PCP = 13,
+    FILTERS_MATCH_SRC_IPV6 = 14,
+    FILTERS_MATCH_DST_IPV6 = 15,
+    FILTERS_MATCH_VLAN_TAGGING = 16,
+    FILTERS_MATCH_IP_PROTOCOL = 17,
+    FILTERS_MATCH_PACKET_RES = 18,
+    FILTERS_MATCH_MPLS_TERM = 19,
+    FILTERS_MATCH_TOS = 20,  // MatchToS and MatchDSCP alike
+    FILTERS_MATCH_VIRTUAL_PORT = 21,
+    FILTERS_MATCH_EGRESS_PORTS = 22,
+    FILTERS_MATCH_INGRESS_STP_STATE = 23,
+    FILTERS_MATCH_VLAN_INFO = 24,
+    FILTERS_MATCH_SRC_PORT = 25,
+    FILTERS_MATCH_TTL = 26,
+    FILTERS_MATCH_VRF_ID = 27,
+    FILTERS_MATCH_DROP = 28,
+    FILTERS_MATCH_MY_STATION_HIT = 29,
+    FILTERS_MATCH_CPU_PORT = 30,
+    FILTERS_MATCH_FORWARDING_TYPE = 31,
+    FILTERS_MATCH_DESTINATION_CPU = 32,
+    FILTERS_MATCH_CPU_INJECTED_PACKETS = 33,
+    FILTERS_MATCH_DST_L4_PORT_RANGE = 34,
+} filtersMatch_t;
+
+// The kind of an action. An entry holds at most one action of each code.
+FILTERS_ENUM(filtersAction_t, uint32_t){
+    FILTERS_ACTION_PERMIT = 0,
+    FILTERS_ACTION_DENY = 1,
+    FILTERS_ACTION_COPY_TO_CPU = 2,
+    FILTERS_ACTION_BLOCK_EGRESS_PORTS = 3,
+    FILTERS_ACTION_COPY_TO_CPU_CANCEL = 4,
+    FILTERS_ACTION_SET_PCP = 5,
+    FILTERS_ACTION_SET_PCP_AND_QUEUE = 6,
+    FILTERS_ACTION_SET_INNER_PCP = 7,
+    FILTERS_ACTION_SET_DSCP = 8,
+    FILTERS_ACTION_MAP_TO_COS_QUEUE = 9,
+    FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE = 10,
+    FILTERS_ACTION_REDIRECT = 11,
+    FILTERS_ACTION_REPLACE_DST_MAC = 12,
+    FILTERS_ACTION_REDIRECT_CANCEL = 13,
+    FILTERS_ACTION_REPLACE_SRC_MAC = 14,
+    FILTERS_ACTION_L3_SWITCH = 15,
+    FILTERS_ACTION_BLACK_HOLE = 16,
+    FILTERS_ACTION_COPY_INNER_PCP = 17,
+    FILTERS_ACTION_MPLS_PORT_SET = 18,
+    FILTERS_ACTION_L2_TO_CPU_DROP = 19,
+} filtersAction_t;
+
+// What a counter counts; the colours are the policer's verdicts (RFC 2697, RFC 2698).
+FILTERS_ENUM(counter_type_t, int32_t){
+    FILTERS_COUNTER_TYPE_INVALID = 0,
+    FILTERS_COUNTER_TYPE_PACKETS = 1,
+    FILTERS_COUNTER_TYPE_OCTETS = 2,
+    FILTERS_COUNTER_TYPE_RED_OCTETS = 3,
+    FILTERS_COUNTER_TYPE_NOT_RED_OCTETS = 4,
+    FILTERS_COUNTER_TYPE_YELLOW_OCTETS = 5,
+    FILTERS_COUNTER_TYPE_NOT_YELLOW_OCTETS = 6,
+    FILTERS_COUNTER_TYPE_GREEN_OCTETS = 7,
+    FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS = 8,
+} counter_type_t;
+
+// Which earlier decision ActionCopyToCpuCancel takes back.
+FILTERS_ENUM(cp2cpuCancelParam_t, uint32_t){
+    COPY_TO_CPU_CANCEL = 0,
+    SWITCH_TO_CPU_CANCEL = 1,
+} cp2cpuCancelParam_t;
+
+// How the entry that the packet's source address hit in the layer-2 table was made.
+FILTERS_ENUM(l2SrcEntryType_t, uint32_t){
+    FILTERS_L2_SRC_ENTRY_NONE = 0,  // no entry: an unknown source
+    FILTERS_L2_SRC_ENTRY_DYNAMIC = 1,
+    FILTERS_L2_SRC_ENTRY_STATIC = 2,
+} l2SrcEntryType_t;
+
+// Whether a frame carries an IEEE 802.1Q tag. Every value but 0 means tagged.
+FILTERS_ENUM(vlan_tagging_t, uint32_t){
+    FILTERS_VLAN_UNTAGGED = 0,
+    FILTERS_VLAN_TAGGED = 1,
+} vlan_tagging_t;
+
+// What the forwarding tables resolved the packet to.
+FILTERS_ENUM(en_Resolution, uint32_t){
+    FILTERS_RESOLUTION_UNKNOWN = 0,
+    FILTERS_RESOLUTION_CONTROL = 1,
+    FILTERS_RESOLUTION_BROADCAST = 2,
+    FILTERS_RESOLUTION_L2_UNICAST = 3,
+    FILTERS_RESOLUTION_L2_UNKNOWN_UNICAST = 4,
+    FILTERS_RESOLUTION_L2_MULTICAST = 5,
+    FILTERS_RESOLUTION_L2_UNKNOWN_MULTICAST = 6,
+    FILTERS_RESOLUTION_L3_UNICAST = 7,
+    FILTERS_RESOLUTION_L3_MULTICAST = 8,
+} en_Resolution;
+
+// Spanning-tree state of the ingress port (IEEE 802.1D).
+FILTERS_ENUM(en_StpState, uint32_t){
+    FILTERS_STP_STATE_DISABLED = 0,    // the port is off
+    FILTERS_STP_STATE_BLOCKING = 1,    // hears BPDUs only
+    FILTERS_STP_STATE_LISTENING = 2,   // takes part in the election
+    FILTERS_STP_STATE_LEARNING = 3,    // learns addresses, does not forward yet
+    FILTERS_STP_STATE_FORWARDING = 4,  // forwards
+} en_StpState;
+
+// How the device forwards the packet.
+FILTERS_ENUM(en_ForwardingType, uint32_t){
+    FILTERS_FORWARDING_TYPE_L2 = 0,
+    FILTERS_FORWARDING_TYPE_L3 = 1,
+    FILTERS_FORWARDING_TYPE_MPLS = 2,
+} en_ForwardingType;
+
+// Kinds of port that MatchIngressPorts can leave out.
+FILTERS_ENUM(port_type_t, uint32_t){
+    FILTERS_PORT_TYPE_CPU = 0,
+} port_type_t;
+
+// In C the width of an enumeration is the compiler's choice: hold it to the interface's 32 bits.
+FILTERS_STATIC_ASSERT(sizeof(filtersErr_t) == 4 && sizeof(filtersGroupStage_t) == 4 &&
+                          sizeof(filtersGroupType_t) == 4 && sizeof(filtersMatch_t) == 4 &&
+                          sizeof(filtersAction_t) == 4 && sizeof(counter_type_t) == 4 &&
+                          sizeof(cp2cpuCancelParam_t) == 4 && sizeof(l2SrcEntryType_t) == 4 &&
+                          sizeof(vlan_tagging_t) == 4 && sizeof(en_Resolution) == 4 &&
+                          sizeof(en_StpState) == 4 && sizeof(en_ForwardingType) == 4 &&
+                          sizeof(port_type_t) == 4,
+                      "enumerations cross the interface as 32-bit integers");
+
+typedef uint32_t filtersEntryId_t;
+typedef uint32_t filtersEntryPriority_t;
+typedef uint16_t filtersGroupId_t;
+typedef uint16_t filtersGroupPriority_t;
+typedef uint16_t l4port_t;  // a TCP or UDP port number, a mask for one, or a bound of a range
+typedef uint16_t tpid_t;    // an Ethernet tag protocol identifier (IEEE 802.1Q), as 0x8100
+
+// Two VLAN classes that the device attaches to a packet; the numbers are the device's own.
+typedef struct vlan_info_t {
+  uint32_t svc_vlan_type;        // of the service
+  uint32_t proto_cpu_vlan_type;  // of the protocol's path to the CPU
+} vlan_info_t;
+
+#ifdef __cplusplus
+}  // namespace FiltersCommon
+#endif
+
+#endif  // FILTER_COMMON_FILTER_TYPES_H_

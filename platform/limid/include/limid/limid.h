@@ -1,0 +1,78 @@
+/* Logical interface ids: one 32-bit number names a port, a LAG, an MPLS service or a bridge domain.
+ *
+ * A limid_t is opaque. Keep it by value, compare its four bytes, hand it to the functions below;
+ * never take it apart and never mistake it for an interface index, which is a different number for
+ * the same interface.
+ *
+ * This header holds what every build of this library offers, on the device too. The stand-in's own
+ * way of making ids is in <limid/limid_standin.h>.
+ *
+ * Results: a predicate answers non-zero for yes and 0 for no. Every other function that returns
+ * int, except limid_compare, returns 0 on success and non-zero on failure; on failure it has
+ * written nothing.
+ *
+ * Threads: the functions keep no state and may be called from any thread at any time.
+ *
+ * Valid C11 and C++. */
+#ifndef LIMID_LIMID_H_
+#define LIMID_LIMID_H_
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define LIMID_API __attribute__((visibility("default")))
+#else
+#define LIMID_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* An id. Every one of the 2^32 values may be passed to every function; a value that belongs to no
+ * known type is simply of none of the types below. */
+typedef uint32_t limid_t;
+
+/* Types of id, for limid_is_from_type. Ethernet ports come in several types on some devices, so
+ * they have a predicate instead of a constant. */
+static const uint8_t limid_type_lag = 2;
+static const uint8_t limid_type_mpls_vpws = 3;
+static const uint8_t limid_type_bridgedomain = 4;
+
+/* The one type of bridge domain with a name: the domain of a VPLS service. */
+static const uint32_t limid_bridgedomain_type_vpls = 5;
+
+/* Whether `limid` is of the given type. */
+LIMID_API int limid_is_from_type(limid_t limid, uint8_t type);
+
+/* Whether `limid` is an Ethernet port. */
+LIMID_API int limid_is_from_type_ethernet(limid_t limid);
+
+/* Splits the id of a bridge domain into the domain's type, such as limid_bridgedomain_type_vpls,
+ * and its number among the domains. Fails when `limid` is no bridge domain or when `type` or `id`
+ * is null. */
+LIMID_API int limid_to_bridgedomain_components(limid_t limid, uint32_t* type, uint32_t* id);
+
+/* 0 when the ids are equal, less than 0 when `a` comes before `b`, more than 0 when it comes after.
+ * The order is the same on every machine and has no meaning beyond that. */
+LIMID_API int limid_compare(limid_t a, limid_t b);
+
+/* Stores the interface index of `limid` in `*ifindex`. Different ids have different indexes. Fails
+ * when `ifindex` is null. */
+LIMID_API int limid_to_ifindex(limid_t limid, uint32_t* ifindex);
+
+/* The way back: stores in `*limid` the id whose interface index is `ifindex`. Fails when `limid` is
+ * null. */
+LIMID_API int limid_from_ifindex(limid_t* limid, uint32_t ifindex);
+
+/* Writes the name an operator knows the interface by, such as "eth-3", and a terminating zero, into
+ * the `size` bytes at `name`. Every id has some name, and 64 bytes hold any of them. Fails when
+ * `name` is null or when `size` is too small for the name and its zero. */
+LIMID_API int limid_to_intfname(limid_t limid, char* name, size_t size);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* LIMID_LIMID_H_ */

@@ -1,0 +1,47 @@
+/* What the stand-in for the device's limid library offers beyond <limid/limid.h>: making ids.
+ *
+ * Tests, examples and tools include this header. A library that must also run on the device does
+ * not: there, ids come from the device's configuration.
+ *
+ * How this stand-in packs an id (nothing outside it may rely on it):
+ *
+ *   bits 31-24   type: 1 Ethernet, limid_type_lag, limid_type_mpls_vpws, limid_type_bridgedomain;
+ *                an id with any other type, 0 among them, is valid but of no known kind
+ *   bits 23-0    number of an Ethernet port, a LAG or a VPWS
+ *   bits 23-16   type of a bridge domain, bits 15-0 its number
+ *
+ * The interface index of an id is the id plus a constant, modulo 2^32. So no id is its own index,
+ * each way back needs its own function, and the index of a port, taken for an id, is no port.
+ *
+ * Names: "eth-3", "lag-1", "vpws-7", "vpls-9" for a bridge domain of type VPLS, "bd-9" for one of
+ * any other type, and "limid-" with the id in eight hexadecimal digits for everything else. 16
+ * bytes hold any of them.
+ *
+ * Valid C11 and C++. */
+#ifndef LIMID_LIMID_STANDIN_H_
+#define LIMID_LIMID_STANDIN_H_
+
+#include <stdint.h>
+
+#include "limid/limid.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The id of the Ethernet port, LAG or VPWS with the given number. */
+LIMID_API limid_t limid_make_ethernet(uint16_t number);
+LIMID_API limid_t limid_make_lag(uint16_t number);
+LIMID_API limid_t limid_make_mpls_vpws(uint16_t number);
+
+/* The id of the bridge domain with the given type and number. The id has one byte for the type:
+ * 0 to 254, limid_bridgedomain_type_vpls among them, come back from
+ * limid_to_bridgedomain_components unchanged, anything larger comes back as 255. A type other than
+ * VPLS therefore never turns into VPLS. The number comes back unchanged. */
+LIMID_API limid_t limid_make_bridgedomain(uint32_t type, uint16_t id);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* LIMID_LIMID_STANDIN_H_ */

@@ -1,0 +1,191 @@
+// Policers: what a device does to traffic that exceeds its agreed rates.
+//
+// A policer meters packets against a Mode (how many buckets, filled how fast, how deep), colours
+// each packet by the outcome and applies the Actions set for that colour, at one Stage of a
+// packet's way through the device.
+//
+// These are plain values. Copying one copies everything, moving is cheap, and nothing refers to
+// anything else. Distinct objects may be used in different threads freely; one object may be read
+// by many threads as long as none changes it.
+//
+// Rates are in kbit/s, sizes in bytes, each over the whole range of 32 bits.
+//
+// Enumerations may hold values beyond those named here, because a newer device may send them: cast
+// one in, and it is kept, compared and serialized like any other.
+//
+// Reading a policer is what the device's own library offers too. Building one, by any constructor
+// with more than the bytes or by the named functions of Mode and Action, belongs to this stand-in:
+//
+//   const policer::Policer policer(7, policer::Stage::Ingress, policer::Mode::Flow(1000, 1500),
+//                                  {policer::Action::Drop(policer::Color::Red)});
+#ifndef POLICER_POLICER_H_
+#define POLICER_POLICER_H_
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#if defined(__GNUC__)
+#define POLICER_API __attribute__((visibility("default")))
+#else
+#define POLICER_API
+#endif
+
+namespace policer {
+
+// Where in the device the policer works; None when it is not placed anywhere.
+enum class Stage : std::uint32_t { Ingress = 0, Egress = 1, None = 2 };
+
+// The outcome of metering, from exceeding everything to conforming.
+enum class Color : std::uint32_t { Red = 0, Yellow = 1, Green = 2 };
+
+// How packets are metered: single-rate three-colour, two-rate three-colour, two-rate three-colour
+// for differentiated services, one plain rate, or not at all.
+enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
+
+// What happens to a packet of the action's colour.
+enum class ActionType : std::uint32_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
+
+// A way of metering and its figures. A figure that the way of metering has no use for is 0.
+class Mode {
+ public:
+  static constexpr Mode SrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t ebs) {
+    Mode mode(ModeType::SrTcm, cir, cbs);
+    mode.ebs_ = ebs;
+    return mode;
+  }
+  static constexpr Mode TrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t pir,
+                              std::uint32_t pbs) {
+    Mode mode(ModeType::TrTcm, cir, cbs);
+    mode.pir_ = pir;
+    mode.pbs_ = pbs;
+    return mode;
+  }
+  static constexpr Mode TrTcmDs(std::uint32_t cir, std::uint32_t cbs, std::uint32_t eir,
+                                std::uint32_t ebs) {
+    Mode mode(ModeType::TrTcmDs, cir, cbs);
+    mode.eir_ = eir;
+    mode.ebs_ = ebs;
+    return mode;
+  }
+  static constexpr Mode Flow(std::uint32_t cir, std::uint32_t cbs) {
+    return Mode(ModeType::Flow, cir, cbs);
+  }
+  static constexpr Mode None() { return Mode(ModeType::None); }
+
+  // All figures 0. For types that have no function above.
+  explicit constexpr Mode(ModeType type) : type_(type) {}
+
+  constexpr ModeType GetType() const { return type_; }
+
+  // Committed, peak and excess information rate, in kbit/s.
+  constexpr std::uint32_t GetCir() const { return cir_; }
+  constexpr std::uint32_t GetPir() const { return pir_; }
+  constexpr std::uint32_t GetEir() const { return eir_; }
+
+  // Committed, peak and excess burst size, in bytes.
+  constexpr std::uint32_t GetCbs() const { return cbs_; }
+  constexpr std::uint32_t GetPbs() const { return pbs_; }
+  constexpr std::uint32_t GetEbs() const { return ebs_; }
+
+  friend constexpr bool operator==(const Mode& a, const Mode& b) {
+    return a.type_ == b.type_ && a.cir_ == b.cir_ && a.cbs_ == b.cbs_ && a.ebs_ == b.ebs_ &&
+           a.pir_ == b.pir_ && a.pbs_ == b.pbs_ && a.eir_ == b.eir_;
+  }
+  friend constexpr bool operator!=(const Mode& a, const Mode& b) { return !(a == b); }
+ private:
+  constexpr Mode(ModeType type, std::uint32_t cir, std::uint32_t cbs)
+      : type_(type), cir_(cir), cbs_(cbs) {}
+
+  ModeType type_;
+  std::uint32_t cir_ = 0;
+  std::uint32_t cbs_ = 0;
+  std::uint32_t ebs_ = 0;
+  std::uint32_t pir_ = 0;
+  std::uint32_t pbs_ = 0;
+  std::uint32_t eir_ = 0;
+};
+
+// What to do with the packets of one colour.
+class Action {
+ public:
+  static constexpr Action Drop(Color color) { return Action(ActionType::Drop, color, 0); }
+
+  // A priority code point has 3 bits and a differentiated-services code point 6, which nobody
+  // checks here: what is passed is what the getter returns.
+  static constexpr Action SetPcp(Color color, std::uint8_t pcp) {
+    return Action(ActionType::SetPcp, color, pcp);
+  }
+  static constexpr Action SetDscp(Color color, std::uint8_t dscp) {
+    return Action(ActionType::SetDscp, color, dscp);
+  }
+
+  // For types that have no function above. The value is kept, compared and serialized whatever the
+  // type.
+  constexpr Action(ActionType type, Color color, std::uint8_t value)
+      : type_(type), color_(color), value_(value) {}
+
+  constexpr ActionType GetType() const { return type_; }
+  constexpr Color GetColor() const { return color_; }
+
+  // The code point to write into the packet; 0 when the action is not of that type.
+  constexpr std::uint8_t GetPcp() const { return ValueIf(ActionType::SetPcp); }
+  constexpr std::uint8_t GetDscp() const { return ValueIf(ActionType::SetDscp); }
+
+  friend constexpr bool operator==(const Action& a, const Action& b) {
+    return a.type_ == b.type_ && a.color_ == b.color_ && a.value_ == b.value_;
+  }
+  friend constexpr bool operator!=(const Action& a, const Action& b) { return !(a == b); }
+ private:
+  friend class Policer;  // serializes value_ without asking for the type
+
+  constexpr std::uint8_t ValueIf(ActionType type) const {
+    return type_ == type ? value_ : std::uint8_t{0};
+  }
+
+  ActionType type_;
+  Color color_;
+  std::uint8_t value_;
+};
+
+// A policer: an id, a stage, one mode and any number of actions in the order they were given.
+class POLICER_API Policer {
+ public:
+  // No policer at all: id 4294967295, which no real policer has, stage None, mode None, no actions.
+  Policer() = default;
+
+  // The policer that Serialize made these bytes of. Bytes that are not those of a whole policer
+  // (empty, cut short, followed by more, damaged beyond reading) give a default policer. Nothing is
+  // thrown but std::bad_alloc, nothing is printed.
+  explicit Policer(const std::string& bytes);
+
+  Policer(std::uint32_t id, Stage stage, const Mode& mode, std::vector<Action> actions)
+      : id_(id), stage_(stage), mode_(mode), actions_(std::move(actions)) {}
+
+  // The bytes that make an equal policer again, in this or another process. Never empty; equal
+  // policers have equal bytes. What they look like is nobody else's business.
+  std::string Serialize() const;
+
+  std::uint32_t GetId() const { return id_; }
+  Stage GetStage() const { return stage_; }
+
+  // The references live as long as the policer does, and show what it holds at the time.
+  const Mode& GetMode() const { return mode_; }
+  const std::vector<Action>& GetActions() const { return actions_; }
+
+  // Equal in everything; actions count in their order.
+  friend bool operator==(const Policer& a, const Policer& b) {
+    return a.id_ == b.id_ && a.stage_ == b.stage_ && a.mode_ == b.mode_ && a.actions_ == b.actions_;
+  }
+  friend bool operator!=(const Policer& a, const Policer& b) { return !(a == b); }
+ private:
+  std::uint32_t id_ = UINT32_MAX;
+  Stage stage_ = Stage::None;
+  Mode mode_ = Mode::None();
+  std::vector<Action> actions_;
+};
+
+}  // namespace policer
+
+#endif  // POLICER_POLICER_H_

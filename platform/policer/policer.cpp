@@ -1,0 +1,81 @@
+#include "policer/policer.h"
+
+#include <google/protobuf/arena.h>
+
+#include <limits>
+
+#include "policer.pb.h"
+
+namespace policer {
+namespace {
+
+// Goes through the named functions, so that a figure the mode has no use for stays 0 even when the
+// bytes carry one.
+Mode ReadMode(const ModePB& message) {
+  const auto type = static_cast<ModeType>(message.type());
+  switch (type) {
+    case ModeType::SrTcm:
+      return Mode::SrTcm(message.cir(), message.cbs(), message.ebs());
+    case ModeType::TrTcm:
+      return Mode::TrTcm(message.cir(), message.cbs(), message.pir(), message.pbs());
+    case ModeType::TrTcmDs:
+      return Mode::TrTcmDs(message.cir(), message.cbs(), message.eir(), message.ebs());
+    case ModeType::Flow:
+      return Mode::Flow(message.cir(), message.cbs());
+    case ModeType::None:
+      break;
+  }
+  return Mode(type);
+}
+
+void WriteMode(const Mode& mode, ModePB* message) {
+  message->set_type(static_cast<std::uint32_t>(mode.GetType()));
+  message->set_cir(mode.GetCir());
+  message->set_cbs(mode.GetCbs());
+  message->set_ebs(mode.GetEbs());
+  message->set_pir(mode.GetPir());
+  message->set_pbs(mode.GetPbs());
+  message->set_eir(mode.GetEir());
+}
+
+// The partial parse, because the complete one reports missing fields on the standard error stream.
+bool Parse(const std::string& bytes, PolicerPB* message) {
+  return message->ParsePartialFromString(bytes) && message->IsInitialized();
+}
+
+}  // namespace
+
+Policer::Policer(const std::string& bytes) {
+  google::protobuf::Arena arena;
+  auto* message = google::protobuf::Arena::CreateMessage<PolicerPB>(&arena);
+  if (!Parse(bytes, message)) {
+    return;
+  }
+  std::vector<Action> actions;
+  actions.reserve(static_cast<std::size_t>(message->actions_size()));
+  for (const ActionPB& action : message->actions()) {
+    if (action.value() > std::numeric_limits<std::uint8_t>::max()) {
+      return;
+    }
+    actions.emplace_back(static_cast<ActionType>(action.type()), static_cast<Color>(action.color()),
+                         static_cast<std::uint8_t>(action.value()));
+  }
+  *this = Policer(message->id(), static_cast<Stage>(message->stage()), ReadMode(message->mode()),
+                  std::move(actions));
+}
+
+std::string Policer::Serialize() const {
+  PolicerPB message;
+  for (const Action& action : actions_) {
+    ActionPB* added = message.add_actions();
+    added->set_type(static_cast<std::uint32_t>(action.type_));
+    added->set_color(static_cast<std::uint32_t>(action.color_));
+    added->set_value(action.value_);
+  }
+  WriteMode(mode_, message.mutable_mode());
+  message.set_stage(static_cast<std::uint32_t>(stage_));
+  message.set_id(id_);
+  return message.SerializeAsString();
+}
+
+}  // namespace policer

@@ -1,0 +1,48 @@
+#include <filter_common/filter_counter.h>
+
+#include <filter_common/filter_counter.pb.h>
+#include <ostream>
+
+namespace FiltersCommon {
+namespace {
+
+const char* typeName(counter_type_t type) {
+  switch (type) {
+    case FILTERS_COUNTER_TYPE_INVALID:
+      return "Invalid";
+    case FILTERS_COUNTER_TYPE_PACKETS:
+      return "Packets";
+    case FILTERS_COUNTER_TYPE_OCTETS:
+      return "Octets";
+    case FILTERS_COUNTER_TYPE_RED_OCTETS:
+      return "Red Octets";
+    case FILTERS_COUNTER_TYPE_NOT_RED_OCTETS:
+      return "Not Red Octets";
+    case FILTERS_COUNTER_TYPE_YELLOW_OCTETS:
+      return "Yellow Octets";
+    case FILTERS_COUNTER_TYPE_NOT_YELLOW_OCTETS:
+      return "Not Yellow Octets";
+    case FILTERS_COUNTER_TYPE_GREEN_OCTETS:
+      return "Green Octets";
+    case FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS:
+      return "Not Green Octets";
+  }
+  return "Unknown";
+}
+
+}  // namespace
+
+Counter::Counter(const CounterPB& message)
+    : id_(static_cast<unsigned short>(message.id())),
+      type_(static_cast<counter_type_t>(message.type())) {}
+
+void Counter::Serialize(CounterPB* message) const {
+  message->set_id(id_);
+  message->set_type(type_);
+}
+
+std::ostream& operator<<(std::ostream& os, const Counter& counter) {
+  return os << "ID: " << counter.GetId() << "\nType: " << typeName(counter.GetType()) << '\n';
+}
+
+}  // namespace FiltersCommon

@@ -1,0 +1,288 @@
+#include <filter_common/filter_entries.h>
+
+#include <filter_common/filter_entries.pb.h>
+#include <filter_common/filter_serialized.h>
+#include <google/protobuf/arena.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "action_visit.h"
+#include "match_visit.h"
+#include "parse.h"
+
+namespace FiltersCommon {
+namespace {
+
+// The published lists and the catalogues name the same classes: the lists hold MatchDSCP besides.
+#define FILTERS_COUNT(T) +1
+#define FILTERS_MATCH(code, T, blank) +1
+#define FILTERS_ACTION(code, T, blank) +1
+static_assert(0 FILTERS_MATCH_CLASSES(FILTERS_COUNT) == 1
+#include "match_catalogue.def"
+);
+static_assert(0 FILTERS_ACTION_CLASSES(FILTERS_COUNT) == 0
+#include "action_catalogue.def"
+);
+#undef FILTERS_COUNT
+
+bool isIPv4Only(filtersMatch_t code) {
+  return code == FILTERS_MATCH_SRC_IPV4 || code == FILTERS_MATCH_DST_IPV4;
+}
+
+bool isIPv6Only(filtersMatch_t code) {
+  return code == FILTERS_MATCH_SRC_IPV6 || code == FILTERS_MATCH_DST_IPV6;
+}
+
+bool isL4DstPort(filtersMatch_t code) {
+  return code == FILTERS_MATCH_DST_L4_PORT || code == FILTERS_MATCH_DST_L4_PORT_RANGE;
+}
+
+}  // namespace
+
+FiltersEntry::FiltersEntry(const FiltersEntry& other)
+    : id_(other.id_),
+      priority_(other.priority_),
+      policer_(other.policer_),
+      policerParent_(other.policerParent_),
+      counters_(other.counters_) {
+  copyMatches(other.matches_);
+  copyActions(other.actions_);
+}
+
+FiltersEntry::FiltersEntry(const std::string& bytes) : FiltersEntry() {
+  parse(bytes.data(), bytes.size());
+}
+
+FiltersEntry::FiltersEntry(const FiltersSerialized& buffer) : FiltersEntry() {
+  parse(checkedData(buffer), buffer.size());
+}
+
+FiltersEntry& FiltersEntry::operator=(FiltersEntry&& other) {
+  if (this == &other) return *this;
+  policer_ = std::move(other.policer_);
+  id_ = other.id_;
+  priority_ = other.priority_;
+  policerParent_ = std::move(other.policerParent_);
+  counters_ = std::move(other.counters_);
+  matches_ = std::move(other.matches_);
+  actions_ = std::move(other.actions_);
+  return *this;
+}
+
+// --- Matches -------------------------------------------------------------------------------------
+
+const Match* FiltersEntry::findMatch(filtersMatch_t code) const {
+  const auto it = matches_.find(code);
+  return it == matches_.end() ? nullptr : it->second.get();
+}
+
+void FiltersEntry::storeMatch(std::unique_ptr<Match> match) {
+  const filtersMatch_t code = match->getType();
+  matches_.insert_or_assign(matches_.end(), code, std::move(match));
+}
+
+bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
+  const auto excludes = [&](bool (*other)(filtersMatch_t)) {
+    return std::any_of(matches_.begin(), matches_.end(),
+                       [&](const auto& held) { return other(held.first); });
+  };
+  if (isIPv4Only(code)) return !excludes(isIPv6Only);
+  if (isIPv6Only(code)) return !excludes(isIPv4Only);
+  return true;
+}
+
+bool FiltersEntry::isL4DstPortCompatible(filtersMatch_t code) const {
+  if (!isL4DstPort(code)) return true;
+  return std::none_of(matches_.begin(), matches_.end(), [&](const auto& held) {
+    return isL4DstPort(held.first) && held.first != code;
+  });
+}
+
+filtersErr_t FiltersEntry::deleteMatch(filtersMatch_t code) {
+  return matches_.erase(code) == 0 ? FILTERS_ERR_NOT_FOUND : FILTERS_OK;
+}
+
+filtersErr_t FiltersEntry::setMatches(const Matches& matches) {
+  FiltersEntry fresh;
+  const filtersErr_t result = fresh.copyMatches(matches);
+  if (result == FILTERS_OK) matches_.swap(fresh.matches_);
+  return result;
+}
+
+filtersErr_t FiltersEntry::copyMatches(const Matches& matches) {
+  for (const auto& held : matches) {
+    const Match* match = held.second.get();
+    if (match == nullptr) continue;
+    const filtersErr_t result = visitMatch(match->getType(), FILTERS_OK, [&](auto tag) {
+      return setMatch(static_cast<const typename decltype(tag)::Class&>(*match));
+    });
+    if (result != FILTERS_OK) return result;
+  }
+  return FILTERS_OK;
+}
+
+// --- Actions -------------------------------------------------------------------------------------
+
+const Action* FiltersEntry::findAction(filtersAction_t code) const {
+  const auto it = actions_.find(code);
+  return it == actions_.end() ? nullptr : it->second.get();
+}
+
+void FiltersEntry::storeAction(std::unique_ptr<Action> action) {
+  const filtersAction_t code = action->getType();
+  actions_.insert_or_assign(actions_.end(), code, std::move(action));
+}
+
+filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) {
+  return actions_.erase(code) == 0 ? FILTERS_ERR_NOT_FOUND : FILTERS_OK;
+}
+
+filtersErr_t FiltersEntry::setActions(const Actions& actions) {
+  FiltersEntry fresh;
+  const filtersErr_t result = fresh.copyActions(actions);
+  if (result == FILTERS_OK) actions_.swap(fresh.actions_);
+  return result;
+}
+
+filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
+  for (const auto& held : actions) {
+    const Action* action = held.second.get();
+    if (action == nullptr) continue;
+    const filtersErr_t result = visitAction(action->getType(), FILTERS_OK, [&](auto tag) {
+      return setAction(static_cast<const typename decltype(tag)::Class&>(*action));
+    });
+    if (result != FILTERS_OK) return result;
+  }
+  return FILTERS_OK;
+}
+
+// --- Policer and counters ------------------------------------------------------------------------
+
+filtersErr_t FiltersEntry::setPolicer(const policer::Policer& policer) {
+  if (&policer != &policer_) policer_ = policer;
+  return FILTERS_OK;
+}
+
+filtersErr_t FiltersEntry::setPolicerParent(const policer::Policer& policer) {
+  policerParent_ = std::make_shared<policer::Policer>(policer);
+  return FILTERS_OK;
+}
+
+const Counter* FiltersEntry::getCounter(unsigned short id) const {
+  const auto it = counters_.find(id);
+  return it == counters_.end() ? nullptr : &it->second;
+}
+
+filtersErr_t FiltersEntry::setCounter(const Counter& counter) {
+  if (counter.GetType() == FILTERS_COUNTER_TYPE_INVALID) return FILTERS_ERR_INVALID;
+  for (const auto& [id, held] : counters_) {
+    if (held.GetType() == counter.GetType()) return FILTERS_ERR_INVALID;
+  }
+  counters_.insert_or_assign(counter.GetId(), counter);
+  return FILTERS_OK;
+}
+
+filtersErr_t FiltersEntry::deleteCounter(unsigned short id) {
+  return counters_.erase(id) == 0 ? FILTERS_ERR_INVALID_ARGUMENT : FILTERS_OK;
+}
+
+filtersErr_t FiltersEntry::deleteCounters() {
+  counters_.clear();
+  return FILTERS_OK;
+}
+
+// --- Conversion and comparison -------------------------------------------------------------------
+
+void FiltersEntry::convertToFiltersEntryPB(FiltersEntryPB* message) const {
+  message->set_id_(id_);
+  message->set_priority_(priority_);
+  message->set_policer_(policer_.Serialize());
+  if (policerParent_ != nullptr) message->set_policer_parent_(policerParent_->Serialize());
+  for (const auto& [id, counter] : counters_) counter.Serialize(message->add_counters_());
+  for (const auto& [code, match] : matches_) match->convertToMatchPB(message->add_matches_());
+  for (const auto& [code, action] : actions_) action->convertToActionPB(message->add_actions_());
+}
+
+void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
+  id_ = message->id_();
+  priority_ = message->priority_();
+  policer_ = policer::Policer(message->policer_());
+  if (message->has_policer_parent_()) {
+    policerParent_ = std::make_shared<policer::Policer>(message->policer_parent_());
+  }
+  // Not through setCounter(): what another process sends is kept, types 0 and repeated included.
+  for (const CounterPB& counterMessage : message->counters_()) {
+    const Counter counter(counterMessage);
+    counters_.insert_or_assign(counter.GetId(), counter);
+  }
+  for (const MatchPB& matchMessage : message->matches_()) {
+    const auto code = static_cast<filtersMatch_t>(matchMessage.type_());
+    visitMatch(code, false, [&](auto tag) {
+      if (!isCompatible(code)) return false;
+      auto match = tag.makeBlank();
+      match->convertFromMatchPB(&matchMessage);
+      storeMatch(std::move(match));
+      return true;
+    });
+  }
+  for (const ActionPB& actionMessage : message->actions_()) {
+    const auto code = static_cast<filtersAction_t>(actionMessage.type_());
+    visitAction(code, false, [&](auto tag) {
+      auto action = tag.makeBlank();
+      action->convertFromActionPB(&actionMessage);
+      storeAction(std::move(action));
+      return true;
+    });
+  }
+}
+
+void FiltersEntry::parse(const char* bytes, std::size_t size) {
+  google::protobuf::Arena arena;
+  convertFromFiltersEntryPB(parseMessage<FiltersEntryPB>(bytes, size, &arena));
+}
+
+void FiltersEntry::serialize(std::string* out) const {
+  google::protobuf::Arena arena;
+  auto* message = google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  convertToFiltersEntryPB(message);
+  message->SerializeToString(out);
+}
+
+void FiltersEntry::serialize(FiltersSerialized* out) const {
+  std::string bytes;
+  serialize(&bytes);
+  out->setData(bytes);
+}
+
+bool FiltersEntry::operator==(const FiltersEntry& other) const {
+  const auto sameParent = [&] {
+    if (policerParent_ == nullptr || other.policerParent_ == nullptr) {
+      return policerParent_ == other.policerParent_;
+    }
+    return *policerParent_ == *other.policerParent_;
+  };
+  const auto sameMatch = [](const auto& mine, const auto& theirs) {
+    return mine.first == theirs.first && *theirs.second == *mine.second;
+  };
+  const auto sameAction = [](const auto& mine, const auto& theirs) {
+    return mine.first == theirs.first && *mine.second == *theirs.second;
+  };
+  return id_ == other.id_ && priority_ == other.priority_ && policer_ == other.policer_ &&
+         matches_.size() == other.matches_.size() && actions_.size() == other.actions_.size() &&
+         counters_ == other.counters_ && sameParent() &&
+         std::equal(matches_.begin(), matches_.end(), other.matches_.begin(), sameMatch) &&
+         std::equal(actions_.begin(), actions_.end(), other.actions_.begin(), sameAction);
+}
+
+#define FILTERS_INSTANTIATE_MATCH(T)                                     \
+  template FILTERS_API filtersErr_t FiltersEntry::getMatch<T>(T&) const; \
+  template FILTERS_API filtersErr_t FiltersEntry::setMatch<T>(const T&);
+FILTERS_MATCH_CLASSES(FILTERS_INSTANTIATE_MATCH)
+
+#define FILTERS_INSTANTIATE_ACTION(T)                                     \
+  template FILTERS_API filtersErr_t FiltersEntry::getAction<T>(T&) const; \
+  template FILTERS_API filtersErr_t FiltersEntry::setAction<T>(const T&);
+FILTERS_ACTION_CLASSES(FILTERS_INSTANTIATE_ACTION)
+
+}  // namespace FiltersCommon

@@ -1,0 +1,143 @@
+#include <filter_common/filter_entries.h>
+
+#include <cstdio>
+#include <ostream>
+
+namespace FiltersCommon {
+namespace {
+
+constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
+
+// Begins a line of a policer block: fills up to the width that stood when the block began.
+std::ostream& indent(std::ostream& os, std::streamsize width) {
+  os.width(width);
+  return os << "";
+}
+
+// Deliberate: in decimal even when the stream is left in hexadecimal; rates and sizes are not.
+void printDecimal(std::ostream& os, std::uint32_t value) {
+  char text[sizeof "4294967295"];
+  std::snprintf(text, sizeof text, "%u", static_cast<unsigned>(value));
+  os << text;
+}
+
+const char* stageName(policer::Stage stage) {
+  switch (stage) {
+    case policer::Stage::Egress:
+      return "Egress";
+    case policer::Stage::None:
+      return "None";
+    default:
+      return "Ingress";  // whatever else the policer library reports
+  }
+}
+
+const char* colorName(policer::Color color) {
+  switch (color) {
+    case policer::Color::Red:
+      return "Red";
+    case policer::Color::Yellow:
+      return "Yellow";
+    case policer::Color::Green:
+      return "Green";
+  }
+  return "";
+}
+
+void printMode(std::ostream& os, const policer::Mode& mode) {
+  const auto rate = [&](const char* label, auto value) { os << label << value << " kbits/s"; };
+  const auto burst = [&](const char* label, auto value) { os << label << value << " bytes"; };
+  const auto committed = [&](const char* name) {
+    os << name;
+    rate(" (CIR: ", mode.GetCir());
+    burst(", CBS: ", mode.GetCbs());
+  };
+  switch (mode.GetType()) {
+    case policer::ModeType::SrTcm:
+      committed("SrTcm");
+      burst(", EBS: ", mode.GetEbs());
+      os << ')';
+      return;
+    case policer::ModeType::TrTcm:
+      committed("TrTcm");
+      rate(", PIR: ", mode.GetPir());
+      burst(", PBS: ", mode.GetPbs());
+      os << ')';
+      return;
+    case policer::ModeType::TrTcmDs:
+      committed("TrTcmDs");
+      rate(", EIR: ", mode.GetEir());
+      burst(", EBS: ", mode.GetEbs());
+      os << ')';
+      return;
+    case policer::ModeType::Flow:
+      committed("Flow");
+      os << ')';
+      return;
+    case policer::ModeType::None:
+      os << "None";
+      return;
+  }
+}
+
+void printPolicerAction(std::ostream& os, const policer::Action& action) {
+  os << "+ " << colorName(action.GetColor()) << ' ';
+  switch (action.GetType()) {
+    case policer::ActionType::Drop:
+      os << "Drop";
+      return;
+    case policer::ActionType::SetPcp:
+      os << "Set PCP ";
+      printDecimal(os, action.GetPcp());
+      return;
+    case policer::ActionType::SetDscp:
+      os << "Set DSCP ";
+      printDecimal(os, action.GetDscp());
+      return;
+  }
+}
+
+// Ends without a line end.
+void printPolicer(std::ostream& os, const policer::Policer& policer) {
+  const std::streamsize width = os.width();
+  indent(os, width) << "Policer Id: ";
+  if (policer.GetId() == kInvalidPolicerId) {
+    os << "Invalid";
+  } else {
+    printDecimal(os, policer.GetId());
+  }
+  os << '\n';
+  indent(os, width) << "Stage: " << stageName(policer.GetStage()) << '\n';
+  indent(os, width) << "Mode: ";
+  printMode(os, policer.GetMode());
+  os << '\n';
+  indent(os, width) << "Actions:";
+  for (const policer::Action& action : policer.GetActions()) {
+    os << '\n';
+    printPolicerAction(indent(os, width), action);
+  }
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry) {
+  os << "  =FiltersEntry=" << std::endl;
+  os << "    ID: " << entry.id_ << std::endl;
+  os << "    Priority: " << entry.priority_ << std::endl;
+  if (entry.policer_.GetStage() != policer::Stage::None) {
+    os << "  =Policer=" << std::endl;
+    printPolicer(os, entry.policer_);
+    os << std::endl;
+  }
+  for (const auto& [id, counter] : entry.counters_) os << "  =Counter=" << std::endl << counter;
+  for (const auto& [code, match] : entry.matches_) os << *match;
+  for (const auto& [code, action] : entry.actions_) ::operator<<(os, *action);
+  if (entry.policerParent_ != nullptr) {
+    os << "  =Parent=" << std::endl;
+    printPolicer(os, *entry.policerParent_);
+    os << std::endl;
+  }
+  return os;
+}
+
+}  // namespace FiltersCommon

@@ -1,0 +1,412 @@
+#include <filter_common/filter_matches.h>
+
+#include <filter_common/filter_matches.pb.h>
+
+#include <cstring>
+#include <utility>
+
+#include "match_visit.h"
+#include "wire.h"
+
+namespace FiltersCommon {
+namespace {
+
+// Whether T is compared by a comparison of its own or of its family. Were it the base's, the
+// generic comparison would call itself for ever.
+template <class T, class = void>
+constexpr bool hasOwnEquality = true;
+template <class T>
+constexpr bool hasOwnEquality<
+    T, std::enable_if_t<
+           std::is_same_v<decltype(&T::operator==), bool (Match::*)(const Match&) const>>> = false;
+
+// All 128 bits, the same in every byte order.
+in6_addr allOnesIPv6() {
+  in6_addr mask;
+  std::memset(&mask, 0xff, sizeof mask);
+  return mask;
+}
+
+template <class Address>
+bool sameAddress(const Address& a, const Address& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+template <class Value, class Field>
+void setTo(Field* field, const std::set<Value>& values) {
+  field->Clear();
+  for (Value value : values) field->Add(value);
+}
+
+// Cuts each number to the width of the set's values.
+template <class Value, class Field>
+void setFrom(const Field& field, std::set<Value>* values) {
+  std::set<Value> read;
+  for (auto value : field) read.insert(read.end(), static_cast<Value>(value));
+  values->swap(read);
+}
+
+}  // namespace
+
+void Match::convertToMatchPB(MatchPB* message) const { message->set_type_(getType()); }
+
+void Match::convertFromMatchPB(const MatchPB*) {}
+
+bool Match::operator==(const Match& other) const {
+  if (getType() != other.getType()) return false;
+  return visitMatch(getType(), false, [&](auto tag) {
+    using T = typename decltype(tag)::Class;
+    static_assert(hasOwnEquality<T>, "the class needs an operator== of its own");
+    return static_cast<const T&>(*this) == static_cast<const T&>(other);
+  });
+}
+
+// --- Ports ---------------------------------------------------------------------------------------
+
+MatchPorts::MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports)
+    : Match(type), ports_(ports.begin(), ports.end()) {}
+
+MatchPorts::MatchPorts(filtersMatch_t type, const std::list<port_type_t>& excludedPortTypes)
+    : Match(type), excludedPortTypes_(excludedPortTypes.begin(), excludedPortTypes.end()) {}
+
+std::list<port_type_t> MatchPorts::getExcludedPortTypes() const {
+  return {excludedPortTypes_.begin(), excludedPortTypes_.end()};
+}
+
+filtersErr_t MatchPorts::setPorts(const std::list<limid_t>& ports) {
+  if (!excludedPortTypes_.empty()) return FILTERS_ERR_INVALID_ARGUMENT;
+  ports_ = std::vector<limid_t>(ports.begin(), ports.end());
+  return FILTERS_OK;
+}
+
+bool MatchPorts::operator==(const MatchPorts& other) const {
+  return getType() == other.getType() && samePorts(ports_, other.ports_) &&
+         excludedPortTypes_ == other.excludedPortTypes_;
+}
+
+void MatchPorts::appendTo(MatchPB* message) const {
+  for (port_type_t type : excludedPortTypes_) message->add_excluded_port_types_(type);
+  appendPortsTo(message->mutable_ports_(), ports_);
+}
+
+void MatchPorts::appendFrom(const MatchPB& message, bool withExcludedTypes) {
+  ports_.reserve(ports_.size() + static_cast<std::size_t>(message.ports__size()));
+  if (withExcludedTypes) {
+    for (std::uint32_t type : message.excluded_port_types_()) {
+      excludedPortTypes_.push_back(static_cast<port_type_t>(type));
+    }
+  }
+  appendPortsFrom(message.ports_(), &ports_);
+}
+
+MatchIngressPorts::MatchIngressPorts(const std::list<limid_t>& ports)
+    : MatchPorts(FILTERS_MATCH_INGRESS_PORTS, ports) {}
+
+MatchIngressPorts::MatchIngressPorts(const std::list<port_type_t>& excludedPortTypes)
+    : MatchPorts(FILTERS_MATCH_INGRESS_PORTS, excludedPortTypes) {}
+
+// Deliberate: ports are added to what the message or the object already holds, while VLAN ids and
+// PCPs replace it.
+void MatchIngressPorts::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  appendTo(message);
+}
+
+void MatchIngressPorts::convertFromMatchPB(const MatchPB* message) { appendFrom(*message, true); }
+
+MatchEgressPorts::MatchEgressPorts(const std::list<limid_t>& ports)
+    : MatchPorts(FILTERS_MATCH_EGRESS_PORTS, ports) {}
+
+void MatchEgressPorts::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  appendTo(message);  // there are never excluded types here
+}
+
+void MatchEgressPorts::convertFromMatchPB(const MatchPB* message) { appendFrom(*message, false); }
+
+bool MatchLimId::operator==(const MatchLimId& other) const {
+  return getType() == other.getType() && sameBytes(limId_, other.limId_);
+}
+
+void MatchLimId::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_limid_(limidToWire(limId_));
+}
+
+void MatchLimId::convertFromMatchPB(const MatchPB* message) {
+  limId_ = limidFromWire(message->limid_());
+}
+
+// --- Sets ----------------------------------------------------------------------------------------
+
+MatchVlanId::MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds)
+    : Match(type), vlanIds_(std::move(vlanIds)) {}
+
+bool MatchVlanId::operator==(const MatchVlanId& other) const {
+  return getType() == other.getType() && vlanIds_ == other.vlanIds_;
+}
+
+void MatchVlanId::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  setTo(message->mutable_vlan_id_(), vlanIds_);
+}
+
+void MatchVlanId::convertFromMatchPB(const MatchPB* message) {
+  setFrom(message->vlan_id_(), &vlanIds_);
+}
+
+MatchExternalVlanId::MatchExternalVlanId(std::set<unsigned short> vlanIds)
+    : MatchVlanId(FILTERS_MATCH_EXTERNAL_VLAN_ID, std::move(vlanIds)) {}
+
+MatchExternalVlanId::MatchExternalVlanId(unsigned short vlanId)
+    : MatchVlanId(FILTERS_MATCH_EXTERNAL_VLAN_ID, {vlanId}) {}
+
+MatchInternalVlanId::MatchInternalVlanId(std::set<unsigned short> vlanIds)
+    : MatchVlanId(FILTERS_MATCH_INTERNAL_VLAN_ID, std::move(vlanIds)) {}
+
+MatchInternalVlanId::MatchInternalVlanId(unsigned short vlanId)
+    : MatchVlanId(FILTERS_MATCH_INTERNAL_VLAN_ID, {vlanId}) {}
+
+MatchPcp::MatchPcp(const std::set<unsigned char>& pcps) : Match(FILTERS_MATCH_PCP), pcps_(pcps) {}
+
+MatchPcp::MatchPcp(unsigned char pcp) : Match(FILTERS_MATCH_PCP), pcps_{pcp} {}
+
+void MatchPcp::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  setTo(message->mutable_pcp_(), pcps_);
+}
+
+void MatchPcp::convertFromMatchPB(const MatchPB* message) { setFrom(message->pcp_(), &pcps_); }
+
+MatchInternalPcp::MatchInternalPcp(const std::set<unsigned char>& pcps)
+    : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_(pcps) {}
+
+MatchInternalPcp::MatchInternalPcp(unsigned char pcp)
+    : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_{pcp} {}
+
+void MatchInternalPcp::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  setTo(message->mutable_pcp_(), pcps_);
+}
+
+void MatchInternalPcp::convertFromMatchPB(const MatchPB* message) {
+  setFrom(message->pcp_(), &pcps_);
+}
+
+// --- Addresses and layer-4 ports -----------------------------------------------------------------
+
+MatchMac::MatchMac(filtersMatch_t type, ether_addr mac)
+    : MatchMac(type, mac, {{0xff, 0xff, 0xff, 0xff, 0xff, 0xff}}) {}
+
+bool MatchMac::operator==(const MatchMac& other) const {
+  return getType() == other.getType() && sameAddress(mac_, other.mac_) &&
+         sameAddress(mask_, other.mask_);
+}
+
+void MatchMac::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  addressToWire(mac_, message->mutable_mac_());
+  addressToWire(mask_, message->mutable_mac_mask_());
+}
+
+void MatchMac::convertFromMatchPB(const MatchPB* message) {
+  mac_ = addressFromWire<ether_addr>(message->mac_());
+  mask_ = addressFromWire<ether_addr>(message->mac_mask_());
+}
+
+MatchIPv4::MatchIPv4(filtersMatch_t type, in_addr ip) : MatchIPv4(type, ip, {INADDR_NONE}) {}
+
+bool MatchIPv4::operator==(const MatchIPv4& other) const {
+  return getType() == other.getType() && sameAddress(ip_, other.ip_) &&
+         sameAddress(mask_, other.mask_);
+}
+
+void MatchIPv4::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  addressToWire(ip_, message->mutable_ipv4_());
+  addressToWire(mask_, message->mutable_ipv4_mask_());
+}
+
+void MatchIPv4::convertFromMatchPB(const MatchPB* message) {
+  ip_ = addressFromWire<in_addr>(message->ipv4_());
+  mask_ = addressFromWire<in_addr>(message->ipv4_mask_());
+}
+
+MatchIPv6::MatchIPv6(filtersMatch_t type, in6_addr ip) : MatchIPv6(type, ip, allOnesIPv6()) {}
+
+bool MatchIPv6::operator==(const MatchIPv6& other) const {
+  return getType() == other.getType() && sameAddress(ip_, other.ip_) &&
+         sameAddress(mask_, other.mask_);
+}
+
+void MatchIPv6::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  addressToWire(ip_, message->mutable_ipv6_());
+  addressToWire(mask_, message->mutable_ipv6_mask_());
+}
+
+void MatchIPv6::convertFromMatchPB(const MatchPB* message) {
+  ip_ = addressFromWire<in6_addr>(message->ipv6_());
+  mask_ = addressFromWire<in6_addr>(message->ipv6_mask_());
+}
+
+bool MatchL4Port::operator==(const MatchL4Port& other) const {
+  return getType() == other.getType() && param1_ == other.param1_ && param2_ == other.param2_;
+}
+
+void MatchL4Port::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_l4port_param1_(param1_);
+  message->set_l4port_param2_(param2_);
+}
+
+void MatchL4Port::convertFromMatchPB(const MatchPB* message) {
+  param1_ = static_cast<l4port_t>(message->l4port_param1_());
+  param2_ = static_cast<l4port_t>(message->l4port_param2_());
+}
+
+bool MatchDstL4PortRange::operator==(const MatchDstL4PortRange& other) const {
+  return MatchL4Port::operator==(other);
+}
+
+// --- Single values -------------------------------------------------------------------------------
+
+void MatchTPID::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_tpid_(tpid_);
+}
+
+void MatchTPID::convertFromMatchPB(const MatchPB* message) {
+  tpid_ = static_cast<tpid_t>(message->tpid_());
+}
+
+void MatchL2SrcEntryType::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_l2_src_(entryType_);
+}
+
+void MatchL2SrcEntryType::convertFromMatchPB(const MatchPB* message) {
+  entryType_ = static_cast<l2SrcEntryType_t>(message->l2_src_());
+}
+
+void MatchVlanTagging::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_vlan_tagging_(tagging_);
+}
+
+void MatchVlanTagging::convertFromMatchPB(const MatchPB* message) {
+  tagging_ = static_cast<vlan_tagging_t>(message->vlan_tagging_());
+}
+
+void MatchIpProtocol::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_ipprotocol_(protocol_);
+}
+
+void MatchIpProtocol::convertFromMatchPB(const MatchPB* message) {
+  protocol_ = static_cast<unsigned char>(message->ipprotocol_());
+}
+
+void MatchPacketRes::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_packet_resolution_(res_);
+}
+
+void MatchPacketRes::convertFromMatchPB(const MatchPB* message) {
+  res_ = static_cast<en_Resolution>(message->packet_resolution_());
+}
+
+void MatchMplsTerm::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_mpls_terminated_(terminated_);
+}
+
+void MatchMplsTerm::convertFromMatchPB(const MatchPB* message) {
+  terminated_ = message->mpls_terminated_();
+}
+
+void MatchToS::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_tos_(tos_);
+}
+
+void MatchToS::convertFromMatchPB(const MatchPB* message) {
+  tos_ = static_cast<unsigned char>(message->tos_());
+}
+
+void MatchTTL::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_ttl_(ttl_);
+}
+
+void MatchTTL::convertFromMatchPB(const MatchPB* message) {
+  ttl_ = static_cast<unsigned char>(message->ttl_());
+}
+
+void MatchIngressStpState::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_ingress_stp_state_(state_);
+}
+
+void MatchIngressStpState::convertFromMatchPB(const MatchPB* message) {
+  state_ = static_cast<en_StpState>(message->ingress_stp_state_());
+}
+
+void MatchVrfId::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_vrf_id_(vrfId_);
+}
+
+void MatchVrfId::convertFromMatchPB(const MatchPB* message) {
+  vrfId_ = static_cast<unsigned short>(message->vrf_id_());
+}
+
+void MatchDrop::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_drop_flag_(drop_);
+}
+
+void MatchDrop::convertFromMatchPB(const MatchPB* message) { drop_ = message->drop_flag_(); }
+
+void MatchMyStationHit::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_hit_flag_(hit_);
+}
+
+void MatchMyStationHit::convertFromMatchPB(const MatchPB* message) { hit_ = message->hit_flag_(); }
+
+void MatchForwardingType::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_fwd_type_(fwd_);
+}
+
+void MatchForwardingType::convertFromMatchPB(const MatchPB* message) {
+  fwd_ = static_cast<en_ForwardingType>(message->fwd_type_());
+}
+
+void MatchCPUInjectedPackets::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_injected_flag_(injected_);
+}
+
+void MatchCPUInjectedPackets::convertFromMatchPB(const MatchPB* message) {
+  injected_ = message->injected_flag_();
+}
+
+bool MatchVlanInfo::operator==(const MatchVlanInfo& other) const {
+  return info_.svc_vlan_type == other.info_.svc_vlan_type &&
+         info_.proto_cpu_vlan_type == other.info_.proto_cpu_vlan_type;
+}
+
+void MatchVlanInfo::convertToMatchPB(MatchPB* message) const {
+  Match::convertToMatchPB(message);
+  message->set_vlan_info_svc_vlan_type_(info_.svc_vlan_type);
+  message->set_vlan_info_proto_cpu_vlan_type_(info_.proto_cpu_vlan_type);
+}
+
+void MatchVlanInfo::convertFromMatchPB(const MatchPB* message) {
+  info_.svc_vlan_type = message->vlan_info_svc_vlan_type_();
+  info_.proto_cpu_vlan_type = message->vlan_info_proto_cpu_vlan_type_();
+}
+
+}  // namespace FiltersCommon
