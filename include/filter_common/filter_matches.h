@@ -134,7 +134,7 @@ class FILTERS_API MatchSrcPort : public MatchLimId {
 class FILTERS_API MatchCpuPort : public Match {
  public:
   MatchCpuPort() : Match(FILTERS_MATCH_CPU_PORT) {}
-  bool operator==(const MatchCpuPort&) const { return true; }
+  virtual bool operator==(const MatchCpuPort&) const { return true; }
 };
 
 // The packet goes to the CPU.

@@ -1,0 +1,102 @@
+#ifndef FILTER_COMMON_TESTS_ENTRY_SAMPLES_H_
+#define FILTER_COMMON_TESTS_ENTRY_SAMPLES_H_
+
+// Entries and groups made of the samples of single matches and actions.
+
+#include <filter_common/filter_groups.h>
+#include <filter_common/filter_groups.pb.h>
+#include <policer/policer.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "samples.h"
+
+namespace catalogue {
+
+using Codes = std::vector<unsigned>;
+
+// The samples of these codes, under their codes.
+template <class Code, class Base>
+auto pick(const Codes& codes, std::vector<std::pair<Code, std::unique_ptr<Base>>> all) {
+  std::map<Code, std::unique_ptr<Base>> picked;
+  for (unsigned code : codes) picked[Code(code)] = std::move(all.at(code).second);
+  return picked;
+}
+inline auto matchesOf(const Codes& codes) { return pick(codes, oneMatchOfEachCode()); }
+inline auto actionsOf(const Codes& codes) { return pick(codes, oneActionOfEachCode()); }
+
+inline policer::Policer policerAt(policer::Stage stage, std::uint32_t id = 300) {
+  return {id, stage, policer::Mode::Flow(1000, 1500), {policer::Action::Drop(policer::Color::Red)}};
+}
+
+inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
+                            policer::Stage stage = policer::Stage::None) {
+  FiltersEntry entry(7);
+  EXPECT_EQ(entry.copyMatches(matchesOf(matches)), FILTERS_OK);
+  EXPECT_EQ(entry.copyActions(actionsOf(actions)), FILTERS_OK);
+  entry.setPolicer(policerAt(stage));
+  return entry;
+}
+
+// All that stands beside IPv4 addresses and a destination port, and every action.
+inline const Codes kIPv4Codes = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 16, 17,
+                                 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33};
+inline const Codes kActionCodes = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
+                                   10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
+
+inline FiltersEntry fullEntry() {
+  FiltersEntry entry = entryOf(kIPv4Codes, kActionCodes, policer::Stage::Ingress);
+  entry.setPriority(300);
+  entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
+  entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS});
+  entry.setCounter({2, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS});
+  return entry;
+}
+
+// An empty group of any stage and type, also of those that no setter lets in.
+inline FiltersGroup groupOf(int stage, int type) {
+  FiltersGroupPB message;
+  message.set_stage_(static_cast<std::uint32_t>(stage));
+  message.set_type_(static_cast<std::uint32_t>(type));
+  FiltersGroup group(0);
+  group.convertFromFiltersGroupPB(&message);
+  return group;
+}
+
+// What tells the entries of a group apart, behind their ids.
+using Priorities = std::map<unsigned, unsigned>;
+inline Priorities prioritiesOf(const FiltersGroup& group) {
+  Priorities priorities;
+  for (const auto& [id, entry] : group.getEntriesRef()) priorities[id] = entry.getPriority();
+  return priorities;
+}
+
+inline FiltersEntryPB messageOf(const FiltersEntry& entry) {
+  FiltersEntryPB message;
+  entry.convertToFiltersEntryPB(&message);
+  return message;
+}
+
+template <class Field>
+Codes codesIn(const Field& field) {
+  Codes codes;
+  for (const auto& element : field) codes.push_back(element.type_());
+  return codes;
+}
+inline Codes heldMatches(const FiltersEntry& entry) { return codesIn(messageOf(entry).matches_()); }
+inline Codes heldActions(const FiltersEntry& entry) { return codesIn(messageOf(entry).actions_()); }
+
+template <class T>
+std::string bytesOf(const T& object) {
+  std::string bytes = "to be replaced";
+  object.serialize(&bytes);
+  return bytes;
+}
+
+}  // namespace catalogue
+
+#endif  // FILTER_COMMON_TESTS_ENTRY_SAMPLES_H_
