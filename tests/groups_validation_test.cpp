@@ -166,7 +166,8 @@ template <class Key, class Code>
 Table digitsOf(const std::map<Key, const std::set<Code>>& published, std::size_t codes) {
   Table table(published.size(), std::string(codes, '0'));
   for (const auto& [key, admitted] : published) {
-    for (Code code : admitted) table.at(static_cast<std::size_t>(key)).at(code) = '1';
+    for (Code code : admitted)
+      table.at(static_cast<std::size_t>(key)).at(static_cast<std::size_t>(code)) = '1';
   }
   return table;
 }
