@@ -14,6 +14,8 @@
 #include <iostream>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
+#include <string>
 
 namespace fc = FiltersCommon;
 
@@ -49,13 +51,18 @@ int main(int argc, char** argv) {
   Frame frame;
   int groups = 0;
   while ((frame = receive(std::cin, &bytes)) == Frame::kGroup) {
-    const fc::FiltersGroup group(bytes);
-    printed << group;
     ++groups;
-    std::string again;
-    group.serialize(&again);
-    if (again != bytes) {
-      return fail("group " + std::to_string(group.getId()) + " differs from what was sent");
+    try {
+      const fc::FiltersGroup group(bytes);
+      printed << group;
+      std::string again;
+      group.serialize(&again);
+      if (again != bytes) {
+        std::cout << printed.str();
+        return fail("group " + std::to_string(group.getId()) + " differs from what was sent");
+      }
+    } catch (const std::invalid_argument& refusal) {  // the one thing that a constructor reports
+      return fail(refusal.what());
     }
   }
   std::cout << printed.str();

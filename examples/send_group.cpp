@@ -10,9 +10,11 @@
 #include <limid/limid_standin.h>
 #include <netinet/ether.h>
 
-#include <cstring>
 #include <iostream>
+#include <list>
+#include <set>
 #include <stdexcept>
+#include <string>
 
 namespace fc = FiltersCommon;
 
@@ -65,15 +67,14 @@ void admit(fc::FiltersEntry& rule, unsigned char queue, std::uint32_t rate) {
   require(rule.setCounter(fc::Counter(2, fc::FILTERS_COUNTER_TYPE_RED_OCTETS)));
 }
 
-// A TCP service (protocol 6) for the clients of one prefix.
-fc::FiltersEntry tcpService(fc::filtersEntryId_t id, const char* prefix, const char* mask,
-                            unsigned short port) {
+// What comes over TCP (protocol 6) from one prefix; which end of the connection is ours says the
+// port that the caller adds.
+fc::FiltersEntry tcpFrom(fc::filtersEntryId_t id, const char* prefix, const char* mask) {
   fc::FiltersEntry rule(cpuRule());
   rule.setId(id);
   rule.setPriority(100);
   require(rule.setMatch(fc::MatchSrcIPv4(ipv4(prefix), ipv4(mask))));
   require(rule.setMatch(fc::MatchIpProtocol(IPPROTO_TCP)));
-  require(rule.setMatch(fc::MatchDstL4Port(port, 0xffff)));
   return rule;
 }
 
@@ -94,11 +95,18 @@ fc::FiltersGroup controlPlane() {
   require(group.setStage(fc::FILTERS_GROUP_STAGE_INGRESS));
   require(group.setType(fc::FILTERS_GROUP_TYPE_3));
 
-  fc::FiltersEntry bgp = tcpService(10, "192.0.2.0", "255.255.255.0", 179);
+  fc::FiltersEntry bgp = tcpFrom(10, "192.0.2.0", "255.255.255.0");  // sessions the peers open
+  require(bgp.setMatch(fc::MatchDstL4Port(179, 0xffff)));
   admit(bgp, 6, 2000);
   require(group.insertEntry(bgp));
 
-  fc::FiltersEntry ssh = tcpService(20, "198.51.100.0", "255.255.255.240", 22);
+  fc::FiltersEntry bgpReply = tcpFrom(11, "192.0.2.0", "255.255.255.0");  // and those we open
+  require(bgpReply.setMatch(fc::MatchSrcL4Port(179, 0xffff)));
+  admit(bgpReply, 6, 2000);
+  require(group.insertEntry(bgpReply));
+
+  fc::FiltersEntry ssh = tcpFrom(20, "198.51.100.0", "255.255.255.240");
+  require(ssh.setMatch(fc::MatchDstL4Port(22, 0xffff)));
   admit(ssh, 5, 1000);
   require(group.insertEntry(ssh));
 
@@ -133,6 +141,7 @@ fc::FiltersGroup controlPlane() {
 void addLinkProtocol(fc::FiltersGroup& group, fc::filtersEntryId_t id, const char* destination,
                      const char* mask) {
   fc::FiltersEntry rule(id);
+  rule.setPriority(100);
   require(rule.setMatch(fc::MatchDstMac(mac(destination), mac(mask))));
   require(rule.setMatch(fc::MatchVlanTagging(fc::FILTERS_VLAN_UNTAGGED)));
   require(rule.setAction(fc::ActionPermit()));

@@ -45,6 +45,7 @@ void Action::convertFromActionPB(const ActionPB*) {}
 
 bool Action::operator==(const Action& other) const {
   if (getType() != other.getType()) return false;
+  // Deliberate: two actions of one unknown code are equal, while two such matches differ.
   return visitAction(getType(), true, [&](auto tag) {
     using T = typename decltype(tag)::Class;
     if constexpr (std::is_same_v<T, ActionCopyInnerPcp>) {

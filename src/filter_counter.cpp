@@ -1,7 +1,8 @@
 #include <filter_common/filter_counter.h>
 
-#include <filter_common/filter_counter.pb.h>
 #include <ostream>
+
+#include <filter_common/filter_counter.pb.h>
 
 namespace FiltersCommon {
 namespace {

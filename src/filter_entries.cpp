@@ -106,8 +106,10 @@ filtersErr_t FiltersEntry::deleteMatch(filtersMatch_t code) {
 filtersErr_t FiltersEntry::setMatches(const Matches& matches) {
   FiltersEntry fresh;
   const filtersErr_t result = fresh.copyMatches(matches);
-  if (result == FILTERS_OK) matches_.swap(fresh.matches_);
-  return result;
+  if (result != FILTERS_OK) return result;
+  matches_.clear();
+  copy_map(matches_, fresh.matches_);
+  return FILTERS_OK;
 }
 
 filtersErr_t FiltersEntry::copyMatches(const Matches& matches) {
@@ -141,8 +143,10 @@ filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) {
 filtersErr_t FiltersEntry::setActions(const Actions& actions) {
   FiltersEntry fresh;
   const filtersErr_t result = fresh.copyActions(actions);
-  if (result == FILTERS_OK) actions_.swap(fresh.actions_);
-  return result;
+  if (result != FILTERS_OK) return result;
+  actions_.clear();
+  copy_map(actions_, fresh.actions_);
+  return FILTERS_OK;
 }
 
 filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
@@ -160,7 +164,7 @@ filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
 // --- Policer and counters ------------------------------------------------------------------------
 
 filtersErr_t FiltersEntry::setPolicer(const policer::Policer& policer) {
-  if (&policer != &policer_) policer_ = policer;
+  policer_ = policer::Policer(policer);  // all of it or nothing
   return FILTERS_OK;
 }
 
@@ -211,7 +215,8 @@ void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
   if (message->has_policer_parent_()) {
     policerParent_ = std::make_shared<policer::Policer>(message->policer_parent_());
   }
-  // Not through setCounter(): what another process sends is kept, types 0 and repeated included.
+  // Deliberate: not through setCounter(). What another process sends is kept, types 0 and repeated
+  // included.
   for (const CounterPB& counterMessage : message->counters_()) {
     const Counter counter(counterMessage);
     counters_.insert_or_assign(counter.GetId(), counter);

@@ -8,7 +8,8 @@ namespace {
 
 constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
 
-// Begins a line of a policer block: fills up to the width that stood when the block began.
+// Begins a line of a policer block: fills up to the width that stood when the block began. Within
+// an entry that is 0, since the lines before have used up what the caller set.
 std::ostream& indent(std::ostream& os, std::streamsize width) {
   os.width(width);
   return os << "";

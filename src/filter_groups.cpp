@@ -18,6 +18,16 @@ FiltersGroup::FiltersGroup(FiltersSerialized& buffer) : FiltersGroup(0) {
   parse(checkedData(buffer), buffer.size());
 }
 
+FiltersGroup& FiltersGroup::operator=(const FiltersGroup& other) {
+  std::map<unsigned int, FiltersEntry> entries(other.entries_);
+  id_ = other.id_;
+  priority_ = other.priority_;
+  stage_ = other.stage_;
+  type_ = other.type_;
+  entries_.swap(entries);
+  return *this;
+}
+
 filtersErr_t FiltersGroup::setStage(const filtersGroupStage_t& stage) {
   filtersErr_t result = groupStageValidation(stage, type_);
   for (auto it = entries_.begin(); result == FILTERS_OK && it != entries_.end(); ++it) {

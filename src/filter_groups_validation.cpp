@@ -30,7 +30,7 @@ class CodeSet {
   std::uint64_t bits_ = 0;
 };
 
-// The matches of each group type; the index is the type. No type admits an IPv6 source: deliberate.
+// The matches of each group type; the index is the type. Deliberate: none admits an IPv6 source.
 constexpr std::array<CodeSet<filtersMatch_t>, 12> kTypeMatches = {{
     {},
     {FILTERS_MATCH_ALL, FILTERS_MATCH_INGRESS_PORTS, FILTERS_MATCH_EXTERNAL_VLAN_ID,
@@ -76,7 +76,8 @@ struct StageRules {
 };
 
 constexpr std::array<StageRules, 4> kStages = {{
-    // Every type, and every action but the queue towards the CPU.
+    // Every type. Deliberate: every action but the queue towards the CPU, which ingress alone
+    // admits.
     {{FILTERS_GROUP_TYPE_NONE, FILTERS_GROUP_TYPE_1, FILTERS_GROUP_TYPE_2, FILTERS_GROUP_TYPE_3,
       FILTERS_GROUP_TYPE_4, FILTERS_GROUP_TYPE_5, FILTERS_GROUP_TYPE_6, FILTERS_GROUP_TYPE_7,
       FILTERS_GROUP_TYPE_8, FILTERS_GROUP_TYPE_9, FILTERS_GROUP_TYPE_10, FILTERS_GROUP_TYPE_11},
@@ -144,8 +145,8 @@ filtersErr_t FiltersGroup::groupMatchValidation(const FiltersEntry& entry,
                                                 filtersGroupType_t type) const {
   const CodeSet<filtersMatch_t>* admitted = findRow(kTypeMatches, type);
   if (admitted == nullptr) return FILTERS_ERR_INVALID;
-  for (const auto& [code, match] : entry.matches_) {
-    if (!admitted->contains(code)) return FILTERS_ERR_MATCH_NOT_ALLOWED;
+  for (const auto& [key, match] : entry.matches_) {
+    if (!admitted->contains(match->getType())) return FILTERS_ERR_MATCH_NOT_ALLOWED;
   }
   return FILTERS_OK;
 }
@@ -154,8 +155,8 @@ filtersErr_t FiltersGroup::groupActionValidation(const FiltersEntry& entry,
                                                  filtersGroupStage_t stage) const {
   const StageRules* rules = findRow(kStages, stage);
   if (rules == nullptr) return FILTERS_ERR_INVALID_STAGE;
-  for (const auto& [code, action] : entry.actions_) {
-    if (!rules->actions.contains(code)) return FILTERS_ERR_ACTION_NOT_ALLOWED;
+  for (const auto& [key, action] : entry.actions_) {
+    if (!rules->actions.contains(action->getType())) return FILTERS_ERR_ACTION_NOT_ALLOWED;
   }
   return FILTERS_OK;
 }

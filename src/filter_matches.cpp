@@ -54,6 +54,7 @@ void Match::convertFromMatchPB(const MatchPB*) {}
 
 bool Match::operator==(const Match& other) const {
   if (getType() != other.getType()) return false;
+  // Deliberate: two matches of one unknown code differ, while two such actions are equal.
   return visitMatch(getType(), false, [&](auto tag) {
     using T = typename decltype(tag)::Class;
     static_assert(hasOwnEquality<T>, "the class needs an operator== of its own");
@@ -90,9 +91,11 @@ void MatchPorts::appendTo(MatchPB* message) const {
 }
 
 void MatchPorts::appendFrom(const MatchPB& message, bool withExcludedTypes) {
+  const auto& types = message.excluded_port_types_();
   ports_.reserve(ports_.size() + static_cast<std::size_t>(message.ports__size()));
   if (withExcludedTypes) {
-    for (std::uint32_t type : message.excluded_port_types_()) {
+    excludedPortTypes_.reserve(excludedPortTypes_.size() + static_cast<std::size_t>(types.size()));
+    for (std::uint32_t type : types) {
       excludedPortTypes_.push_back(static_cast<port_type_t>(type));
     }
   }

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_SRC_PARSE_H_
 #define FILTER_COMMON_SRC_PARSE_H_
 
-// How bytes of other processes become messages: never with an error, never with a word on standard
-// error, never with more memory than the message itself takes.
+// How bytes of other processes become messages: never with an error, and never with a word on
+// standard error.
 
 #include <filter_common/filter_serialized.h>
 #include <google/protobuf/arena.h>

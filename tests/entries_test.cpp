@@ -215,6 +215,8 @@ TEST(CopyMap, HandsTheObjectsThemselvesOver) {
   std::vector<void*> held;
   for (const auto& [key, object] : destination) held.push_back(object.get());
   EXPECT_EQ(held, objects);
+  copy_map(destination, destination);
+  EXPECT_EQ(destination.size(), 3u);
 }
 
 // --- Scalars, policers, counters -----------------------------------------------------------------

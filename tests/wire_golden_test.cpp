@@ -66,9 +66,9 @@ void expectGolden(const std::string& name, const T& object) {
   EXPECT_TRUE(T(bytes) == object);
 }
 
-TEST(WireGolden, EntryOfEveryFieldButIPv6) { expectGolden("entry.hex", fullEntry()); }
+TEST(WireGolden, HoldsAnEntryOfEveryFieldButIPv6) { expectGolden("entry.hex", fullEntry()); }
 
-TEST(WireGolden, EntryOfIPv6AndAPortRange) {
+TEST(WireGolden, HoldsAnEntryOfIPv6AndAPortRange) {
   FiltersEntry entry = entryOf({14, 15, 34}, {}, policer::Stage::Ingress);
   entry.setId(4294967295);
   entry.setMatch(MatchIngressPorts(PortTypes{FILTERS_PORT_TYPE_CPU, port_type_t(7)}));
@@ -77,7 +77,7 @@ TEST(WireGolden, EntryOfIPv6AndAPortRange) {
   expectGolden("entry_ipv6.hex", entry);
 }
 
-TEST(WireGolden, GroupOfTwoEntries) {
+TEST(WireGolden, HoldsAGroupOfTwoEntries) {
   FiltersGroup group(65535);
   group.setPriority(300);
   group.setStage(FILTERS_GROUP_STAGE_INGRESS);

@@ -11,15 +11,16 @@
 //   message. convertFromActionPB() takes the fields of the class, 0 for an absent one, and does not
 //   look at type_. Numbers are cut to the width of the field; missing address bytes become zero.
 // - No value is range-checked, except by ActionMplsPortSet.
+// - Deliberate: the comparison of six classes is virtual, that of the others is not.
 // - Nothing fails but memory (std::bad_alloc from the classes that hold lists), and
 //   ActionMplsPortSet, which throws std::invalid_argument.
 // - Objects are not synchronised: callers serialise access to each.
 
-#include <filter_common/filter_types.h>
-
 #include <iosfwd>
 #include <list>
 #include <vector>
+
+#include <filter_common/filter_types.h>
 
 namespace FiltersCommon {
 class ActionPorts;
@@ -33,7 +34,7 @@ class ActionPB;
 // The base of all actions, and an action of any code seen from outside.
 class FILTERS_API Action {
  public:
-  explicit Action(filtersAction_t actionType) : type(actionType) {}
+  explicit Action(filtersAction_t actionType) : type_(actionType) {}
   Action(const Action&) = default;
   Action& operator=(const Action&) { return *this; }  // an object keeps its code for life
   virtual ~Action() = default;
@@ -45,9 +46,9 @@ class FILTERS_API Action {
   // both objects must be of that class. Two objects of one unknown code are equal.
   bool operator==(const Action& other) const;
 
-  filtersAction_t getType() const { return type; }
+  filtersAction_t getType() const { return type_; }
  private:
-  const filtersAction_t type;
+  const filtersAction_t type_;
 };
 
 // Lets two actions of different classes be compared: the generic comparison answers.

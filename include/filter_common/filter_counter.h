@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FILTER_COUNTER_H_
 #define FILTER_COMMON_FILTER_COUNTER_H_
 
-#include <filter_common/filter_types.h>
-
 #include <iosfwd>
+
+#include <filter_common/filter_types.h>
 
 namespace FiltersCommon {
 

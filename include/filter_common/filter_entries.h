@@ -1,17 +1,19 @@
 #ifndef FILTER_COMMON_FILTER_ENTRIES_H_
 #define FILTER_COMMON_FILTER_ENTRIES_H_
 
-#include <filter_common/filter_actions.h>
-#include <filter_common/filter_counter.h>
-#include <filter_common/filter_matches.h>
-#include <filter_common/filter_types.h>
-#include <policer/policer.h>
-
 #include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
+
+#include <policer/policer.h>
+
+#include <filter_common/filter_actions.h>
+#include <filter_common/filter_counter.h>
+#include <filter_common/filter_matches.h>
+#include <filter_common/filter_types.h>
 
 // The classes that an entry admits: every class of the library that carries a code of its own, and
 // MatchDSCP, which shares that of MatchToS. A new class stands here and in the library's catalogue;
@@ -52,11 +54,12 @@ FILTERS_ACTION_CLASSES(FILTERS_ENTRY_CLASS)
 #undef FILTERS_ENTRY_CLASS
 
 // Hands every object of the source over to the destination, in place of what the destination holds
-// under the same key; other keys of the destination stay. The source is left empty. Neither
-// allocates nor fails.
+// under the same key; other keys of the destination stay. The source is left empty, unless it is
+// the destination itself. Neither allocates nor fails.
 template <class K, class V>
 void copy_map(std::map<K, std::unique_ptr<V>>& destination,
               std::map<K, std::unique_ptr<V>>& source) {
+  if (&destination == &source) return;
   while (!source.empty()) {
     auto result = destination.insert(source.extract(source.begin()));
     if (!result.inserted) result.position->second = std::move(result.node.mapped());
@@ -217,7 +220,7 @@ filtersErr_t FiltersEntry::getMatch(T& out) const {
     if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
     // Under the code of MatchToS stands a MatchToS or a MatchDSCP: what both have is assigned.
     using Held = std::conditional_t<std::is_same_v<T, MatchDSCP>, MatchToS, T>;
-    static_cast<Held&>(out) = static_cast<const Held&>(*held);
+    static_cast<Held&>(out) = Held(static_cast<const Held&>(*held));  // all of it or nothing
     return FILTERS_OK;
   }
 }
@@ -250,7 +253,7 @@ filtersErr_t FiltersEntry::getAction(T& out) const {
   } else {
     const Action* held = findAction(out.getType());
     if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
-    out = static_cast<const T&>(*held);
+    out = T(static_cast<const T&>(*held));  // all of it or nothing
     return FILTERS_OK;
   }
 }

@@ -1,14 +1,15 @@
 #ifndef FILTER_COMMON_FILTER_GROUPS_H_
 #define FILTER_COMMON_FILTER_GROUPS_H_
 
-#include <filter_common/filter_entries.h>
-#include <filter_common/filter_types.h>
-#include <policer/policer.h>
-
 #include <iosfwd>
 #include <map>
 #include <set>
 #include <string>
+
+#include <policer/policer.h>
+
+#include <filter_common/filter_entries.h>
+#include <filter_common/filter_types.h>
 
 namespace FiltersCommon {
 
@@ -37,11 +38,12 @@ class FILTERS_API FiltersGroup {
   // taken unchecked (deliberate), the entries then pass through insertEntry(), and of two with one
   // id the later one stays. Throws as the same constructors of FiltersEntry do.
   explicit FiltersGroup(const std::string& bytes);
-  explicit FiltersGroup(FiltersSerialized& buffer);  // the buffer is only read
+  // Deliberate: the buffer is only read, and is not const all the same.
+  explicit FiltersGroup(FiltersSerialized& buffer);
 
-  // Copies every entry, and checks nothing.
+  // Copies every entry, and checks nothing. An assignment that throws changes nothing.
   FiltersGroup(const FiltersGroup& other) = default;
-  FiltersGroup& operator=(const FiltersGroup& other) = default;
+  FiltersGroup& operator=(const FiltersGroup& other);
   ~FiltersGroup() = default;
 
   filtersGroupId_t getId() const { return id_; }

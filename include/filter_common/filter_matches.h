@@ -11,15 +11,16 @@
 //   cleared message. convertFromMatchPB() takes the fields of the class from the message, and 0
 //   for an absent one; it looks neither at type_ nor at presence. Numbers are cut to the width of
 //   the field, addresses to their size; missing address bytes become zero.
+// - Deliberate: the comparison of nine classes is virtual, that of the others is not.
 // - Nothing fails but memory: std::bad_alloc from the classes that hold lists.
 // - Objects are not synchronised: callers serialise access to each.
-
-#include <filter_common/filter_types.h>
 
 #include <iosfwd>
 #include <list>
 #include <set>
 #include <vector>
+
+#include <filter_common/filter_types.h>
 
 namespace FiltersCommon {
 

@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_SERIALIZED_H_
 #define FILTER_COMMON_FILTER_SERIALIZED_H_
 
-#include <filter_common/filter_types.h>
-
 #include <cstddef>
 #include <string>
+
+#include <filter_common/filter_types.h>
 
 namespace FiltersCommon {
 

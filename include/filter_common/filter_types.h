@@ -10,13 +10,14 @@
 // of messages of other processes, and the library keeps such values unchanged unless the function
 // that takes them says otherwise.
 
-#include <limid/limid.h>
 #include <net/ethernet.h>  // ether_addr: 6 bytes in transmission order
 #include <netinet/in.h>    // in_addr, in6_addr: 4 and 16 bytes in network byte order
 #include <stdint.h>
 #ifndef __cplusplus
 #include <stdbool.h>
 #endif
+
+#include <limid/limid.h>
 
 // Marks what the shared library exports; everything else stays hidden inside it.
 #define FILTERS_API __attribute__((visibility("default")))
