@@ -1,0 +1,69 @@
+#ifndef FILTER_COMMON_FILTER_ACTIONS_C_H_
+#define FILTER_COMMON_FILTER_ACTIONS_C_H_
+
+// Actions for procedural code, in C11 and C++. The classes of filter_actions.h say what each one
+// means; here stands what is special to this side.
+//
+// Handles. A new... function returns an action object as void*, never null; it is the caller's
+// until deleteAction(). In C the handle passes as it is wherever an Action* is asked for; in C++ it
+// is cast with static_cast. Classes. A handle is trusted to be of the class that a getter reads: an
+// action of another class, or a null handle, is undefined behaviour. actionGetType() tells the
+// class of any handle. Assertions. deleteAction() and actionGetType() stop the process on a null
+// handle with the C library's assertion message, in every kind of build. Exceptions. The new...
+// functions may throw std::bad_alloc, and newActionMplsPortSet() std::invalid_argument, through
+// their C callers: compile those with -fexceptions. Nothing is then leaked. Gaps, all deliberate:
+// no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here, and no getter reads
+// ports, MAC addresses, the CPU queue or MPLS interfaces.
+
+#include <filter_common/filter_types.h>
+
+#ifdef __cplusplus
+namespace FiltersCommon {
+extern "C" {
+#endif
+
+// --- Making --------------------------------------------------------------------------------------
+
+FILTERS_API void* newActionPermit(void);
+FILTERS_API void* newActionDeny(void);
+FILTERS_API void* newActionCopyToCpu(void);
+FILTERS_API void* newActionCopyToCpuCancel(void);    // takes back a copy to the CPU
+FILTERS_API void* newActionSwitchToCpuCancel(void);  // takes back a switch to the CPU
+// count ports in the order of the array, which is not read when count is 0.
+FILTERS_API void* newActionBlockEgressPorts(const limid_t* ports, unsigned int count);
+FILTERS_API void* newActionSetPcp(unsigned char pcp);
+FILTERS_API void* newActionSetPcpAndQueue(unsigned char pcpAndQueue);
+FILTERS_API void* newActionSetDSCP(unsigned char dscp);
+FILTERS_API void* newActionMapToCosQueue(unsigned char queue);
+FILTERS_API void* newActionMapToCpuCosQueue(unsigned char queue);
+FILTERS_API void* newActionRedirect(limid_t port);
+FILTERS_API void* newActionRedirectCancel(void);
+FILTERS_API void* newActionL3Switch(unsigned int destinationId);
+FILTERS_API void* newActionCopyInnerPcp(void);
+// Throws std::invalid_argument unless the VPN is a VPWS or VPLS and the port a LAG or Ethernet
+// port.
+FILTERS_API void* newActionMplsPortSet(limid_t vpnId, limid_t accessPort);
+// Deliberate: these two names lack the word Action.
+FILTERS_API void* newReplaceDstMac(struct ether_addr mac);
+FILTERS_API void* newReplaceSrcMac(struct ether_addr mac);
+
+// --- Any action ----------------------------------------------------------------------------------
+
+FILTERS_API void deleteAction(void* a);
+FILTERS_API filtersAction_t actionGetType(void* a);
+
+// --- Reading -------------------------------------------------------------------------------------
+
+FILTERS_API cp2cpuCancelParam_t actionCopyToCpuCancelGetTypeOfCancel(void* a);
+FILTERS_API unsigned char actionSetPcpGetPcp(void* a);
+FILTERS_API unsigned char actionSetPcpAndQueueGetPcpAndQueue(void* a);
+FILTERS_API unsigned char actionSetDSCPGetDSCP(void* a);
+FILTERS_API unsigned char actionMapToCosQueueGetCosQueue(void* a);
+FILTERS_API unsigned int actionL3SwitchGetL3DestinationId(void* a);
+
+#ifdef __cplusplus
+}  // extern "C"
+}  // namespace FiltersCommon
+#endif
+
+#endif  // FILTER_COMMON_FILTER_ACTIONS_C_H_
