@@ -4,70 +4,61 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 #include "samples.h"
 
 namespace {
 
 using namespace FiltersCommon;
-using namespace catalogue;
-
-CounterPB messageOf(const std::string& hex) {
-  CounterPB message;
-  EXPECT_TRUE(message.ParseFromString(fromHex(hex)));
-  return message;
-}
+using catalogue::fromHex;
+using catalogue::printed;
+using catalogue::toHex;
 
 TEST(Counter, HoldsWhatItIsGivenAndChecksNothing) {
-  EXPECT_EQ(Counter().GetId(), 0);
-  EXPECT_EQ(Counter().GetType(), FILTERS_COUNTER_TYPE_INVALID);
   const Counter counter(65535, counter_type_t(-2));
   EXPECT_EQ(counter.GetId(), 65535);
   EXPECT_EQ(counter.GetType(), -2);
+  EXPECT_EQ(Counter(), Counter(0, FILTERS_COUNTER_TYPE_INVALID));
 }
 
 TEST(Counter, IsEqualWhenIdAndTypeAre) {
   const Counter counter(7, FILTERS_COUNTER_TYPE_OCTETS);
-  const std::pair<Counter, bool> others[] = {{Counter(7, FILTERS_COUNTER_TYPE_OCTETS), true},
-                                             {Counter(8, FILTERS_COUNTER_TYPE_OCTETS), false},
-                                             {Counter(7, FILTERS_COUNTER_TYPE_PACKETS), false}};
-  for (const auto& [other, equal] : others) {
-    EXPECT_EQ(counter == other, equal);
-    EXPECT_EQ(counter != other, !equal);
+  EXPECT_TRUE(counter == Counter(counter));
+  EXPECT_FALSE(counter != Counter(counter));
+  for (const Counter& other :
+       {Counter(8, FILTERS_COUNTER_TYPE_OCTETS), Counter(7, FILTERS_COUNTER_TYPE_PACKETS)}) {
+    EXPECT_FALSE(counter == other);
+    EXPECT_TRUE(counter != other);
   }
 }
 
-TEST(Counter, WritesItsFields) {
-  const std::pair<Counter, std::string> rows[] = {
-      {Counter(), "08001000"},
-      {Counter(300, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS), "08ac021008"},
-      {Counter(65535, counter_type_t(-1)),
-       "08ffff03"
-       "10ffffffffffffffffff01"}};
-  for (const auto& [counter, hex] : rows) {
+// Only the low 16 bits of a message's id count; both fields are signed there.
+TEST(Counter, WritesItsFieldsAndReadsTheLowBitsOfTheId) {
+  const struct {
+    const char* read;
+    Counter counter;
+    const char* written;
+  } rows[] = {{"0800 1000", Counter(), "08001000"},
+              {"08ac02 1008", {300, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS}, "08ac021008"},
+              {"08818004 1009", {1, counter_type_t(9)}, "08011009"},
+              {"08ffffffffffffffffff01 10ffffffffffffffffff01",
+               {65535, counter_type_t(-1)},
+               "08ffff0310ffffffffffffffffff01"}};
+  for (const auto& row : rows) {
     CounterPB message;
-    counter.Serialize(&message);
-    EXPECT_EQ(toHex(message.SerializePartialAsString()), hex);
-    EXPECT_EQ(Counter(message), counter);
+    ASSERT_TRUE(message.ParseFromString(fromHex(row.read)));
+    EXPECT_EQ(Counter(message), row.counter);
+    row.counter.Serialize(&message);
+    EXPECT_EQ(toHex(message.SerializePartialAsString()), row.written);
   }
-}
-
-TEST(Counter, ReadsTheLowSixteenBitsOfTheIdAndAnyType) {
-  EXPECT_EQ(Counter(messageOf("08808004 1009")), Counter(0, counter_type_t(9)));
-  EXPECT_EQ(Counter(messageOf("08818004 1000")), Counter(1, FILTERS_COUNTER_TYPE_INVALID));
-  EXPECT_EQ(Counter(messageOf("08ffffffffffffffffff01 1002")),
-            Counter(65535, FILTERS_COUNTER_TYPE_OCTETS));
 }
 
 TEST(Counter, PrintsItsTypeByName) {
-  const std::pair<int, std::string> rows[] = {
-      {0, "Invalid"},           {1, "Packets"},        {2, "Octets"},
-      {3, "Red Octets"},        {4, "Not Red Octets"}, {5, "Yellow Octets"},
-      {6, "Not Yellow Octets"}, {7, "Green Octets"},   {8, "Not Green Octets"},
-      {9, "Unknown"},           {-1, "Unknown"}};
-  for (const auto& [type, name] : rows) {
-    EXPECT_EQ(printed(Counter(40000, counter_type_t(type))), "ID: 40000\nType: " + name + "\n");
+  int type = -1;
+  for (const std::string name :
+       {"Unknown", "Invalid", "Packets", "Octets", "Red Octets", "Not Red Octets", "Yellow Octets",
+        "Not Yellow Octets", "Green Octets", "Not Green Octets", "Unknown"}) {
+    EXPECT_EQ(printed(Counter(40000, counter_type_t(type++))), "ID: 40000\nType: " + name + "\n");
   }
 }
 

@@ -14,7 +14,8 @@ using namespace FiltersCommon;
 using namespace catalogue;
 
 const policer::Policer kPolicer(300, policer::Stage::Egress, policer::Mode::Flow(1000, 1500),
-                                {policer::Action::SetPcp(policer::Color::Green, 255)});
+                                {policer::Action::SetPcp(policer::Color::Green, 255),
+                                 policer::Action::SetDscp(policer::Color::Yellow, 46)});
 const policer::Policer kUnstaged(8, policer::Stage::None, policer::Mode::None(), {});
 
 // Deliberate: the TPID leaves the stream in hexadecimal. What follows prints so, in this entry and
@@ -41,6 +42,7 @@ Stage: Egress
 Mode: Flow (CIR: 1000 kbits/s, CBS: 1500 bytes)
 Actions:
 + Green Set PCP 255
++ Yellow Set DSCP 46
   =Counter=
 ID: 300
 Type: Not Red Octets
@@ -56,6 +58,7 @@ Stage: Egress
 Mode: Flow (CIR: 3e8 kbits/s, CBS: 5dc bytes)
 Actions:
 + Green Set PCP 255
++ Yellow Set DSCP 46
   =FiltersEntry=
     ID: 14
     Priority: 15

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -48,7 +49,7 @@ testing::Types<M..., A...> both(testing::Types<M...>, testing::Types<A...>);
 template <class T>
 class TypedAccess : public testing::Test {};
 using EveryClass = decltype(both(AllMatches(), AllActions()));
-TYPED_TEST_SUITE(TypedAccess, EveryClass, ClassName);
+TYPED_TEST_SUITE(TypedAccess, EveryClass);
 
 TYPED_TEST(TypedAccess, StoresACopyThatCanBeReadReplacedAndDeleted) {
   const std::vector<TypeParam>& objects = samples<TypeParam>();
@@ -93,11 +94,11 @@ TEST(Entries, RefuseClassesThatAreNotTheLibrarys) {
   expectRefused(Action(FILTERS_ACTION_DENY));
   expectRefused(Own<Match>(FILTERS_MATCH_ALL));
   expectRefused(Own<MatchPorts>(FILTERS_MATCH_INGRESS_PORTS, Ports{kEth3}));
-  expectRefused(Own<MatchDSCP>(u8{1}));
+  expectRefused(Own<MatchDSCP>(std::uint8_t{1}));
   expectRefused(Own<Action>(FILTERS_ACTION_PERMIT));
   expectRefused(Own<ActionPorts>(FILTERS_ACTION_BLOCK_EGRESS_PORTS, Ports{kEth3}));
-  expectRefused(Own<ActionSetPcp>(u8{1}));
-  Own<MatchTTL> own(u8{1});
+  expectRefused(Own<ActionSetPcp>(std::uint8_t{1}));
+  Own<MatchTTL> own(std::uint8_t{1});
   expectRefused(own);
   EXPECT_EQ(own.getTTL(), 1);
 }

@@ -105,18 +105,13 @@ TEST(EntryMessage, AddsToAnEntryThatHoldsSomething) {
 }
 
 TEST(EntryMessage, PassesTheMplsActionsExceptionOn) {
-  const auto index = [](limid_t limid) {
-    std::uint32_t value = 0;
-    limid_to_ifindex(limid, &value);
-    return value;
-  };
   ActionPB bare, withoutPort, withoutVpn, badVpn, badPort;
-  withoutPort.set_vpn_id(index(kVpws7));
-  withoutVpn.set_mpls_access_port(index(kEth3));
-  badVpn.set_vpn_id(index(kBridge9));
-  badVpn.set_mpls_access_port(index(kEth3));
-  badPort.set_vpn_id(index(kVpws7));
-  badPort.set_mpls_access_port(index(kVpws7));
+  withoutPort.set_vpn_id(interfaceIndex(kVpws7));
+  withoutVpn.set_mpls_access_port(interfaceIndex(kEth3));
+  badVpn.set_vpn_id(interfaceIndex(kBridge9));
+  badVpn.set_mpls_access_port(interfaceIndex(kEth3));
+  badPort.set_vpn_id(interfaceIndex(kVpws7));
+  badPort.set_mpls_access_port(interfaceIndex(kVpws7));
   const std::string missing = "ActionMplsPortSet: ActionPB missing vpn_id and mpls_access_port";
   const std::pair<ActionPB&, std::string> cases[] = {
       {bare, missing},

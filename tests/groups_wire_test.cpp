@@ -89,12 +89,12 @@ TEST(GroupMessage, AddsToAGroupThatHoldsEntries) {
 
 // --- Bytes, of entries and of groups -------------------------------------------------------------
 
-// Objects that hold every match and every action between them. All have id 7.
+// Objects of id 7 that hold, between them, every match they can; the second, an MPLS action too.
 template <class T>
 std::vector<T> fullObjects();
 template <>
 std::vector<FiltersEntry> fullObjects() {
-  return {fullEntry(), entryOf({14, 15, 34}), FiltersEntry(7)};
+  return {entryOf({14, 15, 34}), fullEntry(), FiltersEntry(7)};
 }
 template <>
 std::vector<FiltersGroup> fullObjects() {
@@ -126,7 +126,7 @@ class OwnBuffer : public FiltersSerialized {
 template <class T>
 class Bytes : public testing::Test {};
 using EntryAndGroup = testing::Types<FiltersEntry, FiltersGroup>;
-TYPED_TEST_SUITE(Bytes, EntryAndGroup, ClassName);
+TYPED_TEST_SUITE(Bytes, EntryAndGroup);
 
 TYPED_TEST(Bytes, MakeAnEqualObject) {
   for (const TypeParam& object : fullObjects<TypeParam>()) {
@@ -156,22 +156,22 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
 }
 
 TYPED_TEST(Bytes, CutAnywhereGiveAPart) {
-  for (const TypeParam& object : fullObjects<TypeParam>()) {
-    const std::string bytes = bytesOf(object);
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-      try {
-        const TypeParam part(bytes.substr(0, size));
-        EXPECT_EQ(part.getId(), size < 2 ? 0 : 7);
-        EXPECT_TRUE(TypeParam(bytesOf(part)) == part);
-      } catch (const std::invalid_argument&) {  // half an MPLS action
-        EXPECT_NE(printed(object).find("=ActionMplsPortSet="), std::string::npos);
-      }
+  const std::string bytes = bytesOf(fullObjects<TypeParam>().at(1));
+  int thrown = 0;
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    try {
+      const TypeParam part(bytes.substr(0, size));
+      EXPECT_EQ(part.getId(), size < 2 ? 0 : 7);
+      EXPECT_TRUE(TypeParam(bytesOf(part)) == part);
+    } catch (const std::invalid_argument&) {
+      ++thrown;
     }
   }
+  EXPECT_LT(thrown, 16);  // in the middle of the one MPLS action
 }
 
 TYPED_TEST(Bytes, GoThroughABuffersOwnFunctions) {
-  const TypeParam object = fullObjects<TypeParam>().front();
+  const TypeParam object = fullObjects<TypeParam>().at(1);
   OwnBuffer buffer(bytesOf(object), 2);
   EXPECT_EQ(TypeParam(buffer).getId(), 7);
   EXPECT_EQ(TypeParam(buffer).getPriority(), 0);
@@ -188,7 +188,7 @@ TYPED_TEST(Bytes, ThrowWhenABufferHasASizeAndNoData) {
 // A message is at most 2 GiB; a size that only looks smaller when cut to 32 bits reads nothing.
 TYPED_TEST(Bytes, AreNotReadBeyondTheLimitOfAMessage) {
   if (sizeof(std::size_t) == 4) GTEST_SKIP() << "no such size";
-  const std::string bytes = bytesOf(fullObjects<TypeParam>().front());
+  const std::string bytes = bytesOf(fullObjects<TypeParam>().at(1));
   OwnBuffer buffer(bytes, static_cast<std::size_t>((std::uint64_t{1} << 32) + bytes.size()));
   EXPECT_TRUE(TypeParam(buffer) == TypeParam(0));
 }

@@ -61,7 +61,7 @@ template <class... M, class... A>
 template <class T>
 class ProceduralDispatch : public testing::Test {};
 using EveryClass = decltype(both(AllMatches(), AllActions()));
-TYPED_TEST_SUITE(ProceduralDispatch, EveryClass, ClassName);
+TYPED_TEST_SUITE(ProceduralDispatch, EveryClass);
 
 TYPED_TEST(ProceduralDispatch, ReachesEveryClassButStationHitAndForwardingType) {
   constexpr bool reached = !std::is_same_v<TypeParam, MatchMyStationHit> &&

@@ -1,8 +1,9 @@
 #ifndef FILTER_COMMON_TESTS_SAMPLES_H_
 #define FILTER_COMMON_TESTS_SAMPLES_H_
 
-// Sample objects of every match and action class, to be walked by type (typed tests over AllMatches
-// and AllActions, samples<T>() in them) or as a list (oneMatchOfEachCode, oneActionOfEachCode).
+// Sample objects of every match and action class with what they write and print, to be walked by
+// type (typed tests over AllMatches and AllActions, samples<T>() in them) or as a list
+// (oneMatchOfEachCode, oneActionOfEachCode).
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_actions.pb.h>
@@ -11,11 +12,8 @@
 #include <gtest/gtest.h>
 #include <limid/limid_standin.h>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <list>
@@ -25,13 +23,77 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
 namespace catalogue {
 
 using namespace FiltersCommon;
+
+// --- Text and bytes ------------------------------------------------------------------------------
+
+// What an object prints; chosen by static type, so a Match or an Action prints by its code.
+template <class T>
+std::string printed(const T& object) {
+  std::ostringstream os;
+  os << object;
+  return os.str();
+}
+
+// The bytes of "08 1a b001"; blanks do not count.
+inline std::string fromHex(std::string hex) {
+  hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
+  std::string bytes;
+  for (std::size_t i = 0; i < hex.size(); i += 2) {
+    bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+inline std::string toHex(const std::string& bytes) {
+  std::string hex;
+  for (char c : bytes) {
+    for (int digit : {c >> 4 & 15, c & 15}) hex += "0123456789abcdef"[digit];
+  }
+  return hex;
+}
+
+// A number of the wire in hexadecimal, for values that the platform chooses.
+inline std::string varint(std::uint32_t value) {
+  std::string bytes;
+  for (; value > 127; value >>= 7) bytes.push_back(static_cast<char>(value | 128));
+  return toHex(bytes + static_cast<char>(value));
+}
+
+inline std::uint32_t interfaceIndex(limid_t limid) {
+  std::uint32_t index = 0;
+  EXPECT_EQ(limid_to_ifindex(limid, &index), 0);
+  return index;
+}
+
+// What an object writes into a fresh message.
+inline std::string wireOf(const Match& match) {
+  MatchPB message;
+  match.convertToMatchPB(&message);
+  return toHex(message.SerializePartialAsString());
+}
+inline std::string wireOf(const Action& action) {
+  ActionPB message;
+  action.convertToActionPB(&message);
+  return toHex(message.SerializePartialAsString());
+}
+
+// Has an object read a message given in hexadecimal.
+inline void readInto(Match* match, const std::string& hex) {
+  MatchPB message;
+  ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
+  match->convertFromMatchPB(&message);
+}
+inline void readInto(Action* action, const std::string& hex) {
+  ActionPB message;
+  ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
+  action->convertFromActionPB(&message);
+}
 
 // --- Values --------------------------------------------------------------------------------------
 
@@ -48,12 +110,17 @@ Address addressOf(std::initializer_list<std::uint8_t> bytes) {
 }
 inline const ether_addr kMac = addressOf<ether_addr>({0x00, 0x1b, 0x21, 0x0a, 0xff, 0x42});
 inline const ether_addr kMacMask = addressOf<ether_addr>({0xff, 0xff, 0xff, 0x00, 0x00, 0x00});
+inline const ether_addr kNextMac = addressOf<ether_addr>({0x00, 0x1b, 0x21, 0x0a, 0xff, 0x43});
+inline const ether_addr kNoMac{};
 inline const in_addr kIPv4 = addressOf<in_addr>({192, 0, 2, 1});
 inline const in_addr kIPv4Mask = addressOf<in_addr>({255, 255, 240, 0});
+inline const in_addr kNextIPv4 = addressOf<in_addr>({192, 0, 2, 2});
+inline const in_addr kNoIPv4{};
 inline const in6_addr kIPv6 =
     addressOf<in6_addr>({0x20, 0x01, 0x0d, 0xb8, 0x12, 0x34, 0, 0, 0, 0,  //
                          0, 0, 0, 0, 0xab, 0xcd});
 inline const in6_addr kIPv6Mask = addressOf<in6_addr>({0xff, 0xff, 0xff, 0xff, 0xff, 0xff});
+inline const in6_addr kNoIPv6{};
 
 inline const limid_t kEth3 = limid_make_ethernet(3);
 inline const limid_t kEth4 = limid_make_ethernet(4);
@@ -62,149 +129,212 @@ inline const limid_t kVpws7 = limid_make_mpls_vpws(7);
 inline const limid_t kVpls9 = limid_make_bridgedomain(limid_bridgedomain_type_vpls, 9);
 inline const limid_t kBridge9 = limid_make_bridgedomain(limid_bridgedomain_type_vpls + 1, 9);
 
+inline const PortTypes kCpuPort{FILTERS_PORT_TYPE_CPU};
+constexpr std::uint32_t kMax = 0xffffffff;  // as an enumerator: one that nobody has named
+
 // A redirection to any number of ports comes out of a message only.
 inline ActionRedirect redirectTo(const Ports& ports) {
-  ActionPB message;
-  for (limid_t port : ports) message.add_ports_(port);
   ActionRedirect action(0);
-  action.convertFromActionPB(&message);
+  std::string hex;
+  for (limid_t port : ports) hex += "10" + varint(port);
+  readInto(&action, hex);
   return action;
 }
 
 // --- Catalogue -----------------------------------------------------------------------------------
 
-// The code that a class must carry, and objects that differ from each other. The first has values
-// that no default has; the last has empty lists, so that a message can be read into a copy of it.
 template <class T>
 struct Row {
   unsigned code;
+  std::string fields;              // what the first object writes behind its code
+  std::vector<std::string> lines;  // what the first object prints below its code
+  // They differ from each other. The last one holds zeros and empty lists.
   std::vector<T> objects;
+  std::vector<std::uint32_t> given;  // what objects of a single number were made from
+  std::vector<std::uint32_t> got;    // what their getter returns
 };
 
 // For a class made from one argument: each argument makes an object, and so do ready objects.
 template <class T, class... Arguments>
-Row<T> row(unsigned code, const Arguments&... arguments) {
-  return {code, {T(arguments)...}};
+Row<T> row(unsigned code, const std::string& fields, const std::vector<std::string>& lines,
+           const Arguments&... arguments) {
+  return {code, fields, lines, {T(arguments)...}, {}, {}};
 }
 
-// For a class made from one number of type Value.
 template <class T, class Value>
-Row<T> numbers(unsigned code, std::initializer_list<std::uint32_t> values) {
-  Row<T> result{code, {}};
-  for (std::uint32_t value : values) result.objects.emplace_back(static_cast<Value>(value));
+T classOf(Value (T::*getter)() const);
+
+// For a class made from one number.
+template <auto getter, class T = decltype(classOf(getter))>
+Row<T> numbers(unsigned code, const std::string& fields, const std::string& line,
+               std::initializer_list<std::uint32_t> values) {
+  Row<T> result{code, fields, {line}, {}, values, {}};
+  for (std::uint32_t value : values) {
+    using Value = decltype((std::declval<T>().*getter)());
+    result.objects.emplace_back(static_cast<Value>(value));
+    result.got.push_back((result.objects.back().*getter)());
+  }
   return result;
 }
-using u8 = unsigned char;
-using u16 = unsigned short;
-constexpr std::uint32_t kMax = 0xffffffff;  // as an enumerator: one that nobody has named
-inline const PortTypes kCpuPort{FILTERS_PORT_TYPE_CPU};
+
+// For a class without values.
+template <class T>
+Row<T> plain(unsigned code, const std::vector<std::string>& lines = {"<no parameters>"}) {
+  return {code, "", lines, {T()}, {}, {}};
+}
+
+// A row of the catalogue, made when it is first asked for. Each has a function of its own: the
+// initialiser of one table of them all takes a compiler minutes.
+template <class T>
+struct RowMaker {
+  Row<T> (*make)();
+};
+template <class T>
+constexpr RowMaker<T> makeBy(Row<T> (*make)()) {
+  return {make};
+}
+#define ROW(...) makeBy(+[] { return __VA_ARGS__; })
 
 // clang-format off
-inline const auto kMatchRows = std::make_tuple(
-    Row<MatchAll>{0, {MatchAll()}},
-    row<MatchIngressPorts>(1, Ports{kEth3, kLag1}, Ports{kLag1, kEth3}, Ports{kEth3}, kCpuPort,
-                           PortTypes{port_type_t(7), FILTERS_PORT_TYPE_CPU}, Ports()),
-    row<MatchExternalVlanId>(2, VlanIds{10, 4095}, u16{10}, VlanIds{10, 65535}, VlanIds()),
-    numbers<MatchTPID, u16>(3, {0x8100, 0x88a8, 0}),
-    row<MatchDstMac>(4, MatchDstMac(kMac, kMacMask), kMac, kMacMask),
-    row<MatchDstL4Port>(5, MatchDstL4Port(80, 0xff00), u16{80}, MatchDstL4Port(443, 0xff00)),
-    row<MatchSrcL4Port>(6, MatchSrcL4Port(80, 0xff00), u16{80}, MatchSrcL4Port(443, 0xff00)),
-    row<MatchSrcMac>(7, MatchSrcMac(kMac, kMacMask), kMac, kMacMask),
-    numbers<MatchL2SrcEntryType, l2SrcEntryType_t>(8, {2, 0, kMax}),
-    row<MatchSrcIPv4>(9, MatchSrcIPv4(kIPv4, kIPv4Mask), kIPv4, kIPv4Mask),
-    row<MatchDstIPv4>(10, MatchDstIPv4(kIPv4, kIPv4Mask), kIPv4, kIPv4Mask),
-    row<MatchInternalVlanId>(11, VlanIds{10, 4095}, u16{10}, VlanIds{10, 65535}, VlanIds()),
-    row<MatchPcp>(12, Pcps{3, 7}, u8{3}, u8{255}, Pcps()),
-    row<MatchInternalPcp>(13, Pcps{3, 7}, u8{3}, u8{255}, Pcps()),
-    row<MatchSrcIPv6>(14, kIPv6, kIPv6Mask),
-    row<MatchDstIPv6>(15, MatchDstIPv6(kIPv6, kIPv6Mask), kIPv6, kIPv6Mask),
-    numbers<MatchVlanTagging, vlan_tagging_t>(16, {1, 0, kMax}),
-    numbers<MatchIpProtocol, u8>(17, {6, 255, 0}),
-    numbers<MatchPacketRes, en_Resolution>(18, {8, 0, kMax}),
-    row<MatchMplsTerm>(19, true, false),
-    numbers<MatchToS, u8>(20, {185, 184, 0}),
-    row<MatchVirtualPort>(21, kEth3, kLag1, kMax),
-    row<MatchEgressPorts>(22, Ports{kEth3, kLag1}, Ports{kLag1, kEth3}, Ports{kEth3, kEth3},
-                          Ports()),
-    numbers<MatchIngressStpState, en_StpState>(23, {4, 0, kMax}),
-    row<MatchVlanInfo>(24, vlan_info_t{1, kMax}, vlan_info_t{1, 2}, vlan_info_t{3, 2}),
-    row<MatchSrcPort>(25, kEth3, kLag1, kMax),
-    numbers<MatchTTL, u8>(26, {64, 255, 0}),
-    numbers<MatchVrfId, u16>(27, {300, 65535, 0}),
-    row<MatchDrop>(28, true, false),
-    row<MatchMyStationHit>(29, true, false),
-    Row<MatchCpuPort>{30, {MatchCpuPort()}},
-    numbers<MatchForwardingType, en_ForwardingType>(31, {2, 0, kMax}),
-    Row<MatchDestinationCpu>{32, {MatchDestinationCpu()}},
-    row<MatchCPUInjectedPackets>(33, true, false),
-    row<MatchDstL4PortRange>(34, MatchDstL4PortRange(100, 200), MatchDstL4PortRange(100, 65535),
-                             MatchDstL4PortRange(300, 200)),
-    numbers<MatchDSCP, u8>(20, {46, 63, 0}));  // last: it shares the code of MatchToS
+inline constexpr auto kMatchRows = std::make_tuple(
+    ROW(plain<MatchAll>(0)),
+    ROW(row<MatchIngressPorts>(1, "10" + varint(kEth3) + "10" + varint(kLag1),
+        {"Number of ports: 2", "LIMIDs: \"eth-3\" \"lag-1\" "}, Ports{kEth3, kLag1},
+        Ports{kLag1, kEth3}, Ports{kEth3}, kCpuPort, PortTypes{port_type_t(7)}, Ports())),
+    ROW(row<MatchExternalVlanId>(2, "180a 18ff1f", {"VLAN IDs: [ 10 4095 ]"},
+        VlanIds{4095, 10}, MatchExternalVlanId(10), VlanIds{10, 65535}, VlanIds())),
+    ROW(numbers<&MatchTPID::getTPID>(3, "20808202", "TPID: 0x8100", {0x8100, 0x88a8, 0})),
+    ROW(row<MatchDstMac>(4, "2a06001b210aff42 3a06ffffff000000",
+        {"MAC: 0:1b:21:a:ff:42", "Mask: ff:ff:ff:0:0:0"},
+        MatchDstMac(kMac, kMacMask), MatchDstMac(kNextMac, kMacMask), kMac,
+        MatchDstMac(kNoMac, kNoMac))),
+    ROW(row<MatchDstL4Port>(5, "3050 900180fe03", {"Param1: 80", "Param2: 65280"},
+        MatchDstL4Port(80, 65280), MatchDstL4Port(80), MatchDstL4Port(443), MatchDstL4Port(0))),
+    ROW(row<MatchSrcL4Port>(6, "3050 900180fe03", {"Param1: 80", "Param2: 65280"},
+        MatchSrcL4Port(80, 65280), MatchSrcL4Port(80), MatchSrcL4Port(443), MatchSrcL4Port(0))),
+    ROW(row<MatchSrcMac>(7, "2a06001b210aff42 3a06ffffff000000",
+        {"MAC: 0:1b:21:a:ff:42", "Mask: ff:ff:ff:0:0:0"},
+        MatchSrcMac(kMac, kMacMask), MatchSrcMac(kNextMac, kMacMask), kMac,
+        MatchSrcMac(kNoMac, kNoMac))),
+    ROW(numbers<&MatchL2SrcEntryType::getL2SrcEntryType>(
+        8, "6802", "L2 Src Entry Type: 2", {2, kMax, 0})),
+    ROW(row<MatchSrcIPv4>(9, "4204c0000201 5204fffff000", {"IP: 192.0.2.1", "Mask: 255.255.240.0"},
+        MatchSrcIPv4(kIPv4, kIPv4Mask), MatchSrcIPv4(kNextIPv4, kIPv4Mask), kIPv4,
+        MatchSrcIPv4(kNoIPv4, kNoIPv4))),
+    ROW(row<MatchDstIPv4>(10, "4204c0000201 5204fffff000", {"IP: 192.0.2.1", "Mask: 255.255.240.0"},
+        MatchDstIPv4(kIPv4, kIPv4Mask), MatchDstIPv4(kNextIPv4, kIPv4Mask), kIPv4,
+        MatchDstIPv4(kNoIPv4, kNoIPv4))),
+    ROW(row<MatchInternalVlanId>(11, "180a 18ff1f", {"VLAN IDs: [ 10 4095 ]"},
+        VlanIds{4095, 10}, MatchInternalVlanId(10), VlanIds{10, 65535}, VlanIds())),
+    ROW(row<MatchPcp>(12, "4803 4807", {"PCPs: [ \3 \7 ]"}, Pcps{7, 3}, MatchPcp(255), Pcps())),
+    ROW(row<MatchInternalPcp>(13, "4803 4807", {"PCPs: [ \3 \7 ]"},
+        Pcps{7, 3}, MatchInternalPcp(255), Pcps())),
+    ROW(row<MatchSrcIPv6>(14,
+        "5a1020010db812340000000000000000abcd 6210ffffffffffffffffffffffffffffffff",
+        {"IPv6: 2001:db8:1234::abcd", "Mask: ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
+        kIPv6, kNoIPv6)),
+    ROW(row<MatchDstIPv6>(15,
+        "5a1020010db812340000000000000000abcd 6210ffffffffffff00000000000000000000",
+        {"IPv6: 2001:db8:1234::abcd", "Mask: ffff:ffff:ffff::"},
+        MatchDstIPv6(kIPv6, kIPv6Mask), kIPv6, kNoIPv6, MatchDstIPv6(kNoIPv6, kNoIPv6))),
+    ROW(numbers<&MatchVlanTagging::getTagging>(16, "d80101", "Tagging: tagged", {1, kMax, 0})),
+    ROW(numbers<&MatchIpProtocol::getIpProtocol>(17, "7006", "Ip Protocol: 6", {6, 255, 0})),
+    ROW(numbers<&MatchPacketRes::getPktRes>(18, "7808", "Pkt Resolution: 8", {8, kMax, 0})),
+    ROW(numbers<&MatchMplsTerm::getMplsTerm>(19, "d00101", "Mpls Terminated status: 1", {1, 0})),
+    ROW(numbers<&MatchToS::getToS>(20, "8001b901", "ToS: 185", {185, 184, 0})),
+    ROW(numbers<&MatchVirtualPort::getLimId, MatchVirtualPort>(
+        21, "8801" + varint(kEth3), "LIMID: eth-3", {kEth3, kMax, 0})),
+    ROW(row<MatchEgressPorts>(22, "10" + varint(kEth3) + "10" + varint(kLag1),
+        {"Number of ports: 2", "LIMIDs: \"eth-3\" \"lag-1\" "},
+        Ports{kEth3, kLag1}, Ports{kLag1, kEth3}, Ports{kEth3, kEth3}, Ports())),
+    ROW(numbers<&MatchIngressStpState::getIngressStpState>(
+        23, "980104", "IngressStpState: 4", {4, kMax, 0})),
+    ROW(row<MatchVlanInfo>(24, "a80101 f001ffffffff0f",
+        {"SVC VLAN Type: 1", "Protocol2CPU VLAN Type: 4294967295"},
+        vlan_info_t{1, kMax}, vlan_info_t{1, 0}, vlan_info_t{0, 0})),
+    ROW(numbers<&MatchSrcPort::getLimId, MatchSrcPort>(
+        25, "8801" + varint(kEth3), "LIMID: eth-3", {kEth3, kMax, 0})),
+    ROW(numbers<&MatchTTL::getTTL>(26, "b00140", "TTL: 64", {64, 255, 0})),
+    ROW(numbers<&MatchVrfId::getVrfId>(27, "b801ac02", "Match VRF ID: 300", {300, 65535, 0})),
+    ROW(numbers<&MatchDrop::getDropFlag>(28, "c00101", "Match Drop: 1", {1, 0})),
+    ROW(numbers<&MatchMyStationHit::getHitFlag>(29, "e00101", "Match MyStationHit: 1", {1, 0})),
+    ROW(plain<MatchCpuPort>(30, {})),
+    ROW(numbers<&MatchForwardingType::getForwardingType>(
+        31, "c80102", "Forwarding Type: 2", {2, kMax, 0})),
+    ROW(plain<MatchDestinationCpu>(32, {})),
+    ROW(numbers<&MatchCPUInjectedPackets::getInjected>(33, "e80101", "Match Injected?: 1", {1, 0})),
+    ROW(row<MatchDstL4PortRange>(34, "3064 9001c801", {"Min Port: 100", "Max Port: 200"},
+        MatchDstL4PortRange(100, 200), MatchDstL4PortRange(100, 0), MatchDstL4PortRange(0, 0))),
+    // Last: it shares the code of MatchToS.
+    ROW(numbers<&MatchDSCP::getDSCP>(20, "8001b801", "DSCP: 46", {46, 63, 0})));
 
-inline const auto kActionRows = std::make_tuple(
-    Row<ActionPermit>{0, {ActionPermit()}},
-    Row<ActionDeny>{1, {ActionDeny()}},
-    Row<ActionCopyToCpu>{2, {ActionCopyToCpu()}},
-    row<ActionBlockEgressPorts>(3, Ports{kEth3, kLag1}, Ports{kLag1, kEth3}, Ports{kEth3}, Ports()),
-    numbers<ActionCopyToCpuCancel, cp2cpuCancelParam_t>(4, {1, 0, kMax}),
-    numbers<ActionSetPcp, u8>(5, {7, 255, 0}),
-    numbers<ActionSetPcpAndQueue, u8>(6, {7, 255, 0}),
-    numbers<ActionSetInnerPcp, u8>(7, {7, 255, 0}),
-    numbers<ActionSetDSCP, u8>(8, {46, 255, 0}),
-    numbers<ActionMapToCosQueue, u8>(9, {5, 255, 0}),
-    numbers<ActionMapToCpuCosQueue, u8>(10, {5, 255, 0}),
-    row<ActionRedirect>(11, kEth3, redirectTo({kEth3, kLag1}), redirectTo({kLag1, kEth3}),
-                        redirectTo({})),
-    row<ActionReplaceDstMac>(12, kMac, kMacMask),
-    Row<ActionRedirectCancel>{13, {ActionRedirectCancel()}},
-    row<ActionReplaceSrcMac>(14, kMac, kMacMask),
-    row<ActionL3Switch>(15, 100000u, kMax, 0u),
-    Row<ActionBlackHole>{16, {ActionBlackHole()}},
-    Row<ActionCopyInnerPcp>{17, {ActionCopyInnerPcp()}},
-    row<ActionMplsPortSet>(18, ActionMplsPortSet(kVpws7, kEth3), ActionMplsPortSet(kVpws7, kLag1),
-                           ActionMplsPortSet(kVpls9, kEth3)),
-    Row<ActionL2ToCpuDrop>{19, {ActionL2ToCpuDrop()}});
+inline constexpr auto kActionRows = std::make_tuple(
+    ROW(plain<ActionPermit>(0)), ROW(plain<ActionDeny>(1)), ROW(plain<ActionCopyToCpu>(2)),
+    ROW(row<ActionBlockEgressPorts>(3, "10" + varint(kEth3) + "10" + varint(kLag1),
+        {"Number of ports: 2", "LIMIDs: \"eth-3\" \"lag-1\" "},
+        Ports{kEth3, kLag1}, Ports{kLag1, kEth3}, Ports{kEth3}, Ports())),
+    ROW(numbers<&ActionCopyToCpuCancel::getCancelType>(
+        4, "3801", "Cp2CPU Cancel type: SWITCH_TO_CPU_CANCEL", {1, kMax, 0})),
+    ROW(numbers<&ActionSetPcp::getPcp>(5, "1807", "PCP: 7", {7, 255, 0})),
+    ROW(numbers<&ActionSetPcpAndQueue::getPcpAndQueue>(6, "2007", "PCP_AND_QUEUE: 7", {7, 255, 0})),
+    ROW(numbers<&ActionSetInnerPcp::getInnerPcp>(7, "1807", "Inner PCP: 7", {7, 255, 0})),
+    ROW(numbers<&ActionSetDSCP::getDSCP>(8, "282e", "DSCP: 46", {46, 255, 0})),
+    ROW(numbers<&ActionMapToCosQueue::getCosQueue>(9, "3005", "CoS Queue: 5", {5, 255, 0})),
+    ROW(numbers<&ActionMapToCpuCosQueue::getCpuCosQueue>(
+        10, "3005", "CPU CoS Queue: 5", {5, 255, 0})),
+    ROW(row<ActionRedirect>(11, "10" + varint(kEth3), {"\"eth-3\" "},
+        kEth3, redirectTo({kEth3, kLag1}), redirectTo({kLag1, kEth3}), redirectTo({}))),
+    ROW(row<ActionReplaceDstMac>(12, "4206001b210aff42", {"Replace MAC: 0:1b:21:a:ff:42"},
+        kMac, kNoMac)),
+    ROW(plain<ActionRedirectCancel>(13)),
+    ROW(row<ActionReplaceSrcMac>(14, "4206001b210aff42", {"Replace MAC: 0:1b:21:a:ff:42"},
+        kMac, kNoMac)),
+    ROW(numbers<&ActionL3Switch::getL3DestinationId>(
+        15, "48a08d06", "L3 Destination ID: 100000", {100000, kMax, 0})),
+    ROW(plain<ActionBlackHole>(16)), ROW(plain<ActionCopyInnerPcp>(17)),
+    // Interface indexes on the wire, where every other class sends limids.
+    ROW(row<ActionMplsPortSet>(18,
+        "50" + varint(interfaceIndex(kVpws7)) + "58" + varint(interfaceIndex(kEth3)),
+        {"VPN ID: vpws-7", "MPLS Access Port: eth-3"}, ActionMplsPortSet(kVpws7, kEth3),
+        ActionMplsPortSet(kVpws7, kLag1), ActionMplsPortSet(kVpls9, kEth3))),
+    ROW(plain<ActionL2ToCpuDrop>(19)));
 // clang-format on
+#undef ROW
 
 // --- Walking -------------------------------------------------------------------------------------
 
 template <class... T>
-::testing::Types<T...> typesOf(const std::tuple<Row<T>...>&);
+::testing::Types<T...> typesOf(const std::tuple<RowMaker<T>...>&);
 using AllMatches = decltype(typesOf(kMatchRows));  // 35 in code order, and MatchDSCP
 using AllActions = decltype(typesOf(kActionRows));
 
 template <class T>
 const Row<T>& rowOf() {
   if constexpr (std::is_base_of_v<Match, T>) {
-    return std::get<Row<T>>(kMatchRows);
+    static const Row<T> row = std::get<RowMaker<T>>(kMatchRows).make();
+    return row;
   } else {
-    return std::get<Row<T>>(kActionRows);
+    static const Row<T> row = std::get<RowMaker<T>>(kActionRows).make();
+    return row;
   }
 }
 
+// The code that a class must carry.
 template <class T>
 unsigned codeOf() {
   return rowOf<T>().code;
 }
 
+// Objects that differ from each other. The first has values that no default has; the last has
+// zeros and empty lists, so that a message can be read into a copy of it.
 template <class T>
 const std::vector<T>& samples() {
   return rowOf<T>().objects;
 }
 
-// Names the instances of a typed test after their class.
-struct ClassName {
-  template <class T>
-  static std::string GetName(int) {
-    const std::unique_ptr<char, void (*)(void*)> name(
-        abi::__cxa_demangle(typeid(T).name(), nullptr, nullptr, nullptr), std::free);
-    return name.get() + std::strlen("FiltersCommon::");
-  }
-};
-
 // Fresh copies of the first sample of every class, in the order of the rows.
 template <class Base, class Code, class... T>
-std::vector<std::pair<Code, std::unique_ptr<Base>>> firstOfEach(const std::tuple<Row<T>...>&) {
+std::vector<std::pair<Code, std::unique_ptr<Base>>> firstOfEach(const std::tuple<RowMaker<T>...>&) {
   std::vector<std::pair<Code, std::unique_ptr<Base>>> list;
   (list.emplace_back(Code(codeOf<T>()), std::make_unique<T>(samples<T>().front())), ...);
   return list;
@@ -219,89 +349,6 @@ inline auto oneMatchOfEachCode() {
 
 // Codes 0 to 19 in order, each with an object of its class.
 inline auto oneActionOfEachCode() { return firstOfEach<Action, filtersAction_t>(kActionRows); }
-
-// --- Comparison ----------------------------------------------------------------------------------
-
-template <class C, class Other>
-Other comparedWith(bool (C::*)(Other) const);
-
-// A T whose own comparison always says no. The generic comparison hears of it only where T's is
-// virtual, so there is no `override` here.
-template <class T>
-struct Contrary : T {
-  using Base = std::conditional_t<std::is_base_of_v<Match, T>, Match, Action>;
-  using Base::operator==;
-  explicit Contrary(const T& object) : T(object) {}
-  bool operator==(decltype(comparedWith(&T::operator==))) const { return false; }
-};
-
-// Whether the generic comparison asks the object on its left.
-template <class T>
-bool comparesVirtually() {
-  const Contrary<T> contrary(samples<T>().front());
-  const typename Contrary<T>::Base& left = contrary;
-  return !(left == samples<T>().front());
-}
-
-// --- Text and bytes ------------------------------------------------------------------------------
-
-// What an object prints; chosen by static type, so a Match or an Action prints by its code.
-template <class T>
-std::string printed(const T& object) {
-  std::ostringstream os;
-  os << object;
-  return os.str();
-}
-
-// "08 1a b001" without its blanks.
-inline std::string packed(std::string hex) {
-  hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
-  return hex;
-}
-
-inline std::string fromHex(const std::string& hex) {
-  const std::string digits = packed(hex);
-  std::string bytes;
-  for (std::size_t i = 0; i < digits.size(); i += 2) {
-    bytes.push_back(static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
-
-inline std::string toHex(const std::string& bytes) {
-  std::string hex;
-  for (char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    for (int digit : {byte >> 4, byte & 15}) hex += "0123456789abcdef"[digit];
-  }
-  return hex;
-}
-
-// What an object writes into a fresh message, in hexadecimal.
-inline std::string wireOf(const Match& match) {
-  MatchPB message;
-  match.convertToMatchPB(&message);
-  return toHex(message.SerializePartialAsString());
-}
-
-inline std::string wireOf(const Action& action) {
-  ActionPB message;
-  action.convertToActionPB(&message);
-  return toHex(message.SerializePartialAsString());
-}
-
-// Has an object read a message given in hexadecimal.
-inline void readInto(Match* match, const std::string& hex) {
-  MatchPB message;
-  ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
-  match->convertFromMatchPB(&message);
-}
-
-inline void readInto(Action* action, const std::string& hex) {
-  ActionPB message;
-  ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
-  action->convertFromActionPB(&message);
-}
 
 }  // namespace catalogue
 

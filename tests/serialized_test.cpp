@@ -33,16 +33,16 @@ static_assert(!std::is_copy_constructible_v<FiltersSerialized> &&
 
 std::string contentOf(const FiltersSerialized& buffer) { return {buffer.data(), buffer.size()}; }
 
-TEST(Serialized, IsEmptyAtFirst) {
-  const FiltersSerialized buffer;
+void expectEmpty(const FiltersSerialized& buffer) {
   EXPECT_EQ(buffer.size(), 0u);
   EXPECT_EQ(buffer.data(), nullptr);
 }
 
 TEST(Serialized, CountsOneZeroBehindTheBytes) {
-  for (const std::string& bytes : {""s, "ab"s, "a\0\0b"s, "\0"s, std::string(100000, '\xff')}) {
+  for (const std::string& bytes : {""s, "ab"s, "a\0\0b"s, std::string(100000, '\xff')}) {
     EXPECT_EQ(contentOf(FiltersSerialized(bytes)), bytes + '\0');
     FiltersSerialized buffer;
+    expectEmpty(buffer);
     buffer.setData(bytes);
     EXPECT_EQ(contentOf(buffer), bytes + '\0');
   }
@@ -61,8 +61,7 @@ TEST(Serialized, StaysEmptyWhenThereIsNoMemory) {
   refuseMemory = true;
   EXPECT_THROW(buffer.setData("a"), std::bad_alloc);
   refuseMemory = false;
-  EXPECT_EQ(buffer.size(), 0u);
-  EXPECT_EQ(buffer.data(), nullptr);
+  expectEmpty(buffer);
 }
 
 // Deliberate: the array held before is not freed.

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -20,18 +21,8 @@ using namespace catalogue;
 const policer::Policer kOwn = policerAt(policer::Stage::Ingress);
 const policer::Policer kParent = policerAt(policer::Stage::Egress, 301);
 
-std::string varint(std::size_t value) {
-  std::string bytes;
-  for (; value > 0x7f; value >>= 7) bytes += static_cast<char>(value | 0x80);
-  return bytes + static_cast<char>(value);
-}
-
-std::string withLength(const std::string& bytes) { return varint(bytes.size()) + bytes; }
-
-std::string indexOf(limid_t limid) {
-  std::uint32_t index = 0;
-  limid_to_ifindex(limid, &index);
-  return varint(index);
+std::string withLength(const std::string& bytes) {
+  return fromHex(varint(static_cast<std::uint32_t>(bytes.size()))) + bytes;
 }
 
 // The bytes that a file describes, up to the end or a closing parenthesis.
@@ -39,10 +30,10 @@ std::string assemble(std::istream& in) {
   static const std::map<std::string, std::string> kPlatform = {
       {"@policer", withLength(kOwn.Serialize())},
       {"@parent", withLength(kParent.Serialize())},
-      {"@eth-3", varint(kEth3)},
-      {"@lag-1", varint(kLag1)},
-      {"@index-of-eth-3", indexOf(kEth3)},
-      {"@index-of-vpws-7", indexOf(kVpws7)},
+      {"@eth-3", fromHex(varint(kEth3))},
+      {"@lag-1", fromHex(varint(kLag1))},
+      {"@index-of-eth-3", fromHex(varint(interfaceIndex(kEth3)))},
+      {"@index-of-vpws-7", fromHex(varint(interfaceIndex(kVpws7)))},
   };
   std::string bytes;
   for (std::string word; in >> word && word != ")";) {
