@@ -24,8 +24,8 @@ void deleteAction(void* a) {
   delete &fromHandle<Action>(a);
 }
 
-// And 31 here. Whoever adds a line above takes one away; a test holds both.
-//
+// And 31 here. Whoever adds a line above takes one away;
+// a test holds both lines.
 filtersAction_t actionGetType(void* a) {
   constexpr char signature[] = "FiltersCommon::filtersAction_t FiltersCommon::actionGetType(void*)";
   FILTERS_ASSERT(a != nullptr, signature);

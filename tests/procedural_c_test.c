@@ -175,6 +175,20 @@ static void testEntries(void) {
   CHECK(filtersEntryDeleteMatch(entry, FILTERS_MATCH_DST_IPV6) == FILTERS_ERR_NOT_FOUND);
   CHECK(filtersEntryDeleteAction(entry, FILTERS_ACTION_PERMIT) == FILTERS_ERR_NOT_FOUND);
 
+  // One of two goes, the other stays.
+  void *ttl = newMatchTTL(1), *deny = newActionDeny();
+  CHECK(filtersEntrySetMatch(entry, ttl) == FILTERS_OK);
+  CHECK(filtersEntrySetAction(entry, permit) == FILTERS_OK);
+  CHECK(filtersEntrySetAction(entry, deny) == FILTERS_OK);
+  CHECK(filtersEntryDeleteMatch(entry, FILTERS_MATCH_TTL) == FILTERS_OK);
+  CHECK(filtersEntryDeleteAction(entry, FILTERS_ACTION_DENY) == FILTERS_OK);
+  CHECK(filtersEntryGetMatch(entry, ttl) == FILTERS_ERR_NOT_FOUND);
+  CHECK(filtersEntryGetAction(entry, deny) == FILTERS_ERR_NOT_FOUND);
+  CHECK(filtersEntryGetMatch(entry, source) == FILTERS_OK);
+  CHECK(filtersEntryGetAction(entry, permit) == FILTERS_OK);
+  deleteMatch(ttl);
+  deleteAction(deny);
+
   CHECK(filtersEntryGetMatch(NULL, source) == FILTERS_ERR_INVALID_ARGUMENT);
   CHECK(filtersEntryGetMatch(entry, NULL) == FILTERS_ERR_INVALID_ARGUMENT);
   CHECK(filtersEntrySetMatch(NULL, source) == FILTERS_ERR_INVALID_ARGUMENT);
@@ -202,8 +216,7 @@ static void testGroupHeader(FiltersGroup* group) {
   filtersGroupSetPriority(group, 600);
   CHECK(filtersGroupGetId(group) == 500 && filtersGroupGetPriority(group) == 600);
   CHECK(filtersGroupSetType(group, FILTERS_GROUP_TYPE_5) == FILTERS_OK);
-  filtersGroupSetStage(group,
-                       FILTERS_GROUP_STAGE_INGRESS);  // refused, without a word
+  filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);  // refused, without a word
   CHECK(filtersGroupGetStage(group) == FILTERS_GROUP_STAGE_NONE);
   filtersGroupSetStage(group, FILTERS_GROUP_STAGE_EGRESS);
   CHECK(filtersGroupGetStage(group) == FILTERS_GROUP_STAGE_EGRESS);
@@ -212,14 +225,16 @@ static void testGroupHeader(FiltersGroup* group) {
 }
 
 static void testGroupEntries(FiltersGroup* group) {
-  const filtersEntryId_t inserted[] = {9, 2, 5}, sorted[] = {2, 5, 9};
+  const filtersEntryId_t inserted[] = {70009, 2, 70005}, sorted[] = {2, 70005, 70009};
   entriesStruct held = {-1, NULL, NULL};
+  deleteFiltersEntriesStruct(&held);  // a count below 0 is none
   filtersGroupGetEntries(group, &held);
   CHECK(held.count == 0 && held.ids != NULL && held.entries != NULL);
   deleteFiltersEntriesStruct(&held);
   void* foreign = newMatchVrfId(1);
   for (int i = 0; i < 3; ++i) {
     FiltersEntry* entry = newFiltersEntry(inserted[i]);
+    filtersEntrySetPriority(entry, inserted[i] + 1);
     CHECK(filtersGroupInsertEntry(group, entry) == FILTERS_OK);
     CHECK(filtersEntrySetMatch(entry, foreign) == FILTERS_OK);
     CHECK(filtersGroupInsertEntry(group, entry) == FILTERS_ERR_MATCH_NOT_ALLOWED);
@@ -231,7 +246,7 @@ static void testGroupEntries(FiltersGroup* group) {
     CHECK(held.count == 3);
     for (int32_t i = 0; i < held.count; ++i) {
       CHECK(held.ids[i] == sorted[i] && filtersEntryGetId(held.entries[i]) == sorted[i]);
-      CHECK(filtersEntryGetPriority(held.entries[i]) == 0);
+      CHECK(filtersEntryGetPriority(held.entries[i]) == sorted[i] + 1);
       filtersEntrySetPriority(held.entries[i], 7);
     }
     deleteFiltersEntry(held.entries[1]);
@@ -239,9 +254,12 @@ static void testGroupEntries(FiltersGroup* group) {
     deleteFiltersEntriesStruct(&held);
     CHECK(held.count == 3);
   }
-  CHECK(filtersGroupRemoveEntry(group, 5) == FILTERS_OK);
-  CHECK(filtersGroupRemoveEntry(group, 5) == FILTERS_ERR_NOT_FOUND);
-  CHECK(filtersGroupRemoveEntry(NULL, 9) == FILTERS_ERR_INVALID_ARGUMENT);
+  CHECK(filtersGroupRemoveEntry(group, 70005) == FILTERS_OK);
+  CHECK(filtersGroupRemoveEntry(group, 70005) == FILTERS_ERR_NOT_FOUND);
+  CHECK(filtersGroupRemoveEntry(NULL, 2) == FILTERS_ERR_INVALID_ARGUMENT);
+  filtersGroupGetEntries(group, &held);
+  CHECK(held.count == 2 && held.ids[0] == 2 && held.ids[1] == 70009);
+  deleteFiltersEntriesStruct(&held);
 }
 
 int main(void) {

@@ -77,9 +77,11 @@ TYPED_TEST(ProceduralDispatch, ReachesEveryClassButStationHitAndForwardingType) 
 
 TEST(Procedural, RefusesCodesThatNoClassCarries) {
   FiltersEntry entry = fullEntry();
-  for (std::uint32_t code : {20u, 35u, 0x80000000u, kMax}) {
-    Match match{filtersMatch_t(code == 20 ? 35 : code)};
-    Action action{filtersAction_t(code)};
+  const std::pair<std::uint32_t, std::uint32_t> codes[] = {
+      {35, 20}, {36, 35}, {0x80000000u, 0x80000000u}, {kMax, kMax}};
+  for (const auto& [code, actionCode] : codes) {
+    Match match{filtersMatch_t(code)};
+    Action action{filtersAction_t(actionCode)};
     EXPECT_EQ(get(entry, match), FILTERS_ERR_INVALID) << code;
     EXPECT_EQ(set(entry, match), FILTERS_ERR_INVALID) << code;
     EXPECT_EQ(get(entry, action), FILTERS_ERR_INVALID) << code;
@@ -121,6 +123,11 @@ TEST(Procedural, MakesTheObjectsThatItDoesNotRead) {
   expectMade(newMatchPcp(7), MatchPcp(7));
   expectMade(newMatchInternalPcp(7), MatchInternalPcp(7));
   expectMade(newMatchVlanTagging(FILTERS_VLAN_TAGGED), MatchVlanTagging(FILTERS_VLAN_TAGGED));
+  expectMade(newMatchVlanTagging(vlan_tagging_t(kMax)), MatchVlanTagging(vlan_tagging_t(kMax)));
+  expectMade(newMatchPacketRes(en_Resolution(kMax)), MatchPacketRes(en_Resolution(kMax)));
+  expectMade(newMatchIngressStpState(en_StpState(kMax)), MatchIngressStpState(en_StpState(kMax)));
+  expectMade(newMatchL2SrcEntryType(l2SrcEntryType_t(kMax)),
+             MatchL2SrcEntryType(l2SrcEntryType_t(kMax)));
   expectMade(newActionBlockEgressPorts(ports, 3),
              ActionBlockEgressPorts(Ports{kLag1, kEth3, kLag1}));
   expectMade(newActionBlockEgressPorts(nullptr, 0), ActionBlockEgressPorts(Ports()));
@@ -198,7 +205,30 @@ TEST(Procedural, LeavesTheCallersRecordAloneWhenTheEntriesCannotBeCopied) {
                    EXPECT_EQ(entries.entries, &slot);
                  });
   ASSERT_EQ(entries.count, 3);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(*entries.entries[i] == group.getEntriesRef().at(entries.ids[i]));
+  }
   deleteFiltersEntriesStruct(&entries);
+}
+
+TEST(Procedural, FreesWhatItMade) {
+  const long before = liveAllocations;
+  FiltersGroup* group = newFiltersGroup(1);
+  FiltersEntry* entry = newFiltersEntry(7);
+  void* ttl = newMatchTTL(1);
+  void* permit = newActionPermit();
+  entriesStruct entries;
+  EXPECT_EQ(set(*entry, *static_cast<Action*>(permit)), FILTERS_OK);
+  EXPECT_EQ(filtersGroupInsertEntry(group, entry), FILTERS_OK);
+  filtersGroupGetEntries(group, &entries);
+  const long inUse = liveAllocations;
+  deleteFiltersEntriesStruct(&entries);
+  EXPECT_LT(liveAllocations, inUse - 2);  // more than the two arrays
+  deleteMatch(ttl);
+  deleteAction(permit);
+  deleteFiltersEntry(entry);
+  deleteFiltersGroup(group);
+  EXPECT_EQ(liveAllocations, before);
 }
 
 }  // namespace

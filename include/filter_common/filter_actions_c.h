@@ -6,14 +6,18 @@
 //
 // Handles. A new... function returns an action object as void*, never null; it is the caller's
 // until deleteAction(). In C the handle passes as it is wherever an Action* is asked for; in C++ it
-// is cast with static_cast. Classes. A handle is trusted to be of the class that a getter reads: an
-// action of another class, or a null handle, is undefined behaviour. actionGetType() tells the
-// class of any handle. Assertions. deleteAction() and actionGetType() stop the process on a null
-// handle with the C library's assertion message, in every kind of build. Exceptions. The new...
-// functions may throw std::bad_alloc, and newActionMplsPortSet() std::invalid_argument, through
-// their C callers: compile those with -fexceptions. Nothing is then leaked. Gaps, all deliberate:
-// no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here, and no getter reads
-// ports, MAC addresses, the CPU queue or MPLS interfaces.
+// is cast with static_cast.
+// Classes. A handle is trusted to be of the class that a getter reads: an action of another class,
+// or a null handle, is undefined behaviour. actionGetType() tells the code of any handle.
+// Assertions. deleteAction() and actionGetType() stop the process on a null handle with the C
+// library's assertion message, in every kind of build.
+// Exceptions. The new... functions may throw std::bad_alloc, and newActionMplsPortSet()
+// std::invalid_argument on interfaces of the wrong kind, through their C callers, which are then
+// compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
+// leaked.
+// Threads. Callers serialise access to each action.
+// Gaps, all deliberate: no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here,
+// and no getter reads ports, MAC addresses, the CPU queue or MPLS interfaces.
 
 #include <filter_common/filter_types.h>
 

@@ -11,7 +11,8 @@
 // of build; the four functions that get and set matches and actions return
 // FILTERS_ERR_INVALID_ARGUMENT instead.
 // Exceptions. Functions that allocate (new..., copy..., Set..., and Get... of a class that holds a
-// list) may throw std::bad_alloc through their C callers; nothing is then leaked or changed.
+// list) may throw std::bad_alloc through their C callers, which are then compiled with
+// -fexceptions; if no C++ caller above catches it, the process ends. Nothing is leaked or changed.
 // Threads. Callers serialise access to each entry.
 
 #include <filter_common/filter_types.h>
@@ -38,9 +39,10 @@ FILTERS_API void filtersEntrySetPriority(FiltersEntry* e, filtersEntryPriority_t
 FILTERS_API filtersEntryPriority_t filtersEntryGetPriority(FiltersEntry* e);
 
 // Get: fills the caller's object from the entry's match of its code; FILTERS_ERR_NOT_FOUND when
-// there is none. Set: stores a copy of the object; FILTERS_ERR_INVALID when it cannot stand beside
-// a match already held. Both: FILTERS_ERR_INVALID for an unknown code and, deliberately, for
-// FILTERS_MATCH_MY_STATION_HIT and FILTERS_MATCH_FORWARDING_TYPE, which only the classes reach.
+// there is none, and the object is then unchanged. Set: stores a copy of the object;
+// FILTERS_ERR_INVALID when it cannot stand beside a match already held. Both: FILTERS_ERR_INVALID
+// for an unknown code and, deliberately, for FILTERS_MATCH_MY_STATION_HIT and
+// FILTERS_MATCH_FORWARDING_TYPE, which only the classes reach.
 FILTERS_API filtersErr_t filtersEntryGetMatch(FiltersEntry* e, Match* m);
 FILTERS_API filtersErr_t filtersEntrySetMatch(FiltersEntry* e, Match* m);
 // FILTERS_ERR_NOT_FOUND when there is none.

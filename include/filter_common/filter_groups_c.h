@@ -6,12 +6,12 @@
 //
 // Handles. A FiltersGroup* comes from newFiltersGroup() and is the caller's until
 // deleteFiltersGroup(). Entries passed in are copied and stay the caller's.
-// Assertions. A null handle stops the process with the C library's assertion message, in every kind
-// of build, except where a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.
+// Assertions. A null pointer stops the process with the C library's assertion message, in every
+// kind of build, except where a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.
 // Exceptions. Functions that allocate (new..., InsertEntry, GetEntries) may throw std::bad_alloc
-// through their C callers; such a caller must be compiled with -fexceptions or not run out of
-// memory. Nothing is then leaked, and arguments are unchanged.
-// Threads. Callers serialise access to each group.
+// through their C callers, which are then compiled with -fexceptions; if no C++ caller above
+// catches it, the process ends. Nothing is leaked, and arguments are unchanged, except that a
+// failing InsertEntry leaves no entry of that id. Threads. Callers serialise access to each group.
 
 #include <filter_common/filter_types.h>
 

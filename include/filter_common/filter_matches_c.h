@@ -8,13 +8,16 @@
 // deleteMatch(). In C the handle passes as it is wherever a Match* or another pointer to a match is
 // asked for; in C++ it is cast with static_cast. Arguments given by pointer are copied.
 // Classes. A handle is trusted to be of the class that a function reads: a match of another class
-// is undefined behaviour. matchGetType() tells the class of any handle.
-// Assertions. The functions of the first group below, and deleteMatch(), stop the process on a null
-// handle with the C library's assertion message, in every kind of build. Those of the second group
-// do not look: a null handle is undefined behaviour.
-// Exceptions. The new... functions may throw std::bad_alloc through their C callers; nothing is
-// then leaked. Gaps, all deliberate: no MatchToS, MatchMyStationHit, MatchForwardingType or
-// MatchDestinationCpu, no masked IPv6 source, no set of more than one VLAN id or PCP is made here.
+// is undefined behaviour. matchGetType() tells the code of any handle.
+// Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
+// on a null handle with the C library's assertion message, in every kind of build. Those of the
+// second do not look: a null handle is undefined behaviour.
+// Exceptions. The new... functions may throw std::bad_alloc through their C callers, which are then
+// compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
+// leaked.
+// Threads. Callers serialise access to each match.
+// Gaps, all deliberate: no MatchToS, MatchMyStationHit, MatchForwardingType or MatchDestinationCpu,
+// no masked IPv6 source, no set of more than one VLAN id or PCP is made here.
 
 #include <filter_common/filter_types.h>
 
@@ -109,7 +112,7 @@ FILTERS_API l4port_t matchGetL4PortRangeMax(MatchDstL4PortRange* m);
 FILTERS_API uint8_t matchIpProtocolGetIpProt(void* m);
 FILTERS_API en_Resolution matchPacketResGet(void* m);
 FILTERS_API bool matchMplsTermGet(void* m);
-FILTERS_API uint8_t matchDSCPGet(void* m);
+FILTERS_API uint8_t matchDSCPGet(void* m);  // of what newMatchDSCP() made
 FILTERS_API uint8_t matchTTLGet(void* m);
 FILTERS_API en_StpState matchIngressStpStateGet(void* m);
 FILTERS_API vlan_info_t matchVlanInfoGet(void* m);
