@@ -84,6 +84,9 @@ const Assertion kAssertions[] = {
 };
 // clang-format on
 
+// An emulator reports the signal too.
+const std::string kEmulatorsWord = "(qemu: [^\n]*\n)?";
+
 TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
   GTEST_FLAG_SET(death_test_style, "fast");
   for (const auto& [location, expression, calls] : kAssertions) {
@@ -91,9 +94,9 @@ TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
       const std::string full =
           std::regex_replace(abbreviated, std::regex("FC::"), "FiltersCommon::");
       const std::string signature = std::regex_replace(full, std::regex("[*()]"), "[$&]");
-      EXPECT_DEATH(call(),
-                   testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " + signature +
-                                         ": Assertion `" + expression + "' failed[.]\n"));
+      EXPECT_DEATH(call(), testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " +
+                                                 signature + ": Assertion `" + expression +
+                                                 "' failed[.]\n" + kEmulatorsWord));
     }
   }
 }
