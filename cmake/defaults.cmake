@@ -12,3 +12,6 @@ get_property(filter_common_multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFI
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT filter_common_multi_config)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
+
+# Built libraries find each other by relative paths, so that a build's folder leaves no trace in them.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)

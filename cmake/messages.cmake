@@ -24,10 +24,13 @@ add_custom_command(
   VERBATIM)
 
 add_library(filter_common_messages OBJECT ${message_sources} ${message_headers})
-target_link_libraries(filter_common_messages PUBLIC protobuf::libprotobuf)
+target_link_libraries(
+  filter_common_messages
+  PUBLIC protobuf::libprotobuf
+  PRIVATE filter_common_shipped)
 target_compile_options(filter_common_messages PRIVATE -w)
 set_target_properties(
   filter_common_messages
   PROPERTIES POSITION_INDEPENDENT_CODE ON
              CXX_VISIBILITY_PRESET default
-             VISIBILITY_INLINES_HIDDEN OFF)
+             VISIBILITY_INLINES_HIDDEN ON)

@@ -11,7 +11,8 @@
 // Exceptions. Functions that allocate (new..., InsertEntry, GetEntries) may throw std::bad_alloc
 // through their C callers, which are then compiled with -fexceptions; if no C++ caller above
 // catches it, the process ends. Nothing is leaked, and arguments are unchanged, except that a
-// failing InsertEntry leaves no entry of that id. Threads. Callers serialise access to each group.
+// failing InsertEntry leaves no entry of that id.
+// Threads. Callers serialise access to each group.
 
 #include <filter_common/filter_types.h>
 

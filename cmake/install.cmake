@@ -1,0 +1,66 @@
+# What is installed, and as what others find it: find_package(filter_common 1), or
+# `pkg-config filter_common`. Every path is found from where these files lie, so the installed tree
+# may be moved.
+include(CMakePackageConfigHelpers)
+
+set(shipped_libraries filter_common)
+if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+  # The stand-ins come with the library, under the names that the device's packages give.
+  list(APPEND shipped_libraries limid policer)
+  set_target_properties(limid PROPERTIES EXPORT_NAME limid::limid)
+  set_target_properties(policer PROPERTIES EXPORT_NAME policer::policer)
+  set(platform_packages)
+  set_target_properties(filter_common PROPERTIES INSTALL_RPATH \$ORIGIN)
+else()
+  set(platform_packages limid policer)
+endif()
+set_target_properties(filter_common PROPERTIES EXPORT_NAME filter_common::filter_common)
+
+# The installed tree can be moved, and the files below count folders from its root.
+foreach(folder LIBDIR INCLUDEDIR DATADIR)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+    message(FATAL_ERROR "CMAKE_INSTALL_${folder} is '${CMAKE_INSTALL_${folder}}'; it must be relative")
+  endif()
+endforeach()
+
+# Installs everything, what is needed to run and to develop as one component each:
+# filter_common_<prefix>runtime and filter_common_<prefix>development. Libraries go to libdir; further
+# arguments to every install().
+function(filter_common_install libdir prefix)
+  set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
+  set(development COMPONENT filter_common_${prefix}development ${ARGN})
+  set(generated ${PROJECT_BINARY_DIR}/${prefix}install)
+  set(package_dir ${libdir}/cmake/filter_common)
+  string(REGEX REPLACE "[^/]+" ".." libdir_to_prefix ${libdir})
+
+  install(
+    TARGETS ${shipped_libraries}
+    EXPORT filter_common_${prefix}targets
+    LIBRARY DESTINATION ${libdir} ${runtime} NAMELINK_COMPONENT filter_common_${prefix}development)
+  install(DIRECTORY include/filter_common DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${development}
+          FILES_MATCHING PATTERN "*.h")
+  install(FILES ${message_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/filter_common
+          ${development})
+  if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+    install(DIRECTORY platform/limid/include/ platform/policer/include/
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${development})
+  endif()
+  install(FILES ${schema_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/filter_common/proto
+          ${development})
+
+  configure_package_config_file(
+    cmake/filter_commonConfig.cmake.in ${generated}/filter_commonConfig.cmake
+    INSTALL_DESTINATION ${package_dir}
+    NO_SET_AND_CHECK_MACRO)
+  write_basic_package_version_file(
+    ${generated}/filter_commonConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+  install(FILES ${generated}/filter_commonConfig.cmake
+                ${generated}/filter_commonConfigVersion.cmake
+          DESTINATION ${package_dir} ${development})
+  install(EXPORT filter_common_${prefix}targets FILE filter_commonTargets.cmake
+          DESTINATION ${package_dir} ${development})
+  configure_file(cmake/filter_common.pc.in ${generated}/filter_common.pc @ONLY)
+  install(FILES ${generated}/filter_common.pc DESTINATION ${libdir}/pkgconfig ${development})
+endfunction()
+
+filter_common_install(${CMAKE_INSTALL_LIBDIR} "")

@@ -1,0 +1,28 @@
+# How the libraries that are shipped are compiled and linked. Link filter_common_shipped PRIVATE.
+include(CheckCXXCompilerFlag)
+
+add_library(filter_common_shipped INTERFACE)
+
+# The same bytes from whichever folder they are built in.
+target_compile_options(
+  filter_common_shipped INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                                  -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
+
+# Faults that get through stop the process. The checked functions of the C library need an optimised
+# build; a compiler may already define a level of its own.
+target_compile_options(
+  filter_common_shipped
+  INTERFACE -fstack-protector-strong
+            $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+target_link_options(filter_common_shipped INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+
+# Marks the places where jumps may land; not every target has it.
+check_cxx_compiler_flag(-fcf-protection FILTER_COMMON_HAS_CF_PROTECTION)
+if(FILTER_COMMON_HAS_CF_PROTECTION)
+  target_compile_options(filter_common_shipped INTERFACE -fcf-protection)
+endif()
+
+# Nothing is left for a user to resolve. A sanitizer's runtime is, since only programs link it.
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  target_link_options(filter_common_shipped INTERFACE LINKER:-z,defs)
+endif()

@@ -1,0 +1,39 @@
+# Not built where this library is developed: there is no Yocto there. It is written as recipes of
+# the releases 4.2 to 5.0 are, for integrators to start from; protobuf and googletest come from
+# meta-oe. docs/porting.md says what to fill in.
+SUMMARY = "Data model of packet-filter rules"
+DESCRIPTION = "Rules of packet filters (matches, actions, policers, counters) for the control plane \
+of switches and routers, and their way between processes as bytes."
+SECTION = "libs"
+# The sources state no licence; put in what was agreed with their maintainers.
+LICENSE = "CLOSED"
+
+SRC_URI = "git://REPOSITORY;protocol=https;branch=main \
+           file://run-ptest"
+# The commit of release 1.0.0.
+SRCREV = "COMMIT"
+S = "${WORKDIR}/git"
+
+DEPENDS = "protobuf protobuf-native"
+
+inherit cmake pkgconfig ptest
+
+# The device's own libraries are the default. Without `device` the stand-ins are built and installed
+# in their place, which is what the tests need: an image for ptest has
+# PACKAGECONFIG:remove = "device".
+PACKAGECONFIG ??= "device"
+PACKAGECONFIG[device] = "-DFILTER_COMMON_PLATFORM=device,-DFILTER_COMMON_PLATFORM=standin,limid policer"
+TESTED = "${@bb.utils.contains('PTEST_ENABLED', '1', bb.utils.contains('PACKAGECONFIG', 'device', '', '1', d), '', d)}"
+
+DEPENDS:append = "${@' googletest' if d.getVar('TESTED') else ''}"
+EXTRA_OECMAKE = "-DBUILD_TESTING=${@'ON' if d.getVar('TESTED') else 'OFF'} -DCMAKE_SKIP_RPATH=ON"
+
+# Left out are the tests that read files of the source or build folder.
+do_install_ptest() {
+    [ -n "${TESTED}" ] || return 0
+    for program in ${B}/tests/*_test; do
+        [ "$(basename "$program")" = wire_golden_test ] || install -m 0755 "$program" ${D}${PTEST_PATH}
+    done
+}
+
+FILES:${PN}-dev += "${datadir}/filter_common"

@@ -1,0 +1,31 @@
+#!/bin/bash
+# Builds the library against the device's libraries in this folder, and a program against all three.
+#   device_platform_test.sh <folder of the library's sources>
+# The environment names the tools, as tests/packaging.cmake sets it.
+set -euo pipefail
+source_dir=$1
+here=$(dirname "$0")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Debug information and optimising would be most of the cost.
+export CMAKE_BUILD_TYPE=None
+options=(-DCMAKE_PREFIX_PATH="$work/device" -DCMAKE_INSTALL_PREFIX="$work/device")
+[[ -z "${FIND_ROOT_PATH:-}" ]] ||
+  options+=(-DCMAKE_FIND_ROOT_PATH="$work/device;$FIND_ROOT_PATH")
+
+build() {
+  cmake -S "$2" -B "$work/$1" "${options[@]}" "${@:3}" --log-level=WARNING
+  cmake --build "$work/$1"
+}
+
+build platform "$here"
+cmake --install "$work/platform"
+build library "$source_dir" -DFILTER_COMMON_PLATFORM=device
+cmake --install "$work/library"
+if find "$work/device" -name '*standin*' | grep .; then
+  echo "device_platform: the stand-ins are installed for a device"
+  exit 1
+fi
+build round_trip "$here/round_trip"
+ctest --test-dir "$work/round_trip" --no-tests=error --output-on-failure

@@ -1,0 +1,59 @@
+# What users get, used as they would: installed, moved, packed, built again elsewhere. These tests
+# configure and build projects of their own, with this build's tools; label `package` chooses them
+# (ctest -L package) or leaves them out (ctest -LE package).
+
+# CMake takes most of this from the environment; the scripts take the rest.
+cmake_path(GET Protobuf_LIBRARY PARENT_PATH protobuf_libdir)
+list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+set(find_root_path ${CMAKE_FIND_ROOT_PATH})
+string(REPLACE ";" "\\;" find_root_path "${find_root_path}")
+set(tools
+    CC=${CMAKE_C_COMPILER}
+    CXX=${CMAKE_CXX_COMPILER}
+    CFLAGS=${CMAKE_C_FLAGS}
+    CXXFLAGS=${CMAKE_CXX_FLAGS}
+    LDFLAGS=${CMAKE_EXE_LINKER_FLAGS}
+    CMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE}
+    CMAKE_GENERATOR=${CMAKE_GENERATOR}
+    CMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE}
+    EMULATOR=${emulator}
+    FIND_ROOT_PATH=${find_root_path}
+    PKG_CONFIG_LIBDIR=${protobuf_libdir}/pkgconfig
+    READELF=${CMAKE_READELF})
+if(CMAKE_CROSSCOMPILING)
+  # On a device the message runtime lies where the loader looks; the emulator is told where.
+  list(APPEND tools QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
+endif()
+
+function(filter_common_add_package_test name script)
+  add_test(NAME ${name} COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/${script} ${ARGN})
+  set_tests_properties(
+    ${name} PROPERTIES ENVIRONMENT "${tools}" LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
+endfunction()
+
+# Installed into a fresh prefix, which is then moved; and users' projects built against it.
+set(prefix ${PROJECT_BINARY_DIR}/tests/installed)
+filter_common_add_package_test(install install_test.sh ${PROJECT_BINARY_DIR} ${prefix})
+set_tests_properties(install PROPERTIES FIXTURES_SETUP installed)
+foreach(language cpp c)
+  filter_common_add_package_test(
+    consumer_${language} consumer/consumer_test.sh
+    ${CMAKE_CURRENT_SOURCE_DIR}/consumer/${language} ${prefix})
+  set_tests_properties(consumer_${language} PROPERTIES FIXTURES_REQUIRED installed)
+endforeach()
+
+# Against the other pair of platform libraries.
+filter_common_add_package_test(
+  device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR})
+
+# Debian's tools pack what is built for the machine they run on.
+if(NOT CMAKE_CROSSCOMPILING AND CMAKE_LIBRARY_ARCHITECTURE)
+  filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
+endif()
+
+# Once is enough: the compilers of all targets are told the same.
+if(NOT CMAKE_CROSSCOMPILING)
+  filter_common_add_package_test(
+    reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} $<TARGET_FILE:filter_common>
+    $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
+endif()
