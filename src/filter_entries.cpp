@@ -10,6 +10,7 @@
 #include "action_visit.h"
 #include "match_visit.h"
 #include "parse.h"
+#include "wire.h"
 
 namespace FiltersCommon {
 namespace {
@@ -203,6 +204,9 @@ void FiltersEntry::convertToFiltersEntryPB(FiltersEntryPB* message) const {
   message->set_priority_(priority_);
   message->set_policer_(policer_.Serialize());
   if (policerParent_ != nullptr) message->set_policer_parent_(policerParent_->Serialize());
+  reserveMore(message->mutable_counters_(), counters_.size());
+  reserveMore(message->mutable_matches_(), matches_.size());
+  reserveMore(message->mutable_actions_(), actions_.size());
   for (const auto& [id, counter] : counters_) counter.Serialize(message->add_counters_());
   for (const auto& [code, match] : matches_) match->convertToMatchPB(message->add_matches_());
   for (const auto& [code, action] : actions_) action->convertToActionPB(message->add_actions_());

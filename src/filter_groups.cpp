@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "parse.h"
+#include "wire.h"
 
 namespace FiltersCommon {
 
@@ -86,6 +87,7 @@ void FiltersGroup::fill(FiltersGroupPB* message) const {
   message->set_priority_(priority_);
   message->set_stage_(static_cast<std::uint32_t>(stage_));
   message->set_type_(static_cast<std::uint32_t>(type_));
+  reserveMore(message->mutable_entries_(), entries_.size());
   for (const auto& [id, entry] : entries_) entry.convertToFiltersEntryPB(message->add_entries_());
 }
 

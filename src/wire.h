@@ -6,6 +6,7 @@
 #include <limid/limid.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -38,9 +39,16 @@ bool samePorts(const Ports& a, const Ports& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameBytes);
 }
 
+// Room for more elements. A message that does not stand on an arena leaks the element that it has
+// made when it then finds no memory to list it.
+template <class Field>
+void reserveMore(Field* field, std::size_t count) {
+  field->Reserve(field->size() + static_cast<int>(count));
+}
+
 template <class Ports, class Field>
 void appendPortsTo(Field* field, const Ports& ports) {
-  field->Reserve(field->size() + static_cast<int>(ports.size()));
+  reserveMore(field, ports.size());
   for (const limid_t& port : ports) field->Add(limidToWire(port));
 }
 

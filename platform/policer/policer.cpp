@@ -65,7 +65,8 @@ Policer::Policer(const std::string& bytes) {
 }
 
 std::string Policer::Serialize() const {
-  PolicerPB message;
+  google::protobuf::Arena arena;  // a message outside of one leaks when memory runs out
+  auto& message = *google::protobuf::Arena::CreateMessage<PolicerPB>(&arena);
   for (const Action& action : actions_) {
     ActionPB* added = message.add_actions();
     added->set_type(static_cast<std::uint32_t>(action.type_));
