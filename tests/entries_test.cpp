@@ -25,30 +25,14 @@ static_assert(!std::is_convertible_v<filtersEntryId_t, FiltersEntry>);
 
 // --- Typed access --------------------------------------------------------------------------------
 
-// One name for what is done to matches and to actions.
-template <class T>
-constexpr bool isMatch = std::is_base_of_v<Match, T>;
-template <class T>
-filtersErr_t put(FiltersEntry& entry, const T& object) {
-  if constexpr (isMatch<T>) return entry.setMatch(object);
-  if constexpr (!isMatch<T>) return entry.setAction(object);
-}
-template <class T>
-filtersErr_t take(const FiltersEntry& entry, T& out) {
-  if constexpr (isMatch<T>) return entry.getMatch(out);
-  if constexpr (!isMatch<T>) return entry.getAction(out);
-}
 template <class T>
 filtersErr_t erase(FiltersEntry& entry) {
   if constexpr (isMatch<T>) return entry.deleteMatch(filtersMatch_t(codeOf<T>()));
   if constexpr (!isMatch<T>) return entry.deleteAction(filtersAction_t(codeOf<T>()));
 }
 
-template <class... M, class... A>
-testing::Types<M..., A...> both(testing::Types<M...>, testing::Types<A...>);
 template <class T>
 class TypedAccess : public testing::Test {};
-using EveryClass = decltype(both(AllMatches(), AllActions()));
 TYPED_TEST_SUITE(TypedAccess, EveryClass);
 
 TYPED_TEST(TypedAccess, StoresACopyThatCanBeReadReplacedAndDeleted) {

@@ -57,6 +57,20 @@ inline FiltersEntry fullEntry() {
   return entry;
 }
 
+// One name for what is done to matches and to actions.
+template <class T>
+constexpr bool isMatch = std::is_base_of_v<Match, T>;
+template <class T>
+filtersErr_t put(FiltersEntry& entry, const T& object) {
+  if constexpr (isMatch<T>) return entry.setMatch(object);
+  if constexpr (!isMatch<T>) return entry.setAction(object);
+}
+template <class T>
+filtersErr_t take(const FiltersEntry& entry, T& out) {
+  if constexpr (isMatch<T>) return entry.getMatch(out);
+  if constexpr (!isMatch<T>) return entry.getAction(out);
+}
+
 // An empty group of any stage and type, also of those that no setter lets in.
 inline FiltersGroup groupOf(int stage, int type) {
   FiltersGroupPB message;

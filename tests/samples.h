@@ -308,6 +308,10 @@ template <class... T>
 using AllMatches = decltype(typesOf(kMatchRows));  // 35 in code order, and MatchDSCP
 using AllActions = decltype(typesOf(kActionRows));
 
+template <class... M, class... A>
+::testing::Types<M..., A...> both(::testing::Types<M...>, ::testing::Types<A...>);
+using EveryClass = decltype(both(AllMatches(), AllActions()));
+
 template <class T>
 const Row<T>& rowOf() {
   if constexpr (std::is_base_of_v<Match, T>) {

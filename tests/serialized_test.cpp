@@ -3,24 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
 #include <type_traits>
-
-namespace {
-bool refuseMemory = false;
-}  // namespace
-
-// Arrays of this program and of the library, so that an allocation can be made to fail.
-void* operator new[](std::size_t size) {
-  void* memory = refuseMemory ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -54,14 +39,6 @@ TEST(SerializedDeathTest, AsksForAnEmptyBufferToFill) {
               ": filter_serialized\\.cpp:[0-9]+: "
               "virtual void FiltersCommon::FiltersSerialized::setData\\(const string&\\): "
               "Assertion `data_ == nullptr' failed\\.\n");
-}
-
-TEST(Serialized, StaysEmptyWhenThereIsNoMemory) {
-  FiltersSerialized buffer;
-  refuseMemory = true;
-  EXPECT_THROW(buffer.setData("a"), std::bad_alloc);
-  refuseMemory = false;
-  expectEmpty(buffer);
 }
 
 // Deliberate: the array held before is not freed.

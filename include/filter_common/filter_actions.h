@@ -13,7 +13,8 @@
 // - No value is range-checked, except by ActionMplsPortSet.
 // - Deliberate: the comparison of six classes is virtual, that of the others is not.
 // - Nothing fails but memory (std::bad_alloc from the classes that hold lists), and
-//   ActionMplsPortSet, which throws std::invalid_argument.
+//   ActionMplsPortSet, which throws std::invalid_argument. The object is then unchanged, except
+//   that an assignment that runs out of memory leaves it valid with unspecified values.
 // - Objects are not synchronised: callers serialise access to each.
 
 #include <iosfwd>

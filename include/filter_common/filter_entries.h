@@ -76,7 +76,8 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 // Refusals are result codes and leave the entry unchanged. Building an entry from bytes reports
 // nothing: what is unknown, refused or unreadable is left out. Since a rule with fewer matches
 // applies to more packets, callers who need to know compare the entry with what they expected.
-// Every function that stores something may throw std::bad_alloc.
+// Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
+// then unchanged, except where a function says otherwise; nothing is leaked.
 //
 // Objects are not synchronised: callers serialise access to each. Entries that share a parent
 // policer may be copied and destroyed on different threads.
@@ -136,7 +137,7 @@ class FILTERS_API FiltersEntry {
   filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
-  // what was stored before it stays. Null pointers and unknown codes are skipped.
+  // what was stored before it, or before std::bad_alloc, stays. Null pointers and unknown codes are skipped.
   filtersErr_t copyMatches(const Matches& matches);
 
   // --- Actions: as matches; no action excludes another ---
@@ -175,10 +176,12 @@ class FILTERS_API FiltersEntry {
   // Fills a fresh message: counters, matches and actions in ascending order.
   void convertToFiltersEntryPB(FiltersEntryPB* message) const;
   // Adds what the message holds; meant for a fresh entry. An MPLS port action's
-  // std::invalid_argument passes through; what was converted before it stays.
+  // std::invalid_argument passes through; what was converted before it, or before std::bad_alloc,
+  // stays.
   void convertFromFiltersEntryPB(const FiltersEntryPB* message);
 
   // The bytes of the entry's message, in place of the string's content or into an empty buffer.
+  // When it throws, the buffer is still empty; the string's content is unspecified.
   void serialize(std::string* out) const;
   void serialize(FiltersSerialized* out) const;
 

@@ -100,10 +100,11 @@ class FILTERS_API FiltersGroup {
 
   FiltersGroupPB convertToFiltersGroupPB() const;
   // Takes id, priority, stage and type from the message and adds its entries to those held, as the
-  // constructor from bytes does.
+  // constructor from bytes does. What was taken before an exception stays.
   void convertFromFiltersGroupPB(const FiltersGroupPB* message);
 
   // The bytes of the group's message, in place of the string's content or into an empty buffer.
+  // When it throws, the buffer is still empty; the string's content is unspecified.
   void serialize(std::string* out) const;
   void serialize(FiltersSerialized* out) const;
 

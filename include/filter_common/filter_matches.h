@@ -12,7 +12,8 @@
 //   for an absent one; it looks neither at type_ nor at presence. Numbers are cut to the width of
 //   the field, addresses to their size; missing address bytes become zero.
 // - Deliberate: the comparison of nine classes is virtual, that of the others is not.
-// - Nothing fails but memory: std::bad_alloc from the classes that hold lists.
+// - Nothing fails but memory: std::bad_alloc from the classes that hold lists. The object is then
+//   unchanged, except that an assignment leaves it valid with unspecified values.
 // - Objects are not synchronised: callers serialise access to each.
 
 #include <iosfwd>
