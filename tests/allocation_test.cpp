@@ -42,8 +42,8 @@ class Report : public testing::Environment {
 };
 [[maybe_unused]] testing::Environment* const report = testing::AddGlobalTestEnvironment(new Report);
 
-// What a subject is after a failure. Leaking: unchanged, but the protocol-buffer runtime loses what
-// it has just made, and nobody else can free it.
+// What a subject is after a failure. Leaking: unchanged, but the protocol-buffer runtime may lose
+// the one block that it has just allocated.
 enum Promise { Unchanged, Valid, Leaking };
 
 // Every failure must come out as std::bad_alloc, leak nothing, leave of the subject that `make`
@@ -82,9 +82,8 @@ void trial(const std::string& operation, Make make, Run run, Look look,
         if (thrown) run(subject);
         ASSERT_EQ(look(subject), after) << "another try";
       }
-      if (promise != Leaking) {
-        ASSERT_EQ(memory::live, live) << "leaked";
-      }
+      if (promise == Leaking && memory::live == live + 1) memory::Refusal::freeLast();
+      ASSERT_EQ(memory::live, live) << "leaked";
       if (refused != 0) ++points;
     }
   }
@@ -160,7 +159,6 @@ TYPED_TEST(FailingMemoryOf, AClassLeavesItsObjectsAsTheyWere) {
       write(object, &fresh);
     });
     trialOfPrinting("object: print", object);
-    trialOfPrinting("object: print generically", generic(object));
   }
 }
 

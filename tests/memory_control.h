@@ -37,6 +37,13 @@ class Refusal {
     return refused_;
   }
 
+  // Frees what was allocated last before the first refusal, for a caller who knows that nobody else
+  // does.
+  static void freeLast() { operator delete(last_); }
+
+  static void allocated(void* block) {
+    if (left_ >= 0 && refused_ == 0) last_ = block;
+  }
   static bool refuses() {
     if (left_ < 0) return false;
     if (left_ > 0) {
@@ -51,6 +58,7 @@ class Refusal {
   inline static long left_ = -1;
   inline static bool again_ = false;
   inline static long refused_ = 0;
+  inline static void* last_ = nullptr;
 };
 
 }  // namespace memory
@@ -59,6 +67,7 @@ class Refusal {
 [[gnu::noinline]] void* operator new(std::size_t size) {
   void* block = memory::Refusal::refuses() ? nullptr : std::malloc(size);
   if (block == nullptr) throw std::bad_alloc();
+  memory::Refusal::allocated(block);
   ++memory::live;
   memory::held += malloc_usable_size(block);
   memory::peak = std::max(memory::peak, memory::held);
