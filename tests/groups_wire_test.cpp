@@ -155,21 +155,6 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TYPED_TEST(Bytes, CutAnywhereGiveAPart) {
-  const std::string bytes = bytesOf(fullObjects<TypeParam>().at(1));
-  int thrown = 0;
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    try {
-      const TypeParam part(bytes.substr(0, size));
-      EXPECT_EQ(part.getId(), size < 2 ? 0 : 7);
-      EXPECT_TRUE(TypeParam(bytesOf(part)) == part);
-    } catch (const std::invalid_argument&) {
-      ++thrown;
-    }
-  }
-  EXPECT_LT(thrown, 16);  // in the middle of the one MPLS action
-}
-
 TYPED_TEST(Bytes, GoThroughABuffersOwnFunctions) {
   const TypeParam object = fullObjects<TypeParam>().at(1);
   OwnBuffer buffer(bytesOf(object), 2);

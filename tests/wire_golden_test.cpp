@@ -5,54 +5,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <fstream>
-#include <map>
-#include <sstream>
 #include <string>
 
-#include "entry_samples.h"
+#include "golden.h"
 
 namespace {
 
 using namespace FiltersCommon;
 using namespace catalogue;
 
-const policer::Policer kOwn = policerAt(policer::Stage::Ingress);
-const policer::Policer kParent = policerAt(policer::Stage::Egress, 301);
-
-std::string withLength(const std::string& bytes) {
-  return fromHex(varint(static_cast<std::uint32_t>(bytes.size()))) + bytes;
-}
-
-// The bytes that a file describes, up to the end or a closing parenthesis.
-std::string assemble(std::istream& in) {
-  static const std::map<std::string, std::string> kPlatform = {
-      {"@policer", withLength(kOwn.Serialize())},
-      {"@parent", withLength(kParent.Serialize())},
-      {"@eth-3", fromHex(varint(kEth3))},
-      {"@lag-1", fromHex(varint(kLag1))},
-      {"@index-of-eth-3", fromHex(varint(interfaceIndex(kEth3)))},
-      {"@index-of-vpws-7", fromHex(varint(interfaceIndex(kVpws7)))},
-  };
-  std::string bytes;
-  for (std::string word; in >> word && word != ")";) {
-    if (word[0] == '#') {
-      std::getline(in, word);
-    } else if (word == "(") {
-      bytes += withLength(assemble(in));
-    } else {
-      bytes += word[0] == '@' ? kPlatform.at(word) : fromHex(word);
-    }
-  }
-  return bytes;
-}
-
 template <class T>
 void expectGolden(const std::string& name, const T& object) {
-  std::ifstream file(FILTERS_GOLDEN_DIR "/" + name);
-  const std::string bytes = assemble(file);
-  ASSERT_NE(bytes, "") << name;
+  const std::string bytes = golden(name);
   EXPECT_EQ(toHex(bytesOf(object)), toHex(bytes));
   EXPECT_TRUE(T(bytes) == object);
 }
@@ -81,9 +45,32 @@ TEST(WireGolden, HoldsAGroupOfTwoEntries) {
   entry.setMatches(matchesOf({0}));
   entry.deleteAction(FILTERS_ACTION_DENY);
   entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS});
-  entry.setPolicerParent(kParent);
+  entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
   EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
   expectGolden("group.hex", group);
+}
+
+TEST(WireGolden, HoldsGroupsOfSeveralTypes) {
+  using Stage = policer::Stage;
+  const auto groupWith = [](int stage, int type, const std::vector<FiltersEntry>& entries) {
+    FiltersGroup group = groupOf(stage, type);
+    for (const FiltersEntry& entry : entries) EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
+    return group;
+  };
+  expectGolden(
+      "group_ports.hex",
+      groupWith(2, 1, {entryOf({1, 2, 3, 4, 7, 23, 28}, {3, 10, 11, 12}, Stage::Ingress)}));
+  FiltersEntry entry = entryOf({5, 6, 9, 10, 17, 26}, {1, 4, 8, 15});
+  entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS});
+  entry.setCounter({2, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS});
+  expectGolden("group_ipv4.hex", groupWith(0, 3, {entry}));
+  FiltersEntry last = entryOf({0}, {1}, Stage::Ingress);
+  last.setId(4294967295);
+  last.setPolicerParent(policerAt(Stage::Egress, 301));
+  expectGolden("group_ipv6.hex", groupWith(2, 8, {entryOf({15, 27}, {0}, Stage::Ingress), last}));
+  entry = entryOf({11, 12, 13, 20}, {6, 7, 17, 18});
+  entry.setMatch(MatchIngressPorts(PortTypes{FILTERS_PORT_TYPE_CPU, port_type_t(7)}));
+  expectGolden("group_mpls.hex", groupWith(1, 4, {entry}));
 }
 
 }  // namespace

@@ -74,8 +74,10 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 // IPv6 addresses never stand together, nor do a destination port and a destination port range.
 //
 // Refusals are result codes and leave the entry unchanged. Building an entry from bytes reports
-// nothing: what is unknown, refused or unreadable is left out. Since a rule with fewer matches
-// applies to more packets, callers who need to know compare the entry with what they expected.
+// nothing: what is unknown, refused or unreadable is left out. WARNING: an entry whose bytes were cut
+// off or damaged can come back with fewer matches, or none, and then applies to more packets than
+// its sender meant. The bytes do not tell; callers protect them on their way (a length and a
+// checksum around them), or compare the entry with what they expected.
 // Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
 // then unchanged, except where a function says otherwise; nothing is leaked.
 //

@@ -24,7 +24,9 @@ class FiltersSerialized;
 // by insertEntry(), and every later setStage() and setType(), passed the four checks below.
 //
 // Refusals are result codes and leave the group unchanged. Building a group from bytes reports
-// nothing: entries that the checks refuse are left out.
+// nothing: entries that the checks refuse are left out. WARNING: of bytes that were cut off or
+// damaged, entries can be missing, and the last one can come back with fewer matches and then apply
+// to more packets; see FiltersEntry.
 //
 // Objects are not synchronised: any number of threads may read one group at a time, a writer needs
 // it alone. The three tables never change and may be read from any thread.
