@@ -74,9 +74,9 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 // IPv6 addresses never stand together, nor do a destination port and a destination port range.
 //
 // Refusals are result codes and leave the entry unchanged. Building an entry from bytes reports
-// nothing: what is unknown, refused or unreadable is left out. WARNING: an entry whose bytes were cut
-// off or damaged can come back with fewer matches, or none, and then applies to more packets than
-// its sender meant. The bytes do not tell; callers protect them on their way (a length and a
+// nothing: what is unknown, refused or unreadable is left out. WARNING: an entry whose bytes were
+// cut off or damaged can come back with fewer matches, or none, and then applies to more packets
+// than its sender meant. The bytes do not tell; callers protect them on their way (a length and a
 // checksum around them), or compare the entry with what they expected.
 // Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
 // then unchanged, except where a function says otherwise; nothing is leaked.
@@ -139,7 +139,8 @@ class FILTERS_API FiltersEntry {
   filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
-  // what was stored before it, or before std::bad_alloc, stays. Null pointers and unknown codes are skipped.
+  // what was stored before it, or before std::bad_alloc, stays. Null pointers and unknown codes are
+  // skipped.
   filtersErr_t copyMatches(const Matches& matches);
 
   // --- Actions: as matches; no action excludes another ---
