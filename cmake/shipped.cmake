@@ -3,10 +3,13 @@ include(CheckCXXCompilerFlag)
 
 add_library(filter_common_shipped INTERFACE)
 
-# The same bytes from whichever folder they are built in.
-target_compile_options(
-  filter_common_shipped INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
-                                  -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
+# The same bytes from whichever folder they are built in. -ffile-prefix-map would map a third kind
+# of names too, by which coverage finds the sources.
+foreach(kind debug macro)
+  target_compile_options(
+    filter_common_shipped INTERFACE -f${kind}-prefix-map=${PROJECT_SOURCE_DIR}=.
+                                    -f${kind}-prefix-map=${PROJECT_BINARY_DIR}=./build)
+endforeach()
 
 # Faults that get through stop the process. The checked functions of the C library need an optimised
 # build; a compiler may already define a level of its own.
