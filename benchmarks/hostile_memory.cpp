@@ -1,7 +1,8 @@
-// What hostile groups of 1 MiB cost: the most memory in use while a group is rebuilt from them,
-// what the finished group holds of it, and the most in use while the message runtime alone parses
-// the same bytes. Fails when the first is more than 1.25 times what cannot be avoided: the larger
-// of the other two.
+// What hostile groups of 1 MiB cost: the most memory in use while a group is rebuilt from them, as
+// serialize() would write them and in a shape that it would not; what the finished group holds; and
+// the most in use while the message runtime alone parses the same bytes on an arena, the one way in
+// which it leaks nothing when memory runs out. Fails when rebuilding takes more than 1.25 times
+// what cannot be avoided, parsing and what is held.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
@@ -59,28 +60,29 @@ std::size_t peakOf(const std::function<void()>& work) {
   return memory::peak - before;
 }
 
-// The cheaper of the two ways in which the runtime parses.
 std::size_t peakOfParsing(const std::string& bytes) {
-  return std::min(
-      peakOf([&] { FiltersGroupPB().ParsePartialFromString(bytes); }), peakOf([&] {
-        google::protobuf::Arena arena;
-        google::protobuf::Arena::CreateMessage<FiltersGroupPB>(&arena)->ParsePartialFromString(
-            bytes);
-      }));
+  return peakOf([&] {
+    google::protobuf::Arena arena;
+    google::protobuf::Arena::CreateMessage<FiltersGroupPB>(&arena)->ParsePartialFromString(bytes);
+  });
 }
 
-bool withinLimit(const char* kind, const std::string& bytes) {
+bool withinLimit(const char* kind, const std::string& entries) {
   const auto mebibytes = [](std::size_t size) { return static_cast<double>(size) / kSize; };
+  // No stage, and a type that admits the matches below: what is read is kept.
+  const std::string bytes = "\x18" + std::string(1, '\0') + "\x20\x01" + entries;
   std::size_t finished = 0;
   const std::size_t rebuilt = peakOf([&] {
     const std::size_t before = memory::held;
     const FiltersGroup group(bytes);
     finished = memory::held - before;
   });
+  const std::string oddly = bytes + field(15, "");
+  const std::size_t rebuiltOddly = peakOf([&] { FiltersGroup{oddly}; });
   const std::size_t parsed = peakOfParsing(bytes);
-  const double ratio = mebibytes(rebuilt) / mebibytes(std::max(parsed, finished));
-  std::printf("%-32s %9.1f %9.1f %9.1f %9.2f %9.2f%s\n", kind, mebibytes(rebuilt),
-              mebibytes(finished), mebibytes(parsed), mebibytes(rebuilt) / mebibytes(parsed), ratio,
+  const double ratio = mebibytes(std::max(rebuilt, rebuiltOddly)) / mebibytes(parsed + finished);
+  std::printf("%-28s %8.1f %8.1f %8.1f %8.1f %8.2f%s\n", kind, mebibytes(rebuilt),
+              mebibytes(rebuiltOddly), mebibytes(finished), mebibytes(parsed), ratio,
               ratio > kLimit ? "  above" : "");
   return ratio <= kLimit;
 }
@@ -112,8 +114,8 @@ int main() {
       {"a policer of noise", entryOf(field(3, std::string(kSize - 32, '\x7f')))},
       {"unknown fields", filled(field(15, ""))},
   };
-  std::printf("%-32s %9s %9s %9s %9s %9s\n", "MiB for a group of 1 MiB", "rebuilt", "finished",
-              "parsed", "/parsed", "ratio");
+  std::printf("%-28s %8s %8s %8s %8s %8s\n", "MiB for a group of 1 MiB", "rebuilt", "oddly", "held",
+              "parsed", "ratio");
   bool good = true;
   for (const auto& group : groups) good &= withinLimit(group.kind, group.bytes);
   std::puts(good ? "all within 1.25 of what cannot be avoided" : "FAILED");

@@ -171,6 +171,12 @@ void addOddGroups(Folder* folder) {
       Bytes("\xaa\0\0", 3), Bytes("\x2a\x82\0\x08\x07", 5), "\x18\x82\x80\x80\x80\xf0\x7f",
       // A number without an end, the end of what never began, and no field at all.
       "\x18\xff\xff\xff\xff\xff\xff\xff\xff\xff\xff\x01", "\x34", Bytes("\0", 1),
+      // Lengths that are cut to 32 bits, or too long, or written longer than any is; a tag without an
+      // end; tags of zero, longer than needed.
+      Bytes("\x2a\x82\x80\x80\x80\x80\0\x08\x07", 9), "\x2a\x82\x80\x80\x80\x10\x08\x07",
+      "\x2a\xff\xff\xff\xff\x07\x08\x07", "\xaa", Bytes("\x80\0", 2), "\x80\x80\x80\x80\x10",
+      // An entry in which a group ends that never began, and one with a zero tag.
+      "\x2a\x03\x08\x07\x0c", Bytes("\x2a\x03\x08\x07\0", 5),
       // An entry that is not all there, and a match that is longer than its entry.
       "\x2a\x7f\x08\x07", "\x2a\x04\x08\x07\x2a\x09",
   };

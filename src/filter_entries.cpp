@@ -39,6 +39,22 @@ bool isL4DstPort(filtersMatch_t code) {
   return code == FILTERS_MATCH_DST_L4_PORT || code == FILTERS_MATCH_DST_L4_PORT_RANGE;
 }
 
+// A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS; null for a code that
+// no class carries.
+std::unique_ptr<Match> clone(const Match& match) {
+  return visitMatch(match.getType(), std::unique_ptr<Match>(), [&](auto tag) {
+    using T = typename decltype(tag)::Class;
+    return std::unique_ptr<Match>(std::make_unique<T>(static_cast<const T&>(match)));
+  });
+}
+
+std::unique_ptr<Action> clone(const Action& action) {
+  return visitAction(action.getType(), std::unique_ptr<Action>(), [&](auto tag) {
+    using T = typename decltype(tag)::Class;
+    return std::unique_ptr<Action>(std::make_unique<T>(static_cast<const T&>(action)));
+  });
+}
+
 }  // namespace
 
 FiltersEntry::FiltersEntry(const FiltersEntry& other)
@@ -47,8 +63,13 @@ FiltersEntry::FiltersEntry(const FiltersEntry& other)
       policer_(other.policer_),
       policerParent_(other.policerParent_),
       counters_(other.counters_) {
-  copyMatches(other.matches_);
-  copyActions(other.actions_);
+  // What an entry holds was checked when it came in.
+  for (const auto& [code, match] : other.matches_) {
+    matches_.emplace_hint(matches_.end(), code, clone(*match));
+  }
+  for (const auto& [code, action] : other.actions_) {
+    actions_.emplace_hint(actions_.end(), code, clone(*action));
+  }
 }
 
 FiltersEntry::FiltersEntry(const std::string& bytes) : FiltersEntry() {
@@ -115,12 +136,9 @@ filtersErr_t FiltersEntry::setMatches(const Matches& matches) {
 
 filtersErr_t FiltersEntry::copyMatches(const Matches& matches) {
   for (const auto& held : matches) {
-    const Match* match = held.second.get();
-    if (match == nullptr) continue;
-    const filtersErr_t result = visitMatch(match->getType(), FILTERS_OK, [&](auto tag) {
-      return setMatch(static_cast<const typename decltype(tag)::Class&>(*match));
-    });
-    if (result != FILTERS_OK) return result;
+    if (held.second == nullptr) continue;
+    if (!isCompatible(held.second->getType())) return FILTERS_ERR_INVALID;
+    if (auto match = clone(*held.second)) storeMatch(std::move(match));
   }
   return FILTERS_OK;
 }
@@ -152,12 +170,8 @@ filtersErr_t FiltersEntry::setActions(const Actions& actions) {
 
 filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
   for (const auto& held : actions) {
-    const Action* action = held.second.get();
-    if (action == nullptr) continue;
-    const filtersErr_t result = visitAction(action->getType(), FILTERS_OK, [&](auto tag) {
-      return setAction(static_cast<const typename decltype(tag)::Class&>(*action));
-    });
-    if (result != FILTERS_OK) return result;
+    if (held.second == nullptr) continue;
+    if (auto action = clone(*held.second)) storeAction(std::move(action));
   }
   return FILTERS_OK;
 }
@@ -227,22 +241,20 @@ void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
   }
   for (const MatchPB& matchMessage : message->matches_()) {
     const auto code = static_cast<filtersMatch_t>(matchMessage.type_());
-    visitMatch(code, false, [&](auto tag) {
-      if (!isCompatible(code)) return false;
-      auto match = tag.makeBlank();
-      match->convertFromMatchPB(&matchMessage);
-      storeMatch(std::move(match));
-      return true;
-    });
+    if (!isCompatible(code)) continue;
+    auto match = visitMatch(code, std::unique_ptr<Match>(),
+                            [](auto tag) { return std::unique_ptr<Match>(tag.makeBlank()); });
+    if (match == nullptr) continue;
+    match->convertFromMatchPB(&matchMessage);
+    storeMatch(std::move(match));
   }
   for (const ActionPB& actionMessage : message->actions_()) {
     const auto code = static_cast<filtersAction_t>(actionMessage.type_());
-    visitAction(code, false, [&](auto tag) {
-      auto action = tag.makeBlank();
-      action->convertFromActionPB(&actionMessage);
-      storeAction(std::move(action));
-      return true;
-    });
+    auto action = visitAction(code, std::unique_ptr<Action>(),
+                              [](auto tag) { return std::unique_ptr<Action>(tag.makeBlank()); });
+    if (action == nullptr) continue;
+    action->convertFromActionPB(&actionMessage);
+    storeAction(std::move(action));
   }
 }
 

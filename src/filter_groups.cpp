@@ -3,13 +3,31 @@
 #include <filter_common/filter_groups.pb.h>
 #include <filter_common/filter_serialized.h>
 #include <google/protobuf/arena.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
 
+#include <algorithm>
+#include <climits>
 #include <ostream>
 
 #include "parse.h"
 #include "wire.h"
 
 namespace FiltersCommon {
+namespace {
+
+using google::protobuf::internal::WireFormatLite;
+using google::protobuf::io::CodedInputStream;
+using google::protobuf::io::CodedOutputStream;
+
+constexpr std::uint32_t kEntryTag = WireFormatLite::MakeTag(
+    FiltersGroupPB::kEntriesFieldNumber, WireFormatLite::WIRETYPE_LENGTH_DELIMITED);
+constexpr std::size_t kMaxPrefix = 6;  // a tag of one byte and a length of up to five
+constexpr std::size_t kMaxGrowth = 8;  // of id and priority, from one byte to five
+// A guess at the size of rules to come is no larger: a large one says nothing about the others.
+constexpr std::size_t kUsualSize = 512;
+
+}  // namespace
 
 FiltersGroup::FiltersGroup(const std::string& bytes) : FiltersGroup(0) {
   parse(bytes.data(), bytes.size());
@@ -78,43 +96,115 @@ bool FiltersGroup::operator==(const FiltersGroup& other) const {
 
 FiltersGroupPB FiltersGroup::convertToFiltersGroupPB() const {
   FiltersGroupPB message;
-  fill(&message);
+  fillHead(&message);
+  reserveMore(message.mutable_entries_(), entries_.size());
+  for (const auto& [id, entry] : entries_) entry.convertToFiltersEntryPB(message.add_entries_());
   return message;
 }
 
-void FiltersGroup::fill(FiltersGroupPB* message) const {
+void FiltersGroup::fillHead(FiltersGroupPB* message) const {
   message->set_id_(id_);
   message->set_priority_(priority_);
   message->set_stage_(static_cast<std::uint32_t>(stage_));
   message->set_type_(static_cast<std::uint32_t>(type_));
-  reserveMore(message->mutable_entries_(), entries_.size());
-  for (const auto& [id, entry] : entries_) entry.convertToFiltersEntryPB(message->add_entries_());
 }
 
-// Deliberate: stage and type are stored as they come, even a pair that setType() would refuse, and
-// entries that the group refuses are dropped.
+// Deliberate: stage and type are stored as they come, even a pair that setType() would refuse.
+void FiltersGroup::setHead(std::uint32_t id, std::uint32_t priority, std::uint32_t stage,
+                           std::uint32_t type) {
+  id_ = static_cast<filtersGroupId_t>(id);
+  priority_ = static_cast<filtersGroupPriority_t>(priority);
+  stage_ = static_cast<filtersGroupStage_t>(stage);
+  type_ = static_cast<filtersGroupType_t>(type);
+}
+
 void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
-  id_ = static_cast<filtersGroupId_t>(message->id_());
-  priority_ = static_cast<filtersGroupPriority_t>(message->priority_());
-  stage_ = static_cast<filtersGroupStage_t>(message->stage_());
-  type_ = static_cast<filtersGroupType_t>(message->type_());
-  for (const FiltersEntryPB& entryMessage : message->entries_()) {
-    FiltersEntry entry;
-    entry.convertFromFiltersEntryPB(&entryMessage);
-    if (validate(entry) == FILTERS_OK) entries_[entry.getId()] = std::move(entry);
-  }
+  setHead(message->id_(), message->priority_(), message->stage_(), message->type_());
+  for (const FiltersEntryPB& entryMessage : message->entries_()) addFrom(entryMessage);
+}
+
+// Deliberate: an entry that the group refuses is dropped, and one replaces another of its id.
+void FiltersGroup::addFrom(const FiltersEntryPB& message) {
+  std::map<unsigned int, FiltersEntry> made;  // of one entry, whose node passes into the group
+  FiltersEntry& entry = made.try_emplace(message.id_(), message.id_()).first->second;
+  entry.convertFromFiltersEntryPB(&message);
+  if (validate(entry) != FILTERS_OK) return;
+  auto node = made.extract(made.begin());
+  const auto held = entries_.insert(entries_.end(), std::move(node));
+  if (!node.empty()) held->second = std::move(node.mapped());
 }
 
 void FiltersGroup::parse(const char* bytes, std::size_t size) {
+  if (parseAsWritten(bytes, size)) return;
+  entries_.clear();
   google::protobuf::Arena arena;
   convertFromFiltersGroupPB(parseMessage<FiltersGroupPB>(bytes, size, &arena));
 }
 
-void FiltersGroup::serialize(std::string* out) const {
+// Reads bytes of the shape that serialize() writes (each head field at most once, then entries) one
+// entry at a time, so that no message of the whole group is ever held. False when they have another
+// shape anywhere: what they mean is then for the parser of the whole message to say.
+bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
+  if (size > INT_MAX) return false;
+  CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<int>(size));
+  std::uint32_t head[4] = {};
+  for (int field = 1; field <= 4; ++field) {
+    const std::uint32_t tag = WireFormatLite::MakeTag(field, WireFormatLite::WIRETYPE_VARINT);
+    if (in.ExpectTag(tag) && !in.ReadVarint32(&head[field - 1])) return false;
+  }
+  setHead(head[0], head[1], head[2], head[3]);
+  // One for all entries: it keeps what it once allocated. On an arena it leaks nothing when memory
+  // runs out.
   google::protobuf::Arena arena;
-  auto* message = google::protobuf::Arena::CreateMessage<FiltersGroupPB>(&arena);
-  fill(message);
-  message->SerializeToString(out);
+  auto& message = *google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  while (in.ExpectTag(kEntryTag)) {
+    // A length that overruns, or takes more bytes than it needs, is for the parser of the whole.
+    const int before = in.CurrentPosition();
+    std::uint32_t length;
+    if (!in.ReadVarint32(&length)) return false;
+    const int after = in.CurrentPosition();
+    if (after - before != static_cast<int>(CodedOutputStream::VarintSize32(length))) return false;
+    if (length > size - static_cast<std::size_t>(after)) return false;
+    const auto limit = in.IncrementRecursionDepthAndPushLimit(static_cast<int>(length));
+    message.Clear();
+    if (!message.MergePartialFromCodedStream(&in)) return false;
+    if (!in.DecrementRecursionDepthAndPopLimit(limit.first)) return false;
+    addFrom(message);
+  }
+  // The end, or the zero byte that ends a buffer.
+  const auto read = static_cast<std::size_t>(in.CurrentPosition());
+  return read == size || bytes[read] == '\0';
+}
+
+// The bytes of the group's message, one entry's message at a time: fields written one behind the
+// other are the same bytes as one message of all of them.
+void FiltersGroup::serialize(std::string* out) const {
+  FiltersGroupPB head;
+  fillHead(&head);
+  std::string bytes;
+  head.AppendToString(&bytes);
+  google::protobuf::Arena arena;
+  auto& message = *google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  std::size_t left = entries_.size();
+  for (const auto& [id, entry] : entries_) {
+    message.Clear();
+    entry.convertToFiltersEntryPB(&message);
+    const std::size_t size = message.ByteSizeLong();
+    --left;
+    // Rules of a group resemble each other: room for all by the size of the first.
+    if (bytes.capacity() - bytes.size() < kMaxPrefix + size) {
+      const std::size_t guess = kMaxPrefix + std::min(size, kUsualSize) + kMaxGrowth;
+      bytes.reserve(bytes.size() + kMaxPrefix + size + guess * left);
+    }
+    std::uint8_t prefix[kMaxPrefix];
+    std::uint8_t* end = CodedOutputStream::WriteTagToArray(kEntryTag, prefix);
+    end = CodedOutputStream::WriteVarint32ToArray(static_cast<std::uint32_t>(size), end);
+    bytes.append(prefix, end);
+    const std::size_t start = bytes.size();
+    bytes.resize(start + size);
+    message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(&bytes[start]));
+  }
+  *out = std::move(bytes);
 }
 
 void FiltersGroup::serialize(FiltersSerialized* out) const {

@@ -2,7 +2,9 @@
 
 #include <filter_common/filter_matches.pb.h>
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "match_visit.h"
@@ -32,17 +34,31 @@ bool sameAddress(const Address& a, const Address& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+// Sets are held as vectors, in ascending order and each value once.
 template <class Value, class Field>
-void setTo(Field* field, const std::set<Value>& values) {
+void setTo(Field* field, const std::vector<Value>& values) {
   field->Clear();
   for (Value value : values) field->Add(value);
 }
 
-// Cuts each number to the width of the set's values.
+template <class Value>
+void makeSet(std::vector<Value>* values) {
+  std::sort(values->begin(), values->end());
+  values->erase(std::unique(values->begin(), values->end()), values->end());
+}
+
+// Cuts each number to the width of the set's values. A field that repeats itself is thinned out on
+// the way, so that it costs no more memory than all values do.
 template <class Value, class Field>
-void setFrom(const Field& field, std::set<Value>* values) {
-  std::set<Value> read;
-  for (auto value : field) read.insert(read.end(), static_cast<Value>(value));
+void setFrom(const Field& field, std::vector<Value>* values) {
+  constexpr std::size_t kRoom = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
+  std::vector<Value> read;
+  read.reserve(std::min(kRoom, static_cast<std::size_t>(field.size())));
+  for (auto value : field) {
+    if (read.size() == kRoom) makeSet(&read);
+    read.push_back(static_cast<Value>(value));
+  }
+  makeSet(&read);
   values->swap(read);
 }
 
@@ -143,7 +159,7 @@ void MatchLimId::convertFromMatchPB(const MatchPB* message) {
 // --- Sets ----------------------------------------------------------------------------------------
 
 MatchVlanId::MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds)
-    : Match(type), vlanIds_(std::move(vlanIds)) {}
+    : Match(type), vlanIds_(vlanIds.begin(), vlanIds.end()) {}
 
 bool MatchVlanId::operator==(const MatchVlanId& other) const {
   return getType() == other.getType() && vlanIds_ == other.vlanIds_;
@@ -170,7 +186,8 @@ MatchInternalVlanId::MatchInternalVlanId(std::set<unsigned short> vlanIds)
 MatchInternalVlanId::MatchInternalVlanId(unsigned short vlanId)
     : MatchVlanId(FILTERS_MATCH_INTERNAL_VLAN_ID, {vlanId}) {}
 
-MatchPcp::MatchPcp(const std::set<unsigned char>& pcps) : Match(FILTERS_MATCH_PCP), pcps_(pcps) {}
+MatchPcp::MatchPcp(const std::set<unsigned char>& pcps)
+    : Match(FILTERS_MATCH_PCP), pcps_(pcps.begin(), pcps.end()) {}
 
 MatchPcp::MatchPcp(unsigned char pcp) : Match(FILTERS_MATCH_PCP), pcps_{pcp} {}
 
@@ -182,7 +199,7 @@ void MatchPcp::convertToMatchPB(MatchPB* message) const {
 void MatchPcp::convertFromMatchPB(const MatchPB* message) { setFrom(message->pcp_(), &pcps_); }
 
 MatchInternalPcp::MatchInternalPcp(const std::set<unsigned char>& pcps)
-    : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_(pcps) {}
+    : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_(pcps.begin(), pcps.end()) {}
 
 MatchInternalPcp::MatchInternalPcp(unsigned char pcp)
     : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_{pcp} {}

@@ -58,7 +58,7 @@ std::ostream& printLimId(std::ostream& os, const char* header, const MatchLimId&
 }
 
 // Deliberate: each value is written as the single character it is.
-std::ostream& printPcps(std::ostream& os, const std::set<unsigned char>& pcps) {
+std::ostream& printPcps(std::ostream& os, const std::vector<unsigned char>& pcps) {
   os << "      PCPs: [ ";
   for (unsigned char pcp : pcps) os << static_cast<char>(pcp) << ' ';
   return os << "]\n";

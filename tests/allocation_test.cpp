@@ -244,6 +244,11 @@ struct Bytes {
 };
 
 // What entries and groups have in common.
+// An entry's bytes as they stand in a group's.
+std::string groupField(const std::string& entry) {
+  return fromHex("2a" + varint(static_cast<std::uint32_t>(entry.size()))) + entry;
+}
+
 template <class T>
 void trialsOfBytes(const std::string& name, const T& object) {
   Bytes bytes(bytesOf(object));
@@ -335,6 +340,17 @@ TEST(FailingMemory, LosesAnUnknownFieldInsideOfTheRuntimeAlone) {
       "entry: from a string, unknown fields", [&] { FiltersEntry rebuilt(entry); }, Leaking);
   trial(
       "group: from a string, unknown fields", [&] { FiltersGroup rebuilt(group); }, Leaking);
+  const std::string inside = bytesOf(FiltersGroup(7)) + groupField(entry);
+  trial(
+      "group: from a string, unknown fields in its entry", [&] { FiltersGroup rebuilt(inside); },
+      Leaking);
+}
+
+// An entry that replaces another while a group is read.
+TEST(FailingMemory, LosesNothingWhereIdsRepeat) {
+  const std::string entry = bytesOf(fullEntry());
+  const std::string twice = bytesOf(FiltersGroup(7)) + groupField(entry) + groupField(entry);
+  trial("group: from a string, repeated ids", [&] { FiltersGroup rebuilt(twice); });
 }
 
 // An exception needs memory too; where there is none, that is the one to come out.
@@ -352,6 +368,9 @@ TEST(FailingMemory, LeavesNothingOfARefusalBehind) {
   const std::string bytes = message.SerializeAsString();
   trial("newActionMplsPortSet, refused", refused([] { newActionMplsPortSet(kEth3, kEth3); }));
   trial("entry: from a string, refused", refused([&] { FiltersEntry rebuilt(bytes); }));
+  const std::string group =
+      bytesOf(FiltersGroup(7)) + groupField(bytesOf(fullEntry())) + groupField(bytes);
+  trial("group: from a string, refused", refused([&] { FiltersGroup rebuilt(group); }));
 }
 
 TEST(FailingMemory, LosesTheReplacedEntryWhenItsSuccessorCannotBeCopied) {

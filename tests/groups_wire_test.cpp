@@ -5,6 +5,7 @@
 #include <filter_common/filter_serialized.h>
 #include <gmock/gmock.h>
 
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -168,6 +169,119 @@ TYPED_TEST(Bytes, ThrowWhenABufferHasASizeAndNoData) {
   OwnBuffer buffer("", 1);
   EXPECT_THAT([&] { TypeParam object(buffer); }, testing::ThrowsMessage<std::logic_error>(
                                                      "basic_string::_M_construct null not valid"));
+}
+
+// --- Bytes of a group, read entry by entry or as a whole -----------------------------------------
+
+// What the parser of the whole message makes of the bytes.
+std::string readWhole(const std::string& bytes) {
+  FiltersGroupPB message;
+  message.ParsePartialFromString(bytes);
+  FiltersGroupPB head(message);
+  head.clear_entries_();
+  FiltersGroup group(0);
+  group.convertFromFiltersGroupPB(&head);
+  for (const FiltersEntryPB& entryMessage : message.entries_()) {
+    FiltersEntry entry;
+    entry.convertFromFiltersEntryPB(&entryMessage);
+    group.insertEntry(entry);
+  }
+  return bytesOf(group);
+}
+
+template <class Read>
+std::string outcome(Read read) {
+  try {
+    return read();
+  } catch (const std::invalid_argument& refusal) {
+    return refusal.what();
+  }
+}
+
+// The bytes with one to four of: a byte changed, a stretch cut out, a stretch repeated elsewhere.
+std::string damaged(std::string bytes, std::mt19937* random) {
+  const auto below = [&](std::size_t limit) { return (*random)() % (limit + 1); };
+  for (std::size_t n = 1 + below(3); n > 0; --n) {
+    const std::size_t at = below(bytes.size()), length = below(20);
+    switch (below(3)) {
+      case 0:
+        bytes.erase(at, length);
+        break;
+      case 1:
+        bytes.insert(below(bytes.size()), bytes.substr(at, length));
+        break;
+      default:
+        if (at < bytes.size()) bytes[at] = static_cast<char>(bytes[at] ^ 1 << below(7));
+    }
+  }
+  return bytes;
+}
+
+TEST(GroupBytes, ReadEntryByEntryMeanWhatTheWholeMessageMeans) {
+  FiltersGroup group = groupOf(2, 3);
+  for (unsigned id : {1u, 2u, 300u}) {
+    FiltersEntry entry = entryOf({0, 1, 2, 9, 26}, {0, 5, 11}, policer::Stage::Ingress);
+    entry.setId(id);
+    ASSERT_EQ(group.insertEntry(entry), FILTERS_OK);
+  }
+  std::mt19937 random(20240229);
+  for (const std::string& bytes : {bytesOf(group), bytesOf(fullObjects<FiltersGroup>().at(1))}) {
+    for (int i = 0; i < 2000; ++i) {
+      const std::string input = damaged(bytes, &random);
+      ASSERT_EQ(outcome([&] { return bytesOf(FiltersGroup(input)); }),
+                outcome([&] { return readWhole(input); }))
+          << toHex(input);
+    }
+  }
+}
+
+// What looks like the shape that serialize() writes, and is not quite.
+TEST(GroupBytes, OfAlmostTheUsualShapeMeanWhatTheWholeMessageMeans) {
+  const std::string entry = fromHex("2a020801");
+  const std::string next = fromHex("2a020863");
+  for (const char* odd : {"2a8280808080000807",
+                          "2a82808080808080808000",
+                          "2a82808080100807",
+                          "2affffffff070807",
+                          "2a82000807",
+                          "aa00",
+                          "aa",
+                          "8000",
+                          "8080808010",
+                          "00",
+                          "0c",
+                          "2a0308070c",
+                          "2a03080700",
+                          "2a0408072a09",
+                          "2a7f0807",
+                          "18",
+                          "1802",
+                          "080a",
+                          "3007",
+                          "320161"}) {
+    for (const std::string& head : {std::string(), fromHex("08071005180220011802")}) {
+      for (const std::string& input :
+           {head + fromHex(odd) + entry, head + entry + fromHex(odd) + next,
+            head + entry + fromHex(odd)}) {
+        EXPECT_EQ(bytesOf(FiltersGroup(input)), readWhole(input)) << toHex(input);
+      }
+    }
+  }
+}
+
+// One rule with many values says nothing about the others: no room is taken for them as if it did.
+TEST(GroupBytes, OfOneLargeRuleAndManySmallOnesTakeNoMoreRoomThanTwice) {
+  FiltersGroup group = groupOf(0, 1);
+  std::set<unsigned short> all;
+  for (unsigned short id = 0; id < 65535; ++id) all.insert(all.end(), id);
+  FiltersEntry large(0);
+  ASSERT_EQ(large.setMatch(MatchExternalVlanId(all)), FILTERS_OK);
+  ASSERT_EQ(group.insertEntry(large), FILTERS_OK);
+  for (unsigned id = 1; id < 1000; ++id) ASSERT_EQ(group.insertEntry(FiltersEntry(id)), FILTERS_OK);
+  std::string bytes;
+  group.serialize(&bytes);
+  EXPECT_LT(bytes.capacity(), 2 * bytes.size() + 1000 * 1024);
+  EXPECT_TRUE(FiltersGroup(bytes) == group);
 }
 
 // A message is at most 2 GiB; a size that only looks smaller when cut to 32 bits reads nothing.

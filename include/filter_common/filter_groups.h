@@ -114,9 +114,12 @@ class FILTERS_API FiltersGroup {
   bool operator==(const FiltersGroup& other) const;
   bool operator!=(const FiltersGroup& other) const { return !(*this == other); }
  private:
+  void setHead(std::uint32_t id, std::uint32_t priority, std::uint32_t stage, std::uint32_t type);
+  void addFrom(const FiltersEntryPB& message);
   void parse(const char* bytes, std::size_t size);
+  bool parseAsWritten(const char* bytes, std::size_t size);
   filtersErr_t validate(const FiltersEntry& entry) const;
-  void fill(FiltersGroupPB* message) const;
+  void fillHead(FiltersGroupPB* message) const;
 
   filtersGroupId_t id_;
   filtersGroupPriority_t priority_ = 0;

@@ -309,14 +309,14 @@ class FILTERS_API MatchVlanTagging : public Match {
 class FILTERS_API MatchVlanId : public Match {
  public:
   MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds);
-  std::set<unsigned short> getVlanIds() const { return vlanIds_; }
+  std::set<unsigned short> getVlanIds() const { return {vlanIds_.begin(), vlanIds_.end()}; }
   bool operator==(const MatchVlanId& other) const;
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  protected:
   void print(std::ostream& os) const;
  private:
-  std::set<unsigned short> vlanIds_;
+  std::vector<unsigned short> vlanIds_;  // ascending, each once
 };
 
 // The id on the wire.
@@ -340,13 +340,13 @@ class FILTERS_API MatchPcp : public Match {
  public:
   explicit MatchPcp(const std::set<unsigned char>& pcps);
   explicit MatchPcp(unsigned char pcp);
-  std::set<unsigned char> getPcps() const { return pcps_; }
+  std::set<unsigned char> getPcps() const { return {pcps_.begin(), pcps_.end()}; }
   bool operator==(const MatchPcp& o) const { return pcps_ == o.pcps_; }
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPcp& match);
  private:
-  std::set<unsigned char> pcps_;
+  std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
 // The priority that the device uses inside is one of a set.
@@ -354,13 +354,13 @@ class FILTERS_API MatchInternalPcp : public Match {
  public:
   explicit MatchInternalPcp(const std::set<unsigned char>& pcps);
   explicit MatchInternalPcp(unsigned char pcp);
-  std::set<unsigned char> getPcps() const { return pcps_; }
+  std::set<unsigned char> getPcps() const { return {pcps_.begin(), pcps_.end()}; }
   bool operator==(const MatchInternalPcp& o) const { return pcps_ == o.pcps_; }
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalPcp& match);
  private:
-  std::set<unsigned char> pcps_;
+  std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
 // The two VLAN classes of the packet; both must be equal.

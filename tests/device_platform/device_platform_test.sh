@@ -29,3 +29,7 @@ if find "$work/device" -name '*standin*' | grep .; then
 fi
 build round_trip "$here/round_trip"
 ctest --test-dir "$work/round_trip" --no-tests=error --output-on-failure
+
+# shellcheck disable=SC2086  # an emulator comes with its arguments
+${EMULATOR:-} "$work/round_trip/counts" >"$work/counts.txt"
+"$source_dir/benchmarks/report.py" --heap "$work/counts.txt"

@@ -1,0 +1,109 @@
+// What the library asks of the heap, which is the same in every run: allocations, bytes held,
+// peaks. Prints one figure a line, as its name and value; report.py knows what they must be.
+#include <cstdlib>
+#include <new>
+#include <ostream>
+#include <streambuf>
+
+#include "workload.h"
+
+namespace {
+
+// Bytes are those that were asked for: each block remembers its size before its first byte.
+constexpr std::size_t kHeader = alignof(std::max_align_t);
+long long allocations = 0;
+long long held = 0;
+long long peak = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  auto* block = static_cast<char*>(std::malloc(kHeader + size));
+  if (block == nullptr) throw std::bad_alloc();
+  *reinterpret_cast<std::size_t*>(block) = size;
+  ++allocations;
+  held += static_cast<long long>(size);
+  if (held > peak) peak = held;
+  return block + kHeader;
+}
+
+void operator delete(void* memory) noexcept {
+  if (memory == nullptr) return;
+  char* block = static_cast<char*>(memory) - kHeader;
+  held -= static_cast<long long>(*reinterpret_cast<std::size_t*>(block));
+  std::free(block);
+}
+
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+
+namespace benchmarks {
+namespace {
+
+constexpr unsigned kRules = 10000;
+
+// What happens between its construction and the reading.
+struct Meter {
+  Meter() { peak = held; }
+  double allocationsARule() const {
+    return static_cast<double>(allocations - allocations_) / kRules;
+  }
+  double heldBytes() const { return static_cast<double>(held - held_); }
+  double peakBytes() const { return static_cast<double>(peak - held_); }
+ private:
+  long long allocations_ = allocations;
+  long long held_ = held;
+};
+
+void print(const char* name, double value) { std::printf("%s %.4f\n", name, value); }
+
+class NullBuffer : public std::streambuf {
+ protected:
+  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
+  std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
+};
+
+}  // namespace
+}  // namespace benchmarks
+
+int main() {
+  using namespace benchmarks;
+  requireSameBytes(kRules);
+  std::printf("bits %zu\n", 8 * sizeof(void*));
+  const FiltersGroup group = makeGroup(kRules);
+  {
+    FiltersGroup filled = makeEmptyGroup();
+    Meter meter;
+    for (const auto& [id, rule] : group.getEntriesRef()) filled.insertEntry(rule);
+    print("insert.allocations", meter.allocationsARule());
+    print("held", meter.heldBytes() / kRules);
+  }
+  {
+    Meter meter;
+    const FiltersGroup copy(group);
+    print("copy.allocations", meter.allocationsARule());
+    Meter comparing;
+    require(copy == group, "a copy differs");
+    print("compare.allocations", comparing.allocationsARule());
+  }
+  std::string bytes;
+  {
+    Meter meter;
+    group.serialize(&bytes);
+    print("serialize.allocations", meter.allocationsARule());
+    print("serialize.peak", meter.peakBytes() / static_cast<double>(bytes.size()));
+    print("wire", static_cast<double>(bytes.size()) / kRules);
+  }
+  {
+    Meter meter;
+    const FiltersGroup rebuilt(bytes);
+    print("rebuild.allocations", meter.allocationsARule());
+    print("rebuild.peak", meter.peakBytes() / meter.heldBytes());
+  }
+  {
+    NullBuffer nowhere;
+    std::ostream os(&nowhere);
+    Meter meter;
+    os << group;
+    print("print.allocations", meter.allocationsARule());
+  }
+}

@@ -1,0 +1,157 @@
+#ifndef FILTER_COMMON_BENCHMARKS_WORKLOAD_H_
+#define FILTER_COMMON_BENCHMARKS_WORKLOAD_H_
+
+// What every figure is taken of: a group of rules with five matches, three actions, two counters
+// and a policer each. It compiles against the stand-ins and against the pair of platform libraries
+// in tests/device_platform, whose policers are 32 bytes without heap: there the figures are the
+// library's own.
+
+#include <filter_common/filter_groups.h>
+#include <filter_common/filter_groups.pb.h>
+#include <policer/policer.h>
+#if __has_include(<limid/limid_standin.h>)
+#include <limid/limid_standin.h>
+#else
+#include <limid/limid.h>
+#endif
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace benchmarks {
+
+using namespace FiltersCommon;
+
+inline limid_t makePort(std::uint16_t number) {
+#if __has_include(<limid/limid_standin.h>)
+  return limid_make_ethernet(number);
+#else
+  return limid_make(limid_type_ethernet, 0, number);
+#endif
+}
+
+inline void require(bool good, const char* what) {
+  if (good) return;
+  std::fprintf(stderr, "benchmarks: %s\n", what);
+  std::exit(1);
+}
+
+const limid_t kPorts[] = {makePort(1), makePort(2), makePort(3), makePort(4)};
+const unsigned short kVlans[] = {10, 20, 30};
+constexpr std::uint16_t kTpid = 0x88a8;
+constexpr ether_addr kMac = {{2, 0, 0, 1, 2, 3}};
+constexpr ether_addr kMask = {{255, 255, 255, 255, 255, 0}};
+constexpr std::uint8_t kPcp = 5;
+constexpr counter_type_t kCounters[] = {FILTERS_COUNTER_TYPE_PACKETS, FILTERS_COUNTER_TYPE_OCTETS};
+constexpr filtersGroupId_t kGroupId = 7;
+
+inline policer::Policer makePolicer() {
+  return policer::Policer(5, policer::Stage::Ingress,
+                          policer::Mode::TrTcm(100000, 4000, 200000, 8000),
+                          {policer::Action::Drop(policer::Color::Red)});
+}
+
+inline FiltersEntry makeRule(unsigned id) {
+  FiltersEntry rule(id);
+  rule.setPriority(id);
+  rule.setMatch(MatchIngressPorts(std::list<limid_t>(std::begin(kPorts), std::end(kPorts))));
+  rule.setMatch(
+      MatchExternalVlanId(std::set<unsigned short>(std::begin(kVlans), std::end(kVlans))));
+  rule.setMatch(MatchTPID(kTpid));
+  rule.setMatch(MatchDstMac(kMac, kMask));
+  rule.setMatch(MatchSrcMac(kMac, kMask));
+  rule.setAction(ActionPermit());
+  rule.setAction(ActionSetPcp(kPcp));
+  rule.setAction(ActionRedirect(kPorts[0]));
+  for (unsigned short counter = 0; counter < 2; ++counter) {
+    rule.setCounter(Counter(counter, kCounters[counter]));
+  }
+  rule.setPolicer(makePolicer());
+  return rule;
+}
+
+inline FiltersGroup makeEmptyGroup() {
+  FiltersGroup group(kGroupId);
+  require(group.setStage(FILTERS_GROUP_STAGE_INGRESS) == FILTERS_OK &&
+              group.setType(FILTERS_GROUP_TYPE_1) == FILTERS_OK,
+          "stage and type are refused");
+  return group;
+}
+
+inline FiltersGroup makeGroup(unsigned rules) {
+  FiltersGroup group = makeEmptyGroup();
+  for (unsigned id = 0; id < rules; ++id) {
+    require(group.insertEntry(makeRule(id)) == FILTERS_OK, "a rule is refused");
+  }
+  return group;
+}
+
+// The floor of serialize(): the same bytes with nothing but the message classes.
+inline void writeWithMessages(unsigned rules, const std::string& policer, std::string* out) {
+  const auto portOnWire = [](const limid_t& port) {
+    std::uint32_t value;
+    std::memcpy(&value, &port, sizeof value);
+    return value;
+  };
+  const auto raw = [](const ether_addr& mac) { return reinterpret_cast<const char*>(&mac); };
+  FiltersGroupPB group;
+  group.set_id_(kGroupId);
+  group.set_priority_(0);
+  group.set_stage_(FILTERS_GROUP_STAGE_INGRESS);
+  group.set_type_(FILTERS_GROUP_TYPE_1);
+  for (unsigned id = 0; id < rules; ++id) {
+    FiltersEntryPB* rule = group.add_entries_();
+    rule->set_id_(id);
+    rule->set_priority_(id);
+    rule->set_policer_(policer);
+    for (unsigned counter = 0; counter < 2; ++counter) {
+      CounterPB* added = rule->add_counters_();
+      added->set_id(counter);
+      added->set_type(kCounters[counter]);
+    }
+    MatchPB* match = rule->add_matches_();
+    match->set_type_(FILTERS_MATCH_INGRESS_PORTS);
+    for (const limid_t& port : kPorts) match->add_ports_(portOnWire(port));
+    match = rule->add_matches_();
+    match->set_type_(FILTERS_MATCH_EXTERNAL_VLAN_ID);
+    for (unsigned short vlan : kVlans) match->add_vlan_id_(vlan);
+    match = rule->add_matches_();
+    match->set_type_(FILTERS_MATCH_TPID);
+    match->set_tpid_(kTpid);
+    for (filtersMatch_t code : {FILTERS_MATCH_DST_MAC, FILTERS_MATCH_SRC_MAC}) {
+      match = rule->add_matches_();
+      match->set_type_(code);
+      match->set_mac_(raw(kMac), sizeof kMac);
+      match->set_mac_mask_(raw(kMask), sizeof kMask);
+    }
+    rule->add_actions_()->set_type_(FILTERS_ACTION_PERMIT);
+    ActionPB* action = rule->add_actions_();
+    action->set_type_(FILTERS_ACTION_SET_PCP);
+    action->set_pcp_(kPcp);
+    action = rule->add_actions_();
+    action->set_type_(FILTERS_ACTION_REDIRECT);
+    action->add_ports_(portOnWire(kPorts[0]));
+  }
+  group.SerializeToString(out);
+}
+
+// The floor of the constructors from bytes.
+inline void readWithMessages(const std::string& bytes) {
+  FiltersGroupPB group;
+  require(group.ParseFromString(bytes), "the bytes do not parse");
+}
+
+// The floor does the same work: the same bytes come out.
+inline void requireSameBytes(unsigned rules) {
+  std::string floor;
+  writeWithMessages(rules, makePolicer().Serialize(), &floor);
+  std::string bytes;
+  makeGroup(rules).serialize(&bytes);
+  require(floor == bytes, "the messages of the floor are not the library's");
+}
+
+}  // namespace benchmarks
+
+#endif  // FILTER_COMMON_BENCHMARKS_WORKLOAD_H_
