@@ -24,8 +24,7 @@ struct MatchTag;
 
 // The only switch over match codes: returns f(MatchTag<T>()) for the class T of the code, and
 // `unknown` for a code that no class carries. The catalogue's row is all that a new code needs
-// here; an enumerator without a row does not
-// compile.
+// here; an enumerator without a row does not compile.
 template <class R, class F>
 R visitMatch(filtersMatch_t code, R unknown, F&& f) {
   switch (code) {
