@@ -391,6 +391,18 @@ TEST(FailingMemory, LosesTheReplacedEntryWhenItsSuccessorCannotBeCopied) {
 
 std::unique_ptr<FiltersSerialized> makeEmpty() { return std::make_unique<FiltersSerialized>(); }
 
+// A message can repeat the few values there are for as long as it likes.
+TEST(Memory, OfASetIsThatOfItsValuesHoweverOftenTheyAreSent) {
+  MatchPB message;
+  message.mutable_pcp_()->Resize(100000, 7);
+  MatchPcp match(0);
+  const auto before = memory::held;
+  memory::restartPeak();
+  match.convertFromMatchPB(&message);
+  EXPECT_LT(memory::peak - before, 2000u);
+  EXPECT_EQ(match.getPcps(), std::set<unsigned char>{7});
+}
+
 TEST(FailingMemory, LeavesABufferEmpty) {
   const std::string bytes(100, 'x');
   const auto seenBuffer = [](const auto& buffer) { return look(*buffer); };
