@@ -63,7 +63,7 @@ ActionPorts::ActionPorts(filtersAction_t actionType, const std::list<limid_t>& p
     : Action(actionType), ports_(ports.begin(), ports.end()) {}
 
 bool ActionPorts::operator==(const ActionPorts& other) const {
-  return getType() == other.getType() && samePorts(ports_, other.ports_);
+  return samePorts(ports_, other.ports_);
 }
 
 ActionBlockEgressPorts::ActionBlockEgressPorts(const std::list<limid_t>& ports)

@@ -30,8 +30,13 @@ std::ostream& printOne(std::ostream& os, const char* header, const Action& actio
 
 std::ostream& printMac(std::ostream& os, const char* header, const Action& action,
                        const ether_addr& mac) {
-  char text[sizeof "00:00:00:00:00:00"];
-  return printOne(os, header, action, "Replace MAC: ", ether_ntoa_r(&mac, text));
+  char text[] = "00:00:00:00:00:00";
+  const char* address = ether_ntoa_r(&mac, text);
+  printHead(os, header, action) << "      Replace MAC: " << (address == nullptr ? "" : address)
+                                << std::endl;
+  // The line ends all the same: once the stream has failed it takes nothing more.
+  if (address == nullptr) os.setstate(std::ios_base::badbit);
+  return os;
 }
 
 void printCancelType(std::ostream& os, cp2cpuCancelParam_t type) {

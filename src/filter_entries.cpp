@@ -5,6 +5,8 @@
 #include <google/protobuf/arena.h>
 
 #include <algorithm>
+#include <array>
+#include <typeinfo>
 #include <utility>
 
 #include "action_visit.h"
@@ -27,17 +29,17 @@ static_assert(0 FILTERS_ACTION_CLASSES(FILTERS_COUNT) == 0
 );
 #undef FILTERS_COUNT
 
-bool isIPv4Only(filtersMatch_t code) {
-  return code == FILTERS_MATCH_SRC_IPV4 || code == FILTERS_MATCH_DST_IPV4;
+// The codes that exclude each other. The checks ask these, and the published sets are made of them.
+using Codes = std::array<filtersMatch_t, 2>;
+constexpr Codes kIPv4Only = {FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4};
+constexpr Codes kIPv6Only = {FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6};
+constexpr Codes kL4DstPort = {FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE};
+
+constexpr bool contains(const Codes& codes, filtersMatch_t code) {
+  return codes[0] == code || codes[1] == code;
 }
 
-bool isIPv6Only(filtersMatch_t code) {
-  return code == FILTERS_MATCH_SRC_IPV6 || code == FILTERS_MATCH_DST_IPV6;
-}
-
-bool isL4DstPort(filtersMatch_t code) {
-  return code == FILTERS_MATCH_DST_L4_PORT || code == FILTERS_MATCH_DST_L4_PORT_RANGE;
-}
+std::set<filtersMatch_t> publish(const Codes& codes) { return {codes.begin(), codes.end()}; }
 
 // A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS; null for a code that
 // no class carries.
@@ -56,6 +58,16 @@ std::unique_ptr<Action> clone(const Action& action) {
 }
 
 }  // namespace
+
+#define FILTERS_HASH_CODE(T) typeid(T).hash_code(),
+const std::set<std::size_t> FiltersEntry::validMatchTypes = {
+    FILTERS_MATCH_CLASSES(FILTERS_HASH_CODE)};
+const std::set<filtersMatch_t> FiltersEntry::ipv4OnlyMatchTypes = publish(kIPv4Only);
+const std::set<filtersMatch_t> FiltersEntry::ipv6OnlyMatchTypes = publish(kIPv6Only);
+const std::set<std::size_t> FiltersEntry::validActionTypes = {
+    FILTERS_ACTION_CLASSES(FILTERS_HASH_CODE)};
+const std::set<filtersMatch_t> FiltersEntry::l4DstPortMatchTypes = publish(kL4DstPort);
+#undef FILTERS_HASH_CODE
 
 FiltersEntry::FiltersEntry(const FiltersEntry& other)
     : id_(other.id_),
@@ -105,19 +117,19 @@ void FiltersEntry::storeMatch(std::unique_ptr<Match> match) {
 }
 
 bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
-  const auto excludes = [&](bool (*other)(filtersMatch_t)) {
-    return std::any_of(matches_.begin(), matches_.end(),
-                       [&](const auto& held) { return other(held.first); });
+  const auto holdsNone = [&](const Codes& others) {
+    return std::none_of(matches_.begin(), matches_.end(),
+                        [&](const auto& held) { return contains(others, held.first); });
   };
-  if (isIPv4Only(code)) return !excludes(isIPv6Only);
-  if (isIPv6Only(code)) return !excludes(isIPv4Only);
+  if (contains(kIPv4Only, code)) return holdsNone(kIPv6Only);
+  if (contains(kIPv6Only, code)) return holdsNone(kIPv4Only);
   return true;
 }
 
 bool FiltersEntry::isL4DstPortCompatible(filtersMatch_t code) const {
-  if (!isL4DstPort(code)) return true;
+  if (!contains(kL4DstPort, code)) return true;
   return std::none_of(matches_.begin(), matches_.end(), [&](const auto& held) {
-    return isL4DstPort(held.first) && held.first != code;
+    return contains(kL4DstPort, held.first) && held.first != code;
   });
 }
 

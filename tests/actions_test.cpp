@@ -106,6 +106,14 @@ TEST(Action, GettersReturnWhatWasGiven) {
               ActionReplaceSrcMac(kMac));
 }
 
+// The typed comparison of ports looks at the ports alone, the generic one at the code too.
+TEST(Action, OfPortsEqualsAnotherOfTheSamePorts) {
+  const ActionPorts ports(filtersAction_t(99), Ports{kEth3});
+  EXPECT_TRUE(ActionBlockEgressPorts(Ports{kEth3}) == ports);
+  EXPECT_FALSE(ActionBlockEgressPorts(Ports{kEth4}) == ports);
+  EXPECT_FALSE(ActionBlockEgressPorts(Ports{kEth3}) == static_cast<const Action&>(ports));
+}
+
 TEST(Action, KeepsItsCodeWhenAssigned) {
   ActionDeny deny;
   static_cast<Action&>(deny) = ActionPermit();

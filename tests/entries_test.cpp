@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -55,6 +56,33 @@ TYPED_TEST(TypedAccess, StoresACopyThatCanBeReadReplacedAndDeleted) {
   EXPECT_EQ(heldMatches(entry).size() + heldActions(entry).size(), 1u);
   EXPECT_EQ(erase<TypeParam>(entry), FILTERS_OK);
   EXPECT_EQ(take(entry, out), FILTERS_ERR_NOT_FOUND);
+}
+
+TYPED_TEST(TypedAccess, TakesAConstClassAsTheClass) {
+  FiltersEntry entry;
+  TypeParam out = samples<TypeParam>().back();
+  EXPECT_EQ(put<const TypeParam>(entry, samples<TypeParam>().front()), FILTERS_OK);
+  EXPECT_EQ(take(entry, out), FILTERS_OK);
+  EXPECT_TRUE(out == samples<TypeParam>().front());
+}
+
+TYPED_TEST(TypedAccess, IsPublishedAsAnAdmittedClass) {
+  static_assert(isEntryClass<TypeParam>);
+  const auto& published =
+      isMatch<TypeParam> ? FiltersEntry::validMatchTypes : FiltersEntry::validActionTypes;
+  EXPECT_EQ(published.count(typeid(TypeParam).hash_code()), 1u);
+}
+
+TEST(Entries, PublishWhatTheSettersGoBy) {
+  EXPECT_EQ(FiltersEntry::validMatchTypes.size(), 36u);
+  EXPECT_EQ(FiltersEntry::validActionTypes.size(), 20u);
+  using Set = std::set<filtersMatch_t>;
+  EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes,
+            (Set{FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4}));
+  EXPECT_EQ(FiltersEntry::ipv6OnlyMatchTypes,
+            (Set{FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6}));
+  EXPECT_EQ(FiltersEntry::l4DstPortMatchTypes,
+            (Set{FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE}));
 }
 
 // A caller's class: it has a base of the library, its own content, and cannot be copied.

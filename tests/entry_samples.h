@@ -62,8 +62,8 @@ template <class T>
 constexpr bool isMatch = std::is_base_of_v<Match, T>;
 template <class T>
 filtersErr_t put(FiltersEntry& entry, const T& object) {
-  if constexpr (isMatch<T>) return entry.setMatch(object);
-  if constexpr (!isMatch<T>) return entry.setAction(object);
+  if constexpr (isMatch<T>) return entry.setMatch<T>(object);
+  if constexpr (!isMatch<T>) return entry.setAction<T>(object);
 }
 template <class T>
 filtersErr_t take(const FiltersEntry& entry, T& out) {

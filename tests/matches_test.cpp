@@ -186,6 +186,12 @@ TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
   }
   EXPECT_EQ(bytesAt(MatchSrcIPv4(kIPv4).getIPv4Mask()), std::string(4, '\xff'));
   EXPECT_EQ(bytesAt(MatchDstIPv6(kIPv6).getIPv6Mask()), std::string(16, '\xff'));
+  // Explicit with one argument, not with two, as in the other classes under a mask.
+  static_assert(!std::is_convertible_v<l4port_t, MatchDstL4Port> &&
+                !std::is_convertible_v<l4port_t, MatchSrcL4Port>);
+  const MatchDstL4Port destination = {80, 2};
+  const MatchSrcL4Port source = {80, 2};
+  EXPECT_EQ(destination.getMask(), source.getMask());
   EXPECT_EQ(MatchDstL4Port(80).getMask(), 0);
   EXPECT_EQ(MatchSrcL4Port(80).getMask(), 0);
 }

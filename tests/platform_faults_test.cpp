@@ -1,5 +1,5 @@
-// The device's interface-id library failing at every call: this program's functions stand in front
-// of the library's and leave their outputs as they were.
+// The device's interface-id library, and the C library's text of a MAC address, failing at every
+// call: this program's functions stand in front of theirs and leave their outputs as they were.
 
 #include <filter_common/filter_actions.pb.h>
 #include <filter_common/filter_matches.pb.h>
@@ -8,11 +8,18 @@
 
 #include <sstream>
 #include <stdexcept>
+#include <string>
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_matches.h>
 
+static std::string macBuffer;
+
 extern "C" {
+char* ether_ntoa_r(const ether_addr*, char* text) {
+  macBuffer = text;
+  return nullptr;
+}
 int limid_to_intfname(limid_t, char*, size_t) { return -1; }
 int limid_to_ifindex(limid_t, uint32_t*) { return -1; }
 int limid_from_ifindex(limid_t*, uint32_t) { return -1; }
@@ -31,6 +38,14 @@ TEST(PlatformFaults, PrintsAnEmptyNameWhereTheLibraryGivesNone) {
             "    =ActionRedirect=\n      Action Type ID: 11\n      \"\" \n"
             "    =ActionMplsPortSet=\n      Action Type ID: 18\n      VPN ID: \n"
             "      MPLS Access Port: \n");
+}
+
+TEST(PlatformFaults, EndsTheLineOfAMacAddressThatHasNoText) {
+  std::ostringstream os;
+  os << ActionReplaceSrcMac(ether_addr{{1, 2, 3, 4, 5, 6}}) << ActionDeny();
+  EXPECT_EQ(os.str(), "    =ActionReplaceSrcMac=\n      Action Type ID: 14\n      Replace MAC: \n");
+  EXPECT_TRUE(os.fail());
+  EXPECT_EQ(macBuffer, "00:00:00:00:00:00");
 }
 
 TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndex) {

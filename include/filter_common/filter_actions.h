@@ -125,8 +125,8 @@ class FILTERS_API ActionL2ToCpuDrop : public Action {
 
 // --- Ports and forwarding ------------------------------------------------------------------------
 
-// A list of ports in the caller's order; order and duplicates count when two are compared. Its own
-// conversion carries the code alone. Used through its leaf.
+// A list of ports in the caller's order; order and duplicates count when two are compared, while
+// the code does not. Its own conversion carries the code alone. Used through its leaf.
 class FILTERS_API ActionPorts : public Action {
  public:
   ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);

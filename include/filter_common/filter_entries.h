@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -87,6 +88,16 @@ class FILTERS_API FiltersEntry {
  public:
   using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
   using Actions = std::map<filtersAction_t, std::unique_ptr<Action>>;
+
+  // What the setters go by, for reading: the classes admitted, each by the hash code of its type
+  // (typeid(T).hash_code()), and the codes of which one entry cannot hold two kinds: IPv4 beside
+  // IPv6, a destination port beside a destination port range. Built while the library is loaded,
+  // in this order.
+  static const std::set<std::size_t> validMatchTypes;
+  static const std::set<filtersMatch_t> ipv4OnlyMatchTypes;
+  static const std::set<filtersMatch_t> ipv6OnlyMatchTypes;
+  static const std::set<std::size_t> validActionTypes;
+  static const std::set<filtersMatch_t> l4DstPortMatchTypes;
 
   // Priority 0, the policer library's default policer, nothing else.
   FiltersEntry() : FiltersEntry(0) {}
@@ -219,6 +230,7 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry
 
 template <class T>
 filtersErr_t FiltersEntry::getMatch(T& out) const {
+  static_assert(!std::is_const_v<T>, "getMatch() fills its argument, which therefore is not const");
   if constexpr (!isEntryClass<T>) {
     return FILTERS_ERR_INVALID;
   } else {
@@ -233,7 +245,9 @@ filtersErr_t FiltersEntry::getMatch(T& out) const {
 
 template <class T>
 filtersErr_t FiltersEntry::setMatch(const T& match) {
-  if constexpr (!isEntryClass<T>) {
+  if constexpr (std::is_const_v<T>) {
+    return setMatch<std::remove_const_t<T>>(match);
+  } else if constexpr (!isEntryClass<T>) {
     return FILTERS_ERR_INVALID;
   } else {
     if (!isCompatible(match.getType())) return FILTERS_ERR_INVALID;
@@ -254,6 +268,8 @@ bool FiltersEntry::isL4DstPortCompatibleMatch(T match) const {
 
 template <class T>
 filtersErr_t FiltersEntry::getAction(T& out) const {
+  static_assert(!std::is_const_v<T>,
+                "getAction() fills its argument, which therefore is not const");
   if constexpr (!isEntryClass<T>) {
     return FILTERS_ERR_INVALID;
   } else {
@@ -266,7 +282,9 @@ filtersErr_t FiltersEntry::getAction(T& out) const {
 
 template <class T>
 filtersErr_t FiltersEntry::setAction(const T& action) {
-  if constexpr (!isEntryClass<T>) {
+  if constexpr (std::is_const_v<T>) {
+    return setAction<std::remove_const_t<T>>(action);
+  } else if constexpr (!isEntryClass<T>) {
     return FILTERS_ERR_INVALID;
   } else {
     storeAction(std::make_unique<T>(action));

@@ -514,7 +514,8 @@ class FILTERS_API MatchL4Port : public Match {
 // The destination port under a mask. Deliberate: the mask is 0 unless given, not all ones.
 class FILTERS_API MatchDstL4Port : public MatchL4Port {
  public:
-  explicit MatchDstL4Port(unsigned short port, unsigned short mask = 0)
+  explicit MatchDstL4Port(unsigned short port) : MatchDstL4Port(port, 0) {}
+  MatchDstL4Port(unsigned short port, unsigned short mask)
       : MatchL4Port(FILTERS_MATCH_DST_L4_PORT, port, mask) {}
   l4port_t getPort() const { return getParam1(); }
   l4port_t getMask() const { return getParam2(); }
@@ -523,7 +524,8 @@ class FILTERS_API MatchDstL4Port : public MatchL4Port {
 // The source port under a mask. Deliberate: the mask is 0 unless given, not all ones.
 class FILTERS_API MatchSrcL4Port : public MatchL4Port {
  public:
-  explicit MatchSrcL4Port(unsigned short port, unsigned short mask = 0)
+  explicit MatchSrcL4Port(unsigned short port) : MatchSrcL4Port(port, 0) {}
+  MatchSrcL4Port(unsigned short port, unsigned short mask)
       : MatchL4Port(FILTERS_MATCH_SRC_L4_PORT, port, mask) {}
   l4port_t getPort() const { return getParam1(); }
   l4port_t getMask() const { return getParam2(); }
