@@ -5,10 +5,10 @@
 // matches, actions and counters, and the integer types of ids and header fields.
 //
 // The header is valid C11 and C++17. In C++ everything stands in namespace FiltersCommon. Every
-// value is part of the wire format and of the binary interface: it is never renumbered. The
-// enumerations are 32 bits wide; they accept any 32-bit value by cast, since values also come out
-// of messages of other processes, and the library keeps such values unchanged unless the function
-// that takes them says otherwise.
+// value is part of the binary interface and, but for the result codes, of the wire format: it is
+// never renumbered. The enumerations are 32 bits wide; they accept any 32-bit value by cast, since
+// values also come out of messages of other processes, and the library keeps such values unchanged
+// unless the function that takes them says otherwise.
 
 #include <net/ethernet.h>  // ether_addr: 6 bytes in transmission order
 #include <netinet/in.h>    // in_addr, in6_addr: 4 and 16 bytes in network byte order
@@ -38,14 +38,16 @@ FILTERS_ENUM(filtersErr_t, int32_t){
     FILTERS_OK = 0,
     // The match, action or entry asked for is not held.
     FILTERS_ERR_NOT_FOUND = -3,
-    // The class is not one of the library's, the match cannot stand beside one already held, the
-    // group type is unknown, or a counter's type is invalid or taken.
+    // The class is not one that an entry admits, the match cannot stand beside one already held,
+    // the type of the group that an entry goes into is unknown, a counter's type is invalid or
+    // taken, or the procedural side does not take the code of a match or action.
     FILTERS_ERR_INVALID = -4,
-    // A null handle, an absent counter, or explicit ports for a match that excludes port types.
+    // A null handle (where it is refused), an absent counter, or explicit ports for a match that
+    // excludes port types.
     FILTERS_ERR_INVALID_ARGUMENT = -5,
     // The group's type does not admit one of the entry's matches.
     FILTERS_ERR_MATCH_NOT_ALLOWED = -6,
-    // The group's type may not live in the group's stage.
+    // The group's type may not live in the group's stage; an unknown type lives in none.
     FILTERS_ERR_TYPE_NOT_ALLOWED = -7,
     // The group's stage is unknown.
     FILTERS_ERR_INVALID_STAGE = -8,
@@ -65,20 +67,34 @@ FILTERS_ENUM(filtersGroupStage_t, int32_t){
 } filtersGroupStage_t;
 
 // What kind of table a group is: each type admits one fixed set of matches, readable as
-// FiltersGroup::TypeDescription_.
+// FiltersGroup::TypeDescription_. Besides what stands here, 1 to 11 admit MatchAll, and all of
+// these but 8 and 11 the ingress ports. None admits an IPv6 source.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
     FILTERS_GROUP_TYPE_NONE = 0,  // no matches at all
-    FILTERS_GROUP_TYPE_1 = 1,     // layer-2 header and state of the switching decision
-    FILTERS_GROUP_TYPE_2 = 2,     // source of a packet: MAC, IPv4, VLAN, virtual port
-    FILTERS_GROUP_TYPE_3 = 3,     // IPv4 control-plane protection: addresses, ports, TTL
-    FILTERS_GROUP_TYPE_4 = 4,     // classification by VLAN, priority, ToS and IPv4
-    FILTERS_GROUP_TYPE_5 = 5,     // egress ports, VLAN and priority
-    FILTERS_GROUP_TYPE_6 = 6,     // MAC addresses, VLAN and priority
-    FILTERS_GROUP_TYPE_7 = 7,     // VLAN information, source port, protocol
-    FILTERS_GROUP_TYPE_8 = 8,     // VRF and IPv6 destination
-    FILTERS_GROUP_TYPE_9 = 9,     // VLAN, priority and ToS
-    FILTERS_GROUP_TYPE_10 = 10,   // TPID and IPv4 addresses
-    FILTERS_GROUP_TYPE_11 = 11,   // packets injected by the CPU
+    // Both MACs, external VLAN id, TPID, layer-2 source entry, packet resolution, MPLS termination,
+    // spanning-tree state, drop, CPU port.
+    FILTERS_GROUP_TYPE_1 = 1,
+    // Source MAC, both VLAN ids, TPID, source IPv4, virtual port.
+    FILTERS_GROUP_TYPE_2 = 2,
+    // Control-plane protection: external VLAN id, TPID, both IPv4 addresses, IP protocol, TTL, both
+    // layer-4 ports (no range), station hit, forwarding type, destination CPU.
+    FILTERS_GROUP_TYPE_3 = 3,
+    // Both VLAN ids, both PCPs, TPID, both IPv4 addresses, IP protocol, ToS, destination layer-4
+    // port (no range).
+    FILTERS_GROUP_TYPE_4 = 4,
+    // Egress ports, destination MAC, both VLAN ids, both PCPs, TPID.
+    FILTERS_GROUP_TYPE_5 = 5,
+    // Both MACs, both VLAN ids, both PCPs, TPID, VLAN tagging.
+    FILTERS_GROUP_TYPE_6 = 6,
+    // Destination MAC, TPID, VLAN information, layer-2 source entry, source port, IP protocol,
+    // destination layer-4 port (no range), forwarding type.
+    FILTERS_GROUP_TYPE_7 = 7,
+    FILTERS_GROUP_TYPE_8 = 8,    // VRF, IPv6 destination
+    FILTERS_GROUP_TYPE_9 = 9,    // both VLAN ids, both PCPs, ToS
+    FILTERS_GROUP_TYPE_10 = 10,  // TPID, both IPv4 addresses
+    // CPU-injected packets, destination MAC, TPID, VLAN information, IP protocol, destination
+    // layer-4 port range.
+    FILTERS_GROUP_TYPE_11 = 11,
 } filtersGroupType_t;
 
 // The kind of a match: one code a criterion. An entry holds at most one match of each code.
