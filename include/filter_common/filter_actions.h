@@ -8,14 +8,21 @@
 //
 // Common to all classes:
 // - convertToActionPB() sets the message's type_ and the fields of the class; hand in a fresh
-//   message. convertFromActionPB() takes the fields of the class, 0 for an absent one, and does not
-//   look at type_. Numbers are cut to the width of the field; missing address bytes become zero.
+//   message. convertFromActionPB() takes the fields of the class, 0 for an absent one (but see
+//   ActionMplsPortSet), and does not look at type_. Numbers are cut to the width of the field;
+//   missing address bytes become zero.
 // - No value is range-checked, except by ActionMplsPortSet.
 // - Deliberate: the comparison of six classes is virtual, that of the others is not.
-// - Nothing fails but memory (std::bad_alloc from the classes that hold lists), and
-//   ActionMplsPortSet, which throws std::invalid_argument. The object is then unchanged, except
-//   that an assignment that runs out of memory leaves it valid with unspecified values.
-// - Objects are not synchronised: callers serialise access to each.
+// - An object of a base class that was made with a leaf's code, as Action(FILTERS_ACTION_REDIRECT),
+//   must not be compared, printed or copied into an entry as an Action: it would be read as the
+//   leaf.
+// - Nothing fails but memory (std::bad_alloc from the classes that hold lists, and from writing
+//   lists or addresses into a message, which is then partly filled), and ActionMplsPortSet, which
+//   throws std::invalid_argument. The object is unchanged, except that ActionMplsPortSet may keep
+//   the first of two ids that it reads, and that an assignment that runs out of memory leaves it
+//   valid with unspecified values.
+// - Objects are not synchronised: any number of threads may read one at a time, a writer needs it
+//   alone.
 
 #include <iosfwd>
 #include <list>
@@ -185,7 +192,8 @@ class FILTERS_API ActionL3Switch : public Action {
 // travel as interface indexes, not as limids.
 class FILTERS_API ActionMplsPortSet : public Action {
  public:
-  // Both ids zero: to be filled by convertFromActionPB(), as is what BuildEmpty() returns.
+  // Both ids zero: to be filled by convertFromActionPB(), as is what BuildEmpty() returns. An entry
+  // takes it unfilled, but then nobody can read the bytes of that entry, or of its group.
   ActionMplsPortSet() : Action(FILTERS_ACTION_MPLS_PORT_SET) {}
   ActionMplsPortSet(limid_t vpnId, limid_t mplsAccessPort);
   static ActionMplsPortSet BuildEmpty() { return ActionMplsPortSet(); }
@@ -309,9 +317,13 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // --- Printing ------------------------------------------------------------------------------------
 
 // Each prints a block: the class's name, the code, then a line a value; the first one prints the
-// block of the object's code and nothing for an unknown code. Deliberate: they stand at global
-// scope. Code inside namespace FiltersCommon, whose own operators hide them, calls them qualified:
-// ::operator<<(os, action).
+// block of the object's code and nothing for an unknown code, that of ActionPorts the list alone.
+//
+// Deliberate: they stand at global scope. Every namespace with an operator<< of its own hides them,
+// FiltersCommon among them. Code in such a namespace says `using ::operator<<;` there (inside a
+// function it would hide the namespace's own), or calls ::operator<<(os, action). Templates of the
+// standard library never find them: std::ostream_iterator<ActionDeny> does not compile, one over a
+// type of the caller's, whose operator<< calls these, does.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionPermit& action);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionDeny& action);

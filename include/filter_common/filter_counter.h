@@ -10,10 +10,11 @@ namespace FiltersCommon {
 class CounterPB;
 
 // One counter of a filter rule: an identifier, unique within its entry, and what it counts. A
-// plain value: nothing is checked here; FiltersEntry::setCounter() decides what an entry takes.
+// plain value: nothing is checked here. FiltersEntry::setCounter() decides what an entry takes from
+// its callers; an entry that is read from a message takes every counter.
 class FILTERS_API Counter {
  public:
-  // Id 0 of the invalid type: a counter that no entry accepts.
+  // Id 0 of the invalid type, which FiltersEntry::setCounter() refuses.
   Counter() = default;
   Counter(unsigned short id, counter_type_t type) : id_(id), type_(type) {}
 

@@ -74,16 +74,18 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 // Invariants: every match and action is the entry's own copy, stored under its own code. IPv4 and
 // IPv6 addresses never stand together, nor do a destination port and a destination port range.
 //
-// Refusals are result codes and leave the entry unchanged. Building an entry from bytes reports
-// nothing: what is unknown, refused or unreadable is left out. WARNING: an entry whose bytes were
-// cut off or damaged can come back with fewer matches, or none, and then applies to more packets
-// than its sender meant. The bytes do not tell; callers protect them on their way (a length and a
+// Refusals are result codes and leave the entry unchanged, except where a function says otherwise.
+// Building an entry from bytes reports nothing: what is unknown, refused or unreadable is left out.
+// WARNING: an entry whose bytes were cut off or damaged can come back with fewer matches, or with a
+// match that holds what could be read of it and zeros for the rest: of an address without its mask,
+// one that fits every packet. It then applies to more packets than its sender meant. Neither the
+// bytes nor the number of matches tell; callers protect the bytes on their way (a length and a
 // checksum around them), or compare the entry with what they expected.
 // Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
 // then unchanged, except where a function says otherwise; nothing is leaked.
 //
-// Objects are not synchronised: callers serialise access to each. Entries that share a parent
-// policer may be copied and destroyed on different threads.
+// Objects are not synchronised: any number of threads may read one entry at a time, a writer needs
+// it alone. Entries that share a parent policer may be copied and destroyed on different threads.
 class FILTERS_API FiltersEntry {
  public:
   using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
@@ -124,14 +126,14 @@ class FILTERS_API FiltersEntry {
 
   // --- Matches ---
 
-  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that is not the
-  // library's, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate: of
-  // MatchToS and MatchDSCP, either can be read as the other.
+  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that is not listed
+  // above, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate: of MatchToS
+  // and MatchDSCP, either can be read as the other.
   template <class T>
   filtersErr_t getMatch(T& out) const;
 
-  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that is
-  // not the library's, or when the match cannot stand beside one already held.
+  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that is not
+  // listed above, or when the match cannot stand beside one already held.
   template <class T>
   filtersErr_t setMatch(const T& match);
 
@@ -146,12 +148,12 @@ class FILTERS_API FiltersEntry {
   filtersErr_t deleteMatch(filtersMatch_t code);
 
   // Replaces all matches by copies of the given ones, or none: the first refusal is returned and
-  // the entry keeps what it had. Null pointers and unknown codes are skipped.
+  // the entry keeps what it had. Null pointers and unknown codes are skipped; every other match
+  // must be of the class of its code.
   filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
-  // what was stored before it, or before std::bad_alloc, stays. Null pointers and unknown codes are
-  // skipped.
+  // what was stored before it, or before std::bad_alloc, stays. Otherwise as setMatches().
   filtersErr_t copyMatches(const Matches& matches);
 
   // --- Actions: as matches; no action excludes another ---
@@ -189,9 +191,11 @@ class FILTERS_API FiltersEntry {
 
   // Fills a fresh message: counters, matches and actions in ascending order.
   void convertToFiltersEntryPB(FiltersEntryPB* message) const;
-  // Adds what the message holds; meant for a fresh entry. An MPLS port action's
-  // std::invalid_argument passes through; what was converted before it, or before std::bad_alloc,
-  // stays.
+  // Takes id, priority and policer from the message, and the parent if it has one; adds its
+  // counters, matches and actions to those held, in place of one of the same id or code. Matches
+  // that cannot stand beside one already held are left out. Meant for a fresh entry. An MPLS port
+  // action's std::invalid_argument passes through; what was converted before it, or before
+  // std::bad_alloc, stays.
   void convertFromFiltersEntryPB(const FiltersEntryPB* message);
 
   // The bytes of the entry's message, in place of the string's content or into an empty buffer.

@@ -25,8 +25,8 @@ class FiltersSerialized;
 //
 // Refusals are result codes and leave the group unchanged. Building a group from bytes reports
 // nothing: entries that the checks refuse are left out. WARNING: of bytes that were cut off or
-// damaged, entries can be missing, and the last one can come back with fewer matches and then apply
-// to more packets; see FiltersEntry.
+// damaged, entries can be missing, and one can come back with fewer matches, or with a match cut to
+// zeros, and then apply to more packets; see FiltersEntry.
 //
 // Objects are not synchronised: any number of threads may read one group at a time, a writer needs
 // it alone. The three tables never change and may be read from any thread.
@@ -36,9 +36,10 @@ class FILTERS_API FiltersGroup {
   explicit FiltersGroup(const unsigned short& id) : id_(id) {}
 
   // From the bytes of serialize(). Bytes that do not parse give what could be read of them, and
-  // empty bytes a group of zeros. Ids and priorities keep their low 16 bits; stage and type are
-  // taken unchecked (deliberate), the entries then pass through insertEntry(), and of two with one
-  // id the later one stays. Throws as the same constructors of FiltersEntry do.
+  // empty bytes a group of zeros. The group's id and priority keep their low 16 bits; stage and
+  // type are taken unchecked (deliberate), the entries then pass the checks of insertEntry(), and
+  // of two with one id that do, the later one stays. Throws as the same constructors of
+  // FiltersEntry do.
   explicit FiltersGroup(const std::string& bytes);
   // Deliberate: the buffer is only read, and is not const all the same.
   explicit FiltersGroup(FiltersSerialized& buffer);
@@ -102,7 +103,8 @@ class FILTERS_API FiltersGroup {
 
   FiltersGroupPB convertToFiltersGroupPB() const;
   // Takes id, priority, stage and type from the message and adds its entries to those held, as the
-  // constructor from bytes does. What was taken before an exception stays.
+  // constructor from bytes does; those held are not checked anew. What was taken before an
+  // exception stays.
   void convertFromFiltersGroupPB(const FiltersGroupPB* message);
 
   // The bytes of the group's message, in place of the string's content or into an empty buffer.

@@ -12,9 +12,13 @@
 //   for an absent one; it looks neither at type_ nor at presence. Numbers are cut to the width of
 //   the field, addresses to their size; missing address bytes become zero.
 // - Deliberate: the comparison of nine classes is virtual, that of the others is not.
-// - Nothing fails but memory: std::bad_alloc from the classes that hold lists. The object is then
-//   unchanged, except that an assignment leaves it valid with unspecified values.
-// - Objects are not synchronised: callers serialise access to each.
+// - An object of a base class that was made with a leaf's code, as Match(FILTERS_MATCH_TTL), must
+//   not be compared, printed or copied into an entry as a Match: it would be read as the leaf.
+// - Nothing fails but memory: std::bad_alloc from the classes that hold lists, and from writing
+//   lists or addresses into a message, which is then partly filled. The object is unchanged, except
+//   that an assignment leaves it valid with unspecified values.
+// - Objects are not synchronised: any number of threads may read one at a time, a writer needs it
+//   alone.
 
 #include <iosfwd>
 #include <list>
@@ -67,7 +71,8 @@ class FILTERS_API MatchAll : public Match {
 };
 
 // The ports of a packet: logical interface ids in the caller's order, or else kinds of port that
-// are left out. Order and duplicates count when two are compared. Used through its two leaves.
+// are left out; only reading a message can make a match hold both. Order and duplicates count when
+// two are compared. Used through its two leaves.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
@@ -87,7 +92,9 @@ class FILTERS_API MatchPorts : public Match {
   std::vector<port_type_t> excludedPortTypes_;
 };
 
-// The packet came in by one of these ports. Reading a message adds to the lists already held.
+// The packet came in by one of these ports. Reading a message adds to the lists already held. A
+// list in bare braces, {} or {port}, is ambiguous: write std::list<limid_t>{port}, or
+// std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}.
 class FILTERS_API MatchIngressPorts : public MatchPorts {
  public:
   explicit MatchIngressPorts(const std::list<limid_t>& ports);
@@ -305,7 +312,8 @@ class FILTERS_API MatchVlanTagging : public Match {
   vlan_tagging_t tagging_;
 };
 
-// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its two leaves.
+// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its two leaves. Empty
+// braces, MatchExternalVlanId({}), are the one id 0; the empty set is std::set<unsigned short>().
 class FILTERS_API MatchVlanId : public Match {
  public:
   MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds);
@@ -335,7 +343,8 @@ class FILTERS_API MatchInternalVlanId : public MatchVlanId {
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
 };
 
-// The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7).
+// The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7). Empty braces
+// are the one priority 0; the empty set is std::set<unsigned char>().
 class FILTERS_API MatchPcp : public Match {
  public:
   explicit MatchPcp(const std::set<unsigned char>& pcps);
@@ -349,7 +358,7 @@ class FILTERS_API MatchPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The priority that the device uses inside is one of a set.
+// The priority that the device uses inside is one of a set, given as to MatchPcp.
 class FILTERS_API MatchInternalPcp : public Match {
  public:
   explicit MatchInternalPcp(const std::set<unsigned char>& pcps);

@@ -13,10 +13,14 @@ namespace FiltersCommon {
 // A buffer is empty (size() 0, data() null) or filled. It is filled once, by a constructor, by
 // serialize() of an entry or a group, or by setData(), and never emptied. size() counts one zero
 // byte behind the bytes: n bytes give size() n + 1. Rebuilding an entry or a group from a buffer
-// takes all size() bytes; the trailing zero ends the message and changes nothing.
+// takes all size() bytes. Behind a whole message the zero changes nothing; behind one that was cut
+// off it can pass for the next byte, and a string of the same bytes then gives another object.
 //
-// Derive from it to keep the bytes elsewhere, and override size() and setData() together. One
-// thread uses a buffer at a time.
+// Derived classes override size() and setData() together. Rebuilding reads data(), which is not
+// virtual: with the bytes kept elsewhere alone, a buffer can be filled, but rebuilding from it
+// throws std::logic_error. Call copyData() in setData() too, or rebuild from a string of the bytes.
+//
+// Any number of threads may read a buffer at a time; filling it needs it alone.
 class FILTERS_API FiltersSerialized {
  public:
   FiltersSerialized() = default;
