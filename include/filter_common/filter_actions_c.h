@@ -8,16 +8,19 @@
 // until deleteAction(). In C the handle passes as it is wherever an Action* is asked for; in C++ it
 // is cast with static_cast.
 // Classes. A handle is trusted to be of the class that a getter reads: an action of another class,
-// or a null handle, is undefined behaviour. actionGetType() tells the code of any handle.
+// or a null handle, is undefined behaviour, as is a null array whose count is not 0.
+// actionGetType() tells the code of any handle but null.
 // Assertions. deleteAction() and actionGetType() stop the process on a null handle with the C
 // library's assertion message, in every kind of build.
 // Exceptions. The new... functions may throw std::bad_alloc, and newActionMplsPortSet()
 // std::invalid_argument on interfaces of the wrong kind, through their C callers, which are then
 // compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
 // leaked.
-// Threads. Callers serialise access to each action.
-// Gaps, all deliberate: no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here,
-// and no getter reads ports, MAC addresses, the CPU queue or MPLS interfaces.
+// Threads. Any number may read one action at a time; deleting it, or filling it anew from an entry,
+// needs it alone.
+// Gaps, all deliberate: no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here, no
+// getter reads ports, MAC addresses, the CPU queue or MPLS interfaces, and nothing compares, prints
+// or serializes.
 
 #include <filter_common/filter_types.h>
 
@@ -45,7 +48,13 @@ FILTERS_API void* newActionRedirectCancel(void);
 FILTERS_API void* newActionL3Switch(unsigned int destinationId);
 FILTERS_API void* newActionCopyInnerPcp(void);
 // Throws std::invalid_argument unless the VPN is a VPWS or VPLS and the port a LAG or Ethernet
-// port.
+// port, which ends a program of C alone. Such a program asks first (limid/limid.h):
+//   uint32_t type, number;
+//   bool vpn = limid_is_from_type(vpnId, limid_type_mpls_vpws) ||
+//              (limid_to_bridgedomain_components(vpnId, &type, &number) == 0 &&
+//               type == limid_bridgedomain_type_vpls);
+//   bool port = limid_is_from_type(accessPort, limid_type_lag) ||
+//               limid_is_from_type_ethernet(accessPort);
 FILTERS_API void* newActionMplsPortSet(limid_t vpnId, limid_t accessPort);
 // Deliberate: these two names lack the word Action.
 FILTERS_API void* newReplaceDstMac(struct ether_addr mac);

@@ -13,7 +13,9 @@
 // Exceptions. Functions that allocate (new..., copy..., Set..., and Get... of a class that holds a
 // list) may throw std::bad_alloc through their C callers, which are then compiled with
 // -fexceptions; if no C++ caller above catches it, the process ends. Nothing is leaked or changed.
-// Threads. Callers serialise access to each entry.
+// Threads. Any number may read or copy one entry at a time, a writer needs it alone.
+// Gaps, all deliberate: policers, the parent and counters are neither set nor read, the id is never
+// changed, nothing lists what an entry holds (ask code by code), compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 

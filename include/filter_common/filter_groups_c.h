@@ -12,7 +12,10 @@
 // through their C callers, which are then compiled with -fexceptions; if no C++ caller above
 // catches it, the process ends. Nothing is leaked, and arguments are unchanged, except that a
 // failing InsertEntry leaves no entry of that id.
-// Threads. Callers serialise access to each group.
+// Threads. Any number may read one group at a time, a writer needs it alone.
+// Gaps, all deliberate: a group is not copied, compared, printed or serialized here, and the checks
+// cannot be asked beforehand. Its entries are not handed out: to change a rule, change the copy
+// from filtersGroupGetEntries() and insert that again.
 
 #include <filter_common/filter_types.h>
 
@@ -46,12 +49,17 @@ FILTERS_API filtersGroupPriority_t filtersGroupGetPriority(FiltersGroup* g);
 FILTERS_API void filtersGroupSetStage(FiltersGroup* g, filtersGroupStage_t s);
 FILTERS_API filtersGroupStage_t filtersGroupGetStage(FiltersGroup* g);
 
-// FILTERS_ERR_TYPE_NOT_ALLOWED, FILTERS_ERR_INVALID_STAGE, FILTERS_ERR_INVALID or
-// FILTERS_ERR_MATCH_NOT_ALLOWED when the group refuses; the type is then unchanged.
+// FILTERS_ERR_TYPE_NOT_ALLOWED for a type that is unknown or not the stage's,
+// FILTERS_ERR_MATCH_NOT_ALLOWED when an entry has a match that the type does not admit; the type is
+// then unchanged. FILTERS_ERR_INVALID_STAGE only of a group that C++ read from bytes and whose
+// stage is unknown.
 FILTERS_API filtersErr_t filtersGroupSetType(FiltersGroup* g, filtersGroupType_t t);
 FILTERS_API filtersGroupType_t filtersGroupGetType(FiltersGroup* g);
 
-// Stores a copy, in place of an entry of the same id. The codes of FiltersGroup::insertEntry().
+// Stores a copy, in place of an entry of the same id. FILTERS_ERR_MATCH_NOT_ALLOWED for a match
+// that the group's type does not admit, FILTERS_ERR_ACTION_NOT_ALLOWED for an action that its stage
+// does not admit. Of objects that C++ made also FILTERS_ERR_POLICER_STAGE for a policer of another
+// stage, FILTERS_ERR_INVALID and FILTERS_ERR_INVALID_STAGE for a group of unknown type or stage.
 FILTERS_API filtersErr_t filtersGroupInsertEntry(FiltersGroup* g, FiltersEntry* e);
 
 // FILTERS_ERR_NOT_FOUND when there is none, FILTERS_ERR_INVALID_ARGUMENT for a null group.
@@ -61,8 +69,9 @@ FILTERS_API filtersErr_t filtersGroupRemoveEntry(FiltersGroup* g, filtersEntryId
 // record held before is overwritten, not freed.
 FILTERS_API void filtersGroupGetEntries(FiltersGroup* g, entriesStruct* entries);
 
-// Frees the entries and both arrays, not the record, whose fields stay as they are. Null entries
-// are skipped: an entry may be deleted on its own if its slot is set to null.
+// Frees the entries and both arrays, not the record, whose fields stay as they are: a second call
+// would free them again. Null entries are skipped: an entry may be deleted on its own if its slot
+// is set to null.
 FILTERS_API void deleteFiltersEntriesStruct(entriesStruct* entries);
 
 #ifdef __cplusplus

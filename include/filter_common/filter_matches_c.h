@@ -6,18 +6,22 @@
 //
 // Handles. A new... function returns a match object as void*, never null; it is the caller's until
 // deleteMatch(). In C the handle passes as it is wherever a Match* or another pointer to a match is
-// asked for; in C++ it is cast with static_cast. Arguments given by pointer are copied.
+// asked for; in C++ it is cast with static_cast. Arguments given by pointer are copied. A null one
+// is undefined behaviour and is not stopped, except for an array whose count is 0.
 // Classes. A handle is trusted to be of the class that a function reads: a match of another class
-// is undefined behaviour. matchGetType() tells the code of any handle.
+// is undefined behaviour. matchGetType() tells the code of any handle but null.
 // Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
 // on a null handle with the C library's assertion message, in every kind of build. Those of the
 // second do not look: a null handle is undefined behaviour.
 // Exceptions. The new... functions may throw std::bad_alloc through their C callers, which are then
 // compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
 // leaked.
-// Threads. Callers serialise access to each match.
+// Threads. Any number may read one match at a time; deleting it, or filling it anew from an entry,
+// needs it alone.
 // Gaps, all deliberate: no MatchToS, MatchMyStationHit, MatchForwardingType or MatchDestinationCpu,
-// no masked IPv6 source, no set of more than one VLAN id or PCP is made here.
+// no masked IPv6 source, no excluded port types, no empty set or set of more than one VLAN id or
+// PCP is made here; no getter reads lists of ports, VLAN ids, PCPs or VLAN tagging; nothing
+// compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 
