@@ -155,9 +155,10 @@ class POLICER_API Policer {
   // No policer at all: id 4294967295, which no real policer has, stage None, mode None, no actions.
   Policer() = default;
 
-  // The policer that Serialize made these bytes of. Bytes that are not those of a whole policer
-  // (empty, cut short, followed by more, damaged beyond reading) give a default policer. Nothing is
-  // thrown but std::bad_alloc, nothing is printed.
+  // The policer that Serialize made these bytes of. Bytes that are empty, cut short or damaged
+  // beyond reading give a default policer. Other damage does not show, nor do more bytes behind
+  // these, if they happen to read as fields: they may change the policer. Nothing is thrown but
+  // std::bad_alloc, nothing is printed.
   explicit Policer(const std::string& bytes);
 
   Policer(std::uint32_t id, Stage stage, const Mode& mode, std::vector<Action> actions)
