@@ -1,5 +1,5 @@
 # What is installed, and as what others find it: find_package(filter_common 1), or
-# `pkg-config filter_common`. Every path is found from where these files lie, so the installed tree
+# `pkg-config filter_common`, both with a part of its own for messages. Every path is found from where these files lie, so the installed tree
 # may be moved.
 include(CMakePackageConfigHelpers)
 
@@ -24,9 +24,9 @@ foreach(folder LIBDIR INCLUDEDIR DATADIR)
 endforeach()
 
 # Installs everything, what is needed to run and to develop as one component each:
-# filter_common_<prefix>runtime and filter_common_<prefix>development. Libraries go to libdir; further
-# arguments to every install().
-function(filter_common_install libdir prefix)
+# filter_common_<prefix>runtime and filter_common_<prefix>development. Libraries go to libdir, what
+# is read to docdir; further arguments to every install().
+function(filter_common_install libdir docdir prefix)
   set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
   set(development COMPONENT filter_common_${prefix}development ${ARGN})
   set(generated ${PROJECT_BINARY_DIR}/${prefix}install)
@@ -44,9 +44,12 @@ function(filter_common_install libdir prefix)
   if(FILTER_COMMON_PLATFORM STREQUAL "standin")
     install(DIRECTORY platform/limid/include/ platform/policer/include/
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${development})
+    install(DIRECTORY examples DESTINATION ${docdir} ${development})
   endif()
   install(FILES ${schema_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/filter_common/proto
           ${development})
+  install(FILES README.md SECURITY.md DESTINATION ${docdir} ${development})
+  install(DIRECTORY docs DESTINATION ${docdir} ${development})
 
   configure_package_config_file(
     cmake/filter_commonConfig.cmake.in ${generated}/filter_commonConfig.cmake
@@ -59,8 +62,11 @@ function(filter_common_install libdir prefix)
           DESTINATION ${package_dir} ${development})
   install(EXPORT filter_common_${prefix}targets FILE filter_commonTargets.cmake
           DESTINATION ${package_dir} ${development})
-  configure_file(cmake/filter_common.pc.in ${generated}/filter_common.pc @ONLY)
-  install(FILES ${generated}/filter_common.pc DESTINATION ${libdir}/pkgconfig ${development})
+  foreach(name filter_common filter_common_messages)
+    configure_file(cmake/${name}.pc.in ${generated}/${name}.pc @ONLY)
+    install(FILES ${generated}/${name}.pc DESTINATION ${libdir}/pkgconfig ${development})
+  endforeach()
 endfunction()
 
-filter_common_install(${CMAKE_INSTALL_LIBDIR} "")
+filter_common_install(
+  ${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/${PROJECT_NAME} "")

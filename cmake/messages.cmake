@@ -1,10 +1,10 @@
 # The message classes generated from protobuf/, as filter_common_messages: objects that the library
 # takes in and exports. A process that holds them twice aborts while it is loaded, so nothing else
-# compiles them: others link the library and include <filter_common/filter_groups.pb.h>, found under
-# FILTER_COMMON_GENERATED_DIR.
+# compiles them: others link filter_common::messages, which is the library and what its message
+# headers need, filter_common_message_headers.
 
-set(FILTER_COMMON_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
-set(output_dir ${FILTER_COMMON_GENERATED_DIR}/filter_common)
+set(generated_dir ${PROJECT_BINARY_DIR}/generated)
+set(output_dir ${generated_dir}/filter_common)
 set(schema_dir ${PROJECT_SOURCE_DIR}/protobuf)
 set(schemas filter_matches filter_actions filter_counter filter_entries filter_groups)
 
@@ -23,10 +23,15 @@ add_custom_command(
   COMMENT "Generating message classes"
   VERBATIM)
 
+# Generated code is not held to our warnings, wherever it is included.
+add_library(filter_common_message_headers INTERFACE)
+target_include_directories(filter_common_message_headers SYSTEM INTERFACE ${generated_dir})
+target_link_libraries(filter_common_message_headers INTERFACE protobuf::libprotobuf)
+
 add_library(filter_common_messages OBJECT ${message_sources} ${message_headers})
 target_link_libraries(
   filter_common_messages
-  PUBLIC protobuf::libprotobuf
+  PUBLIC filter_common_message_headers
   PRIVATE filter_common_shipped)
 # Parsing and writing are mostly generated code: it stays fast where the rest is made small.
 target_compile_options(filter_common_messages PRIVATE -w $<$<CONFIG:MinSizeRel>:-O2>)

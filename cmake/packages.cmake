@@ -10,7 +10,12 @@
 if(NOT CMAKE_LIBRARY_ARCHITECTURE)
   return()
 endif()
-filter_common_install(lib/${CMAKE_LIBRARY_ARCHITECTURE} package_ EXCLUDE_FROM_ALL)
+
+set(runtime_package libfilter-common${PROJECT_VERSION_MAJOR})
+set(development_package libfilter-common-dev)
+filter_common_install(
+  lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
+  EXCLUDE_FROM_ALL)
 
 # Debian's own changelog counts the packagings of a version, the project's says what changed.
 set(changelog_sources CHANGELOG.md packaging/debian/changelog)
@@ -24,8 +29,6 @@ foreach(source packed IN ZIP_LISTS changelog_sources changelogs)
 endforeach()
 list(TRANSFORM changelogs PREPEND ${PROJECT_BINARY_DIR}/)
 
-set(runtime_package libfilter-common${PROJECT_VERSION_MAJOR})
-set(development_package libfilter-common-dev)
 foreach(kind runtime development)
   install(FILES packaging/debian/copyright ${changelogs}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${kind}_package}
@@ -59,7 +62,10 @@ set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_DESCRIPTION
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_DEPENDS
-    "${runtime_package} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}), libprotobuf-dev (>= ${Protobuf_VERSION})")
+    "${runtime_package} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+# Most programs include no message header; apt brings what those that do need, unless told not to.
+set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_RECOMMENDS
+    "libprotobuf-dev (>= ${Protobuf_VERSION})")
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_DESCRIPTION
     "data model of packet-filter rules, development files\n${about}")
 

@@ -13,7 +13,8 @@ mv "$first" "$prefix"
 for file in include/filter_common/filter_{types,serialized,matches,actions,counter,entries,groups}.h \
   include/filter_common/filter_{matches,actions,entries,groups}_c.h \
   include/filter_common/filter_{matches,actions,counter,entries,groups}.pb.h \
-  share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto; do
+  share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto \
+  share/doc/filter_common/{README.md,docs/design.md}; do
   [[ -f "$prefix/$file" ]] || { echo "install: $file is missing"; exit 1; }
 done
 
