@@ -68,5 +68,4 @@ function(filter_common_install libdir docdir prefix)
   endforeach()
 endfunction()
 
-filter_common_install(
-  ${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/${PROJECT_NAME} "")
+filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DOCDIR} "")

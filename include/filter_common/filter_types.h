@@ -19,6 +19,11 @@
 
 #include <limid/limid.h>
 
+// Checked containers are laid out unlike plain ones, and both sides of the interface must agree.
+#if defined(__cplusplus) && defined(_GLIBCXX_DEBUG) && !defined(FILTER_COMMON_GLIBCXX_DEBUG)
+#error "-D_GLIBCXX_DEBUG needs a library that was built with it; docs/porting.md says how"
+#endif
+
 // Marks what the shared library exports; everything else stays hidden inside it.
 #define FILTERS_API __attribute__((visibility("default")))
 
