@@ -7,5 +7,9 @@ set(FILTER_COMMON_GOOGLETEST_SOURCE "" CACHE PATH
 if(FILTER_COMMON_GOOGLETEST_SOURCE)
   add_subdirectory(${FILTER_COMMON_GOOGLETEST_SOURCE} googletest EXCLUDE_FROM_ALL SYSTEM)
 else()
-  find_package(GTest 1.12 REQUIRED)
+  find_package(GTest 1.12)
+  if(NOT GTest_FOUND)
+    message(FATAL_ERROR "The tests need GoogleTest 1.12 or later: run scripts/setup, or build without "
+                        "tests, with -DBUILD_TESTING=OFF")
+  endif()
 endif()

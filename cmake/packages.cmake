@@ -35,6 +35,7 @@ foreach(kind runtime development)
           COMPONENT filter_common_package_${kind} EXCLUDE_FROM_ALL)
 endforeach()
 
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/packing_tools.cmake)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "filter_common maintainers <maintainers@filter-common.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")

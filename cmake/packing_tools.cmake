@@ -1,0 +1,7 @@
+# Read by CPack before it packs: without these tools it would make packages that depend on nothing.
+foreach(tool dpkg-shlibdeps file)
+  find_program(found_${tool} ${tool})
+  if(NOT found_${tool})
+    message(FATAL_ERROR "Packing needs ${tool}: run scripts/setup package")
+  endif()
+endforeach()
