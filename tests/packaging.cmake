@@ -44,6 +44,9 @@ set_tests_properties(install PROPERTIES FIXTURES_SETUP installed)
 filter_common_add_package_test(consumer consumer_test.sh ${prefix})
 set_tests_properties(consumer PROPERTIES FIXTURES_REQUIRED installed)
 
+# In a subfolder of somebody else's project.
+filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DIR})
+
 # Against the other pair of platform libraries.
 filter_common_add_package_test(
   device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR})

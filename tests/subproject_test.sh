@@ -1,0 +1,34 @@
+#!/bin/bash
+# Configures a project that has the library in a subfolder: nothing of it is installed unless asked,
+# what holds for the whole build stays the parent's choice, and a static library is refused.
+#   subproject_test.sh <folder of the sources>
+# The environment names the tools, as tests/packaging.cmake sets it.
+set -euo pipefail
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+unset CMAKE_BUILD_TYPE
+
+cat >"$work/CMakeLists.txt" <<END
+cmake_minimum_required(VERSION 3.25)
+project(parent LANGUAGES CXX)
+add_subdirectory("$1" filter_common)
+get_target_property(ignored filter_common::filter_common TYPE)
+get_target_property(ignored filter_common::messages TYPE)
+END
+options=()
+[[ -z "${FIND_ROOT_PATH:-}" ]] || options+=(-DCMAKE_FIND_ROOT_PATH="$FIND_ROOT_PATH")
+cmake -S "$work" -B "$work/build" "${options[@]}"
+if grep -E '^(BUILD_|CMAKE_BUILD_TYPE:[A-Z]*=.|CMAKE_C(XX)?_STANDARD|CPACK_|DART_)' \
+  "$work/build/CMakeCache.txt"; then
+  echo "subproject: the library settled this for its parent"
+  exit 1
+fi
+# Nothing is built, so whatever were to be installed would be missing.
+cmake --install "$work/build" --prefix "$work/installed"
+[[ ! -e $work/installed ]]
+
+if cmake -S "$work" -B "$work/static" "${options[@]}" -DBUILD_SHARED_LIBS=OFF 2>"$work/refusal"; then
+  echo "subproject: the parent's wish for static libraries was passed over"
+  exit 1
+fi
+grep 'BUILD_SHARED_LIBS=OFF is not offered' "$work/refusal"
