@@ -9,7 +9,7 @@ if(FILTER_COMMON_GOOGLETEST_SOURCE)
 else()
   find_package(GTest 1.12)
   if(NOT GTest_FOUND)
-    message(FATAL_ERROR "The tests need GoogleTest 1.12 or later: run scripts/setup, or build without "
-                        "tests, with -DBUILD_TESTING=OFF")
+    message(FATAL_ERROR "The tests need GoogleTest 1.12 or later: run scripts/setup, or build "
+                        "without tests, with -DBUILD_TESTING=OFF")
   endif()
 endif()

@@ -1,6 +1,6 @@
 # What is installed, and as what others find it: find_package(filter_common 1), or
-# `pkg-config filter_common`, both with a part of its own for messages. Every path is found from where these files lie, so the installed tree
-# may be moved.
+# `pkg-config filter_common`, both with a part of its own for messages. Every path is found from
+# where these files lie, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(shipped_libraries filter_common)

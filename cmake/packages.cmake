@@ -17,13 +17,19 @@ filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
 
+# The packages must name somebody, and only who makes them knows whom. Until then it is the
+# administrator of the machine that they are installed on, by the address that every machine has.
+set(FILTER_COMMON_CONTACT "nobody named by the packager <root@localhost>" CACHE STRING
+    "Who answers for the packages, and takes reports of faults: Name <address>")
+
 # Debian's own changelog counts the packagings of a version, the project's says what changed.
-set(changelog_sources CHANGELOG.md packaging/debian/changelog)
+configure_file(packaging/debian/changelog.in packaging/changelog @ONLY)
+set(changelog_sources ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_BINARY_DIR}/packaging/changelog)
 set(changelogs changelog.gz changelog.Debian.gz)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changelog_sources})
 foreach(source packed IN ZIP_LISTS changelog_sources changelogs)
   execute_process(
-    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${source}
+    COMMAND gzip -9nc ${source}
     OUTPUT_FILE ${PROJECT_BINARY_DIR}/${packed}
     COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
@@ -37,7 +43,7 @@ endforeach()
 
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/packing_tools.cmake)
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "filter_common maintainers <maintainers@filter-common.example>")
+set(CPACK_PACKAGE_CONTACT ${FILTER_COMMON_CONTACT})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_COMPONENTS_ALL filter_common_package_runtime filter_common_package_development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

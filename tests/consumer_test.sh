@@ -1,6 +1,6 @@
 #!/bin/bash
-# Builds the examples as somebody else would, as they are installed, and runs them: with find_package,
-# with and without the message runtime's development files, and with pkg-config.
+# Builds the examples that were installed, as somebody else would, and runs them: with find_package,
+# once without the message runtime's development files, and with pkg-config.
 #   consumer_test.sh <prefix of the installed tree>
 # The environment names the tools, as tests/packaging.cmake sets it.
 set -euo pipefail

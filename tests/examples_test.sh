@@ -34,6 +34,7 @@ done
 # Left out where the message runtime's headers are missing.
 if [[ -e change_message ]]; then
   "${send_group[@]}" | "${@:2}" ./change_message | "${receive_group[@]}" >"$work/changed"
-  awk '/^    Priority:/ { $0 = "    Priority: " $2 + 1000 } 1' "$work/expected" | cmp - "$work/changed"
+  awk '/^    Priority:/ { $0 = "    Priority: " $2 + 1000 } 1' "$work/expected" |
+    cmp - "$work/changed"
 fi
 echo "examples: passed"

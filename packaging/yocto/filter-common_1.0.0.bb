@@ -5,7 +5,7 @@ SUMMARY = "Data model of packet-filter rules"
 DESCRIPTION = "Rules of packet filters (matches, actions, policers, counters) for the control plane \
 of switches and routers, and their way between processes as bytes."
 SECTION = "libs"
-# The sources state no licence; put in what was agreed with their maintainers.
+# No licence has been granted yet, and the project's owner decides: put in what was agreed.
 LICENSE = "CLOSED"
 
 SRC_URI = "git://REPOSITORY;protocol=https;branch=main \
