@@ -1,0 +1,121 @@
+// Prints what each type and each stage of a group admits, in Markdown: docs/capabilities.md is its
+// output.
+
+#include <filter_common/filter_groups.h>
+
+#include <iostream>
+#include <string>
+
+namespace fc = FiltersCommon;
+
+namespace {
+
+template <class Code>
+struct Row {
+  Code code;
+  const char* enumerator;
+  const char* className;
+};
+
+const Row<fc::filtersMatch_t> kMatches[] = {
+#define FILTERS_MATCH(code, T, blank) {fc::code, #code, #T},
+#include "match_catalogue.def"
+};
+
+const Row<fc::filtersAction_t> kActions[] = {
+#define FILTERS_ACTION(code, T, blank) {fc::code, #code, #T},
+#include "action_catalogue.def"
+};
+
+// What stands behind FILTERS_GROUP_TYPE_ and FILTERS_GROUP_STAGE_.
+std::string nameOf(fc::filtersGroupType_t type) {
+  return type == fc::FILTERS_GROUP_TYPE_NONE ? "NONE" : std::to_string(type);
+}
+
+std::string nameOf(fc::filtersGroupStage_t stage) {
+#define STAGE(name) \
+  if (stage == fc::FILTERS_GROUP_STAGE_##name) return #name
+  STAGE(NONE);
+  STAGE(LOOKUP);
+  STAGE(INGRESS);
+  STAGE(EGRESS);
+#undef STAGE
+  return std::to_string(stage);
+}
+
+// A column for each type or stage that the library's table has, behind those of the codes.
+template <class Table>
+void printHead(const std::string& columns, const std::string& rule, const Table& table) {
+  std::cout << '\n' << columns;
+  for (const auto& [key, codes] : table) std::cout << ' ' << nameOf(key) << " |";
+  std::cout << '\n' << rule;
+  for (std::size_t i = 0; i < table.size(); ++i) std::cout << " :-: |";
+  std::cout << '\n';
+}
+
+template <class Table, class Code>
+void printCells(const Table& table, Code code) {
+  for (const auto& [key, codes] : table) std::cout << (codes.count(code) != 0 ? " x |" : "   |");
+  std::cout << '\n';
+}
+
+template <class Rows, class Table>
+void printTable(const std::string& kind, const Rows& rows, const Table& table) {
+  printHead("| " + kind + " | class |", "| --- | --- |", table);
+  for (const auto& row : rows) {
+    std::cout << "| `" << row.enumerator << "` | `" << row.className << "` |";
+    printCells(table, row.code);
+  }
+}
+
+void printTypes() {
+  const auto& table = fc::FiltersGroup::StageTypesDescription_;
+  printHead("| type |", "| --- |", table);
+  for (const auto& [type, matches] : fc::FiltersGroup::TypeDescription_) {
+    std::cout << "| `FILTERS_GROUP_TYPE_" << nameOf(type) << "` |";
+    printCells(table, type);
+  }
+}
+
+// No table of these is published, so the check is asked.
+void printPolicerStages() {
+  const fc::FiltersGroup group(0);
+  std::cout << "\n| stage | policer stages |\n| --- | --- |\n";
+  for (const auto& [stage, types] : fc::FiltersGroup::StageTypesDescription_) {
+    std::cout << "| `FILTERS_GROUP_STAGE_" << nameOf(stage) << "` |";
+#define POLICER(name)                                                                     \
+  if (const policer::Policer policer(1, policer::Stage::name, policer::Mode::None(), {}); \
+      group.groupPolicerValidation(policer, stage) == fc::FILTERS_OK) {                   \
+    std::cout << " `" #name "`";                                                          \
+  }
+    POLICER(None)
+    POLICER(Ingress)
+    POLICER(Egress)
+#undef POLICER
+    std::cout << " |\n";
+  }
+}
+
+}  // namespace
+
+int main() {
+  std::cout << "# What groups admit\n\n"
+               "The output of `examples/capabilities`; change the library, not this file.\n\n"
+               "## The matches of each group type\n\n"
+               "`FiltersGroup::TypeDescription_`: column 3 is `FILTERS_GROUP_TYPE_3`. Others are\n"
+               "`FILTERS_ERR_MATCH_NOT_ALLOWED`. `MatchDSCP` has the code of `MatchToS`.\n";
+  printTable("match", kMatches, fc::FiltersGroup::TypeDescription_);
+  std::cout << "\n## The actions of each stage\n\n"
+               "`FiltersGroup::StageActionsDescription_`: column LOOKUP is\n"
+               "`FILTERS_GROUP_STAGE_LOOKUP`. Others are `FILTERS_ERR_ACTION_NOT_ALLOWED`.\n";
+  printTable("action", kActions, fc::FiltersGroup::StageActionsDescription_);
+  std::cout
+      << "\n## The types of each stage\n\n"
+         "`FiltersGroup::StageTypesDescription_`. Others are `FILTERS_ERR_TYPE_NOT_ALLOWED`.\n";
+  printTypes();
+  std::cout << "\n## The policers of each stage\n\n"
+               "The `policer::Stage` that the group's stage requires, and None, which fits\n"
+               "everywhere. Others are `FILTERS_ERR_POLICER_STAGE`.\n";
+  printPolicerStages();
+  return std::cout.flush() ? 0 : 1;
+}
