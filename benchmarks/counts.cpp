@@ -73,7 +73,9 @@ int main() {
   {
     FiltersGroup filled = makeEmptyGroup();
     Meter meter;
-    for (const auto& [id, rule] : group.getEntriesRef()) filled.insertEntry(rule);
+    for (const auto& [id, rule] : group.getEntriesRef()) {
+      require(filled.insertEntry(rule) == FILTERS_OK, "a rule is refused");
+    }
     print("insert.allocations", meter.allocationsARule());
     print("held", meter.heldBytes() / kRules);
   }

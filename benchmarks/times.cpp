@@ -79,7 +79,9 @@ struct Fixture {
  private:
   void insertAll(const std::vector<const FiltersEntry*>& entries) const {
     made_.emplace(makeEmptyGroup());
-    for (const FiltersEntry* rule : entries) made_->insertEntry(*rule);
+    for (const FiltersEntry* rule : entries) {
+      require(made_->insertEntry(*rule) == FILTERS_OK, "a rule is refused");
+    }
   }
   mutable std::optional<FiltersGroup> made_;
   mutable std::string out_;

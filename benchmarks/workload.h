@@ -56,18 +56,20 @@ inline policer::Policer makePolicer() {
 inline FiltersEntry makeRule(unsigned id) {
   FiltersEntry rule(id);
   rule.setPriority(id);
-  rule.setMatch(MatchIngressPorts(std::list<limid_t>(std::begin(kPorts), std::end(kPorts))));
-  rule.setMatch(
-      MatchExternalVlanId(std::set<unsigned short>(std::begin(kVlans), std::end(kVlans))));
-  rule.setMatch(MatchTPID(kTpid));
-  rule.setMatch(MatchDstMac(kMac, kMask));
-  rule.setMatch(MatchSrcMac(kMac, kMask));
-  rule.setAction(ActionPermit());
-  rule.setAction(ActionSetPcp(kPcp));
-  rule.setAction(ActionRedirect(kPorts[0]));
-  for (unsigned short counter = 0; counter < 2; ++counter) {
-    rule.setCounter(Counter(counter, kCounters[counter]));
-  }
+  const filtersErr_t results[] = {
+      rule.setMatch(MatchIngressPorts(std::list<limid_t>(std::begin(kPorts), std::end(kPorts)))),
+      rule.setMatch(
+          MatchExternalVlanId(std::set<unsigned short>(std::begin(kVlans), std::end(kVlans)))),
+      rule.setMatch(MatchTPID(kTpid)),
+      rule.setMatch(MatchDstMac(kMac, kMask)),
+      rule.setMatch(MatchSrcMac(kMac, kMask)),
+      rule.setAction(ActionPermit()),
+      rule.setAction(ActionSetPcp(kPcp)),
+      rule.setAction(ActionRedirect(kPorts[0])),
+      rule.setCounter(Counter(0, kCounters[0])),
+      rule.setCounter(Counter(1, kCounters[1])),
+  };
+  for (filtersErr_t result : results) require(result == FILTERS_OK, "a part of a rule is refused");
   rule.setPolicer(makePolicer());
   return rule;
 }

@@ -19,7 +19,7 @@ std::unique_ptr<FiltersGroup> groupOf(FiltersGroupPB head) {
   for (const FiltersEntryPB& message : entries) {
     FiltersEntry entry;
     entry.convertFromFiltersEntryPB(&message);
-    group->insertEntry(entry);
+    static_cast<void>(group->insertEntry(entry));  // left out when it is refused
   }
   return group;
 }

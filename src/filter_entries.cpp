@@ -173,7 +173,7 @@ filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) {
 
 filtersErr_t FiltersEntry::setActions(const Actions& actions) {
   FiltersEntry fresh;
-  fresh.copyActions(actions);  // which refuses nothing
+  static_cast<void>(fresh.copyActions(actions));  // which refuses nothing
   actions_.clear();
   copy_map(actions_, fresh.actions_);
   return FILTERS_OK;

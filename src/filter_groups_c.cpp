@@ -40,7 +40,7 @@ void filtersGroupSetStage(FiltersGroup* g, filtersGroupStage_t s) {
   FILTERS_ASSERT(g != nullptr,
                  "void FiltersCommon::filtersGroupSetStage(FiltersCommon::FiltersGroup*, "
                  "FiltersCommon::filtersGroupStage_t)");
-  g->setStage(s);
+  static_cast<void>(g->setStage(s));
 }
 
 filtersGroupStage_t filtersGroupGetStage(FiltersGroup* g) {

@@ -223,7 +223,7 @@ TEST(FailingMemory, LeavesNothingOfAListBehind) {
   trial("getRedirectPorts", [a = redirectTo(ports)] { a.getRedirectPorts(); });
   trial("getPorts", [a = ActionBlockEgressPorts(ports)] { a.getPorts(); });
   trial(
-      "setPorts", [&] { return match; }, [](auto& m) { m.setPorts({kEth4}); }, seen);
+      "setPorts", [&] { return match; }, [](auto& m) { return m.setPorts({kEth4}); }, seen);
 }
 
 // --- Entries and groups --------------------------------------------------------------------------
@@ -270,7 +270,7 @@ FiltersGroup fullGroup() {
   FiltersGroup group = groupOf(2, 1);
   FiltersEntry entry = entryOf({0, 1, 2, 4, 7}, {3, 5, 11}, policer::Stage::Ingress);
   entry.setPolicerParent(policerAt(policer::Stage::Egress));
-  entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS});
+  EXPECT_EQ(entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(FiltersEntry(8)), FILTERS_OK);
   return group;
@@ -285,13 +285,13 @@ TEST(FailingMemory, LeavesAnEntryAsItWas) {
   const auto actions = actionsOf({1, 3, 11, 18});
   using E = FiltersEntry;
   trial(
-      "entry: setMatches", make, [&](E& e) { e.setMatches(matches); }, seen);
+      "entry: setMatches", make, [&](E& e) { return e.setMatches(matches); }, seen);
   trial(
-      "entry: copyMatches", make, [&](E& e) { e.copyMatches(matches); }, seen, Valid);
+      "entry: copyMatches", make, [&](E& e) { return e.copyMatches(matches); }, seen, Valid);
   trial(
-      "entry: setActions", make, [&](E& e) { e.setActions(actions); }, seen);
+      "entry: setActions", make, [&](E& e) { return e.setActions(actions); }, seen);
   trial(
-      "entry: copyActions", make, [&](E& e) { e.copyActions(actions); }, seen, Valid);
+      "entry: copyActions", make, [&](E& e) { return e.copyActions(actions); }, seen, Valid);
   trial(
       "entry: setPolicer", make, [&](E& e) { e.setPolicer(full.getPolicer()); }, seen);
   trial(
@@ -299,7 +299,7 @@ TEST(FailingMemory, LeavesAnEntryAsItWas) {
   trial(
       "entry: setCounter", make,
       [&](E& e) {
-        e.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS});
+        EXPECT_EQ(e.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
       },
       seen);
   const FiltersEntryPB message = messageOf(full);
@@ -321,7 +321,7 @@ TEST(FailingMemory, LeavesAGroupAsItWas) {
   const auto make = [&] { return full; };
   using G = FiltersGroup;
   trial(
-      "group: insertEntry", make, [&](G& g) { g.insertEntry(entry); }, seen);
+      "group: insertEntry", make, [&](G& g) { return g.insertEntry(entry); }, seen);
   trial(
       "group: assign", [] { return FiltersGroup(1); }, [&](G& g) { g = full; }, seen);
   trial("group: to a message", [&] { full.convertToFiltersGroupPB(); });
@@ -380,7 +380,7 @@ TEST(FailingMemory, LosesTheReplacedEntryWhenItsSuccessorCannotBeCopied) {
     ASSERT_EQ(group.insertEntry(entry), FILTERS_OK);
     memory::Refusal refusal(allowed, false);
     try {
-      group.insertEntry(entry);
+      EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
     } catch (const std::bad_alloc&) {
     }
     refused = memory::Refusal::end();
@@ -516,7 +516,7 @@ TEST(FailingMemory, LeavesTheGroupOfAHandleAsItWas) {
   entry.setId(9);
   trial(
       "filtersGroupInsertEntry", fullGroup,
-      [&](FiltersGroup& g) { filtersGroupInsertEntry(&g, &entry); }, seen);
+      [&](FiltersGroup& g) { return filtersGroupInsertEntry(&g, &entry); }, seen);
   trial(
       "filtersGroupGetEntries", [] { return Record(); },
       [&](Record& r) { filtersGroupGetEntries(&group, &r); }, seen);

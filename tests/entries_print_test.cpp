@@ -25,12 +25,12 @@ TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
   first.setPriority(10);
   first.setPolicer(kPolicer);
   first.setPolicerParent(kPolicer);
-  first.setCounter({300, FILTERS_COUNTER_TYPE_NOT_RED_OCTETS});
-  first.setMatch(MatchTPID(0x8100));
-  first.setAction(ActionSetDSCP(46));
+  EXPECT_EQ(first.setCounter({300, FILTERS_COUNTER_TYPE_NOT_RED_OCTETS}), FILTERS_OK);
+  EXPECT_EQ(first.setMatch(MatchTPID(0x8100)), FILTERS_OK);
+  EXPECT_EQ(first.setAction(ActionSetDSCP(46)), FILTERS_OK);
   FiltersEntry second(20);
   second.setPriority(21);
-  second.setCounter({300, FILTERS_COUNTER_TYPE_OCTETS});
+  EXPECT_EQ(second.setCounter({300, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
   std::ostringstream os;
   os << first << second;
   EXPECT_EQ(os.str(), R"(  =FiltersEntry=
@@ -125,7 +125,7 @@ TEST(EntryPrinting, FlushesTheLinesOfItsOwn) {
   } buffer;
   FiltersEntry entry;
   entry.setPolicer(kPolicer);
-  entry.setCounter({2, FILTERS_COUNTER_TYPE_PACKETS});
+  EXPECT_EQ(entry.setCounter({2, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
   entry.setPolicerParent(kUnstaged);
   std::ostream(&buffer) << entry;
   EXPECT_EQ(buffer.flushes, 3 + 2 + 1 + 2);  // head, policer, counter, parent

@@ -154,9 +154,9 @@ TEST(Entries, RefuseAMatchForAnyOneOfThoseHeld) {
   FiltersEntry entry = fullEntry();
   EXPECT_EQ(entry.setMatch(MatchDstL4PortRange(1, 2)), FILTERS_ERR_INVALID);
   EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_ERR_INVALID);
-  entry.deleteMatch(FILTERS_MATCH_SRC_IPV4);
+  EXPECT_EQ(entry.deleteMatch(FILTERS_MATCH_SRC_IPV4), FILTERS_OK);
   EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_ERR_INVALID);
-  entry.deleteMatch(FILTERS_MATCH_DST_IPV4);
+  EXPECT_EQ(entry.deleteMatch(FILTERS_MATCH_DST_IPV4), FILTERS_OK);
   EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_OK);
 }
 
@@ -178,7 +178,7 @@ TEST(Entries, SetMatchesInPlaceOfAllHeldOrNone) {
   const auto given = withOddities<Match, MatchCpuPort>(matchesOf({14, 26}), filtersMatch_t(35));
   EXPECT_EQ(entry.setMatches(given), FILTERS_OK);
   EXPECT_EQ(heldMatches(entry), (Codes{14, 26, 30}));
-  entry.setMatch(MatchTTL(9));
+  EXPECT_EQ(entry.setMatch(MatchTTL(9)), FILTERS_OK);
   const FiltersEntry before(entry);
   EXPECT_EQ(entry.setMatches(matchesOf({5, 9, 14, 26})), FILTERS_ERR_INVALID);
   EXPECT_TRUE(entry == before);
@@ -191,15 +191,15 @@ TEST(Entries, CopyMatchesInOrderOfTheKeysUpToTheFirstRefusal) {
   FiltersEntry::Matches given = matchesOf({0, 5, 26});
   given[filtersMatch_t(1)] = std::make_unique<MatchSrcIPv6>(kIPv6);
   given[filtersMatch_t(6)] = std::make_unique<MatchSrcIPv4>(kIPv4);
-  entry.setMatch(MatchTTL(9));
+  EXPECT_EQ(entry.setMatch(MatchTTL(9)), FILTERS_OK);
   EXPECT_EQ(entry.copyMatches(given), FILTERS_ERR_INVALID);
   EXPECT_EQ(heldMatches(entry), (Codes{0, 5, 14, 26}));
   MatchTTL ttl(0);
-  entry.getMatch(ttl);
+  EXPECT_EQ(entry.getMatch(ttl), FILTERS_OK);
   EXPECT_EQ(ttl.getTTL(), 9);
   given.erase(filtersMatch_t(6));
   EXPECT_EQ(entry.copyMatches(given), FILTERS_OK);
-  entry.getMatch(ttl);
+  EXPECT_EQ(entry.getMatch(ttl), FILTERS_OK);
   EXPECT_EQ(ttl.getTTL(), 64);
 }
 
@@ -310,32 +310,32 @@ TEST(Entries, DifferInEachSingleValue) {
       [](E e) { e.setPolicerParent(policerAt(policer::Stage::None, 1)); },
       [](E e) { e.deleteCounters(); },
       [](E e) {
-        e.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS});
+        EXPECT_EQ(e.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
       },
       [](E e) {
-        e.setCounter({2, FILTERS_COUNTER_TYPE_OCTETS});
+        EXPECT_EQ(e.setCounter({2, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
       },
-      [](E e) { e.setMatches(matchesOf({26})); },
+      [](E e) { EXPECT_EQ(e.setMatches(matchesOf({26})), FILTERS_OK); },
       [](E e) {
-        e.setMatches(matchesOf({26, 30}));
-      },
-      [](E e) {
-        e.setMatches(matchesOf({0, 26, 30}));
-      },
-      [](E e) { e.setMatch(MatchTTL(1)); },
-      [](E e) { e.setActions(actionsOf({5})); },
-      [](E e) {
-        e.setActions(actionsOf({5, 16}));
+        EXPECT_EQ(e.setMatches(matchesOf({26, 30})), FILTERS_OK);
       },
       [](E e) {
-        e.setActions(actionsOf({0, 5, 16}));
+        EXPECT_EQ(e.setMatches(matchesOf({0, 26, 30})), FILTERS_OK);
       },
-      [](E e) { e.setAction(ActionSetPcp(1)); },
+      [](E e) { EXPECT_EQ(e.setMatch(MatchTTL(1)), FILTERS_OK); },
+      [](E e) { EXPECT_EQ(e.setActions(actionsOf({5})), FILTERS_OK); },
+      [](E e) {
+        EXPECT_EQ(e.setActions(actionsOf({5, 16})), FILTERS_OK);
+      },
+      [](E e) {
+        EXPECT_EQ(e.setActions(actionsOf({0, 5, 16})), FILTERS_OK);
+      },
+      [](E e) { EXPECT_EQ(e.setAction(ActionSetPcp(1)), FILTERS_OK); },
   };
   std::vector<FiltersEntry> entries;
   for (const auto& change : changes) {
     entries.push_back(entryOf({0, 26}, {0, 5}));
-    entries.back().setCounter({1, FILTERS_COUNTER_TYPE_PACKETS});
+    EXPECT_EQ(entries.back().setCounter({1, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
     change(entries.back());
   }
   for (const FiltersEntry& a : entries) {

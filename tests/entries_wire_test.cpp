@@ -63,8 +63,8 @@ TEST(EntryMessage, KeepsTheLastOfRepeatedMatchesAndActions) {
   message.mutable_matches_(1)->set_ttl_(2);
   message.mutable_actions_(1)->set_pcp_(3);
   FiltersEntry expected;
-  expected.setMatch(MatchTTL(2));
-  expected.setAction(ActionSetPcp(3));
+  EXPECT_EQ(expected.setMatch(MatchTTL(2)), FILTERS_OK);
+  EXPECT_EQ(expected.setAction(ActionSetPcp(3)), FILTERS_OK);
   EXPECT_TRUE(fromMessage(message) == expected);
 }
 
@@ -84,7 +84,7 @@ TEST(EntryMessage, KeepsRepeatedAndInvalidCounterTypes) {
 
 TEST(EntryMessage, AddsToAnEntryThatHoldsSomething) {
   FiltersEntry entry = entryOf({9, 26}, {0, 5});
-  entry.setCounter({1, FILTERS_COUNTER_TYPE_PACKETS});
+  EXPECT_EQ(entry.setCounter({1, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
   entry.setPolicerParent(policerAt(policer::Stage::Egress));
   FiltersEntryPB message = messageWith({14, 26, 27}, {1});
   message.set_id_(70);

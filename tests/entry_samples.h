@@ -52,8 +52,8 @@ inline FiltersEntry fullEntry() {
   FiltersEntry entry = entryOf(kIPv4Codes, kActionCodes, policer::Stage::Ingress);
   entry.setPriority(300);
   entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
-  entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS});
-  entry.setCounter({2, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS});
+  EXPECT_EQ(entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
+  EXPECT_EQ(entry.setCounter({2, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS}), FILTERS_OK);
   return entry;
 }
 

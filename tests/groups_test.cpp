@@ -50,7 +50,7 @@ TEST(Groups, TakeTheirOwnEntriesAndKeysAsArguments) {
   FiltersGroup group = groupOf(0, 1);
   FiltersEntry entry = entryOf({0, 4}, {3, 5});
   entry.setPolicerParent(policerAt(policer::Stage::Egress));
-  group.insertEntry(entry);
+  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(group.getEntriesRef().at(7)), FILTERS_OK);
   EXPECT_TRUE(group.getEntriesRef().at(7) == entry);
   EXPECT_EQ(group.removeEntry(group.getEntriesRef().begin()->first), FILTERS_OK);
@@ -75,7 +75,7 @@ TEST(Groups, RefuseAnEntryByMatchThenActionThenPolicerAndKeepItsPredecessor) {
     EXPECT_EQ(groupOf(c.stage, c.type).insertEntry(c.entry), c.result) << c.stage << ' ' << c.type;
   }
   FiltersGroup group(1);
-  group.insertEntry(entryWith(7, 1));
+  EXPECT_EQ(group.insertEntry(entryWith(7, 1)), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(all), FILTERS_ERR_MATCH_NOT_ALLOWED);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 1}}));
 }
@@ -84,14 +84,14 @@ TEST(Groups, CheckTheTypeThenEntryByEntryBeforeAChangeOfStage) {
   FiltersGroup group = groupOf(2, 0);
   FiltersEntry staged = entryOf({}, {}, policer::Stage::Ingress);
   staged.setId(1);
-  group.insertEntry(entryOf({}, {10}));
+  EXPECT_EQ(group.insertEntry(entryOf({}, {10})), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
-  group.insertEntry(staged);
+  EXPECT_EQ(group.insertEntry(staged), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // of the first
-  staged.setAction(ActionRedirect(kEth3));
-  group.insertEntry(staged);
+  EXPECT_EQ(staged.setAction(ActionRedirect(kEth3)), FILTERS_OK);
+  EXPECT_EQ(group.insertEntry(staged), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_LOOKUP), FILTERS_ERR_ACTION_NOT_ALLOWED);
-  group.setType(FILTERS_GROUP_TYPE_1);
+  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_1), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_LOOKUP), FILTERS_ERR_TYPE_NOT_ALLOWED);
   EXPECT_EQ(group.getStage(), FILTERS_GROUP_STAGE_INGRESS);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
@@ -99,10 +99,10 @@ TEST(Groups, CheckTheTypeThenEntryByEntryBeforeAChangeOfStage) {
 
 TEST(Groups, CheckTheStageThenEntryByEntryBeforeAChangeOfType) {
   FiltersGroup group = groupOf(0, 1);
-  group.insertEntry(FiltersEntry(1));
-  group.insertEntry(entryOf({30}));
+  EXPECT_EQ(group.insertEntry(FiltersEntry(1)), FILTERS_OK);
+  EXPECT_EQ(group.insertEntry(entryOf({30})), FILTERS_OK);
   EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_2), FILTERS_ERR_MATCH_NOT_ALLOWED);
-  group.setStage(FILTERS_GROUP_STAGE_INGRESS);
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
   EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_4), FILTERS_ERR_TYPE_NOT_ALLOWED);
   EXPECT_EQ(group.getType(), FILTERS_GROUP_TYPE_1);
   EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_1), FILTERS_OK);
@@ -111,10 +111,10 @@ TEST(Groups, CheckTheStageThenEntryByEntryBeforeAChangeOfType) {
 TEST(Groups, CopyIndependently) {
   FiltersGroup group = groupOf(2, 4);  // a pair that no setter lets in: copies are not checked
   group.setPriority(9);
-  group.insertEntry(entryOf({0}));
+  EXPECT_EQ(group.insertEntry(entryOf({0})), FILTERS_OK);
   FiltersGroup copy(group);
   EXPECT_TRUE(copy == group);
-  copy.removeEntry(7);
+  EXPECT_EQ(copy.removeEntry(7), FILTERS_OK);
   group.getEntries().at(7).setPriority(5);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 0}}));
   FiltersGroup other(9);
@@ -126,9 +126,11 @@ TEST(Groups, DifferInEachSingleField) {
   const auto make = [](int id, int priority, int stage, int type, const Priorities& entries) {
     FiltersGroup group(static_cast<unsigned short>(id));
     group.setPriority(static_cast<unsigned short>(priority));
-    group.setStage(filtersGroupStage_t(stage));
-    group.setType(filtersGroupType_t(type));
-    for (const auto& [entryId, of] : entries) group.insertEntry(entryWith(entryId, of));
+    EXPECT_EQ(group.setStage(filtersGroupStage_t(stage)), FILTERS_OK);
+    EXPECT_EQ(group.setType(filtersGroupType_t(type)), FILTERS_OK);
+    for (const auto& [entryId, of] : entries) {
+      EXPECT_EQ(group.insertEntry(entryWith(entryId, of)), FILTERS_OK);
+    }
     return group;
   };
   const FiltersGroup groups[] = {
@@ -149,12 +151,12 @@ TEST(Groups, DifferInEachSingleField) {
 TEST(Groups, PrintTheirFieldsThenTheirEntries) {
   FiltersGroup group(65535);
   group.setPriority(10);
-  group.setStage(FILTERS_GROUP_STAGE_INGRESS);
-  group.setType(FILTERS_GROUP_TYPE_11);
-  group.insertEntry(entryWith(30, 40));
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
+  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_11), FILTERS_OK);
+  EXPECT_EQ(group.insertEntry(entryWith(30, 40)), FILTERS_OK);
   FiltersEntry entry = entryWith(20);
-  entry.setMatch(MatchTPID(0x88a8));  // leaves the stream in hexadecimal
-  group.insertEntry(entry);
+  EXPECT_EQ(entry.setMatch(MatchTPID(0x88a8)), FILTERS_OK);  // leaves the stream in hexadecimal
+  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
   EXPECT_EQ(printed(group), R"(=FiltersGroup=
   ID: 65535
   Priority: 10

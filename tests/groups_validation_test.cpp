@@ -86,7 +86,7 @@ TEST(GroupValidation, AdmitsMatchesByType) {
     const int former = rowWith(kMatchesOfType, code);
     if (former < 0) return;
     FiltersGroup group = groupOf(0, former);
-    group.insertEntry(entry);
+    EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
     EXPECT_EQ(group.setType(Type(type)), expected);
     EXPECT_EQ(group.getType(), expected == FILTERS_OK ? type : former);
   });
@@ -99,7 +99,7 @@ TEST(GroupValidation, AdmitsActionsByStage) {
     EXPECT_EQ(groupOf(stage, 0).insertEntry(entry), expected);
     const int former = rowWith(kActionsOfStage, code);
     FiltersGroup group = groupOf(former, 0);
-    group.insertEntry(entry);
+    EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
     EXPECT_EQ(group.setStage(Stage(stage)), expected);
     EXPECT_EQ(group.getStage(), expected == FILTERS_OK ? stage : former);
   });
@@ -111,7 +111,7 @@ TEST(GroupValidation, AdmitsPolicersByStage) {
     EXPECT_EQ(kAnyGroup.groupPolicerValidation(entry.getPolicer(), Stage(stage)), expected);
     EXPECT_EQ(groupOf(stage, 0).insertEntry(entry), expected);
     FiltersGroup group = groupOf(rowWith(kPolicersOfStage, of), 0);
-    group.insertEntry(entry);
+    EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
     EXPECT_EQ(group.setStage(Stage(stage)), expected);
     EXPECT_EQ(kAnyGroup.groupPolicerValidation(policerAt(policer::Stage{3}), Stage(stage)),
               FILTERS_ERR_POLICER_STAGE);

@@ -77,7 +77,8 @@ TEST(GroupMessage, KeepsTheLastOfRepeatedIds) {
 
 TEST(GroupMessage, AddsToAGroupThatHoldsEntries) {
   FiltersGroup group = groupOf(0, 1);
-  group.insertEntry(entryOf({30}));  // under id 7, and no longer admitted afterwards
+  // Under id 7, and no longer admitted afterwards.
+  EXPECT_EQ(group.insertEntry(entryOf({30})), FILTERS_OK);
   FiltersGroupPB message;
   message.set_id_(2);
   message.set_stage_(3);
@@ -103,8 +104,8 @@ std::vector<FiltersGroup> fullObjects() {
   for (const auto& [type, codes] : FiltersGroup::TypeDescription_) {
     FiltersGroup group(7);
     group.setPriority(65535);
-    group.setType(type);
-    group.insertEntry(FiltersEntry(4294967295));
+    EXPECT_EQ(group.setType(type), FILTERS_OK);
+    EXPECT_EQ(group.insertEntry(FiltersEntry(4294967295)), FILTERS_OK);
     EXPECT_EQ(group.insertEntry(entryOf({codes.begin(), codes.end()}, {0, 3, 5, 18})), FILTERS_OK);
     groups.push_back(group);
   }
@@ -184,7 +185,7 @@ std::string readWhole(const std::string& bytes) {
   for (const FiltersEntryPB& entryMessage : message.entries_()) {
     FiltersEntry entry;
     entry.convertFromFiltersEntryPB(&entryMessage);
-    group.insertEntry(entry);
+    static_cast<void>(group.insertEntry(entry));
   }
   return bytesOf(group);
 }

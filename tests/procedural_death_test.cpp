@@ -31,9 +31,9 @@ struct Assertion {
   std::vector<Call> calls;
 };
 
-#define CALL(result, function, parameters, ...)                                \
-  {                                                                            \
-    result " FC::" #function "(" parameters ")", [] { function(__VA_ARGS__); } \
+#define CALL(result, function, parameters, ...)                                                   \
+  {                                                                                               \
+    result " FC::" #function "(" parameters ")", [] { static_cast<void>(function(__VA_ARGS__)); } \
   }
 
 // clang-format off

@@ -68,7 +68,7 @@ TEST(Procedural, HandlesADscpAsTheToSByteItIs) {
   EXPECT_EQ(set(entry, *dscp), FILTERS_OK);
   EXPECT_EQ(get(entry, tos), FILTERS_OK);
   EXPECT_EQ(tos.getToS(), 184);
-  entry.setMatch(MatchToS(0x23));
+  EXPECT_EQ(entry.setMatch(MatchToS(0x23)), FILTERS_OK);
   EXPECT_EQ(get(entry, *dscp), FILTERS_OK);
   EXPECT_EQ(matchDSCPGet(dscp), 8);
   deleteMatch(dscp);

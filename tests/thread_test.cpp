@@ -39,7 +39,7 @@ FiltersGroup fullGroup(int stage, filtersGroupType_t type) {
   FiltersGroup group = groupOf(stage, type);
   FiltersEntry entry = entryOf(matches, Codes(allowed.begin(), allowed.end()));
   entry.setPolicerParent(policerAt(policer::Stage::Egress));
-  entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS});
+  EXPECT_EQ(entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(FiltersEntry(8)), FILTERS_OK);
   return group;

@@ -130,12 +130,12 @@ class FILTERS_API FiltersEntry {
   // above, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate: of MatchToS
   // and MatchDSCP, either can be read as the other.
   template <class T>
-  filtersErr_t getMatch(T& out) const;
+  FILTERS_NODISCARD filtersErr_t getMatch(T& out) const;
 
   // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that is not
   // listed above, or when the match cannot stand beside one already held.
   template <class T>
-  filtersErr_t setMatch(const T& match);
+  FILTERS_NODISCARD filtersErr_t setMatch(const T& match);
 
   // Whether the match may join those held, as to the IP version and as to the destination port;
   // only its code matters.
@@ -145,26 +145,26 @@ class FILTERS_API FiltersEntry {
   bool isL4DstPortCompatibleMatch(T match) const;
 
   // FILTERS_ERR_NOT_FOUND when there is none.
-  filtersErr_t deleteMatch(filtersMatch_t code);
+  FILTERS_NODISCARD filtersErr_t deleteMatch(filtersMatch_t code);
 
   // Replaces all matches by copies of the given ones, or none: the first refusal is returned and
   // the entry keeps what it had. Null pointers and unknown codes are skipped; every other match
   // must be of the class of its code.
-  filtersErr_t setMatches(const Matches& matches);
+  FILTERS_NODISCARD filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
   // what was stored before it, or before std::bad_alloc, stays. Otherwise as setMatches().
-  filtersErr_t copyMatches(const Matches& matches);
+  FILTERS_NODISCARD filtersErr_t copyMatches(const Matches& matches);
 
   // --- Actions: as matches; no action excludes another ---
 
   template <class T>
-  filtersErr_t getAction(T& out) const;
+  FILTERS_NODISCARD filtersErr_t getAction(T& out) const;
   template <class T>
-  filtersErr_t setAction(const T& action);
-  filtersErr_t deleteAction(filtersAction_t code);
-  filtersErr_t setActions(const Actions& actions);
-  filtersErr_t copyActions(const Actions& actions);
+  FILTERS_NODISCARD filtersErr_t setAction(const T& action);
+  FILTERS_NODISCARD filtersErr_t deleteAction(filtersAction_t code);
+  FILTERS_NODISCARD filtersErr_t setActions(const Actions& actions);
+  FILTERS_NODISCARD filtersErr_t copyActions(const Actions& actions);
 
   // --- Policer and counters ---
 
@@ -182,9 +182,9 @@ class FILTERS_API FiltersEntry {
   const std::map<unsigned short, Counter>& getCounters() const { return counters_; }
   // Stores the counter in place of one with its id. FILTERS_ERR_INVALID for type 0 and for a type
   // that a held counter has. Deliberate: also when that counter is the very same.
-  filtersErr_t setCounter(const Counter& counter);
+  FILTERS_NODISCARD filtersErr_t setCounter(const Counter& counter);
   // FILTERS_ERR_INVALID_ARGUMENT when there is none.
-  filtersErr_t deleteCounter(unsigned short id);
+  FILTERS_NODISCARD filtersErr_t deleteCounter(unsigned short id);
   filtersErr_t deleteCounters();
 
   // --- Conversion and comparison ---

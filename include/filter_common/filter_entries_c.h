@@ -45,15 +45,17 @@ FILTERS_API filtersEntryPriority_t filtersEntryGetPriority(FiltersEntry* e);
 // FILTERS_ERR_INVALID when it cannot stand beside a match already held. Both: FILTERS_ERR_INVALID
 // for an unknown code and, deliberately, for FILTERS_MATCH_MY_STATION_HIT and
 // FILTERS_MATCH_FORWARDING_TYPE, which only the classes reach.
-FILTERS_API filtersErr_t filtersEntryGetMatch(FiltersEntry* e, Match* m);
-FILTERS_API filtersErr_t filtersEntrySetMatch(FiltersEntry* e, Match* m);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetMatch(FiltersEntry* e, Match* m);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetMatch(FiltersEntry* e, Match* m);
 // FILTERS_ERR_NOT_FOUND when there is none.
-FILTERS_API filtersErr_t filtersEntryDeleteMatch(FiltersEntry* e, filtersMatch_t t);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteMatch(FiltersEntry* e,
+                                                                   filtersMatch_t t);
 
 // The same for actions: FILTERS_ERR_INVALID only for an unknown code.
-FILTERS_API filtersErr_t filtersEntryGetAction(FiltersEntry* e, Action* a);
-FILTERS_API filtersErr_t filtersEntrySetAction(FiltersEntry* e, Action* a);
-FILTERS_API filtersErr_t filtersEntryDeleteAction(FiltersEntry* e, filtersAction_t t);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetAction(FiltersEntry* e, Action* a);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetAction(FiltersEntry* e, Action* a);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteAction(FiltersEntry* e,
+                                                                    filtersAction_t t);
 
 #ifdef __cplusplus
 }  // extern "C"

@@ -55,11 +55,11 @@ class FILTERS_API FiltersGroup {
 
   // Refused by groupStageValidation(); then, entry by entry, by the action and policer checks.
   filtersGroupStage_t getStage() const { return stage_; }
-  filtersErr_t setStage(const filtersGroupStage_t& stage);
+  FILTERS_NODISCARD filtersErr_t setStage(const filtersGroupStage_t& stage);
 
   // Refused by groupStageValidation(); then, entry by entry, by the match check.
   filtersGroupType_t getType() const { return type_; }
-  filtersErr_t setType(const filtersGroupType_t& type);
+  FILTERS_NODISCARD filtersErr_t setType(const filtersGroupType_t& type);
 
   // A copy of every entry.
   std::map<unsigned int, FiltersEntry> getEntries() const { return entries_; }
@@ -69,27 +69,30 @@ class FILTERS_API FiltersGroup {
   // Stores a copy of the entry, in place of one with its id (deliberate: no error). Refused, in
   // this order, by the match check, the action check and the policer check. Should the copy throw
   // std::bad_alloc, the group holds no entry of that id.
-  filtersErr_t insertEntry(const FiltersEntry& entry);
+  FILTERS_NODISCARD filtersErr_t insertEntry(const FiltersEntry& entry);
 
   // FILTERS_ERR_NOT_FOUND when there is none.
-  filtersErr_t removeEntry(const unsigned int& entryId);
+  FILTERS_NODISCARD filtersErr_t removeEntry(const unsigned int& entryId);
 
   // --- The checks, for asking beforehand; they read their arguments and the tables alone ---
 
   // FILTERS_ERR_INVALID for an unknown type, FILTERS_ERR_MATCH_NOT_ALLOWED for a match that the
   // type does not admit.
-  filtersErr_t groupMatchValidation(const FiltersEntry& entry, filtersGroupType_t type) const;
+  FILTERS_NODISCARD filtersErr_t groupMatchValidation(const FiltersEntry& entry,
+                                                      filtersGroupType_t type) const;
   // FILTERS_ERR_INVALID_STAGE for an unknown stage, FILTERS_ERR_ACTION_NOT_ALLOWED for an action
   // that the stage does not admit.
-  filtersErr_t groupActionValidation(const FiltersEntry& entry, filtersGroupStage_t stage) const;
+  FILTERS_NODISCARD filtersErr_t groupActionValidation(const FiltersEntry& entry,
+                                                       filtersGroupStage_t stage) const;
   // FILTERS_ERR_INVALID_STAGE for an unknown stage, FILTERS_ERR_TYPE_NOT_ALLOWED for a type that
   // the stage does not admit.
-  filtersErr_t groupStageValidation(filtersGroupStage_t stage, filtersGroupType_t type) const;
+  FILTERS_NODISCARD filtersErr_t groupStageValidation(filtersGroupStage_t stage,
+                                                      filtersGroupType_t type) const;
   // A policer of stage None fits everywhere, even at an unknown stage; any other is refused with
   // FILTERS_ERR_INVALID_STAGE at an unknown stage and FILTERS_ERR_POLICER_STAGE at a stage that
   // requires another: NONE and LOOKUP require None, INGRESS Ingress, EGRESS Egress.
-  filtersErr_t groupPolicerValidation(const policer::Policer& policer,
-                                      filtersGroupStage_t stage) const;
+  FILTERS_NODISCARD filtersErr_t groupPolicerValidation(const policer::Policer& policer,
+                                                        filtersGroupStage_t stage) const;
 
   // What the checks go by: the matches that each type admits, the actions and the types that each
   // stage admits. Built while the library is loaded.

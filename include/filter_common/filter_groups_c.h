@@ -53,17 +53,20 @@ FILTERS_API filtersGroupStage_t filtersGroupGetStage(FiltersGroup* g);
 // FILTERS_ERR_MATCH_NOT_ALLOWED when an entry has a match that the type does not admit; the type is
 // then unchanged. FILTERS_ERR_INVALID_STAGE only of a group that C++ read from bytes and whose
 // stage is unknown.
-FILTERS_API filtersErr_t filtersGroupSetType(FiltersGroup* g, filtersGroupType_t t);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupSetType(FiltersGroup* g,
+                                                               filtersGroupType_t t);
 FILTERS_API filtersGroupType_t filtersGroupGetType(FiltersGroup* g);
 
 // Stores a copy, in place of an entry of the same id. FILTERS_ERR_MATCH_NOT_ALLOWED for a match
 // that the group's type does not admit, FILTERS_ERR_ACTION_NOT_ALLOWED for an action that its stage
 // does not admit. Of objects that C++ made also FILTERS_ERR_POLICER_STAGE for a policer of another
 // stage, FILTERS_ERR_INVALID and FILTERS_ERR_INVALID_STAGE for a group of unknown type or stage.
-FILTERS_API filtersErr_t filtersGroupInsertEntry(FiltersGroup* g, FiltersEntry* e);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupInsertEntry(FiltersGroup* g,
+                                                                   FiltersEntry* e);
 
 // FILTERS_ERR_NOT_FOUND when there is none, FILTERS_ERR_INVALID_ARGUMENT for a null group.
-FILTERS_API filtersErr_t filtersGroupRemoveEntry(FiltersGroup* g, filtersEntryId_t id);
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupRemoveEntry(FiltersGroup* g,
+                                                                   filtersEntryId_t id);
 
 // Fills the record with copies of all entries; both arrays exist even when there are none. What the
 // record held before is overwritten, not freed.

@@ -81,7 +81,7 @@ class FILTERS_API MatchPorts : public Match {
   std::list<port_type_t> getExcludedPortTypes() const;
   // Replaces the ports. Deliberate: a match that excludes port types refuses them for good, with
   // FILTERS_ERR_INVALID_ARGUMENT.
-  filtersErr_t setPorts(const std::list<limid_t>& ports);
+  FILTERS_NODISCARD filtersErr_t setPorts(const std::list<limid_t>& ports);
   bool operator==(const MatchPorts& other) const;
  protected:
   void appendTo(MatchPB* message) const;

@@ -27,6 +27,14 @@
 // Marks what the shared library exports; everything else stays hidden inside it.
 #define FILTERS_API __attribute__((visibility("default")))
 
+// Marks what may refuse: C++ compilers warn where its result is ignored. Programs that define
+// FILTERS_NO_NODISCARD, before the first header of the library, are not warned.
+#if defined(__cplusplus) && !defined(FILTERS_NO_NODISCARD)
+#define FILTERS_NODISCARD [[nodiscard]]
+#else
+#define FILTERS_NODISCARD
+#endif
+
 #ifdef __cplusplus
 #define FILTERS_ENUM(name, type) typedef enum name : type
 #define FILTERS_STATIC_ASSERT static_assert

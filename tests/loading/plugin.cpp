@@ -16,12 +16,13 @@ class PluginBuffer : public FiltersSerialized {};
 
 bool pluginRoundTrip() {
   FiltersEntry entry(1);
-  entry.setMatch(MatchTTL(64));
-  entry.setAction(ActionRedirect(limid_make_lag(1)));
   FiltersGroup group(7);
-  group.setStage(FILTERS_GROUP_STAGE_INGRESS);
-  group.setType(FILTERS_GROUP_TYPE_3);
-  if (group.insertEntry(entry) != FILTERS_OK) return false;
+  if (entry.setMatch(MatchTTL(64)) != FILTERS_OK ||
+      entry.setAction(ActionRedirect(limid_make_lag(1))) != FILTERS_OK ||
+      group.setStage(FILTERS_GROUP_STAGE_INGRESS) != FILTERS_OK ||
+      group.setType(FILTERS_GROUP_TYPE_3) != FILTERS_OK || group.insertEntry(entry) != FILTERS_OK) {
+    return false;
+  }
   std::string bytes;
   group.serialize(&bytes);
   const FiltersGroup rebuilt(bytes);

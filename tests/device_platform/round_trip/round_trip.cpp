@@ -65,7 +65,7 @@ void comesBackWhole() {
   check(*entry.getPolicerParent() == policer::Policer(), "parent differs");
 
   FiltersEntry other = makeEntry();
-  other.setMatch(MatchIngressPorts(std::list<limid_t>{kPort, kPort}));
+  check(other.setMatch(MatchIngressPorts(std::list<limid_t>{kPort, kPort})) == FILTERS_OK, "ports");
   check(!(other == entry), "other ports compare equal");
 }
 
