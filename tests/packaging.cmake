@@ -49,7 +49,8 @@ filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DI
 
 # Against the other pair of platform libraries.
 filter_common_add_package_test(
-  device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR})
+  device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR}
+  ${PROJECT_BINARY_DIR}/tests/device_platform)
 
 # Debian's tools pack what is built for the machine they run on.
 if(NOT CMAKE_CROSSCOMPILING AND CMAKE_LIBRARY_ARCHITECTURE)
@@ -59,6 +60,6 @@ endif()
 # Once is enough: the compilers of all targets are told the same.
 if(NOT CMAKE_CROSSCOMPILING)
   filter_common_add_package_test(
-    reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} $<TARGET_FILE:filter_common>
-    $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
+    reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/tests/reproducible
+    $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
 endif()

@@ -1,16 +1,16 @@
 #!/bin/bash
 # Builds the library against the device's libraries in this folder, and a program against all three.
-#   device_platform_test.sh <folder of the library's sources>
-# The environment names the tools, as tests/packaging.cmake sets it.
+#   device_platform_test.sh <folder of the library's sources> <folder to build in>
+# The environment names the tools, as tests/packaging.cmake sets it. The next run builds only what
+# changed.
 set -euo pipefail
 source_dir=$1
 here=$(dirname "$0")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+work=$2
 
 # Debug information and optimising would be most of the cost.
-export CMAKE_BUILD_TYPE=None
-options=(-DCMAKE_PREFIX_PATH="$work/device" -DCMAKE_INSTALL_PREFIX="$work/device")
+options=(-DCMAKE_BUILD_TYPE=None -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS"
+  -DCMAKE_PREFIX_PATH="$work/device" -DCMAKE_INSTALL_PREFIX="$work/device")
 [[ -z "${FIND_ROOT_PATH:-}" ]] ||
   options+=(-DCMAKE_FIND_ROOT_PATH="$work/device;$FIND_ROOT_PATH")
 
@@ -20,6 +20,7 @@ build() {
 }
 
 build platform "$here"
+rm -rf "$work/device"
 cmake --install "$work/platform"
 build library "$source_dir" -DFILTER_COMMON_PLATFORM=device
 cmake --install "$work/library"
