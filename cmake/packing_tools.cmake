@@ -1,4 +1,6 @@
 # Read by CPack before it packs: without these tools it would make packages that depend on nothing.
+cmake_minimum_required(VERSION 3.25)
+
 foreach(tool dpkg-shlibdeps file)
   find_program(found_${tool} ${tool})
   if(NOT found_${tool})
