@@ -276,9 +276,9 @@ void FiltersEntry::parse(const char* bytes, std::size_t size) {
 
 void FiltersEntry::serialize(std::string* out) const {
   google::protobuf::Arena arena;
-  auto* message = google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  auto* message = makeOn<FiltersEntryPB>(&arena);
   convertToFiltersEntryPB(message);
-  message->SerializeToString(out);
+  static_cast<void>(message->SerializeToString(out));
 }
 
 void FiltersEntry::serialize(FiltersSerialized* out) const {

@@ -20,8 +20,8 @@ using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 using google::protobuf::io::CodedOutputStream;
 
-constexpr std::uint32_t kEntryTag = WireFormatLite::MakeTag(
-    FiltersGroupPB::kEntriesFieldNumber, WireFormatLite::WIRETYPE_LENGTH_DELIMITED);
+const std::uint32_t kEntryTag = WireFormatLite::MakeTag(FiltersGroupPB::kEntriesFieldNumber,
+                                                        WireFormatLite::WIRETYPE_LENGTH_DELIMITED);
 constexpr std::size_t kMaxPrefix = 6;  // a tag of one byte and a length of up to five
 constexpr std::size_t kMaxGrowth = 8;  // of id and priority, from one byte to five
 // A guess at the size of rules to come is no larger: a large one says nothing about the others.
@@ -156,7 +156,7 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   // One for all entries: it keeps what it once allocated. On an arena it leaks nothing when memory
   // runs out.
   google::protobuf::Arena arena;
-  auto& message = *google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  auto& message = *makeOn<FiltersEntryPB>(&arena);
   while (in.ExpectTag(kEntryTag)) {
     // A length that overruns, or takes more bytes than it needs, is for the parser of the whole.
     const int before = in.CurrentPosition();
@@ -182,9 +182,9 @@ void FiltersGroup::serialize(std::string* out) const {
   FiltersGroupPB head;
   fillHead(&head);
   std::string bytes;
-  head.AppendToString(&bytes);
+  static_cast<void>(head.AppendToString(&bytes));
   google::protobuf::Arena arena;
-  auto& message = *google::protobuf::Arena::CreateMessage<FiltersEntryPB>(&arena);
+  auto& message = *makeOn<FiltersEntryPB>(&arena);
   std::size_t left = entries_.size();
   for (const auto& [id, entry] : entries_) {
     message.Clear();
@@ -202,7 +202,8 @@ void FiltersGroup::serialize(std::string* out) const {
     bytes.append(prefix, end);
     const std::size_t start = bytes.size();
     bytes.resize(start + size);
-    message.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(&bytes[start]));
+    auto* const body = reinterpret_cast<std::uint8_t*>(&bytes[start]);
+    static_cast<void>(message.SerializeWithCachedSizesToArray(body));
   }
   *out = std::move(bytes);
 }

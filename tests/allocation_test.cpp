@@ -243,6 +243,11 @@ struct Bytes {
   FiltersSerialized buffer;
 };
 
+// Refused memory, 3.6.0 and 34.2 crash over an element added to a message that is on no arena, and
+// 3.6.0 over an unknown field: they count them before they hold them.
+constexpr bool kSurvivesElements = GOOGLE_PROTOBUF_VERSION / 1000 == 3021;
+constexpr bool kSurvivesUnknownFields = GOOGLE_PROTOBUF_VERSION >= 3021000;
+
 // What entries and groups have in common.
 // An entry's bytes as they stand in a group's.
 std::string groupField(const std::string& entry) {
@@ -306,6 +311,7 @@ TEST(FailingMemory, LeavesAnEntryAsItWas) {
   trial(
       "entry: from a message", make, [&](E& e) { e.convertFromFiltersEntryPB(&message); }, seen,
       Valid);
+  if (!kSurvivesElements) return;
   trial("entry: to a message", [&] {
     FiltersEntryPB fresh;
     full.convertToFiltersEntryPB(&fresh);
@@ -324,7 +330,7 @@ TEST(FailingMemory, LeavesAGroupAsItWas) {
       "group: insertEntry", make, [&](G& g) { return g.insertEntry(entry); }, seen);
   trial(
       "group: assign", [] { return FiltersGroup(1); }, [&](G& g) { g = full; }, seen);
-  trial("group: to a message", [&] { full.convertToFiltersGroupPB(); });
+  if (kSurvivesElements) trial("group: to a message", [&] { full.convertToFiltersGroupPB(); });
   const FiltersGroupPB message = full.convertToFiltersGroupPB();
   trial(
       "group: from a message", [] { return groupOf(0, 1); },
@@ -334,6 +340,7 @@ TEST(FailingMemory, LeavesAGroupAsItWas) {
 // The runtime keeps a copy of what it does not know, and loses it when there is no memory to list
 // it.
 TEST(FailingMemory, LosesAnUnknownFieldInsideOfTheRuntimeAlone) {
+  if (!kSurvivesUnknownFields) GTEST_SKIP() << "the runtime crashes";
   const std::string unknown = fromHex("7a03616263") + fromHex("7a10") + std::string(16, 'x');
   const std::string entry = bytesOf(fullEntry()) + unknown, group = bytesOf(fullGroup()) + unknown;
   trial(

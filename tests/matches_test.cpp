@@ -114,9 +114,7 @@ TEST(MatchWire, AppendsPortsAndReplacesVlanIdsAndPcps) {
   MatchIngressPorts(kCpuPort).convertToMatchPB(&message);
   MatchExternalVlanId(5).convertToMatchPB(&message);
   MatchInternalPcp(3).convertToMatchPB(&message);
-  EXPECT_EQ(message.ShortDebugString(),
-            "type_: 13 ports_: 9 ports_: 5 ports_: 6 vlan_id_: 5 pcp_: 3 "
-            "excluded_port_types_: 9 excluded_port_types_: 0");
+  EXPECT_EQ(message.SerializeAsString(), fromHex("080d 1009 1005 1006 1805 4803 a00109 a00100"));
   MatchPcp(4).convertToMatchPB(&message);
   EXPECT_THAT(message.pcp_(), ElementsAre(4));
   MatchIngressPorts ingress(kCpuPort);

@@ -51,7 +51,7 @@ TEST(PlatformFaults, EndsTheLineOfAMacAddressThatHasNoText) {
 TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndex) {
   ActionPB message;
   ActionMplsPortSet(limid_make_mpls_vpws(1), limid_make_lag(1)).convertToActionPB(&message);
-  EXPECT_EQ(message.ShortDebugString(), "type_: 18 vpn_id: 0 mpls_access_port: 0");
+  EXPECT_EQ(message.SerializeAsString(), std::string("\x08\x12\x50\0\x58\0", 6));
 }
 
 TEST(PlatformFaults, RefusesAnIndexWithoutInterface) {

@@ -47,7 +47,7 @@ bool Parse(const std::string& bytes, PolicerPB* message) {
 
 Policer::Policer(const std::string& bytes) {
   google::protobuf::Arena arena;
-  auto* message = google::protobuf::Arena::CreateMessage<PolicerPB>(&arena);
+  auto* message = PolicerPB::default_instance().New(&arena);
   if (!Parse(bytes, message)) {
     return;
   }
@@ -66,7 +66,7 @@ Policer::Policer(const std::string& bytes) {
 
 std::string Policer::Serialize() const {
   google::protobuf::Arena arena;  // a message outside of one leaks when memory runs out
-  auto& message = *google::protobuf::Arena::CreateMessage<PolicerPB>(&arena);
+  auto& message = *PolicerPB::default_instance().New(&arena);
   for (const Action& action : actions_) {
     ActionPB* added = message.add_actions();
     added->set_type(static_cast<std::uint32_t>(action.type_));
