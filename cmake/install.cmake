@@ -58,7 +58,7 @@ function(filter_common_install libdir docdir prefix)
   write_basic_package_version_file(
     ${generated}/filter_commonConfigVersion.cmake COMPATIBILITY SameMajorVersion)
   install(FILES ${generated}/filter_commonConfig.cmake
-                ${generated}/filter_commonConfigVersion.cmake
+                ${generated}/filter_commonConfigVersion.cmake cmake/find_protobuf.cmake
           DESTINATION ${package_dir} ${development})
   install(EXPORT filter_common_${prefix}targets FILE filter_commonTargets.cmake
           DESTINATION ${package_dir} ${development})

@@ -18,8 +18,8 @@ list(TRANSFORM schemas REPLACE "(.+)" "${output_dir}/\\1.pb.h" OUTPUT_VARIABLE m
 file(MAKE_DIRECTORY ${output_dir})
 add_custom_command(
   OUTPUT ${message_sources} ${message_headers}
-  COMMAND protobuf::protoc -I ${schema_dir} --cpp_out=${output_dir} ${schema_names}
-  DEPENDS ${schema_files} protobuf::protoc
+  COMMAND ${protoc} -I ${schema_dir} --cpp_out=${output_dir} ${schema_names}
+  DEPENDS ${schema_files} ${protoc}
   COMMENT "Generating message classes"
   VERBATIM)
 

@@ -3,7 +3,8 @@
 # (ctest -L package) or leaves them out (ctest -LE package).
 
 # CMake takes most of this from the environment; the scripts take the rest.
-cmake_path(GET Protobuf_LIBRARY PARENT_PATH protobuf_libdir)
+get_target_property(protobuf_libdir protobuf::libprotobuf LOCATION)
+cmake_path(GET protobuf_libdir PARENT_PATH protobuf_libdir)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
 set(linker_flags "${CMAKE_EXE_LINKER_FLAGS}")
 if(CMAKE_CROSSCOMPILING)
