@@ -38,7 +38,7 @@ function(filter_common_install libdir docdir prefix)
     EXPORT filter_common_${prefix}targets
     LIBRARY DESTINATION ${libdir} ${runtime} NAMELINK_COMPONENT filter_common_${prefix}development)
   install(DIRECTORY include/filter_common DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${development}
-          FILES_MATCHING PATTERN "*.h")
+          FILES_MATCHING PATTERN "*.h" PATTERN "*.def")
   install(FILES ${message_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/filter_common
           ${development})
   if(FILTER_COMMON_PLATFORM STREQUAL "standin")

@@ -2,25 +2,30 @@
 #define FILTER_COMMON_SRC_ACTION_VISIT_H_
 
 #include <filter_common/filter_actions.h>
-#include <filter_common/filter_entries.h>
 
 #include <memory>
-#include <type_traits>
+
+#include "class_checks.h"
 
 namespace FiltersCommon {
 
 // Names the class of an action code to a generic function.
 template <class T>
-struct ActionTag;
+struct ActionTag {
+  using Class = T;
+  static std::unique_ptr<T> makeBlank();
 
-#define FILTERS_ACTION(code, T, blank)                                          \
-  template <>                                                                   \
-  struct ActionTag<T> {                                                         \
-    using Class = T;                                                            \
-    static std::unique_ptr<T> makeBlank() { return std::make_unique<T> blank; } \
-  };                                                                            \
-  static_assert(isEntryClass<T>, #T " is missing from FILTERS_ACTION_CLASSES");
-#include "action_catalogue.def"
+  static_assert(knowsAllOf<T>(&T::operator==), "the class needs an operator== of its own");
+  static_assert(knowsAllOf<T>(&T::convertToActionPB) && knowsAllOf<T>(&T::convertFromActionPB),
+                "the class needs conversions of its own: messages would lose what it holds");
+};
+
+#define FILTERS_ACTION(code, T, blank)                  \
+  template <>                                           \
+  inline std::unique_ptr<T> ActionTag<T>::makeBlank() { \
+    return std::make_unique<T> blank;                   \
+  }
+#include <filter_common/filter_actions.def>
 
 // The only switch over action codes: returns f(ActionTag<T>()) for the class T of the code, and
 // `unknown` for a code that no class carries. The catalogue's row is all that a new code needs
@@ -31,7 +36,7 @@ R visitAction(filtersAction_t code, R unknown, F&& f) {
 #define FILTERS_ACTION(code, T, blank) \
   case code:                           \
     return f(ActionTag<T>());
-#include "action_catalogue.def"
+#include <filter_common/filter_actions.def>
   }
   return unknown;
 }

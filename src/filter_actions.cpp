@@ -11,20 +11,6 @@
 namespace FiltersCommon {
 namespace {
 
-// Whether T is compared by a comparison of its own or of its family. Were it the base's, the
-// generic comparison would call itself for ever.
-template <class T, class = void>
-constexpr bool hasOwnEquality = true;
-template <class T>
-constexpr bool
-    hasOwnEquality<T, std::enable_if_t<std::is_same_v<decltype(&T::operator==),
-                                                      bool (Action::*)(const Action&) const>>> =
-        false;
-
-bool sameMac(const ether_addr& a, const ether_addr& b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 std::uint32_t interfaceIndex(limid_t limid) {
   std::uint32_t index = 0;
   limid_to_ifindex(limid, &index);
@@ -48,10 +34,9 @@ bool Action::operator==(const Action& other) const {
   // Deliberate: two actions of one unknown code are equal, while two such matches differ.
   return visitAction(getType(), true, [&](auto tag) {
     using T = typename decltype(tag)::Class;
-    if constexpr (std::is_same_v<T, ActionCopyInnerPcp>) {
-      return true;  // it has no fields and no comparison of its own
+    if constexpr (isOf<Action>(&T::operator==)) {
+      return true;  // the class holds nothing, and has no comparison of its own
     } else {
-      static_assert(hasOwnEquality<T>, "the class needs an operator== of its own");
       return static_cast<const T&>(*this) == static_cast<const T&>(other);
     }
   });
@@ -153,10 +138,10 @@ void ActionMplsPortSet::convertFromActionPB(const ActionPB* message) {
   setMplsAccessPort(mplsAccessPort);
 }
 
-// --- Addresses and single values -----------------------------------------------------------------
+// --- Addresses -----------------------------------------------------------------------------------
 
 bool ActionReplaceDstMac::operator==(const ActionReplaceDstMac& other) const {
-  return sameMac(mac_, other.mac_);
+  return sameAddress(mac_, other.mac_);
 }
 
 void ActionReplaceDstMac::convertToActionPB(ActionPB* message) const {
@@ -169,7 +154,7 @@ void ActionReplaceDstMac::convertFromActionPB(const ActionPB* message) {
 }
 
 bool ActionReplaceSrcMac::operator==(const ActionReplaceSrcMac& other) const {
-  return sameMac(mac_, other.mac_);
+  return sameAddress(mac_, other.mac_);
 }
 
 void ActionReplaceSrcMac::convertToActionPB(ActionPB* message) const {
@@ -181,76 +166,27 @@ void ActionReplaceSrcMac::convertFromActionPB(const ActionPB* message) {
   mac_ = addressFromWire<ether_addr>(message->mac_());
 }
 
-void ActionCopyToCpuCancel::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_cp2cpu_cancel_type_(cancelType_);
-}
+// --- Single values -------------------------------------------------------------------------------
 
-void ActionCopyToCpuCancel::convertFromActionPB(const ActionPB* message) {
-  cancelType_ = static_cast<cp2cpuCancelParam_t>(message->cp2cpu_cancel_type_());
-}
+// The wire's map: class, member, field. A number is cut to the width of the member when it is read.
+#define FILTERS_SINGLE(Class, member, field)                  \
+  void Class::convertToActionPB(ActionPB* message) const {    \
+    Action::convertToActionPB(message);                       \
+    message->set_##field(member);                             \
+  }                                                           \
+  void Class::convertFromActionPB(const ActionPB* message) {  \
+    member = static_cast<decltype(member)>(message->field()); \
+  }
 
-void ActionSetPcp::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_pcp_(pcp_);
-}
+FILTERS_SINGLE(ActionCopyToCpuCancel, cancelType_, cp2cpu_cancel_type_)
+FILTERS_SINGLE(ActionSetPcp, pcp_, pcp_)
+FILTERS_SINGLE(ActionSetPcpAndQueue, pcpAndQueue_, pcp_and_queue_)
+FILTERS_SINGLE(ActionSetInnerPcp, pcp_, pcp_)
+FILTERS_SINGLE(ActionSetDSCP, dscp_, dscp_)
+FILTERS_SINGLE(ActionMapToCosQueue, queue_, cosq_)
+FILTERS_SINGLE(ActionMapToCpuCosQueue, queue_, cosq_)
+FILTERS_SINGLE(ActionL3Switch, destinationId_, l3_dest_id_)
 
-void ActionSetPcp::convertFromActionPB(const ActionPB* message) {
-  pcp_ = static_cast<unsigned char>(message->pcp_());
-}
-
-void ActionSetPcpAndQueue::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_pcp_and_queue_(pcpAndQueue_);
-}
-
-void ActionSetPcpAndQueue::convertFromActionPB(const ActionPB* message) {
-  pcpAndQueue_ = static_cast<unsigned char>(message->pcp_and_queue_());
-}
-
-void ActionSetInnerPcp::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_pcp_(pcp_);
-}
-
-void ActionSetInnerPcp::convertFromActionPB(const ActionPB* message) {
-  pcp_ = static_cast<unsigned char>(message->pcp_());
-}
-
-void ActionSetDSCP::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_dscp_(dscp_);
-}
-
-void ActionSetDSCP::convertFromActionPB(const ActionPB* message) {
-  dscp_ = static_cast<unsigned char>(message->dscp_());
-}
-
-void ActionMapToCosQueue::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_cosq_(queue_);
-}
-
-void ActionMapToCosQueue::convertFromActionPB(const ActionPB* message) {
-  queue_ = static_cast<unsigned char>(message->cosq_());
-}
-
-void ActionMapToCpuCosQueue::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_cosq_(queue_);
-}
-
-void ActionMapToCpuCosQueue::convertFromActionPB(const ActionPB* message) {
-  queue_ = static_cast<unsigned char>(message->cosq_());
-}
-
-void ActionL3Switch::convertToActionPB(ActionPB* message) const {
-  Action::convertToActionPB(message);
-  message->set_l3_dest_id_(destinationId_);
-}
-
-void ActionL3Switch::convertFromActionPB(const ActionPB* message) {
-  destinationId_ = message->l3_dest_id_();
-}
+#undef FILTERS_SINGLE
 
 }  // namespace FiltersCommon

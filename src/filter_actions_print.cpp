@@ -1,11 +1,9 @@
 #include <filter_common/filter_actions.h>
 
-#include <netinet/ether.h>
-
 #include <ostream>
 
 #include "action_visit.h"
-#include "wire.h"
+#include "print.h"
 
 // This file stands outside the namespace, as the printers do.
 using namespace FiltersCommon;
@@ -30,12 +28,11 @@ std::ostream& printOne(std::ostream& os, const char* header, const Action& actio
 
 std::ostream& printMac(std::ostream& os, const char* header, const Action& action,
                        const ether_addr& mac) {
-  char text[] = "00:00:00:00:00:00";
-  const char* address = ether_ntoa_r(&mac, text);
-  printHead(os, header, action) << "      Replace MAC: " << (address == nullptr ? "" : address)
-                                << std::endl;
-  // The line ends all the same: once the stream has failed it takes nothing more.
-  if (address == nullptr) os.setstate(std::ios_base::badbit);
+  const MacText address(mac);
+  const bool failed = address.text == nullptr;
+  printOne(os, header, action, "Replace MAC: ", failed ? "" : address.text);
+  // The line has ended all the same: a stream that has failed takes nothing more.
+  if (failed) os.setstate(std::ios_base::badbit);
   return os;
 }
 
@@ -56,10 +53,7 @@ void printCancelType(std::ostream& os, cp2cpuCancelParam_t type) {
 std::ostream& operator<<(std::ostream& os, const Action& action) {
   return visitAction<std::ostream&>(action.getType(), os, [&](auto tag) -> std::ostream& {
     using T = typename decltype(tag)::Class;
-    // The cast finds the class's own operator or does not compile; the call alone would fall back
-    // to this function and never end.
-    constexpr auto print = static_cast<std::ostream& (*)(std::ostream&, const T&)>(&::operator<<);
-    return print(os, static_cast<const T&>(action));
+    return os << static_cast<const T&>(action);
   });
 }
 

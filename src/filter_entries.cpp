@@ -17,18 +17,6 @@
 namespace FiltersCommon {
 namespace {
 
-// The published lists and the catalogues name the same classes: the lists hold MatchDSCP besides.
-#define FILTERS_COUNT(T) +1
-#define FILTERS_MATCH(code, T, blank) +1
-#define FILTERS_ACTION(code, T, blank) +1
-static_assert(0 FILTERS_MATCH_CLASSES(FILTERS_COUNT) == 1
-#include "match_catalogue.def"
-);
-static_assert(0 FILTERS_ACTION_CLASSES(FILTERS_COUNT) == 0
-#include "action_catalogue.def"
-);
-#undef FILTERS_COUNT
-
 // The codes that exclude each other. The checks ask these, and the published sets are made of them.
 using Codes = std::array<filtersMatch_t, 2>;
 constexpr Codes kIPv4Only = {FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4};
@@ -59,13 +47,18 @@ std::unique_ptr<Action> clone(const Action& action) {
 
 }  // namespace
 
-#define FILTERS_HASH_CODE(T) typeid(T).hash_code(),
+#define FILTERS_HASH_CODE(code, T, blank) typeid(T).hash_code(),
 const std::set<std::size_t> FiltersEntry::validMatchTypes = {
-    FILTERS_MATCH_CLASSES(FILTERS_HASH_CODE)};
+#define FILTERS_MATCH FILTERS_HASH_CODE
+#define FILTERS_MATCH_TWIN FILTERS_HASH_CODE
+#include <filter_common/filter_matches.def>
+};
 const std::set<filtersMatch_t> FiltersEntry::ipv4OnlyMatchTypes = publish(kIPv4Only);
 const std::set<filtersMatch_t> FiltersEntry::ipv6OnlyMatchTypes = publish(kIPv6Only);
 const std::set<std::size_t> FiltersEntry::validActionTypes = {
-    FILTERS_ACTION_CLASSES(FILTERS_HASH_CODE)};
+#define FILTERS_ACTION FILTERS_HASH_CODE
+#include <filter_common/filter_actions.def>
+};
 const std::set<filtersMatch_t> FiltersEntry::l4DstPortMatchTypes = publish(kL4DstPort);
 #undef FILTERS_HASH_CODE
 
@@ -307,14 +300,15 @@ bool FiltersEntry::operator==(const FiltersEntry& other) const {
          std::equal(actions_.begin(), actions_.end(), other.actions_.begin(), sameAction);
 }
 
-#define FILTERS_INSTANTIATE_MATCH(T)                                     \
+#define FILTERS_MATCH(code, T, blank)                                    \
   template FILTERS_API filtersErr_t FiltersEntry::getMatch<T>(T&) const; \
   template FILTERS_API filtersErr_t FiltersEntry::setMatch<T>(const T&);
-FILTERS_MATCH_CLASSES(FILTERS_INSTANTIATE_MATCH)
+#define FILTERS_MATCH_TWIN FILTERS_MATCH
+#include <filter_common/filter_matches.def>
 
-#define FILTERS_INSTANTIATE_ACTION(T)                                     \
+#define FILTERS_ACTION(code, T, blank)                                    \
   template FILTERS_API filtersErr_t FiltersEntry::getAction<T>(T&) const; \
   template FILTERS_API filtersErr_t FiltersEntry::setAction<T>(const T&);
-FILTERS_ACTION_CLASSES(FILTERS_INSTANTIATE_ACTION)
+#include <filter_common/filter_actions.def>
 
 }  // namespace FiltersCommon

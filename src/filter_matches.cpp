@@ -13,25 +13,11 @@
 namespace FiltersCommon {
 namespace {
 
-// Whether T is compared by a comparison of its own or of its family. Were it the base's, the
-// generic comparison would call itself for ever.
-template <class T, class = void>
-constexpr bool hasOwnEquality = true;
-template <class T>
-constexpr bool hasOwnEquality<
-    T, std::enable_if_t<
-           std::is_same_v<decltype(&T::operator==), bool (Match::*)(const Match&) const>>> = false;
-
 // All 128 bits, the same in every byte order.
 in6_addr allOnesIPv6() {
   in6_addr mask;
   std::memset(&mask, 0xff, sizeof mask);
   return mask;
-}
-
-template <class Address>
-bool sameAddress(const Address& a, const Address& b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
 // Sets are held as vectors, in ascending order and each value once.
@@ -73,7 +59,6 @@ bool Match::operator==(const Match& other) const {
   // Deliberate: two matches of one unknown code differ, while two such actions are equal.
   return visitMatch(getType(), false, [&](auto tag) {
     using T = typename decltype(tag)::Class;
-    static_assert(hasOwnEquality<T>, "the class needs an operator== of its own");
     return static_cast<const T&>(*this) == static_cast<const T&>(other);
   });
 }
@@ -291,127 +276,32 @@ bool MatchDstL4PortRange::operator==(const MatchDstL4PortRange& other) const {
 
 // --- Single values -------------------------------------------------------------------------------
 
-void MatchTPID::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_tpid_(tpid_);
-}
+// The wire's map: class, member, field. A number is cut to the width of the member when it is read.
+#define FILTERS_SINGLE(Class, member, field)                  \
+  void Class::convertToMatchPB(MatchPB* message) const {      \
+    Match::convertToMatchPB(message);                         \
+    message->set_##field(member);                             \
+  }                                                           \
+  void Class::convertFromMatchPB(const MatchPB* message) {    \
+    member = static_cast<decltype(member)>(message->field()); \
+  }
 
-void MatchTPID::convertFromMatchPB(const MatchPB* message) {
-  tpid_ = static_cast<tpid_t>(message->tpid_());
-}
+FILTERS_SINGLE(MatchTPID, tpid_, tpid_)
+FILTERS_SINGLE(MatchL2SrcEntryType, entryType_, l2_src_)
+FILTERS_SINGLE(MatchVlanTagging, tagging_, vlan_tagging_)
+FILTERS_SINGLE(MatchIpProtocol, protocol_, ipprotocol_)
+FILTERS_SINGLE(MatchPacketRes, res_, packet_resolution_)
+FILTERS_SINGLE(MatchMplsTerm, terminated_, mpls_terminated_)
+FILTERS_SINGLE(MatchToS, tos_, tos_)
+FILTERS_SINGLE(MatchTTL, ttl_, ttl_)
+FILTERS_SINGLE(MatchIngressStpState, state_, ingress_stp_state_)
+FILTERS_SINGLE(MatchVrfId, vrfId_, vrf_id_)
+FILTERS_SINGLE(MatchDrop, drop_, drop_flag_)
+FILTERS_SINGLE(MatchMyStationHit, hit_, hit_flag_)
+FILTERS_SINGLE(MatchForwardingType, fwd_, fwd_type_)
+FILTERS_SINGLE(MatchCPUInjectedPackets, injected_, injected_flag_)
 
-void MatchL2SrcEntryType::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_l2_src_(entryType_);
-}
-
-void MatchL2SrcEntryType::convertFromMatchPB(const MatchPB* message) {
-  entryType_ = static_cast<l2SrcEntryType_t>(message->l2_src_());
-}
-
-void MatchVlanTagging::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_vlan_tagging_(tagging_);
-}
-
-void MatchVlanTagging::convertFromMatchPB(const MatchPB* message) {
-  tagging_ = static_cast<vlan_tagging_t>(message->vlan_tagging_());
-}
-
-void MatchIpProtocol::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_ipprotocol_(protocol_);
-}
-
-void MatchIpProtocol::convertFromMatchPB(const MatchPB* message) {
-  protocol_ = static_cast<unsigned char>(message->ipprotocol_());
-}
-
-void MatchPacketRes::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_packet_resolution_(res_);
-}
-
-void MatchPacketRes::convertFromMatchPB(const MatchPB* message) {
-  res_ = static_cast<en_Resolution>(message->packet_resolution_());
-}
-
-void MatchMplsTerm::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_mpls_terminated_(terminated_);
-}
-
-void MatchMplsTerm::convertFromMatchPB(const MatchPB* message) {
-  terminated_ = message->mpls_terminated_();
-}
-
-void MatchToS::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_tos_(tos_);
-}
-
-void MatchToS::convertFromMatchPB(const MatchPB* message) {
-  tos_ = static_cast<unsigned char>(message->tos_());
-}
-
-void MatchTTL::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_ttl_(ttl_);
-}
-
-void MatchTTL::convertFromMatchPB(const MatchPB* message) {
-  ttl_ = static_cast<unsigned char>(message->ttl_());
-}
-
-void MatchIngressStpState::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_ingress_stp_state_(state_);
-}
-
-void MatchIngressStpState::convertFromMatchPB(const MatchPB* message) {
-  state_ = static_cast<en_StpState>(message->ingress_stp_state_());
-}
-
-void MatchVrfId::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_vrf_id_(vrfId_);
-}
-
-void MatchVrfId::convertFromMatchPB(const MatchPB* message) {
-  vrfId_ = static_cast<unsigned short>(message->vrf_id_());
-}
-
-void MatchDrop::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_drop_flag_(drop_);
-}
-
-void MatchDrop::convertFromMatchPB(const MatchPB* message) { drop_ = message->drop_flag_(); }
-
-void MatchMyStationHit::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_hit_flag_(hit_);
-}
-
-void MatchMyStationHit::convertFromMatchPB(const MatchPB* message) { hit_ = message->hit_flag_(); }
-
-void MatchForwardingType::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_fwd_type_(fwd_);
-}
-
-void MatchForwardingType::convertFromMatchPB(const MatchPB* message) {
-  fwd_ = static_cast<en_ForwardingType>(message->fwd_type_());
-}
-
-void MatchCPUInjectedPackets::convertToMatchPB(MatchPB* message) const {
-  Match::convertToMatchPB(message);
-  message->set_injected_flag_(injected_);
-}
-
-void MatchCPUInjectedPackets::convertFromMatchPB(const MatchPB* message) {
-  injected_ = message->injected_flag_();
-}
+#undef FILTERS_SINGLE
 
 bool MatchVlanInfo::operator==(const MatchVlanInfo& other) const {
   return info_.svc_vlan_type == other.info_.svc_vlan_type &&

@@ -1,12 +1,11 @@
 #include <filter_common/filter_matches.h>
 
 #include <arpa/inet.h>
-#include <netinet/ether.h>
 
 #include <ostream>
 
 #include "match_visit.h"
-#include "wire.h"
+#include "print.h"
 
 namespace FiltersCommon {
 namespace {
@@ -24,11 +23,8 @@ std::ostream& printOne(std::ostream& os, const char* header, const Match& match,
 }
 
 std::ostream& printMac(std::ostream& os, const char* header, const MatchMac& match) {
-  char mac[sizeof "ff:ff:ff:ff:ff:ff"];
-  char mask[sizeof mac];
-  return printHead(os, header, match)
-         << "      MAC: " << ether_ntoa_r(match.getMac(), mac)
-         << "\n      Mask: " << ether_ntoa_r(match.getMask(), mask) << '\n';
+  return printHead(os, header, match) << "      MAC: " << MacText(*match.getMac()).text
+                                      << "\n      Mask: " << MacText(*match.getMask()).text << '\n';
 }
 
 std::ostream& printIPv4(std::ostream& os, const char* header, const MatchIPv4& match) {
@@ -73,10 +69,7 @@ const char* portTypeName(port_type_t type) {
 std::ostream& operator<<(std::ostream& os, const Match& match) {
   return visitMatch<std::ostream&>(match.getType(), os, [&](auto tag) -> std::ostream& {
     using T = typename decltype(tag)::Class;
-    // The cast finds the class's own operator or does not compile; the call alone would fall back
-    // to this function and never end.
-    constexpr auto print = static_cast<std::ostream& (*)(std::ostream&, const T&)>(&operator<<);
-    return print(os, static_cast<const T&>(match));
+    return os << static_cast<const T&>(match);
   });
 }
 

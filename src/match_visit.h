@@ -1,26 +1,32 @@
 #ifndef FILTER_COMMON_SRC_MATCH_VISIT_H_
 #define FILTER_COMMON_SRC_MATCH_VISIT_H_
 
-#include <filter_common/filter_entries.h>
 #include <filter_common/filter_matches.h>
 
 #include <memory>
-#include <type_traits>
+
+#include "class_checks.h"
 
 namespace FiltersCommon {
 
 // Names the class of a match code to a generic function.
 template <class T>
-struct MatchTag;
+struct MatchTag {
+  using Class = T;
+  static std::unique_ptr<T> makeBlank();
 
-#define FILTERS_MATCH(code, T, blank)                                           \
-  template <>                                                                   \
-  struct MatchTag<T> {                                                          \
-    using Class = T;                                                            \
-    static std::unique_ptr<T> makeBlank() { return std::make_unique<T> blank; } \
-  };                                                                            \
-  static_assert(isEntryClass<T>, #T " is missing from FILTERS_MATCH_CLASSES");
-#include "match_catalogue.def"
+  static_assert(!isOf<Match>(&T::operator==) && knowsAllOf<T>(&T::operator==),
+                "the class needs an operator== of its own");
+  static_assert(knowsAllOf<T>(&T::convertToMatchPB) && knowsAllOf<T>(&T::convertFromMatchPB),
+                "the class needs conversions of its own: messages would lose what it holds");
+};
+
+#define FILTERS_MATCH(code, T, blank)                  \
+  template <>                                          \
+  inline std::unique_ptr<T> MatchTag<T>::makeBlank() { \
+    return std::make_unique<T> blank;                  \
+  }
+#include <filter_common/filter_matches.def>
 
 // The only switch over match codes: returns f(MatchTag<T>()) for the class T of the code, and
 // `unknown` for a code that no class carries. The catalogue's row is all that a new code needs
@@ -31,7 +37,7 @@ R visitMatch(filtersMatch_t code, R unknown, F&& f) {
 #define FILTERS_MATCH(code, T, blank) \
   case code:                          \
     return f(MatchTag<T>());
-#include "match_catalogue.def"
+#include <filter_common/filter_matches.def>
   }
   return unknown;
 }

@@ -63,6 +63,11 @@ void addressToWire(const Address& address, std::string* field) {
   field->assign(reinterpret_cast<const char*>(&address), sizeof address);
 }
 
+template <class Address>
+bool sameAddress(const Address& a, const Address& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
 // The first bytes of the field; those it lacks are zero.
 template <class Address>
 Address addressFromWire(const std::string& field) {
@@ -70,14 +75,6 @@ Address addressFromWire(const std::string& field) {
   std::memcpy(&address, field.data(), std::min(field.size(), sizeof address));
   return address;
 }
-
-// The name of an interface as the platform gives it, in a buffer of the given size; empty when the
-// platform gives none.
-template <std::size_t Size>
-struct InterfaceName {
-  explicit InterfaceName(limid_t limid) { limid_to_intfname(limid, text, Size); }
-  char text[Size + 1] = {};  // ends in a zero even if the platform fills all it is offered
-};
 
 }  // namespace FiltersCommon
 

@@ -325,39 +325,8 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // standard library never find them: std::ostream_iterator<ActionDeny> does not compile, one over a
 // type of the caller's, whose operator<< calls these, does.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionPermit& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionDeny& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionCopyToCpu& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionBlockEgressPorts& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionCopyToCpuCancel& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionSetPcp& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionSetPcpAndQueue& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionSetInnerPcp& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionSetDSCP& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionMapToCosQueue& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionMapToCpuCosQueue& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionRedirect& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionReplaceDstMac& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionRedirectCancel& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionReplaceSrcMac& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::ActionL3Switch& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionBlackHole& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionCopyInnerPcp& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionMplsPortSet& action);
-FILTERS_API std::ostream& operator<<(std::ostream& os,
-                                     const FiltersCommon::ActionL2ToCpuDrop& action);
+#define FILTERS_ACTION(code, Class, blank) \
+  FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);
+#include <filter_common/filter_actions.def>
 
 #endif  // FILTER_COMMON_FILTER_ACTIONS_H_

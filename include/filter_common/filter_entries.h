@@ -16,42 +16,23 @@
 #include <filter_common/filter_matches.h>
 #include <filter_common/filter_types.h>
 
-// The classes that an entry admits: every class of the library that carries a code of its own, and
-// MatchDSCP, which shares that of MatchToS. A new class stands here and in the library's catalogue;
-// the library does not compile when the two differ.
-// clang-format off
-#define FILTERS_MATCH_CLASSES(X)                                                                 \
-  X(MatchAll) X(MatchVirtualPort) X(MatchExternalVlanId) X(MatchIngressPorts) X(MatchDstMac)     \
-  X(MatchTPID) X(MatchSrcMac) X(MatchDstL4Port) X(MatchSrcL4Port) X(MatchSrcIPv4)                \
-  X(MatchL2SrcEntryType) X(MatchDstIPv4) X(MatchInternalVlanId) X(MatchPcp) X(MatchInternalPcp)  \
-  X(MatchSrcIPv6) X(MatchVlanTagging) X(MatchDstIPv6) X(MatchIpProtocol) X(MatchPacketRes)       \
-  X(MatchMplsTerm) X(MatchDSCP) X(MatchToS) X(MatchEgressPorts) X(MatchIngressStpState)          \
-  X(MatchVlanInfo) X(MatchSrcPort) X(MatchTTL) X(MatchVrfId) X(MatchDrop) X(MatchMyStationHit)   \
-  X(MatchCpuPort) X(MatchForwardingType) X(MatchDestinationCpu) X(MatchCPUInjectedPackets)       \
-  X(MatchDstL4PortRange)
-#define FILTERS_ACTION_CLASSES(X)                                                                \
-  X(ActionPermit) X(ActionDeny) X(ActionCopyToCpu) X(ActionBlockEgressPorts)                     \
-  X(ActionCopyToCpuCancel) X(ActionSetPcp) X(ActionSetPcpAndQueue) X(ActionSetDSCP)              \
-  X(ActionMapToCosQueue) X(ActionRedirectCancel) X(ActionReplaceDstMac)                          \
-  X(ActionMapToCpuCosQueue) X(ActionRedirect) X(ActionReplaceSrcMac) X(ActionL3Switch)           \
-  X(ActionSetInnerPcp) X(ActionL2ToCpuDrop) X(ActionCopyInnerPcp) X(ActionMplsPortSet)           \
-  X(ActionBlackHole)
-// clang-format on
-
 namespace FiltersCommon {
 
 class FiltersEntryPB;
 class FiltersSerialized;
 
-// Whether an entry admits objects of class T: exactly the classes listed above, so that a caller's
-// own class is refused even when it derives from one of them.
+// Whether an entry admits objects of class T: exactly the classes of filter_matches.def and
+// filter_actions.def, so that a caller's own class is refused even when it derives from one.
 template <class T>
 inline constexpr bool isEntryClass = false;
-#define FILTERS_ENTRY_CLASS(T) \
-  template <>                  \
-  inline constexpr bool isEntryClass<T> = true;
-FILTERS_MATCH_CLASSES(FILTERS_ENTRY_CLASS)
-FILTERS_ACTION_CLASSES(FILTERS_ENTRY_CLASS)
+#define FILTERS_ENTRY_CLASS(code, Class, blank) \
+  template <>                                   \
+  inline constexpr bool isEntryClass<Class> = true;
+#define FILTERS_MATCH FILTERS_ENTRY_CLASS
+#define FILTERS_MATCH_TWIN FILTERS_ENTRY_CLASS
+#include <filter_common/filter_matches.def>
+#define FILTERS_ACTION FILTERS_ENTRY_CLASS
+#include <filter_common/filter_actions.def>
 #undef FILTERS_ENTRY_CLASS
 
 // Hands every object of the source over to the destination, in place of what the destination holds
@@ -297,16 +278,15 @@ filtersErr_t FiltersEntry::setAction(const T& action) {
 }
 
 // For the library's classes the library holds the instances.
-#define FILTERS_EXTERN_MATCH(T)                                          \
+#define FILTERS_MATCH(code, T, blank)                                    \
   extern template filtersErr_t FiltersEntry::getMatch<T>(T & out) const; \
   extern template filtersErr_t FiltersEntry::setMatch<T>(const T& match);
-#define FILTERS_EXTERN_ACTION(T)                                          \
+#define FILTERS_MATCH_TWIN FILTERS_MATCH
+#include <filter_common/filter_matches.def>
+#define FILTERS_ACTION(code, T, blank)                                    \
   extern template filtersErr_t FiltersEntry::getAction<T>(T & out) const; \
   extern template filtersErr_t FiltersEntry::setAction<T>(const T& action);
-FILTERS_MATCH_CLASSES(FILTERS_EXTERN_MATCH)
-FILTERS_ACTION_CLASSES(FILTERS_EXTERN_ACTION)
-#undef FILTERS_EXTERN_MATCH
-#undef FILTERS_EXTERN_ACTION
+#include <filter_common/filter_actions.def>
 
 }  // namespace FiltersCommon
 

@@ -558,42 +558,10 @@ class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
 // block of the object's code (a MatchDSCP as a MatchToS) and nothing for an unknown code.
 // Deliberate: MatchTPID leaves the stream in hexadecimal; a PCP prints as the character it is.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Match& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchAll& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchTPID& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstMac& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstL4Port& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcL4Port& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcMac& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchL2SrcEntryType& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcIPv4& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstIPv4& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPcp& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalPcp& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcIPv6& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstIPv6& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVlanTagging& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIpProtocol& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPacketRes& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchMplsTerm& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchToS& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDSCP& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVirtualPort& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressStpState& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVlanInfo& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchSrcPort& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchTTL& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchVrfId& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDrop& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchMyStationHit& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchCpuPort& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchForwardingType& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDestinationCpu& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchCPUInjectedPackets& match);
-FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchDstL4PortRange& match);
+#define FILTERS_MATCH(code, Class, blank) \
+  FILTERS_API std::ostream& operator<<(std::ostream& os, const Class& match);
+#define FILTERS_MATCH_TWIN FILTERS_MATCH
+#include <filter_common/filter_matches.def>
 
 }  // namespace FiltersCommon
 

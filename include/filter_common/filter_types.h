@@ -266,4 +266,7 @@ typedef struct vlan_info_t {
 }  // namespace FiltersCommon
 #endif
 
+#undef FILTERS_ENUM
+#undef FILTERS_STATIC_ASSERT
+
 #endif  // FILTER_COMMON_FILTER_TYPES_H_
