@@ -19,12 +19,12 @@ struct Row {
 
 const Row<fc::filtersMatch_t> kMatches[] = {
 #define FILTERS_MATCH(code, T, blank) {fc::code, #code, #T},
-#include "match_catalogue.def"
+#include <filter_common/filter_matches.def>
 };
 
 const Row<fc::filtersAction_t> kActions[] = {
 #define FILTERS_ACTION(code, T, blank) {fc::code, #code, #T},
-#include "action_catalogue.def"
+#include <filter_common/filter_actions.def>
 };
 
 // What stands behind FILTERS_GROUP_TYPE_ and FILTERS_GROUP_STAGE_.

@@ -107,14 +107,14 @@ class FILTERS_API FiltersEntry {
 
   // --- Matches ---
 
-  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that is not listed
-  // above, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate: of MatchToS
-  // and MatchDSCP, either can be read as the other.
+  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that has no row in
+  // filter_matches.def, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate:
+  // of MatchToS and MatchDSCP, either can be read as the other.
   template <class T>
   FILTERS_NODISCARD filtersErr_t getMatch(T& out) const;
 
-  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that is not
-  // listed above, or when the match cannot stand beside one already held.
+  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that has no
+  // row, or when the match cannot stand beside one already held.
   template <class T>
   FILTERS_NODISCARD filtersErr_t setMatch(const T& match);
 
