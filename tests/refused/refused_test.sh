@@ -1,0 +1,59 @@
+#!/bin/bash
+# What must not compile does not, and the compiler says why.
+#   refused_test.sh TREE SCRATCH COMPILER [ARGUMENT...]
+set -euo pipefail
+tree=$1 scratch=$2
+shift 2
+here=$(dirname "$0")
+compile() { LC_ALL=C "${compiler[@]}" -std=c++17 -Werror=switch "$@" 2>&1; }
+
+# expect TEXT FILE [ARGUMENT...]: the file does not compile, for this reason.
+expect() {
+  local text=$1 says
+  if says=$(compile "${@:2}"); then
+    echo "compiles, and should say: $text"
+    exit 1
+  fi
+  grep -qE "$text" <<<"$says" || { printf '%s\ndoes not say: %s\n' "$says" "$text" && exit 1; }
+}
+
+# without FILE CHANGE: a copy of the tree in which the file lacks what sed's CHANGE takes out.
+without() {
+  rm -rf "$scratch"
+  mkdir "$scratch"
+  cp -r "$tree/include" "$tree/src" "$scratch"
+  sed -i -E "$2" "$scratch/$1"
+  ! cmp -s "$tree/$1" "$scratch/$1" || { echo "nothing to take out of $1: $2" && exit 1; }
+}
+
+compiler=("$1" -I"$scratch/include" "${@:2}")
+headers=include/filter_common
+rows=("$here/visits.cpp" -I"$scratch/src" -fsyntax-only)
+for class in MatchTTL ActionSetPcp; do
+  header=$headers/filter_matches.h
+  [[ $class == Match* ]] || header=$headers/filter_actions.h
+  without $header "/class FILTERS_API $class /,/^}/{/ convert/d}"
+  expect "the class needs conversions of its own" "${rows[@]}"
+  without $header "/class FILTERS_API $class /,/^}/{/ operator==/d}"
+  expect "the class needs an operator== of its own" "${rows[@]}"
+done
+without $headers/filter_matches.def '/FILTERS_MATCH_TTL/d'
+expect "FILTERS_MATCH_TTL.* not handled in switch" "${rows[@]}"
+without $headers/filter_actions.def '/FILTERS_ACTION_DENY/d'
+expect "FILTERS_ACTION_DENY.* not handled in switch" "${rows[@]}"
+without src/filter_groups_validation.cpp '/case FILTERS_GROUP_TYPE_9:/,/;/d'
+expect "FILTERS_GROUP_TYPE_9.* not handled in switch" \
+  "$scratch/src/filter_groups_validation.cpp" -fsyntax-only
+# A printer is declared by its row: the linker misses what nobody has written.
+without src/filter_matches_print.cpp '/const MatchTTL& match\) \{/,/^}/d'
+expect "undefined.*operator<<\(std::ostream&, FiltersCommon::MatchTTL const&\)" \
+  "$scratch/src/filter_matches_print.cpp" -shared -fPIC -Wl,-z,defs -o "$scratch/printers.so"
+
+expect "getMatch\(\) fills its argument, which therefore is not const" "$here/const_output.cpp" \
+  -fsyntax-only
+
+# Ignored refusals are warned of, unless warnings are turned off, and nothing else is.
+compile -fsyntax-only "$here/nodiscard.cpp" |
+  sed -n 's/.*cpp:\([0-9]*\):.* ignoring return.*/\1/p' | sort -nu |
+  diff <(grep -n '// warns$' "$here/nodiscard.cpp" | cut -d: -f1) -
+compile -fsyntax-only -Werror -DFILTERS_NO_NODISCARD "$here/nodiscard.cpp"
