@@ -8,13 +8,6 @@ namespace {
 
 constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
 
-// Begins a line of a policer block: fills up to the width that stood when the block began. Within
-// an entry that is 0, since the lines before have used up what the caller set.
-std::ostream& indent(std::ostream& os, std::streamsize width) {
-  os.width(width);
-  return os << "";
-}
-
 // Deliberate: in decimal even when the stream is left in hexadecimal; rates and sizes are not.
 void printDecimal(std::ostream& os, std::uint32_t value) {
   char text[sizeof "4294967295"];
@@ -98,24 +91,21 @@ void printPolicerAction(std::ostream& os, const policer::Action& action) {
   }
 }
 
-// Ends without a line end.
+// Ends without a line end. Its lines are not indented, whatever width the caller of the entry's
+// printer has set: the lines before have used that up.
 void printPolicer(std::ostream& os, const policer::Policer& policer) {
-  const std::streamsize width = os.width();
-  indent(os, width) << "Policer Id: ";
+  os << "Policer Id: ";
   if (policer.GetId() == kInvalidPolicerId) {
     os << "Invalid";
   } else {
     printDecimal(os, policer.GetId());
   }
-  os << '\n';
-  indent(os, width) << "Stage: " << stageName(policer.GetStage()) << '\n';
-  indent(os, width) << "Mode: ";
+  os << "\nStage: " << stageName(policer.GetStage()) << "\nMode: ";
   printMode(os, policer.GetMode());
-  os << '\n';
-  indent(os, width) << "Actions:";
+  os << "\nActions:";
   for (const policer::Action& action : policer.GetActions()) {
     os << '\n';
-    printPolicerAction(indent(os, width), action);
+    printPolicerAction(os, action);
   }
 }
 

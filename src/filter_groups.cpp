@@ -4,7 +4,6 @@
 #include <filter_common/filter_serialized.h>
 #include <google/protobuf/arena.h>
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/wire_format_lite.h>
 
 #include <algorithm>
 #include <climits>
@@ -16,15 +15,22 @@
 namespace FiltersCommon {
 namespace {
 
-using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 using google::protobuf::io::CodedOutputStream;
 
-const std::uint32_t kEntryTag = WireFormatLite::MakeTag(FiltersGroupPB::kEntriesFieldNumber,
-                                                        WireFormatLite::WIRETYPE_LENGTH_DELIMITED);
-constexpr std::size_t kMaxPrefix = 6;  // a tag of one byte and a length of up to five
-constexpr std::size_t kMaxGrowth = 8;  // of id and priority, from one byte to five
-// A guess at the size of rules to come is no larger: a large one says nothing about the others.
+// The tag of a field on the wire: its number, and in the low three bits how its value is written.
+constexpr std::uint32_t tagOf(int field, int wireType) {
+  return static_cast<std::uint32_t>(field << 3 | wireType);
+}
+constexpr int kVarint = 0;
+constexpr std::uint32_t kEntryTag = tagOf(FiltersGroupPB::kEntriesFieldNumber, 2);  // with length
+
+// In front of each entry stand its tag, one byte, and its length, up to five.
+constexpr std::size_t kMaxPrefix = 6;
+// The first entry tells how much room is reserved for each of the others: as much as it takes
+// itself, and eight bytes more, since an id and a priority of one byte may be followed by some of
+// five. Of a large first entry only so much counts: it says nothing about the others.
+constexpr std::size_t kMaxGrowth = 8;
 constexpr std::size_t kUsualSize = 512;
 
 }  // namespace
@@ -149,8 +155,7 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<int>(size));
   std::uint32_t head[4] = {};
   for (int field = 1; field <= 4; ++field) {
-    const std::uint32_t tag = WireFormatLite::MakeTag(field, WireFormatLite::WIRETYPE_VARINT);
-    if (in.ExpectTag(tag) && !in.ReadVarint32(&head[field - 1])) return false;
+    if (in.ExpectTag(tagOf(field, kVarint)) && !in.ReadVarint32(&head[field - 1])) return false;
   }
   setHead(head[0], head[1], head[2], head[3]);
   // One for all entries: it keeps what it once allocated. On an arena it leaks nothing when memory
@@ -191,7 +196,6 @@ void FiltersGroup::serialize(std::string* out) const {
     entry.convertToFiltersEntryPB(&message);
     const std::size_t size = message.ByteSizeLong();
     --left;
-    // Rules of a group resemble each other: room for all by the size of the first.
     if (bytes.capacity() - bytes.size() < kMaxPrefix + size) {
       const std::size_t guess = kMaxPrefix + std::min(size, kUsualSize) + kMaxGrowth;
       bytes.reserve(bytes.size() + kMaxPrefix + size + guess * left);

@@ -33,14 +33,15 @@ inline bool sameBytes(const limid_t& a, const limid_t& b) {
   return limidToWire(a) == limidToWire(b);
 }
 
-// Two lists of limids: the same length and pairwise the same bytes.
+// Two lists of limids: the same length and pairwise the same bytes. Templates here and below: some
+// classes hold their ports in a list, others in a vector.
 template <class Ports>
 bool samePorts(const Ports& a, const Ports& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameBytes);
 }
 
-// Room for more elements. A message that does not stand on an arena leaks the element that it has
-// made when it then finds no memory to list it.
+// Makes room before elements are added. Without it, a message that stands on no arena first makes
+// an element and then room for it in its list: when that fails, nobody owns the element.
 template <class Field>
 void reserveMore(Field* field, std::size_t count) {
   field->Reserve(field->size() + static_cast<int>(count));

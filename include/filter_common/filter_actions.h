@@ -4,7 +4,12 @@
 // What the device does with a packet that a rule matches, one class a treatment. An action is a
 // value: made by its constructor, read by its getters, compared with ==, printed with <<, written
 // to and read from an ActionPB message. An entry keeps copies; the caller's object stays the
-// caller's.
+// caller's. For example:
+//
+//     const ActionSetDSCP expedited(46);
+//     const Action& any = expedited;
+//     std::cout << any;  // its name, code and value, a line each
+//     if (any.getType() != FILTERS_ACTION_SET_DSCP || any == ActionDeny()) return 1;
 //
 // Common to all classes:
 // - convertToActionPB() sets the message's type_ and the fields of the class; hand in a fresh

@@ -50,7 +50,17 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 
 // One filter rule: which packets (at most one match of each code), what happens to them (at most
 // one action of each code), how fast (a policer, and optionally a parent shared with other rules)
-// and what is counted.
+// and what is counted. For example:
+//
+//     FiltersEntry entry(10);
+//     if (entry.setMatch(MatchTTL(1)) != FILTERS_OK) return 1;
+//     if (entry.setMatch(MatchIpProtocol(6)) != FILTERS_OK) return 1;  // in place of another one
+//     if (entry.setAction(ActionDeny()) != FILTERS_OK) return 1;
+//     MatchTTL ttl(0);
+//     if (entry.getMatch(ttl) != FILTERS_OK || ttl.getTTL() != 1) return 1;
+//     std::string bytes;
+//     entry.serialize(&bytes);
+//     if (!(FiltersEntry(bytes) == entry)) return 1;  // as another process reads it
 //
 // Invariants: every match and action is the entry's own copy, stored under its own code. IPv4 and
 // IPv6 addresses never stand together, nor do a destination port and a destination port range.

@@ -18,7 +18,15 @@ class FiltersSerialized;
 
 // One table of filter rules: where in the pipeline it is applied (stage), what kind of table it is
 // (type) and its rules, by entry id. The type decides which matches a rule may use; the stage
-// decides which types, which actions and which policer stage.
+// decides which types, which actions and which policer stage. For example:
+//
+//     FiltersGroup group(1);
+//     if (group.setStage(FILTERS_GROUP_STAGE_INGRESS) != FILTERS_OK) return 1;
+//     if (group.setType(FILTERS_GROUP_TYPE_3) != FILTERS_OK) return 1;
+//     FiltersEntry entry(10);
+//     if (entry.setMatch(MatchVrfId(1)) != FILTERS_OK) return 1;  // not what type 3 matches
+//     if (group.insertEntry(entry) != FILTERS_ERR_MATCH_NOT_ALLOWED) return 1;
+//     std::cout << group;
 //
 // Invariants: every entry is the group's own copy, stored under its own id. An entry that came in
 // by insertEntry(), and every later setStage() and setType(), passed the four checks below.

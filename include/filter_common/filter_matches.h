@@ -3,7 +3,13 @@
 
 // The criteria of a filter rule, one class each. A match is a value: made by its constructor, read
 // by its getters, compared with ==, printed with <<, written to and read from a MatchPB message.
-// An entry keeps copies; the caller's object stays the caller's.
+// An entry keeps copies; the caller's object stays the caller's. For example:
+//
+//     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
+//     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
+//     const Match& any = source;
+//     std::cout << any;  // its name, code, address and mask, a line each
+//     if (any.getType() != FILTERS_MATCH_SRC_IPV4 || any == MatchTTL(1)) return 1;
 //
 // Common to all classes:
 // - No value is range-checked: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator is kept.
