@@ -2,7 +2,6 @@
 
 #include <filter_common/filter_entries.pb.h>
 #include <filter_common/filter_serialized.h>
-#include <google/protobuf/arena.h>
 
 #include <algorithm>
 #include <array>
@@ -263,13 +262,13 @@ void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
 }
 
 void FiltersEntry::parse(const char* bytes, std::size_t size) {
-  google::protobuf::Arena arena;
+  MessageArena arena;
   convertFromFiltersEntryPB(parseMessage<FiltersEntryPB>(bytes, size, &arena));
 }
 
 void FiltersEntry::serialize(std::string* out) const {
-  google::protobuf::Arena arena;
-  auto* message = makeOn<FiltersEntryPB>(&arena);
+  MessageArena arena;
+  auto* message = arena.make<FiltersEntryPB>();
   convertToFiltersEntryPB(message);
   static_cast<void>(message->SerializeToString(out));
 }

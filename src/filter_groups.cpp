@@ -2,7 +2,6 @@
 
 #include <filter_common/filter_groups.pb.h>
 #include <filter_common/filter_serialized.h>
-#include <google/protobuf/arena.h>
 #include <google/protobuf/io/coded_stream.h>
 
 #include <algorithm>
@@ -143,7 +142,7 @@ void FiltersGroup::addFrom(const FiltersEntryPB& message) {
 void FiltersGroup::parse(const char* bytes, std::size_t size) {
   if (parseAsWritten(bytes, size)) return;
   entries_.clear();
-  google::protobuf::Arena arena;
+  MessageArena arena;
   convertFromFiltersGroupPB(parseMessage<FiltersGroupPB>(bytes, size, &arena));
 }
 
@@ -160,8 +159,8 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   setHead(head[0], head[1], head[2], head[3]);
   // One for all entries: it keeps what it once allocated. On an arena it leaks nothing when memory
   // runs out.
-  google::protobuf::Arena arena;
-  auto& message = *makeOn<FiltersEntryPB>(&arena);
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   while (in.ExpectTag(kEntryTag)) {
     // A length that overruns, or takes more bytes than it needs, is for the parser of the whole.
     const int before = in.CurrentPosition();
@@ -188,8 +187,8 @@ void FiltersGroup::serialize(std::string* out) const {
   fillHead(&head);
   std::string bytes;
   static_cast<void>(head.AppendToString(&bytes));
-  google::protobuf::Arena arena;
-  auto& message = *makeOn<FiltersEntryPB>(&arena);
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   std::size_t left = entries_.size();
   for (const auto& [id, entry] : entries_) {
     message.Clear();

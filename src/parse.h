@@ -1,15 +1,16 @@
 #ifndef FILTER_COMMON_SRC_PARSE_H_
 #define FILTER_COMMON_SRC_PARSE_H_
 
-// Where messages lie, and how bytes of other processes become messages: never with an error, and
-// never with a word on standard error.
+// How bytes of other processes become messages: never with an error, and never with a word on
+// standard error.
 
 #include <filter_common/filter_serialized.h>
-#include <google/protobuf/arena.h>
 
 #include <climits>
 #include <cstddef>
 #include <stdexcept>
+
+#include "arena.h"
 
 namespace FiltersCommon {
 
@@ -22,20 +23,13 @@ inline const char* checkedData(const FiltersSerialized& buffer) {
   return buffer.data();
 }
 
-// An empty message that the arena owns, with all that it will hold. The functions of arenas that
-// promise the same have another name in each age of the message runtime; this one is in all.
-template <class Message>
-Message* makeOn(google::protobuf::Arena* arena) {
-  return Message::default_instance().New(arena);
-}
-
 // What could be read of the bytes, on the arena. The parser's verdict is ignored: it is false for
 // the zero byte that ends a buffer, and what it stored up to a fault is what callers are promised.
 // The partial parse stores the same as the full one but does not list missing required fields,
 // which would cost a multiple of the input in memory and as much again on standard error.
 template <class Message>
-const Message* parseMessage(const char* bytes, std::size_t size, google::protobuf::Arena* arena) {
-  Message* message = makeOn<Message>(arena);
+const Message* parseMessage(const char* bytes, std::size_t size, MessageArena* arena) {
+  auto* message = arena->make<Message>();
   if (size <= INT_MAX) {
     static_cast<void>(message->ParsePartialFromArray(bytes, static_cast<int>(size)));
   }
