@@ -48,7 +48,7 @@ function(filter_common_install libdir docdir prefix)
   endif()
   install(FILES ${schema_files} DESTINATION ${CMAKE_INSTALL_DATADIR}/filter_common/proto
           ${development})
-  install(FILES README.md SECURITY.md DESTINATION ${docdir} ${development})
+  install(FILES README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${docdir} ${development})
   install(DIRECTORY docs DESTINATION ${docdir} ${development})
 
   configure_package_config_file(
@@ -68,4 +68,4 @@ function(filter_common_install libdir docdir prefix)
   endforeach()
 endfunction()
 
-filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DOCDIR} "")
+filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/filter_common "")

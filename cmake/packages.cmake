@@ -72,7 +72,7 @@ set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_DEPENDS
     "${runtime_package} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 # Most programs include no message header; apt brings what those that do need, unless told not to.
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_RECOMMENDS
-    "libprotobuf-dev (>= ${Protobuf_VERSION})")
+    "libprotobuf-dev (>= ${Protobuf_VERSION}), libprotobuf-dev (<< ${Protobuf_VERSION}.1~)")
 set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_DESCRIPTION
     "data model of packet-filter rules, development files\n${about}")
 

@@ -31,7 +31,7 @@ expect_field "$runtime" Depends '(.*, )?libstdc\+\+6 .*'
 expect_field "$development" Package libfilter-common-dev
 expect_field "$development" Section libdevel
 expect_field "$development" Depends "libfilter-common1 \(= $version\)"
-expect_field "$development" Recommends 'libprotobuf-dev \(>= [0-9.]+\)'
+expect_field "$development" Recommends 'libprotobuf-dev \(>= [0-9.]+\), libprotobuf-dev \(<< [0-9.]+~\)'
 contact=$(sed -n 's/^FILTER_COMMON_CONTACT:[A-Z]*=//p' "$build/CMakeCache.txt")
 for package in "$runtime" "$development"; do
   [[ "$(dpkg-deb -f "$package" Maintainer)" == "$contact" ]]

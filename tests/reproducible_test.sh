@@ -9,7 +9,7 @@ work=$2
 
 rm -rf "$work/elsewhere"
 mkdir -p "$work/elsewhere"
-tar -C "$source_dir" --exclude=./build --exclude=./.git --format=posix -c . |
+tar -C "$source_dir" --exclude=./build --exclude="./${work#"$source_dir"/}" --exclude=./.git --format=posix -c . |
   tar -C "$work/elsewhere" -x
 cmake -S "$work/elsewhere" -B "$work/a folder of its own" -DBUILD_TESTING=OFF \
   -DCMAKE_BUILD_TYPE="$CMAKE_BUILD_TYPE" -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS"

@@ -14,9 +14,10 @@
 // Common to all classes:
 // - No value is range-checked: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator is kept.
 // - convertToMatchPB() sets the message's type_ and the fields of the class; hand in a fresh or
-//   cleared message. convertFromMatchPB() takes the fields of the class from the message, and 0
-//   for an absent one; it looks neither at type_ nor at presence. Numbers are cut to the width of
-//   the field, addresses to their size; missing address bytes become zero.
+//   cleared message. convertFromMatchPB() takes the fields of the class from the message: absent
+//   numbers and addresses as 0, absent sets as empty, absent ports as none more; it looks neither
+//   at type_ nor at presence. Numbers are cut to the width of the field, addresses to their size;
+//   missing address bytes become zero.
 // - Deliberate: the comparison of nine classes is virtual, that of the others is not.
 // - An object of a base class that was made with a leaf's code, as Match(FILTERS_MATCH_TTL), must
 //   not be compared, printed or copied into an entry as a Match: it would be read as the leaf.

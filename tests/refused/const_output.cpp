@@ -1,7 +1,7 @@
 // A getter fills its argument: a const one is refused.
 #include <filter_common/filter_entries.h>
 
-int main() {
-  const FiltersCommon::MatchTTL match(1);
-  return FiltersCommon::FiltersEntry().getMatch(match);
-}
+using namespace FiltersCommon;
+
+filtersErr_t get(const MatchTTL& match) { return FiltersEntry().getMatch(match); }
+filtersErr_t get(const ActionDeny& action) { return FiltersEntry().getAction(action); }

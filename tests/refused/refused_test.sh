@@ -49,8 +49,10 @@ without src/filter_matches_print.cpp '/const MatchTTL& match\) \{/,/^}/d'
 expect "undefined.*operator<<\(std::ostream&, FiltersCommon::MatchTTL const&\)" \
   "$scratch/src/filter_matches_print.cpp" -shared -fPIC -Wl,-z,defs -o "$scratch/printers.so"
 
-expect "getMatch\(\) fills its argument, which therefore is not const" "$here/const_output.cpp" \
-  -fsyntax-only
+for getter in getMatch getAction; do
+  expect "$getter\(\) fills its argument, which therefore is not const" "$here/const_output.cpp" \
+    -fsyntax-only
+done
 
 # Ignored refusals are warned of, unless warnings are turned off, and nothing else is.
 compile -fsyntax-only "$here/nodiscard.cpp" |
