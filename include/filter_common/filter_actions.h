@@ -14,8 +14,8 @@
 // Common to all classes:
 // - convertToActionPB() sets the message's type_ and the fields of the class; hand in a fresh
 //   message. convertFromActionPB() takes the fields of the class, absent numbers and addresses
-//   as 0 (but see ActionMplsPortSet), absent ports as none, and does not look at type_. Numbers are cut to the width of the field;
-//   missing address bytes become zero.
+//   as 0 (but see ActionMplsPortSet), absent ports as none, and does not look at type_. Numbers are
+//   cut to the width of the field; missing address bytes become zero.
 // - No value is range-checked, except by ActionMplsPortSet.
 // - Deliberate: the comparison of six classes is virtual, that of the others is not.
 // - An object of a base class that was made with a leaf's code, as Action(FILTERS_ACTION_REDIRECT),
@@ -327,8 +327,8 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // Deliberate: they stand at global scope. Every namespace with an operator<< of its own hides them,
 // FiltersCommon among them. Code in such a namespace says `using ::operator<<;` there (inside a
 // function it would hide the namespace's own), or calls ::operator<<(os, action). Whether templates
-// of the standard library find them, as std::ostream_iterator<ActionDeny> must, depends on the order
-// of includes: a type of the caller's, whose operator<< calls these, always works.
+// of the standard library find them, as std::ostream_iterator<ActionDeny> must, depends on the
+// order of includes: a type of the caller's, whose operator<< calls these, always works.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 #define FILTERS_ACTION(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);

@@ -118,8 +118,8 @@ class FILTERS_API FiltersEntry {
   // --- Matches ---
 
   // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that has no row in
-  // filter_matches.def, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged. Deliberate:
-  // of MatchToS and MatchDSCP, either can be read as the other.
+  // filter_matches.def, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged.
+  // Deliberate: of MatchToS and MatchDSCP, either can be read as the other.
   template <class T>
   FILTERS_NODISCARD filtersErr_t getMatch(T& out) const;
 
