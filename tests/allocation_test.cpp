@@ -17,7 +17,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "class_checks.h"
 #include "entry_samples.h"
 
 namespace {

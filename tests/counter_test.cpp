@@ -9,48 +9,30 @@
 
 namespace {
 
-using namespace FiltersCommon;
-using catalogue::fromHex;
-using catalogue::printed;
-using catalogue::toHex;
+using namespace catalogue;
 
-TEST(Counter, HoldsWhatItIsGivenAndChecksNothing) {
+TEST(Counter, IsItsIdAndItsTypeAndChecksNeither) {
   const Counter counter(65535, counter_type_t(-2));
   EXPECT_EQ(counter.GetId(), 65535);
   EXPECT_EQ(counter.GetType(), -2);
   EXPECT_EQ(Counter(), Counter(0, FILTERS_COUNTER_TYPE_INVALID));
-}
-
-TEST(Counter, IsEqualWhenIdAndTypeAre) {
-  const Counter counter(7, FILTERS_COUNTER_TYPE_OCTETS);
-  EXPECT_TRUE(counter == Counter(counter));
+  EXPECT_NE(counter, Counter(65534, counter_type_t(-2)));
+  EXPECT_NE(counter, Counter(65535, counter_type_t(2)));
   EXPECT_FALSE(counter != Counter(counter));
-  for (const Counter& other :
-       {Counter(8, FILTERS_COUNTER_TYPE_OCTETS), Counter(7, FILTERS_COUNTER_TYPE_PACKETS)}) {
-    EXPECT_FALSE(counter == other);
-    EXPECT_TRUE(counter != other);
-  }
 }
 
 // Only the low 16 bits of a message's id count; both fields are signed there.
 TEST(Counter, WritesItsFieldsAndReadsTheLowBitsOfTheId) {
-  const struct {
-    const char* read;
-    Counter counter;
-    const char* written;
-  } rows[] = {{"0800 1000", Counter(), "08001000"},
-              {"08ac02 1008", {300, FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS}, "08ac021008"},
-              {"08818004 1009", {1, counter_type_t(9)}, "08011009"},
-              {"08ffffffffffffffffff01 10ffffffffffffffffff01",
-               {65535, counter_type_t(-1)},
-               "08ffff0310ffffffffffffffffff01"}};
-  for (const auto& row : rows) {
+  const auto expectRead = [](const std::string& in, const Counter& counter, const char* out) {
     CounterPB message;
-    ASSERT_TRUE(message.ParseFromString(fromHex(row.read)));
-    EXPECT_EQ(Counter(message), row.counter);
-    row.counter.Serialize(&message);
-    EXPECT_EQ(toHex(message.SerializePartialAsString()), row.written);
-  }
+    ASSERT_TRUE(message.ParseFromString(fromHex(in)));
+    EXPECT_EQ(Counter(message), counter);
+    counter.Serialize(&message);
+    EXPECT_EQ(toHex(message.SerializePartialAsString()), out);
+  };
+  expectRead("08818004 1009", {1, counter_type_t(9)}, "08011009");
+  expectRead("08ffffffffffffffffff01 10ffffffffffffffffff01", {65535, counter_type_t(-1)},
+             "08ffff0310ffffffffffffffffff01");
 }
 
 TEST(Counter, PrintsItsTypeByName) {

@@ -1,11 +1,12 @@
-// The device's interface-id library, and the C library's text of a MAC address, failing at every
-// call: this program's functions stand in front of theirs and leave their outputs as they were.
+// The device's interface-id library, and the C library's text of a MAC address, at their worst:
+// this program's functions stand in front of theirs. They fail and leave their outputs as they
+// were, or fill a name without an end.
 
 #include <filter_common/filter_actions.pb.h>
-#include <filter_common/filter_matches.pb.h>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <limid/limid_standin.h>
 
+#include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -14,13 +15,17 @@
 #include <filter_common/filter_matches.h>
 
 static std::string macBuffer;
+static bool namesHaveNoEnd = false;
 
 extern "C" {
 char* ether_ntoa_r(const ether_addr*, char* text) {
   macBuffer = text;
   return nullptr;
 }
-int limid_to_intfname(limid_t, char*, size_t) { return -1; }
+int limid_to_intfname(limid_t, char* name, size_t size) {
+  if (namesHaveNoEnd) std::memset(name, 'x', size);
+  return namesHaveNoEnd ? 0 : -1;
+}
 int limid_to_ifindex(limid_t, uint32_t*) { return -1; }
 int limid_from_ifindex(limid_t*, uint32_t) { return -1; }
 }
@@ -29,15 +34,20 @@ namespace {
 
 using namespace FiltersCommon;
 
-TEST(PlatformFaults, PrintsAnEmptyNameWhereTheLibraryGivesNone) {
-  std::ostringstream os;
-  os << MatchSrcPort(limid_make_ethernet(3)) << ActionRedirect(limid_make_lag(1))
-     << ActionMplsPortSet(limid_make_mpls_vpws(1), limid_make_lag(1));
-  EXPECT_EQ(os.str(),
-            "    =MatchSrcPort=\n      Match Type ID: 25\n      LIMID: \n"
-            "    =ActionRedirect=\n      Action Type ID: 11\n      \"\" \n"
-            "    =ActionMplsPortSet=\n      Action Type ID: 18\n      VPN ID: \n"
-            "      MPLS Access Port: \n");
+const ActionMplsPortSet kMpls(limid_make_mpls_vpws(1), limid_make_lag(1));
+
+TEST(PlatformFaults, PrintsAnEmptyNameWhereThereIsNoneAndEndsOneWithoutEnd) {
+  for (const unsigned length : {0, 1}) {
+    namesHaveNoEnd = length != 0;
+    std::ostringstream os;
+    os << MatchSrcPort(limid_make_ethernet(3)) << ActionRedirect(limid_make_lag(1)) << kMpls;
+    const std::string name(length * 100, 'x'), shortName(length * 64, 'x');
+    EXPECT_EQ(os.str(),
+              "    =MatchSrcPort=\n      Match Type ID: 25\n      LIMID: " + name +
+                  "\n    =ActionRedirect=\n      Action Type ID: 11\n      \"" + name +
+                  "\" \n    =ActionMplsPortSet=\n      Action Type ID: 18\n      VPN ID: " +
+                  shortName + "\n      MPLS Access Port: " + shortName + "\n");
+  }
 }
 
 TEST(PlatformFaults, EndsTheLineOfAMacAddressThatHasNoText) {
@@ -48,16 +58,10 @@ TEST(PlatformFaults, EndsTheLineOfAMacAddressThatHasNoText) {
   EXPECT_EQ(macBuffer, "00:00:00:00:00:00");
 }
 
-TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndex) {
+TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndexAndRefusesAnIndexWithoutInterface) {
   ActionPB message;
-  ActionMplsPortSet(limid_make_mpls_vpws(1), limid_make_lag(1)).convertToActionPB(&message);
+  kMpls.convertToActionPB(&message);
   EXPECT_EQ(message.SerializeAsString(), std::string("\x08\x12\x50\0\x58\0", 6));
-}
-
-TEST(PlatformFaults, RefusesAnIndexWithoutInterface) {
-  ActionPB message;
-  message.set_vpn_id(1);
-  message.set_mpls_access_port(2);
   ActionMplsPortSet action;
   EXPECT_THROW(action.convertFromActionPB(&message), std::invalid_argument);
   EXPECT_EQ(action.getVpnId(), ActionMplsPortSet().getVpnId());

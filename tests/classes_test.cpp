@@ -1,0 +1,415 @@
+// What every match and action class owes, over the samples of each, and where single classes are
+// odd: values, bytes and text.
+
+#include <filter_common/filter_actions.h>
+#include <filter_common/filter_matches.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "samples.h"
+
+namespace {
+
+using namespace catalogue;
+using namespace std::string_literals;
+using ::testing::ElementsAre;
+
+template <class T, class... Others>
+constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
+
+template <class T>
+class EachClass : public ::testing::Test {};
+TYPED_TEST_SUITE(EachClass, EveryClass, );
+
+// By its own comparison and by the generic one.
+TYPED_TEST(EachClass, EqualsItsCopiesAlone) {
+  for (const TypeParam& object : samples<TypeParam>()) {
+    EXPECT_EQ(object.getType(), codeOf<TypeParam>());
+    const TypeParam copy(object);
+    for (const TypeParam& other : samples<TypeParam>()) {
+      const bool same = &other == &object;
+      EXPECT_EQ(copy == other, same);
+      EXPECT_EQ(copy == generic(other), same);
+      EXPECT_EQ(generic(copy) == generic(other), same);
+    }
+  }
+}
+
+TYPED_TEST(EachClass, WritesItsFieldsAndReadsThemBack) {
+  const Row<TypeParam>& row = rowOf<TypeParam>();
+  EXPECT_EQ(wireOf(row.objects[0]), "08" + varint(row.code) + toHex(fromHex(row.fields)));
+  for (const TypeParam& object : row.objects) {
+    TypeParam read = row.objects.back();
+    readInto(&read, wireOf(object));
+    EXPECT_EQ(wireOf(read), wireOf(object));
+    EXPECT_TRUE(generic(read) == object);
+  }
+}
+
+TYPED_TEST(EachClass, ReadsAbsentFieldsAsZeroUnlessItAppends) {
+  // The one has no sample of mask 0, the other refuses.
+  if (isOneOf<TypeParam, MatchSrcIPv6, ActionMplsPortSet>) return;
+  const bool appends =
+      isOneOf<TypeParam, MatchIngressPorts, MatchEgressPorts, ActionBlockEgressPorts>;
+  TypeParam object = samples<TypeParam>().front();
+  readInto(&object, "");
+  EXPECT_TRUE(object == (appends ? samples<TypeParam>().front() : samples<TypeParam>().back()));
+}
+
+template <class C, class Other>
+Other comparedWith(bool (C::*)(Other) const);
+
+// A T whose own comparison always says no. The generic comparison hears of it only where T's is
+// virtual, so there is no `override` here.
+template <class T>
+struct Contrary : T {
+  using BaseOf<T>::operator==;
+  explicit Contrary(const T& object) : T(object) {}
+  bool operator==(decltype(comparedWith(&T::operator==))) const { return false; }
+};
+
+// Deliberate: these comparisons can be overridden, the others cannot. The object on the left is
+// asked.
+TYPED_TEST(EachClass, HasAVirtualComparisonIfItIsOneOfFifteen) {
+  const Contrary<TypeParam> contrary(samples<TypeParam>().front());
+  EXPECT_NE(generic<TypeParam>(contrary) == samples<TypeParam>().front(),
+            (isOneOf<TypeParam, MatchIngressStpState, MatchVlanInfo, MatchVrfId, MatchDrop,
+                     MatchMyStationHit, MatchCpuPort, MatchForwardingType, MatchCPUInjectedPackets,
+                     MatchDstL4PortRange, ActionPermit, ActionMapToCosQueue, ActionRedirect,
+                     ActionReplaceDstMac, ActionRedirectCancel, ActionReplaceSrcMac>));
+  EXPECT_TRUE(generic(samples<TypeParam>().front()) == contrary);
+}
+
+TEST(Classes, DifferByTheirCodes) {
+  const auto expectEachToDiffer = [](const auto& list) {
+    for (const auto& [code, object] : list) {
+      EXPECT_EQ(object->getType(), code);
+      for (const auto& [otherCode, other] : list) EXPECT_EQ(*object == *other, code == otherCode);
+    }
+  };
+  expectEachToDiffer(oneMatchOfEachCode());
+  expectEachToDiffer(oneActionOfEachCode());
+}
+
+// --- Bytes ---------------------------------------------------------------------------------------
+
+// What an object that has read a message writes.
+template <class T>
+void expectRead(T object, const std::string& in, const std::string& out) {
+  readInto(&object, in);
+  EXPECT_EQ(wireOf(object), toHex(fromHex(out)));
+}
+
+TEST(ClassWire, CutsNumbersToTheirWidthAndDoesNotReadTheCode) {
+  expectRead(MatchExternalVlanId(1), "1864 180a 1864 18e48004", "0802 180a 1864");
+  expectRead(MatchTPID(1), "20808206", "0803 20808202");
+  expectRead(MatchSrcL4Port(1, 1), "30d08004 900180fe07", "0806 3050 900180fe03");
+  expectRead(MatchPcp(1), "48ff01 488302 4803", "080c 4803 48ff01");
+  expectRead(MatchInternalPcp(1), "48ff01 488302 4803", "080d 4803 48ff01");
+  expectRead(MatchIpProtocol(1), "708602", "0811 7006");
+  expectRead(MatchToS(1), "8001b903", "0814 8001b901");
+  expectRead(MatchTTL(1), "0805 b001c002", "081a b00140");
+  expectRead(MatchVrfId(1), "b801ac8204", "081b b801ac02");
+  expectRead(ActionSetPcp(1), "0808 18ac02", "0805 182c");
+  expectRead(ActionSetPcpAndQueue(1), "20ac02", "0806 202c");
+  expectRead(ActionSetInnerPcp(1), "0805 18ac02", "0807 182c");
+  expectRead(ActionSetDSCP(1), "28ac02", "0808 282c");
+  expectRead(ActionMapToCosQueue(1), "080a 30ac02", "0809 302c");
+  expectRead(ActionMapToCpuCosQueue(1), "0809 30ac02", "080a 302c");
+}
+
+// Deliberate: matched and blocked ports are added to a list, in the object and in the message; all
+// else replaces one.
+TEST(ClassWire, AppendsPortsButToRedirections) {
+  expectRead(MatchIngressPorts(kCpuPort), "1009 1005 a00109", "0801 1009 1005 a00100 a00109");
+  // Deliberate: excluded types belong to ingress ports alone.
+  expectRead(MatchEgressPorts(Ports{9}), "1009 1005 a00109", "0816 1009 1009 1005");
+  expectRead(ActionBlockEgressPorts(Ports{9}), "1005 1006", "0803 1009 1005 1006");
+  expectRead(ActionRedirect(9), "1005 1006", "080b 1005 1006");
+  // The list of ports by itself carries none: its leaf does that.
+  expectRead(ActionPorts(FILTERS_ACTION_BLOCK_EGRESS_PORTS, Ports{5}), "1005", "0803");
+  MatchPB match;
+  match.ParsePartialFromString(fromHex("1009 1809 4809 a00109"));
+  MatchIngressPorts(Ports{5}).convertToMatchPB(&match);
+  MatchEgressPorts(Ports{6}).convertToMatchPB(&match);
+  MatchIngressPorts(kCpuPort).convertToMatchPB(&match);
+  MatchExternalVlanId(5).convertToMatchPB(&match);
+  MatchPcp(4).convertToMatchPB(&match);
+  MatchInternalPcp(3).convertToMatchPB(&match);
+  EXPECT_EQ(match.SerializeAsString(), fromHex("080d 1009 1005 1006 1805 4803 a00109 a00100"));
+  ActionPB action;
+  ActionBlockEgressPorts(Ports{9, 5}).convertToActionPB(&action);
+  ActionRedirect(6).convertToActionPB(&action);
+  EXPECT_EQ(action.SerializeAsString(), fromHex("080b 1009 1005 1006"));
+}
+
+TEST(ClassWire, FillsShortAddressesWithZerosAndDropsWhatIsInExcess) {
+  const auto expectFitted = [](auto object, const std::string& tag, std::uint32_t size) {
+    for (std::uint32_t length = 0; length <= size + 2; ++length) {
+      std::string address(length, '\x11');
+      readInto(&object, tag + varint(length) + toHex(address));
+      address.resize(size);
+      EXPECT_THAT(wireOf(object), ::testing::HasSubstr(tag + varint(size) + toHex(address)));
+    }
+  };
+  expectFitted(MatchSrcMac(kMac), "2a", 6);
+  expectFitted(MatchSrcMac(kMac), "3a", 6);
+  expectFitted(MatchDstIPv4(kIPv4), "42", 4);
+  expectFitted(MatchDstIPv4(kIPv4), "52", 4);
+  expectFitted(MatchSrcIPv6(kIPv6), "5a", 16);
+  expectFitted(MatchSrcIPv6(kIPv6), "62", 16);
+  expectFitted(ActionReplaceDstMac(kMac), "42", 6);
+  expectFitted(ActionReplaceSrcMac(kMac), "42", 6);
+}
+
+// --- Text ----------------------------------------------------------------------------------------
+
+// The block of an object with these lines below its code.
+template <class T>
+std::string block(const Lines& lines) {
+  const char* base = std::is_base_of_v<Match, T> ? "Match" : "Action";
+  std::string text = "    =" + rowOf<T>().name + "=\n      " + base +
+                     " Type ID: " + std::to_string(rowOf<T>().code) + "\n";
+  for (const std::string& line : lines) text += "      " + line + "\n";
+  return text;
+}
+
+template <class T>
+void expectLines(const T& object, const Lines& lines) {
+  EXPECT_EQ(printed(object), block<T>(lines));
+}
+
+struct CountingBuffer : std::stringbuf {
+  int sync() override { return ++flushes, 0; }
+  int flushes = 0;
+};
+
+// Deliberate: the caller's width goes to the header as a whole, flags are digits whatever the
+// stream says, actions flush every line, and by its code a MatchDSCP prints as the MatchToS it
+// stands for.
+TYPED_TEST(EachClass, PrintsItsBlockByItsOwnPrinterAndByItsCode) {
+  const Row<TypeParam>& row = rowOf<TypeParam>();
+  const std::string text = block<TypeParam>(row.lines);
+  CountingBuffer buffer;
+  std::ostream(&buffer) << std::boolalpha << std::setfill('.') << std::setw(42) << row.objects[0];
+  EXPECT_EQ(buffer.str(), std::string(36 - row.name.size(), '.') + text);
+  const bool flushes = std::is_base_of_v<Action, TypeParam>;
+  EXPECT_EQ(buffer.flushes, flushes ? std::count(text.begin(), text.end(), '\n') : 0);
+  const bool isDSCP = std::is_same_v<TypeParam, MatchDSCP>;
+  EXPECT_EQ(printed(generic(row.objects[0])), isDSCP ? block<MatchToS>({"ToS: 184"}) : text);
+}
+
+TEST(ClassPrint, IsFixedToTheCharacter) {
+  EXPECT_EQ(printed(MatchAll()) + printed(ActionDeny()),
+            "    =MatchAll=\n      Match Type ID: 0\n      <no parameters>\n"
+            "    =ActionDeny=\n      Action Type ID: 1\n      <no parameters>\n");
+}
+
+TEST(ClassPrint, LeavesEmptyListsEmptyAndNamesOnlyKnownEnumerators) {
+  expectLines(MatchEgressPorts(Ports()), {"Number of ports: 0", "LIMIDs: "});
+  expectLines(MatchPcp(Pcps()), {"PCPs: [ ]"});
+  expectLines(ActionBlockEgressPorts(Ports()), {"Number of ports: 0", "LIMIDs: "});
+  expectLines(MatchVlanTagging(FILTERS_VLAN_UNTAGGED), {"Tagging: untagged"});
+  expectLines(MatchVlanTagging(vlan_tagging_t(2)), {"Tagging: tagged"});
+  expectLines(ActionCopyToCpuCancel(COPY_TO_CPU_CANCEL),
+              {"Cp2CPU Cancel type: COPY_TO_CPU_CANCEL"});
+  expectLines(ActionCopyToCpuCancel(cp2cpuCancelParam_t(kMax)), {"Cp2CPU Cancel type: 4294967295"});
+}
+
+TEST(ClassPrint, NamesExcludedPortTypesInFrontOfThePorts) {
+  MatchIngressPorts match(PortTypes{port_type_t(7), FILTERS_PORT_TYPE_CPU});
+  readInto(&match, "10" + varint(kEth3));
+  expectLines(match, {"Excluded Port Types: \"\" \"CPU_PORT\" ", "Number of ports: 1",
+                      "LIMIDs: \"eth-3\" "});
+}
+
+// Deliberate: a redirection repeats the indent for every port on one line, blocked ports do not.
+TEST(ClassPrint, LaysRedirectPortsOutUnlikeBlockedPorts) {
+  expectLines(redirectTo({kEth3, kLag1}), {"\"eth-3\"       \"lag-1\" "});
+  EXPECT_EQ(printed(redirectTo({})), block<ActionRedirect>({}) + "\n");
+  EXPECT_EQ(printed(ActionPorts(FILTERS_ACTION_BLOCK_EGRESS_PORTS, {kEth3})),
+            "      Number of ports: 1\n      LIMIDs: \"eth-3\" \n");
+}
+
+// Deliberate: a PCP prints as the character it is, a zero byte included.
+TEST(ClassPrint, WritesPcpsAsRawCharacters) {
+  expectLines(MatchPcp(Pcps{255, 0, 3}), {"PCPs: [ \0 \3 \xff ]"s});
+}
+
+// Deliberate: what follows a TPID on the same stream is hexadecimal.
+TEST(ClassPrint, LeavesTheStreamInHexadecimalAfterATPID) {
+  std::ostringstream os;
+  os << MatchTPID(0xabcd) << MatchTTL(64);
+  EXPECT_EQ(os.str(),
+            "    =MatchTPID=\n      Match Type ID: 3\n      TPID: 0xabcd\n"
+            "    =MatchTTL=\n      Match Type ID: 1a\n      TTL: 40\n");
+}
+
+// --- Single behaviours ---------------------------------------------------------------------------
+
+// The other getters are what printing and samples.h ask.
+TEST(Classes, ReturnWhatTheyWereGiven) {
+  EXPECT_THAT(MatchIngressPorts(Ports{5, 3, 5}).getPorts(), ElementsAre(5, 3, 5));
+  EXPECT_THAT(MatchIngressPorts(kCpuPort).getPorts(), ElementsAre());
+  EXPECT_THAT(MatchIngressPorts(kCpuPort).getExcludedPortTypes(), ElementsAre(0));
+  EXPECT_THAT(MatchExternalVlanId(VlanIds{65535, 10}).getVlanIds(), ElementsAre(10, 65535));
+  EXPECT_THAT(MatchPcp(Pcps{255, 3}).getPcps(), ElementsAre(3, 255));
+  EXPECT_THAT(MatchInternalPcp(7).getPcps(), ElementsAre(7));
+  EXPECT_THAT(ActionBlockEgressPorts(Ports{5, 3, 5}).getPorts(), ElementsAre(5, 3, 5));
+  EXPECT_THAT(redirectTo({5, 3, 5}).getRedirectPorts(), ElementsAre(5, 3, 5));
+  const MatchSrcL4Port port(1, 2);
+  const MatchDstL4PortRange range(4, 3);
+  EXPECT_EQ(port.getPort(), 1);
+  EXPECT_EQ(port.getMask(), 2);
+  EXPECT_EQ(range.getMinPort(), 4);
+  EXPECT_EQ(range.getMaxPort(), 3);
+}
+
+// Deliberate: there is no way back from port types to ports.
+TEST(Classes, SetTheirValuesAnewButForExcludedPortTypes) {
+  MatchSrcPort port(kEth3);
+  port.setSrcPort(kLag1);
+  EXPECT_EQ(port.getLimId(), kLag1);
+  MatchVrfId vrf(1);
+  vrf.setVrfId(65535);
+  EXPECT_EQ(vrf.getVrfId(), 65535);
+  MatchIngressPorts ports(Ports{5}), others(kCpuPort);
+  EXPECT_EQ(ports.setPorts({7, 6}), 0);
+  EXPECT_TRUE(ports == MatchIngressPorts(Ports{7, 6}));
+  for (const Ports& given : {Ports{5}, Ports()}) EXPECT_EQ(others.setPorts(given), -5);
+  EXPECT_TRUE(others == MatchIngressPorts(kCpuPort));
+}
+
+TEST(Classes, KeepTheirCodesWhenAssignedThroughABase) {
+  MatchDstMac destination(kMac);
+  static_cast<MatchMac&>(destination) = MatchSrcMac(kMacMask);
+  EXPECT_TRUE(destination == MatchDstMac(kMacMask));
+  ActionDeny deny;
+  static_cast<Action&>(deny) = ActionPermit();
+  EXPECT_EQ(deny.getType(), 1);
+}
+
+// Deliberate: addresses are matched whole unless a mask is given, layer-4 ports under mask 0.
+TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
+  EXPECT_EQ(wireOf(MatchDstMac(kMac)), "08042a06001b210aff423a06ffffffffffff");
+  EXPECT_EQ(wireOf(MatchSrcIPv4(kIPv4)), "08094204c00002015204ffffffff");
+  EXPECT_EQ(wireOf(MatchDstIPv6(kIPv6)).substr(40), "6210" + std::string(32, 'f'));
+  EXPECT_EQ(MatchDstL4Port(80).getMask() + MatchSrcL4Port(80).getMask(), 0);
+}
+
+// Explicit with one argument, not with two, as in the other classes under a mask.
+static_assert(!std::is_convertible_v<l4port_t, MatchDstL4Port> &&
+              !std::is_convertible_v<l4port_t, MatchSrcL4Port>);
+[[maybe_unused]] const MatchDstL4Port kDestination = {80, 2};
+[[maybe_unused]] const MatchSrcL4Port kSource = {80, 2};
+// Deliberate: a source IPv6 address has no mask of its own.
+static_assert(!std::is_constructible_v<MatchSrcIPv6, in6_addr, in6_addr>);
+
+TEST(Match, OfOneFamilyDiffersByDirection) {
+  EXPECT_FALSE(MatchDstMac(kMac) == MatchSrcMac(kMac));
+  EXPECT_FALSE(MatchSrcIPv4(kIPv4) == MatchDstIPv4(kIPv4));
+  EXPECT_FALSE(MatchSrcIPv6(kIPv6) == MatchDstIPv6(kIPv6));
+  EXPECT_FALSE(MatchSrcL4Port(80) == MatchDstL4Port(80));
+  EXPECT_FALSE(MatchVirtualPort(5) == MatchSrcPort(5));
+  EXPECT_FALSE(MatchExternalVlanId(5) == MatchInternalVlanId(5));
+  EXPECT_FALSE(MatchIngressPorts(Ports{5}) == MatchEgressPorts(Ports{5}));
+}
+
+// The typed comparison of ports looks at the ports alone, the generic one at the code too.
+TEST(ActionPorts, EqualAnotherOfTheSamePorts) {
+  const ActionPorts ports(filtersAction_t(99), Ports{kEth3});
+  EXPECT_TRUE(ActionBlockEgressPorts(Ports{kEth3}) == ports);
+  EXPECT_FALSE(ActionBlockEgressPorts(Ports{kLag1}) == ports);
+  EXPECT_FALSE(ActionBlockEgressPorts(Ports{kEth3}) == generic(ports));
+}
+
+TEST(MatchDSCP, IsTheUpperSixBitsOfAToS) {
+  for (const auto& [given, tos] : {std::pair(1, 4), {46, 184}, {63, 252}, {64, 0}, {255, 252}}) {
+    EXPECT_EQ(MatchDSCP(static_cast<unsigned char>(given)).getToS(), tos);
+  }
+}
+
+// Deliberate: the generic comparison takes a MatchDSCP for the MatchToS that it is.
+TEST(MatchDSCP, IsComparedByItsDSCPOnlyWhenCalledDirectly) {
+  MatchDSCP withEcn(0);
+  readInto(&withEcn, "8001b901");
+  EXPECT_TRUE(MatchDSCP(46) == withEcn);
+  EXPECT_FALSE(generic(MatchDSCP(46)) == withEcn);
+  EXPECT_TRUE(generic(MatchDSCP(46)) == MatchToS(184));
+  EXPECT_FALSE(generic(MatchToS(185)) == MatchDSCP(46));
+}
+
+// Deliberate: a match of an unknown code equals nothing, not even itself; an action its like.
+TEST(Classes, OfUnknownCodesHoldAndPrintNothing) {
+  for (unsigned code : {40u, 1000u, kMax}) {
+    Match match{filtersMatch_t(code)};
+    readInto(&match, "0805 b00109");
+    EXPECT_EQ(wireOf(match) + printed(match), "08" + varint(code));
+    EXPECT_FALSE(match == match);
+    Action action{filtersAction_t(code)};
+    readInto(&action, "0805 1801");
+    EXPECT_EQ(wireOf(action) + printed(action), "08" + varint(code));
+    EXPECT_TRUE(action == Action(filtersAction_t(code)));
+    EXPECT_FALSE(action == Action(filtersAction_t(code ^ 1024)));
+  }
+}
+
+// --- MPLS ----------------------------------------------------------------------------------------
+
+const std::string kBadVpn = "ActionMplsPortSet: invalid vpn_id limid type";
+const std::string kBadPort = "ActionMplsPortSet: invalid mpls_access_port limid type";
+const std::string kMissing = "ActionMplsPortSet: ActionPB missing vpn_id and mpls_access_port";
+
+// The text of the refusal, empty when there is none.
+template <class F>
+std::string refusal(F&& f) {
+  try {
+    f();
+    return "";
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
+}
+
+TEST(ActionMplsPortSet, TakesAVpnAndAnAccessPortAndRefusesAnyOtherKind) {
+  for (limid_t id : {kVpws7, kVpls9, kEth3, kLag1, kBridge9, 0u, kMax}) {
+    const bool isVpn = id == kVpws7 || id == kVpls9, isPort = id == kEth3 || id == kLag1;
+    EXPECT_EQ(ActionMplsPortSet::IsLimidFromVpnType(id), isVpn);
+    ActionMplsPortSet action = ActionMplsPortSet::BuildEmpty();
+    EXPECT_EQ(refusal([&] { action.setVpnId(id); }), isVpn ? "" : kBadVpn);
+    EXPECT_EQ(action.getVpnId(), isVpn ? id : 0);
+    EXPECT_EQ(refusal([&] { action.setMplsAccessPort(id); }), isPort ? "" : kBadPort);
+    EXPECT_EQ(action.getMplsAccessPort(), isPort ? id : 0);
+    EXPECT_EQ(refusal([&] { ActionMplsPortSet(kVpws7, id); }), isPort ? "" : kBadPort);
+  }
+  EXPECT_EQ(refusal([] { ActionMplsPortSet(kEth3, kVpws7); }), kBadVpn) << "looked at first";
+}
+
+// Presence counts, not value: of a field of value 0 it is the interface that is refused.
+// Deliberate: the VPN in front of a bad access port has been stored by then.
+TEST(ActionMplsPortSet, RefusesAMessageAndMayKeepItsVpn) {
+  const std::string vpn = "50" + varint(interfaceIndex(kVpws7));
+  const std::string port = "58" + varint(interfaceIndex(kEth3));
+  const std::string badVpn = "50" + varint(interfaceIndex(kEth3));
+  const std::string badPort = "58" + varint(interfaceIndex(kVpws7));
+  const auto expectRefusal = [](const std::string& hex, const std::string& text, limid_t vpnKept) {
+    ActionMplsPortSet action(kVpls9, kLag1);
+    EXPECT_EQ(refusal([&] { readInto(&action, hex); }), text);
+    EXPECT_EQ(action.getVpnId(), vpnKept);
+    EXPECT_EQ(action.getMplsAccessPort(), kLag1);
+  };
+  for (const std::string& hex : {std::string(), vpn, port}) expectRefusal(hex, kMissing, kVpls9);
+  expectRefusal("5000 5800", kBadVpn, kVpls9);
+  expectRefusal(badVpn + port, kBadVpn, kVpls9);
+  expectRefusal(vpn + badPort, kBadPort, kVpws7);
+}
+
+}  // namespace
