@@ -19,58 +19,35 @@ inline std::size_t peak = 0;  // the most bytes since the last restartPeak()
 
 inline void restartPeak() { peak = held; }
 
-// While an object lives, memory is refused after `allowed` allocations: once, or from then on.
-class Refusal {
- public:
-  Refusal(long allowed, bool fromThenOn) {
-    left_ = allowed;
-    again_ = fromThenOn;
-    refused_ = 0;
-  }
-  ~Refusal() { left_ = -1; }
-  Refusal(const Refusal&) = delete;
-  Refusal& operator=(const Refusal&) = delete;
+inline bool refusing = false;
+inline bool refusingOnce = false;
+inline long allowed = 0;      // allocations before the first refusal; below 0 after it
+inline void* last = nullptr;  // what was allocated last before it
 
-  // Ends it early; how often memory was refused.
-  static long end() {
-    left_ = -1;
-    return refused_;
-  }
-
-  // Frees what was allocated last before the first refusal, for a caller who knows that nobody else
-  // does.
-  static void freeLast() { operator delete(last_); }
-
-  static void allocated(void* block) {
-    if (left_ >= 0 && refused_ == 0) last_ = block;
-  }
-  static bool refuses() {
-    if (left_ < 0) return false;
-    if (left_ > 0) {
-      --left_;
-      return false;
-    }
-    if (!again_) left_ = -1;
-    ++refused_;
-    return true;
-  }
- private:
-  inline static long left_ = -1;
-  inline static bool again_ = false;
-  inline static long refused_ = 0;
-  inline static void* last_ = nullptr;
-};
+// Refuses memory after so many allocations, once or from there on, until endRefusal(), which says
+// whether it did.
+inline void refuseAfter(long allocations, bool once) {
+  allowed = allocations;
+  refusingOnce = once;
+  refusing = true;
+}
+inline bool endRefusal() {
+  refusing = false;
+  return allowed < 0;
+}
 
 }  // namespace memory
 
 // Inlined, free() would meet g++'s warning that it does not belong to new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-  void* block = memory::Refusal::refuses() ? nullptr : std::malloc(size);
+  using namespace memory;
+  const bool refused = refusing && --allowed < 0 && (allowed == -1 || !refusingOnce);
+  void* block = refused ? nullptr : std::malloc(size);
   if (block == nullptr) throw std::bad_alloc();
-  memory::Refusal::allocated(block);
-  ++memory::live;
-  memory::held += malloc_usable_size(block);
-  memory::peak = std::max(memory::peak, memory::held);
+  if (refusing && allowed >= 0) last = block;
+  ++live;
+  held += malloc_usable_size(block);
+  peak = std::max(peak, held);
   return block;
 }
 [[gnu::noinline]] void operator delete(void* block) noexcept {

@@ -6,30 +6,26 @@
 get_target_property(protobuf_libdir protobuf::libprotobuf LOCATION)
 cmake_path(GET protobuf_libdir PARENT_PATH protobuf_libdir)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
-set(linker_flags "${CMAKE_EXE_LINKER_FLAGS}")
+string(REPLACE ";" "\\;" find_root_path "${CMAKE_FIND_ROOT_PATH}")
 if(CMAKE_CROSSCOMPILING)
   # On a device the message runtime lies where linker and loader look; here they are told where.
-  string(APPEND linker_flags " -Wl,-rpath-link,${protobuf_libdir}")
+  set(rpath_link " -Wl,-rpath-link,${protobuf_libdir}")
+  set(library_path QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
 endif()
-set(find_root_path ${CMAKE_FIND_ROOT_PATH})
-string(REPLACE ";" "\\;" find_root_path "${find_root_path}")
 set(tools
     CC=${CMAKE_C_COMPILER}
     CXX=${CMAKE_CXX_COMPILER}
     CFLAGS=${CMAKE_C_FLAGS}
     CXXFLAGS=${CMAKE_CXX_FLAGS}
-    LDFLAGS=${linker_flags}
+    LDFLAGS=${CMAKE_EXE_LINKER_FLAGS}${rpath_link}
     CMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE}
     CMAKE_GENERATOR=${CMAKE_GENERATOR}
     CMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE}
     EMULATOR=${emulator}
     FIND_ROOT_PATH=${find_root_path}
     PKG_CONFIG_LIBDIR=${protobuf_libdir}/pkgconfig
-    READELF=${CMAKE_READELF})
-if(CMAKE_CROSSCOMPILING)
-  # The same for the loader, by way of the emulator.
-  list(APPEND tools QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
-endif()
+    READELF=${CMAKE_READELF}
+    ${library_path})
 
 function(filter_common_add_package_test name script)
   add_test(NAME ${name} COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/${script} ${ARGN})
@@ -53,14 +49,13 @@ filter_common_add_package_test(
   device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR}
   ${PROJECT_BINARY_DIR}/tests/device_platform)
 
-# Debian's tools pack what is built for the machine they run on.
-if(NOT CMAKE_CROSSCOMPILING AND CMAKE_LIBRARY_ARCHITECTURE)
-  filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
-endif()
-
-# Once is enough: the compilers of all targets are told the same.
+# Once is enough: the compilers of all targets are told the same. Debian's tools pack what is built
+# for the machine they run on.
 if(NOT CMAKE_CROSSCOMPILING)
   filter_common_add_package_test(
     reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/tests/reproducible
     $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
+  if(CMAKE_LIBRARY_ARCHITECTURE)
+    filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
+  endif()
 endif()

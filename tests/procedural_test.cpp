@@ -1,5 +1,5 @@
-// What only C++ can see of the procedural interface: classes that C cannot make or read, and
-// an exception. The rest is in procedural_c_test.c; allocation_test.cpp has failing memory.
+// The procedural interface as C++ sees it, around procedural_c_test.c: classes that C cannot make
+// or read, an exception, and assertions. allocation_test.cpp has failing memory.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_entries_c.h>
@@ -7,28 +7,39 @@
 #include <filter_common/filter_matches_c.h>
 #include <gmock/gmock.h>
 
-#include <memory>
+#include <regex>
 #include <stdexcept>
 
 #include "entry_samples.h"
 
-namespace {
-
 using namespace catalogue;
 
-// --- Dispatch by the object's code ---------------------------------------------------------------
+namespace {
+
+template <class T>
+bool printsLast(const T& object, const std::string& line) {
+  return testing::Value(printed(object), testing::EndsWith("\n      " + line + "\n"));
+}
+
+}  // namespace
+
+extern "C" {
+void callEveryFunction();
+void expectInC(bool good, int line, const char* what) {
+  EXPECT_TRUE(good) << "procedural_c_test.c:" << line << ": " << what;
+}
+bool matchPrints(void* m, const char* line) { return printsLast(*static_cast<Match*>(m), line); }
+bool actionPrints(void* a, const char* line) { return printsLast(*static_cast<Action*>(a), line); }
+}
+
+namespace {
+
+TEST(Procedural, IsWhatCProgramsExpect) { callEveryFunction(); }
 
 filtersErr_t get(FiltersEntry& e, Match& m) { return filtersEntryGetMatch(&e, &m); }
 filtersErr_t set(FiltersEntry& e, Match& m) { return filtersEntrySetMatch(&e, &m); }
 filtersErr_t get(FiltersEntry& e, Action& a) { return filtersEntryGetAction(&e, &a); }
 filtersErr_t set(FiltersEntry& e, Action& a) { return filtersEntrySetAction(&e, &a); }
-
-template <class T>
-FiltersEntry entryWith(const T& object) {
-  FiltersEntry entry(1);
-  put(entry, object);
-  return entry;
-}
 
 template <class T>
 class ProceduralDispatch : public testing::Test {};
@@ -37,82 +48,110 @@ TYPED_TEST_SUITE(ProceduralDispatch, EveryClass);
 TYPED_TEST(ProceduralDispatch, ReachesEveryClassButStationHitAndForwardingType) {
   constexpr bool reached = !std::is_same_v<TypeParam, MatchMyStationHit> &&
                            !std::is_same_v<TypeParam, MatchForwardingType>;
-  TypeParam held = samples<TypeParam>().front(), other = samples<TypeParam>().back();
-  TypeParam out = other;
-  FiltersEntry entry = entryWith(held);
+  TypeParam held = samples<TypeParam>().front(), other = samples<TypeParam>().back(), out = other;
+  FiltersEntry entry(1);
+  ASSERT_EQ(put(entry, held), FILTERS_OK);
   EXPECT_EQ(get(entry, out), reached ? FILTERS_OK : FILTERS_ERR_INVALID);
   EXPECT_TRUE(out == (reached ? held : other));
   EXPECT_EQ(set(entry, other), reached ? FILTERS_OK : FILTERS_ERR_INVALID);
-  EXPECT_TRUE(entry == entryWith(reached ? other : held));
+  EXPECT_EQ(take(entry, out), FILTERS_OK);
+  EXPECT_TRUE(out == (reached ? other : held));
 }
 
 TEST(Procedural, RefusesCodesThatNoClassCarries) {
   FiltersEntry entry = fullEntry();
-  const std::pair<std::uint32_t, std::uint32_t> codes[] = {
-      {35, 20}, {36, 35}, {0x80000000u, 0x80000000u}, {kMax, kMax}};
-  for (const auto& [code, actionCode] : codes) {
-    Match match{filtersMatch_t(code)};
-    Action action{filtersAction_t(actionCode)};
-    EXPECT_EQ(get(entry, match), FILTERS_ERR_INVALID) << code;
-    EXPECT_EQ(set(entry, match), FILTERS_ERR_INVALID) << code;
-    EXPECT_EQ(get(entry, action), FILTERS_ERR_INVALID) << code;
-    EXPECT_EQ(set(entry, action), FILTERS_ERR_INVALID) << code;
+  const auto refuses = [&](auto&& object) {
+    return get(entry, object) == FILTERS_ERR_INVALID && set(entry, object) == FILTERS_ERR_INVALID;
+  };
+  for (const std::uint32_t beyond : {0u, 1u, 0x80000000u, kMax - 35}) {
+    EXPECT_TRUE(refuses(Match(filtersMatch_t(35 + beyond)))) << beyond;
+    EXPECT_TRUE(refuses(Action(filtersAction_t(20 + beyond)))) << beyond;
   }
   EXPECT_TRUE(entry == fullEntry());
-}
-
-TEST(Procedural, HandlesADscpAsTheToSByteItIs) {
-  FiltersEntry entry(1);
-  MatchToS tos(0);
-  auto* dscp = static_cast<Match*>(newMatchDSCP(46));
-  EXPECT_EQ(set(entry, *dscp), FILTERS_OK);
-  EXPECT_EQ(get(entry, tos), FILTERS_OK);
-  EXPECT_EQ(tos.getToS(), 184);
-  EXPECT_EQ(entry.setMatch(MatchToS(0x23)), FILTERS_OK);
-  EXPECT_EQ(get(entry, *dscp), FILTERS_OK);
-  EXPECT_EQ(matchDSCPGet(dscp), 8);
-  deleteMatch(dscp);
-}
-
-// --- Objects that C makes and cannot read --------------------------------------------------------
-
-template <class T>
-void expectMade(void* handle, const T& expected) {
-  using Base = std::conditional_t<std::is_base_of_v<Match, T>, Match, Action>;
-  const std::unique_ptr<Base> made(static_cast<Base*>(handle));
-  EXPECT_TRUE(*made == static_cast<const Base&>(expected)) << printed(*made);
-}
-
-TEST(Procedural, MakesTheObjectsThatItDoesNotRead) {
-  const limid_t ports[] = {kLag1, kEth3, kLag1, kEth4};
-  expectMade(newMatchIngressPorts(ports, 3), MatchIngressPorts(Ports{kLag1, kEth3, kLag1}));
-  expectMade(newMatchIngressPorts(nullptr, 0), MatchIngressPorts(Ports()));
-  expectMade(newMatchEgressPorts(ports, 3), MatchEgressPorts(Ports{kLag1, kEth3, kLag1}));
-  expectMade(newMatchEgressPorts(nullptr, 0), MatchEgressPorts(Ports()));
-  expectMade(newMatchExternalVlanId(4095), MatchExternalVlanId(4095));
-  expectMade(newMatchInternalVlanId(4095), MatchInternalVlanId(4095));
-  expectMade(newMatchPcp(7), MatchPcp(7));
-  expectMade(newMatchInternalPcp(7), MatchInternalPcp(7));
-  expectMade(newMatchVlanTagging(FILTERS_VLAN_TAGGED), MatchVlanTagging(FILTERS_VLAN_TAGGED));
-  expectMade(newMatchVlanTagging(vlan_tagging_t(kMax)), MatchVlanTagging(vlan_tagging_t(kMax)));
-  expectMade(newMatchPacketRes(en_Resolution(kMax)), MatchPacketRes(en_Resolution(kMax)));
-  expectMade(newMatchIngressStpState(en_StpState(kMax)), MatchIngressStpState(en_StpState(kMax)));
-  expectMade(newMatchL2SrcEntryType(l2SrcEntryType_t(kMax)),
-             MatchL2SrcEntryType(l2SrcEntryType_t(kMax)));
-  expectMade(newActionBlockEgressPorts(ports, 3),
-             ActionBlockEgressPorts(Ports{kLag1, kEth3, kLag1}));
-  expectMade(newActionBlockEgressPorts(nullptr, 0), ActionBlockEgressPorts(Ports()));
-  expectMade(newActionMapToCpuCosQueue(255), ActionMapToCpuCosQueue(255));
-  expectMade(newActionRedirect(kLag1), ActionRedirect(kLag1));
-  expectMade(newReplaceDstMac(kMac), ActionReplaceDstMac(kMac));
-  expectMade(newReplaceSrcMac(kMac), ActionReplaceSrcMac(kMac));
-  expectMade(newActionMplsPortSet(kVpws7, kLag1), ActionMplsPortSet(kVpws7, kLag1));
 }
 
 TEST(Procedural, LetsTheRefusalOfAnMplsPortThrough) {
   EXPECT_THAT([] { newActionMplsPortSet(kEth3, kEth3); },
               testing::ThrowsMessage<std::invalid_argument>(
                   "ActionMplsPortSet: invalid vpn_id limid type"));
+}
+
+// --- Assertions ----------------------------------------------------------------------------------
+
+FiltersGroup group(1);
+FiltersEntry entry(1);
+entriesStruct record;
+
+struct Assertion {
+  const char* location;  // as a regular expression; the line only where it is fixed
+  const char* expression;
+  std::vector<std::pair<const char*, void (*)()>> calls;  // by signature; FC is FiltersCommon
+};
+#define CALL(result, function, parameters, ...)                                                   \
+  {                                                                                               \
+    result " FC::" #function "(" parameters ")", [] { static_cast<void>(function(__VA_ARGS__)); } \
+  }
+
+// clang-format off
+const Assertion kAssertions[] = {
+    {"filter_groups_c[.]cpp:[0-9]+", "g != nullptr", {
+         CALL("FC::filtersGroupId_t", filtersGroupGetId, "FC::FiltersGroup*", nullptr),
+         CALL("void", filtersGroupSetPriority, "FC::FiltersGroup*, FC::filtersGroupPriority_t", nullptr, 1),
+         CALL("FC::filtersGroupPriority_t", filtersGroupGetPriority, "FC::FiltersGroup*", nullptr),
+         CALL("void", filtersGroupSetStage, "FC::FiltersGroup*, FC::filtersGroupStage_t", nullptr, {}),
+         CALL("FC::filtersGroupStage_t", filtersGroupGetStage, "FC::FiltersGroup*", nullptr),
+         CALL("FC::filtersErr_t", filtersGroupSetType, "FC::FiltersGroup*, FC::filtersGroupType_t", nullptr, {}),
+         CALL("FC::filtersGroupType_t", filtersGroupGetType, "FC::FiltersGroup*", nullptr),
+         CALL("void", deleteFiltersGroup, "FC::FiltersGroup*", nullptr)}},
+    {"filter_groups_c[.]cpp:[0-9]+", "g != nullptr && e != nullptr", {
+         CALL("FC::filtersErr_t", filtersGroupInsertEntry, "FC::FiltersGroup*, FC::FiltersEntry*", nullptr, &entry),
+         CALL("FC::filtersErr_t", filtersGroupInsertEntry, "FC::FiltersGroup*, FC::FiltersEntry*", &group, nullptr)}},
+    {"filter_groups_c[.]cpp:[0-9]+", "g != nullptr && entries != nullptr", {
+         CALL("void", filtersGroupGetEntries, "FC::FiltersGroup*, FC::entriesStruct*", nullptr, &record),
+         CALL("void", filtersGroupGetEntries, "FC::FiltersGroup*, FC::entriesStruct*", &group, nullptr)}},
+    {"filter_groups_c[.]cpp:[0-9]+", "entries != nullptr", {
+         CALL("void", deleteFiltersEntriesStruct, "FC::entriesStruct*", nullptr)}},
+    {"filter_entries_c[.]cpp:[0-9]+", "e != nullptr", {
+         CALL("FC::FiltersEntry*", copyFiltersEntry, "FC::FiltersEntry*", nullptr),
+         CALL("FC::filtersEntryId_t", filtersEntryGetId, "FC::FiltersEntry*", nullptr),
+         CALL("void", filtersEntrySetPriority, "FC::FiltersEntry*, FC::filtersEntryPriority_t", nullptr, 1),
+         CALL("FC::filtersEntryPriority_t", filtersEntryGetPriority, "FC::FiltersEntry*", nullptr),
+         CALL("FC::filtersErr_t", filtersEntryDeleteMatch, "FC::FiltersEntry*, FC::filtersMatch_t", nullptr, {}),
+         CALL("FC::filtersErr_t", filtersEntryDeleteAction, "FC::FiltersEntry*, FC::filtersAction_t", nullptr, {}),
+         CALL("void", deleteFiltersEntry, "FC::FiltersEntry*", nullptr)}},
+    {"filter_matches_c[.]cpp:[0-9]+", "m != nullptr", {
+         CALL("FC::filtersMatch_t", matchGetType, "void*", nullptr),
+         CALL("const ether_addr*", matchMacGetMac, "void*", nullptr),
+         CALL("const ether_addr*", matchMacGetMask, "void*", nullptr),
+         CALL("limid_t", matchGetLimId, "void*", nullptr),
+         CALL("void", deleteMatch, "void*", nullptr),
+         CALL("FC::tpid_t", matchGetTPID, "FC::MatchTPID*", nullptr),
+         CALL("FC::l4port_t", matchGetL4Port, "void*", nullptr),
+         CALL("FC::l4port_t", matchGetL4PortMask, "void*", nullptr),
+         CALL("FC::l2SrcEntryType_t", matchGetL2SrcEntryType, "FC::MatchL2SrcEntryType*", nullptr),
+         CALL("const in_addr*", matchIPv4GetIPv4, "void*", nullptr),
+         CALL("const in_addr*", matchIPv4GetIPv4Mask, "void*", nullptr),
+         CALL("const in6_addr*", matchIPv6GetIPv6, "void*", nullptr),
+         CALL("const in6_addr*", matchIPv6GetIPv6Mask, "void*", nullptr),
+         CALL("FC::l4port_t", matchGetL4PortRangeMin, "FC::MatchDstL4PortRange*", nullptr),
+         CALL("FC::l4port_t", matchGetL4PortRangeMax, "FC::MatchDstL4PortRange*", nullptr)}},
+    {"filter_actions_c[.]cpp:23", "a != nullptr", {CALL("void", deleteAction, "void*", nullptr)}},
+    {"filter_actions_c[.]cpp:31", "a != nullptr", {CALL("FC::filtersAction_t", actionGetType, "void*", nullptr)}},
+};
+// clang-format on
+
+TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
+  GTEST_FLAG_SET(death_test_style, "fast");
+  for (const auto& [location, expression, calls] : kAssertions) {
+    for (const auto& [abbreviated, call] : calls) {
+      const auto full = std::regex_replace(abbreviated, std::regex("FC::"), "FiltersCommon::");
+      const std::string signature = std::regex_replace(full, std::regex("[*()]"), "[$&]");
+      // An emulator reports the signal too.
+      EXPECT_DEATH(call(), testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " +
+                                                 signature + ": Assertion `" + expression +
+                                                 "' failed[.]\n(qemu: [^\n]*\n)?"));
+    }
+  }
 }
 
 }  // namespace

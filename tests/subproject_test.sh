@@ -12,12 +12,12 @@ cat >"$work/CMakeLists.txt" <<END
 cmake_minimum_required(VERSION 3.25)
 project(parent LANGUAGES CXX)
 add_subdirectory("$1" filter_common)
-get_target_property(ignored filter_common::filter_common TYPE)
 get_target_property(ignored filter_common::messages TYPE)
 END
-options=()
-[[ -z "${FIND_ROOT_PATH:-}" ]] || options+=(-DCMAKE_FIND_ROOT_PATH="$FIND_ROOT_PATH")
-cmake -S "$work" -B "$work/build" "${options[@]}"
+configure() {
+  cmake -S "$work" -B "$work/build" ${FIND_ROOT_PATH:+"-DCMAKE_FIND_ROOT_PATH=$FIND_ROOT_PATH"} "$@"
+}
+configure
 if grep -E '^(BUILD_|CMAKE_BUILD_TYPE:[A-Z]*=.|CMAKE_C(XX)?_STANDARD|CPACK_|DART_)' \
   "$work/build/CMakeCache.txt"; then
   echo "subproject: the library settled this for its parent"
@@ -26,10 +26,5 @@ fi
 # Nothing is built, so whatever were to be installed would be missing.
 cmake --install "$work/build" --prefix "$work/installed"
 [[ ! -e $work/installed ]]
-
-options+=(-DBUILD_SHARED_LIBS=OFF)
-if cmake -S "$work" -B "$work/static" "${options[@]}" 2>"$work/refusal"; then
-  echo "subproject: the parent's wish for static libraries was passed over"
-  exit 1
-fi
+if configure -DBUILD_SHARED_LIBS=OFF 2>"$work/refusal"; then exit 1; fi
 grep BUILD_SHARED_LIBS=OFF "$work/refusal"

@@ -12,15 +12,11 @@ namespace {
 
 class PluginBuffer : public FiltersSerialized {};
 
-}  // namespace
-
-bool pluginRoundTrip() {
+bool roundTrip() {
   FiltersEntry entry(1);
   FiltersGroup group(7);
-  if (entry.setMatch(MatchTTL(64)) != FILTERS_OK ||
-      entry.setAction(ActionRedirect(limid_make_lag(1))) != FILTERS_OK ||
-      group.setStage(FILTERS_GROUP_STAGE_INGRESS) != FILTERS_OK ||
-      group.setType(FILTERS_GROUP_TYPE_3) != FILTERS_OK || group.insertEntry(entry) != FILTERS_OK) {
+  if (entry.setAction(ActionRedirect(limid_make_lag(1))) != FILTERS_OK ||
+      group.insertEntry(entry) != FILTERS_OK) {
     return false;
   }
   std::string bytes;
@@ -31,12 +27,12 @@ bool pluginRoundTrip() {
   return rebuilt == group && text.str().find("\"lag-1\"") != std::string::npos;
 }
 
-Match* pluginNewMatch() { return new MatchTTL(64); }
-Action* pluginNewAction() { return new ActionDeny; }
-FiltersSerialized* pluginNewBuffer() { return new PluginBuffer; }
+}  // namespace
 
-bool pluginKnowsAsTTL(const Match* match) {
-  return dynamic_cast<const MatchTTL*>(match) != nullptr;
-}
-
-void pluginThrow() { ActionMplsPortSet(limid_make_ethernet(1), limid_make_ethernet(2)); }
+const Plugin plugin = {
+    roundTrip,
+    []() -> Match* { return new MatchTTL(64); },
+    []() -> FiltersSerialized* { return new PluginBuffer; },
+    [](const Match* match) { return dynamic_cast<const MatchTTL*>(match) != nullptr; },
+    [] { ActionMplsPortSet(limid_make_ethernet(1), limid_make_ethernet(2)); },
+};

@@ -16,50 +16,23 @@ namespace {
 
 using namespace FiltersCommon;
 
-class PluginTest : public testing::Test {
- protected:
-  template <class Function>
-  Function* function(const char* name) {
-    void* address = dlsym(plugin_, name);
-    EXPECT_NE(address, nullptr) << dlerror();
-    return reinterpret_cast<Function*>(address);
-  }
+TEST(Plugin, SharesTypesBuffersAndExceptionsWithItsProgram) {
+  void* module = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(module, nullptr) << dlerror();
+  const auto& offered = *static_cast<const Plugin*>(dlsym(module, "plugin"));
 
-  void SetUp() override { ASSERT_NE(plugin_, nullptr) << dlerror(); }
- private:
-  void* plugin_ = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
-};
+  const std::unique_ptr<Match> made(offered.newMatch());
+  const Match& match = *made;  // of a reference, whose typeid computes nothing else
+  EXPECT_EQ(typeid(match), typeid(MatchTTL));
+  EXPECT_NE(dynamic_cast<const MatchTTL*>(&match), nullptr);
+  EXPECT_EQ(dynamic_cast<const MatchVrfId*>(&match), nullptr);
+  EXPECT_TRUE(offered.knowsAsTTL(std::make_unique<MatchTTL>(1).get()));
+  EXPECT_FALSE(offered.knowsAsTTL(std::make_unique<MatchAll>().get()));
 
-TEST_F(PluginTest, KnowsTheTypesOfTheModulesObjects) {
-  const std::unique_ptr<Match> match(function<Match*()>("pluginNewMatch")());
-  const Match& matched = *match;  // of a reference, whose typeid computes nothing else
-  EXPECT_EQ(typeid(matched), typeid(MatchTTL));
-  EXPECT_NE(dynamic_cast<MatchTTL*>(match.get()), nullptr);
-  EXPECT_EQ(dynamic_cast<MatchVrfId*>(match.get()), nullptr);
-
-  const std::unique_ptr<Action> action(function<Action*()>("pluginNewAction")());
-  const Action& acted = *action;
-  EXPECT_EQ(typeid(acted), typeid(ActionDeny));
-  EXPECT_NE(dynamic_cast<ActionDeny*>(action.get()), nullptr);
-}
-
-TEST_F(PluginTest, ItsObjectsAreKnownToTheModule) {
-  const auto knowsAsTTL = function<bool(const Match*)>("pluginKnowsAsTTL");
-  EXPECT_TRUE(knowsAsTTL(std::make_unique<MatchTTL>(1).get()));
-  EXPECT_FALSE(knowsAsTTL(std::make_unique<MatchAll>().get()));
-}
-
-TEST_F(PluginTest, FillsABufferOfTheModulesOwnClass) {
-  const std::unique_ptr<FiltersSerialized> buffer(
-      function<FiltersSerialized*()>("pluginNewBuffer")());
-  const FiltersSerialized& filled = *buffer;
-  EXPECT_NE(typeid(filled), typeid(FiltersSerialized));
+  const std::unique_ptr<FiltersSerialized> buffer(offered.newBuffer());
   FiltersEntry(1).serialize(buffer.get());
   EXPECT_EQ(FiltersEntry(*buffer), FiltersEntry(1));
-}
-
-TEST_F(PluginTest, CatchesWhatTheLibraryThrowsThroughTheModule) {
-  EXPECT_THROW(function<void()>("pluginThrow")(), std::invalid_argument);
+  EXPECT_THROW(offered.throws(), std::invalid_argument);
 }
 
 }  // namespace
