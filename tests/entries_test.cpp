@@ -1,12 +1,11 @@
 #include <filter_common/filter_entries.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -19,10 +18,10 @@ namespace {
 using namespace FiltersCommon;
 using namespace catalogue;
 
-static_assert(std::is_copy_constructible_v<FiltersEntry> &&
-              std::is_move_assignable_v<FiltersEntry>);
 static_assert(!std::is_copy_assignable_v<FiltersEntry> && !std::is_polymorphic_v<FiltersEntry>);
 static_assert(!std::is_convertible_v<filtersEntryId_t, FiltersEntry>);
+
+// fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
 
 // --- Typed access --------------------------------------------------------------------------------
 
@@ -40,49 +39,27 @@ TYPED_TEST(TypedAccess, StoresACopyThatCanBeReadReplacedAndDeleted) {
   const std::vector<TypeParam>& objects = samples<TypeParam>();
   FiltersEntry entry;
   TypeParam out = objects.back();
-  EXPECT_EQ(take(entry, out), FILTERS_ERR_NOT_FOUND);
-  EXPECT_TRUE(out == objects.back());
   EXPECT_EQ(erase<TypeParam>(entry), FILTERS_ERR_NOT_FOUND);
   for (const TypeParam& object : objects) {
-    TypeParam given = object;
-    EXPECT_EQ(put(entry, given), FILTERS_OK);
-    given = objects.back();
-    for (const FiltersEntry& held : {FiltersEntry(entry), entry}) {
-      out = objects.back();
-      EXPECT_EQ(take(held, out), FILTERS_OK);
-      EXPECT_TRUE(out == object);
-    }
+    EXPECT_EQ(put<const TypeParam>(entry, object), FILTERS_OK);
+    EXPECT_EQ(take(FiltersEntry(entry), out), FILTERS_OK);
+    EXPECT_TRUE(out == object);
   }
-  EXPECT_EQ(heldMatches(entry).size() + heldActions(entry).size(), 1u);
   EXPECT_EQ(erase<TypeParam>(entry), FILTERS_OK);
   EXPECT_EQ(take(entry, out), FILTERS_ERR_NOT_FOUND);
-}
-
-TYPED_TEST(TypedAccess, TakesAConstClassAsTheClass) {
-  FiltersEntry entry;
-  TypeParam out = samples<TypeParam>().back();
-  EXPECT_EQ(put<const TypeParam>(entry, samples<TypeParam>().front()), FILTERS_OK);
-  EXPECT_EQ(take(entry, out), FILTERS_OK);
-  EXPECT_TRUE(out == samples<TypeParam>().front());
-}
-
-TYPED_TEST(TypedAccess, IsPublishedAsAnAdmittedClass) {
-  static_assert(isEntryClass<TypeParam>);
+  EXPECT_TRUE(out == objects.back());
   const auto& published =
       isMatch<TypeParam> ? FiltersEntry::validMatchTypes : FiltersEntry::validActionTypes;
   EXPECT_EQ(published.count(typeid(TypeParam).hash_code()), 1u);
 }
 
 TEST(Entries, PublishWhatTheSettersGoBy) {
-  EXPECT_EQ(FiltersEntry::validMatchTypes.size(), 36u);
-  EXPECT_EQ(FiltersEntry::validActionTypes.size(), 20u);
+  EXPECT_EQ(FiltersEntry::validMatchTypes.size(), kMatchCodes.size() + 1);  // MatchDSCP
+  EXPECT_EQ(FiltersEntry::validActionTypes.size(), kActionCodes.size());
   using Set = std::set<filtersMatch_t>;
-  EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes,
-            (Set{FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4}));
-  EXPECT_EQ(FiltersEntry::ipv6OnlyMatchTypes,
-            (Set{FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6}));
-  EXPECT_EQ(FiltersEntry::l4DstPortMatchTypes,
-            (Set{FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE}));
+  EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes, (Set{filtersMatch_t(9), filtersMatch_t(10)}));
+  EXPECT_EQ(FiltersEntry::ipv6OnlyMatchTypes, (Set{filtersMatch_t(14), filtersMatch_t(15)}));
+  EXPECT_EQ(FiltersEntry::l4DstPortMatchTypes, (Set{filtersMatch_t(5), filtersMatch_t(34)}));
 }
 
 // A caller's class: it has a base of the library, its own content, and cannot be copied.
@@ -94,21 +71,15 @@ struct Own : Base {
 
 TEST(Entries, RefuseClassesThatAreNotTheLibrarys) {
   const auto expectRefused = [](auto&& own) {
-    for (FiltersEntry entry : {FiltersEntry(), fullEntry()}) {
-      const FiltersEntry before(entry);
-      EXPECT_EQ(put(entry, own), FILTERS_ERR_INVALID);
-      EXPECT_EQ(take(entry, own), FILTERS_ERR_INVALID);
-      EXPECT_TRUE(entry == before);
-    }
+    FiltersEntry entry = fullEntry();
+    EXPECT_EQ(put(entry, own), FILTERS_ERR_INVALID);
+    EXPECT_EQ(take(entry, own), FILTERS_ERR_INVALID);
+    EXPECT_TRUE(entry == fullEntry());
   };
   expectRefused(Match(FILTERS_MATCH_CPU_PORT));
   expectRefused(MatchMac(FILTERS_MATCH_DST_MAC, kMac));
   expectRefused(Action(FILTERS_ACTION_DENY));
-  expectRefused(Own<Match>(FILTERS_MATCH_ALL));
   expectRefused(Own<MatchPorts>(FILTERS_MATCH_INGRESS_PORTS, Ports{kEth3}));
-  expectRefused(Own<MatchDSCP>(std::uint8_t{1}));
-  expectRefused(Own<Action>(FILTERS_ACTION_PERMIT));
-  expectRefused(Own<ActionPorts>(FILTERS_ACTION_BLOCK_EGRESS_PORTS, Ports{kEth3}));
   expectRefused(Own<ActionSetPcp>(std::uint8_t{1}));
   Own<MatchTTL> own(std::uint8_t{1});
   expectRefused(own);
@@ -132,87 +103,20 @@ TEST(Entries, HoldToSAndDscpInOnePlace) {
 // --- Which matches stand together ----------------------------------------------------------------
 
 TEST(Entries, RefuseFivePairsOfMatchesAndNoOther) {
-  using Pair = std::set<unsigned>;
-  const std::set<Pair> twoIpVersions = {{9, 14}, {9, 15}, {10, 14}, {10, 15}};
   const auto matches = oneMatchOfEachCode();
-  for (unsigned held = 0; held < 35; ++held) {
+  for (unsigned held : kMatchCodes) {
     const FiltersEntry before = entryOf({held});
-    for (unsigned added = 0; added < 35; ++added) {
+    for (unsigned added : kMatchCodes) {
       SCOPED_TRACE(testing::Message() << held << " then " << added);
-      const bool l3 = twoIpVersions.count({held, added}) == 0;
-      const bool l4 = Pair{held, added} != Pair{5, 34};
-      EXPECT_EQ(before.isL3CompatibleMatch(*matches[added].second), l3);
-      EXPECT_EQ(before.isL4DstPortCompatibleMatch(*matches[added].second), l4);
+      const bool fits = kExcludedPairs.count({held, added}) == 0;
+      const bool ofPorts = held == 5 || held == 34;
+      EXPECT_EQ(before.isL3CompatibleMatch(*matches[added].second), fits || ofPorts);
+      EXPECT_EQ(before.isL4DstPortCompatibleMatch(*matches[added].second), fits || !ofPorts);
       FiltersEntry entry(before);
-      EXPECT_EQ(entry.copyMatches(matchesOf({added})), l3 && l4 ? FILTERS_OK : FILTERS_ERR_INVALID);
-      EXPECT_EQ(entry == before, !(l3 && l4) || held == added);
+      EXPECT_EQ(entry.copyMatches(matchesOf({added})), fits ? FILTERS_OK : FILTERS_ERR_INVALID);
+      EXPECT_EQ(entry == before, !fits || held == added);
     }
   }
-}
-
-TEST(Entries, RefuseAMatchForAnyOneOfThoseHeld) {
-  FiltersEntry entry = fullEntry();
-  EXPECT_EQ(entry.setMatch(MatchDstL4PortRange(1, 2)), FILTERS_ERR_INVALID);
-  EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_ERR_INVALID);
-  EXPECT_EQ(entry.deleteMatch(FILTERS_MATCH_SRC_IPV4), FILTERS_OK);
-  EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_ERR_INVALID);
-  EXPECT_EQ(entry.deleteMatch(FILTERS_MATCH_DST_IPV4), FILTERS_OK);
-  EXPECT_EQ(entry.setMatch(MatchSrcIPv6(kIPv6)), FILTERS_OK);
-}
-
-// --- Whole maps ----------------------------------------------------------------------------------
-
-// What a caller's map may hold besides: no object, objects of unknown codes, a key that is not the
-// object's code.
-template <class Base, class Stray, class Code>
-auto withOddities(std::map<Code, std::unique_ptr<Base>> map, Code unknown) {
-  map[Code(12)] = nullptr;
-  map[Code(0)] = std::make_unique<Base>(unknown);
-  map[unknown] = std::make_unique<Base>(Code(0xffffffff));
-  map[Code(99)] = std::make_unique<Stray>();
-  return map;
-}
-
-TEST(Entries, SetMatchesInPlaceOfAllHeldOrNone) {
-  FiltersEntry entry = entryOf({0, 9, 26});
-  const auto given = withOddities<Match, MatchCpuPort>(matchesOf({14, 26}), filtersMatch_t(35));
-  EXPECT_EQ(entry.setMatches(given), FILTERS_OK);
-  EXPECT_EQ(heldMatches(entry), (Codes{14, 26, 30}));
-  EXPECT_EQ(entry.setMatch(MatchTTL(9)), FILTERS_OK);
-  const FiltersEntry before(entry);
-  EXPECT_EQ(entry.setMatches(matchesOf({5, 9, 14, 26})), FILTERS_ERR_INVALID);
-  EXPECT_TRUE(entry == before);
-  EXPECT_EQ(entry.setMatches({}), FILTERS_OK);
-  EXPECT_EQ(heldMatches(entry), Codes());
-}
-
-TEST(Entries, CopyMatchesInOrderOfTheKeysUpToTheFirstRefusal) {
-  FiltersEntry entry = entryOf({0, 26});
-  FiltersEntry::Matches given = matchesOf({0, 5, 26});
-  given[filtersMatch_t(1)] = std::make_unique<MatchSrcIPv6>(kIPv6);
-  given[filtersMatch_t(6)] = std::make_unique<MatchSrcIPv4>(kIPv4);
-  EXPECT_EQ(entry.setMatch(MatchTTL(9)), FILTERS_OK);
-  EXPECT_EQ(entry.copyMatches(given), FILTERS_ERR_INVALID);
-  EXPECT_EQ(heldMatches(entry), (Codes{0, 5, 14, 26}));
-  MatchTTL ttl(0);
-  EXPECT_EQ(entry.getMatch(ttl), FILTERS_OK);
-  EXPECT_EQ(ttl.getTTL(), 9);
-  given.erase(filtersMatch_t(6));
-  EXPECT_EQ(entry.copyMatches(given), FILTERS_OK);
-  EXPECT_EQ(entry.getMatch(ttl), FILTERS_OK);
-  EXPECT_EQ(ttl.getTTL(), 64);
-}
-
-TEST(Entries, SetActionsInPlaceOfAllHeldAndCopyThemToThoseHeld) {
-  FiltersEntry entry = entryOf({}, {0, 5});
-  FiltersEntry copy(entry);
-  const auto given = withOddities<Action, ActionBlackHole>(actionsOf({1, 18}), filtersAction_t(20));
-  EXPECT_EQ(entry.setActions(given), FILTERS_OK);
-  EXPECT_EQ(heldActions(entry), (Codes{1, 16, 18}));
-  EXPECT_EQ(copy.copyActions(given), FILTERS_OK);
-  EXPECT_EQ(heldActions(copy), (Codes{0, 1, 5, 16, 18}));
-  EXPECT_EQ(entry.setActions(actionsOf(kActionCodes)), FILTERS_OK);
-  EXPECT_EQ(heldActions(entry), kActionCodes);  // none excludes another
 }
 
 TEST(CopyMap, HandsTheObjectsThemselvesOver) {
@@ -223,13 +127,12 @@ TEST(CopyMap, HandsTheObjectsThemselvesOver) {
   const std::weak_ptr<int> replaced = *destination[2];
   const std::vector<void*> objects = {destination[1].get(), source[2].get(), source[3].get()};
   copy_map(destination, source);
+  copy_map(destination, destination);
   EXPECT_TRUE(source.empty());
   EXPECT_TRUE(replaced.expired());
   std::vector<void*> held;
   for (const auto& [key, object] : destination) held.push_back(object.get());
   EXPECT_EQ(held, objects);
-  copy_map(destination, destination);
-  EXPECT_EQ(destination.size(), 3u);
 }
 
 // --- Scalars, policers, counters -----------------------------------------------------------------
@@ -257,17 +160,23 @@ TEST(Entries, TakeTheirOwnPolicersAsArguments) {
 
 TEST(Entries, MoveTheirContentAndDropWhatTheyHeld) {
   FiltersEntry source = fullEntry();
-  FiltersEntry target = entryOf({14, 26}, {2});
+  FiltersEntry target = entryOf({14, 26}, {2}, policer::Stage::None, 8);  // of another id
   target.setPolicerParent(policerAt(policer::Stage::None));
   const std::weak_ptr<policer::Policer> dropped = target.getPolicerParent();
   const auto parent = source.getPolicerParent();
   target = std::move(source);
-  EXPECT_TRUE(target == fullEntry());
   EXPECT_EQ(target.getPolicerParent(), parent);
   EXPECT_TRUE(dropped.expired());
   FiltersEntry& alias = target;
   target = std::move(alias);
   EXPECT_TRUE(target == fullEntry());
+}
+
+using Numbers = std::vector<std::pair<int, int>>;
+Numbers countersOf(const FiltersEntry& entry) {
+  Numbers held;
+  for (const auto& [id, counter] : entry.getCounters()) held.emplace_back(id, counter.GetType());
+  return held;
 }
 
 TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
@@ -280,69 +189,79 @@ TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
   EXPECT_EQ(set(1, 1), FILTERS_ERR_INVALID);  // deliberate: also the very same
   EXPECT_EQ(set(2, 1), FILTERS_ERR_INVALID);
   EXPECT_EQ(set(1, 2), FILTERS_OK);  // changes the type
-  EXPECT_EQ(set(2, 2), FILTERS_ERR_INVALID);
   EXPECT_EQ(set(65535, 1), FILTERS_OK);
   EXPECT_EQ(set(0, -1), FILTERS_OK);
-  ASSERT_EQ(entry.getCounters().size(), 3u);
-  for (const auto& [id, counter] : entry.getCounters()) {
-    EXPECT_EQ(entry.getCounter(id), &counter);
-    EXPECT_EQ(counter.GetId(), id);
-  }
-  EXPECT_EQ(entry.getCounter(1)->GetType(), FILTERS_COUNTER_TYPE_OCTETS);
-  EXPECT_EQ(entry.deleteCounter(2), FILTERS_ERR_INVALID_ARGUMENT);
-  EXPECT_EQ(entry.deleteCounter(1), FILTERS_OK);
-  EXPECT_EQ(entry.getCounter(1), nullptr);
-  EXPECT_EQ(entry.getCounters().size(), 2u);
-  EXPECT_EQ(entry.deleteCounters(), FILTERS_OK);
-  EXPECT_TRUE(entry.getCounters().empty());
+  EXPECT_EQ(countersOf(entry), (Numbers{{0, -1}, {1, 2}, {65535, 1}}));
+  EXPECT_EQ(entry.getCounter(1), &entry.getCounters().at(1));
 }
 
-// --- Equality ------------------------------------------------------------------------------------
+// --- Messages: what an entry makes of one; wire_golden_test has what it writes -------------------
 
-TEST(Entries, DifferInEachSingleValue) {
-  using E = FiltersEntry&;
-  const std::vector<std::function<void(E)>> changes = {
-      [](E) {},
-      [](E e) { e.setId(1); },
-      [](E e) { e.setPriority(4294967295); },
-      [](E e) { e.setPolicer(policerAt(policer::Stage::None, 1)); },
-      [](E e) { e.setPolicerParent(policerAt(policer::Stage::None)); },
-      [](E e) { e.setPolicerParent(policerAt(policer::Stage::None, 1)); },
-      [](E e) { e.deleteCounters(); },
-      [](E e) {
-        EXPECT_EQ(e.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
-      },
-      [](E e) {
-        EXPECT_EQ(e.setCounter({2, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
-      },
-      [](E e) { EXPECT_EQ(e.setMatches(matchesOf({26})), FILTERS_OK); },
-      [](E e) {
-        EXPECT_EQ(e.setMatches(matchesOf({26, 30})), FILTERS_OK);
-      },
-      [](E e) {
-        EXPECT_EQ(e.setMatches(matchesOf({0, 26, 30})), FILTERS_OK);
-      },
-      [](E e) { EXPECT_EQ(e.setMatch(MatchTTL(1)), FILTERS_OK); },
-      [](E e) { EXPECT_EQ(e.setActions(actionsOf({5})), FILTERS_OK); },
-      [](E e) {
-        EXPECT_EQ(e.setActions(actionsOf({5, 16})), FILTERS_OK);
-      },
-      [](E e) {
-        EXPECT_EQ(e.setActions(actionsOf({0, 5, 16})), FILTERS_OK);
-      },
-      [](E e) { EXPECT_EQ(e.setAction(ActionSetPcp(1)), FILTERS_OK); },
+// A message with an element of each code, in the order given.
+FiltersEntryPB messageWith(const Codes& matches, const Codes& actions) {
+  FiltersEntryPB message;
+  for (unsigned code : matches) message.add_matches_()->set_type_(code);
+  for (unsigned code : actions) message.add_actions_()->set_type_(code);
+  return message;
+}
+
+FiltersEntry fromMessage(const FiltersEntryPB& message) {
+  FiltersEntry entry;
+  entry.convertFromFiltersEntryPB(&message);
+  return entry;
+}
+
+TEST(EntryMessage, LosesElementsOfUnknownCodesAndMatchesThatAnEarlierOneExcludes) {
+  const std::pair<Codes, Codes> cases[] = {
+      {{kMatchCodes.back() + 1, 0, 40, kMax, 26}, {0, 26}},
+      {{9, 14, 15, 10, 5, 34, 26}, {5, 9, 10, 26}},
+      {{15, 10, 34, 14, 5, 9, 6}, {6, 14, 15, 34}},
   };
-  std::vector<FiltersEntry> entries;
-  for (const auto& change : changes) {
-    entries.push_back(entryOf({0, 26}, {0, 5}));
-    EXPECT_EQ(entries.back().setCounter({1, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
-    change(entries.back());
+  for (const auto& [sent, held] : cases) {
+    EXPECT_EQ(heldMatches(fromMessage(messageWith(sent, {}))), held);
   }
-  for (const FiltersEntry& a : entries) {
-    for (const FiltersEntry& b : entries) {
-      EXPECT_EQ(a == b, &a == &b) << &a - entries.data() << ' ' << &b - entries.data();
-    }
+  const Codes actions = {kActionCodes.back() + 1, 1, kMax, 16};
+  EXPECT_EQ(heldActions(fromMessage(messageWith({}, actions))), (Codes{1, 16}));
+}
+
+TEST(EntryMessage, KeepsTheLastOfRepeatedMatchesAndActions) {
+  FiltersEntryPB message = messageWith({26, 26}, {5, 5});
+  message.mutable_matches_(1)->set_ttl_(2);
+  message.mutable_actions_(1)->set_pcp_(3);
+  const FiltersEntryPB held = messageOf(fromMessage(message));
+  EXPECT_EQ(codesIn(held.matches_()), Codes{26});
+  EXPECT_EQ(held.matches_(0).ttl_(), 2u);
+  EXPECT_EQ(held.actions_(0).pcp_(), 3u);
+}
+
+// Deliberate: what another process counts is not for this one to refuse.
+TEST(EntryMessage, KeepsRepeatedAndInvalidCounterTypes) {
+  FiltersEntryPB message;
+  for (const auto& [id, type] : Numbers{{65537, 0}, {2, 5}, {-1, 5}, {2, 0}, {65536, -9}}) {
+    message.add_counters_()->set_id(id);
+    message.mutable_counters_()->rbegin()->set_type(type);
   }
+  EXPECT_EQ(countersOf(fromMessage(message)), (Numbers{{0, -9}, {1, 0}, {2, 0}, {65535, 5}}));
+}
+
+TEST(EntryMessage, MakesPolicersOfNoBytes) {
+  FiltersEntryPB message;
+  message.set_policer_parent_("");
+  const FiltersEntry entry = fromMessage(message);
+  EXPECT_EQ(entry.getPolicer(), policer::Policer());
+  EXPECT_EQ(*entry.getPolicerParent(), policer::Policer());
+}
+
+TEST(EntryMessage, PassesTheMplsActionsExceptionOnAndKeepsWhatCameBeforeIt) {
+  FiltersEntryPB message = messageOf(entryOf({26}, {0}));
+  message.add_actions_()->set_type_(18);
+  message.add_actions_()->set_type_(1);
+  EXPECT_THROW(FiltersEntry(message.SerializeAsString()), std::invalid_argument);
+  FiltersEntry entry = entryOf({}, {18});
+  EXPECT_THAT([&] { entry.convertFromFiltersEntryPB(&message); },
+              testing::ThrowsMessage<std::invalid_argument>(
+                  "ActionMplsPortSet: ActionPB missing vpn_id and mpls_access_port"));
+  EXPECT_TRUE(entry == entryOf({26}, {0, 18}));
 }
 
 }  // namespace

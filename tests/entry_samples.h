@@ -13,17 +13,16 @@
 #include <utility>
 #include <vector>
 
+#include "rules.h"
 #include "samples.h"
 
 namespace catalogue {
-
-using Codes = std::vector<unsigned>;
 
 // The samples of these codes, under their codes.
 template <class Code, class Base>
 auto pick(const Codes& codes, std::vector<std::pair<Code, std::unique_ptr<Base>>> all) {
   std::map<Code, std::unique_ptr<Base>> picked;
-  for (unsigned code : codes) picked[Code(code)] = std::move(all.at(code).second);
+  for (unsigned code : codes) picked.try_emplace(Code(code), std::move(all.at(code).second));
   return picked;
 }
 inline auto matchesOf(const Codes& codes) { return pick(codes, oneMatchOfEachCode()); }
@@ -34,22 +33,19 @@ inline policer::Policer policerAt(policer::Stage stage, std::uint32_t id = 300) 
 }
 
 inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
-                            policer::Stage stage = policer::Stage::None) {
-  FiltersEntry entry(7);
+                            policer::Stage stage = policer::Stage::None, filtersEntryId_t id = 7) {
+  FiltersEntry entry(id);
   EXPECT_EQ(entry.copyMatches(matchesOf(matches)), FILTERS_OK);
   EXPECT_EQ(entry.copyActions(actionsOf(actions)), FILTERS_OK);
   entry.setPolicer(policerAt(stage));
   return entry;
 }
 
-// All that stands beside IPv4 addresses and a destination port, and every action.
-inline const Codes kIPv4Codes = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 16, 17,
-                                 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33};
-inline const Codes kActionCodes = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
-                                   10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
-
+// Of every match that can stand beside IPv4 addresses and a destination port, and every action.
 inline FiltersEntry fullEntry() {
-  FiltersEntry entry = entryOf(kIPv4Codes, kActionCodes, policer::Stage::Ingress);
+  Codes matches = kMatchCodes;
+  for (unsigned code : {34, 15, 14}) matches.erase(matches.begin() + code);
+  FiltersEntry entry = entryOf(matches, kActionCodes, policer::Stage::Ingress);
   entry.setPriority(300);
   entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
   EXPECT_EQ(entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <map>
+#include <set>
 #include <type_traits>
+#include <utility>
 
 #include "entry_samples.h"
 
@@ -15,11 +18,16 @@ using namespace catalogue;
 static_assert(std::is_copy_constructible_v<FiltersGroup> && !std::is_polymorphic_v<FiltersGroup>);
 static_assert(!std::is_convertible_v<unsigned short, FiltersGroup>);
 
+using Stage = filtersGroupStage_t;
+using Type = filtersGroupType_t;
+
 FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0) {
   FiltersEntry entry(id);
   entry.setPriority(priority);
   return entry;
 }
+
+// fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
 
 TEST(Groups, BeginEmptyUnderTheirId) {
   const FiltersGroup group(65535);
@@ -39,141 +47,172 @@ TEST(Groups, KeepOneCopyOfEachEntryUnderItsIdUntilItIsRemoved) {
   EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 1}, {4294967295, 0}}));
   EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);  // replaces
   EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 2}, {4294967295, 0}}));
-  EXPECT_EQ(group.getEntriesRef().at(7).getId(), 7u);
   EXPECT_EQ(group.removeEntry(0), FILTERS_ERR_NOT_FOUND);
   EXPECT_EQ(group.removeEntry(7), FILTERS_OK);
-  EXPECT_EQ(group.removeEntry(7), FILTERS_ERR_NOT_FOUND);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{4294967295, 0}}));
-}
-
-TEST(Groups, TakeTheirOwnEntriesAndKeysAsArguments) {
-  FiltersGroup group = groupOf(0, 1);
-  FiltersEntry entry = entryOf({0, 4}, {3, 5});
-  entry.setPolicerParent(policerAt(policer::Stage::Egress));
-  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(group.getEntriesRef().at(7)), FILTERS_OK);
-  EXPECT_TRUE(group.getEntriesRef().at(7) == entry);
-  EXPECT_EQ(group.removeEntry(group.getEntriesRef().begin()->first), FILTERS_OK);
-  EXPECT_TRUE(group.getEntriesRef().empty());
-}
-
-TEST(Groups, RefuseAnEntryByMatchThenActionThenPolicerAndKeepItsPredecessor) {
-  const FiltersEntry bare(7);
-  const FiltersEntry staged = entryOf({}, {}, policer::Stage::Ingress);
-  const FiltersEntry acting = entryOf({}, {10}, policer::Stage::Ingress);
-  const FiltersEntry all = entryOf({14}, {10}, policer::Stage::Ingress);
-  const struct {
-    int stage, type;
-    const FiltersEntry& entry;
-    int result;
-  } cases[] = {
-      {0, 0, bare, 0},     {0, 0, all, -6},    {0, 0, acting, -9},
-      {0, 0, staged, -10}, {4, 12, all, -4},   {-1, -1, bare, -4},
-      {4, 0, all, -6},     {4, 0, acting, -8}, {4, 0, bare, -8},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(groupOf(c.stage, c.type).insertEntry(c.entry), c.result) << c.stage << ' ' << c.type;
-  }
-  FiltersGroup group(1);
-  EXPECT_EQ(group.insertEntry(entryWith(7, 1)), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(all), FILTERS_ERR_MATCH_NOT_ALLOWED);
-  EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 1}}));
-}
-
-TEST(Groups, CheckTheTypeThenEntryByEntryBeforeAChangeOfStage) {
-  FiltersGroup group = groupOf(2, 0);
-  FiltersEntry staged = entryOf({}, {}, policer::Stage::Ingress);
-  staged.setId(1);
-  EXPECT_EQ(group.insertEntry(entryOf({}, {10})), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
-  EXPECT_EQ(group.insertEntry(staged), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // of the first
-  EXPECT_EQ(staged.setAction(ActionRedirect(kEth3)), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(staged), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_LOOKUP), FILTERS_ERR_ACTION_NOT_ALLOWED);
-  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_1), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_LOOKUP), FILTERS_ERR_TYPE_NOT_ALLOWED);
-  EXPECT_EQ(group.getStage(), FILTERS_GROUP_STAGE_INGRESS);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
-}
-
-TEST(Groups, CheckTheStageThenEntryByEntryBeforeAChangeOfType) {
-  FiltersGroup group = groupOf(0, 1);
-  EXPECT_EQ(group.insertEntry(FiltersEntry(1)), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(entryOf({30})), FILTERS_OK);
-  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_2), FILTERS_ERR_MATCH_NOT_ALLOWED);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
-  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_4), FILTERS_ERR_TYPE_NOT_ALLOWED);
-  EXPECT_EQ(group.getType(), FILTERS_GROUP_TYPE_1);
-  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_1), FILTERS_OK);
 }
 
 TEST(Groups, CopyIndependently) {
   FiltersGroup group = groupOf(2, 4);  // a pair that no setter lets in: copies are not checked
-  group.setPriority(9);
   EXPECT_EQ(group.insertEntry(entryOf({0})), FILTERS_OK);
-  FiltersGroup copy(group);
-  EXPECT_TRUE(copy == group);
+  FiltersGroup copy(group), other(9);
+  other = group;
+  EXPECT_TRUE(copy == group && other == group);
   EXPECT_EQ(copy.removeEntry(7), FILTERS_OK);
   group.getEntries().at(7).setPriority(5);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 0}}));
-  FiltersGroup other(9);
-  other = group;
-  EXPECT_TRUE(other == group);
 }
 
-TEST(Groups, DifferInEachSingleField) {
-  const auto make = [](int id, int priority, int stage, int type, const Priorities& entries) {
-    FiltersGroup group(static_cast<unsigned short>(id));
-    group.setPriority(static_cast<unsigned short>(priority));
-    EXPECT_EQ(group.setStage(filtersGroupStage_t(stage)), FILTERS_OK);
-    EXPECT_EQ(group.setType(filtersGroupType_t(type)), FILTERS_OK);
-    for (const auto& [entryId, of] : entries) {
-      EXPECT_EQ(group.insertEntry(entryWith(entryId, of)), FILTERS_OK);
-    }
-    return group;
-  };
-  const FiltersGroup groups[] = {
-      make(1, 0, 0, 0, {}),       make(2, 0, 0, 0, {}),
-      make(1, 1, 0, 0, {}),       make(1, 0, 1, 0, {}),
-      make(1, 0, 0, 1, {}),       make(1, 0, 0, 0, {{1, 0}}),
-      make(1, 0, 0, 0, {{2, 0}}), make(1, 0, 0, 0, {{1, 0}, {2, 0}}),
-      make(1, 0, 0, 0, {{1, 1}}), make(1, 0, 0, 0, {{1, 0}, {2, 1}}),
-  };
-  for (const FiltersGroup& a : groups) {
-    for (const FiltersGroup& b : groups) {
-      EXPECT_EQ(a == b, &a == &b);
-      EXPECT_EQ(a != b, &a != &b);
+TEST(Groups, PrintTheirFieldsThenTheirEntries) {
+  FiltersGroup group = groupOf(-1, -2147483647 - 1);
+  EXPECT_EQ(printed(group),
+            "=FiltersGroup=\n  ID: 0\n  Priority: 0\n  Stage: -1\n  Type: -2147483648\n");
+  group = FiltersGroup(65535);
+  group.setPriority(10);
+  EXPECT_EQ(group.insertEntry(entryWith(30, 40)), FILTERS_OK);
+  EXPECT_EQ(group.insertEntry(entryWith(20)), FILTERS_OK);
+  EXPECT_EQ(printed(group),
+            "=FiltersGroup=\n  ID: 65535\n  Priority: 10\n  Stage: 0\n  Type: 0\n"
+            "  =FiltersEntry=\n    ID: 20\n    Priority: 0\n"
+            "  =FiltersEntry=\n    ID: 30\n    Priority: 40\n");
+}
+
+// --- Messages: what a group makes of one; wire_golden_test has what it writes --------------------
+
+FiltersEntryPB* addEntry(FiltersGroupPB* message, unsigned id, unsigned priority = 0) {
+  FiltersEntryPB* entry = message->add_entries_();
+  entry->set_id_(id);
+  entry->set_priority_(priority);
+  return entry;
+}
+
+FiltersGroup fromMessage(const FiltersGroupPB& message) {
+  FiltersGroup group(9);
+  group.convertFromFiltersGroupPB(&message);
+  return group;
+}
+
+TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriority) {
+  FiltersGroupPB message;
+  message.set_id_(65537);
+  message.set_priority_(0xfffe0005);
+  EXPECT_EQ(fromMessage(message).getId(), 1);
+  EXPECT_EQ(fromMessage(message).getPriority(), 5);
+}
+
+// Deliberate: no check of the pair, nor of its values.
+TEST(GroupMessage, BringsAnyStageAndType) {
+  for (const auto& [stage, type] : {std::pair(1, 1), {3, 11}, {4, 12}, {-1, -2147483647 - 1}}) {
+    const FiltersGroup group = groupOf(stage, type);
+    EXPECT_EQ(group.getStage(), stage);
+    EXPECT_EQ(group.getType(), type);
+    EXPECT_TRUE(FiltersGroup(bytesOf(group)) == group);
+  }
+}
+
+TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
+  FiltersGroupPB message;
+  message.set_stage_(3);
+  message.set_type_(5);
+  addEntry(&message, 7, 1)->set_policer_parent_("");
+  addEntry(&message, 2)->add_matches_()->set_type_(30);
+  addEntry(&message, 3)->add_actions_()->set_type_(16);
+  addEntry(&message, 4)->set_policer_(policerAt(policer::Stage::Ingress).Serialize());
+  addEntry(&message, 5)->set_policer_(policerAt(policer::Stage::Egress).Serialize());
+  addEntry(&message, 7, 2);
+  addEntry(&message, 7, 3)->add_actions_()->set_type_(16);
+  const FiltersGroup group = fromMessage(message);
+  EXPECT_EQ(prioritiesOf(group), (Priorities{{5, 0}, {7, 2}}));
+  EXPECT_EQ(group.getEntriesRef().at(7).getPolicerParent(), nullptr);
+  message.set_type_(12);
+  EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
+}
+
+TEST(GroupMessage, AddsToAGroupThatHoldsEntries) {
+  FiltersGroup group = groupOf(0, 1);
+  EXPECT_EQ(group.insertEntry(entryOf({30})), FILTERS_OK);  // admitted no longer afterwards
+  FiltersGroupPB message;
+  message.set_id_(2);
+  message.set_stage_(3);
+  addEntry(&message, 8, 1);
+  group.convertFromFiltersGroupPB(&message);
+  EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 0}, {8, 1}}));
+  EXPECT_EQ(group.getId(), 2);
+  EXPECT_EQ(group.getType(), FILTERS_GROUP_TYPE_NONE);
+}
+
+// --- The checks ----------------------------------------------------------------------------------
+
+// They read their arguments alone: this group's own stage and type are unknown.
+const FiltersGroup kAnyGroup = groupOf(99, 99);
+
+// The check and the published table say what the table by hand says.
+template <class Key, class Code, class Check>
+void expectTable(const Table& table, const Codes& codes, filtersErr_t refusal,
+                 const std::map<Key, const std::set<Code>>& published, Check check) {
+  EXPECT_EQ(published.size(), table.size());
+  for (unsigned row = 0; row < table.size(); ++row) {
+    const std::set<Code>& codesOfRow = published.at(Key(row));
+    EXPECT_EQ(CodeSet(codesOfRow.begin(), codesOfRow.end()), table[row]);
+    for (unsigned code : codes) {
+      EXPECT_EQ(check(Key(row), code), admits(table, row, code) ? FILTERS_OK : refusal)
+          << "row " << row << " code " << code;
     }
   }
 }
 
-TEST(Groups, PrintTheirFieldsThenTheirEntries) {
-  FiltersGroup group(65535);
-  group.setPriority(10);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
-  EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_11), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(entryWith(30, 40)), FILTERS_OK);
-  FiltersEntry entry = entryWith(20);
-  EXPECT_EQ(entry.setMatch(MatchTPID(0x88a8)), FILTERS_OK);  // leaves the stream in hexadecimal
-  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
-  EXPECT_EQ(printed(group), R"(=FiltersGroup=
-  ID: 65535
-  Priority: 10
-  Stage: 2
-  Type: 11
-  =FiltersEntry=
-    ID: 20
-    Priority: 0
-    =MatchTPID=
-      Match Type ID: 3
-      TPID: 0x88a8
-  =FiltersEntry=
-    ID: 1e
-    Priority: 28
-)");
-  EXPECT_EQ(printed(groupOf(-1, -2147483647 - 1)),
-            "=FiltersGroup=\n  ID: 0\n  Priority: 0\n  Stage: -1\n  Type: -2147483648\n");
+TEST(GroupValidation, AdmitsMatchesByType) {
+  expectTable(kMatchesOfType, kMatchCodes, FILTERS_ERR_MATCH_NOT_ALLOWED,
+              FiltersGroup::TypeDescription_, [](Type type, unsigned code) {
+                return kAnyGroup.groupMatchValidation(entryOf({0, code}), type);
+              });
+}
+
+TEST(GroupValidation, AdmitsActionsByStage) {
+  expectTable(kActionsOfStage, kActionCodes, FILTERS_ERR_ACTION_NOT_ALLOWED,
+              FiltersGroup::StageActionsDescription_, [](Stage stage, unsigned code) {
+                return kAnyGroup.groupActionValidation(entryOf({}, {0, code}), stage);
+              });
+}
+
+TEST(GroupValidation, AdmitsTypesByStage) {
+  expectTable(kTypesOfStage, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, FILTERS_ERR_TYPE_NOT_ALLOWED,
+              FiltersGroup::StageTypesDescription_, [](Stage stage, unsigned type) {
+                return kAnyGroup.groupStageValidation(stage, Type(type));
+              });
+}
+
+filtersErr_t checkPolicer(unsigned of, int stage) {
+  return kAnyGroup.groupPolicerValidation(policerAt(policer::Stage(of)), Stage(stage));
+}
+
+TEST(GroupValidation, AdmitsPolicersByStage) {
+  for (int stage = 0; stage < 4; ++stage) {
+    for (unsigned of = 0; of < 4; ++of) {
+      const bool fits = admits(kPolicersOfStage, static_cast<unsigned>(stage), of);
+      EXPECT_EQ(checkPolicer(of, stage), fits ? FILTERS_OK : FILTERS_ERR_POLICER_STAGE)
+          << of << " at " << stage;
+    }
+  }
+}
+
+TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
+  const FiltersEntry bare;
+  for (int unknown : {-1, INT_MIN, INT_MAX, 12, 32, 63, 64, 65, 68, 128, 256, 65536}) {
+    SCOPED_TRACE(unknown);
+    EXPECT_EQ(kAnyGroup.groupMatchValidation(bare, Type(unknown)), FILTERS_ERR_INVALID);
+    EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
+    EXPECT_EQ(groupOf(unknown, 0).setType(Type(unknown)), FILTERS_ERR_INVALID_STAGE);
+    EXPECT_EQ(groupOf(0, unknown).setStage(Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
+    for (int stage = 0; stage < 4; ++stage) {
+      EXPECT_EQ(groupOf(stage, 0).setType(Type(unknown)), FILTERS_ERR_TYPE_NOT_ALLOWED);
+      EXPECT_EQ(groupOf(0, unknown).setStage(Stage(stage)), FILTERS_ERR_TYPE_NOT_ALLOWED);
+    }
+    EXPECT_EQ(checkPolicer(2, unknown), FILTERS_OK);  // None fits everywhere
+    EXPECT_EQ(checkPolicer(0, unknown), FILTERS_ERR_INVALID_STAGE);
+    EXPECT_EQ(checkPolicer(1, unknown), FILTERS_ERR_INVALID_STAGE);
+  }
+  EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(4)), FILTERS_ERR_INVALID_STAGE);
 }
 
 }  // namespace

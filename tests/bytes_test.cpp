@@ -1,0 +1,133 @@
+// The bytes of entries and of groups, which behave alike; also those that a fault has cut off or
+// changed on their way: whatever arrives is read, printed, compared and written without a crash, a
+// leak or a long wait, and means what its message means.
+
+#include "memory_control.h"
+
+#include <gmock/gmock.h>
+
+#include <ctime>
+#include <stdexcept>
+
+#include "golden.h"
+#include "meaning.h"
+
+namespace {
+
+using namespace catalogue;
+
+class OwnBuffer : public FiltersSerialized {
+ public:
+  OwnBuffer(const std::string& bytes, std::size_t size) : size_(size) {
+    if (!bytes.empty()) copyData(bytes);
+  }
+  std::size_t size() const override { return size_; }
+  void setData(const std::string& bytes) override { set = bytes; }
+  std::string set;
+ private:
+  std::size_t size_;
+};
+
+template <class T>
+class Bytes : public testing::Test {
+ public:
+  const std::string bytes_ = golden(std::is_same_v<T, FiltersEntry> ? "entry.hex" : "group.hex");
+};
+using EntryAndGroup = testing::Types<FiltersEntry, FiltersGroup>;
+TYPED_TEST_SUITE(Bytes, EntryAndGroup);
+
+TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
+  TypeParam expected(0);
+  expected.setPriority(42);
+  testing::internal::CaptureStderr();
+  for (const char* rest : {"", "ffffff", "02", "7a05", "18"}) {
+    const std::string bytes = fromHex("102a") + fromHex(rest);
+    FiltersSerialized buffer(bytes);
+    EXPECT_TRUE(TypeParam(bytes) == expected && TypeParam(buffer) == expected) << rest;
+  }
+  FiltersSerialized unfilled;
+  EXPECT_TRUE(TypeParam(unfilled) == TypeParam(0));
+  EXPECT_TRUE(TypeParam(std::string()) == TypeParam(0));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TYPED_TEST(Bytes, GoThroughABuffersOwnFunctions) {
+  const TypeParam object(this->bytes_);
+  OwnBuffer buffer(this->bytes_, 0);
+  EXPECT_TRUE(TypeParam(buffer) == TypeParam(std::string()));
+  object.serialize(&buffer);
+  EXPECT_EQ(buffer.set, this->bytes_);
+}
+
+TYPED_TEST(Bytes, ThrowWhenABufferHasASizeAndNoData) {
+  OwnBuffer buffer("", 1);
+  EXPECT_THAT([&] { TypeParam object(buffer); }, testing::ThrowsMessage<std::logic_error>(
+                                                     "basic_string::_M_construct null not valid"));
+}
+
+// A message is at most 2 GiB; a size that only looks smaller when cut to 32 bits reads nothing.
+TYPED_TEST(Bytes, AreNotReadBeyondTheLimitOfAMessage) {
+  if (sizeof(std::size_t) == 4) GTEST_SKIP() << "no such size";
+  const std::uint64_t size = (std::uint64_t{1} << 32) + this->bytes_.size();
+  OwnBuffer buffer(this->bytes_, static_cast<std::size_t>(size));
+  EXPECT_TRUE(TypeParam(buffer) == TypeParam(0));
+}
+
+// Read entry by entry or as a whole.
+TEST(GroupBytes, OfAlmostTheUsualShapeMeanWhatTheWholeMessageMeans) {
+  for (const std::string& bytes : oddGroups()) {
+    EXPECT_EQ(faultIn<FiltersGroup>(bytes), "") << toHex(bytes);
+  }
+}
+
+// One rule with many values says nothing about the others: no room is taken for them as if it did.
+TEST(GroupBytes, OfOneLargeRuleAndManySmallOnesTakeNoMoreRoomThanTwice) {
+  FiltersGroup group = groupOf(0, 1);
+  VlanIds all;
+  for (unsigned short id = 0; id < 65535; ++id) all.insert(all.end(), id);
+  FiltersEntry large(0);
+  ASSERT_EQ(large.setMatch(MatchExternalVlanId(all)), FILTERS_OK);
+  ASSERT_EQ(group.insertEntry(large), FILTERS_OK);
+  for (unsigned id = 1; id < 1000; ++id) ASSERT_EQ(group.insertEntry(FiltersEntry(id)), FILTERS_OK);
+  const std::string bytes = bytesOf(group);
+  EXPECT_LT(bytes.capacity(), 2 * bytes.size() + 1000 * 1024);
+  EXPECT_TRUE(FiltersGroup(bytes) == group);
+}
+
+// --- Damage --------------------------------------------------------------------------------------
+
+void examine(const std::string& bytes) {
+  const long live = memory::live;
+  const std::clock_t start = std::clock();
+  ASSERT_EQ(faultIn<FiltersGroup>(bytes), "");
+  ASSERT_LT(std::clock() - start, CLOCKS_PER_SEC) << "a group of " << bytes.size() << " bytes";
+  ASSERT_EQ(memory::live, live) << "leaked";
+}
+
+TEST(Damage, OfAnyEndCutOffOrAnySingleBitIsSurvived) {
+  for (const char* name :
+       {"group.hex", "group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group_mpls.hex"}) {
+    const std::string bytes = golden(name);
+    for (std::size_t bit = 0; bit < 8 * bytes.size(); ++bit) {
+      SCOPED_TRACE(testing::Message() << name << " bit " << bit);
+      std::string damaged = bytes;
+      damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);
+      ASSERT_NO_FATAL_FAILURE(examine(damaged));
+      if (bit % 8 != 0) continue;
+      ASSERT_NO_FATAL_FAILURE(examine(bytes.substr(0, bit / 8)));
+    }
+  }
+}
+
+// As the headers warn: a match on one address that is cut off before its mask fits every packet.
+TEST(Damage, CanWidenARule) {
+  FiltersEntry entry;
+  EXPECT_EQ(entry.setMatch(MatchDstIPv4(kIPv4)), FILTERS_OK);
+  const std::string bytes = bytesOf(entry);
+  const FiltersEntry cut(bytes.substr(0, bytes.size() - 6));
+  MatchDstIPv4 match(kIPv4);
+  EXPECT_EQ(cut.getMatch(match), FILTERS_OK);
+  EXPECT_TRUE(match == MatchDstIPv4(kIPv4, kNoIPv4));
+}
+
+}  // namespace
