@@ -44,7 +44,7 @@ inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
 // Of every match that can stand beside IPv4 addresses and a destination port, and every action.
 inline FiltersEntry fullEntry() {
   Codes matches = kMatchCodes;
-  for (unsigned code : {34, 15, 14}) matches.erase(matches.begin() + code);
+  for (int code : {34, 15, 14}) matches.erase(matches.begin() + code);
   FiltersEntry entry = entryOf(matches, kActionCodes, policer::Stage::Ingress);
   entry.setPriority(300);
   entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
