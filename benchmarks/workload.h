@@ -3,7 +3,7 @@
 
 // What every figure is taken of: a group of rules with five matches, three actions, two counters
 // and a policer each. It compiles against the stand-ins, where BENCHMARKS_WITH_STANDINS is defined,
-// and against the pair of platform libraries in tests/device_platform, whose policers are 32 bytes
+// and against the pair of platform libraries in platform/plain, whose policers are 32 bytes
 // without heap: there the figures are the library's own.
 
 #include <filter_common/filter_groups.h>

@@ -5,9 +5,6 @@
 #include <filter_common/filter_groups_c.h>
 
 #include <iterator>
-#include <memory>
-#include <type_traits>
-#include <utility>
 
 #include "../tests/meaning.h"
 #include "fuzz.h"
@@ -73,16 +70,19 @@ void take(Entry& e, Entry&, ByteReader& in) {
   });
 }
 
-void eraseMatch(Entry& e, Entry&, ByteReader& in) {
-  const auto code = filtersMatch_t(in.mostlyBelow(catalogue::kMatchCodes.size() + 1));
-  FUZZ_CHECK((in.flag() ? e.real.deleteMatch(code) : filtersEntryDeleteMatch(&e.real, code)) ==
-             fuzz::erase(e.model.matches, code));
-}
-
-void eraseAction(Entry& e, Entry&, ByteReader& in) {
-  const auto code = filtersAction_t(in.mostlyBelow(catalogue::kActionCodes.size() + 1));
-  FUZZ_CHECK((in.flag() ? e.real.deleteAction(code) : filtersEntryDeleteAction(&e.real, code)) ==
-             fuzz::erase(e.model.actions, code));
+void erase(Entry& e, Entry&, ByteReader& in) {
+  const std::uint32_t code = in.mostlyBelow(catalogue::kMatchCodes.size() + 1);
+  const auto match = filtersMatch_t(code);
+  const auto action = filtersAction_t(code);
+  const bool byClass = in.flag();
+  if (in.flag()) {
+    FUZZ_CHECK((byClass ? e.real.deleteMatch(match) : filtersEntryDeleteMatch(&e.real, match)) ==
+               fuzz::erase(e.model.matches, code));
+  } else {
+    FUZZ_CHECK(
+        (byClass ? e.real.deleteAction(action) : filtersEntryDeleteAction(&e.real, action)) ==
+        fuzz::erase(e.model.actions, code));
+  }
 }
 
 // Several at once, under keys that need not be their codes, with gaps and unknown codes.
@@ -115,18 +115,13 @@ void putMany(Entry& e, Entry&, ByteReader& in) {
   }
 }
 
-void setScalars(Entry& e, Entry&, ByteReader& in) {
+void setScalarsAndPolicers(Entry& e, Entry&, ByteReader& in) {
   e.real.setId(e.model.id = in.mostlyBelow(6));
   filtersEntrySetPriority(&e.real, e.model.priority = in.u8());
-}
-
-void setPolicer(Entry& e, Entry&, ByteReader& in) {
   e.model.policer = catalogue::policerAt(policer::Stage(in.mostlyBelow(4)), in.u8());
   e.real.setPolicer(e.model.policer);
   e.real.setPolicer(e.real.getPolicer());
-}
-
-void setParent(Entry& e, Entry&, ByteReader& in) {
+  if (in.flag()) return;
   e.model.parent = catalogue::policerAt(policer::Stage::Egress, in.u8());
   e.real.setPolicerParent(*e.model.parent);
   e.real.setPolicerParent(*e.real.getPolicerParent());
@@ -166,11 +161,11 @@ void readMessage(Entry& e, Entry& other, ByteReader&) {
 
 using EntryCall = void (*)(Entry&, Entry&, ByteReader&);
 constexpr EntryCall putMatches = putMany<Match>, putActions = putMany<Action>;
-constexpr EntryCall kEntryCalls[] = {
-    put,        put,         put,        take,       take,
-    eraseMatch, eraseAction, putMatches, putActions, setScalars,
-    setPolicer, setParent,   setCounter, setCounter, deleteCounters,
-    renew,      assign,      readMessage};
+constexpr EntryCall kEntryCalls[] = {put,        put,        put,
+                                     take,       take,       erase,
+                                     putMatches, putActions, setScalarsAndPolicers,
+                                     setCounter, setCounter, deleteCounters,
+                                     renew,      assign,     readMessage};
 
 // --- Groups --------------------------------------------------------------------------------------
 

@@ -4,11 +4,7 @@
 // What entries and groups must hold after a sequence of calls, written a second time and as plainly
 // as possible: maps from codes to bytes. A model and the object beside it serialize alike.
 
-#include <cstdint>
-#include <map>
 #include <optional>
-#include <string>
-#include <utility>
 
 #include "../tests/entry_samples.h"
 

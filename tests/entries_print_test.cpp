@@ -1,10 +1,4 @@
-#include <filter_common/filter_entries.h>
-
-#include <gtest/gtest.h>
-
 #include <iomanip>
-#include <sstream>
-#include <string>
 
 #include "entry_samples.h"
 
@@ -77,10 +71,7 @@ TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
 
 // A line is on its way to the console before the next one is begun.
 TEST(EntryPrinting, PadsItsFirstLineAloneToAWidthAndFlushesTheLinesOfItsOwn) {
-  struct : std::stringbuf {
-    int sync() override { return ++flushes, 0; }
-    int flushes = 0;
-  } buffer;
+  CountingBuffer buffer;
   FiltersEntry entry;
   entry.setPolicer(kPolicer);
   EXPECT_EQ(entry.setCounter({2, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);

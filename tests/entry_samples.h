@@ -8,10 +8,6 @@
 #include <policer/policer.h>
 
 #include <map>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "rules.h"
 #include "samples.h"

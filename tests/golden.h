@@ -4,8 +4,6 @@
 // The bytes that the files in golden/ describe.
 
 #include <fstream>
-#include <map>
-#include <string>
 
 #include "entry_samples.h"
 

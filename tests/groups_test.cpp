@@ -1,13 +1,4 @@
-#include <filter_common/filter_groups.h>
-
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <map>
-#include <set>
-#include <type_traits>
-#include <utility>
-
 #include "entry_samples.h"
 
 namespace {
@@ -28,29 +19,6 @@ FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0)
 }
 
 // fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
-
-TEST(Groups, BeginEmptyUnderTheirId) {
-  const FiltersGroup group(65535);
-  EXPECT_EQ(group.getId(), 65535);
-  EXPECT_EQ(group.getPriority(), 0);
-  EXPECT_EQ(group.getStage(), FILTERS_GROUP_STAGE_NONE);
-  EXPECT_EQ(group.getType(), FILTERS_GROUP_TYPE_NONE);
-  EXPECT_TRUE(group.getEntriesRef().empty());
-}
-
-TEST(Groups, KeepOneCopyOfEachEntryUnderItsIdUntilItIsRemoved) {
-  FiltersGroup group(1);
-  FiltersEntry entry = entryWith(7, 1);
-  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
-  EXPECT_EQ(group.insertEntry(entryWith(4294967295)), FILTERS_OK);
-  entry.setPriority(2);
-  EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 1}, {4294967295, 0}}));
-  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);  // replaces
-  EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 2}, {4294967295, 0}}));
-  EXPECT_EQ(group.removeEntry(0), FILTERS_ERR_NOT_FOUND);
-  EXPECT_EQ(group.removeEntry(7), FILTERS_OK);
-  EXPECT_EQ(prioritiesOf(group), (Priorities{{4294967295, 0}}));
-}
 
 TEST(Groups, CopyIndependently) {
   FiltersGroup group = groupOf(2, 4);  // a pair that no setter lets in: copies are not checked
@@ -92,20 +60,16 @@ FiltersGroup fromMessage(const FiltersGroupPB& message) {
   return group;
 }
 
-TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriority) {
+// Deliberate: no check of stage and type, neither of the pair nor of their values.
+TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriorityAndBringsAnyStageAndType) {
   FiltersGroupPB message;
   message.set_id_(65537);
   message.set_priority_(0xfffe0005);
   EXPECT_EQ(fromMessage(message).getId(), 1);
   EXPECT_EQ(fromMessage(message).getPriority(), 5);
-}
-
-// Deliberate: no check of the pair, nor of its values.
-TEST(GroupMessage, BringsAnyStageAndType) {
-  for (const auto& [stage, type] : {std::pair(1, 1), {3, 11}, {4, 12}, {-1, -2147483647 - 1}}) {
+  for (const auto& [stage, type] : {std::pair(1, 1), {4, 12}, {-1, -2147483647 - 1}}) {
     const FiltersGroup group = groupOf(stage, type);
-    EXPECT_EQ(group.getStage(), stage);
-    EXPECT_EQ(group.getType(), type);
+    EXPECT_TRUE(group.getStage() == stage && group.getType() == type);
     EXPECT_TRUE(FiltersGroup(bytesOf(group)) == group);
   }
 }
@@ -126,19 +90,6 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   EXPECT_EQ(group.getEntriesRef().at(7).getPolicerParent(), nullptr);
   message.set_type_(12);
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
-}
-
-TEST(GroupMessage, AddsToAGroupThatHoldsEntries) {
-  FiltersGroup group = groupOf(0, 1);
-  EXPECT_EQ(group.insertEntry(entryOf({30})), FILTERS_OK);  // admitted no longer afterwards
-  FiltersGroupPB message;
-  message.set_id_(2);
-  message.set_stage_(3);
-  addEntry(&message, 8, 1);
-  group.convertFromFiltersGroupPB(&message);
-  EXPECT_EQ(prioritiesOf(group), (Priorities{{7, 0}, {8, 1}}));
-  EXPECT_EQ(group.getId(), 2);
-  EXPECT_EQ(group.getType(), FILTERS_GROUP_TYPE_NONE);
 }
 
 // --- The checks ----------------------------------------------------------------------------------
@@ -198,8 +149,7 @@ TEST(GroupValidation, AdmitsPolicersByStage) {
 
 TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
   const FiltersEntry bare;
-  for (int unknown : {-1, INT_MIN, INT_MAX, 12, 32, 63, 64, 65, 68, 128, 256, 65536}) {
-    SCOPED_TRACE(unknown);
+  for (int unknown : {-1, 1 << 31, 12, 32, 63, 64, 65, 68, 128, 256, 65536}) {
     EXPECT_EQ(kAnyGroup.groupMatchValidation(bare, Type(unknown)), FILTERS_ERR_INVALID);
     EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(groupOf(unknown, 0).setType(Type(unknown)), FILTERS_ERR_INVALID_STAGE);

@@ -7,12 +7,7 @@
 
 #include <filter_common/filter_serialized.h>
 
-#include <memory>
-#include <sstream>
 #include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <vector>
 
 #include "entry_samples.h"
 

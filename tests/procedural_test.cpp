@@ -5,6 +5,7 @@
 #include <filter_common/filter_entries_c.h>
 #include <filter_common/filter_groups_c.h>
 #include <filter_common/filter_matches_c.h>
+#include <filter_common/filter_serialized.h>
 #include <gmock/gmock.h>
 
 #include <regex>
@@ -41,31 +42,14 @@ filtersErr_t set(FiltersEntry& e, Match& m) { return filtersEntrySetMatch(&e, &m
 filtersErr_t get(FiltersEntry& e, Action& a) { return filtersEntryGetAction(&e, &a); }
 filtersErr_t set(FiltersEntry& e, Action& a) { return filtersEntrySetAction(&e, &a); }
 
-template <class T>
-class ProceduralDispatch : public testing::Test {};
-TYPED_TEST_SUITE(ProceduralDispatch, EveryClass);
-
-TYPED_TEST(ProceduralDispatch, ReachesEveryClassButStationHitAndForwardingType) {
-  constexpr bool reached = !std::is_same_v<TypeParam, MatchMyStationHit> &&
-                           !std::is_same_v<TypeParam, MatchForwardingType>;
-  TypeParam held = samples<TypeParam>().front(), other = samples<TypeParam>().back(), out = other;
-  FiltersEntry entry(1);
-  ASSERT_EQ(put(entry, held), FILTERS_OK);
-  EXPECT_EQ(get(entry, out), reached ? FILTERS_OK : FILTERS_ERR_INVALID);
-  EXPECT_TRUE(out == (reached ? held : other));
-  EXPECT_EQ(set(entry, other), reached ? FILTERS_OK : FILTERS_ERR_INVALID);
-  EXPECT_EQ(take(entry, out), FILTERS_OK);
-  EXPECT_TRUE(out == (reached ? other : held));
-}
-
 TEST(Procedural, RefusesCodesThatNoClassCarries) {
   FiltersEntry entry = fullEntry();
   const auto refuses = [&](auto&& object) {
     return get(entry, object) == FILTERS_ERR_INVALID && set(entry, object) == FILTERS_ERR_INVALID;
   };
   for (const std::uint32_t beyond : {0u, 1u, 0x80000000u, kMax - 35}) {
-    EXPECT_TRUE(refuses(Match(filtersMatch_t(35 + beyond)))) << beyond;
-    EXPECT_TRUE(refuses(Action(filtersAction_t(20 + beyond)))) << beyond;
+    EXPECT_TRUE(refuses(Match(filtersMatch_t(kMatchCodes.size() + beyond)))) << beyond;
+    EXPECT_TRUE(refuses(Action(filtersAction_t(kActionCodes.size() + beyond)))) << beyond;
   }
   EXPECT_TRUE(entry == fullEntry());
 }
@@ -135,6 +119,8 @@ const Assertion kAssertions[] = {
          CALL("const in6_addr*", matchIPv6GetIPv6Mask, "void*", nullptr),
          CALL("FC::l4port_t", matchGetL4PortRangeMin, "FC::MatchDstL4PortRange*", nullptr),
          CALL("FC::l4port_t", matchGetL4PortRangeMax, "FC::MatchDstL4PortRange*", nullptr)}},
+    {"filter_serialized[.]cpp:[0-9]+", "data_ == nullptr", {
+         {"virtual void FC::FiltersSerialized::setData(const string&)", [] { FiltersSerialized("").setData(""); }}}},
     {"filter_actions_c[.]cpp:23", "a != nullptr", {CALL("void", deleteAction, "void*", nullptr)}},
     {"filter_actions_c[.]cpp:31", "a != nullptr", {CALL("FC::filtersAction_t", actionGetType, "void*", nullptr)}},
 };

@@ -48,6 +48,12 @@ std::string printed(const T& object) {
   return os.str();
 }
 
+// Counts how often it is flushed.
+struct CountingBuffer : std::stringbuf {
+  int sync() override { return ++flushes, 0; }
+  int flushes = 0;
+};
+
 // The bytes of "08 1a b001"; blanks do not count.
 inline std::string fromHex(std::string hex) {
   hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
@@ -127,7 +133,6 @@ inline const auto kIPv6 = addressOf<in6_addr>("20010db812340000000000000000abcd"
 inline const auto kIPv6Mask = addressOf<in6_addr>("ffffffffffff");
 
 inline const limid_t kEth3 = limid_make_ethernet(3);
-inline const limid_t kEth4 = limid_make_ethernet(4);
 inline const limid_t kLag1 = limid_make_lag(1);
 inline const limid_t kVpws7 = limid_make_mpls_vpws(7);
 inline const limid_t kVpls9 = limid_make_bridgedomain(limid_bridgedomain_type_vpls, 9);

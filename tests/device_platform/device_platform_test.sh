@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds the library against the device's libraries in this folder, and a program against all three.
+# Builds the library against the libraries of platform/plain, and a program against all three.
 #   device_platform_test.sh <folder of the library's sources> <folder to build in>
 # The environment names the tools, as tests/packaging.cmake sets it. The next run builds only what
 # changed.
@@ -15,12 +15,12 @@ build() {
     ${FIND_ROOT_PATH:+"-DCMAKE_FIND_ROOT_PATH=$work/device;$FIND_ROOT_PATH"}
   cmake --build "$work/$1"
 }
-build platform "$here"
+build platform "$1/platform/plain"
 rm -rf "$work/device"
 cmake --install "$work/platform"
 build library "$1" -DFILTER_COMMON_PLATFORM=device
 cmake --install "$work/library"
-build round_trip "$here/round_trip"
+build round_trip "$here"
 
 # shellcheck disable=SC2086  # an emulator comes with its arguments
 ${EMULATOR:-} "$work/round_trip/round_trip"

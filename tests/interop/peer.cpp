@@ -2,7 +2,6 @@
 // name of the message and its bytes in hexadecimal.
 
 #include <iostream>
-#include <type_traits>
 
 #include "../golden.h"
 

@@ -1,0 +1,54 @@
+// Everything that touches the device's two libraries, with the pair in platform/plain: stored,
+// checked, printed, compared, sent and rebuilt.
+#include <filter_common/filter_groups.h>
+#include <filter_common/filter_groups.pb.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+
+using namespace FiltersCommon;
+
+namespace {
+
+static_assert(alignof(limid_t) == 1 && sizeof(policer::Policer) == 32, "not the stand-in's");
+
+void check(bool good, const char* what) {
+  if (good) return;
+  std::cerr << "round_trip: " << what << '\n';
+  std::exit(1);
+}
+
+}  // namespace
+
+int main() {
+  const limid_t port = limid_make(limid_type_ethernet, 0, 3),
+                lag = limid_make(limid_type_lag, 0, 1);
+  const limid_t vpls = limid_make(limid_type_bridgedomain, limid_bridgedomain_type_vpls, 9);
+  const policer::Policer policer(5, policer::Stage::Ingress, policer::Mode::Flow(1000, 1500), {});
+  FiltersEntry entry(1);
+  entry.setPolicer(policer);
+  entry.setPolicerParent(policer::Policer());
+  check(entry.setMatch(MatchIngressPorts(std::list<limid_t>{port, lag})) == FILTERS_OK, "match");
+  check(entry.setAction(ActionMplsPortSet(vpls, port)) == FILTERS_OK, "action");
+  FiltersGroup group(7);
+  check(group.setType(FILTERS_GROUP_TYPE_9) == FILTERS_OK, "type");
+  check(group.insertEntry(entry) == FILTERS_ERR_POLICER_STAGE,
+        "a policer of a wrong stage is taken");
+  entry.setPolicer(policer::Policer());
+  entry.setPolicerParent(policer);
+  check(group.insertEntry(entry) == FILTERS_OK, "entry");
+
+  std::string bytes;
+  group.serialize(&bytes);
+  check(FiltersGroup(bytes) == group, "rebuilt group differs");
+  std::ostringstream os;
+  os << group;
+  for (const char* text : {"\"ge-0/0/3\" \"ae1\"", "Port: ge-0/0/3\n", "Policer Id: 5\n"}) {
+    check(os.str().find(text) != std::string::npos, text);
+  }
+  const FiltersEntryPB sent = group.convertToFiltersGroupPB().entries_(0);
+  check(sent.policer_parent_() == policer.Serialize(), "the policer's bytes differ");
+  check(sent.actions_(0).mpls_access_port() == 0x03000011, "no interface index is sent");
+  check(!(ActionMplsPortSet(vpls, port) == ActionMplsPortSet(vpls, lag)), "ports compare equal");
+}

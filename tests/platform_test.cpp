@@ -1,0 +1,75 @@
+// The stand-ins for the device's two libraries: one round trip each, names and kinds.
+
+#include <gtest/gtest.h>
+#include <limid/limid_standin.h>
+#include <policer/policer.h>
+
+namespace {
+
+using namespace policer;
+
+enum Kind { Other, Ethernet, Lag, Vpws, BridgeDomain };
+
+int kindOf(limid_t limid) {
+  if (limid_is_from_type_ethernet(limid)) return Ethernet;
+  if (limid_is_from_type(limid, limid_type_lag)) return Lag;
+  if (limid_is_from_type(limid, limid_type_mpls_vpws)) return Vpws;
+  return limid_is_from_type(limid, limid_type_bridgedomain) ? BridgeDomain : Other;
+}
+
+TEST(Limid, HasAKindANameAndAnIndexThatIsNoPort) {
+  const struct {
+    limid_t limid;
+    int kind;
+    std::string name;
+  } rows[] = {
+      {limid_make_ethernet(65535), Ethernet, "eth-65535"},
+      {limid_make_lag(1), Lag, "lag-1"},
+      {limid_make_mpls_vpws(65535), Vpws, "vpws-65535"},
+      {limid_make_bridgedomain(limid_bridgedomain_type_vpls, 65535), BridgeDomain, "vpls-65535"},
+      {limid_make_bridgedomain(limid_bridgedomain_type_vpls + 256, 9), BridgeDomain, "bd-9"},
+      {0xffffffff, Other, "limid-ffffffff"},
+  };
+  for (const auto& [limid, kind, name] : rows) {
+    EXPECT_EQ(kindOf(limid), kind) << name;
+    std::string buffer(64, '#');
+    EXPECT_NE(limid_to_intfname(limid, buffer.data(), name.size()), 0);
+    EXPECT_EQ(buffer, std::string(64, '#')) << name;
+    EXPECT_EQ(limid_to_intfname(limid, buffer.data(), name.size() + 1), 0);
+    EXPECT_EQ(buffer, name + '\0' + std::string(63 - name.size(), '#'));
+    limid_t index = 0, back = 0;
+    EXPECT_TRUE(limid_to_ifindex(limid, &index) == 0 && limid_from_ifindex(&back, index) == 0);
+    EXPECT_TRUE(limid_compare(back, limid) == 0 && kindOf(index) == Other) << name;
+    std::uint32_t type = 0, number = 0;
+    EXPECT_EQ(limid_to_bridgedomain_components(limid, &type, &number) == 0, kind == BridgeDomain);
+  }
+}
+
+// Each differs from its neighbour in a single member.
+TEST(Policer, EqualsOneMadeFromItsOwnBytesAndNoOther) {
+  const auto odd = static_cast<ActionType>(UINT32_MAX);
+  const Policer policers[] = {
+      Policer(),
+      Policer(0, Stage::None, Mode::None(), {}),
+      Policer(0, Stage{9}, Mode::None(), {}),
+      Policer(0, Stage{9}, Mode::SrTcm(1, 2, 3), {}),
+      Policer(0, Stage{9}, Mode::TrTcm(1, 2, 3, 4), {}),
+      Policer(0, Stage{9}, Mode::TrTcmDs(1, 2, 3, 4), {}),
+      Policer(0, Stage{9}, Mode::Flow(1, 2), {}),
+      Policer(0, Stage{9}, Mode::Flow(1, 2), {Action::SetPcp(Color::Green, 255)}),
+      Policer(0, Stage{9}, Mode::Flow(1, 2), {Action(odd, Color{9}, 255), Action::Drop(Color{0})}),
+  };
+  for (const Policer& one : policers) {
+    for (const Policer& other : policers) {
+      const Policer read(other.Serialize());
+      EXPECT_EQ(one == read, &one == &other);
+      EXPECT_EQ(one != read, &one != &other);
+    }
+  }
+  const std::string whole = policers[7].Serialize();
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_EQ(Policer(whole.substr(0, size)), Policer()) << size;
+  }
+}
+
+}  // namespace
