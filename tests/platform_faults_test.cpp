@@ -9,7 +9,6 @@
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
-#include <string>
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_matches.h>
