@@ -74,15 +74,12 @@ void erase(Entry& e, Entry&, ByteReader& in) {
   const std::uint32_t code = in.mostlyBelow(catalogue::kMatchCodes.size() + 1);
   const auto match = filtersMatch_t(code);
   const auto action = filtersAction_t(code);
-  const bool byClass = in.flag();
-  if (in.flag()) {
-    FUZZ_CHECK((byClass ? e.real.deleteMatch(match) : filtersEntryDeleteMatch(&e.real, match)) ==
-               fuzz::erase(e.model.matches, code));
-  } else {
-    FUZZ_CHECK(
-        (byClass ? e.real.deleteAction(action) : filtersEntryDeleteAction(&e.real, action)) ==
-        fuzz::erase(e.model.actions, code));
-  }
+  const bool ofMatch = in.flag(), inC = in.flag();
+  const filtersErr_t result =
+      ofMatch ? inC ? filtersEntryDeleteMatch(&e.real, match) : e.real.deleteMatch(match)
+      : inC ? filtersEntryDeleteAction(&e.real, action)
+              : e.real.deleteAction(action);
+  FUZZ_CHECK(result == fuzz::erase(ofMatch ? e.model.matches : e.model.actions, code));
 }
 
 // Several at once, under keys that need not be their codes, with gaps and unknown codes.

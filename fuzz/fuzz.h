@@ -15,17 +15,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 #define FUZZ_CHECK(condition) \
   ((condition) ? void() : fuzz::fail(__FILE__, __LINE__, "does not hold: " #condition))
 // Of a text that says what is wrong, and is empty when nothing is.
-#define FUZZ_NO_FAULT(fault) fuzz::failUnlessEmpty(__FILE__, __LINE__, fault)
+#define FUZZ_NO_FAULT(fault) \
+  if (const std::string text = (fault); !text.empty()) fuzz::fail(__FILE__, __LINE__, text)
 
 namespace fuzz {
 
 [[noreturn]] inline void fail(const char* file, int line, const std::string& what) {
   std::fprintf(stderr, "%s:%d: %s\n", file, line, what.c_str());
   std::abort();
-}
-
-inline void failUnlessEmpty(const char* file, int line, const std::string& fault) {
-  if (!fault.empty()) fail(file, line, fault);
 }
 
 // Takes an input apart; behind its end everything reads as zero.

@@ -11,18 +11,12 @@ namespace {
 
 using namespace catalogue;
 
-class Folder {
- public:
-  explicit Folder(const std::filesystem::path& path) : path_(path) {
-    std::filesystem::remove_all(path);  // what an earlier run may have left
-    std::filesystem::create_directories(path);
-  }
+struct Folder {
+  std::filesystem::path path;
+  int count = 0;
   void add(const std::string& bytes) {
-    std::ofstream(path_ / std::to_string(count_++), std::ios::binary) << bytes;
+    std::ofstream(path / std::to_string(count++), std::ios::binary) << bytes;
   }
- private:
-  std::filesystem::path path_;
-  int count_ = 0;
 };
 
 // An entry of each sample.
@@ -52,7 +46,9 @@ void addNoise(Folder* folder) {
 
 int main(int, char** argv) {
   const std::filesystem::path path = argv[1];
-  Folder bytes(path / "bytes"), calls(path / "calls");
+  std::filesystem::remove_all(path);  // what an earlier run may have left
+  Folder bytes{path / "bytes"}, calls{path / "calls"};
+  for (const Folder& folder : {bytes, calls}) std::filesystem::create_directories(folder.path);
   addEntries(EveryClass(), &bytes);
   for (const std::string& group : oddGroups()) bytes.add(group);
   addNoise(&calls);

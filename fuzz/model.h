@@ -137,23 +137,22 @@ struct GroupModel {
     return FILTERS_OK;
   }
 
-  filtersErr_t setStage(std::uint32_t newStage) {
-    if (const auto refusal = check(newStage, type)) return refusal;
+  // Of the stage or of the type, when the two may stand together and each entry passes the check.
+  filtersErr_t change(std::uint32_t GroupModel::*which, std::uint32_t value,
+                      filtersErr_t (*checkEntry)(const EntryModel&, std::uint32_t)) {
+    GroupModel changed = *this;
+    changed.*which = value;
+    if (const auto refusal = check(changed.stage, changed.type)) return refusal;
     for (const auto& [entryId, entry] : entries) {
-      if (const auto refusal = checkStage(entry, newStage)) return refusal;
+      if (const auto refusal = checkEntry(entry, value)) return refusal;
     }
-    stage = newStage;
+    this->*which = value;
     return FILTERS_OK;
   }
-
-  filtersErr_t setType(std::uint32_t newType) {
-    if (const auto refusal = check(stage, newType)) return refusal;
-    for (const auto& [entryId, entry] : entries) {
-      if (const auto refusal = checkType(entry, newType)) return refusal;
-    }
-    type = newType;
-    return FILTERS_OK;
+  filtersErr_t setStage(std::uint32_t value) {
+    return change(&GroupModel::stage, value, checkStage);
   }
+  filtersErr_t setType(std::uint32_t value) { return change(&GroupModel::type, value, checkType); }
 
   FiltersGroupPB message() const {
     FiltersGroupPB message;

@@ -1,4 +1,4 @@
-// Runs a harness over files and folders of inputs, without libFuzzer: replay INPUT...
+// Runs a harness over a folder of inputs and single ones, without libFuzzer: replay FOLDER FILE...
 
 #include <filesystem>
 #include <fstream>
@@ -11,14 +11,8 @@
 namespace fs = std::filesystem;
 
 int main(int argc, char** argv) {
-  std::set<fs::path> files;
-  for (const fs::path& path : std::vector<fs::path>(argv + 1, argv + argc)) {
-    if (fs::is_directory(path)) {
-      for (const auto& file : fs::directory_iterator(path)) files.insert(file.path());
-    } else {
-      files.insert(path);
-    }
-  }
+  std::set<fs::path> files(argv + 2, argv + argc);
+  for (const auto& file : fs::directory_iterator(argv[1])) files.insert(file.path());
   for (const fs::path& file : files) {
     // Named before it runs: the last name is that of the input that failed.
     std::printf("%s\n", file.c_str());

@@ -10,7 +10,6 @@
 #include <filter_common/filter_serialized.h>
 
 #include <functional>
-#include <stdexcept>
 
 #include "entry_samples.h"
 
@@ -218,7 +217,10 @@ TEST(FailingMemory, LeavesNothingBehind) {
             {"unknown fields in a group", [&](E&) { G rebuilt(unknownInside); }, HasUnknownFields},
             {"repeated ids", [&](E&) { G rebuilt(twice); }},
             {"refused", refuse},
-            {"ports", [](E&) { deleteMatch(newMatchIngressPorts(&kEth3, 1)); }}});
+            {"ports", [](E&) { deleteMatch(newMatchIngressPorts(&kEth3, 1)); }},
+            {"action", [](E&) { deleteAction(newActionDeny()); }},
+            {"entry", [](E&) { deleteFiltersEntry(newFiltersEntry(1)); }},
+            {"group", [](E&) { deleteFiltersGroup(newFiltersGroup(1)); }}});
 }
 
 // A message can repeat the few values there are for as long as it likes.

@@ -1,5 +1,3 @@
-#include <iomanip>
-
 #include "entry_samples.h"
 
 namespace {

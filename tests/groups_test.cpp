@@ -1,4 +1,5 @@
 #include <climits>
+
 #include "entry_samples.h"
 
 namespace {
@@ -20,6 +21,20 @@ FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0)
 
 // fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
 
+TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
+  const FiltersEntry acting = entryOf({}, {10}, policer::Stage::Ingress);
+  const FiltersEntry all = entryOf({14}, {10}, policer::Stage::Ingress);
+  EXPECT_EQ(groupOf(4, 12).insertEntry(all), FILTERS_ERR_INVALID);
+  EXPECT_EQ(groupOf(4, 0).insertEntry(all), FILTERS_ERR_MATCH_NOT_ALLOWED);
+  EXPECT_EQ(groupOf(4, 0).insertEntry(acting), FILTERS_ERR_INVALID_STAGE);
+  EXPECT_EQ(groupOf(0, 0).insertEntry(acting), FILTERS_ERR_ACTION_NOT_ALLOWED);
+  FiltersGroup group = groupOf(2, 0);
+  EXPECT_EQ(group.insertEntry(acting), FILTERS_OK);
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
+  EXPECT_EQ(group.insertEntry(entryOf({}, {}, policer::Stage::Ingress, 1)), FILTERS_OK);
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // of the first
+}
+
 TEST(Groups, CopyIndependently) {
   FiltersGroup group = groupOf(2, 4);  // a pair that no setter lets in: copies are not checked
   EXPECT_EQ(group.insertEntry(entryOf({0})), FILTERS_OK);
@@ -32,17 +47,14 @@ TEST(Groups, CopyIndependently) {
 }
 
 TEST(Groups, PrintTheirFieldsThenTheirEntries) {
-  FiltersGroup group = groupOf(-1, -2147483647 - 1);
-  EXPECT_EQ(printed(group),
+  EXPECT_EQ(printed(groupOf(-1, INT_MIN)),
             "=FiltersGroup=\n  ID: 0\n  Priority: 0\n  Stage: -1\n  Type: -2147483648\n");
-  group = FiltersGroup(65535);
+  FiltersGroup group(65535);
   group.setPriority(10);
   EXPECT_EQ(group.insertEntry(entryWith(30, 40)), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(entryWith(20)), FILTERS_OK);
-  EXPECT_EQ(printed(group),
-            "=FiltersGroup=\n  ID: 65535\n  Priority: 10\n  Stage: 0\n  Type: 0\n"
-            "  =FiltersEntry=\n    ID: 20\n    Priority: 0\n"
-            "  =FiltersEntry=\n    ID: 30\n    Priority: 40\n");
+  EXPECT_EQ(printed(group), "=FiltersGroup=\n  ID: 65535\n  Priority: 10\n  Stage: 0\n  Type: 0\n" +
+                                printed(entryWith(20)) + printed(entryWith(30, 40)));
 }
 
 // --- Messages: what a group makes of one; wire_golden_test has what it writes --------------------
@@ -149,7 +161,7 @@ TEST(GroupValidation, AdmitsPolicersByStage) {
 
 TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
   const FiltersEntry bare;
-  for (int unknown : {-1, 1 << 31, 12, 32, 63, 64, 65, 68, 128, 256, 65536}) {
+  for (int unknown : {-1, INT_MIN, INT_MAX, 12, 32, 63, 64, 65, 68, 128, 256, 65536}) {
     EXPECT_EQ(kAnyGroup.groupMatchValidation(bare, Type(unknown)), FILTERS_ERR_INVALID);
     EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(groupOf(unknown, 0).setType(Type(unknown)), FILTERS_ERR_INVALID_STAGE);

@@ -7,8 +7,6 @@
 
 #include <filter_common/filter_serialized.h>
 
-#include <stdexcept>
-
 #include "entry_samples.h"
 
 namespace catalogue {

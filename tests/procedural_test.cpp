@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <stdexcept>
 
 #include "entry_samples.h"
 

@@ -16,10 +16,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>
+#include <iomanip>
 #include <list>
 #include <memory>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>

@@ -6,7 +6,7 @@
 PEER is the program built of peer.cpp, GENERATED the folder with the Python classes of the schemas.
 Python reads every sample of the match and action classes and every golden entry and group, builds
 each message anew out of the fields that it finds, and must write the same bytes, which the library
-is known to read. The last group is looked at field by field.
+is known to read. Every field must come.
 """
 
 import subprocess
@@ -57,9 +57,4 @@ for name in CLASSES:
     fields = {field.full_name for field in CLASSES[name].DESCRIPTOR.fields}
     assert fields <= seen, f"no sample has {fields - seen}"
 
-first, second = message.entries_
-assert (message.id_, message.priority_, message.stage_, message.type_) == (65535, 300, 2, 11)
-assert (first.id_, first.matches_[0].l4port_param1_, first.actions_[0].type_) == (7, 100, 1)
-assert (second.id_, second.counters_[0].id, second.counters_[0].type) == (128, 1, 2)
-assert second.HasField("policer_parent_") and not first.HasField("policer_parent_")
 print(f"{len(lines)} messages, {len(seen)} fields")
