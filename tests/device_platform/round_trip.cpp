@@ -25,7 +25,8 @@ int main() {
   const limid_t port = limid_make(limid_type_ethernet, 0, 3),
                 lag = limid_make(limid_type_lag, 0, 1);
   const limid_t vpls = limid_make(limid_type_bridgedomain, limid_bridgedomain_type_vpls, 9);
-  const policer::Policer policer(5, policer::Stage::Ingress, policer::Mode::TrTcmDs(1000, 1500, 2000, 3000), {});
+  const policer::Policer policer(5, policer::Stage::Ingress,
+                                 policer::Mode::TrTcmDs(1000, 1500, 2000, 3000), {});
   FiltersEntry entry(1);
   entry.setPolicer(policer);
   entry.setPolicerParent(policer::Policer());
