@@ -101,7 +101,7 @@ void expectRead(T object, const std::string& in, const std::string& out) {
 TEST(ClassWire, CutsNumbersToTheirWidthAndDoesNotReadTheCode) {
   expectRead(MatchExternalVlanId(1), "1864 180a 1864 18e58004", "0802 180a 1864 1865");
   expectRead(MatchTPID(1), "20808206", "0803 20808202");
-  expectRead(MatchSrcL4Port(1, 1), "30d08004 900180fe07", "0806 3050 900180fe03");
+  expectRead(MatchSrcL4Port(1, 1), "30d08804 900180fe07", "0806 30d008 900180fe03");
   expectRead(MatchPcp(1), "48ff01 488302 4803", "080c 4803 48ff01");
   expectRead(MatchInternalPcp(1), "48ff01 488302 4803", "080d 4803 48ff01");
   expectRead(MatchIpProtocol(1), "708602", "0811 7006");
