@@ -13,7 +13,6 @@
 #include <ostream>
 #include <random>
 #include <streambuf>
-#include <utility>
 #include <vector>
 
 #include "workload.h"

@@ -2,7 +2,7 @@
 
 #include <filter_common/filter_actions.pb.h>
 
-#include <cstring>
+#include <cstdint>
 #include <stdexcept>
 
 #include "action_visit.h"

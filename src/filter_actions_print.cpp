@@ -1,5 +1,6 @@
 #include <filter_common/filter_actions.h>
 
+#include <cstdint>
 #include <ostream>
 
 #include "action_visit.h"

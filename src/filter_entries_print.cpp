@@ -1,5 +1,6 @@
 #include <filter_common/filter_entries.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <ostream>
 

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <ostream>
+#include <utility>
 
 #include "parse.h"
 #include "wire.h"

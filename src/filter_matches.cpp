@@ -3,6 +3,8 @@
 #include <filter_common/filter_matches.pb.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <utility>

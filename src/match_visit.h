@@ -26,6 +26,7 @@ struct MatchTag {
   inline std::unique_ptr<T> MatchTag<T>::makeBlank() { \
     return std::make_unique<T> blank;                  \
   }
+#define FILTERS_MATCH_TWIN(code, T, blank) static_assert(sizeof(MatchTag<T>) != 0);
 #include <filter_common/filter_matches.def>
 
 // The only switch over match codes: returns f(MatchTag<T>()) for the class T of the code, and

@@ -106,11 +106,6 @@ void passThroughBytes(const T& object) {
 
 // --- Classes -------------------------------------------------------------------------------------
 
-void write(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
-void write(const Action& action, ActionPB* message) { action.convertToActionPB(message); }
-void read(Match& match, const MatchPB& message) { match.convertFromMatchPB(&message); }
-void read(Action& action, const ActionPB& message) { action.convertFromActionPB(&message); }
-
 template <class T>
 struct Scene {
   E entry;
@@ -127,7 +122,7 @@ TYPED_TEST_SUITE(FailingMemoryOf, EveryClass);
 
 TYPED_TEST(FailingMemoryOf, AClassLeavesItsObjectsAndTheirEntryAsTheyWere) {
   using S = Scene<TypeParam>;
-  using Message = std::conditional_t<isMatch<TypeParam>, MatchPB, ActionPB>;
+  using Message = MessageOf<TypeParam>;
   const TypeParam& other = samples<TypeParam>().back();
   for (const TypeParam& sample : samples<TypeParam>()) {
     S scene{E(1), other};

@@ -17,12 +17,12 @@ constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
 
 template <class T>
 class EachClass : public ::testing::Test {};
-TYPED_TEST_SUITE(EachClass, EveryClass, );
+TYPED_TEST_SUITE(EachClass, EveryClass);
 
 // By its own comparison and by the generic one.
 TYPED_TEST(EachClass, EqualsItsCopiesAlone) {
   for (const TypeParam& object : samples<TypeParam>()) {
-    EXPECT_EQ(object.getType(), codeOf<TypeParam>());
+    EXPECT_EQ(object.getType(), rowOf<TypeParam>().code);
     const TypeParam copy(object);
     for (const TypeParam& other : samples<TypeParam>()) {
       const bool same = &other == &object;
@@ -193,12 +193,6 @@ TYPED_TEST(EachClass, PrintsItsBlockByItsOwnPrinterAndByItsCode) {
   EXPECT_EQ(printed(generic(row.objects[0])), isDSCP ? block<MatchToS>({"ToS: 184"}) : text);
 }
 
-TEST(ClassPrint, IsFixedToTheCharacter) {
-  EXPECT_EQ(printed(MatchAll()) + printed(ActionDeny()),
-            "    =MatchAll=\n      Match Type ID: 0\n      <no parameters>\n"
-            "    =ActionDeny=\n      Action Type ID: 1\n      <no parameters>\n");
-}
-
 TEST(ClassPrint, LeavesEmptyListsEmptyAndNamesOnlyKnownEnumerators) {
   expectLines(MatchEgressPorts(Ports()), {"Number of ports: 0", "LIMIDs: "});
   expectLines(MatchPcp(Pcps()), {"PCPs: [ ]"});
@@ -239,8 +233,7 @@ TEST(Classes, ReturnWhatTheyWereGiven) {
   EXPECT_TRUE(MatchInternalPcp(7).getPcps() == Pcps{7});
   EXPECT_TRUE(ActionBlockEgressPorts(Ports{5, 3}).getPorts() == Ports({5, 3}));
   EXPECT_TRUE(redirectTo({5, 3, 5}).getRedirectPorts() == Ports({5, 3, 5}));
-  EXPECT_EQ(MatchSrcL4Port(513, 2).getPort(), 513);
-  EXPECT_EQ(MatchSrcL4Port(1, 514).getMask(), 514);
+  EXPECT_TRUE(MatchSrcL4Port(513, 2).getPort() == 513 && MatchSrcL4Port(1, 514).getMask() == 514);
   const MatchDstL4PortRange range(4, 3);
   EXPECT_TRUE(range.getMinPort() == 4 && range.getMaxPort() == 3);
 }

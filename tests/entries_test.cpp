@@ -1,4 +1,3 @@
-
 #include <gmock/gmock.h>
 
 #include <typeinfo>
@@ -101,15 +100,6 @@ TEST(CopyMap, HandsTheObjectsThemselvesOver) {
 
 // --- Scalars, policers, counters -----------------------------------------------------------------
 
-TEST(Entries, ShareTheParentWithTheirCopiesUntilItIsSetAnew) {
-  FiltersEntry entry = fullEntry();
-  const FiltersEntry copy(entry);
-  EXPECT_EQ(copy.getPolicerParent(), entry.getPolicerParent());
-  EXPECT_EQ(entry.setPolicerParent(*entry.getPolicerParent()), FILTERS_OK);
-  EXPECT_NE(copy.getPolicerParent(), entry.getPolicerParent());
-  EXPECT_TRUE(entry == copy);  // two parents, compared by value
-}
-
 TEST(Entries, DifferByTheirScalarsAndPolicers) {
   void (*const changes[])(FiltersEntry&) = {
       [](FiltersEntry& entry) { entry.setId(8); },
@@ -155,7 +145,7 @@ TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
   EXPECT_EQ(entry.getCounter(65535), &entry.getCounters().at(65535));
 }
 
-// --- Messages: what an entry makes of one; wire_golden_test has what it writes -------------------
+// --- Messages: what an entry makes of one; bytes_test has what it writes -------------------------
 
 // A message with an element of each code, in the order given.
 FiltersEntryPB messageWith(const Codes& matches, const Codes& actions) {
@@ -182,16 +172,6 @@ TEST(EntryMessage, LosesElementsOfUnknownCodesAndMatchesThatAnEarlierOneExcludes
   }
   const Codes actions = {kActionCodes.back() + 1, 1, kMax, 16};
   EXPECT_EQ(heldActions(fromMessage(messageWith({}, actions))), (Codes{1, 16}));
-}
-
-TEST(EntryMessage, KeepsTheLastOfRepeatedMatchesAndActions) {
-  FiltersEntryPB message = messageWith({26, 26}, {5, 5});
-  message.mutable_matches_(1)->set_ttl_(2);
-  message.mutable_actions_(1)->set_pcp_(3);
-  const FiltersEntryPB held = messageOf(fromMessage(message));
-  EXPECT_EQ(codesIn(held.matches_()), Codes{26});
-  EXPECT_EQ(held.matches_(0).ttl_(), 2u);
-  EXPECT_EQ(held.actions_(0).pcp_(), 3u);
 }
 
 // Deliberate: what another process counts is not for this one to refuse.

@@ -12,6 +12,7 @@ mv "$prefix-first" "$prefix"
 (cd "$prefix" && ls share/doc/filter_common/{README.md,docs/design.md} \
   share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto \
   include/filter_common/filter_{types,serialized,matches,actions,counter,entries,groups}.h \
+  include/filter_common/filter_{matches,actions}.def \
   include/filter_common/filter_{matches,actions,entries,groups}_c.h \
   include/filter_common/filter_{matches,actions,counter,entries,groups}.pb.h)
 

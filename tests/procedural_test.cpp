@@ -46,7 +46,7 @@ TEST(Procedural, RefusesCodesThatNoClassCarries) {
   const auto refuses = [&](auto&& object) {
     return get(entry, object) == FILTERS_ERR_INVALID && set(entry, object) == FILTERS_ERR_INVALID;
   };
-  for (const std::uint32_t beyond : {0u, 1u, 0x80000000u, kMax - 35}) {
+  for (const auto beyond : {0u, 1u, 0x80000000u, kMax - unsigned(kMatchCodes.size())}) {
     EXPECT_TRUE(refuses(Match(filtersMatch_t(kMatchCodes.size() + beyond)))) << beyond;
     EXPECT_TRUE(refuses(Action(filtersAction_t(kActionCodes.size() + beyond)))) << beyond;
   }

@@ -35,6 +35,7 @@ inline const CodeSet kMatchesOfClassesAlone = {29, 31};
 // What each type or stage admits.
 using Table = std::vector<CodeSet>;
 inline const Table kMatchesOfType = {
+    // a row a type
     {},
     {0, 1, 2, 3, 4, 7, 8, 18, 19, 23, 28, 30},
     {0, 1, 2, 3, 7, 9, 11, 21},
@@ -49,6 +50,7 @@ inline const Table kMatchesOfType = {
     {0, 3, 4, 17, 24, 33, 34},
 };
 inline const Table kActionsOfStage = {
+    // None, Lookup, Ingress, Egress
     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17, 18, 19},
     {0, 1, 6, 7, 17, 18},
     {0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15, 16, 19},
@@ -60,6 +62,8 @@ inline const Table kTypesOfStage = {
     {0, 1, 2, 3, 7, 8, 9, 10, 11},
     {0, 5},
 };
+inline const auto kUnknownType = static_cast<int>(kMatchesOfType.size()),
+                  kUnknownStage = static_cast<int>(kTypesOfStage.size());
 inline const Table kPolicersOfStage = {{2}, {2}, {0, 2}, {1, 2}};  // 0 Ingress, 1 Egress, 2 None
 
 inline bool admits(const Table& table, std::uint32_t row, unsigned code) {

@@ -87,28 +87,28 @@ inline std::uint32_t interfaceIndex(limid_t limid) {
   return index;
 }
 
+// One name for what matches and actions do.
+template <class T>
+using MessageOf = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
+inline void write(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
+inline void write(const Action& action, ActionPB* message) { action.convertToActionPB(message); }
+inline void read(Match& match, const MatchPB& message) { match.convertFromMatchPB(&message); }
+inline void read(Action& action, const ActionPB& message) { action.convertFromActionPB(&message); }
+
 // What an object writes into a fresh message.
-inline std::string wireOf(const Match& match) {
-  MatchPB message;
-  match.convertToMatchPB(&message);
-  return toHex(message.SerializePartialAsString());
-}
-inline std::string wireOf(const Action& action) {
-  ActionPB message;
-  action.convertToActionPB(&message);
+template <class T>
+std::string wireOf(const T& object) {
+  MessageOf<T> message;
+  write(object, &message);
   return toHex(message.SerializePartialAsString());
 }
 
 // Has an object read a message given in hexadecimal.
-inline void readInto(Match* match, const std::string& hex) {
-  MatchPB message;
+template <class T>
+void readInto(T* object, const std::string& hex) {
+  MessageOf<T> message;
   ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
-  match->convertFromMatchPB(&message);
-}
-inline void readInto(Action* action, const std::string& hex) {
-  ActionPB message;
-  ASSERT_TRUE(message.ParsePartialFromString(fromHex(hex)));
-  action->convertFromActionPB(&message);
+  read(*object, message);
 }
 
 // --- Values --------------------------------------------------------------------------------------
@@ -311,12 +311,6 @@ template <class T>
 const Row<T>& rowOf() {
   static const Row<T> row = makeRow<T>();
   return row;
-}
-
-// The code that a class must carry.
-template <class T>
-unsigned codeOf() {
-  return rowOf<T>().code;
 }
 
 // Objects that differ from each other. The first has values that no default has; the last has

@@ -1,6 +1,7 @@
 #ifndef FILTER_COMMON_FILTER_ENTRIES_H_
 #define FILTER_COMMON_FILTER_ENTRIES_H_
 
+#include <cstddef>
 #include <iosfwd>
 #include <map>
 #include <memory>

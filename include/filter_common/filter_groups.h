@@ -1,6 +1,8 @@
 #ifndef FILTER_COMMON_FILTER_GROUPS_H_
 #define FILTER_COMMON_FILTER_GROUPS_H_
 
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <map>
 #include <set>

@@ -32,7 +32,7 @@ EXTRA_OECMAKE = "-DBUILD_TESTING=${@'ON' if d.getVar('TESTED') else 'OFF'} -DCMA
 do_install_ptest() {
     [ -n "${TESTED}" ] || return 0
     for program in ${B}/tests/*_test; do
-        [ "$(basename "$program")" = wire_golden_test ] || install -m 0755 "$program" ${D}${PTEST_PATH}
+        [ "$(basename "$program")" = bytes_test ] || install -m 0755 "$program" ${D}${PTEST_PATH}
     done
 }
 

@@ -18,6 +18,7 @@ sys.path.insert(0, GENERATED)
 from google.protobuf.internal import api_implementation
 
 import filter_actions_pb2
+import filter_counter_pb2
 import filter_entries_pb2
 import filter_groups_pb2
 import filter_matches_pb2
@@ -25,6 +26,7 @@ import filter_matches_pb2
 CLASSES = {
     "MatchPB": filter_matches_pb2.MatchPB,
     "ActionPB": filter_actions_pb2.ActionPB,
+    "CounterPB": filter_counter_pb2.CounterPB,
     "FiltersEntryPB": filter_entries_pb2.FiltersEntryPB,
     "FiltersGroupPB": filter_groups_pb2.FiltersGroupPB,
 }

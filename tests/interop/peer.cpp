@@ -1,6 +1,7 @@
 // The C++ side of interop_test.py: writes a line for each sample and each file of golden/, with the
 // name of the message and its bytes in hexadecimal.
 
+#include <filesystem>
 #include <iostream>
 
 #include "../golden.h"
@@ -25,12 +26,9 @@ void writeSamples(::testing::Types<T...>) {
 
 int main() {
   writeSamples(EveryClass());
-  for (const char* name : {"entry.hex", "entry_ipv6.hex"}) {
-    write("FiltersEntryPB", toHex(golden(name)));
-  }
-  for (const char* name :
-       {"group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group_mpls.hex", "group.hex"}) {
-    write("FiltersGroupPB", toHex(golden(name)));
+  for (const auto& file : std::filesystem::directory_iterator(FILTERS_GOLDEN_DIR)) {
+    const std::string name = file.path().filename();
+    write(name[0] == 'e' ? "FiltersEntryPB" : "FiltersGroupPB", toHex(golden(name)));
   }
   return ::testing::Test::HasFailure() ? 1 : 0;
 }
