@@ -100,9 +100,8 @@ TEST(CopyMap, HandsTheObjectsThemselvesOver) {
 
 // --- Scalars, policers, counters -----------------------------------------------------------------
 
-TEST(Entries, DifferByTheirScalarsAndPolicers) {
+TEST(Entries, DifferByTheirPriorityAndPolicers) {
   void (*const changes[])(FiltersEntry&) = {
-      [](FiltersEntry& entry) { entry.setId(8); },
       [](FiltersEntry& entry) { entry.setPriority(301); },
       [](FiltersEntry& entry) { entry.setPolicer(policerAt(policer::Stage::Ingress, 301)); },
       [](FiltersEntry& entry) { entry.setPolicerParent(policerAt(policer::Stage::Egress)); },

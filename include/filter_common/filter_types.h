@@ -80,8 +80,8 @@ FILTERS_ENUM(filtersGroupStage_t, int32_t){
 } filtersGroupStage_t;
 
 // What kind of table a group is: each type admits one fixed set of matches, readable as
-// FiltersGroup::TypeDescription_. Besides what stands here, 1 to 11 admit MatchAll, and all of
-// those but 8 and 11 the ingress ports. None admits an IPv6 source.
+// FiltersGroup::TypeDescription_. Besides what stands here, all but NONE admit MatchAll, and
+// all of these but 8 and 11 the ingress ports. None admits an IPv6 source.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
     FILTERS_GROUP_TYPE_NONE = 0,  // no matches at all
     // Both MACs, external VLAN id, TPID, layer-2 source entry, packet resolution, MPLS termination,
