@@ -91,7 +91,7 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   const FiltersGroup group = fromMessage(message);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{5, 0}, {7, 2}}));
   EXPECT_EQ(group.getEntriesRef().at(7).getPolicerParent(), nullptr);
-  message.set_type_(kUnknownType);
+  message.set_type_(unsigned(kUnknownType));
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 

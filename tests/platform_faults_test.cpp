@@ -36,7 +36,7 @@ using namespace FiltersCommon;
 const ActionMplsPortSet kMpls(limid_make_mpls_vpws(1), limid_make_lag(1));
 
 TEST(PlatformFaults, PrintsAnEmptyNameWhereThereIsNoneAndEndsOneWithoutEnd) {
-  for (const unsigned length : {0, 1}) {
+  for (const unsigned length : {0u, 1u}) {
     namesHaveNoEnd = length != 0;
     std::ostringstream os;
     os << MatchSrcPort(limid_make_ethernet(3)) << ActionRedirect(limid_make_lag(1)) << kMpls;
