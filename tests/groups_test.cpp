@@ -90,7 +90,7 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   addEntry(&message, 7, 3)->add_actions_()->set_type_(16);
   const FiltersGroup group = fromMessage(message);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{5, 0}, {7, 2}}));
-  EXPECT_EQ(group.getEntriesRef().at(7).getPolicerParent(), nullptr);
+  EXPECT_EQ(group.getEntries().at(7).getPolicerParent(), nullptr);
   message.set_type_(unsigned(kUnknownType));
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
