@@ -24,7 +24,6 @@ class OwnBuffer : public FiltersSerialized {
   std::size_t size() const override { return size_; }
   void setData(const std::string& bytes) override { set = bytes; }
   std::string set;
- private:
   std::size_t size_;
 };
 
@@ -40,7 +39,9 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
   TypeParam expected(0);
   expected.setPriority(42);
   testing::internal::CaptureStderr();
-  for (const std::string& rest : {""s, "ffffff"s, "02"s, "7a05"s, "18"s, std::string(3000, '0')}) {
+  // Early runtimes store something for a number that is cut off.
+  const std::string cut = GOOGLE_PROTOBUF_VERSION < 3021000 ? "" : "18";
+  for (const std::string& rest : {""s, "ffffff"s, "02"s, "7a05"s, cut, std::string(3000, '0')}) {
     const std::string bytes = fromHex("102a") + fromHex(rest);
     FiltersSerialized buffer(bytes);
     EXPECT_TRUE(TypeParam(bytes) == expected && TypeParam(buffer) == expected) << rest;
