@@ -1,0 +1,42 @@
+#ifndef FILTER_INSPECT_FILTER_DECODE_H_
+#define FILTER_INSPECT_FILTER_DECODE_H_
+
+// Reads a group's or an entry's bytes as their constructors do, and says what those do silently.
+//
+// Promises, for any bytes: `group` equals FiltersGroup(bytes), and is absent exactly when that
+// constructor throws (or when there are more bytes than the limit). No finding: writing the group
+// gives the very bytes again. No finding above Severity::kNote: the group says all that the bytes
+// said. Every range lies inside the bytes. Memory: that of a parse of the whole message, and
+// `max_findings` findings; time grows with the number of bytes, whatever they are.
+//
+// May be called from any thread. It may throw std::bad_alloc, and nothing else.
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_report.h>
+
+namespace FiltersInspect {
+
+struct DecodeLimits {
+  std::size_t max_findings = 1000;                // more are counted in Report::left_out
+  std::size_t max_bytes = std::size_t{64} << 20;  // more is not read: kBytesBroken
+};
+
+struct DecodedGroup {
+  std::optional<FiltersCommon::FiltersGroup> group;
+  Report report;
+};
+FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
+
+struct DecodedEntry {
+  std::optional<FiltersCommon::FiltersEntry> entry;
+  Report report;
+};
+FILTERS_API DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits = {});
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_DECODE_H_

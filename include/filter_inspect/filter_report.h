@@ -1,0 +1,93 @@
+#ifndef FILTER_INSPECT_FILTER_REPORT_H_
+#define FILTER_INSPECT_FILTER_REPORT_H_
+
+// What this library answers with: a report is a list of findings, in the order in which the
+// filter_common library itself would have met them. An empty report means: nothing to say.
+//
+// Codes, severities and the typed fields are stable; `message` is for people and may be reworded.
+// The layout of these structures may change with every minor release: programs are built anew then.
+// Who cannot promise that uses filter_inspect_c.h, which is stable.
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_common/filter_types.h>
+
+namespace FiltersInspect {
+
+// The levels of compilers and of SARIF. Error: refused, or unreadable. Warning: something is lost
+// or never takes effect. Note: worth knowing, nothing is lost.
+enum class Severity : std::uint8_t { kNote, kWarning, kError };
+
+// Why: the rows of findings.def. docs/findings.md has a section each.
+enum class Code : std::uint16_t {
+#define FINDING(code, name, severity) code,
+#include <filter_inspect/findings.def>
+};
+
+// What a finding is about.
+enum class Subject : std::uint8_t { kGroup, kEntry, kMatch, kAction, kPolicer, kParent, kCounter };
+
+// "match-not-admitted"; "warning"; "entry". Each is followed by a zero.
+FILTERS_API std::string_view nameOf(Code);
+FILTERS_API std::string_view nameOf(Severity);
+FILTERS_API std::string_view nameOf(Subject);
+
+FILTERS_API Severity severityOf(Code);
+
+// A part of the bytes that were read, counted from the first byte of the group (of the entry, where
+// an entry alone was read).
+struct ByteRange {
+  std::size_t offset = 0;
+  std::size_t length = 0;
+};
+
+struct Finding {
+  Code code;
+  Severity severity;
+  // What the library returns for this; FILTERS_OK where it returns nothing (silent loss, analysis).
+  FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
+  Subject subject = Subject::kGroup;
+  std::optional<FiltersCommon::filtersGroupId_t> group;
+  std::optional<FiltersCommon::filtersEntryId_t> entry;
+  // Code of the match or action, id of the counter; of a refusal what is refused: the stage, the
+  // type, the policer's stage.
+  std::uint32_t offender = 0;
+  std::vector<std::uint32_t>
+      admitted;                       // the codes that would have been admitted instead, ascending
+  std::vector<std::uint32_t> others;  // ids of other entries, or codes of other matches, involved
+  std::string path;                   // "entries_[3].matches_[1].vlan_id_[2]", of bytes alone
+  std::optional<ByteRange> bytes;
+  std::string before, after;  // values as text: what came, what is kept
+  std::string witness;        // a packet that shows it
+  std::string message;        // one English sentence without its full stop
+};
+
+struct Report {
+  std::vector<Finding> findings;
+  std::size_t left_out = 0;  // findings beyond the caller's limit: counted, not kept
+
+  bool empty() const { return findings.empty() && left_out == 0; }
+  // The highest severity of those kept; kNote when empty.
+  FILTERS_API Severity worst() const;
+};
+
+// One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Of a report also
+// how many were left out.
+FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
+FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
+
+// As JSON by docs/schema/filter-report-1.schema.json, the same bytes on every machine, with a
+// newline at the end. `command` is what the report answers ("check", "diff", ...), `file` what the
+// one input is called.
+FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
+                               std::string_view file = "");
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_REPORT_H_
