@@ -47,10 +47,14 @@ void addNoise(Folder* folder) {
 int main(int, char** argv) {
   const std::filesystem::path path = argv[1];
   std::filesystem::remove_all(path);  // what an earlier run may have left
-  Folder bytes{path / "bytes"}, calls{path / "calls"};
-  for (const Folder& folder : {bytes, calls}) std::filesystem::create_directories(folder.path);
-  addEntries(EveryClass(), &bytes);
-  for (const std::string& group : oddGroups()) bytes.add(group);
+  Folder bytes{path / "bytes"}, calls{path / "calls"}, strictDecode{path / "strict_decode"};
+  for (const Folder& folder : {bytes, calls, strictDecode}) {
+    std::filesystem::create_directories(folder.path);
+  }
+  for (Folder* folder : {&bytes, &strictDecode}) {
+    addEntries(EveryClass(), folder);
+    for (const std::string& group : oddGroups()) folder->add(group);
+  }
   addNoise(&calls);
   return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
 }

@@ -1,0 +1,11 @@
+// Strict decoding keeps its promises for any bytes, as an entry and as a group.
+
+#include "../tests/inspect/decoding.h"
+#include "fuzz.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  FUZZ_NO_FAULT(catalogue::faultInDecoding<FiltersCommon::FiltersEntry>(bytes));
+  FUZZ_NO_FAULT(catalogue::faultInDecoding<FiltersCommon::FiltersGroup>(bytes));
+  return 0;
+}

@@ -1,0 +1,112 @@
+#ifndef FILTER_INSPECT_SRC_LOSSES_H_
+#define FILTER_INSPECT_SRC_LOSSES_H_
+
+// What is lost of one message: what its bytes alone show, and what comparing it with what the
+// library makes of it shows. Neither knows a class or a field: descriptors and the library do.
+
+#include <filter_inspect/filter_report.h>
+#include <google/protobuf/message.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "walk.h"
+
+namespace FiltersInspect {
+
+// The bytes in hexadecimal, of many the first.
+std::string hexOf(std::string_view bytes);
+
+// A part of the message that is read, which stands in another one unless it is all of it.
+struct Place {
+  static constexpr std::size_t kAlone = static_cast<std::size_t>(-1);
+
+  const Place* outer = nullptr;
+  std::string_view field = {};
+  std::size_t index = kAlone;  // among the field's elements
+  ByteRange bytes = {};
+
+  std::string path() const;
+};
+
+// Takes findings as long as there is room for them. What a finding says beside its code is told by
+// the caller, when there is a place for it.
+class Findings {
+ public:
+  explicit Findings(std::size_t room) : room_(room) {}
+
+  // Null beyond the room: the finding is then counted alone.
+  Finding* add(Code code, const Place& place, const char* message = "");
+  // Puts others behind those added.
+  void append(Findings&& others);
+
+  // What the findings are about, until it changes.
+  std::optional<FiltersCommon::filtersGroupId_t> group;
+  std::optional<FiltersCommon::filtersEntryId_t> entry;
+  Subject subject = Subject::kGroup;
+  std::uint32_t offender = 0;
+
+  Report report;
+ private:
+  std::size_t room_;
+};
+
+// A message beside its bytes.
+class MessageCheck {
+ public:
+  using Descriptor = google::protobuf::Descriptor;
+  using Field = google::protobuf::FieldDescriptor;
+  // Is told of each message within, and its number among those of its field; says whether the walk
+  // goes on.
+  using Visit = std::function<bool(const Field& field, const Place& place)>;
+  // Has the library read one message and write another.
+  using Echo =
+      std::function<void(const google::protobuf::Message& in, google::protobuf::Message* out)>;
+
+  explicit MessageCheck(const Descriptor* descriptor);
+
+  // Goes through the bytes and notes what they show by themselves. False when they end there.
+  bool walk(std::string_view bytes, const Place& place, int depth, bool lenient, Findings* findings,
+            const Visit& visit = nullptr);
+
+  // Notes where what came differs from what is kept of it, after the walk over it. `echo` shows
+  // what is kept of one element of a repeated number; without it only numbers that stand alone are
+  // compared.
+  void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
+               const Place& place, Findings* findings, const Echo& echo = nullptr);
+
+  // Where the last occurrence of a field stands.
+  Place placeOf(int fieldNumber, const Place& outer) const;
+ private:
+  struct Occurrences {
+    std::size_t count = 0;
+    ByteRange last;
+    std::vector<ByteRange> elements;  // of repeated numbers
+    ByteRange hull() const;
+  };
+
+  void note(const WireField& wire, const Field& field, const Place& place, Findings* findings);
+  void noteNumber(const Field& field, std::uint64_t varint, bool plain, const Place& place,
+                  Findings* findings);
+  bool notePacked(const WireField& wire, const Field& field, std::string_view bytes,
+                  const Place& place, Findings* findings);
+  void noteMissing(const Place& place, Findings* findings);
+  void compareOne(const Field& field, const google::protobuf::Message& in,
+                  const google::protobuf::Message& out, const Place& place, Findings* findings);
+  void compareAll(const Field& field, const google::protobuf::Message& in,
+                  const google::protobuf::Message& out, const Place& place, Findings* findings,
+                  const Echo& echo);
+
+  const Descriptor* descriptor_;
+  std::vector<Occurrences> fields_;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_LOSSES_H_
