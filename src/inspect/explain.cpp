@@ -90,7 +90,7 @@ class Refusals {
         break;
       default:
         Finding& finding = add(Code::kTypeNotAdmitted, FILTERS_ERR_TYPE_NOT_ALLOWED);
-        finding.offender = type;
+        finding.offender = static_cast<std::uint32_t>(type);
         finding.admitted = numbersOf(rowOr(FiltersGroup::StageTypesDescription_, stage));
         finding.message =
             "the stage " + textOf(stage) + " does not admit a group of type " + textOf(type);
