@@ -48,14 +48,15 @@ std::vector<std::uint32_t> numbersIn(const google::protobuf::Message& message, c
   return {numbers.begin(), numbers.end()};
 }
 
-void sayCut(Finding* finding, std::uint64_t before, std::int64_t after) {
-  finding->before = std::to_string(before);
+// `bits` are those of the number that came.
+void sayCut(Finding* finding, std::string before, std::uint64_t bits, std::int64_t after) {
+  finding->before = std::move(before);
   finding->after = std::to_string(after);
   finding->message = finding->before + " is kept as " + finding->after;
-  for (const int bits : {8, 16, 32}) {
-    if (static_cast<std::int64_t>(before & ((std::uint64_t{1} << bits) - 1)) != after) continue;
+  for (const int width : {8, 16, 32}) {
+    if (static_cast<std::int64_t>(bits & ((std::uint64_t{1} << width) - 1)) != after) continue;
     finding->message = finding->before + " is cut to " + finding->after + ", the low " +
-                       std::to_string(bits) + " bits";
+                       std::to_string(width) + " bits";
     break;
   }
 }
@@ -133,8 +134,8 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
     field.count = 0;
     field.elements.clear();
   }
-  const std::size_t end = place.bytes.offset + place.bytes.length;
-  WireReader reader(bytes, place.bytes.offset, end, depth, lenient);
+  WireReader reader(bytes, place.bytes.offset + place.head, place.bytes.offset + place.bytes.length,
+                    depth, lenient);
   std::uint32_t highest = 0;
   bool ascending = true, whole = true;
   for (WireField wire; whole && reader.next(&wire);) {
@@ -161,8 +162,7 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
     }
     Occurrences& seen = fields_[static_cast<std::size_t>(field->index())];
     if (isMessage(*field)) {
-      const Place inner = {
-          &place, field->name(), seen.count++, {wire.value, wire.end - wire.value}};
+      const Place inner = {&place, field->name(), seen.count++, range, wire.value - wire.begin};
       if (!wire.plain && !reader.broken()) {
         findings->add(Code::kEncodingDiffers, inner, "its length is written in other bytes");
       }
@@ -216,7 +216,8 @@ void MessageCheck::noteNumber(const Field& field, std::uint64_t varint, bool pla
   const std::int64_t stored = storedOf(field, varint);
   const bool isBool = field.cpp_type() == Field::CPPTYPE_BOOL;
   if (static_cast<std::uint64_t>(stored) != varint && !isBool) {
-    if (Finding* finding = findings->add(Code::kValueCut, place)) sayCut(finding, varint, stored);
+    if (Finding* finding = findings->add(Code::kValueCut, place))
+      sayCut(finding, std::to_string(varint), varint, stored);
   } else if (!plain || static_cast<std::uint64_t>(stored) != varint) {
     findings->add(Code::kEncodingDiffers, place, "it is written in other bytes");
   }
@@ -293,7 +294,9 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
                               const google::protobuf::Message& out, const Place& place,
                               Findings* findings) {
   const Reflection& reflection = *in.GetReflection();
-  const bool came = reflection.HasField(in, &field), kept = reflection.HasField(out, &field);
+  // Where the bytes end midway, the runtime may have stored something that did not come.
+  const bool came = fields_[static_cast<std::size_t>(field.index())].count != 0;
+  const bool kept = reflection.HasField(out, &field);
   if (!came && !kept) return;
   const Place its = placeOf(field.number(), place);
   if (!kept) {
@@ -302,7 +305,8 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
     }
   } else if (isBytes(field)) {
     std::string inScratch, outScratch;
-    const std::string& before = reflection.GetStringReference(in, &field, &inScratch);
+    const std::string& before =
+        came ? reflection.GetStringReference(in, &field, &inScratch) : inScratch;
     const std::string& after = reflection.GetStringReference(out, &field, &outScratch);
     const Code code = !came                          ? Code::kFieldDefaulted
                       : before.size() < after.size() ? Code::kBytesShort
@@ -326,7 +330,8 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
       finding->message = nameOf(field) + " is not there, and read as " + finding->after;
     } else if (before != after) {
       Finding* finding = findings->add(Code::kValueCut, its);
-      if (finding != nullptr) sayCut(finding, static_cast<std::uint64_t>(before), after);
+      if (finding != nullptr)
+        sayCut(finding, std::to_string(before), static_cast<std::uint64_t>(before), after);
     }
   }
 }
@@ -363,12 +368,14 @@ void MessageCheck::compareAll(const Field& field, const google::protobuf::Messag
     const std::vector<std::uint32_t> own = numbersIn(*echoed, field);
     const std::uint32_t value = own.size() == 1 ? own[0] : came[i];
     if (value != came[i]) {
-      if (Finding* finding = findings->add(Code::kValueCut, its)) sayCut(finding, came[i], value);
+      if (Finding* finding = findings->add(Code::kValueCut, its))
+        sayCut(finding, std::to_string(came[i]), came[i], value);
     }
     if (!distinct.insert(value).second) {
       if (Finding* finding = findings->add(Code::kValueCollapsed, its)) {
         finding->before = std::to_string(came[i]);
-        finding->message = std::to_string(value) + " is in the set already";
+        finding->after = std::to_string(value);
+        finding->message = finding->after + " is in the set already";
       }
     } else {
       expected.push_back(value);

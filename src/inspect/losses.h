@@ -31,8 +31,13 @@ struct Place {
   std::string_view field = {};
   std::size_t index = kAlone;  // among the field's elements
   ByteRange bytes = {};
+  std::size_t head = 0;  // how many of the bytes, tag and length, stand in front of a message's own
 
   std::string path() const;
+  // A message's own bytes, of all.
+  std::string_view content(std::string_view all) const {
+    return all.substr(bytes.offset + head, bytes.length - head);
+  }
 };
 
 // Takes findings as long as there is room for them. What a finding says beside its code is told by
