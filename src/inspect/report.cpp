@@ -4,13 +4,13 @@
 #include <ostream>
 
 #include <filter_inspect/filter_names.h>
-#include <nlohmann/json.hpp>
+
+#include "json_text.h"
 
 namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
-using Json = nlohmann::ordered_json;
 
 // What the numbers of a finding are codes of.
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
@@ -68,41 +68,61 @@ std::string_view nameIn(CodesOf codes, std::uint32_t value) {
   return {};
 }
 
-Json jsonOf(CodesOf codes, std::uint32_t value) {
+void write(CodesOf codes, std::uint32_t value, JsonText* json) {
   const std::string_view name = nameIn(codes, value);
-  return name.empty() ? Json(value) : Json(name);
-}
-
-Json jsonOf(CodesOf codes, const std::vector<std::uint32_t>& values) {
-  Json list = Json::array();
-  for (std::uint32_t value : values) list.push_back(jsonOf(codes, value));
-  return list;
-}
-
-Json jsonOf(const Finding& finding) {
-  const CodesOf codes = offenderOf(finding);
-  Json json = {{"code", nameOf(finding.code)}, {"level", nameOf(finding.severity)}};
-  if (finding.result != FILTERS_OK) json["result"] = nameOf(finding.result);
-  json["subject"] = nameOf(finding.subject);
-  if (finding.group) json["group"] = *finding.group;
-  if (finding.entry) json["entry"] = *finding.entry;
-  if (codes != CodesOf::kNothing) json["offender"] = jsonOf(codes, finding.offender);
-  if (!finding.admitted.empty()) json["admitted"] = jsonOf(codes, finding.admitted);
-  if (!finding.others.empty()) {
-    const bool matches = finding.subject == Subject::kMatch;
-    json["others"] = jsonOf(matches ? CodesOf::kMatches : CodesOf::kNumbers, finding.others);
+  if (name.empty()) {
+    json->value(value);
+  } else {
+    json->value(name);
   }
+}
+
+void write(const char* key, CodesOf codes, const std::vector<std::uint32_t>& values,
+           JsonText* json) {
+  if (values.empty()) return;
+  json->key(key);
+  json->open('[');
+  for (std::uint32_t value : values) write(codes, value, json);
+  json->close(']');
+}
+
+template <class Value>
+void write(const char* key, Value value, JsonText* json) {
+  json->key(key);
+  json->value(value);
+}
+
+void write(const Finding& finding, JsonText* json) {
+  const CodesOf codes = offenderOf(finding);
+  json->open('{');
+  write("code", nameOf(finding.code), json);
+  write("level", nameOf(finding.severity), json);
+  if (finding.result != FILTERS_OK) write("result", nameOf(finding.result), json);
+  write("subject", nameOf(finding.subject), json);
+  if (finding.group) write("group", *finding.group, json);
+  if (finding.entry) write("entry", *finding.entry, json);
+  if (codes != CodesOf::kNothing) {
+    json->key("offender");
+    write(codes, finding.offender, json);
+  }
+  write("admitted", codes, finding.admitted, json);
+  const bool matches = finding.subject == Subject::kMatch;
+  write("others", matches ? CodesOf::kMatches : CodesOf::kNumbers, finding.others, json);
   if (finding.bytes) {
-    json["path"] = finding.path;
-    json["bytes"] = {{"offset", finding.bytes->offset}, {"length", finding.bytes->length}};
+    write("path", std::string_view(finding.path), json);
+    json->key("bytes");
+    json->open('{');
+    write("offset", finding.bytes->offset, json);
+    write("length", finding.bytes->length, json);
+    json->close('}');
   }
   for (const auto& [key, text] :
        {std::pair("before", &finding.before), std::pair("after", &finding.after),
         std::pair("witness", &finding.witness)}) {
-    if (!text->empty()) json[key] = *text;
+    if (!text->empty()) write(key, std::string_view(*text), json);
   }
-  json["message"] = finding.message;
-  return json;
+  write("message", std::string_view(finding.message), json);
+  json->close('}');
 }
 
 }  // namespace
@@ -194,16 +214,24 @@ std::ostream& operator<<(std::ostream& os, const Report& report) {
 }
 
 std::string toJson(const Report& report, std::string_view command, std::string_view file) {
-  Json findings = Json::array();
-  for (const Finding& finding : report.findings) findings.push_back(jsonOf(finding));
-  const Json json = {
-      {"format", "filter-report"},
-      {"version", 1},
-      {"command", command},
-      {"inputs",
-       {{{"file", file}, {"findings", std::move(findings)}, {"left_out", report.left_out}}}}};
-  // What is no UTF-8, as the name of a file may be, is replaced and not thrown at the caller.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+  JsonText json;
+  json.open('{');
+  write("format", std::string_view("filter-report"), &json);
+  write("version", std::uint64_t{1}, &json);
+  write("command", command, &json);
+  json.key("inputs");
+  json.open('[');
+  json.open('{');
+  write("file", file, &json);
+  json.key("findings");
+  json.open('[');
+  for (const Finding& finding : report.findings) write(finding, &json);
+  json.close(']');
+  write("left_out", std::uint64_t{report.left_out}, &json);
+  json.close('}');
+  json.close(']');
+  json.close('}');
+  return json.take();
 }
 
 }  // namespace FiltersInspect
