@@ -1,0 +1,293 @@
+#include <filter_inspect/filter_inspect_c.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <streambuf>
+#include <string>
+#include <utility>
+
+#include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_explain.h>
+#include <filter_inspect/filter_names.h>
+
+namespace FiltersInspect {
+
+struct FiltersReport {
+  Report report;
+  std::vector<filtersFinding_t> findings;  // which point into the report
+};
+
+namespace {
+
+// What the work returns, or the blank of it when memory runs out.
+template <class Work>
+auto guarded(Work work) noexcept -> decltype(work()) {
+  try {
+    return work();
+  } catch (...) {
+    return {};
+  }
+}
+
+// --- Reports ---
+
+constexpr bool sameNumbers(Severity cpp, filtersSeverity_t c) { return static_cast<int>(cpp) == c; }
+constexpr bool sameNumbers(Subject cpp, filtersSubject_t c) { return static_cast<int>(cpp) == c; }
+static_assert(sameNumbers(Severity::kNote, FILTERS_SEVERITY_NOTE) &&
+              sameNumbers(Severity::kWarning, FILTERS_SEVERITY_WARNING) &&
+              sameNumbers(Severity::kError, FILTERS_SEVERITY_ERROR));
+static_assert(sameNumbers(Subject::kGroup, FILTERS_SUBJECT_GROUP) &&
+              sameNumbers(Subject::kEntry, FILTERS_SUBJECT_ENTRY) &&
+              sameNumbers(Subject::kMatch, FILTERS_SUBJECT_MATCH) &&
+              sameNumbers(Subject::kAction, FILTERS_SUBJECT_ACTION) &&
+              sameNumbers(Subject::kPolicer, FILTERS_SUBJECT_POLICER) &&
+              sameNumbers(Subject::kParent, FILTERS_SUBJECT_PARENT) &&
+              sameNumbers(Subject::kCounter, FILTERS_SUBJECT_COUNTER));
+
+filtersFinding_t inC(const Finding& finding) {
+  filtersFinding_t c = {};
+  c.code = nameOf(finding.code).data();
+  c.severity = static_cast<filtersSeverity_t>(finding.severity);
+  c.result = finding.result;
+  c.subject = static_cast<filtersSubject_t>(finding.subject);
+  c.has_group = finding.group.has_value();
+  c.group = finding.group.value_or(0);
+  c.has_entry = finding.entry.has_value();
+  c.entry = finding.entry.value_or(0);
+  c.offender = finding.offender;
+  c.admitted = finding.admitted.data();
+  c.admitted_count = finding.admitted.size();
+  c.others = finding.others.data();
+  c.others_count = finding.others.size();
+  c.path = finding.path.c_str();
+  c.has_bytes = finding.bytes.has_value();
+  const ByteRange bytes = finding.bytes.value_or(ByteRange());
+  c.offset = bytes.offset;
+  c.length = bytes.length;
+  c.before = finding.before.c_str();
+  c.after = finding.after.c_str();
+  c.witness = finding.witness.c_str();
+  c.message = finding.message.c_str();
+  return c;
+}
+
+FiltersReport* handleOf(Report&& report) {
+  auto handle = std::make_unique<FiltersReport>();
+  handle->report = std::move(report);
+  handle->findings.reserve(handle->report.findings.size());
+  for (const Finding& finding : handle->report.findings) handle->findings.push_back(inC(finding));
+  return handle.release();
+}
+
+// The report that `explain` gives of objects, none of which may be null.
+template <class Explain, class... Objects>
+FiltersReport* explained(Explain explain, const Objects*... objects) {
+  if (!(objects && ...)) return nullptr;
+  return guarded([&] { return handleOf(explain(*objects...)); });
+}
+
+template <class Object, class Decode>
+FiltersReport* decoded(const void* bytes, std::size_t size, Object** object, Decode decode) {
+  if (object != nullptr) *object = nullptr;
+  if (bytes == nullptr && size != 0) return nullptr;
+  return guarded([&] {
+    auto [read, report] = decode(std::string_view(static_cast<const char*>(bytes), size));
+    std::unique_ptr<Object> made;
+    if (object != nullptr && read) made = std::make_unique<Object>(std::move(*read));
+    FiltersReport* handle = handleOf(std::move(report));
+    if (made) *object = made.release();
+    return handle;
+  });
+}
+
+// --- Buffers ---
+
+// Keeps the first bytes of what is written and counts all of them, without memory of its own.
+class Window : public std::streambuf {
+ public:
+  Window(char* out, std::size_t size) : out_(out), size_(size) {}
+  std::size_t length() const { return length_; }
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize count) override {
+    const auto more = static_cast<std::size_t>(count);
+    if (length_ < size_) std::memcpy(out_ + length_, text, std::min(more, size_ - length_));
+    length_ += more;
+    return count;
+  }
+  int_type overflow(int_type c) override {
+    const char text = traits_type::to_char_type(c);
+    if (!traits_type::eq_int_type(c, traits_type::eof())) xsputn(&text, 1);
+    return traits_type::not_eof(c);
+  }
+ private:
+  char* out_;
+  std::size_t size_;
+  std::size_t length_ = 0;
+};
+
+// Fills the buffer with what `write` writes of the object.
+template <class Object, class Write>
+std::size_t filled(const Object* object, char* out, std::size_t size, Write write) {
+  const std::size_t length = guarded([&]() -> std::size_t {
+    if (object == nullptr) return 0;
+    Window window(out, size);
+    std::ostream os(&window);
+    write(os, *object);
+    return window.length();
+  });
+  if (size > 0) out[std::min(length, size - 1)] = '\0';
+  return length;
+}
+
+constexpr auto kPrint = [](std::ostream& os, const auto& object) { os << object; };
+
+template <class Object>
+std::size_t bytesOf(const Object* object, void* out, std::size_t size) {
+  if (object == nullptr) return 0;
+  return guarded([&] {
+    std::string bytes;
+    object->serialize(&bytes);
+    if (bytes.size() <= size) std::memcpy(out, bytes.data(), bytes.size());
+    return bytes.size();
+  });
+}
+
+template <class Key, class Code>
+std::size_t admitted(const std::map<Key, const std::set<Code>>& table, Key key, Code* out,
+                     std::size_t count) {
+  const auto row = table.find(key);
+  if (row == table.end()) return 0;
+  std::size_t i = 0;
+  for (Code code : row->second) {
+    if (i < count) out[i] = code;
+    ++i;
+  }
+  return i;
+}
+
+template <class Object>
+bool equal(const Object* a, const Object* b) {
+  return a != nullptr && b != nullptr && guarded([&] { return *a == *b; });
+}
+
+// --- Names ---
+
+const char* orNull(std::string_view name) { return name.empty() ? nullptr : name.data(); }
+
+template <class Enum>
+bool found(const char* name, Enum* out) {
+  if (name == nullptr || out == nullptr) return false;
+  const auto code = guarded([&] { return fromName<Enum>(name); });
+  if (code) *out = *code;
+  return code.has_value();
+}
+
+}  // namespace
+
+extern "C" {
+
+std::size_t filtersReportCount(const FiltersReport* r) {
+  return r == nullptr ? 0 : r->findings.size();
+}
+
+const filtersFinding_t* filtersReportGet(const FiltersReport* r, std::size_t index) {
+  return index < filtersReportCount(r) ? &r->findings[index] : nullptr;
+}
+
+std::size_t filtersReportLeftOut(const FiltersReport* r) {
+  return r == nullptr ? 0 : r->report.left_out;
+}
+
+std::size_t filtersReportToText(const FiltersReport* r, char* out, std::size_t size) {
+  return filled(r, out, size, [](std::ostream& os, const auto& handle) { os << handle.report; });
+}
+
+std::size_t filtersReportToJson(const FiltersReport* r, char* out, std::size_t size) {
+  return filled(r, out, size,
+                [](std::ostream& os, const auto& handle) { os << toJson(handle.report); });
+}
+
+void deleteFiltersReport(FiltersReport* r) { delete r; }
+
+FiltersReport* filtersExplainInsert(const FiltersGroup* g, const FiltersEntry* e) {
+  return explained([](const auto& group, const auto& entry) { return explainInsert(group, entry); },
+                   g, e);
+}
+
+FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filtersGroupType_t t,
+                                        const FiltersEntry* e) {
+  return explained([&](const auto& entry) { return explainInsert(s, t, entry); }, e);
+}
+
+FiltersReport* filtersExplainStage(const FiltersGroup* g, filtersGroupStage_t s) {
+  return explained([&](const auto& group) { return explainStage(group, s); }, g);
+}
+
+FiltersReport* filtersExplainType(const FiltersGroup* g, filtersGroupType_t t) {
+  return explained([&](const auto& group) { return explainType(group, t); }, g);
+}
+
+FiltersReport* filtersExplainMatch(const FiltersEntry* e, filtersMatch_t m) {
+  return explained([&](const auto& entry) { return explainMatch(entry, m); }, e);
+}
+
+std::size_t filtersAdmittedMatches(filtersGroupType_t t, filtersMatch_t* out, std::size_t count) {
+  return admitted(FiltersGroup::TypeDescription_, t, out, count);
+}
+
+std::size_t filtersAdmittedActions(filtersGroupStage_t s, filtersAction_t* out, std::size_t count) {
+  return admitted(FiltersGroup::StageActionsDescription_, s, out, count);
+}
+
+std::size_t filtersAdmittedTypes(filtersGroupStage_t s, filtersGroupType_t* out,
+                                 std::size_t count) {
+  return admitted(FiltersGroup::StageTypesDescription_, s, out, count);
+}
+
+std::size_t filtersGroupToBytes(const FiltersGroup* g, void* out, std::size_t size) {
+  return bytesOf(g, out, size);
+}
+
+std::size_t filtersEntryToBytes(const FiltersEntry* e, void* out, std::size_t size) {
+  return bytesOf(e, out, size);
+}
+
+FiltersReport* filtersDecodeGroup(const void* bytes, std::size_t size, FiltersGroup** group) {
+  return decoded(bytes, size, group, [](std::string_view in) { return decodeGroup(in); });
+}
+
+FiltersReport* filtersDecodeEntry(const void* bytes, std::size_t size, FiltersEntry** entry) {
+  return decoded(bytes, size, entry, [](std::string_view in) { return decodeEntry(in); });
+}
+
+bool filtersGroupsEqual(const FiltersGroup* a, const FiltersGroup* b) { return equal(a, b); }
+bool filtersEntriesEqual(const FiltersEntry* a, const FiltersEntry* b) { return equal(a, b); }
+
+std::size_t filtersGroupPrint(const FiltersGroup* g, char* out, std::size_t size) {
+  return filled(g, out, size, kPrint);
+}
+
+std::size_t filtersEntryPrint(const FiltersEntry* e, char* out, std::size_t size) {
+  return filled(e, out, size, kPrint);
+}
+
+const char* filtersErrName(filtersErr_t v) { return orNull(nameOf(v)); }
+const char* filtersStageName(filtersGroupStage_t v) { return orNull(nameOf(v)); }
+const char* filtersTypeName(filtersGroupType_t v) { return orNull(nameOf(v)); }
+const char* filtersMatchName(filtersMatch_t v) { return orNull(nameOf(v)); }
+const char* filtersActionName(filtersAction_t v) { return orNull(nameOf(v)); }
+const char* filtersCounterTypeName(counter_type_t v) { return orNull(nameOf(v)); }
+
+bool filtersErrFromName(const char* name, filtersErr_t* out) { return found(name, out); }
+bool filtersStageFromName(const char* name, filtersGroupStage_t* out) { return found(name, out); }
+bool filtersTypeFromName(const char* name, filtersGroupType_t* out) { return found(name, out); }
+bool filtersMatchFromName(const char* name, filtersMatch_t* out) { return found(name, out); }
+bool filtersActionFromName(const char* name, filtersAction_t* out) { return found(name, out); }
+bool filtersCounterTypeFromName(const char* name, counter_type_t* out) { return found(name, out); }
+
+const char* filtersErrDescribe(filtersErr_t v) { return describe(v).data(); }
+
+}  // extern "C"
+}  // namespace FiltersInspect

@@ -1,0 +1,13 @@
+#!/bin/bash
+# Nothing leaves the library but what is its own, in C++ and in C.
+#   exports_test.sh <library>
+# The environment names NM.
+set -euo pipefail
+names=$("$NM" --dynamic --defined-only "$1" | sed 's/.* //; s/@.*//' | sort)
+grep -q '^_ZN14FiltersInspect' <<<"$names"
+grep -q '^filters' <<<"$names"
+own='^(_ZNK?14FiltersInspect|filters[A-Z][A-Za-z]+$|deleteFiltersReport$|FILTER_INSPECT_1$)'
+if grep -vE "$own" <<<"$names" || grep -E '8nlohmann|6google' <<<"$names"; then
+  echo "exports: these are not the library's to export"
+  exit 1
+fi

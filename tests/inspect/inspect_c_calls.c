@@ -1,0 +1,188 @@
+// The inspection library as C11 sees it: every function is called. inspect_c_test.cpp calls this,
+// and fails memory under each of the calls.
+
+#include <filter_common/filter_actions_c.h>
+#include <filter_common/filter_matches_c.h>
+#include <filter_inspect/filter_inspect_c.h>
+#include <stdio.h>
+#include <string.h>
+
+void callEveryFunctionOfInspect(void);
+void expectInC(bool good, int line, const char* what);  // of inspect_c_test.cpp
+
+#define EXPECT(condition) expectInC((condition), __LINE__, #condition)
+
+// The first finding of a report that is deleted here, as "code result subject offender".
+static const char* first(FiltersReport* report) {
+  static char text[100];
+  const filtersFinding_t* f = filtersReportGet(report, 0);
+  strcpy(text, report == NULL ? "null" : "empty");
+  if (f != NULL) {
+    snprintf(text, sizeof text, "%s %d %d %u", f->code, (int)f->result, (int)f->subject,
+             (unsigned)f->offender);
+    EXPECT(f->severity == FILTERS_SEVERITY_ERROR && f->message[0] != '\0');
+  }
+  EXPECT((f == NULL) == (filtersReportCount(report) == 0) && filtersReportLeftOut(report) == 0);
+  EXPECT(filtersReportGet(report, filtersReportCount(report)) == NULL);
+  deleteFiltersReport(report);
+  return text;
+}
+#define FIRST(report, expected) EXPECT(strcmp(first(report), expected) == 0)
+
+static void explain(FiltersGroup* group, FiltersEntry* entry) {
+  FIRST(filtersExplainInsert(group, entry), "match-not-admitted -6 2 27");
+  FIRST(filtersExplainInsertInto(FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_8, entry),
+        "empty");
+  FIRST(filtersExplainInsertInto(70, FILTERS_GROUP_TYPE_8, entry), "stage-unknown -8 0 70");
+  FIRST(filtersExplainStage(group, FILTERS_GROUP_STAGE_EGRESS), "type-not-admitted -7 0 3");
+  FIRST(filtersExplainStage(group, 70), "stage-unknown -8 0 70");
+  FIRST(filtersExplainType(group, FILTERS_GROUP_TYPE_NONE), "empty");
+  FIRST(filtersExplainType(group, 70), "type-not-admitted -7 0 70");
+  FIRST(filtersExplainMatch(entry, FILTERS_MATCH_TTL), "empty");
+  FIRST(filtersExplainMatch(entry, FILTERS_MATCH_FORWARDING_TYPE), "empty");
+  FIRST(filtersExplainInsert(NULL, entry), "null");
+  FIRST(filtersExplainInsert(group, NULL), "null");
+  FIRST(filtersExplainInsertInto(FILTERS_GROUP_STAGE_NONE, FILTERS_GROUP_TYPE_NONE, NULL), "null");
+  FIRST(filtersExplainStage(NULL, FILTERS_GROUP_STAGE_NONE), "null");
+  FIRST(filtersExplainType(NULL, FILTERS_GROUP_TYPE_NONE), "null");
+  FIRST(filtersExplainMatch(NULL, FILTERS_MATCH_TTL), "null");
+
+  FiltersReport* report = filtersExplainInsert(group, entry);
+  const filtersFinding_t* f = filtersReportGet(report, 0);
+  if (f == NULL) return;  // and said above
+  EXPECT(f->has_entry && f->entry == 70000 && f->has_group && f->group == 500 && !f->has_bytes);
+  filtersMatch_t matches[64];
+  EXPECT(filtersAdmittedMatches(FILTERS_GROUP_TYPE_3, matches, 64) == f->admitted_count);
+  EXPECT(memcmp(matches, f->admitted, f->admitted_count * sizeof *matches) == 0);
+  deleteFiltersReport(report);
+}
+
+static void admit(void) {
+  filtersGroupType_t types[] = {70, 70, 70};
+  filtersAction_t action = 70;
+  const size_t all = filtersAdmittedTypes(FILTERS_GROUP_STAGE_LOOKUP, NULL, 0);
+  EXPECT(all == 3 && filtersAdmittedTypes(FILTERS_GROUP_STAGE_LOOKUP, types, 2) == all);
+  EXPECT(types[0] == FILTERS_GROUP_TYPE_NONE && types[1] == FILTERS_GROUP_TYPE_4);
+  EXPECT(types[2] == 70);
+  EXPECT(filtersAdmittedActions(FILTERS_GROUP_STAGE_NONE, &action, 1) > 1);
+  EXPECT(action == FILTERS_ACTION_PERMIT);
+  EXPECT(filtersAdmittedActions(70, &action, 1) == 0 && filtersAdmittedTypes(70, types, 1) == 0);
+  EXPECT(filtersAdmittedMatches(70, NULL, 0) == 0);
+}
+
+// Of a function that fills a buffer with text: every size gives the whole up to its zero and not a
+// byte beyond, and no object gives the empty text.
+#define FILLS(Fill, Object)                                                                 \
+  static void fills##Fill(const Object* object, const char* first) {                        \
+    char whole[5000], out[5000];                                                            \
+    const size_t length = Fill(object, whole, sizeof whole);                                \
+    EXPECT(length == strlen(whole) && strncmp(whole, first, strlen(first)) == 0);           \
+    EXPECT(Fill(object, NULL, 0) == length);                                                \
+    for (size_t size = 1; size <= length + 1; size += size < length - 1 ? 7 : 1) {          \
+      memset(out, '#', sizeof out);                                                         \
+      EXPECT(Fill(object, out, size) == length && strlen(out) == size - 1);                 \
+      EXPECT(memcmp(out, whole, size - 1) == 0 && out[size] == '#');                        \
+    }                                                                                       \
+    EXPECT(Fill(NULL, out, sizeof out) == 0 && out[0] == '\0' && Fill(NULL, NULL, 0) == 0); \
+  }
+FILLS(filtersGroupPrint, FiltersGroup)
+FILLS(filtersEntryPrint, FiltersEntry)
+FILLS(filtersReportToText, FiltersReport)
+FILLS(filtersReportToJson, FiltersReport)
+
+static void decodeGroup(FiltersGroup* group, FiltersGroup* another) {
+  unsigned char bytes[500];
+  FiltersGroup* read = another;
+  const size_t size = filtersGroupToBytes(group, bytes, sizeof bytes);
+  EXPECT(size > 0 && filtersGroupToBytes(NULL, bytes, sizeof bytes) == 0);
+  FIRST(filtersDecodeGroup(bytes, size, &read), "empty");
+  EXPECT(filtersGroupsEqual(read, group) && !filtersGroupsEqual(read, another));
+  EXPECT(!filtersGroupsEqual(NULL, group) && !filtersGroupsEqual(group, NULL));
+  EXPECT(!filtersGroupsEqual(NULL, NULL));
+  deleteFiltersGroup(read);
+  FIRST(filtersDecodeGroup(bytes, size, NULL), "empty");
+  FIRST(filtersDecodeGroup(NULL, size, &read), "null");
+  EXPECT(read == NULL);
+}
+
+static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
+  static const unsigned char wide[] = {0x22, 0x06, 0x08, 0x02, 0x18, 0xe4, 0x80, 0x04};
+  unsigned char bytes[500], untouched = 70;
+  FiltersEntry* read = another;
+  const size_t size = filtersEntryToBytes(entry, bytes, sizeof bytes - sizeof wide);
+  EXPECT(size > 0 && filtersEntryToBytes(NULL, NULL, 0) == 0);
+  EXPECT(filtersEntryToBytes(entry, &untouched, size - 1) == size && untouched == 70);
+  FIRST(filtersDecodeEntry(bytes, size, &read), "empty");
+  EXPECT(filtersEntriesEqual(read, entry) && !filtersEntriesEqual(read, another));
+  EXPECT(!filtersEntriesEqual(NULL, entry) && !filtersEntriesEqual(entry, NULL));
+  deleteFiltersEntry(read);
+  FIRST(filtersDecodeEntry(NULL, size, &read), "null");
+  EXPECT(read == NULL);
+
+  // No bytes are bytes.
+  FiltersReport* report = filtersDecodeEntry(NULL, 0, &read);
+  EXPECT(read != NULL && filtersReportCount(report) > 0);
+  deleteFiltersReport(report);
+  if (read != NULL) deleteFiltersEntry(read);
+
+  memcpy(bytes + size, wide, sizeof wide);
+  report = filtersDecodeEntry(bytes, size + sizeof wide, NULL);
+  const filtersFinding_t* cut = filtersReportGet(report, 0);
+  EXPECT(cut != NULL);
+  if (cut == NULL) return;
+  EXPECT(strcmp(cut->code, "value-cut") == 0 && cut->severity == FILTERS_SEVERITY_WARNING);
+  EXPECT(cut->result == FILTERS_OK && cut->has_bytes && cut->offset >= size && cut->length > 0);
+  EXPECT(cut->offset + cut->length <= size + sizeof wide && strstr(cut->path, "vlan_id_") != NULL);
+  EXPECT(strcmp(cut->before, "65636") == 0 && strcmp(cut->after, "100") == 0);
+  EXPECT(cut->witness[0] == '\0' && cut->others_count == 0);
+  fillsfiltersReportToText(report, "warning: ");
+  fillsfiltersReportToJson(report, "{\n");
+  deleteFiltersReport(report);
+}
+
+// The name of a value and the way back, of which nothing comes for what is none.
+#define NAMED(Family, Enum, value, name)                                \
+  do {                                                                  \
+    Enum code = 70;                                                     \
+    EXPECT(filters##Family##Name(70) == NULL);                          \
+    EXPECT(strcmp(filters##Family##Name(value), name) == 0);            \
+    EXPECT(!filters##Family##FromName("no such", &code) && code == 70); \
+    EXPECT(!filters##Family##FromName(NULL, &code) && code == 70);      \
+    EXPECT(!filters##Family##FromName(name, NULL));                     \
+    EXPECT(filters##Family##FromName(name, &code) && code == value);    \
+  } while (0)
+
+static void name(void) {
+  NAMED(Err, filtersErr_t, FILTERS_ERR_NOT_FOUND, "not_found");
+  NAMED(Stage, filtersGroupStage_t, FILTERS_GROUP_STAGE_EGRESS, "egress");
+  NAMED(Type, filtersGroupType_t, FILTERS_GROUP_TYPE_11, "11");
+  NAMED(Match, filtersMatch_t, FILTERS_MATCH_VRF_ID, "vrf_id");
+  NAMED(Action, filtersAction_t, FILTERS_ACTION_PERMIT, "permit");
+  NAMED(CounterType, counter_type_t, FILTERS_COUNTER_TYPE_PACKETS, "packets");
+  EXPECT(strlen(filtersErrDescribe(FILTERS_OK)) > 0 && strlen(filtersErrDescribe(70)) > 0);
+  EXPECT(strcmp(filtersErrDescribe(FILTERS_OK), filtersErrDescribe(70)) != 0);
+}
+
+void callEveryFunctionOfInspect(void) {
+  FiltersGroup *group = newFiltersGroup(500), *anotherGroup = newFiltersGroup(501);
+  FiltersEntry *entry = newFiltersEntry(70000), *anotherEntry = newFiltersEntry(70000);
+  void* vrf = newMatchVrfId(300);
+  filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);
+  EXPECT(filtersGroupSetType(group, FILTERS_GROUP_TYPE_3) == FILTERS_OK);
+  EXPECT(filtersGroupInsertEntry(group, anotherEntry) == FILTERS_OK);
+  EXPECT(filtersEntrySetMatch(entry, vrf) == FILTERS_OK);
+
+  explain(group, entry);
+  admit();
+  decodeGroup(group, anotherGroup);
+  decodeEntry(entry, anotherEntry);
+  fillsfiltersGroupPrint(group, "=FiltersGroup=");
+  fillsfiltersEntryPrint(entry, "  =FiltersEntry=");
+  name();
+
+  deleteMatch(vrf);
+  deleteFiltersEntry(anotherEntry);
+  deleteFiltersEntry(entry);
+  deleteFiltersGroup(anotherGroup);
+  deleteFiltersGroup(group);
+}

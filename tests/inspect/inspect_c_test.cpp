@@ -1,0 +1,115 @@
+// The procedural side: all of it from C, and every allocation in it failed.
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_inspect_c.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "../memory_control.h"
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+extern "C" {
+void callEveryFunctionOfInspect();
+
+void expectInC(bool good, int line, const char* what) {
+  EXPECT_TRUE(good) << "inspect_c_calls.c:" << line << ": " << what;
+}
+}
+
+namespace {
+
+TEST(InspectC, IsCalledFromC) {
+  callEveryFunctionOfInspect();
+  const long before = memory::live;
+  callEveryFunctionOfInspect();
+  EXPECT_EQ(memory::live, before);
+}
+
+FiltersEntry refusedEntry() {
+  FiltersEntry entry(30);
+  EXPECT_EQ(entry.setMatch(MatchVrfId(5)), FILTERS_OK);
+  EXPECT_EQ(entry.setMatch(MatchTTL(1)), FILTERS_OK);
+  EXPECT_EQ(entry.setAction(ActionDeny()), FILTERS_OK);
+  return entry;
+}
+
+// A call that answers whether it did its work, and gives back what it took.
+using Call = std::function<bool()>;
+
+bool holds(FiltersReport* report) {
+  const bool answered = report != nullptr;
+  deleteFiltersReport(report);
+  return answered;
+}
+
+// Fails the first allocation, the second, ..., until the call needs no more: each time it says that
+// it did not do its work, or did it, and nothing is left behind.
+void expectToSurviveWithoutMemory(const char* what, const Call& call) {
+  ASSERT_TRUE(call()) << what;  // what is made once in a process is made here
+  for (long allocations = 0;; ++allocations) {
+    ASSERT_LT(allocations, 10000) << what;
+    const long before = memory::live;
+    memory::refuseAfter(allocations, false);
+    const bool done = call();
+    const bool refused = memory::endRefusal();
+    EXPECT_EQ(memory::live, before) << what << " without allocation " << allocations;
+    EXPECT_TRUE(refused || done) << what;
+    if (!refused) break;
+  }
+}
+
+TEST(InspectC, SurvivesWithoutMemory) {
+  const FiltersEntry entry = refusedEntry();
+  FiltersGroup group(1);
+  ASSERT_EQ(group.setType(FILTERS_GROUP_TYPE_3), FILTERS_OK);
+  ASSERT_EQ(group.insertEntry(FiltersEntry(40)), FILTERS_OK);
+  std::string groupBytes, entryBytes;
+  group.serialize(&groupBytes);
+  entry.serialize(&entryBytes);
+  groupBytes.back() = static_cast<char>(groupBytes.back() ^ 1);
+  entryBytes += std::string("\x22\x06\x08\x02\x18\xe4\x80\x04", 8);
+  FiltersReport* report = filtersExplainInsert(&group, &entry);
+  ASSERT_NE(report, nullptr);
+  char out[5000];
+
+  const auto reads = [](const std::string& bytes, auto decode, auto destroy, auto* object) {
+    FiltersReport* read = decode(bytes.data(), bytes.size(), &object);
+    EXPECT_TRUE(read != nullptr || object == nullptr);
+    if (object != nullptr) destroy(object);
+    return holds(read);
+  };
+  FiltersGroup* noGroup = nullptr;
+  FiltersEntry* noEntry = nullptr;
+  const std::pair<const char*, Call> calls[] = {
+      {"ExplainInsert", [&] { return holds(filtersExplainInsert(&group, &entry)); }},
+      {"ExplainInsertInto",
+       [&] {
+         return holds(
+             filtersExplainInsertInto(FILTERS_GROUP_STAGE_LOOKUP, FILTERS_GROUP_TYPE_3, &entry));
+       }},
+      {"ExplainStage",
+       [&] { return holds(filtersExplainStage(&group, FILTERS_GROUP_STAGE_EGRESS)); }},
+      {"ExplainType", [&] { return holds(filtersExplainType(&group, FILTERS_GROUP_TYPE_NONE)); }},
+      {"ExplainMatch", [&] { return holds(filtersExplainMatch(&entry, FILTERS_MATCH_SRC_IPV6)); }},
+      {"DecodeGroup",
+       [&] { return reads(groupBytes, filtersDecodeGroup, deleteFiltersGroup, noGroup); }},
+      {"DecodeEntry",
+       [&] { return reads(entryBytes, filtersDecodeEntry, deleteFiltersEntry, noEntry); }},
+      {"GroupToBytes", [&] { return filtersGroupToBytes(&group, out, sizeof out) != 0; }},
+      {"EntryToBytes", [&] { return filtersEntryToBytes(&entry, out, sizeof out) != 0; }},
+      {"GroupPrint", [&] { return filtersGroupPrint(&group, out, sizeof out) != 0; }},
+      {"EntryPrint", [&] { return filtersEntryPrint(&entry, out, sizeof out) != 0; }},
+      {"ReportToText", [&] { return filtersReportToText(report, out, sizeof out) != 0; }},
+      {"ReportToJson", [&] { return filtersReportToJson(report, out, sizeof out) != 0; }},
+      {"GroupsEqual", [&] { return filtersGroupsEqual(&group, &group); }},
+      {"EntriesEqual", [&] { return filtersEntriesEqual(&entry, &entry); }},
+  };
+  for (const auto& [what, call] : calls) expectToSurviveWithoutMemory(what, call);
+  deleteFiltersReport(report);
+}
+
+}  // namespace
