@@ -1,0 +1,78 @@
+// Asks libfilter_inspect from C: why is a rule refused, where would it be admitted, and what do
+// bytes lose that came from elsewhere? It ends with 0 only if everything was as expected.
+
+#include <filter_common/filter_matches_c.h>
+#include <filter_inspect/filter_inspect_c.h>
+#include <stdio.h>
+#include <string.h>
+
+// The report as text, and whether its first finding is the expected one.
+static int show(FiltersReport* report, const char* expected) {
+  char text[1000];
+  const filtersFinding_t* first = filtersReportGet(report, 0);
+  if (filtersReportToText(report, text, sizeof text) >= sizeof text) puts("  (cut off)");
+  fputs(text, stdout);
+  if (first != NULL && strcmp(first->code, expected) == 0) return 1;
+  fprintf(stderr, "inspect: %s was expected\n", expected);
+  return 0;
+}
+
+static FiltersEntry* ruleOfVrf(uint16_t vrf) {
+  FiltersEntry* rule = newFiltersEntry(30);
+  void* match = newMatchVrfId(vrf);
+  const filtersErr_t result = filtersEntrySetMatch(rule, match);
+  if (result != FILTERS_OK) puts(filtersErrDescribe(result));
+  deleteMatch(match);
+  return rule;
+}
+
+// A refused rule, and the types that would take its match.
+static int whyRefused(void) {
+  FiltersEntry* rule = ruleOfVrf(5);
+  FiltersReport* why =
+      filtersExplainInsertInto(FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_3, rule);
+  const int good = show(why, "match-not-admitted");
+  deleteFiltersReport(why);
+
+  filtersGroupType_t types[12];
+  const size_t count = filtersAdmittedTypes(FILTERS_GROUP_STAGE_INGRESS, types, 12);
+  for (size_t i = 0; i < count && i < 12; ++i) {
+    why = filtersExplainInsertInto(FILTERS_GROUP_STAGE_INGRESS, types[i], rule);
+    if (why != NULL && filtersReportCount(why) == 0) {
+      printf("  a group of type %s takes it\n", filtersTypeName(types[i]));
+    }
+    deleteFiltersReport(why);
+  }
+  deleteFiltersEntry(rule);
+  return good;
+}
+
+// A sender with wider numbers: to the bytes of a rule it adds a match on VLAN 65636.
+static int whatWasLost(void) {
+  static const unsigned char match[] = {0x22, 0x06, 0x08, 0x02, 0x18, 0xe4, 0x80, 0x04};
+  unsigned char bytes[200];
+  FiltersEntry *sent = newFiltersEntry(40), *received = NULL;
+  size_t size = filtersEntryToBytes(sent, bytes, sizeof bytes - sizeof match);
+  memcpy(bytes + size, match, sizeof match);
+  size += sizeof match;
+
+  FiltersReport* lost = filtersDecodeEntry(bytes, size, &received);
+  int good = show(lost, "value-cut");
+  deleteFiltersReport(lost);
+
+  char print[2000] = "";
+  good = good && filtersEntryPrint(received, print, sizeof print) < sizeof print;
+  puts(strstr(print, "VLAN IDs: [ 100 ]") ? "  what is left is VLAN 100" : print);
+  good = good && !filtersEntriesEqual(sent, received);
+  if (received != NULL) deleteFiltersEntry(received);
+  deleteFiltersEntry(sent);
+  return good;
+}
+
+int main(void) {
+  puts("Why is it refused?");
+  const int refusal = whyRefused();
+  puts("What did these bytes lose?");
+  const int loss = whatWasLost();
+  return refusal && loss ? 0 : 1;
+}
