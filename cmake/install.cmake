@@ -15,6 +15,11 @@ else()
   set(platform_packages limid policer)
 endif()
 set_target_properties(filter_common PROPERTIES EXPORT_NAME filter_common::filter_common)
+if(TARGET filter_inspect)
+  get_target_property(rpath filter_common INSTALL_RPATH)
+  set_target_properties(
+    filter_inspect PROPERTIES EXPORT_NAME filter_common::inspect INSTALL_RPATH "${rpath}")
+endif()
 
 # The installed tree can be moved, and the files below count folders from its root.
 foreach(folder LIBDIR INCLUDEDIR DATADIR)
@@ -24,7 +29,8 @@ foreach(folder LIBDIR INCLUDEDIR DATADIR)
 endforeach()
 
 # Installs everything, what is needed to run and to develop as one component each:
-# filter_common_<prefix>runtime and filter_common_<prefix>development. Libraries go to libdir, what
+# filter_common_<prefix>runtime and filter_common_<prefix>development, and the same for the second
+# library, filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development. Libraries go to libdir, what
 # is read to docdir; further arguments to every install().
 function(filter_common_install libdir docdir prefix)
   set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
@@ -66,6 +72,22 @@ function(filter_common_install libdir docdir prefix)
     configure_file(cmake/${name}.pc.in ${generated}/${name}.pc @ONLY)
     install(FILES ${generated}/${name}.pc DESTINATION ${libdir}/pkgconfig ${development})
   endforeach()
+
+  if(TARGET filter_inspect)
+    set(runtime COMPONENT filter_common_${prefix}inspect_runtime ${ARGN})
+    set(development COMPONENT filter_common_${prefix}inspect_development ${ARGN})
+    install(
+      TARGETS filter_inspect
+      EXPORT filter_common_${prefix}inspect_targets
+      LIBRARY DESTINATION ${libdir} ${runtime}
+              NAMELINK_COMPONENT filter_common_${prefix}inspect_development)
+    install(DIRECTORY include/filter_inspect DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${development}
+            FILES_MATCHING PATTERN "*.h" PATTERN "*.def")
+    install(EXPORT filter_common_${prefix}inspect_targets FILE filter_commonInspectTargets.cmake
+            DESTINATION ${package_dir} ${development})
+    configure_file(cmake/filter_inspect.pc.in ${generated}/filter_inspect.pc @ONLY)
+    install(FILES ${generated}/filter_inspect.pc DESTINATION ${libdir}/pkgconfig ${development})
+  endif()
 endfunction()
 
 filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/filter_common "")

@@ -1,5 +1,6 @@
 # Debian packages, made by `cpack` in the build folder: libfilter-common1 with what programs need to
-# run, named after the soname, and libfilter-common-dev with what is needed to build them.
+# run, named after the soname, and libfilter-common-dev with what is needed to build them; where the
+# second library is built, libfilter-inspect1 and libfilter-inspect-dev beside them.
 #
 # The stand-ins, where they are used, go into the same two packages: such packages are for
 # development machines, all three sonames change together, and packages of their own would carry
@@ -11,8 +12,15 @@ if(NOT CMAKE_LIBRARY_ARCHITECTURE)
   return()
 endif()
 
+# The components that are packed, and the package of each.
+set(kinds runtime development)
 set(runtime_package libfilter-common${PROJECT_VERSION_MAJOR})
 set(development_package libfilter-common-dev)
+if(TARGET filter_inspect)
+  list(APPEND kinds inspect_runtime inspect_development)
+  set(inspect_runtime_package libfilter-inspect${PROJECT_VERSION_MAJOR})
+  set(inspect_development_package libfilter-inspect-dev)
+endif()
 filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
@@ -35,7 +43,7 @@ foreach(source packed IN ZIP_LISTS changelog_sources changelogs)
 endforeach()
 list(TRANSFORM changelogs PREPEND ${PROJECT_BINARY_DIR}/)
 
-foreach(kind runtime development)
+foreach(kind IN LISTS kinds)
   install(FILES packaging/debian/copyright ${changelogs}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${kind}_package}
           COMPONENT filter_common_package_${kind} EXCLUDE_FROM_ALL)
@@ -45,7 +53,7 @@ set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/packing_tools.cmake)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT ${FILTER_COMMON_CONTACT})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
-set(CPACK_COMPONENTS_ALL filter_common_package_runtime filter_common_package_development)
+list(TRANSFORM kinds PREPEND filter_common_package_ OUTPUT_VARIABLE CPACK_COMPONENTS_ALL)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -55,25 +63,50 @@ set(CPACK_DEBIAN_PACKAGE_SOURCE filter-common)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY "optional\nMulti-Arch: same")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# Where dpkg-shlibdeps finds what the second library needs of the first, whose package it is told.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/platform/limid
+    ${PROJECT_BINARY_DIR}/platform/policer)
+
+# describe_package(<kind> <section> <summary> <about>) and further fields: <field> <value>...
+function(describe_package kind section summary about)
+  string(TOUPPER CPACK_DEBIAN_FILTER_COMMON_PACKAGE_${kind} fields)
+  set(${fields}_PACKAGE_NAME ${${kind}_package} PARENT_SCOPE)
+  set(${fields}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+  set(${fields}_DESCRIPTION "${summary}\n${about}" PARENT_SCOPE)
+  if(section STREQUAL "libs")
+    set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
+    # CPack adds scripts that say the same.
+    set(${fields}_PACKAGE_CONTROL_EXTRA
+        ${PROJECT_SOURCE_DIR}/packaging/debian/triggers PARENT_SCOPE)
+  endif()
+  cmake_parse_arguments(PARSE_ARGV 4 extra "" "RECOMMENDS" "DEPENDS")
+  # All packages of a build go together.
+  list(TRANSFORM extra_DEPENDS APPEND " (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+  list(JOIN extra_DEPENDS ", " depends)
+  set(${fields}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(${fields}_PACKAGE_RECOMMENDS "${extra_RECOMMENDS}" PARENT_SCOPE)
+endfunction()
 
 set(about "Rules of packet filters (matches, actions, policers, counters) for the control\n\
 plane of switches and routers, and their way between processes as bytes.")
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_PACKAGE_NAME ${runtime_package})
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_PACKAGE_CONTROL_EXTRA
-    ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)  # CPack adds scripts that say the same
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_RUNTIME_DESCRIPTION
-    "data model of packet-filter rules, shared library\n${about}")
-
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_NAME ${development_package})
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_DEPENDS
-    "${runtime_package} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+describe_package(
+  runtime libs "data model of packet-filter rules, shared library" "${about}")
 # Most programs include no message header; apt brings what those that do need, unless told not to.
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_PACKAGE_RECOMMENDS
+describe_package(
+  development libdevel "data model of packet-filter rules, development files" "${about}"
+  DEPENDS ${runtime_package}
+  RECOMMENDS
     "libprotobuf-dev (>= ${Protobuf_VERSION}), libprotobuf-dev (<< ${Protobuf_VERSION}.1~)")
-set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DEVELOPMENT_DESCRIPTION
-    "data model of packet-filter rules, development files\n${about}")
+if(TARGET filter_inspect)
+  set(about "Says why rules of packet filters are refused, and what their bytes lose when they\n\
+are read: what libfilter-common itself answers with a bare code, or with nothing.")
+  describe_package(
+    inspect_runtime libs "reports on packet-filter rules, shared library" "${about}"
+    DEPENDS ${runtime_package})
+  describe_package(
+    inspect_development libdevel "reports on packet-filter rules, development files" "${about}"
+    DEPENDS ${inspect_runtime_package} ${development_package})
+endif()
 
 include(CPack)

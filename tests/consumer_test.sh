@@ -20,6 +20,10 @@ build() {
   cmake --build "$work/$1"
   "$here/examples_test.sh" "$work/$1" "${emulator[@]}"
   "${emulator[@]}" "$work/$1/procedural"
+  if [[ -e $prefix/include/filter_inspect ]]; then
+    "${emulator[@]}" "$work/$1/inspect_c"
+    "${emulator[@]}" "$work/$1/inspect_cpp"
+  fi
 }
 build all
 build plain -DCMAKE_DISABLE_FIND_PACKAGE_Protobuf=ON
@@ -37,15 +41,20 @@ compile() {
 }
 PKG_CONFIG_LIBDIR=$work compile filter_common procedural.c "$CC" -std=c11
 "${emulator[@]}" "$work/a.out"
+if [[ -e $prefix/include/filter_inspect ]]; then
+  PKG_CONFIG_LIBDIR=$work compile filter_inspect inspect.c "$CC" -std=c11
+  "${emulator[@]}" "$work/a.out"
+fi
 compile filter_common_messages change_message.cpp "$CXX" -std=c++17
 mv "$work/a.out" "$work/all/change_message"
 "$here/examples_test.sh" "$work/all" "${emulator[@]}"
 
-# No header leads to the message runtime's, unless it is one of the messages.
-find "$prefix/include/filter_common" -name "*.h" ! -name "*.pb.h" \
-  -printf "#include <filter_common/%f>\n" >"$work/all.cpp"
+# No header leads to the message runtime's, unless it is one of the messages, or to a library that
+# the second one keeps to itself.
+find "$prefix/include" -path '*/filter_*/*.h' ! -name "*.pb.h" -printf "#include <%P>\n" \
+  >"$work/all.cpp"
 "$CXX" -std=c++17 -E -I"$prefix/include" "$work/all.cpp" -o "$work/all.ii"
-if grep 'google/protobuf' "$work/all.ii"; then
-  echo "consumer: a header includes the message runtime's"
+if grep -E 'google/protobuf|nlohmann' "$work/all.ii"; then
+  echo "consumer: a header includes another library's"
   exit 1
 fi

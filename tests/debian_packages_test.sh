@@ -1,6 +1,6 @@
 #!/bin/bash
-# Packs a build, looks at the packages as Debian's tools show them, unpacks both into an empty root
-# and builds the examples against that.
+# Packs a build, looks at the packages as Debian's tools show them, unpacks all into an empty root
+# and builds the examples against that. The second library is part of it where the build has it.
 #   debian_packages_test.sh <build folder>
 set -euo pipefail
 command -v dpkg-shlibdeps file pkg-config || { echo "debian_packages: skipped" && exit 77; }
@@ -13,6 +13,10 @@ fail() { echo "debian_packages: $1" && exit 1; }
 (umask 022 && cd "$build" && cpack -G DEB -B "$work/packages")
 runtime=$(echo "$work"/packages/libfilter-common1_*.deb)
 development=$(echo "$work"/packages/libfilter-common-dev_*.deb)
+inspect=() # its two packages
+if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
+  inspect=("$work"/packages/libfilter-inspect1_*.deb "$work"/packages/libfilter-inspect-dev_*.deb)
+fi
 
 # field <package> <field> <pattern for all of it>
 field() { dpkg-deb -f "$1" "$2" | grep -Ex -- "$3" || fail "expected $2 $3 of $1"; }
@@ -23,23 +27,55 @@ field "$development" Section libdevel
 field "$development" Depends "libfilter-common1 \(= $(dpkg-deb -f "$runtime" Version)\)"
 field "$development" Recommends 'libprotobuf-dev \(>= [0-9.]+\), libprotobuf-dev \(<< [0-9.]+~\)'
 contact=$(sed -n 's/^FILTER_COMMON_CONTACT:[A-Z]*=//p' "$build/CMakeCache.txt")
-for package in "$runtime" "$development"; do
+same="\\(= $(dpkg-deb -f "$runtime" Version)\\)"
+if [[ ${#inspect[@]} -gt 0 ]]; then
+  field "${inspect[0]}" Section libs
+  field "${inspect[0]}" Depends "(.*, )?libfilter-common1 $same(, .*)?"
+  field "${inspect[0]}" Depends '(.*, )?libprotobuf[0-9]+ .*'
+  field "${inspect[1]}" Section libdevel
+  field "${inspect[1]}" Depends "libfilter-inspect1 $same, libfilter-common-dev $same"
+  dpkg-deb -I "${inspect[0]}" shlibs | grep "^libfilter_inspect 1 libfilter-inspect1 "
+fi
+for package in "$runtime" "$development" "${inspect[@]}"; do
   [[ $(dpkg-deb -f "$package" Maintainer) == "$contact" ]] || fail "another contact"
   field "$package" Multi-Arch same
   field "$package" Architecture "$(dpkg --print-architecture)"
   if dpkg-deb -c "$package" | grep '^d' | grep -v '^drwxr-xr-x'; then fail "closed folders"; fi
+  documents=$(dpkg-deb -c "$package" | grep -cE '/(copyright|changelog(\.Debian)?\.gz)$')
+  [[ $documents -eq 3 ]] || fail "$documents of 3 documents"
 done
 dpkg-deb -I "$runtime" shlibs | grep "^libfilter_common 1 libfilter-common1 "
 
-# The runtime package alone has the libraries, by their sonames and versions; no file is in both.
+# The runtime packages alone have the libraries, by their sonames and versions; no file is in two.
 root="$work/root of another machine"
-dpkg-deb -x "$runtime" "$root"
-libraries=$(cd "$root/usr/lib"/* && echo *)
-[[ " $libraries " == *" libfilter_common.so.1 libfilter_common.so.1."* ]] || fail "$libraries"
-[[ " $libraries " != *".so "* && ! -e "$root/usr/include" ]] || fail "development files"
-dpkg-deb -x "$development" "$work/development"
-both=$(cd "$work/development" && find . ! -type d -exec test -e "$root/{}" \; -print)
-[[ -z $both ]] || fail "in both packages: $both"
-dpkg-deb -x "$development" "$root"
+# unpack <runtime package> <development package> <library>
+unpack() {
+  rm -rf "$work/runtime" "$work/development"
+  dpkg-deb -x "$1" "$work/runtime"
+  dpkg-deb -x "$2" "$work/development"
+  libraries=$(cd "$work/runtime/usr/lib"/* && echo *)
+  [[ " $libraries " == *" $3.so.1 $3.so.1."* ]] || fail "$libraries"
+  [[ " $libraries " != *".so "* && ! -e "$work/runtime/usr/include" ]] || fail "development files"
+  for kind in runtime development; do
+    both=$(cd "$work/$kind" && find . ! -type d -exec test -e "$root/{}" \; -print)
+    [[ -z $both ]] || fail "in two packages: $both"
+    cp -a "$work/$kind/." "$root"
+  done
+}
+mkdir "$root"
+unpack "$runtime" "$development" libfilter_common
+if [[ ${#inspect[@]} -gt 0 ]]; then
+  # Who asks for the second library is told that it is missing.
+  cat >"$work/CMakeLists.txt" <<END
+cmake_minimum_required(VERSION 3.16)
+project(asks LANGUAGES C CXX)
+find_package(filter_common 1 REQUIRED COMPONENTS inspect)
+END
+  if cmake -S "$work" -B "$work/asks" -DCMAKE_PREFIX_PATH="$root/usr" 2>"$work/refusal"; then
+    fail "a library that is not installed was found"
+  fi
+  grep "inspect is not installed" "$work/refusal"
+  unpack "${inspect[@]}" libfilter_inspect
+fi
 
 "$(dirname "$0")/consumer_test.sh" "$root/usr"

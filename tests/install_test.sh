@@ -15,6 +15,10 @@ mv "$prefix-first" "$prefix"
   include/filter_common/filter_{matches,actions}.def \
   include/filter_common/filter_{matches,actions,entries,groups}_c.h \
   include/filter_common/filter_{matches,actions,counter,entries,groups}.pb.h)
+if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
+  (cd "$prefix" && ls include/filter_inspect/findings.def \
+    include/filter_inspect/filter_{names,report,explain,decode,inspect_c}.h)
+fi
 
 # Nothing in it knows where it was built or first installed. The library's debug information is
 # left out of this: it names system headers, and reproducible_test.sh looks at all of it.
@@ -22,5 +26,6 @@ if grep -rI -e "$prefix-first" -e "$build" "$prefix"; then
   echo "install: a text file names a folder of the build"
   exit 1
 fi
-find "$prefix" -name libfilter_common.so -exec "$READELF" --dynamic {} + |
-  grep -E 'RUNPATH.*\[\$ORIGIN\]'
+while read -r library; do
+  "$READELF" --dynamic "$library" | grep -E 'RUNPATH.*\[\$ORIGIN\]'
+done < <(find "$prefix" -name 'libfilter_*.so')

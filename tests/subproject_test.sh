@@ -1,6 +1,7 @@
 #!/bin/bash
 # Configures a project that has the library in a subfolder: nothing of it is installed unless asked,
-# what holds for the whole build stays the parent's choice, and a static library is refused.
+# what holds for the whole build stays the parent's choice, the second library is there when asked
+# for, and a static library is refused.
 #   subproject_test.sh <folder of the sources>
 # The environment names the tools, as tests/packaging.cmake sets it.
 set -euo pipefail
@@ -13,17 +14,24 @@ cmake_minimum_required(VERSION 3.25)
 project(parent LANGUAGES CXX)
 add_subdirectory("$1" filter_common)
 get_target_property(ignored filter_common::messages TYPE)
+if(TARGET filter_common::inspect)
+  message(STATUS "the second library is there")
+endif()
 END
 configure() {
   cmake -S "$work" -B "$work/build" ${FIND_ROOT_PATH:+"-DCMAKE_FIND_ROOT_PATH=$FIND_ROOT_PATH"} "$@"
 }
-configure
+configure >"$work/log"
 if grep -E '^(BUILD_|CMAKE_BUILD_TYPE:[A-Z]*=.|CMAKE_C(XX)?_STANDARD|CPACK_|DART_)' \
   "$work/build/CMakeCache.txt"; then
   echo "subproject: the library settled this for its parent"
   exit 1
 fi
+if grep 'the second library is there' "$work/log"; then exit 1; fi
 # Nothing is built, so whatever were to be installed would be missing.
+cmake --install "$work/build" --prefix "$work/installed"
+[[ ! -e $work/installed ]]
+configure -DFILTER_COMMON_BUILD_INSPECT=ON | grep 'the second library is there'
 cmake --install "$work/build" --prefix "$work/installed"
 [[ ! -e $work/installed ]]
 if configure -DBUILD_SHARED_LIBS=OFF 2>"$work/refusal"; then exit 1; fi

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds the library against the libraries of platform/plain, and a program against all three.
+# Builds both libraries against those of platform/plain, and a program against all.
 #   device_platform_test.sh <folder of the library's sources> <folder to build in>
 # The environment names the tools, as tests/packaging.cmake sets it. The next run builds only what
 # changed.
@@ -18,7 +18,7 @@ build() {
 build platform "$1/platform/plain"
 rm -rf "$work/device"
 cmake --install "$work/platform"
-build library "$1" -DFILTER_COMMON_PLATFORM=device
+build library "$1" -DFILTER_COMMON_PLATFORM=device -DFILTER_COMMON_BUILD_INSPECT=ON
 cmake --install "$work/library"
 build round_trip "$here"
 
