@@ -26,7 +26,8 @@ PACKAGECONFIG[device] = "-DFILTER_COMMON_PLATFORM=device,-DFILTER_COMMON_PLATFOR
 TESTED = "${@bb.utils.contains('PTEST_ENABLED', '1', bb.utils.contains('PACKAGECONFIG', 'device', '', '1', d), '', d)}"
 
 DEPENDS:append = "${@' googletest' if d.getVar('TESTED') else ''}"
-EXTRA_OECMAKE = "-DBUILD_TESTING=${@'ON' if d.getVar('TESTED') else 'OFF'} -DCMAKE_SKIP_RPATH=ON"
+EXTRA_OECMAKE = "-DFILTER_COMMON_BUILD_INSPECT=OFF \
+    -DBUILD_TESTING=${@'ON' if d.getVar('TESTED') else 'OFF'} -DCMAKE_SKIP_RPATH=ON"
 
 # Left out are the tests that read files of the source or build folder.
 do_install_ptest() {
