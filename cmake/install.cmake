@@ -16,9 +16,10 @@ else()
 endif()
 set_target_properties(filter_common PROPERTIES EXPORT_NAME filter_common::filter_common)
 if(TARGET filter_inspect)
-  get_target_property(rpath filter_common INSTALL_RPATH)
-  set_target_properties(
-    filter_inspect PROPERTIES EXPORT_NAME filter_common::inspect INSTALL_RPATH "${rpath}")
+  set_target_properties(filter_inspect PROPERTIES EXPORT_NAME filter_common::inspect)
+  if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+    set_target_properties(filter_inspect PROPERTIES INSTALL_RPATH \$ORIGIN)
+  endif()
 endif()
 
 # The installed tree can be moved, and the files below count folders from its root.
@@ -30,8 +31,8 @@ endforeach()
 
 # Installs everything, what is needed to run and to develop as one component each:
 # filter_common_<prefix>runtime and filter_common_<prefix>development, and the same for the second
-# library, filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development. Libraries go to libdir, what
-# is read to docdir; further arguments to every install().
+# library, filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development.
+# Libraries go to libdir, what is read to docdir; further arguments to every install().
 function(filter_common_install libdir docdir prefix)
   set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
   set(development COMPONENT filter_common_${prefix}development ${ARGN})
