@@ -2,8 +2,9 @@
 
 #include <filter_inspect/filter_names.h>
 #include <filter_inspect/filter_report.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 
@@ -50,6 +51,31 @@ TEST(Describe, HasASentenceForEachResult) {
     EXPECT_TRUE(sentences.insert(describe(result)).second) << name;
     EXPECT_EQ(describe(result).back(), '.') << name;
   }
+}
+
+// Whatever stands in a report, its JSON is read back, and is laid out as that of the reader.
+TEST(Report, IsWrittenAsJson) {
+  Report report;
+  for (int i = 0; i < 7 * 4; ++i) {
+    Finding finding{};
+    finding.subject = static_cast<Subject>(i % 7);
+    if (i % 2 != 0) finding.result = FILTERS_ERR_MATCH_NOT_ALLOWED;
+    if (i % 3 != 0) finding.bytes = ByteRange{1, 0xffffffff};
+    if (i % 4 != 0) finding.admitted = {1, 27, 900};
+    if (i % 5 != 0) finding.others = {0xffffffff};
+    if (i % 6 != 0) finding.entry = finding.group = 65535;
+    finding.before = "\"a\\\n\x01\xff\xc3\xa4";
+    report.findings.push_back(finding);
+  }
+  const std::string text = toJson(report, "check", "\xfe.bin");
+  const auto json = nlohmann::ordered_json::parse(text, nullptr, false);
+  ASSERT_FALSE(json.is_discarded()) << text;
+  EXPECT_EQ(json.dump(2) + '\n', text);
+  EXPECT_EQ(json["inputs"][0]["findings"].size(), report.findings.size());
+  EXPECT_EQ(json["inputs"][0]["findings"][1]["before"], "\"a\\\n\x01\ufffd\u00e4");
+  EXPECT_EQ(json["inputs"][0]["findings"][1]["admitted"],
+            nlohmann::ordered_json({"ingress_ports", "vrf_id", 900}));
+  EXPECT_THAT(toJson(Report()), testing::HasSubstr("\"findings\": [],"));
 }
 
 }  // namespace
