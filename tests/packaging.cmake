@@ -52,9 +52,13 @@ filter_common_add_package_test(
 # Once is enough: the compilers of all targets are told the same. Debian's tools pack what is built
 # for the machine they run on.
 if(NOT CMAKE_CROSSCOMPILING)
+  set(libraries $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
+  if(TARGET filter_inspect)
+    list(APPEND libraries $<TARGET_FILE:filter_inspect>)
+  endif()
   filter_common_add_package_test(
     reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/tests/reproducible
-    $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
+    ${libraries})
   if(CMAKE_LIBRARY_ARCHITECTURE)
     filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
   endif()

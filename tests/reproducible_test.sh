@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds a copy of the sources in another folder; what comes out must be the same bytes.
+# Builds a copy of the sources in another folder; what comes out must be the same bytes. First
+# without libfilter_inspect, whose being built must leave no trace in the others; then that as well.
 #   reproducible_test.sh <folder of the sources> <folder for the copy> <library>...
 # The environment names the tools and the kind of build, as tests/packaging.cmake sets it. The copy
 # has the times of the sources, so that the next run builds only what changed.
@@ -11,9 +12,16 @@ rm -rf "$copy"
 mkdir -p "$copy"
 tar -C "$1" --exclude=./build --exclude="./${2#"$1"/}" --exclude=./.git --format=posix -c . |
   tar -C "$copy" -x
-cmake -S "$copy" -B "$build" -DBUILD_TESTING=OFF -DCMAKE_BUILD_TYPE="$CMAKE_BUILD_TYPE" \
-  -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS"
-cmake --build "$build" --target filter_common
-for library in "${@:3}"; do
-  cmp "$library" "$(find "$build" -name "$(basename "$library")")"
-done
+
+# same <library>: builds its target.
+same() {
+  target=$(basename "$1")
+  target=${target#lib}
+  target=${target%%.so*}
+  inspect=$([[ $target == filter_inspect ]] && echo ON || echo OFF)
+  cmake -S "$copy" -B "$build" -DBUILD_TESTING=OFF -DCMAKE_BUILD_TYPE="$CMAKE_BUILD_TYPE" \
+    -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DFILTER_COMMON_BUILD_INSPECT="$inspect"
+  cmake --build "$build" --target "$target"
+  cmp "$1" "$(find "$build" -name "$(basename "$1")")"
+}
+for library in "${@:3}"; do same "$library"; done
