@@ -1,5 +1,6 @@
 # How the libraries that are shipped are compiled and linked. Link filter_common_shipped PRIVATE.
 include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
 
 add_library(filter_common_shipped INTERFACE)
 
@@ -14,6 +15,14 @@ endforeach()
 # Calls within a library go straight to their target, and those that leave it through its table of
 # addresses, which is filled while it is loaded: smaller and faster, with the same exports.
 target_compile_options(filter_common_shipped INTERFACE -fno-semantic-interposition -fno-plt)
+
+# The linker for 32-bit PowerPC has the loader expect that thread-local variables are reached by way
+# of that table, and without it programs crash. Others have no such option.
+check_linker_flag(
+  CXX LINKER:--no-tls-get-addr-optimize FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
+if(FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
+  target_link_options(filter_common_shipped INTERFACE LINKER:--no-tls-get-addr-optimize)
+endif()
 
 # Faults that get through stop the process. The checked functions of the C library need an optimised
 # build; a compiler may already define a level of its own.
