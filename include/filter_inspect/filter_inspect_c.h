@@ -6,21 +6,19 @@
 // print). Functions forward to the classes and functions of the other headers, whose descriptions
 // hold; here stands what is special to this side.
 //
-// Handles. A FiltersReport* is the caller's until deleteFiltersReport(); the findings in it, their
-// texts and arrays live as long. Groups and entries that come out of bytes are the caller's as if
-// made by newFiltersGroup() and newFiltersEntry(). Objects passed in are read, and stay as they
-// are. Failures. No function stops the process or throws, whatever it is given. A null object, and
-// memory that runs out, give a null report, 0 or false; they are no empty report, which says that
-// there is nothing to say. Unknown enumerators are no failure: explaining one gives the report that
-// says so.
+// Handles. A FiltersReport* is the caller's until deleteFiltersReport(); the texts and arrays of
+// its findings live as long. Groups and entries that come out of bytes are the caller's as if made
+// by newFiltersGroup() and newFiltersEntry(). Objects passed in are read, and stay as they are.
+// Failures. No function stops the process or throws, whatever it is given. A null object, a stage,
+// type or match that does not exist, and memory that runs out give a null report, 0 or false. An
+// empty report is something else: it says that there is nothing to say.
 // Texts and arrays. Functions that fill a caller's buffer do so as snprintf() does: they write what
 // fits, a text always with its zero, and return how long the whole is, the zero not counted. With
 // size 0 the buffer may be null, and its length is asked for.
 // Threads. Any number may read one report, group or entry at a time; deleting it, or changing it,
 // needs it alone.
 //
-// This interface is only added to within one major version. A finding may get more fields at its
-// end with a minor one, which is why it is read where the report keeps it.
+// This interface is only added to within one major version, and a finding keeps its layout.
 
 #include <stddef.h>
 
@@ -91,8 +89,8 @@ typedef struct filtersFinding_t {
 } filtersFinding_t;
 
 FILTERS_API size_t filtersReportCount(const FiltersReport* r);
-// Null beyond the last.
-FILTERS_API const filtersFinding_t* filtersReportGet(const FiltersReport* r, size_t index);
+// Fills *out and returns 1, or returns 0 beyond the last and leaves *out as it is.
+FILTERS_API int32_t filtersReportGet(const FiltersReport* r, size_t index, filtersFinding_t* out);
 // How many findings there were beyond the limit of those that a report keeps.
 FILTERS_API size_t filtersReportLeftOut(const FiltersReport* r);
 // One line a finding; the form of docs/schema/filter-report-1.schema.json.
@@ -104,7 +102,8 @@ FILTERS_API void deleteFiltersReport(FiltersReport* r);  // null: nothing to do
 
 // Of filtersGroupInsertEntry(), also into a group of this stage and type; filtersGroupSetStage(),
 // filtersGroupSetType(); and filtersEntrySetMatch() of one more match of this code. A report is
-// empty exactly when that would succeed, and its first finding has the very result.
+// empty exactly when that would succeed, and its first finding has the very result. Of a group that
+// was read from bytes the stage and type may be any.
 FILTERS_API FiltersReport* filtersExplainInsert(const FiltersGroup* g, const FiltersEntry* e);
 FILTERS_API FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filtersGroupType_t t,
                                                     const FiltersEntry* e);

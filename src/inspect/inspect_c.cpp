@@ -1,6 +1,7 @@
 #include <filter_inspect/filter_inspect_c.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <ostream>
@@ -16,7 +17,6 @@ namespace FiltersInspect {
 
 struct FiltersReport {
   Report report;
-  std::vector<filtersFinding_t> findings;  // which point into the report
 };
 
 namespace {
@@ -76,9 +76,12 @@ filtersFinding_t inC(const Finding& finding) {
 FiltersReport* handleOf(Report&& report) {
   auto handle = std::make_unique<FiltersReport>();
   handle->report = std::move(report);
-  handle->findings.reserve(handle->report.findings.size());
-  for (const Finding& finding : handle->report.findings) handle->findings.push_back(inC(finding));
   return handle.release();
+}
+
+template <class Enum>
+bool exists(Enum value) {
+  return !nameOf(value).empty();
 }
 
 // The report that `explain` gives of objects, none of which may be null.
@@ -189,11 +192,13 @@ bool found(const char* name, Enum* out) {
 extern "C" {
 
 std::size_t filtersReportCount(const FiltersReport* r) {
-  return r == nullptr ? 0 : r->findings.size();
+  return r == nullptr ? 0 : r->report.findings.size();
 }
 
-const filtersFinding_t* filtersReportGet(const FiltersReport* r, std::size_t index) {
-  return index < filtersReportCount(r) ? &r->findings[index] : nullptr;
+std::int32_t filtersReportGet(const FiltersReport* r, std::size_t index, filtersFinding_t* out) {
+  if (index >= filtersReportCount(r) || out == nullptr) return 0;
+  *out = inC(r->report.findings[index]);
+  return 1;
 }
 
 std::size_t filtersReportLeftOut(const FiltersReport* r) {
@@ -218,18 +223,22 @@ FiltersReport* filtersExplainInsert(const FiltersGroup* g, const FiltersEntry* e
 
 FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filtersGroupType_t t,
                                         const FiltersEntry* e) {
+  if (!exists(s) || !exists(t)) return nullptr;
   return explained([&](const auto& entry) { return explainInsert(s, t, entry); }, e);
 }
 
 FiltersReport* filtersExplainStage(const FiltersGroup* g, filtersGroupStage_t s) {
+  if (!exists(s)) return nullptr;
   return explained([&](const auto& group) { return explainStage(group, s); }, g);
 }
 
 FiltersReport* filtersExplainType(const FiltersGroup* g, filtersGroupType_t t) {
+  if (!exists(t)) return nullptr;
   return explained([&](const auto& group) { return explainType(group, t); }, g);
 }
 
 FiltersReport* filtersExplainMatch(const FiltersEntry* e, filtersMatch_t m) {
+  if (!exists(m)) return nullptr;
   return explained([&](const auto& entry) { return explainMatch(entry, m); }, e);
 }
 

@@ -53,7 +53,7 @@ void sayCut(Finding* finding, std::string before, std::uint64_t bits, std::int64
   finding->before = std::move(before);
   finding->after = std::to_string(after);
   finding->message = finding->before + " is kept as " + finding->after;
-  for (const int width : {8, 16, 32}) {
+  for (const int width : {32, 16, 8}) {
     if (static_cast<std::int64_t>(bits & ((std::uint64_t{1} << width) - 1)) != after) continue;
     finding->message = finding->before + " is cut to " + finding->after + ", the low " +
                        std::to_string(width) + " bits";
