@@ -26,7 +26,7 @@ constexpr std::size_t kSize = 1 << 20;
 constexpr double kSeconds = 3;
 constexpr double kMebibytes = 256;
 constexpr double kGrowth = 3;
-constexpr double kTooShort = 0.02;  // seconds that say nothing about growth
+constexpr double kTooShort = 0.1;  // seconds that say nothing about growth
 
 std::string repeated(const std::string& element, std::size_t size) {
   std::string bytes;
