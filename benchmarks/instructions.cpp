@@ -11,6 +11,9 @@
 #include <streambuf>
 
 #include "workload.h"
+#ifdef BENCHMARKS_WITH_INSPECT
+#include <filter_inspect/filter_decode.h>
+#endif
 
 using namespace benchmarks;
 
@@ -21,6 +24,18 @@ class NullBuffer : public std::streambuf {
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }
   std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
+
+#ifdef BENCHMARKS_WITH_INSPECT
+// The same group, of which each rule has a field that its match does not look at.
+std::string withLosses(const std::string& bytes) {
+  FiltersGroupPB group;
+  require(group.ParseFromString(bytes), "the bytes do not parse");
+  for (FiltersEntryPB& rule : *group.mutable_entries_()) {
+    rule.mutable_matches_(2)->set_vrf_id_(1);
+  }
+  return group.SerializeAsString();
+}
+#endif
 
 struct Work {
   const char* name;
@@ -43,6 +58,10 @@ int main(int argc, char** argv) {
   NullBuffer nowhere;
   std::ostream os(&nowhere);
 
+#ifdef BENCHMARKS_WITH_INSPECT
+  const std::string lossy = withLosses(bytes);
+#endif
+
   const auto nothing = [] {};
   const auto forget = [&] {
     made.reset();
@@ -64,6 +83,12 @@ int main(int argc, char** argv) {
          for (const auto& [id, rule] : group.getEntriesRef()) isOk(made->insertEntry(rule));
        },
        [&] { made.emplace(makeEmptyGroup()); }},
+#ifdef BENCHMARKS_WITH_INSPECT
+      {"decode", [&] { require(FiltersInspect::decodeGroup(bytes).report.empty(), "a loss"); },
+       nothing},
+      {"decode_losses",
+       [&] { require(!FiltersInspect::decodeGroup(lossy).report.empty(), "no loss"); }, nothing},
+#endif
   };
   for (const Work& work : works) {
     bool wanted = argc == 2;

@@ -44,6 +44,10 @@ ROWS = [
     ("13", "stripped library, -Os, KB", "size.Os", (240, 260), ".0f", True),
     ("14", "relocations", "relocations", 1300, ".0f", True),
     ("14", "instructions to load it, millions", "load.instructions", 1.3, ".2f", True),
+    ("15", "strict decode / rebuild, instructions, 10,000 rules", "decode.10000", 10, ".2f", True),
+    ("15", "the same of rules that each lose a field", "decode_losses.10000", 10, ".2f", True),
+    ("16", "strict decode with losses, instructions a rule of 10,000 / of 1,000",
+     "decode_losses.growth", 1.1, ".2f", True),
 ]
 HEAP = {"5", "6", "7", "8", "9", "10"}
 
@@ -53,14 +57,16 @@ def read_figures(lines, times):
     for line in lines:
         name, value = line.split()
         figures[name] = float(value)
-    for work, floor in (("serialize", "write"), ("rebuild", "read")):
+    for work, floor in (("serialize", "write"), ("rebuild", "read"), ("decode", "rebuild"),
+                        ("decode_losses", "rebuild")):
         def taken(name, rules):
             return figures.get(f"instructions.{name}.{rules}")
         for rules in (1, 10, 100, 1000, 10000):
             if taken(work, rules):
                 figures[f"{work}.{rules}"] = taken(work, rules) / taken(floor, rules)
-        if taken(work, 100000):
-            figures[f"{work}.growth"] = taken(work, 100000) / taken(work, 1000) / 100
+        most = 100000 if taken(work, 100000) else 10000
+        if taken(work, most):
+            figures[f"{work}.growth"] = taken(work, most) / taken(work, 1000) * 1000 / most
     if times:
         for run in json.load(open(times))["benchmarks"]:
             figures["/".join(run["name"].split("/")[:2])] = run["floor_ratio"]

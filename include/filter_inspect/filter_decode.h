@@ -9,6 +9,10 @@
 // said. Every range lies inside the bytes. Memory: that of a parse of the whole message, and
 // `max_findings` findings; time grows with the number of bytes, whatever they are.
 //
+// What the head of a group loses comes first, then what each entry loses, in the order of the
+// bytes. A range covers a whole field: its tag, its length and its value; of packed numbers one
+// number; of what is missing, the part that misses it; of broken bytes, all from there to the end.
+//
 // May be called from any thread. It may throw std::bad_alloc, and nothing else.
 
 #include <cstddef>

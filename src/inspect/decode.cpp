@@ -16,13 +16,13 @@ namespace {
 
 using namespace FiltersCommon;
 
-// What the bytes make, or nothing when the constructor throws for what is in them.
+// Nothing when the constructor throws for what is in the bytes.
 template <class T>
-std::optional<T> made(std::string_view bytes) {
+void make(std::string_view bytes, std::optional<T>* object) {
   try {
-    return std::optional<T>(std::in_place, std::string(bytes));
+    object->emplace(std::string(bytes));
   } catch (const std::invalid_argument&) {
-    return std::nullopt;
+    object->reset();
   }
 }
 
@@ -75,59 +75,73 @@ bool areUsual(const FiltersGroup& group) {
   return true;
 }
 
-}  // namespace
-
-DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
-  Findings findings(limits.max_findings);
-  if (!fits(bytes, limits, &findings)) return {std::nullopt, std::move(findings.report)};
-  std::optional<FiltersGroup> group = made<FiltersGroup>(bytes);
-  const bool same = writesAgain(group, bytes);
-  if (same && areUsual(*group)) return {std::move(group), {}};
-
+void noteGroup(std::string_view bytes, bool isMade, bool same, std::size_t room,
+               Findings* findings) {
   MessageArena arena;
   const auto [head, whole] = parse<FiltersGroupPB>(bytes, &arena);
   auto* const rest = arena.make<FiltersGroupPB>();
   rest->mutable_entries_()->Swap(head->mutable_entries_());
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
-  findings.group = blank.getId();
+  findings->group = blank.getId();
   // What the head loses comes first, wherever in the bytes it stands.
-  Findings ofEntries(limits.max_findings);
-  ofEntries.group = findings.group;
+  Findings ofEntries(room);
+  ofEntries.group = findings->group;
   Entries entries(bytes, whole, &arena, &ofEntries);
+  const auto visit = [&, parsed = rest](const MessageCheck::Field&, const Place& part) {
+    const auto index = static_cast<int>(part.index);
+    return index >= parsed->entries__size() ||
+           entries.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
+  };
   MessageCheck check(FiltersGroupPB::descriptor());
   const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
-  const bool walked = check.walk(bytes, place, WireReader::kDepth, whole, &findings,
-                                 [&, parsed = rest](const MessageCheck::Field&, const Place& part) {
-                                   const auto index = static_cast<int>(part.index);
-                                   return index >= parsed->entries__size() ||
-                                          entries.read(parsed->entries_(index), part,
-                                                       WireReader::kDepth - 1, &blank);
-                                 });
-  check.compare(*head, blank.convertToFiltersGroupPB(), place, &findings);
+  const bool walked = check.walk(bytes, place, WireReader::kDepth, whole, findings, visit);
+  check.compare(*head, blank.convertToFiltersGroupPB(), place, findings);
   if (blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
-    findings.add(Code::kStageTypePair, check.placeOf(FiltersGroupPB::kTypeFieldNumber, place),
-                 "setters would not give a group this stage and type together");
+    findings->add(Code::kStageTypePair, check.placeOf(FiltersGroupPB::kTypeFieldNumber, place),
+                  "setters would not give a group this stage and type together");
   }
-  findings.append(std::move(ofEntries));
-  noteRest(bytes, whole, !walked, !group && !entries.threw(), same, &findings);
-  return {std::move(group), std::move(findings.report)};
+  findings->append(std::move(ofEntries));
+  noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
+}
+
+void noteEntry(std::string_view bytes, bool isMade, bool same, Findings* findings) {
+  MessageArena arena;
+  const auto [message, whole] = parse<FiltersEntryPB>(bytes, &arena);
+  Entries entries(bytes, whole, &arena, findings);
+  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
+  const bool walked = entries.read(*message, place, WireReader::kDepth, nullptr);
+  noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
+}
+
+}  // namespace
+
+DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
+  DecodedGroup decoded;
+  Findings findings(limits.max_findings);
+  if (fits(bytes, limits, &findings)) {
+    make(bytes, &decoded.group);
+    const bool same = writesAgain(decoded.group, bytes);
+    if (!same || !areUsual(*decoded.group)) {
+      noteGroup(bytes, decoded.group.has_value(), same, limits.max_findings, &findings);
+    }
+  }
+  decoded.report = std::move(findings.report);
+  return decoded;
 }
 
 DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits) {
+  DecodedEntry decoded;
   Findings findings(limits.max_findings);
-  if (!fits(bytes, limits, &findings)) return {std::nullopt, std::move(findings.report)};
-  std::optional<FiltersEntry> entry = made<FiltersEntry>(bytes);
-  const bool same = writesAgain(entry, bytes);
-  if (same && isUsual(entry->getCounters())) return {std::move(entry), {}};
-
-  MessageArena arena;
-  const auto [message, whole] = parse<FiltersEntryPB>(bytes, &arena);
-  Entries entries(bytes, whole, &arena, &findings);
-  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
-  const bool walked = entries.read(*message, place, WireReader::kDepth, nullptr);
-  noteRest(bytes, whole, !walked, !entry && !entries.threw(), same, &findings);
-  return {std::move(entry), std::move(findings.report)};
+  if (fits(bytes, limits, &findings)) {
+    make(bytes, &decoded.entry);
+    const bool same = writesAgain(decoded.entry, bytes);
+    if (!same || !isUsual(decoded.entry->getCounters())) {
+      noteEntry(bytes, decoded.entry.has_value(), same, &findings);
+    }
+  }
+  decoded.report = std::move(findings.report);
+  return decoded;
 }
 
 }  // namespace FiltersInspect

@@ -15,8 +15,6 @@ namespace {
 using google::protobuf::Reflection;
 using Field = MessageCheck::Field;
 
-constexpr std::size_t kShownBytes = 256;
-
 // How a number of the field comes out of a varint: as the runtime stores it, sign included.
 std::int64_t storedOf(const Field& field, std::uint64_t varint) {
   switch (field.cpp_type()) {
@@ -70,53 +68,6 @@ std::uint32_t wireTypeOf(const Field& field) {
 
 }  // namespace
 
-std::string hexOf(std::string_view bytes) {
-  std::string hex;
-  for (const char c : bytes.substr(0, kShownBytes)) {
-    for (const int digit : {c >> 4 & 15, c & 15}) hex += "0123456789abcdef"[digit];
-  }
-  return bytes.size() > kShownBytes ? hex + "..." : hex;
-}
-
-// --- Places and findings -------------------------------------------------------------------------
-
-std::string Place::path() const {
-  std::string path = outer == nullptr ? "" : outer->path();
-  if (field.empty()) return path;
-  if (!path.empty()) path += '.';
-  path += field;
-  return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
-}
-
-Finding* Findings::add(Code code, const Place& place, const char* message) {
-  if (report.findings.size() >= room_) {
-    ++report.left_out;
-    return nullptr;
-  }
-  Finding& finding = report.findings.emplace_back();
-  finding.code = code;
-  finding.severity = severityOf(code);
-  finding.subject = subject;
-  finding.group = group;
-  finding.entry = entry;
-  finding.offender = offender;
-  finding.path = place.path();
-  finding.bytes = place.bytes;
-  finding.message = message;
-  return &finding;
-}
-
-void Findings::append(Findings&& others) {
-  for (Finding& finding : others.report.findings) {
-    if (report.findings.size() < room_) {
-      report.findings.push_back(std::move(finding));
-    } else {
-      ++report.left_out;
-    }
-  }
-  report.left_out += others.report.left_out;
-}
-
 // --- The walk ------------------------------------------------------------------------------------
 
 MessageCheck::MessageCheck(const Descriptor* descriptor)
@@ -144,15 +95,7 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
     const bool packed =
         field != nullptr && field->is_repeated() && !isMessage(*field) && wire.wireType == kLength;
     if (field == nullptr || (wire.wireType != wireTypeOf(*field) && !packed)) {
-      if (reader.broken()) break;
-      Finding* finding =
-          findings->add(field == nullptr ? Code::kFieldUnknown : Code::kFieldWireType,
-                        {&place, {}, Place::kAlone, range});
-      if (finding == nullptr) continue;
-      finding->message =
-          "field " + std::to_string(wire.number) +
-          (field == nullptr ? " is not known" : " is written as another kind of value") +
-          ", and dropped";
+      if (!reader.broken()) noteDropped(wire, field != nullptr, place, findings);
       continue;
     }
     if (std::exchange(highest, std::max(highest, wire.number)) > wire.number && ascending) {
@@ -174,17 +117,32 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
     }
   }
   if (whole && reader.broken()) {
-    const std::size_t at = reader.position();
-    const Place rest = {&place, {}, Place::kAlone, {at, bytes.size() - at}};
+    noteEnd(reader.position(), bytes, place, findings);
     whole = false;
-    if (place.outer == nullptr && at + 1 == bytes.size() && bytes[at] == '\0') {
-      findings->add(Code::kTrailingZero, rest, "the zero byte that ends a buffer");
-    } else {
-      findings->add(Code::kBytesBroken, rest, "nothing can be read from here on");
-    }
   }
   noteMissing(place, findings);
   return whole;
+}
+
+void MessageCheck::noteEnd(std::size_t at, std::string_view bytes, const Place& place,
+                           Findings* findings) {
+  const Place rest = {&place, {}, Place::kAlone, {at, bytes.size() - at}};
+  if (place.outer == nullptr && at + 1 == bytes.size() && bytes[at] == '\0') {
+    findings->add(Code::kTrailingZero, rest, "the zero byte that ends a buffer");
+  } else {
+    findings->add(Code::kBytesBroken, rest, "nothing can be read from here on");
+  }
+}
+
+void MessageCheck::noteDropped(const WireField& wire, bool isKnown, const Place& place,
+                               Findings* findings) {
+  const ByteRange range = {wire.begin, wire.end - wire.begin};
+  Finding* finding = findings->add(isKnown ? Code::kFieldWireType : Code::kFieldUnknown,
+                                   {&place, {}, Place::kAlone, range});
+  if (finding == nullptr) return;
+  finding->message = "field " + std::to_string(wire.number) +
+                     (isKnown ? " is written as another kind of value" : " is not known") +
+                     ", and dropped";
 }
 
 // A field that stands once in a message, or one element of a repeated number.
@@ -290,6 +248,31 @@ void MessageCheck::compare(const google::protobuf::Message& in,
   }
 }
 
+// Bytes at their place, of which something is kept.
+void MessageCheck::compareBytes(const Field& field, const google::protobuf::Message& in,
+                                const google::protobuf::Message& out, const Place& place,
+                                Findings* findings) {
+  const Reflection& reflection = *in.GetReflection();
+  const bool came = fields_[static_cast<std::size_t>(field.index())].count != 0;
+  std::string inScratch, outScratch;
+  const std::string& before =
+      came ? reflection.GetStringReference(in, &field, &inScratch) : inScratch;
+  const std::string& after = reflection.GetStringReference(out, &field, &outScratch);
+  const Code code = !came                          ? Code::kFieldDefaulted
+                    : before.size() < after.size() ? Code::kBytesShort
+                    : before.size() > after.size() ? Code::kBytesLong
+                                                   : Code::kValueCut;
+  if (before == after || (!came && field.is_required())) return;
+  Finding* finding = findings->add(code, place);
+  if (finding == nullptr) return;
+  finding->before = hexOf(before);
+  finding->after = hexOf(after);
+  finding->message = nameOf(field) +
+                     (came ? " has " + std::to_string(before.size()) + " bytes, and is kept as "
+                           : " is not there, and read as ") +
+                     finding->after;
+}
+
 void MessageCheck::compareOne(const Field& field, const google::protobuf::Message& in,
                               const google::protobuf::Message& out, const Place& place,
                               Findings* findings) {
@@ -304,23 +287,7 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
       finding->message = nameOf(field) + " means nothing here, and is dropped";
     }
   } else if (isBytes(field)) {
-    std::string inScratch, outScratch;
-    const std::string& before =
-        came ? reflection.GetStringReference(in, &field, &inScratch) : inScratch;
-    const std::string& after = reflection.GetStringReference(out, &field, &outScratch);
-    const Code code = !came                          ? Code::kFieldDefaulted
-                      : before.size() < after.size() ? Code::kBytesShort
-                      : before.size() > after.size() ? Code::kBytesLong
-                                                     : Code::kValueCut;
-    if (before == after || (!came && field.is_required())) return;
-    Finding* finding = findings->add(code, its);
-    if (finding == nullptr) return;
-    finding->before = hexOf(before);
-    finding->after = hexOf(after);
-    finding->message = nameOf(field) +
-                       (came ? " has " + std::to_string(before.size()) + " bytes, and is kept as "
-                             : " is not there, and read as ") +
-                       finding->after;
+    compareBytes(field, in, out, its, findings);
   } else {
     const std::int64_t before = numberIn(in, field), after = numberIn(out, field);
     if (!came && !field.is_required()) {
@@ -336,9 +303,47 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   }
 }
 
+// Keeps each element alone, to see what becomes of it. What should be kept of all, in order.
+std::vector<std::uint32_t> MessageCheck::compareElements(const Field& field,
+                                                         const google::protobuf::Message& in,
+                                                         const std::vector<std::uint32_t>& came,
+                                                         const Place& all, Findings* findings,
+                                                         const Echo& echo) {
+  const std::vector<ByteRange>& ranges = fields_[static_cast<std::size_t>(field.index())].elements;
+  const Reflection& reflection = *in.GetReflection();
+  const Field& type = *descriptor_->field(0);  // it chooses the class
+  std::unique_ptr<google::protobuf::Message> single(in.New()), echoed(in.New());
+  reflection.SetUInt32(single.get(), &type, reflection.GetUInt32(in, &type));
+  reflection.AddUInt32(single.get(), &field, 0);
+  std::vector<std::uint32_t> expected;
+  std::set<std::uint32_t> distinct;
+  for (std::size_t i = 0; i < came.size(); ++i) {
+    const Place its = {all.outer, all.field, i, i < ranges.size() ? ranges[i] : all.bytes};
+    reflection.SetRepeatedUInt32(single.get(), &field, 0, came[i]);
+    echoed->Clear();
+    echo(*single, echoed.get());
+    const bool isKept = reflection.FieldSize(*echoed, &field) == 1;
+    const std::uint32_t value = isKept ? reflection.GetRepeatedUInt32(*echoed, &field, 0) : came[i];
+    if (value != came[i]) {
+      Finding* finding = findings->add(Code::kValueCut, its);
+      if (finding != nullptr) sayCut(finding, std::to_string(came[i]), came[i], value);
+    }
+    if (distinct.insert(value).second) {
+      expected.push_back(value);
+    } else if (Finding* finding = findings->add(Code::kValueCollapsed, its)) {
+      finding->before = std::to_string(came[i]);
+      finding->after = std::to_string(value);
+      finding->message = finding->after + " is in the set already";
+    }
+  }
+  return expected;
+}
+
 void MessageCheck::compareAll(const Field& field, const google::protobuf::Message& in,
                               const google::protobuf::Message& out, const Place& place,
                               Findings* findings, const Echo& echo) {
+  const Reflection& reflection = *in.GetReflection();
+  if (reflection.FieldSize(in, &field) == 0 && reflection.FieldSize(out, &field) == 0) return;
   const std::vector<std::uint32_t> came = numbersIn(in, field);
   std::vector<std::uint32_t> kept = numbersIn(out, field);
   if (came == kept) return;
@@ -351,36 +356,7 @@ void MessageCheck::compareAll(const Field& field, const google::protobuf::Messag
     }
     return;
   }
-  // Each alone, to see what becomes of it.
-  std::unique_ptr<google::protobuf::Message> single(in.New()), echoed(in.New());
-  const Reflection& reflection = *in.GetReflection();
-  const Field& type = *descriptor_->field(0);
-  reflection.SetUInt32(single.get(), &type, reflection.GetUInt32(in, &type));
-  reflection.AddUInt32(single.get(), &field, 0);
-  std::vector<std::uint32_t> expected;
-  std::set<std::uint32_t> distinct;
-  for (std::size_t i = 0; i < came.size(); ++i) {
-    const Place its = {&place, field.name(), i,
-                       i < seen.elements.size() ? seen.elements[i] : all.bytes};
-    reflection.SetRepeatedUInt32(single.get(), &field, 0, came[i]);
-    echoed->Clear();
-    echo(*single, echoed.get());
-    const std::vector<std::uint32_t> own = numbersIn(*echoed, field);
-    const std::uint32_t value = own.size() == 1 ? own[0] : came[i];
-    if (value != came[i]) {
-      if (Finding* finding = findings->add(Code::kValueCut, its))
-        sayCut(finding, std::to_string(came[i]), came[i], value);
-    }
-    if (!distinct.insert(value).second) {
-      if (Finding* finding = findings->add(Code::kValueCollapsed, its)) {
-        finding->before = std::to_string(came[i]);
-        finding->after = std::to_string(value);
-        finding->message = finding->after + " is in the set already";
-      }
-    } else {
-      expected.push_back(value);
-    }
-  }
+  std::vector<std::uint32_t> expected = compareElements(field, in, came, all, findings, echo);
   if (expected == kept) return;
   std::sort(expected.begin(), expected.end());
   std::sort(kept.begin(), kept.end());

@@ -4,63 +4,19 @@
 // What is lost of one message: what its bytes alone show, and what comparing it with what the
 // library makes of it shows. Neither knows a class or a field: descriptors and the library do.
 
-#include <filter_inspect/filter_report.h>
 #include <google/protobuf/message.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
+#include "findings.h"
 #include "walk.h"
 
 namespace FiltersInspect {
-
-// The bytes in hexadecimal, of many the first.
-std::string hexOf(std::string_view bytes);
-
-// A part of the message that is read, which stands in another one unless it is all of it.
-struct Place {
-  static constexpr std::size_t kAlone = static_cast<std::size_t>(-1);
-
-  const Place* outer = nullptr;
-  std::string_view field = {};
-  std::size_t index = kAlone;  // among the field's elements
-  ByteRange bytes = {};
-  std::size_t head = 0;  // how many of the bytes, tag and length, stand in front of a message's own
-
-  std::string path() const;
-  // A message's own bytes, of all.
-  std::string_view content(std::string_view all) const {
-    return all.substr(bytes.offset + head, bytes.length - head);
-  }
-};
-
-// Takes findings as long as there is room for them. What a finding says beside its code is told by
-// the caller, when there is a place for it.
-class Findings {
- public:
-  explicit Findings(std::size_t room) : room_(room) {}
-
-  // Null beyond the room: the finding is then counted alone.
-  Finding* add(Code code, const Place& place, const char* message = "");
-  // Puts others behind those added.
-  void append(Findings&& others);
-
-  // What the findings are about, until it changes.
-  std::optional<FiltersCommon::filtersGroupId_t> group;
-  std::optional<FiltersCommon::filtersEntryId_t> entry;
-  Subject subject = Subject::kGroup;
-  std::uint32_t offender = 0;
-
-  Report report;
- private:
-  std::size_t room_;
-};
 
 // A message beside its bytes.
 class MessageCheck {
@@ -101,12 +57,21 @@ class MessageCheck {
                   Findings* findings);
   bool notePacked(const WireField& wire, const Field& field, std::string_view bytes,
                   const Place& place, Findings* findings);
+  void noteEnd(std::size_t at, std::string_view bytes, const Place& place, Findings* findings);
+  void noteDropped(const WireField& wire, bool isKnown, const Place& place, Findings* findings);
   void noteMissing(const Place& place, Findings* findings);
+  void compareBytes(const Field& field, const google::protobuf::Message& in,
+                    const google::protobuf::Message& out, const Place& place, Findings* findings);
   void compareOne(const Field& field, const google::protobuf::Message& in,
                   const google::protobuf::Message& out, const Place& place, Findings* findings);
   void compareAll(const Field& field, const google::protobuf::Message& in,
                   const google::protobuf::Message& out, const Place& place, Findings* findings,
                   const Echo& echo);
+  std::vector<std::uint32_t> compareElements(const Field& field,
+                                             const google::protobuf::Message& in,
+                                             const std::vector<std::uint32_t>& came,
+                                             const Place& all, Findings* findings,
+                                             const Echo& echo);
 
   const Descriptor* descriptor_;
   std::vector<Occurrences> fields_;

@@ -239,9 +239,16 @@ TEST(Decode, KeepsItsPromisesForOddGroups) {
 TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   for (std::size_t depth = 96; depth < 104; ++depth) {
     std::string bytes = std::string(depth, '\x7b') + std::string(depth, '\x7c');
+    std::size_t start = 0;
     for (const char* tag : {"2a", "22", "0a"}) {
       examine(bytes);
-      bytes = fromHex(tag) + withLength(bytes);
+      for (const Finding& finding : decodeGroup(bytes).report.findings) {
+        if (finding.code != Code::kBytesBroken) continue;
+        EXPECT_EQ(finding.bytes->offset, start) << depth;
+      }
+      const std::string outer = fromHex(tag) + withLength(bytes);
+      start += outer.size() - bytes.size();
+      bytes = outer;
     }
   }
 }

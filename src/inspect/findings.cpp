@@ -1,0 +1,53 @@
+#include "findings.h"
+
+#include <utility>
+
+namespace FiltersInspect {
+
+std::string hexOf(std::string_view bytes) {
+  constexpr std::size_t kShownBytes = 256;
+  std::string hex;
+  for (const char c : bytes.substr(0, kShownBytes)) {
+    for (const int digit : {c >> 4 & 15, c & 15}) hex += "0123456789abcdef"[digit];
+  }
+  return bytes.size() > kShownBytes ? hex + "..." : hex;
+}
+
+std::string Place::path() const {
+  std::string path = outer == nullptr ? "" : outer->path();
+  if (field.empty()) return path;
+  if (!path.empty()) path += '.';
+  path += field;
+  return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
+}
+
+Finding* Findings::add(Code code, const Place& place, const char* message) {
+  if (report.findings.size() >= room_) {
+    ++report.left_out;
+    return nullptr;
+  }
+  Finding& finding = report.findings.emplace_back();
+  finding.code = code;
+  finding.severity = severityOf(code);
+  finding.subject = subject;
+  finding.group = group;
+  finding.entry = entry;
+  finding.offender = offender;
+  finding.path = place.path();
+  finding.bytes = place.bytes;
+  finding.message = message;
+  return &finding;
+}
+
+void Findings::append(Findings&& others) {
+  for (Finding& finding : others.report.findings) {
+    if (report.findings.size() < room_) {
+      report.findings.push_back(std::move(finding));
+    } else {
+      ++report.left_out;
+    }
+  }
+  report.left_out += others.report.left_out;
+}
+
+}  // namespace FiltersInspect

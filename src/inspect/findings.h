@@ -1,0 +1,60 @@
+#ifndef FILTER_INSPECT_SRC_FINDINGS_H_
+#define FILTER_INSPECT_SRC_FINDINGS_H_
+
+// What is found in bytes while they are read, and where.
+
+#include <filter_inspect/filter_report.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace FiltersInspect {
+
+// The bytes in hexadecimal, of many the first.
+std::string hexOf(std::string_view bytes);
+
+// A part of the message that is read, which stands in another one unless it is all of it.
+struct Place {
+  static constexpr std::size_t kAlone = static_cast<std::size_t>(-1);
+
+  const Place* outer = nullptr;
+  std::string_view field = {};
+  std::size_t index = kAlone;  // among the field's elements
+  ByteRange bytes = {};
+  std::size_t head = 0;  // how many of the bytes, tag and length, stand in front of a message's own
+
+  std::string path() const;
+  // A message's own bytes, of all.
+  std::string_view content(std::string_view all) const {
+    return all.substr(bytes.offset + head, bytes.length - head);
+  }
+};
+
+// Takes findings as long as there is room for them. What a finding says beside its code is told by
+// the caller, when there is a place for it.
+class Findings {
+ public:
+  explicit Findings(std::size_t room) : room_(room) {}
+
+  // Null beyond the room: the finding is then counted alone.
+  Finding* add(Code code, const Place& place, const char* message = "");
+  // Puts others behind those added.
+  void append(Findings&& others);
+
+  // What the findings are about, until it changes.
+  std::optional<FiltersCommon::filtersGroupId_t> group;
+  std::optional<FiltersCommon::filtersEntryId_t> entry;
+  Subject subject = Subject::kGroup;
+  std::uint32_t offender = 0;
+
+  Report report;
+ private:
+  std::size_t room_;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_FINDINGS_H_
