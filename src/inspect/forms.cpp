@@ -1,0 +1,122 @@
+#include "forms.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+// --- What rows are made of -----------------------------------------------------------------------
+
+template <class Enum>
+constexpr Enumeration kNamesOf = {
+    [](std::uint32_t value) { return nameOf(static_cast<Enum>(value)); },
+    [](std::string_view name) -> std::optional<std::uint32_t> {
+      const auto value = fromName<Enum>(name);
+      if (!value) return std::nullopt;
+      return static_cast<std::uint32_t>(*value);
+    }};
+
+constexpr std::uint8_t bitsOf(Form address) {
+  return address == Form::kMac ? 48 : address == Form::kIPv4 ? 32 : 128;
+}
+
+constexpr FormRow flag() { return {}; }
+constexpr FormRow number(std::uint8_t bits, int field) {
+  return {Form::kNumber, bits, {field}, {}};
+}
+constexpr FormRow hexadecimal(std::uint8_t bits, int field) {
+  return {Form::kHexadecimal, bits, {field}, {}};
+}
+constexpr FormRow numbers(std::uint8_t bits, int field) {
+  return {Form::kNumbers, bits, {field}, {}};
+}
+template <class Enum>
+constexpr FormRow name(int field) {
+  return {Form::kName, 32, {field}, kNamesOf<Enum>};
+}
+constexpr FormRow boolean(int field) { return {Form::kBoolean, 1, {field}, {}}; }
+constexpr FormRow address(Form form, int field) { return {form, bitsOf(form), {field}, {}}; }
+constexpr FormRow masked(Form form, int field, int mask) {
+  return {form, bitsOf(form), {field, mask}, {}};
+}
+constexpr FormRow portMask(int port, int mask) { return {Form::kPortMask, 16, {port, mask}, {}}; }
+constexpr FormRow portRange(int min, int max) { return {Form::kPortRange, 16, {min, max}, {}}; }
+constexpr FormRow limid(int field) { return {Form::kLimid, 32, {field}, {}}; }
+constexpr FormRow limids(int field) { return {Form::kLimids, 32, {field}, {}}; }
+template <class Enum>
+constexpr FormRow limidsBut(int field, int excluded) {
+  return {Form::kLimids, 32, {field, excluded}, kNamesOf<Enum>};
+}
+constexpr FormRow vlanInfo(int svc, int proto) { return {Form::kVlanInfo, 32, {svc, proto}, {}}; }
+constexpr FormRow mplsPorts(int vpn, int port) { return {Form::kMplsPorts, 32, {vpn, port}, {}}; }
+
+const google::protobuf::FieldDescriptor* fieldOf(const Message& message, int field) {
+  return message.GetDescriptor()->FindFieldByNumber(field);
+}
+
+}  // namespace
+
+const MatchForm* formOf(filtersMatch_t code) {
+  switch (code) {
+#define MATCH_FORM(code, form, ...)                           \
+  case code: {                                                \
+    static constexpr MatchForm row = {{form}, {__VA_ARGS__}}; \
+    return &row;                                              \
+  }
+#include "forms.def"
+  }
+  return nullptr;
+}
+
+const FormRow* formOf(filtersAction_t code) {
+  switch (code) {
+#define ACTION_FORM(code, form)          \
+  case code: {                           \
+    static constexpr FormRow row = form; \
+    return &row;                         \
+  }
+#include "forms.def"
+  }
+  return nullptr;
+}
+
+std::string_view packetFieldName(filtersMatch_t code, std::size_t which) {
+  const MatchForm* row = formOf(code);
+  if (row == nullptr || which > 1 || row->packet[which].kind == Kind::kNone) return {};
+  const char* own = row->packet[which].name;
+  return own == nullptr ? nameOf(code) : own;
+}
+
+// --- Fields --------------------------------------------------------------------------------------
+
+std::uint32_t numberIn(const Message& message, int field) {
+  const auto* descriptor = fieldOf(message, field);
+  const auto* reflection = message.GetReflection();
+  if (descriptor->cpp_type() == google::protobuf::FieldDescriptor::CPPTYPE_BOOL) {
+    return reflection->GetBool(message, descriptor) ? 1 : 0;
+  }
+  return reflection->GetUInt32(message, descriptor);
+}
+
+std::size_t countIn(const Message& message, int field) {
+  const auto* descriptor = fieldOf(message, field);
+  return static_cast<std::size_t>(message.GetReflection()->FieldSize(message, descriptor));
+}
+
+std::uint32_t numberIn(const Message& message, int field, std::size_t index) {
+  return message.GetReflection()->GetRepeatedUInt32(message, fieldOf(message, field),
+                                                    static_cast<int>(index));
+}
+
+void addressIn(const Message& message, int field, std::size_t size, unsigned char* out) {
+  std::string scratch;
+  const std::string& bytes =
+      message.GetReflection()->GetStringReference(message, fieldOf(message, field), &scratch);
+  std::memset(out, 0, size);
+  std::memcpy(out, bytes.data(), std::min(bytes.size(), size));
+}
+
+}  // namespace FiltersInspect

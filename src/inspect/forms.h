@@ -1,0 +1,139 @@
+#ifndef FILTER_INSPECT_SRC_FORMS_H_
+#define FILTER_INSPECT_SRC_FORMS_H_
+
+// What forms.def says of each match and action, and the text of one of them, to and from its
+// message: values that no setter makes survive, since no object stands between.
+
+#include <google/protobuf/message.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <filter_common/filter_actions.pb.h>
+#include <filter_common/filter_counter.pb.h>
+#include <filter_common/filter_matches.pb.h>
+#include <filter_inspect/filter_names.h>
+
+namespace FiltersInspect {
+
+using FiltersCommon::ActionPB;
+using FiltersCommon::CounterPB;
+using FiltersCommon::MatchPB;
+
+// --- Rows ---
+
+// How a value is written, text beside JSON.
+enum class Form : std::uint8_t {
+  kFlag,         // nothing: the name says it      true
+  kNumber,       // 6                              6
+  kHexadecimal,  // 0x8100                         33024
+  kName,         // forwarding, 7                  "forwarding", 7
+  kBoolean,      // true                           true
+  kMac,          // 00:1b:21:0a:ff:42/ff:ff:...    {"address": "00:...", "mask": "ff:..."}
+  kIPv4,         // 192.0.2.0/24                   the same
+  kIPv6,         // 2001:db8::/32                  the same
+  kPortMask,     // 179/0xffff                     {"port": 179, "mask": 65535}
+  kPortRange,    // 1000-2000                      {"min": 1000, "max": 2000}
+  kNumbers,      // {1,2}                          [1, 2]
+  kLimid,        // 0x01000003                     {"limid": 16777219, "name": "eth-3"}
+  kLimids,       // [0x01000003]!cpu               {"ports": [...], "excluded_types": ["cpu"]}
+  kVlanInfo,     // 1/2                            {"svc_vlan_type": 1, "proto_cpu_vlan_type": 2}
+  kMplsPorts,    // 0x03000007/0x01000003          {"vpn": {...}, "access_port": {...}}
+};
+
+// Names of an enumeration, whose values travel as numbers.
+struct Enumeration {
+  std::string_view (*nameOf)(std::uint32_t value);
+  std::optional<std::uint32_t> (*fromName)(std::string_view name);
+};
+
+// What a match asks of a packet field.
+enum class Kind : std::uint8_t {
+  kNone,     // there is no such field
+  kFlag,     // that it holds
+  kValue,    // that it is the number of the message's field
+  kTernary,  // that it is the first message field under the mask in the second
+  kRange,    // that it lies between the two message fields, both included
+  kSet,      // that it is one of the numbers of the (first) message field
+  kNotIn,    // that it is none of the numbers of the second message field
+};
+
+// Where the model leaves open what a value means, besides empty sets and ranges that end before
+// they begin, which every match leaves open that can hold them.
+enum class Reading : std::uint8_t {
+  kPlain,
+  kNoMaskIsOpen,   // a mask of 0 may mean that value alone
+  kNotZeroIsOpen,  // a value other than 0 may mean every other
+  kMayBeDscp,      // a value whose two low bits are 0 may leave them open
+};
+
+struct PacketField {
+  Kind kind = Kind::kNone;
+  const char* name = nullptr;  // null: the match's own
+  Reading reading = Reading::kPlain;
+};
+
+struct FormRow {
+  Form form = Form::kFlag;
+  std::uint8_t bits = 0;  // of each number or address
+  // Numbers of the message's fields, 0 where there is none. The second is the mask of an address,
+  // the excluded types beside ports, the second of a pair.
+  int fields[2] = {};
+  Enumeration names = {};  // of kName, and of the excluded types of kLimids
+};
+
+struct MatchForm : FormRow {
+  PacketField packet[2] = {};
+};
+
+// Null for a code that no class carries.
+const MatchForm* formOf(FiltersCommon::filtersMatch_t code);
+const FormRow* formOf(FiltersCommon::filtersAction_t code);
+
+// Of the first or second packet field of a match; empty where there is none.
+std::string_view packetFieldName(FiltersCommon::filtersMatch_t code, std::size_t which);
+
+// --- Fields of a message, by their numbers ---
+
+using Message = google::protobuf::Message;
+std::uint32_t numberIn(const Message& message, int field);  // of bool 0 or 1; 0 when absent
+std::size_t countIn(const Message& message, int field);     // of a repeated one
+std::uint32_t numberIn(const Message& message, int field, std::size_t index);
+// In the order of transmission, filled with zeros or cut to the row's width as the library does.
+void addressIn(const Message& message, int field, std::size_t size, unsigned char* out);
+
+// --- Text ---
+
+// "dst_l4_port=179/0xffff", "permit", "1=packets"; a code or type without a name is its number.
+std::string textOf(const MatchPB& match);
+std::string textOf(const ActionPB& action);
+std::string textOf(const CounterPB& counter);
+
+// The value alone, behind `out`: nothing of a flag.
+void appendValue(const FormRow& row, const Message& message, std::string* out);
+
+// Why a value cannot be read, and where in its text.
+struct ValueFault {
+  std::string why;
+  std::size_t at = 0;
+  bool ill_formed = false;  // it is no value of this form, whatever its size or name
+};
+// Sets the message's fields to what the text says; the code is the caller's. Values of a form are
+// readable one by one, too: parseNumber() and parseAddress().
+std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, Message* message);
+
+// A whole decimal number, or hexadecimal behind 0x; nothing when it is none or has more bits.
+std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
+// The bytes of "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1", in the order of transmission: 6, 4
+// or 16 by the form.
+bool parseAddress(Form form, std::string_view text, unsigned char* out);
+void appendAddress(Form form, const unsigned char* bytes, std::string* out);
+void appendName(const Enumeration& names, std::uint32_t value, std::string* out);
+void appendLimid(std::uint32_t wire, std::string* out);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_FORMS_H_
