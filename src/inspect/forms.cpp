@@ -10,17 +10,8 @@ using namespace FiltersCommon;
 
 // --- What rows are made of -----------------------------------------------------------------------
 
-template <class Enum>
-constexpr Enumeration kNamesOf = {
-    [](std::uint32_t value) { return nameOf(static_cast<Enum>(value)); },
-    [](std::string_view name) -> std::optional<std::uint32_t> {
-      const auto value = fromName<Enum>(name);
-      if (!value) return std::nullopt;
-      return static_cast<std::uint32_t>(*value);
-    }};
-
 constexpr std::uint8_t bitsOf(Form address) {
-  return address == Form::kMac ? 48 : address == Form::kIPv4 ? 32 : 128;
+  return static_cast<std::uint8_t>(8 * sizeOf(address));
 }
 
 constexpr FormRow flag() { return {}; }
@@ -111,12 +102,52 @@ std::uint32_t numberIn(const Message& message, int field, std::size_t index) {
                                                     static_cast<int>(index));
 }
 
-void addressIn(const Message& message, int field, std::size_t size, unsigned char* out) {
+AddressBytes addressIn(const Message& message, int field, Form form) {
   std::string scratch;
   const std::string& bytes =
       message.GetReflection()->GetStringReference(message, fieldOf(message, field), &scratch);
-  std::memset(out, 0, size);
-  std::memcpy(out, bytes.data(), std::min(bytes.size(), size));
+  AddressBytes address = {};
+  bytes.copy(reinterpret_cast<char*>(address.data()), sizeOf(form));
+  return address;
+}
+
+void setNumber(Message* message, int field, std::uint32_t value) {
+  const auto* descriptor = fieldOf(*message, field);
+  const auto* reflection = message->GetReflection();
+  if (descriptor->cpp_type() == google::protobuf::FieldDescriptor::CPPTYPE_BOOL) {
+    reflection->SetBool(message, descriptor, value != 0);
+  } else {
+    reflection->SetUInt32(message, descriptor, value);
+  }
+}
+
+void addNumber(Message* message, int field, std::uint32_t value) {
+  message->GetReflection()->AddUInt32(message, fieldOf(*message, field), value);
+}
+
+void setAddress(Message* message, int field, Form form, const AddressBytes& bytes) {
+  message->GetReflection()->SetString(
+      message, fieldOf(*message, field),
+      std::string(reinterpret_cast<const char*>(bytes.data()), sizeOf(form)));
+}
+
+// Both ways an id that the platform cannot convert is 0, as in the library.
+std::uint32_t limidToField(const FormRow& row, std::uint32_t limid) {
+  if (row.form != Form::kMplsPorts) return limid;
+  limid_t id;
+  std::memcpy(&id, &limid, sizeof id);
+  std::uint32_t index = 0;
+  limid_to_ifindex(id, &index);
+  return index;
+}
+
+std::uint32_t limidFromField(const FormRow& row, std::uint32_t value) {
+  if (row.form != Form::kMplsPorts) return value;
+  limid_t id{};
+  limid_from_ifindex(&id, value);
+  std::uint32_t limid;
+  std::memcpy(&limid, &id, sizeof limid);
+  return limid;
 }
 
 }  // namespace FiltersInspect

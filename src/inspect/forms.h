@@ -6,6 +6,7 @@
 
 #include <google/protobuf/message.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -102,8 +103,21 @@ using Message = google::protobuf::Message;
 std::uint32_t numberIn(const Message& message, int field);  // of bool 0 or 1; 0 when absent
 std::size_t countIn(const Message& message, int field);     // of a repeated one
 std::uint32_t numberIn(const Message& message, int field, std::size_t index);
-// In the order of transmission, filled with zeros or cut to the row's width as the library does.
-void addressIn(const Message& message, int field, std::size_t size, unsigned char* out);
+// In the order of transmission, filled with zeros or cut to the form's size as the library does.
+using AddressBytes = std::array<unsigned char, 16>;
+constexpr std::size_t sizeOf(Form address) {
+  return address == Form::kMac ? 6 : address == Form::kIPv4 ? 4 : 16;
+}
+AddressBytes addressIn(const Message& message, int field, Form form);
+
+void setNumber(Message* message, int field, std::uint32_t value);
+void addNumber(Message* message, int field, std::uint32_t value);
+void setAddress(Message* message, int field, Form form, const AddressBytes& bytes);
+
+// The number of a limid, as text and JSON have it, for the field of a row's limid: the field's own
+// number, but for MPLS ports, whose fields are interface indexes.
+std::uint32_t limidToField(const FormRow& row, std::uint32_t limid);
+std::uint32_t limidFromField(const FormRow& row, std::uint32_t value);
 
 // --- Text ---
 
@@ -112,27 +126,37 @@ std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
 
-// The value alone, behind `out`: nothing of a flag.
+// Of a row's value, behind `out`: nothing of a flag, else '=' and the value.
 void appendValue(const FormRow& row, const Message& message, std::string* out);
 
-// Why a value cannot be read, and where in its text.
+// Why a text is no value of the row, and where in the text.
 struct ValueFault {
   std::string why;
   std::size_t at = 0;
-  bool ill_formed = false;  // it is no value of this form, whatever its size or name
 };
-// Sets the message's fields to what the text says; the code is the caller's. Values of a form are
-// readable one by one, too: parseNumber() and parseAddress().
+// Sets the message's fields; the code is the caller's.
 std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, Message* message);
 
-// A whole decimal number, or hexadecimal behind 0x; nothing when it is none or has more bits.
+// Parts of values. A number is decimal or hexadecimal behind 0x; nothing when the text is none or
+// has more bits. A name is one of the enumeration's or a number. An address is the form's alone:
+// "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1".
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
-// The bytes of "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1", in the order of transmission: 6, 4
-// or 16 by the form.
-bool parseAddress(Form form, std::string_view text, unsigned char* out);
-void appendAddress(Form form, const unsigned char* bytes, std::string* out);
+std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
+std::optional<AddressBytes> parseAddress(Form form, std::string_view text);
+
+void appendNumber(std::uint32_t value, std::string* out);
 void appendName(const Enumeration& names, std::uint32_t value, std::string* out);
-void appendLimid(std::uint32_t wire, std::string* out);
+void appendAddress(Form form, const AddressBytes& bytes, std::string* out);
+void appendLimid(std::uint32_t limid, std::string* out);  // 0x01000003
+
+template <class Enum>
+constexpr Enumeration kNamesOf = {
+    [](std::uint32_t value) { return nameOf(static_cast<Enum>(value)); },
+    [](std::string_view name) -> std::optional<std::uint32_t> {
+      const auto value = fromName<Enum>(name);
+      if (!value) return std::nullopt;
+      return static_cast<std::uint32_t>(*value);
+    }};
 
 }  // namespace FiltersInspect
 
