@@ -44,7 +44,7 @@ constexpr FormRow limidsBut(int field, int excluded) {
 constexpr FormRow vlanInfo(int svc, int proto) { return {Form::kVlanInfo, 32, {svc, proto}, {}}; }
 constexpr FormRow mplsPorts(int vpn, int port) { return {Form::kMplsPorts, 32, {vpn, port}, {}}; }
 
-const google::protobuf::FieldDescriptor* fieldOf(const Message& message, int field) {
+const google::protobuf::FieldDescriptor* fieldOf(const AnyMessage& message, int field) {
   return message.GetDescriptor()->FindFieldByNumber(field);
 }
 
@@ -83,7 +83,7 @@ std::string_view packetFieldName(filtersMatch_t code, std::size_t which) {
 
 // --- Fields --------------------------------------------------------------------------------------
 
-std::uint32_t numberIn(const Message& message, int field) {
+std::uint32_t numberIn(const AnyMessage& message, int field) {
   const auto* descriptor = fieldOf(message, field);
   const auto* reflection = message.GetReflection();
   if (descriptor->cpp_type() == google::protobuf::FieldDescriptor::CPPTYPE_BOOL) {
@@ -92,17 +92,17 @@ std::uint32_t numberIn(const Message& message, int field) {
   return reflection->GetUInt32(message, descriptor);
 }
 
-std::size_t countIn(const Message& message, int field) {
+std::size_t countIn(const AnyMessage& message, int field) {
   const auto* descriptor = fieldOf(message, field);
   return static_cast<std::size_t>(message.GetReflection()->FieldSize(message, descriptor));
 }
 
-std::uint32_t numberIn(const Message& message, int field, std::size_t index) {
+std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index) {
   return message.GetReflection()->GetRepeatedUInt32(message, fieldOf(message, field),
                                                     static_cast<int>(index));
 }
 
-AddressBytes addressIn(const Message& message, int field, Form form) {
+AddressBytes addressIn(const AnyMessage& message, int field, Form form) {
   std::string scratch;
   const std::string& bytes =
       message.GetReflection()->GetStringReference(message, fieldOf(message, field), &scratch);
@@ -111,7 +111,7 @@ AddressBytes addressIn(const Message& message, int field, Form form) {
   return address;
 }
 
-void setNumber(Message* message, int field, std::uint32_t value) {
+void setNumber(AnyMessage* message, int field, std::uint32_t value) {
   const auto* descriptor = fieldOf(*message, field);
   const auto* reflection = message->GetReflection();
   if (descriptor->cpp_type() == google::protobuf::FieldDescriptor::CPPTYPE_BOOL) {
@@ -121,11 +121,11 @@ void setNumber(Message* message, int field, std::uint32_t value) {
   }
 }
 
-void addNumber(Message* message, int field, std::uint32_t value) {
+void addNumber(AnyMessage* message, int field, std::uint32_t value) {
   message->GetReflection()->AddUInt32(message, fieldOf(*message, field), value);
 }
 
-void setAddress(Message* message, int field, Form form, const AddressBytes& bytes) {
+void setAddress(AnyMessage* message, int field, Form form, const AddressBytes& bytes) {
   message->GetReflection()->SetString(
       message, fieldOf(*message, field),
       std::string(reinterpret_cast<const char*>(bytes.data()), sizeOf(form)));

@@ -99,20 +99,20 @@ std::string_view packetFieldName(FiltersCommon::filtersMatch_t code, std::size_t
 
 // --- Fields of a message, by their numbers ---
 
-using Message = google::protobuf::Message;
-std::uint32_t numberIn(const Message& message, int field);  // of bool 0 or 1; 0 when absent
-std::size_t countIn(const Message& message, int field);     // of a repeated one
-std::uint32_t numberIn(const Message& message, int field, std::size_t index);
+using AnyMessage = google::protobuf::Message;
+std::uint32_t numberIn(const AnyMessage& message, int field);  // of bool 0 or 1; 0 when absent
+std::size_t countIn(const AnyMessage& message, int field);     // of a repeated one
+std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index);
 // In the order of transmission, filled with zeros or cut to the form's size as the library does.
 using AddressBytes = std::array<unsigned char, 16>;
 constexpr std::size_t sizeOf(Form address) {
   return address == Form::kMac ? 6 : address == Form::kIPv4 ? 4 : 16;
 }
-AddressBytes addressIn(const Message& message, int field, Form form);
+AddressBytes addressIn(const AnyMessage& message, int field, Form form);
 
-void setNumber(Message* message, int field, std::uint32_t value);
-void addNumber(Message* message, int field, std::uint32_t value);
-void setAddress(Message* message, int field, Form form, const AddressBytes& bytes);
+void setNumber(AnyMessage* message, int field, std::uint32_t value);
+void addNumber(AnyMessage* message, int field, std::uint32_t value);
+void setAddress(AnyMessage* message, int field, Form form, const AddressBytes& bytes);
 
 // The number of a limid, as text and JSON have it, for the field of a row's limid: the field's own
 // number, but for MPLS ports, whose fields are interface indexes.
@@ -127,7 +127,7 @@ std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
 
 // Of a row's value, behind `out`: nothing of a flag, else '=' and the value.
-void appendValue(const FormRow& row, const Message& message, std::string* out);
+void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
 
 // Why a text is no value of the row, and where in the text.
 struct ValueFault {
@@ -135,13 +135,14 @@ struct ValueFault {
   std::size_t at = 0;
 };
 // Sets the message's fields; the code is the caller's.
-std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, Message* message);
+std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
 
 // Parts of values. A number is decimal or hexadecimal behind 0x; nothing when the text is none or
 // has more bits. A name is one of the enumeration's or a number. An address is the form's alone:
 // "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1".
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
 std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
+std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as it travels
 std::optional<AddressBytes> parseAddress(Form form, std::string_view text);
 
 void appendNumber(std::uint32_t value, std::string* out);

@@ -51,7 +51,7 @@ void appendMask(Form form, const AddressBytes& mask, std::string* out) {
 }
 
 template <class Append>
-void appendList(const Message& message, int field, std::string* out, Append append) {
+void appendList(const AnyMessage& message, int field, std::string* out, Append append) {
   const std::size_t count = countIn(message, field);
   for (std::size_t i = 0; i < count; ++i) {
     if (i != 0) *out += ',';
@@ -59,7 +59,7 @@ void appendList(const Message& message, int field, std::string* out, Append appe
   }
 }
 
-void appendLimids(const FormRow& row, const Message& message, std::string* out) {
+void appendLimids(const FormRow& row, const AnyMessage& message, std::string* out) {
   *out += '[';
   appendList(message, row.fields[0], out, [&](std::uint32_t limid) { appendLimid(limid, out); });
   *out += ']';
@@ -72,7 +72,7 @@ void appendLimids(const FormRow& row, const Message& message, std::string* out) 
 // Takes one value apart. Pieces of the text tell by their place where a fault is.
 class ValueReader {
  public:
-  ValueReader(const FormRow& row, std::string_view text, Message* message)
+  ValueReader(const FormRow& row, std::string_view text, AnyMessage* message)
       : row_(row), text_(text), message_(message) {}
 
   std::optional<ValueFault> read() {
@@ -205,7 +205,7 @@ class ValueReader {
 
   const FormRow& row_;
   std::string_view text_;
-  Message* message_;
+  AnyMessage* message_;
   std::optional<ValueFault> fault_;
 };
 
@@ -229,7 +229,7 @@ std::string textOf(const CounterPB& counter) {
   return text += name.empty() ? std::to_string(counter.type()) : std::string(name);
 }
 
-void appendValue(const FormRow& row, const Message& message, std::string* out) {
+void appendValue(const FormRow& row, const AnyMessage& message, std::string* out) {
   if (row.form == Form::kFlag) return;
   *out += '=';
   const auto number = [&](int which) { return numberIn(message, row.fields[which]); };
@@ -276,7 +276,8 @@ void appendValue(const FormRow& row, const Message& message, std::string* out) {
   }
 }
 
-std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, Message* message) {
+std::optional<ValueFault> readValue(const FormRow& row, std::string_view text,
+                                    AnyMessage* message) {
   return ValueReader(row, text, message).read();
 }
 
@@ -299,6 +300,15 @@ std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits) {
 std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text) {
   const auto value = names.fromName(text);
   return value ? value : parseNumber(text, 32);
+}
+
+std::optional<std::int32_t> parseCounterType(std::string_view text) {
+  const bool negative = !text.empty() && text[0] == '-';
+  const auto value =
+      negative ? parseNumber(text.substr(1), 32) : parseName(kNamesOf<counter_type_t>, text);
+  constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
+  if (!value || *value > kMax + (negative ? 1 : 0)) return std::nullopt;
+  return static_cast<std::int32_t>(negative ? -std::int64_t{*value} : std::int64_t{*value});
 }
 
 std::optional<AddressBytes> parseAddress(Form form, std::string_view text) {

@@ -108,8 +108,10 @@ void write(const Finding& finding, JsonText* json) {
   write("admitted", codes, finding.admitted, json);
   const bool matches = finding.subject == Subject::kMatch;
   write("others", matches ? CodesOf::kMatches : CodesOf::kNumbers, finding.others, json);
-  if (finding.bytes) {
+  if (finding.bytes || !finding.path.empty()) {
     write("path", std::string_view(finding.path), json);
+  }
+  if (finding.bytes) {
     json->key("bytes");
     json->open('{');
     write("offset", finding.bytes->offset, json);
@@ -203,6 +205,8 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
     line += " (" + finding.path + (finding.path.empty() ? "" : ", ") + "byte " +
             std::to_string(finding.bytes->offset) + " + " + std::to_string(finding.bytes->length) +
             ')';
+  } else if (!finding.path.empty()) {
+    line += " (" + finding.path + ')';
   }
   return os << line << " [" << nameOf(finding.code) << "]\n";
 }

@@ -1,0 +1,50 @@
+#ifndef FILTER_INSPECT_FILTER_TEXT_H_
+#define FILTER_INSPECT_FILTER_TEXT_H_
+
+// Groups as concise text and as JSON, both ways, whatever bytes can hold: reading what was written
+// gives equal groups. Both forms carry a version; readers take those they know and refuse others.
+// docs/text-format.md and docs/schema/ describe them. The same groups give the same bytes on every
+// machine on which the platform gives interfaces the same names.
+//
+// Policers are written as the bytes that the platform's library makes of them, with what they say
+// beside them for people; ports as their ids, with the interface's name beside. Only bytes and ids
+// are read back. JSON whose names or descriptions contradict them is refused; what stands in the
+// comments of text is not looked at.
+//
+// May be called from any thread, as long as nobody changes the arguments meanwhile. It may throw
+// std::bad_alloc, and nothing else. Time and memory grow with the size of the argument: who reads
+// texts of others limits that.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_report.h>
+
+namespace FiltersInspect {
+
+inline constexpr int kTextVersion = 1;
+inline constexpr int kJsonVersion = 1;
+
+FILTERS_API std::string toText(const std::vector<FiltersCommon::FiltersGroup>& groups);
+FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups);
+
+// The line of one entry, comment included, without its line end.
+FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
+
+// All or nothing: `report` is empty, or `groups` is. Findings name line and column in `path`
+// ("12:7", both from 1), those about what an entry or group holds the place where it begins.
+// Nothing is dropped on the way: an unknown name, one given twice, a number too large, a match that
+// cannot stand beside another and an entry that its group refuses are findings. Text is read on
+// behind a faulty line; JSON is read up to its first fault.
+struct ParsedGroups {
+  std::vector<FiltersCommon::FiltersGroup> groups;
+  Report report;
+};
+FILTERS_API ParsedGroups groupsFromText(std::string_view text);
+FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_TEXT_H_

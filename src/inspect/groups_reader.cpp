@@ -1,0 +1,168 @@
+#include "groups_reader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+#include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_names.h>
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+constexpr std::size_t kMaxFindings = 1000;
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+std::string_view modeName(policer::ModeType type) {
+  switch (type) {
+    case policer::ModeType::SrTcm:
+      return "srtcm";
+    case policer::ModeType::TrTcm:
+      return "trtcm";
+    case policer::ModeType::TrTcmDs:
+      return "trtcmds";
+    case policer::ModeType::Flow:
+      return "flow";
+    case policer::ModeType::None:
+      return "none";
+  }
+  return {};
+}
+
+}  // namespace
+
+void GroupsReader::beginGroup(TextPlace place) {
+  group_ = place;
+  head_.Clear();
+  bytes_.clear();
+  places_.clear();
+}
+
+void GroupsReader::beginEntry(TextPlace place) {
+  places_.push_back(place);
+  entries_.Clear();
+  entries_.add_entries_();
+}
+
+void GroupsReader::endEntry() {
+  if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
+  // Fields written one behind the other are the bytes of one message of all of them.
+  if (!failed()) static_cast<void>(entries_.AppendPartialToString(&bytes_));
+}
+
+void GroupsReader::endGroup() {
+  if (failed()) return;
+  const std::string bytes = head_.SerializePartialAsString() + bytes_;
+  DecodeLimits limits;
+  limits.max_bytes = bytes.size();
+  DecodedGroup decoded = decodeGroup(bytes, limits);
+  bool lossless = decoded.group.has_value();
+  for (Finding& finding : decoded.report.findings) {
+    if (finding.severity == Severity::kNote) continue;
+    lossless = false;
+    add(std::move(finding));
+  }
+  if (lossless) parsed_.groups.push_back(std::move(*decoded.group));
+  parsed_.report.left_out += lossless ? 0 : decoded.report.left_out;
+}
+
+ParsedGroups GroupsReader::finish() {
+  if (failed()) parsed_.groups.clear();
+  return std::move(parsed_);
+}
+
+void GroupsReader::fail(Code code, TextPlace place, std::string message) {
+  if (parsed_.report.findings.size() == kMaxFindings) {
+    ++parsed_.report.left_out;
+    return;
+  }
+  Finding finding = {};
+  finding.code = code;
+  finding.severity = severityOf(code);
+  finding.path = std::to_string(place.line) + ':' + std::to_string(place.column);
+  finding.message = std::move(message);
+  parsed_.report.findings.push_back(std::move(finding));
+}
+
+// One of the bytes in between, which nobody sees.
+void GroupsReader::add(Finding finding) {
+  if (parsed_.report.findings.size() == kMaxFindings) {
+    ++parsed_.report.left_out;
+    return;
+  }
+  const TextPlace place = placeOf(finding.path);
+  finding.path = std::to_string(place.line) + ':' + std::to_string(place.column);
+  finding.bytes.reset();
+  parsed_.report.findings.push_back(std::move(finding));
+}
+
+// Of the entry whose number the path begins with, else of the group.
+TextPlace GroupsReader::placeOf(const std::string& path) const {
+  static constexpr std::string_view kEntries = "entries_[";
+  std::size_t index = places_.size();
+  if (path.compare(0, kEntries.size(), kEntries) == 0) {
+    std::from_chars(path.data() + kEntries.size(), path.data() + path.size(), index);
+  }
+  return index < places_.size() ? places_[index] : group_;
+}
+
+void appendHex(std::string_view bytes, std::string* out) {
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    *out += kHexDigits[byte >> 4];
+    *out += kHexDigits[byte & 15];
+  }
+}
+
+std::optional<std::string> parseHex(std::string_view digits) {
+  if (digits.size() % 2 != 0) return std::nullopt;
+  std::string bytes;
+  bytes.reserve(digits.size() / 2);
+  for (; !digits.empty(); digits.remove_prefix(2)) {
+    unsigned char byte = 0;
+    const auto [end, fault] = std::from_chars(digits.data(), digits.data() + 2, byte, 16);
+    if (fault != std::errc() || end != digits.data() + 2) return std::nullopt;
+    bytes += static_cast<char>(byte);
+  }
+  return bytes;
+}
+
+const std::string& defaultPolicer() {
+  static const std::string bytes = policer::Policer(std::string()).Serialize();
+  return bytes;
+}
+
+std::string interfaceName(std::uint32_t limid) {
+  constexpr std::size_t kSize = 100;
+  limid_t id;
+  std::memcpy(&id, &limid, sizeof id);
+  char text[kSize + 1] = {};  // ends in a zero even if the platform fills all it is offered
+  limid_to_intfname(id, text, kSize);
+  std::string name = text;
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return c <= ' ' || c > '~'; }, '?');
+  return name;
+}
+
+PolicerFacts factsOf(const policer::Policer& policer) {
+  const auto& mode = policer.GetMode();
+  const auto figure = [](const char* key, auto value) {
+    return PolicerFact{key, {}, static_cast<std::uint32_t>(value), true};
+  };
+  const auto named = [](const char* key, std::string_view name, auto value) {
+    return PolicerFact{key, name, static_cast<std::uint32_t>(value), false};
+  };
+  return {named("id", {}, policer.GetId()),
+          named("stage", nameOf(policer.GetStage()), policer.GetStage()),
+          named("mode", modeName(mode.GetType()), mode.GetType()),
+          figure("cir", mode.GetCir()),
+          figure("cbs", mode.GetCbs()),
+          figure("pir", mode.GetPir()),
+          figure("pbs", mode.GetPbs()),
+          figure("eir", mode.GetEir()),
+          figure("ebs", mode.GetEbs())};
+}
+
+}  // namespace FiltersInspect

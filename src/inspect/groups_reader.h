@@ -1,0 +1,77 @@
+#ifndef FILTER_INSPECT_SRC_GROUPS_READER_H_
+#define FILTER_INSPECT_SRC_GROUPS_READER_H_
+
+// What the readers of text and of JSON share: messages become groups by a strict decode, and
+// faults become findings with a place. And what both writers put beside a value for people.
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_text.h>
+
+namespace FiltersInspect {
+
+struct TextPlace {
+  std::size_t line = 1;
+  std::size_t column = 1;
+};
+
+// Takes groups entry by entry, as bytes, so that no message of a whole group is held.
+class GroupsReader {
+ public:
+  // What the caller fills.
+  FiltersCommon::FiltersGroupPB* head() { return &head_; }
+  FiltersCommon::FiltersEntryPB* entry() { return entries_.mutable_entries_(0); }
+
+  void beginGroup(TextPlace place);
+  void beginEntry(TextPlace place);
+  // A policer that was not given is the default one.
+  void endEntry();
+  // Refuses whatever the decoder has more than a note about.
+  void endGroup();
+
+  void fail(Code code, TextPlace place, std::string message);
+  bool failed() const { return !parsed_.report.empty(); }
+  ParsedGroups finish();
+ private:
+  void add(Finding finding);
+  TextPlace placeOf(const std::string& path) const;
+
+  ParsedGroups parsed_;
+  FiltersCommon::FiltersGroupPB head_;
+  FiltersCommon::FiltersGroupPB entries_;  // of the one entry at hand
+  std::string bytes_;                      // of the entries before it
+  TextPlace group_;
+  std::vector<TextPlace> places_;  // of the group's entries
+};
+
+// The bytes in hexadecimal digits, both ways; upper-case digits are read too.
+void appendHex(std::string_view bytes, std::string* out);
+std::optional<std::string> parseHex(std::string_view digits);
+
+// The bytes of the policer that an entry without one of its own holds.
+const std::string& defaultPolicer();
+
+// The name of an interface as the platform gives it; what is not printable ASCII is '?'.
+std::string interfaceName(std::uint32_t limid);
+
+// What a policer says: the name or number behind each key, for all but the actions. Writers leave
+// out figures that are 0.
+struct PolicerFact {
+  const char* key;
+  std::string_view name;  // empty: the number
+  std::uint32_t number;
+  bool figure;
+};
+using PolicerFacts = std::array<PolicerFact, 9>;
+PolicerFacts factsOf(const policer::Policer& policer);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_GROUPS_READER_H_
