@@ -1,0 +1,141 @@
+// The JSON form: what is written is read back, and nothing else is taken.
+
+#include "form_samples.h"
+
+namespace {
+
+using namespace catalogue;
+using FiltersInspect::groupsFromJson;
+using FiltersInspect::toJson;
+
+// The schema is held against what is left in the file.
+TEST(Json, ReadsWhatItWrote) {
+  std::mt19937 random(2);
+  Groups all;
+  for (int i = 0; i < 1000; ++i) {
+    const Groups groups{randomGroup(random), randomGroup(random)};
+    ASSERT_EQ(faultOf(kJson, groups), "");
+    if (i < 100) all.insert(all.end(), groups.begin(), groups.end());
+  }
+  std::ofstream("random_groups.json", std::ios::binary) << toJson(all);
+}
+
+TEST(Json, IsTheSameOnEveryMachine) {
+  EXPECT_EQ(toJson(goldenGroups()), textOfFile(FILTERS_GOLDEN_DIR "/groups.json"));
+  EXPECT_EQ(faultOf(kJson, goldenGroups()), "");
+}
+
+const std::string kHead = "{\"format\": \"filter-groups\", \"version\": 1, \"groups\": [";
+const std::string kGroup =
+    "{\"id\": 1, \"priority\": 2, \"stage\": \"none\", \"type\": 4, \"entries\": [";
+const std::string kEntry = "\n{\"id\": 1, \"priority\": 0, ";
+
+std::string withEntry(const std::string& rest) { return kHead + kGroup + kEntry + rest + "}]}]}"; }
+std::string withMatch(const std::string& match) {
+  return withEntry("\n\"matches\": {" + match + '}');
+}
+
+// Other ways to write the same: in any order, with names and descriptions, or none.
+TEST(Json, ReadsWhatPeopleWrite) {
+  const std::string bytes = toHex(policerAt(policer::Stage::None).Serialize());
+  const std::pair<std::string, std::string> same[] = {
+      {R"("matches": {}, "actions": {}, "counters": [])", R"("counters": [])"},
+      {R"("actions": {"deny": true, "permit": true}, "matches": {"tos": 1})",
+       R"("matches": {"tos": 1}, "actions": {"permit": true, "deny": true})"},
+      {R"("matches": {"ingress_ports": {"ports": [{"name": "eth-3", "limid": 16777219}]}})",
+       R"("matches": {"ingress_ports": {"excluded_types": [], "ports": [{"limid": 16777219}]}})"},
+      {R"("counters": [{"type": 1, "id": 1}])", R"("counters": [{"id": 1, "type": "packets"}])"},
+      {R"("policer": {"bytes": ""})", R"("counters": [])"},
+      {R"("policer": {"about": {"stage": "none", "cbs": 1500, "pir": 0}, "bytes": ")" + bytes +
+           "\"}",
+       R"("policer": {"bytes": ")" + bytes + "\"}"},
+  };
+  for (const auto& [text, usual] : same) {
+    const ParsedGroups parsed = groupsFromJson(withEntry(text));
+    EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
+    EXPECT_EQ(toJson(parsed.groups), toJson(groupsFromJson(withEntry(usual)).groups)) << text;
+  }
+  EXPECT_TRUE(groupsFromJson("\xef\xbb\xbf" + withEntry(R"("counters": [])")).report.empty());
+}
+
+TEST(Json, RefusesMatches) {
+  const std::pair<const char*, const char*> refused[] = {
+      {R"("nothing": 1)", "3:13 text-syntax"},
+      {R"("dscp": 1)", "3:13 text-syntax"},
+      {R"("tos": 256)", "3:20 text-value"},
+      {R"("tos": -1)", "3:20 text-value"},
+      {R"("tos": 1.0)", "3:20 text-syntax"},
+      {R"("tos": 18446744073709551616)", "3:20 text-syntax"},
+      {R"("tos": "1")", "3:20 text-syntax"},
+      {R"("tos": null)", "3:20 text-syntax"},
+      {R"("tos": {})", "3:20 text-syntax"},
+      {R"("tos": [1])", "3:20 text-syntax"},
+      {R"("tos": 1, "tos": 1)", "3:23 text-repeated"},
+      {R"("all": false)", "3:20 text-syntax"},
+      {R"("pcp": 1)", "3:20 text-syntax"},
+      {R"("pcp": {})", "3:20 text-syntax"},
+      {R"("pcp": [1, [1]])", "3:24 text-syntax"},
+      {R"("pcp": [1, 1])", "2:1 value-collapsed"},
+      {R"("vrf_id": 1)", "2:1 entry-refused 2:1 match-not-admitted"},
+      {R"("src_ipv4": "1.2.3.4")", "3:25 text-syntax"},
+      {R"("src_ipv4": {"address": "1.2.3.4"})", "3:46 text-syntax"},
+      {R"("src_ipv4": {"address": "1.2.3.4", "mask": "8"})", "3:56 text-value"},
+      {R"("src_ipv4": {"address": 1})", "3:37 text-syntax"},
+      {R"("src_ipv4": {"": 1})", "3:26 text-syntax"},
+      {R"("src_ipv4": {"address": "1.2.3.4", "address": "1.2.3.4"})", "3:48 text-repeated"},
+      {R"("dst_l4_port": {"port": 1, "mask": 65536})", "3:48 text-value"},
+      {R"("ingress_ports": {"ports": [1]})", "3:41 text-syntax"},
+      {R"("ingress_ports": {"ports": [{}]})", "3:42 text-syntax"},
+      {R"("ingress_ports": {"ports": 1})", "3:40 text-syntax"},
+      {R"("ingress_ports": {"excluded_types": ["no"]})", "3:50 text-value"},
+      {R"("ingress_ports": {"excluded_types": []})", "3:51 text-syntax"},
+      {"\"ingress_ports\": {\"ports\": [\n{\"name\": \"lag-1\",\n\"limid\": 16777219}]}",
+       "4:10 text-contradiction"},
+  };
+  for (const auto& [match, findings] : refused) {
+    EXPECT_EQ(findingsOf(groupsFromJson(withMatch(match))), findings) << match;
+    EXPECT_EQ(faultIn(kJson, withMatch(match)), "") << match;
+  }
+}
+
+TEST(Json, RefusesAllElse) {
+  const std::string bytes = toHex(policerAt(policer::Stage::None).Serialize());
+  const auto entry = [](const std::string& rest) { return withEntry('\n' + rest); };
+  const std::pair<std::string, const char*> refused[] = {
+      {"", "1:1 text-syntax"},
+      {"1", "1:1 text-syntax"},
+      {"[]", "1:1 text-syntax"},
+      {"{}", "1:2 text-syntax"},
+      {"{\"format\": \"groups\"}", "1:12 text-syntax"},
+      {"{\"version\":\n 2}", "2:2 text-version"},
+      {"{\"version\": \"1\"}", "1:13 text-version"},
+      {kHead, "1:54 text-syntax"},
+      {kHead + "]} x", "1:57 text-syntax"},
+      {kHead + "1]}", "1:54 text-syntax"},
+      {kHead + "{}]}", "1:55 text-syntax"},
+      {kHead + "\n" + kGroup + "]}\n,]}", "3:2 text-syntax"},
+      {kHead + "\n{\"id\": 65536}]}", "2:8 text-value"},
+      {kHead + "\n{\"stage\": \"no\"}]}", "2:11 text-value"},
+      {kHead + "\n{\"stage\":\xff}]}", "2:10 text-syntax"},
+      {kHead + std::string(100000, '['), "1:54 text-syntax"},
+      {entry(R"("id": 2)"), "3:1 text-repeated"},
+      {entry(R"("parent": {"about": {}})"), "3:23 text-syntax"},
+      {entry(R"("policer": {"bytes": "0"})"), "3:22 text-value"},
+      {entry(R"("policer": {"bytes": "ff"})"), "2:1 policer-rewritten"},
+      {entry(R"("policer": {"about": {"colour": 1}})"), "3:23 text-syntax"},
+      {entry(R"("policer": {"about": {"id": 301}, "bytes": ")" + bytes + "\"}"),
+       "3:29 text-contradiction"},
+      {entry(R"("policer": {"about": {"stage": "egress"}, "bytes": ")" + bytes + "\"}"),
+       "3:32 text-contradiction"},
+      {entry(R"("counters": [{"id": 1}])"), "3:22 text-syntax"},
+      {entry(R"("counters": [{"id": 1, "type": 2147483648}])"), "3:32 text-value"},
+      {entry(R"("actions": {"mpls_port_set": {"vpn": {"limid": 0}, "access_port": {"limid": 0}}})"),
+       "2:1 rebuild-throws"},
+  };
+  for (const auto& [text, findings] : refused) {
+    EXPECT_EQ(findingsOf(groupsFromJson(text)), findings) << text;
+    EXPECT_EQ(faultIn(kJson, text), "") << text;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+// The text form: what is written is read back, and nothing else is taken.
+
+#include "form_samples.h"
+
+namespace {
+
+using namespace catalogue;
+using FiltersInspect::groupsFromText;
+using FiltersInspect::toText;
+
+// Values that no setter makes among them; every code that some group admits.
+TEST(Text, ReadsWhatItWrote) {
+  std::mt19937 random(1);
+  CodeSet matches, actions;
+  for (int i = 0; i < 2000; ++i) {
+    const Groups groups{randomGroup(random), randomGroup(random)};
+    ASSERT_EQ(faultOf(kText, groups), "");
+    for (const auto& [id, entry] : groups[0].getEntriesRef()) {
+      FiltersEntryPB message;
+      entry.convertToFiltersEntryPB(&message);
+      for (const auto& match : message.matches_()) matches.insert(match.type_());
+      for (const auto& action : message.actions_()) actions.insert(action.type_());
+    }
+  }
+  CodeSet admitted;
+  for (const CodeSet& codes : kMatchesOfType) admitted.insert(codes.begin(), codes.end());
+  EXPECT_EQ(matches, admitted);
+  EXPECT_EQ(actions.size(), kActionCodes.size());
+}
+
+TEST(Text, IsTheSameOnEveryMachine) {
+  EXPECT_EQ(toText(goldenGroups()), textOfFile(FILTERS_GOLDEN_DIR "/groups.txt"));
+  EXPECT_EQ(faultOf(kText, goldenGroups()), "");
+}
+
+// Each sample as the one part of an entry.
+template <class... T>
+std::string linesOf(testing::Types<T...>) {
+  std::string lines;
+  const auto append = [&](const auto& samples) {
+    for (const auto& object : samples) {
+      FiltersEntry entry(7);
+      EXPECT_EQ(put(entry, object), FILTERS_OK);
+      lines += toText(entry) + '\n';
+    }
+  };
+  (append(samples<T>()), ...);
+  return lines;
+}
+TEST(Text, OfEachClass) {
+  EXPECT_EQ(linesOf(EveryClass()), textOfFile(FILTERS_GOLDEN_DIR "/entries.txt"));
+}
+
+const std::string kHead = "filter-groups 1\n";
+
+// Other ways to write the same.
+TEST(Text, ReadsWhatPeopleWrite) {
+  const std::string group = "group 1 priority=2 stage=none type=4\n";
+  const std::pair<const char*, const char*> same[] = {
+      {"entry 1 priority=0 if dscp=46", "entry 1 priority=0 if tos=184"},
+      {"\tentry  0x1\tpriority=0x0 if  # no matches", "entry 1 priority=0"},
+      {"\n  \n# nothing\nentry 1 priority=0 if then count\n", "entry 1 priority=0"},
+      {"entry 1 priority=0 if src_ipv4=192.0.2.7/0xc",
+       "entry 1 priority=0 if src_ipv4=192.0.2.7/12"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3.4/255.0.0.0",
+       "entry 1 priority=0 if src_ipv4=1.2.3.4/8"},
+      {"entry 1 priority=0 if tpid=33024 dst_l4_port=0xb3/65535",
+       "entry 1 priority=0 if tpid=0x8100 dst_l4_port=179/0xffff"},
+      {"entry 2 priority=0\nentry 1 priority=0 then deny permit",
+       "entry 1 priority=0 then permit deny\nentry 2 priority=0"},
+      {"entry 1 priority=0 count 2=octets 1=1", "entry 1 priority=0 count 1=packets 2=octets"},
+      {"entry 1 priority=0 police -", "entry 1 priority=0"},
+  };
+  for (const auto& [text, usual] : same) {
+    const ParsedGroups parsed = groupsFromText(kHead + group + text);
+    EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
+    EXPECT_EQ(toText(parsed.groups), kHead + group + usual + '\n');
+  }
+}
+
+// What is found where, in the line behind the head of a group of type 4 unless it has its own.
+TEST(Text, RefusesAllElse) {
+  const std::pair<const char*, const char*> refused[] = {
+      {"entry", "3:6 text-syntax"},
+      {"entry 1", "3:8 text-syntax"},
+      {"entry 1 priority", "3:9 text-syntax"},
+      {"entry 4294967296 priority=0", "3:7 text-value"},
+      {"entry 01 priority=0", "3:7 text-value"},
+      {"entry 1 priority=-1", "3:18 text-value"},
+      {"entry 1 priority=0 allow", "3:20 text-syntax"},
+      {"entry 1 priority=0 then permit if tos=1", "3:32 text-syntax"},
+      {"entry 1 priority=0 police 00 police 00", "3:30 text-syntax"},
+      {"entry 1 priority=0\r", "3:18 text-value"},
+      {"entry 1 priority=0 if nothing=1", "3:23 text-syntax"},
+      {"entry 1 priority=0 if TOS=1", "3:23 text-syntax"},
+      {"entry 1 priority=0 if all=1", "3:26 text-syntax"},
+      {"entry 1 priority=0 if tos", "3:26 text-syntax"},
+      {"entry 1 priority=0 if tos=", "3:27 text-value"},
+      {"entry 1 priority=0 if tos=256", "3:27 text-value"},
+      {"entry 1 priority=0 if tos=1 tos=1", "3:29 text-repeated"},
+      {"entry 1 priority=0 if tos=1 dscp=1", "3:29 text-repeated"},
+      {"entry 1 priority=0 if dscp=64", "3:28 text-value"},
+      {"entry 1 priority=0 if pcp=1", "3:27 text-value"},
+      {"entry 1 priority=0 if pcp={1,}", "3:29 text-value"},
+      {"entry 1 priority=0 if pcp={1,,2}", "3:30 text-value"},
+      {"entry 1 priority=0 if pcp={1,1}", "3:1 value-collapsed"},
+      {"entry 1 priority=0 if ingress_ports=[1]!", "3:40 text-value"},
+      {"entry 1 priority=0 if ingress_ports=[1]!no", "3:41 text-value"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3", "3:32 text-value"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3.4/33", "3:40 text-value"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3.4/", "3:40 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=1", "3:36 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=1/0x10000", "3:37 text-value"},
+      {"entry 1 priority=0 if dst_l4_port_range=2-1 dst_l4_port=1/0",
+       "3:1 match-refused 3:1 entry-refused 3:1 match-not-admitted"},
+      {"entry 1 priority=0 if dst_mac=00:00:00:00:00:0g", "3:31 text-value"},
+      {"entry 1 priority=0 if vrf_id=1", "3:1 entry-refused 3:1 match-not-admitted"},
+      {"entry 1 priority=0 then permit permit", "3:32 text-repeated"},
+      {"entry 1 priority=0 then replace_dst_mac=00:00:00:00:00:00/ff:ff:ff:ff:ff:ff",
+       "3:58 text-value"},
+      {"entry 1 priority=0 then mpls_port_set=0/0", "3:1 rebuild-throws"},
+      {"entry 1 priority=0 count 1", "3:26 text-syntax"},
+      {"entry 1 priority=0 count 65536=packets", "3:26 text-syntax"},
+      {"entry 1 priority=0 count 1=2147483648", "3:28 text-value"},
+      {"entry 1 priority=0 count 1=-2147483649", "3:28 text-value"},
+      {"entry 1 priority=0 count 1=1 1=2", "3:1 counter-replaced"},
+      {"entry 1 priority=0 police 0", "3:27 text-value"},
+      {"entry 1 priority=0 police ff", "3:1 policer-rewritten"},
+      {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
+      {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
+      {"group 65536 priority=0 stage=none type=none", "3:7 text-value"},
+      {"group 1 priority=0 stage=no type=none", "3:26 text-value"},
+      {"group 1 priority=0 stage=none type=1 entries", "3:38 text-syntax"},
+  };
+  for (const auto& [text, findings] : refused) {
+    const std::string whole = kHead + "group 1 priority=2 stage=none type=4\n" + text;
+    EXPECT_EQ(findingsOf(groupsFromText(whole)), findings) << text;
+    EXPECT_EQ(faultIn(kText, whole), "") << text;
+  }
+  for (const auto& [text, findings] :
+       {std::pair("", "1:1 text-syntax"),
+        {"group 1 priority=0 stage=none type=1", "1:1 text-syntax"},
+        {"filter-groups", "1:14 text-version"},
+        {"filter-groups 2\nsomething", "1:15 text-version"},
+        {"filter-groups 1 2", "1:17 text-syntax"},
+        {"filter-groups 1\nentry 1 priority=0", "2:1 text-syntax"}}) {
+    EXPECT_EQ(findingsOf(groupsFromText(text)), findings) << text;
+  }
+}
+
+// However many faults there are, a thousand are told.
+TEST(Text, CountsWhatItDoesNotTell) {
+  std::string text = kHead;
+  for (int i = 0; i < 1500; ++i) text += "rule\n";
+  const auto report = groupsFromText(text).report;
+  EXPECT_EQ(report.findings.size(), 1000u);
+  EXPECT_EQ(report.left_out, 500u);
+}
+
+}  // namespace
