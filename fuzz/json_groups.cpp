@@ -1,0 +1,10 @@
+// Any JSON: reading it gives groups or findings, and what is read is written and read alike.
+
+#include "../tests/inspect/form_samples.h"
+#include "fuzz.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  FUZZ_NO_FAULT(catalogue::faultIn(catalogue::kJson, input));
+  return 0;
+}

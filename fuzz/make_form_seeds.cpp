@@ -1,0 +1,29 @@
+// Writes what fuzzing of text and JSON starts from, besides what make_seeds writes:
+// make_form_seeds FOLDER. The same on every machine.
+
+#include <filesystem>
+
+#include "../tests/inspect/form_samples.h"
+
+int main(int, char** argv) {
+  using namespace catalogue;
+  const std::pair<const char*, FormOfGroups> forms[] = {{"text_groups", kText},
+                                                        {"json_groups", kJson}};
+  for (const auto& [name, form] : forms) {
+    const std::filesystem::path path = std::filesystem::path(argv[1]) / name;
+    std::filesystem::create_directories(path);
+    int count = 0;
+    const auto add = [&](const std::string& text) {
+      std::ofstream(path / std::to_string(count++), std::ios::binary) << text;
+    };
+    for (const FiltersGroup& group : goldenGroups()) add(form.write({group}));
+    std::mt19937 random(1);
+    for (int i = 0; i < 300; ++i) {
+      std::string text = form.write({randomGroup(random)});
+      add(text);
+      text[random() % text.size()] = "0x9 =,:\"{[/-\n"[random() % 13];
+      add(text);
+    }
+  }
+  return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
+}
