@@ -35,6 +35,7 @@ std::string_view modeName(policer::ModeType type) {
 
 void GroupsReader::beginGroup(TextPlace place) {
   group_ = place;
+  faulty_ = false;
   head_.Clear();
   bytes_.clear();
   places_.clear();
@@ -49,11 +50,11 @@ void GroupsReader::beginEntry(TextPlace place) {
 void GroupsReader::endEntry() {
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
   // Fields written one behind the other are the bytes of one message of all of them.
-  if (!failed()) static_cast<void>(entries_.AppendPartialToString(&bytes_));
+  if (!faulty_) static_cast<void>(entries_.AppendPartialToString(&bytes_));
 }
 
 void GroupsReader::endGroup() {
-  if (failed()) return;
+  if (faulty_) return;
   const std::string bytes = head_.SerializePartialAsString() + bytes_;
   DecodeLimits limits;
   limits.max_bytes = bytes.size();
@@ -64,16 +65,20 @@ void GroupsReader::endGroup() {
     lossless = false;
     add(std::move(finding));
   }
-  if (lossless) parsed_.groups.push_back(std::move(*decoded.group));
-  parsed_.report.left_out += lossless ? 0 : decoded.report.left_out;
+  if (!lossless) {
+    parsed_.report.left_out += decoded.report.left_out;
+  } else if (parsed_.report.empty()) {
+    parsed_.groups.push_back(std::move(*decoded.group));
+  }
 }
 
 ParsedGroups GroupsReader::finish() {
-  if (failed()) parsed_.groups.clear();
+  if (!parsed_.report.empty()) parsed_.groups.clear();
   return std::move(parsed_);
 }
 
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
+  faulty_ = true;
   if (parsed_.report.findings.size() == kMaxFindings) {
     ++parsed_.report.left_out;
     return;

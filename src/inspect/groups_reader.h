@@ -33,11 +33,11 @@ class GroupsReader {
   void beginEntry(TextPlace place);
   // A policer that was not given is the default one.
   void endEntry();
-  // Refuses whatever the decoder has more than a note about.
+  // Refuses whatever the decoder has more than a note about. A group with faults is not decoded.
   void endGroup();
 
   void fail(Code code, TextPlace place, std::string message);
-  bool failed() const { return !parsed_.report.empty(); }
+  // All groups, or none and the findings.
   ParsedGroups finish();
  private:
   void add(Finding finding);
@@ -48,6 +48,7 @@ class GroupsReader {
   FiltersCommon::FiltersGroupPB entries_;  // of the one entry at hand
   std::string bytes_;                      // of the entries before it
   TextPlace group_;
+  bool faulty_ = false;  // the group at hand
   std::vector<TextPlace> places_;  // of the group's entries
 };
 

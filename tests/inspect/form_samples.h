@@ -134,7 +134,9 @@ inline void fill(google::protobuf::Message* message, std::mt19937& random, unsig
       reflection->SetBool(message, field, random() % 2 == 0);
     } else {
       std::string bytes(random() % 20, '\xff');
-      for (char& byte : bytes) byte = static_cast<char>(random() % 2 == 0 ? random() : byte);
+      for (char& byte : bytes) {
+        if (random() % 2 == 0) byte = static_cast<char>(random());
+      }
       reflection->SetString(message, field, bytes);
     }
   }
