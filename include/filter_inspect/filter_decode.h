@@ -27,6 +27,7 @@ namespace FiltersInspect {
 struct DecodeLimits {
   std::size_t max_findings = 1000;                // more are counted in Report::left_out
   std::size_t max_bytes = std::size_t{64} << 20;  // more is not read: kBytesBroken
+  Severity least = Severity::kNote;               // findings below are neither kept nor counted
 };
 
 struct DecodedGroup {

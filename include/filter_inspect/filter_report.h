@@ -61,7 +61,7 @@ struct Finding {
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, or codes of other matches, involved
-  std::string path;                   // "entries_[3].matches_[1].vlan_id_[2]" in bytes, "12:7" in text
+  std::string path;  // "entries_[3].matches_[1].vlan_id_[2]" in bytes, "12:7" in text
   std::optional<ByteRange> bytes;
   std::string before, after;  // values as text: what came, what is kept
   std::string witness;        // a packet that shows it

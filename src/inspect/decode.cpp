@@ -75,7 +75,7 @@ bool areUsual(const FiltersGroup& group) {
   return true;
 }
 
-void noteGroup(std::string_view bytes, bool isMade, bool same, std::size_t room,
+void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimits& limits,
                Findings* findings) {
   MessageArena arena;
   const auto [head, whole] = parse<FiltersGroupPB>(bytes, &arena);
@@ -85,7 +85,7 @@ void noteGroup(std::string_view bytes, bool isMade, bool same, std::size_t room,
   blank.convertFromFiltersGroupPB(head);
   findings->group = blank.getId();
   // What the head loses comes first, wherever in the bytes it stands.
-  Findings ofEntries(room);
+  Findings ofEntries(limits);
   ofEntries.group = findings->group;
   Entries entries(bytes, whole, &arena, &ofEntries);
   const auto visit = [&, parsed = rest](const MessageCheck::Field&, const Place& part) {
@@ -118,12 +118,12 @@ void noteEntry(std::string_view bytes, bool isMade, bool same, Findings* finding
 
 DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
   DecodedGroup decoded;
-  Findings findings(limits.max_findings);
+  Findings findings(limits);
   if (fits(bytes, limits, &findings)) {
     make(bytes, &decoded.group);
     const bool same = writesAgain(decoded.group, bytes);
     if (!same || !areUsual(*decoded.group)) {
-      noteGroup(bytes, decoded.group.has_value(), same, limits.max_findings, &findings);
+      noteGroup(bytes, decoded.group.has_value(), same, limits, &findings);
     }
   }
   decoded.report = std::move(findings.report);
@@ -132,7 +132,7 @@ DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
 
 DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits) {
   DecodedEntry decoded;
-  Findings findings(limits.max_findings);
+  Findings findings(limits);
   if (fits(bytes, limits, &findings)) {
     make(bytes, &decoded.entry);
     const bool same = writesAgain(decoded.entry, bytes);

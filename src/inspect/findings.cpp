@@ -22,6 +22,7 @@ std::string Place::path() const {
 }
 
 Finding* Findings::add(Code code, const Place& place, const char* message) {
+  if (severityOf(code) < least_) return nullptr;
   if (report.findings.size() >= room_) {
     ++report.left_out;
     return nullptr;

@@ -3,7 +3,7 @@
 
 // What is found in bytes while they are read, and where.
 
-#include <filter_inspect/filter_report.h>
+#include <filter_inspect/filter_decode.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -37,9 +37,10 @@ struct Place {
 // the caller, when there is a place for it.
 class Findings {
  public:
-  explicit Findings(std::size_t room) : room_(room) {}
+  explicit Findings(const DecodeLimits& limits)
+      : room_(limits.max_findings), least_(limits.least) {}
 
-  // Null beyond the room: the finding is then counted alone.
+  // Null for what nobody asks for, and beyond the room, where the finding is counted alone.
   Finding* add(Code code, const Place& place, const char* message = "");
   // Puts others behind those added.
   void append(Findings&& others);
@@ -53,6 +54,7 @@ class Findings {
   Report report;
  private:
   std::size_t room_;
+  Severity least_;
 };
 
 }  // namespace FiltersInspect

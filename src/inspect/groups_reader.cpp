@@ -58,18 +58,11 @@ void GroupsReader::endGroup() {
   const std::string bytes = head_.SerializePartialAsString() + bytes_;
   DecodeLimits limits;
   limits.max_bytes = bytes.size();
+  limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
-  bool lossless = decoded.group.has_value();
-  for (Finding& finding : decoded.report.findings) {
-    if (finding.severity == Severity::kNote) continue;
-    lossless = false;
-    add(std::move(finding));
-  }
-  if (!lossless) {
-    parsed_.report.left_out += decoded.report.left_out;
-  } else if (parsed_.report.empty()) {
-    parsed_.groups.push_back(std::move(*decoded.group));
-  }
+  for (Finding& finding : decoded.report.findings) add(std::move(finding));
+  parsed_.report.left_out += decoded.report.left_out;
+  if (parsed_.report.empty()) parsed_.groups.push_back(std::move(*decoded.group));
 }
 
 ParsedGroups GroupsReader::finish() {

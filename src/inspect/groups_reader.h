@@ -48,7 +48,7 @@ class GroupsReader {
   FiltersCommon::FiltersGroupPB entries_;  // of the one entry at hand
   std::string bytes_;                      // of the entries before it
   TextPlace group_;
-  bool faulty_ = false;  // the group at hand
+  bool faulty_ = false;            // the group at hand
   std::vector<TextPlace> places_;  // of the group's entries
 };
 

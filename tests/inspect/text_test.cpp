@@ -148,6 +148,16 @@ TEST(Text, RefusesAllElse) {
   }
 }
 
+// What is only worth a note is no fault, however often it stands there.
+TEST(Text, TakesWhatIsUnusual) {
+  std::string text = kHead + "group 1 priority=0 stage=none type=none\n";
+  for (int id = 3000; id > 0; --id) {
+    text += "entry " + std::to_string(id) + " priority=0 count 1=0\n";
+  }
+  EXPECT_EQ(faultIn(kText, text), "");
+  EXPECT_EQ(groupsFromText(text).groups.size(), 1u);
+}
+
 // However many faults there are, a thousand are told.
 TEST(Text, CountsWhatItDoesNotTell) {
   std::string text = kHead;
