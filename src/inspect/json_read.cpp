@@ -8,148 +8,12 @@
 #include "forms.h"
 #include "groups_reader.h"
 #include "json_keys.h"
+#include "json_shape.h"
 
 namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
-
-// Finds the place of each token that the parser hands over. The parser has held the tokens to be
-// well-formed, and between two of them stand blanks, commas and colons alone.
-class TokenPlaces {
- public:
-  explicit TokenPlaces(std::string_view text) : text_(text) {
-    if (text_.substr(0, 3) == "\xef\xbb\xbf") at_ = lineStart_ = 3;  // skipped by the parser too
-  }
-
-  TextPlace next() {
-    for (; at_ < text_.size() && kBetween.find(text_[at_]) != kBetween.npos; ++at_) {
-      if (text_[at_] == '\n') ++line_, lineStart_ = at_ + 1;
-    }
-    const std::size_t start = at_++;
-    const char first = start < text_.size() ? text_[start] : '\0';
-    if (first == '"') {
-      while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2 : 1;
-      ++at_;
-    } else if (first != '{' && first != '[' && first != '}' && first != ']') {
-      at_ = text_.find_first_of(" \t\r\n,:]}", at_);
-    }
-    at_ = std::min(at_, text_.size());
-    return {line_, start - lineStart_ + 1};
-  }
-
-  // Of an offset that the parser tells.
-  static TextPlace of(std::string_view before) {
-    const std::size_t line = before.rfind('\n') + 1;  // 0 when there is none
-    const auto lines = std::count(before.begin(), before.end(), '\n');
-    return {static_cast<std::size_t>(lines) + 1, before.size() - line + 1};
-  }
- private:
-  static constexpr std::string_view kBetween = " \t\r\n,:";
-
-  std::string_view text_;
-  std::size_t at_ = 0;
-  std::size_t line_ = 1;
-  std::size_t lineStart_ = 0;
-};
-
-// What the reader is inside of.
-enum class In : std::uint8_t {
-  kNowhere,
-  kFile,
-  kGroups,
-  kGroup,
-  kEntries,
-  kEntry,
-  kMatches,
-  kActions,
-  kCounters,
-  kCounter,
-  kPolicer,
-  kAbout,
-  kPair,
-  kNumbers,
-  kLimids,
-  kPorts,
-  kTypes,
-  kLimid,
-  kMplsPorts,
-};
-
-// The keys of an object; the first `required` of them must stand there.
-struct Keys {
-  std::string_view names[9] = {};
-  std::size_t required = 0;
-};
-
-Keys keysOf(In in, const FormRow* row) {
-  switch (in) {
-    case In::kFile:
-      return {{kFormatKey, kVersionKey, kGroupsKey}, 3};
-    case In::kGroup:
-      return {{kIdKey, kPriorityKey, kStageKey, kTypeKey, kEntriesKey}, 5};
-    case In::kEntry:
-      return {
-          {kIdKey, kPriorityKey, kMatchesKey, kActionsKey, kCountersKey, kPolicerKey, kParentKey},
-          2};
-    case In::kCounter:
-      return {{kIdKey, kTypeKey}, 2};
-    case In::kPolicer:
-      return {{kBytesKey, kAboutKey}, 1};
-    case In::kAbout: {
-      static const PolicerFacts facts = factsOf(policer::Policer(std::string()));
-      Keys keys;
-      for (std::size_t i = 0; i < facts.size(); ++i) keys.names[i] = facts[i].key;
-      return keys;
-    }
-    case In::kLimid:
-      return {{kLimidKey, kNameKey}, 1};
-    case In::kPair:
-    case In::kMplsPorts:
-      return {{keysOf(row->form).first, keysOf(row->form).second}, 2};
-    case In::kLimids:
-      if (row->fields[1] == 0) return {{keysOf(row->form).first}, 1};
-      return {{keysOf(row->form).first, keysOf(row->form).second}, 1};
-    default:
-      return {};
-  }
-}
-
-// What may begin where: behind which key of an object, or in which list.
-struct Nesting {
-  In outer;
-  std::size_t key;
-  char bracket;
-  In inner;
-};
-constexpr Nesting kNestings[] = {
-    {In::kNowhere, 0, '{', In::kFile},     {In::kFile, 2, '[', In::kGroups},
-    {In::kGroups, 0, '{', In::kGroup},     {In::kGroup, 4, '[', In::kEntries},
-    {In::kEntries, 0, '{', In::kEntry},    {In::kEntry, 2, '{', In::kMatches},
-    {In::kEntry, 3, '{', In::kActions},    {In::kEntry, 4, '[', In::kCounters},
-    {In::kEntry, 5, '{', In::kPolicer},    {In::kEntry, 6, '{', In::kPolicer},
-    {In::kCounters, 0, '{', In::kCounter}, {In::kPolicer, 1, '{', In::kAbout},
-    {In::kLimids, 0, '[', In::kPorts},     {In::kLimids, 1, '[', In::kTypes},
-    {In::kPorts, 0, '{', In::kLimid},      {In::kMplsPorts, 0, '{', In::kLimid},
-    {In::kMplsPorts, 1, '{', In::kLimid},
-};
-
-// The same for the value of a match or action; nowhere for what is written without brackets.
-Nesting nestingOf(In outer, const FormRow& row) {
-  switch (row.form) {
-    case Form::kNumbers:
-      return {outer, 0, '[', In::kNumbers};
-    case Form::kLimid:
-      return {outer, 0, '{', In::kLimid};
-    case Form::kLimids:
-      return {outer, 0, '{', In::kLimids};
-    case Form::kMplsPorts:
-      return {outer, 0, '{', In::kMplsPorts};
-    default:
-      if (row.fields[1] != 0) return {outer, 0, '{', In::kPair};
-      return {outer, 0, '\0', In::kNowhere};
-  }
-}
 
 // A number, text, true or false, as it stands there.
 struct Scalar {
@@ -266,15 +130,7 @@ class JsonReader {
 
 bool JsonReader::begin(char bracket) {
   place_ = places_.next();
-  const Frame& frame = top();
-  Nesting nesting = {frame.in, 0, '\0', In::kNowhere};
-  if (frame.in == In::kMatches || frame.in == In::kActions) {
-    nesting = nestingOf(frame.in, *row_);
-  } else {
-    for (const Nesting& row : kNestings) {
-      if (row.outer == frame.in && row.key == frame.key) nesting = row;
-    }
-  }
+  const Nesting nesting = nestingOf(top().in, top().key, row_);
   if (nesting.bracket != bracket) {
     return fail(Code::kTextSyntax,
                 bracket == '{' ? "no object may stand here" : "no list may stand here");
@@ -412,7 +268,7 @@ bool JsonReader::scalar(const Scalar& value) {
       return scalarOfPolicer(value);
     case In::kMatches:
     case In::kActions:
-      if (nestingOf(top().in, *row_).bracket != '\0') return wanted("an object or a list");
+      if (nestingOf(top().in, key, row_).bracket != '\0') return wanted("an object or a list");
       return scalarOfForm(value, row_->fields[0]);
     case In::kPair:
       return scalarOfForm(value, row_->fields[key]);
