@@ -1,5 +1,6 @@
 #include "json_text.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -30,12 +31,27 @@ void JsonText::key(std::string_view name) {
 
 void JsonText::value(std::string_view text) {
   begin();
+  const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
+  if (std::all_of(text.begin(), text.end(), isPlain)) {
+    text_.append(1, '"').append(text).append(1, '"');
+    return;
+  }
   text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 void JsonText::value(std::uint64_t number) {
   begin();
   text_ += std::to_string(number);
+}
+
+void JsonText::signedValue(std::int64_t number) {
+  begin();
+  text_ += std::to_string(number);
+}
+
+void JsonText::flag(bool value) {
+  begin();
+  text_ += value ? "true" : "false";
 }
 
 std::string JsonText::take() {

@@ -21,6 +21,8 @@ class JsonText {
   // What is no UTF-8 is replaced.
   void value(std::string_view text);
   void value(std::uint64_t number);
+  void signedValue(std::int64_t number);
+  void flag(bool value);
 
   // All of it, with a newline at the end.
   std::string take();
