@@ -3,11 +3,9 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <utility>
 
-#include <filter_inspect/filter_names.h>
-
+#include "named.h"
 #include "rows.h"
 
 namespace FiltersInspect {
@@ -15,14 +13,6 @@ namespace FiltersInspect {
 using namespace FiltersCommon;
 
 namespace {
-
-// A name, or the number of what has none.
-template <class Enum>
-std::string textOf(Enum value) {
-  const std::string_view name = nameOf(value);
-  const auto number = static_cast<std::underlying_type_t<Enum>>(value);
-  return name.empty() ? std::to_string(number) : std::string(name);
-}
 
 template <class Codes>
 std::vector<std::uint32_t> numbersOf(const Codes& codes) {
@@ -92,8 +82,8 @@ class Refusals {
         Finding& finding = add(Code::kTypeNotAdmitted, FILTERS_ERR_TYPE_NOT_ALLOWED);
         finding.offender = static_cast<std::uint32_t>(type);
         finding.admitted = numbersOf(rowOr(FiltersGroup::StageTypesDescription_, stage));
-        finding.message =
-            "the stage " + textOf(stage) + " does not admit a group of type " + textOf(type);
+        finding.message = "the stage " + nameOrNumber(stage) + " does not admit a group of type " +
+                          nameOrNumber(type);
     }
   }
 
@@ -109,7 +99,7 @@ class Refusals {
       Finding& finding = add(Code::kMatchNotAdmitted, verdict, Subject::kMatch, &entry);
       finding.offender = row.code;
       finding.admitted = numbersOf(rowOr(FiltersGroup::TypeDescription_, type));
-      finding.message = "a group of type " + textOf(type) + " does not admit it";
+      finding.message = "a group of type " + nameOrNumber(type) + " does not admit it";
     }
   }
 
@@ -125,7 +115,7 @@ class Refusals {
       Finding& finding = add(Code::kActionNotAdmitted, verdict, Subject::kAction, &entry);
       finding.offender = row.code;
       finding.admitted = numbersOf(rowOr(FiltersGroup::StageActionsDescription_, stage));
-      finding.message = "the stage " + textOf(stage) + " does not admit it";
+      finding.message = "the stage " + nameOrNumber(stage) + " does not admit it";
     }
   }
 
@@ -138,7 +128,7 @@ class Refusals {
     finding.offender = static_cast<std::uint32_t>(its);
     finding.admitted = numbersOf(policersOf(stage));
     finding.message =
-        "it is made for " + textOf(its) + ", and the group's stage is " + textOf(stage);
+        "it is made for " + nameOrNumber(its) + ", and the group's stage is " + nameOrNumber(stage);
   }
 
   // In the order of insertEntry().
@@ -157,7 +147,7 @@ class Refusals {
                            FILTERS_ERR_INVALID, Subject::kMatch, entry);
     finding.offender = code;
     finding.others = {held};
-    finding.message = "it cannot stand beside " + textOf(held) +
+    finding.message = "it cannot stand beside " + nameOrNumber(held) +
                       (ip ? ": an entry has addresses of one IP version"
                           : ": an entry tests the destination port in one way");
   }
@@ -275,7 +265,7 @@ Report explainCounter(const FiltersEntry& entry, const Counter& counter) {
                                   FILTERS_ERR_INVALID, Subject::kCounter, &entry);
   finding.offender = counter.GetId();
   finding.message = invalid ? "its type says that it counts nothing"
-                            : "the entry counts " + textOf(counter.GetType()) + " already";
+                            : "the entry counts " + nameOrNumber(counter.GetType()) + " already";
   if (!invalid) finding.others = std::move(holders);
   return refusals.take();
 }
