@@ -25,6 +25,12 @@ T blankOf();
   }
 #include <filter_common/filter_actions.def>
 
+// As entries compare what they hold.
+template <class Base>
+bool isSame(const Base& a, const Base& b) {
+  return a == b;
+}
+
 template <class T>
 constexpr MatchRow matchRow(filtersMatch_t code) {
   return {code,
@@ -33,6 +39,11 @@ constexpr MatchRow matchRow(filtersMatch_t code) {
             return entry.getMatch(blank) == FILTERS_OK;
           },
           [](FiltersEntry* entry) { return entry->setMatch(blankOf<T>()) == FILTERS_OK; },
+          [](const FiltersEntry& a, const FiltersEntry& b) {
+            T x = blankOf<T>(), y = blankOf<T>();
+            return a.getMatch(x) == FILTERS_OK && b.getMatch(y) == FILTERS_OK &&
+                   isSame<Match>(x, y);
+          },
           [](const MatchPB& in, MatchPB* out) {
             T object = blankOf<T>();
             object.convertFromMatchPB(&in);
@@ -48,6 +59,11 @@ constexpr ActionRow actionRow(filtersAction_t code) {
             return entry.getAction(blank) == FILTERS_OK;
           },
           [](FiltersEntry* entry) { return entry->setAction(blankOf<T>()) == FILTERS_OK; },
+          [](const FiltersEntry& a, const FiltersEntry& b) {
+            T x = blankOf<T>(), y = blankOf<T>();
+            return a.getAction(x) == FILTERS_OK && b.getAction(y) == FILTERS_OK &&
+                   isSame<Action>(x, y);
+          },
           [](const ActionPB& in, ActionPB* out) {
             T object = blankOf<T>();
             object.convertFromActionPB(&in);

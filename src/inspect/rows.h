@@ -12,6 +12,8 @@ struct MatchRow {
   // Whether the entry holds such a match; whether it took a blank one.
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
+  // Whether two entries that both hold one hold equal ones.
+  bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
   // What the library makes of a match's message: it is read into a blank object, and written again.
   void (*echo)(const FiltersCommon::MatchPB& in, FiltersCommon::MatchPB* out);
 };
@@ -20,6 +22,7 @@ struct ActionRow {
   FiltersCommon::filtersAction_t code;
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
+  bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
   // Throws what the action throws.
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };

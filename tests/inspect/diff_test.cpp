@@ -1,0 +1,161 @@
+// Whether groups differ is for operator== to say; a difference that is planted must be named.
+
+#include <filter_inspect/filter_diff.h>
+
+#include <random>
+
+#include "../entry_samples.h"
+
+namespace {
+
+using namespace catalogue;
+using namespace FiltersInspect;
+using FiltersInspect::Code;
+
+FiltersGroup holding(const FiltersEntry& entry, int stage = 0, int type = 3) {
+  FiltersGroup group = groupOf(stage, type);
+  EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
+  return group;
+}
+
+// Entries of matches that no one type admits, in groups all the same.
+FiltersGroup received(FiltersEntry entry) {
+  const int types = static_cast<int>(kMatchesOfType.size());
+  for (int type = 0; type < types; ++type) {
+    FiltersGroup group = groupOf(0, type);
+    if (group.insertEntry(entry) == FILTERS_OK) return group;
+  }
+  ADD_FAILURE() << entry;
+  return groupOf(0, 0);
+}
+
+// Empty exactly when equal; and the other way round the same, with before and after exchanged.
+void expectTrue(const FiltersGroup& a, const FiltersGroup& b) {
+  const Report there = diff(a, b), back = diff(b, a);
+  ASSERT_EQ(there.empty(), a == b) << there << a << b;
+  ASSERT_EQ(there.findings.size(), back.findings.size());
+  for (std::size_t i = 0; i < there.findings.size(); ++i) {
+    const Finding &one = there.findings[i], &other = back.findings[i];
+    EXPECT_EQ(one.before, other.after);
+    EXPECT_EQ(one.after, other.before);
+    EXPECT_NE(one.before, one.after) << one;
+    EXPECT_EQ(one.severity, Severity::kNote);
+    EXPECT_FALSE(one.message.empty());
+  }
+}
+
+TEST(Diff, IsEmptyExactlyWhenEqual) {
+  FiltersGroup group = groupOf(2, 3);
+  for (unsigned id : {1u, 300u, 70000u}) {
+    FiltersEntry entry = entryOf(Codes(kMatchesOfType[3].begin(), kMatchesOfType[3].end()),
+                                 {0, 5, 11}, policer::Stage::Ingress, id);
+    entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
+    EXPECT_EQ(entry.setCounter({2, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
+    EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
+  }
+  const std::string bytes = bytesOf(group);
+  std::mt19937 random(1);
+  std::size_t equal = 0;
+  for (std::size_t bit = 0; bit < 8 * bytes.size(); ++bit) {
+    std::string damaged = bytes;
+    damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);
+    const FiltersGroup other(damaged);
+    equal += other == group;
+    expectTrue(group, other);
+    if (HasFatalFailure()) return;
+  }
+  EXPECT_GT(equal, 0u);
+  EXPECT_LT(equal, bytes.size());
+}
+
+// The one finding of a planted change.
+void expectOne(const FiltersGroup& a, const FiltersGroup& b, Code code, Subject subject,
+               std::uint32_t offender, const char* before, const char* after) {
+  const Report report = diff(a, b);
+  ASSERT_EQ(report.findings.size(), 1u) << report << a << b;
+  const Finding& finding = report.findings.front();
+  EXPECT_EQ(finding.code, code);
+  EXPECT_EQ(finding.subject, subject) << finding;
+  EXPECT_EQ(finding.offender, offender) << finding;
+  EXPECT_EQ(finding.before, before != nullptr ? before : finding.before);
+  EXPECT_EQ(finding.after, after != nullptr ? after : finding.after);
+  EXPECT_EQ(finding.entry.has_value(), subject != Subject::kGroup);
+  expectTrue(a, b);
+}
+
+// Of every class: an object more, and another object.
+template <class Fill>
+std::size_t expectNamed(Subject subject, unsigned code, const FiltersEntry& sample, Fill fill) {
+  FiltersEntry none(7), blank(7);
+  for (FiltersEntry* entry : {&none, &blank}) entry->setPolicer(sample.getPolicer());
+  fill(blank);
+  const FiltersGroup a = received(sample);
+  const auto like = [&](const FiltersEntry& entry) {
+    return holding(entry, a.getStage(), a.getType());
+  };
+  expectOne(like(none), a, Code::kEntryChanged, subject, code, "", nullptr);
+  if (sample == blank) return 0;
+  expectOne(a, like(blank), Code::kEntryChanged, subject, code, nullptr, nullptr);
+  return 1;
+}
+
+TEST(Diff, NamesEveryMatchAndAction) {
+  std::size_t matches = 0, actions = 0;
+#define FILTERS_MATCH(code, T, blank)                                                        \
+  if (code != FILTERS_MATCH_SRC_IPV6) {                                                      \
+    matches += expectNamed(Subject::kMatch, code, entryOf({code}), [](FiltersEntry& entry) { \
+      EXPECT_EQ(entry.setMatch(T blank), FILTERS_OK);                                        \
+    });                                                                                      \
+  }
+#include <filter_common/filter_matches.def>
+#define FILTERS_ACTION(code, T, blank)                                                            \
+  if (code != FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE) {                                              \
+    actions += expectNamed(Subject::kAction, code, entryOf({}, {code}), [](FiltersEntry& entry) { \
+      EXPECT_EQ(entry.setAction(T blank), FILTERS_OK);                                            \
+    });                                                                                           \
+  }
+#include <filter_common/filter_actions.def>
+  EXPECT_GT(matches, 25u);
+  EXPECT_GT(actions, 8u);
+}
+
+TEST(Diff, NamesEveryOtherPart) {
+  const auto expectPart = [&](Subject subject, std::uint32_t offender, const char* before,
+                              const char* after, auto change) {
+    FiltersEntry entry = entryOf({26}, {0});
+    EXPECT_EQ(entry.setCounter({5, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
+    const FiltersGroup group = holding(entry, 2);
+    change(entry);
+    expectOne(group, holding(entry, 2), Code::kEntryChanged, subject, offender, before, after);
+  };
+  expectPart(Subject::kEntry, 0, "priority=0", "priority=9",
+             [](FiltersEntry& entry) { entry.setPriority(9); });
+  expectPart(Subject::kPolicer, 0, nullptr, nullptr,
+             [](FiltersEntry& entry) { entry.setPolicer(policerAt(policer::Stage::Ingress)); });
+  expectPart(Subject::kParent, 0, "", nullptr, [](FiltersEntry& entry) {
+    entry.setPolicerParent(policerAt(policer::Stage::Ingress));
+  });
+  expectPart(Subject::kCounter, 5, "5=packets", "",
+             [](FiltersEntry& entry) { EXPECT_EQ(entry.deleteCounters(), FILTERS_OK); });
+  expectPart(Subject::kCounter, 5, "5=packets", "5=octets", [](FiltersEntry& entry) {
+    EXPECT_EQ(entry.setCounter({5, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
+  });
+  expectPart(Subject::kMatch, 26, nullptr, "ttl=3",
+             [](FiltersEntry& entry) { EXPECT_EQ(entry.setMatch(MatchTTL(3)), FILTERS_OK); });
+}
+
+TEST(Diff, NamesHeadsAndWholeEntries) {
+  const FiltersGroup empty = groupOf(2, 3), full = holding(entryOf({26}), 2);
+  expectOne(empty, full, Code::kEntryAdded, Subject::kEntry, 0, "", nullptr);
+  expectOne(full, empty, Code::kEntryRemoved, Subject::kEntry, 0, nullptr, "");
+  expectOne(empty, groupOf(0, 3), Code::kHeadChanged, Subject::kGroup, 0, "stage=ingress",
+            "stage=none");
+  expectOne(empty, groupOf(2, 12), Code::kHeadChanged, Subject::kGroup, 0, "type=3", "type=12");
+  FiltersGroup other = empty;
+  other.setPriority(9);
+  expectOne(empty, other, Code::kHeadChanged, Subject::kGroup, 0, "priority=0", "priority=9");
+  expectOne(FiltersGroup(1), FiltersGroup(2), Code::kHeadChanged, Subject::kGroup, 0, "id=1",
+            "id=2");
+}
+
+}  // namespace
