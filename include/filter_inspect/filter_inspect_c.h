@@ -2,9 +2,9 @@
 #define FILTER_INSPECT_FILTER_INSPECT_C_H_
 
 // The inspection library for procedural code, in C11 and C++: why something would be refused, what
-// bytes lose, names, and what the procedural side of filter_common lacks (bytes, comparison and
-// print). Functions forward to the classes and functions of the other headers, whose descriptions
-// hold; here stands what is special to this side.
+// bytes lose, what two groups differ in, text and JSON, names, and what the procedural side of
+// filter_common lacks (bytes, comparison and print). Functions forward to the classes and functions
+// of the other headers, whose descriptions hold; here stands what is special to this side.
 //
 // Handles. A FiltersReport* is the caller's until deleteFiltersReport(); the texts and arrays of
 // its findings live as long. Groups and entries that come out of bytes are the caller's as if made
@@ -143,6 +143,58 @@ FILTERS_API bool filtersEntriesEqual(const FiltersEntry* a, const FiltersEntry* 
 // operator<< of the classes: docs/print-layout.md.
 FILTERS_API size_t filtersGroupPrint(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersEntryPrint(const FiltersEntry* e, char* out, size_t size);
+
+// --- Text and JSON -------------------------------------------------------------------------------
+
+// toText() and toJson() of filter_text.h, of one group; the line of one entry.
+FILTERS_API size_t filtersGroupToText(const FiltersGroup* g, char* out, size_t size);
+FILTERS_API size_t filtersGroupToJson(const FiltersGroup* g, char* out, size_t size);
+FILTERS_API size_t filtersEntryToText(const FiltersEntry* e, char* out, size_t size);
+
+// The way back, for text that holds one group: it goes to *group as in filtersDecodeGroup() when
+// the report is empty. Text of several groups is refused.
+FILTERS_API FiltersReport* filtersGroupFromText(const char* text, size_t size,
+                                                FiltersGroup** group);
+FILTERS_API FiltersReport* filtersGroupFromJson(const char* json, size_t size,
+                                                FiltersGroup** group);
+
+// --- Diff and plan -------------------------------------------------------------------------------
+
+// diff() of filter_diff.h: empty exactly when the groups are equal.
+FILTERS_API FiltersReport* filtersDiff(const FiltersGroup* a, const FiltersGroup* b);
+
+// One call on a group: filtersGroupRemoveEntry(), filtersGroupInsertEntry() of the target's entry
+// of this id, or a setter with its new value.
+typedef enum filtersStepKind_t {
+  FILTERS_STEP_REMOVE = 0,
+  FILTERS_STEP_INSERT = 1,
+  FILTERS_STEP_SET_PRIORITY = 2,
+  FILTERS_STEP_SET_STAGE = 3,
+  FILTERS_STEP_SET_TYPE = 4,
+} filtersStepKind_t;
+typedef struct filtersStep_t {
+  filtersStepKind_t kind;
+  filtersEntryId_t entry;
+  int32_t value;
+} filtersStep_t;
+
+typedef enum filtersPlanOrder_t {
+  FILTERS_PLAN_ADD_FIRST = 0,     // no packet is without a rule meanwhile
+  FILTERS_PLAN_REMOVE_FIRST = 1,  // never more entries than the larger of the two
+} filtersPlanOrder_t;
+
+// The fewest steps from one group to the other: at most count of them are written, and *steps is
+// how many there are. The report is empty when there is a plan, and says why there is none.
+FILTERS_API FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to,
+                                       filtersPlanOrder_t order, filtersStep_t* out, size_t count,
+                                       size_t* steps);
+// Takes the steps; stops at the first refusal and returns it. FILTERS_ERR_INVALID_ARGUMENT also for
+// a null object. Without memory a step may be left undone: FILTERS_ERR_INVALID.
+FILTERS_NODISCARD FILTERS_API filtersErr_t filtersApply(const filtersStep_t* steps, size_t count,
+                                                        const FiltersGroup* to, FiltersGroup* g);
+// "set-stage ingress", "remove entry 7", "insert entry 10 ..."
+FILTERS_API size_t filtersStepToText(const filtersStep_t* step, const FiltersGroup* to, char* out,
+                                     size_t size);
 
 // --- Names ---------------------------------------------------------------------------------------
 

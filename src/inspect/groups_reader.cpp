@@ -36,26 +36,26 @@ std::string_view modeName(policer::ModeType type) {
 void GroupsReader::beginGroup(TextPlace place) {
   group_ = place;
   faulty_ = false;
-  head_.Clear();
+  head_->Clear();
   bytes_.clear();
   places_.clear();
 }
 
 void GroupsReader::beginEntry(TextPlace place) {
   places_.push_back(place);
-  entries_.Clear();
-  entries_.add_entries_();
+  entries_->Clear();
+  entries_->add_entries_();
 }
 
 void GroupsReader::endEntry() {
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
   // Fields written one behind the other are the bytes of one message of all of them.
-  if (!faulty_) static_cast<void>(entries_.AppendPartialToString(&bytes_));
+  if (!faulty_) static_cast<void>(entries_->AppendPartialToString(&bytes_));
 }
 
 void GroupsReader::endGroup() {
   if (faulty_) return;
-  const std::string bytes = head_.SerializePartialAsString() + bytes_;
+  const std::string bytes = head_->SerializePartialAsString() + bytes_;
   DecodeLimits limits;
   limits.max_bytes = bytes.size();
   limits.least = Severity::kWarning;  // what is only noted is not lost

@@ -15,6 +15,8 @@
 #include <filter_common/filter_groups.pb.h>
 #include <filter_inspect/filter_text.h>
 
+#include "../arena.h"
+
 namespace FiltersInspect {
 
 struct TextPlace {
@@ -26,8 +28,8 @@ struct TextPlace {
 class GroupsReader {
  public:
   // What the caller fills.
-  FiltersCommon::FiltersGroupPB* head() { return &head_; }
-  FiltersCommon::FiltersEntryPB* entry() { return entries_.mutable_entries_(0); }
+  FiltersCommon::FiltersGroupPB* head() { return head_; }
+  FiltersCommon::FiltersEntryPB* entry() { return entries_->mutable_entries_(0); }
 
   void beginGroup(TextPlace place);
   void beginEntry(TextPlace place);
@@ -44,9 +46,12 @@ class GroupsReader {
   TextPlace placeOf(const std::string& path) const;
 
   ParsedGroups parsed_;
-  FiltersCommon::FiltersGroupPB head_;
-  FiltersCommon::FiltersGroupPB entries_;  // of the one entry at hand
-  std::string bytes_;                      // of the entries before it
+  // Messages outside of an arena leak when memory runs out.
+  FiltersCommon::MessageArena arena_;
+  FiltersCommon::FiltersGroupPB* const head_ = arena_.make<FiltersCommon::FiltersGroupPB>();
+  FiltersCommon::FiltersGroupPB* const entries_ =  // of the one entry at hand
+      arena_.make<FiltersCommon::FiltersGroupPB>();
+  std::string bytes_;  // of the entries before it
   TextPlace group_;
   bool faulty_ = false;            // the group at hand
   std::vector<TextPlace> places_;  // of the group's entries

@@ -10,8 +10,10 @@
 #include <utility>
 
 #include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_text.h>
 
 namespace FiltersInspect {
 
@@ -103,6 +105,43 @@ FiltersReport* decoded(const void* bytes, std::size_t size, Object** object, Dec
     if (made) *object = made.release();
     return handle;
   });
+}
+
+// The one group that a text holds.
+FiltersReport* readFrom(const char* text, std::size_t size, FiltersGroup** group,
+                        ParsedGroups (*read)(std::string_view)) {
+  return decoded(text, size, group, [read](std::string_view in) {
+    ParsedGroups parsed = read(in);
+    std::optional<FiltersGroup> one;
+    if (parsed.groups.size() == 1) one = std::move(parsed.groups.front());
+    if (parsed.groups.size() != 1 && parsed.report.empty()) {
+      Finding& finding = parsed.report.findings.emplace_back();
+      finding.code = Code::kTextSyntax;
+      finding.severity = severityOf(finding.code);
+      finding.path = "1:1";
+      finding.message =
+          "one group is wanted, and there are " + std::to_string(parsed.groups.size());
+    }
+    return std::pair(std::move(one), std::move(parsed.report));
+  });
+}
+
+// --- Plans ---
+
+constexpr bool sameNumbers(Step::Kind cpp, filtersStepKind_t c) {
+  return static_cast<int>(cpp) == c;
+}
+static_assert(sameNumbers(Step::Kind::kRemove, FILTERS_STEP_REMOVE) &&
+              sameNumbers(Step::Kind::kInsert, FILTERS_STEP_INSERT) &&
+              sameNumbers(Step::Kind::kSetPriority, FILTERS_STEP_SET_PRIORITY) &&
+              sameNumbers(Step::Kind::kSetStage, FILTERS_STEP_SET_STAGE) &&
+              sameNumbers(Step::Kind::kSetType, FILTERS_STEP_SET_TYPE));
+
+filtersStep_t inC(const Step& step) {
+  return {static_cast<filtersStepKind_t>(step.kind), step.entry, step.value};
+}
+Step fromC(const filtersStep_t& step) {
+  return {static_cast<Step::Kind>(step.kind), step.entry, step.value};
 }
 
 // --- Buffers ---
@@ -280,6 +319,71 @@ std::size_t filtersGroupPrint(const FiltersGroup* g, char* out, std::size_t size
 
 std::size_t filtersEntryPrint(const FiltersEntry* e, char* out, std::size_t size) {
   return filled(e, out, size, kPrint);
+}
+
+std::size_t filtersGroupToText(const FiltersGroup* g, char* out, std::size_t size) {
+  return filled(g, out, size, [](auto& os, const auto& group) { os << toText({group}); });
+}
+
+std::size_t filtersGroupToJson(const FiltersGroup* g, char* out, std::size_t size) {
+  return filled(g, out, size, [](auto& os, const auto& group) {
+    os << toJson(std::vector<FiltersGroup>{group});
+  });
+}
+
+std::size_t filtersEntryToText(const FiltersEntry* e, char* out, std::size_t size) {
+  return filled(e, out, size, [](auto& os, const auto& entry) { os << toText(entry); });
+}
+
+FiltersReport* filtersGroupFromText(const char* text, std::size_t size, FiltersGroup** group) {
+  return readFrom(text, size, group, groupsFromText);
+}
+
+FiltersReport* filtersGroupFromJson(const char* json, std::size_t size, FiltersGroup** group) {
+  return readFrom(json, size, group, groupsFromJson);
+}
+
+FiltersReport* filtersDiff(const FiltersGroup* a, const FiltersGroup* b) {
+  return explained([](const auto& from, const auto& to) { return diff(from, to); }, a, b);
+}
+
+FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to,
+                           filtersPlanOrder_t order, filtersStep_t* out, std::size_t count,
+                           std::size_t* steps) {
+  std::size_t all = 0;
+  FiltersReport* report = explained(
+      [&](const auto& old, const auto& wanted) {
+        const bool removeFirst = order == FILTERS_PLAN_REMOVE_FIRST;
+        Plan made = plan(old, wanted, removeFirst ? PlanOrder::kRemoveFirst : PlanOrder::kAddFirst);
+        for (std::size_t i = 0; i < std::min(count, made.steps.size()); ++i) {
+          out[i] = inC(made.steps[i]);
+        }
+        all = made.steps.size();
+        return std::move(made.report);
+      },
+      from, to);
+  if (steps != nullptr) *steps = report == nullptr ? 0 : all;
+  return report;
+}
+
+filtersErr_t filtersApply(const filtersStep_t* steps, std::size_t count, const FiltersGroup* to,
+                          FiltersGroup* g) {
+  if (to == nullptr || g == nullptr || (steps == nullptr && count != 0)) {
+    return FiltersCommon::FILTERS_ERR_INVALID_ARGUMENT;
+  }
+  try {
+    std::vector<Step> all;
+    for (std::size_t i = 0; i < count; ++i) all.push_back(fromC(steps[i]));
+    return apply(all, *to, g);
+  } catch (...) {
+    return FiltersCommon::FILTERS_ERR_INVALID;
+  }
+}
+
+std::size_t filtersStepToText(const filtersStep_t* step, const FiltersGroup* to, char* out,
+                              std::size_t size) {
+  return filled(to == nullptr ? nullptr : step, out, size,
+                [&](auto& os, const auto& one) { os << toText(fromC(one), *to); });
 }
 
 const char* filtersErrName(filtersErr_t v) { return orNull(nameOf(v)); }

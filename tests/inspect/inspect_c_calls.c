@@ -144,6 +144,65 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
   deleteFiltersReport(report);
 }
 
+FILLS(filtersGroupToText, FiltersGroup)
+FILLS(filtersGroupToJson, FiltersGroup)
+FILLS(filtersEntryToText, FiltersEntry)
+
+static void writeAndRead(FiltersGroup* group) {
+  static const char two[] =
+      "filter-groups 1\ngroup 1 priority=0 stage=none type=none\n"
+      "group 2 priority=0 stage=none type=none\n";
+  char text[5000];
+  FiltersGroup* read = group;
+  size_t size = filtersGroupToText(group, text, sizeof text);
+  FIRST(filtersGroupFromText(text, size, &read), "empty");
+  EXPECT(filtersGroupsEqual(read, group));
+  deleteFiltersGroup(read);
+  FIRST(filtersGroupFromText(two, sizeof two - 1, &read), "text-syntax 0 0 0");
+  EXPECT(read == NULL);
+  FIRST(filtersGroupFromText(NULL, 1, &read), "null");
+
+  size = filtersGroupToJson(group, text, sizeof text);
+  FIRST(filtersGroupFromJson(text, size, &read), "empty");
+  EXPECT(filtersGroupsEqual(read, group));
+  deleteFiltersGroup(read);
+  FIRST(filtersGroupFromJson(text, size - 3, &read), "text-syntax 0 0 0");
+  EXPECT(read == NULL);
+}
+
+static FiltersGroup* copyOf(const FiltersGroup* group) {
+  unsigned char bytes[500];
+  FiltersGroup* copy = NULL;
+  deleteFiltersReport(filtersDecodeGroup(bytes, filtersGroupToBytes(group, bytes, 500), &copy));
+  return copy;
+}
+
+static void plan(FiltersGroup* from, FiltersGroup* to) {
+  filtersStep_t steps[3];
+  char line[200];
+  size_t count = 70;
+  FiltersReport* report = filtersDiff(from, to);
+  EXPECT(filtersReportCount(report) == 2);
+  deleteFiltersReport(report);
+  FIRST(filtersDiff(from, NULL), "null");
+
+  FIRST(filtersPlan(from, to, FILTERS_PLAN_ADD_FIRST, NULL, 0, &count), "empty");
+  EXPECT(count == 2);
+  FIRST(filtersPlan(from, to, FILTERS_PLAN_REMOVE_FIRST, steps, 3, NULL), "empty");
+  EXPECT(steps[0].kind == FILTERS_STEP_SET_PRIORITY && steps[0].value == 7);
+  EXPECT(steps[1].kind == FILTERS_STEP_REMOVE && steps[1].entry == 70000);
+  EXPECT(filtersStepToText(&steps[1], to, line, sizeof line) == strlen("remove entry 70000"));
+  EXPECT(strcmp(line, "remove entry 70000") == 0);
+  EXPECT(filtersStepToText(NULL, to, NULL, 0) == 0 && filtersStepToText(steps, NULL, NULL, 0) == 0);
+  FIRST(filtersPlan(NULL, to, FILTERS_PLAN_ADD_FIRST, NULL, 0, &count), "null");
+  EXPECT(count == 0);
+
+  EXPECT(filtersApply(steps, 2, to, NULL) == FILTERS_ERR_INVALID_ARGUMENT);
+  EXPECT(filtersApply(NULL, 2, to, from) == FILTERS_ERR_INVALID_ARGUMENT);
+  EXPECT(filtersApply(steps, 2, to, from) == FILTERS_OK && filtersGroupsEqual(from, to));
+  EXPECT(filtersApply(steps, 2, to, from) == FILTERS_ERR_NOT_FOUND);
+}
+
 // The name of a value and the way back, of which nothing comes for what is none.
 #define NAMED(Family, Enum, value, name)                                \
   do {                                                                  \
@@ -183,6 +242,15 @@ void callEveryFunctionOfInspect(void) {
   fillsfiltersGroupPrint(group, "=FiltersGroup=");
   fillsfiltersEntryPrint(entry, "  =FiltersEntry=");
   name();
+  writeAndRead(group);
+  fillsfiltersGroupToText(group, "filter-groups 1\n");
+  fillsfiltersGroupToJson(group, "{\n");
+  fillsfiltersEntryToText(entry, "entry 70000 ");
+  deleteFiltersGroup(anotherGroup);
+  anotherGroup = copyOf(group);
+  EXPECT(filtersGroupRemoveEntry(anotherGroup, 70000) == FILTERS_OK);
+  filtersGroupSetPriority(anotherGroup, 7);
+  plan(group, anotherGroup);
 
   deleteMatch(vrf);
   deleteFiltersEntry(anotherEntry);

@@ -2,6 +2,7 @@
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_inspect_c.h>
+#include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -75,6 +76,11 @@ TEST(InspectC, SurvivesWithoutMemory) {
   FiltersReport* report = filtersExplainInsert(&group, &entry);
   ASSERT_NE(report, nullptr);
   char out[5000];
+  FiltersGroup other(group);
+  ASSERT_EQ(other.setType(FILTERS_GROUP_TYPE_8), FILTERS_OK);
+  ASSERT_EQ(other.insertEntry(FiltersEntry(41)), FILTERS_OK);
+  const std::string text = toText({other}), json = toJson(std::vector{other});
+  filtersStep_t steps[3];
 
   const auto reads = [](const std::string& bytes, auto decode, auto destroy, auto* object) {
     FiltersReport* read = decode(bytes.data(), bytes.size(), &object);
@@ -99,6 +105,17 @@ TEST(InspectC, SurvivesWithoutMemory) {
        [&] { return reads(groupBytes, filtersDecodeGroup, deleteFiltersGroup, noGroup); }},
       {"DecodeEntry",
        [&] { return reads(entryBytes, filtersDecodeEntry, deleteFiltersEntry, noEntry); }},
+      {"GroupFromText",
+       [&] { return reads(text, filtersGroupFromText, deleteFiltersGroup, noGroup); }},
+      {"GroupFromJson",
+       [&] { return reads(json, filtersGroupFromJson, deleteFiltersGroup, noGroup); }},
+      {"GroupToText", [&] { return filtersGroupToText(&other, out, sizeof out) != 0; }},
+      {"GroupToJson", [&] { return filtersGroupToJson(&other, out, sizeof out) != 0; }},
+      {"Diff", [&] { return holds(filtersDiff(&group, &other)); }},
+      {"Plan",
+       [&] {
+         return holds(filtersPlan(&group, &other, FILTERS_PLAN_ADD_FIRST, steps, 3, nullptr));
+       }},
       {"GroupToBytes", [&] { return filtersGroupToBytes(&group, out, sizeof out) != 0; }},
       {"EntryToBytes", [&] { return filtersEntryToBytes(&entry, out, sizeof out) != 0; }},
       {"GroupPrint", [&] { return filtersGroupPrint(&group, out, sizeof out) != 0; }},
