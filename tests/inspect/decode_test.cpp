@@ -5,6 +5,7 @@
 #include "decoding.h"
 
 #include <random>
+#include <regex>
 
 namespace {
 
@@ -38,6 +39,8 @@ std::string textOf(const Report& report, std::size_t start) {
 }
 
 // --- Planted in an entry, behind its id, priority and policer ------------------------------------
+
+const char* const kEntryStart = "0807 1000 1a @policer-none";
 
 const Planted kInEntries[] = {
     {"Nothing", "", ""},
@@ -102,7 +105,7 @@ const Planted kInEntries[] = {
 
 class InEntry : public testing::TestWithParam<Planted> {};
 TEST_P(InEntry, IsFound) {
-  const std::string start = bytesOf("0807 1000 1a @policer-none");
+  const std::string start = bytesOf(kEntryStart);
   const auto report = decodeEntry(start + bytesOf(GetParam().bytes)).report;
   EXPECT_EQ(textOf(report, start.size()), GetParam().findings);
 }
@@ -163,6 +166,40 @@ TEST_P(InGroup, IsFound) {
 }
 INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
                          [](const auto& planted) { return planted.param.name; });
+
+// --- What the documents say ----------------------------------------------------------------------
+
+// A line without its place in the bytes, which is another one where policers have other bytes.
+std::string withoutBytes(const std::string& line) {
+  return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
+}
+
+TEST(Findings, AreWrittenAsTheirDocumentShows) {
+  std::set<std::string> lines;
+  const auto add = [&](const Report& report) {
+    for (const Finding& finding : report.findings) {
+      std::ostringstream line;
+      line << "    " << finding;
+      lines.insert(withoutBytes(line.str()));
+    }
+  };
+  const std::string start = bytesOf(kEntryStart);
+  for (const Planted& planted : kInEntries) add(decodeEntry(start + bytesOf(planted.bytes)).report);
+  for (const Planted& planted : kInGroups) add(decodeGroup(bytesOf(planted.bytes)).report);
+  std::ifstream document(FILTERS_GOLDEN_DIR "/../../docs/findings.md");
+  std::set<std::string> shown;
+  bool inBytes = false;
+  for (std::string line; std::getline(document, line);) {
+    inBytes = inBytes || line == "## Bytes";
+    if (!inBytes || line.compare(0, 4, "    ") != 0) continue;
+    EXPECT_EQ(lines.count(withoutBytes(line) + '\n'), 1u) << line;
+    const std::size_t code = line.rfind('[') + 1;
+    shown.insert(line.substr(code, line.size() - 1 - code));
+  }
+#define FINDING(code, name, severity) \
+  EXPECT_TRUE(Code::code < Code::kBytesBroken || shown.count(name) != 0) << name;
+#include <filter_inspect/findings.def>
+}
 
 TEST(Decode, TellsWhatItsFindingsAreAbout) {
   const std::string bytes = bytesOf(
