@@ -1,5 +1,6 @@
 #include "findings.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace FiltersInspect {
@@ -21,9 +22,14 @@ std::string Place::path() const {
   return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
 }
 
+void Findings::leaveOut(Severity worst, std::size_t count) {
+  report.left_out += count;
+  report.worst_left_out = std::max(report.worst_left_out, worst);
+}
+
 Finding* Findings::add(Code code, const Place& place, const char* message) {
   if (report.findings.size() >= room_) {
-    ++report.left_out;
+    leaveOut(severityOf(code), 1);
     return nullptr;
   }
   Finding& finding = report.findings.emplace_back();
@@ -44,10 +50,10 @@ void Findings::append(Findings&& others) {
     if (report.findings.size() < room_) {
       report.findings.push_back(std::move(finding));
     } else {
-      ++report.left_out;
+      leaveOut(finding.severity, 1);
     }
   }
-  report.left_out += others.report.left_out;
+  leaveOut(others.report.worst_left_out, others.report.left_out);
 }
 
 }  // namespace FiltersInspect

@@ -52,6 +52,8 @@ class Findings {
 
   Report report;
  private:
+  void leaveOut(Severity worst, std::size_t count);
+
   std::size_t room_;
 };
 

@@ -205,6 +205,10 @@ std::size_t filtersReportLeftOut(const FiltersReport* r) {
   return r == nullptr ? 0 : r->report.left_out;
 }
 
+filtersSeverity_t filtersReportWorst(const FiltersReport* r) {
+  return r == nullptr ? FILTERS_SEVERITY_NOTE : static_cast<filtersSeverity_t>(r->report.worst());
+}
+
 std::size_t filtersReportToText(const FiltersReport* r, char* out, std::size_t size) {
   return filled(r, out, size, [](std::ostream& os, const auto& handle) { os << handle.report; });
 }

@@ -180,7 +180,7 @@ std::string_view nameOf(Subject subject) {
 }
 
 Severity Report::worst() const {
-  Severity worst = Severity::kNote;
+  Severity worst = worst_left_out;
   for (const Finding& finding : findings) worst = std::max(worst, finding.severity);
   return worst;
 }
@@ -209,7 +209,10 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
 
 std::ostream& operator<<(std::ostream& os, const Report& report) {
   for (const Finding& finding : report.findings) os << finding;
-  if (report.left_out != 0) os << "note: " << std::to_string(report.left_out) << " more findings\n";
+  if (report.left_out != 0) {
+    os << nameOf(report.worst_left_out) << ": " << std::to_string(report.left_out)
+       << " more findings\n";
+  }
   return os;
 }
 
