@@ -62,7 +62,7 @@ const Planted kInEntries[] = {
      "value-cut 6+4 matches_[0].vlan_id_[1] 65636>100\n"
      "value-collapsed 6+4 matches_[0].vlan_id_[1] 65636>100\n"},
     {"SetInOtherOrder", "22 ( 080c 4807 4803 )", "order-differs 4+4 matches_[0].pcp_\n"},
-    {"UnusedField", "22 ( 081a b00140 b80101 )", "field-unused 7+3 matches_[0].vrf_id_\n"},
+    {"UnusedField", "22 ( 081a b00140 b80101 )", "field-unused 7+3 matches_[0].vrf_id_ 1>\n"},
     {"UnusedList", "22 ( 081a 180a 180b b00140 )", "field-unused 4+4 matches_[0].vlan_id_\n"},
     {"UnknownField", "22 ( 081a b00140 fa0102abcd )", "field-unknown 7+5 matches_[0]\n"},
     {"UnknownGroup", "22 ( 081a b00140 fb01 0801 fc01 )", "field-unknown 7+6 matches_[0]\n"},
