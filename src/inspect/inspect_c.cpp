@@ -137,6 +137,7 @@ std::size_t filled(const Object* object, char* out, std::size_t size, Write writ
     if (object == nullptr) return 0;
     Window window(out, size);
     std::ostream os(&window);
+    os.exceptions(std::ios::badbit);  // streams swallow exceptions otherwise, and go on
     write(os, *object);
     return window.length();
   });
