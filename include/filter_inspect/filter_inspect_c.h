@@ -93,6 +93,8 @@ FILTERS_API size_t filtersReportCount(const FiltersReport* r);
 FILTERS_API int32_t filtersReportGet(const FiltersReport* r, size_t index, filtersFinding_t* out);
 // How many findings there were beyond the limit of those that a report keeps.
 FILTERS_API size_t filtersReportLeftOut(const FiltersReport* r);
+// The highest severity of all, kept or left out; that of notes when there are none.
+FILTERS_API filtersSeverity_t filtersReportWorst(const FiltersReport* r);
 // One line a finding; the form of docs/schema/filter-report-1.schema.json.
 FILTERS_API size_t filtersReportToText(const FiltersReport* r, char* out, size_t size);
 FILTERS_API size_t filtersReportToJson(const FiltersReport* r, char* out, size_t size);

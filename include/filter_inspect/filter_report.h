@@ -71,9 +71,10 @@ struct Finding {
 struct Report {
   std::vector<Finding> findings;
   std::size_t left_out = 0;  // findings beyond the caller's limit: counted, not kept
+  Severity left_out_worst = Severity::kNote;  // the highest of theirs
 
   bool empty() const { return findings.empty() && left_out == 0; }
-  // The highest severity of those kept; kNote when empty.
+  // The highest severity of all, kept or left out; kNote when empty.
   FILTERS_API Severity worst() const;
 };
 

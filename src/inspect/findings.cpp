@@ -1,5 +1,6 @@
 #include "findings.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace FiltersInspect {
@@ -21,10 +22,15 @@ std::string Place::path() const {
   return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
 }
 
+void Findings::leaveOut(Severity worst, std::size_t count) {
+  report.left_out += count;
+  report.left_out_worst = std::max(report.left_out_worst, worst);
+}
+
 Finding* Findings::add(Code code, const Place& place, const char* message) {
   if (severityOf(code) < least_) return nullptr;
   if (report.findings.size() >= room_) {
-    ++report.left_out;
+    leaveOut(severityOf(code), 1);
     return nullptr;
   }
   Finding& finding = report.findings.emplace_back();
@@ -45,10 +51,10 @@ void Findings::append(Findings&& others) {
     if (report.findings.size() < room_) {
       report.findings.push_back(std::move(finding));
     } else {
-      ++report.left_out;
+      leaveOut(finding.severity, 1);
     }
   }
-  report.left_out += others.report.left_out;
+  leaveOut(others.report.left_out_worst, others.report.left_out);
 }
 
 }  // namespace FiltersInspect

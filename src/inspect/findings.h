@@ -53,6 +53,8 @@ class Findings {
 
   Report report;
  private:
+  void leaveOut(Severity worst, std::size_t count);
+
   std::size_t room_;
   Severity least_;
 };

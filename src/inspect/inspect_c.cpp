@@ -176,6 +176,7 @@ std::size_t filled(const Object* object, char* out, std::size_t size, Write writ
     if (object == nullptr) return 0;
     Window window(out, size);
     std::ostream os(&window);
+    os.exceptions(std::ios::badbit);  // streams swallow exceptions otherwise, and go on
     write(os, *object);
     return window.length();
   });
@@ -242,6 +243,10 @@ std::int32_t filtersReportGet(const FiltersReport* r, std::size_t index, filters
 
 std::size_t filtersReportLeftOut(const FiltersReport* r) {
   return r == nullptr ? 0 : r->report.left_out;
+}
+
+filtersSeverity_t filtersReportWorst(const FiltersReport* r) {
+  return r == nullptr ? FILTERS_SEVERITY_NOTE : static_cast<filtersSeverity_t>(r->report.worst());
 }
 
 std::size_t filtersReportToText(const FiltersReport* r, char* out, std::size_t size) {

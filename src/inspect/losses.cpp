@@ -41,6 +41,11 @@ std::int64_t numberIn(const google::protobuf::Message& message, const Field& fie
   }
 }
 
+std::string textIn(const google::protobuf::Message& message, const Field& field) {
+  if (field.cpp_type() != Field::CPPTYPE_STRING) return std::to_string(numberIn(message, field));
+  return hexOf(message.GetReflection()->GetString(message, &field));
+}
+
 std::vector<std::uint32_t> numbersIn(const google::protobuf::Message& message, const Field& field) {
   const auto numbers = message.GetReflection()->GetRepeatedFieldRef<std::uint32_t>(message, &field);
   return {numbers.begin(), numbers.end()};
@@ -284,6 +289,7 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   const Place its = placeOf(field.number(), place);
   if (!kept) {
     if (Finding* finding = findings->add(Code::kFieldUnused, its)) {
+      finding->before = textIn(in, field);
       finding->message = nameOf(field) + " means nothing here, and is dropped";
     }
   } else if (isBytes(field)) {

@@ -182,7 +182,7 @@ std::string_view nameOf(Subject subject) {
 }
 
 Severity Report::worst() const {
-  Severity worst = Severity::kNote;
+  Severity worst = left_out_worst;
   for (const Finding& finding : findings) worst = std::max(worst, finding.severity);
   return worst;
 }
@@ -213,7 +213,10 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
 
 std::ostream& operator<<(std::ostream& os, const Report& report) {
   for (const Finding& finding : report.findings) os << finding;
-  if (report.left_out != 0) os << "note: " << std::to_string(report.left_out) << " more findings\n";
+  if (report.left_out != 0) {
+    os << nameOf(report.left_out_worst) << ": " << std::to_string(report.left_out)
+       << " more findings\n";
+  }
   return os;
 }
 

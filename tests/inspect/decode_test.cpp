@@ -5,6 +5,7 @@
 #include "decoding.h"
 
 #include <random>
+#include <regex>
 
 namespace {
 
@@ -39,6 +40,8 @@ std::string textOf(const Report& report, std::size_t start) {
 
 // --- Planted in an entry, behind its id, priority and policer ------------------------------------
 
+const char* const kEntryStart = "0807 1000 1a @policer-none";
+
 const Planted kInEntries[] = {
     {"Nothing", "", ""},
     {"MatchWithoutType", "22 00", "required-missing 0+2 matches_[0].type_\n"},
@@ -59,7 +62,7 @@ const Planted kInEntries[] = {
      "value-cut 6+4 matches_[0].vlan_id_[1] 65636>100\n"
      "value-collapsed 6+4 matches_[0].vlan_id_[1] 65636>100\n"},
     {"SetInOtherOrder", "22 ( 080c 4807 4803 )", "order-differs 4+4 matches_[0].pcp_\n"},
-    {"UnusedField", "22 ( 081a b00140 b80101 )", "field-unused 7+3 matches_[0].vrf_id_\n"},
+    {"UnusedField", "22 ( 081a b00140 b80101 )", "field-unused 7+3 matches_[0].vrf_id_ 1>\n"},
     {"UnusedList", "22 ( 081a 180a 180b b00140 )", "field-unused 4+4 matches_[0].vlan_id_\n"},
     {"UnknownField", "22 ( 081a b00140 fa0102abcd )", "field-unknown 7+5 matches_[0]\n"},
     {"UnknownGroup", "22 ( 081a b00140 fb01 0801 fc01 )", "field-unknown 7+6 matches_[0]\n"},
@@ -102,7 +105,7 @@ const Planted kInEntries[] = {
 
 class InEntry : public testing::TestWithParam<Planted> {};
 TEST_P(InEntry, IsFound) {
-  const std::string start = bytesOf("0807 1000 1a @policer-none");
+  const std::string start = bytesOf(kEntryStart);
   const auto report = decodeEntry(start + bytesOf(GetParam().bytes)).report;
   EXPECT_EQ(textOf(report, start.size()), GetParam().findings);
 }
@@ -163,6 +166,40 @@ TEST_P(InGroup, IsFound) {
 }
 INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
                          [](const auto& planted) { return planted.param.name; });
+
+// --- What the documents say ----------------------------------------------------------------------
+
+// A line without its place in the bytes, which is another one where policers have other bytes.
+std::string withoutBytes(const std::string& line) {
+  return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
+}
+
+TEST(Findings, AreWrittenAsTheirDocumentShows) {
+  std::set<std::string> lines;
+  const auto add = [&](const Report& report) {
+    for (const Finding& finding : report.findings) {
+      std::ostringstream line;
+      line << "    " << finding;
+      lines.insert(withoutBytes(line.str()));
+    }
+  };
+  const std::string start = bytesOf(kEntryStart);
+  for (const Planted& planted : kInEntries) add(decodeEntry(start + bytesOf(planted.bytes)).report);
+  for (const Planted& planted : kInGroups) add(decodeGroup(bytesOf(planted.bytes)).report);
+  std::ifstream document(FILTERS_GOLDEN_DIR "/../../docs/findings.md");
+  std::set<std::string> shown;
+  bool inBytes = false;
+  for (std::string line; std::getline(document, line);) {
+    inBytes = inBytes || line == "## Bytes";
+    if (!inBytes || line.compare(0, 4, "    ") != 0) continue;
+    EXPECT_EQ(lines.count(withoutBytes(line) + '\n'), 1u) << line;
+    const std::size_t code = line.rfind('[') + 1;
+    shown.insert(line.substr(code, line.size() - 1 - code));
+  }
+#define FINDING(code, name, severity) \
+  EXPECT_TRUE(Code::code < Code::kBytesBroken || shown.count(name) != 0) << name;
+#include <filter_inspect/findings.def>
+}
 
 TEST(Decode, TellsWhatItsFindingsAreAbout) {
   const std::string bytes = bytesOf(

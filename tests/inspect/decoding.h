@@ -75,6 +75,7 @@ std::string faultWithLimit(const std::string& bytes, const Report& all, std::siz
   if (some.findings.size() + some.left_out != all.findings.size() + all.left_out) {
     return "a limit changes how many findings there are";
   }
+  if (some.worst() != all.worst()) return "a limit hides the worst of them";
   for (std::size_t i = 0; i < some.findings.size(); ++i) {
     if (some.findings[i].code != all.findings[i].code) return "a limit changes the findings";
   }
@@ -95,7 +96,7 @@ std::string faultInDecoding(const std::string& bytes) {
   if (!object) return has(Code::kRebuildThrows) || report.left_out != 0 ? "" : "throws silently";
   if (!(*object == *made) || bytesOf(*object) != bytesOf(*made)) return "is another object";
   if (report.empty() && bytesOf(*made) != bytes) return "is silent about other bytes";
-  if (report.left_out == 0 && report.worst() == Severity::kNote &&
+  if (report.worst() == Severity::kNote &&
       meaningOf<Message>(bytes) != meaningOf<Message>(bytesOf(*made))) {
     return "is silent about a loss";
   }

@@ -4,6 +4,7 @@
 #include <filter_inspect/filter_report.h>
 #include <gmock/gmock.h>
 
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -53,6 +54,21 @@ TEST(Describe, HasASentenceForEachResult) {
   }
 }
 
+// As far as the schema goes by keys and lists of words.
+void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_json& form) {
+  EXPECT_EQ(form.value("const", json), json);
+  EXPECT_THAT(form.value("enum", nlohmann::ordered_json({json})), testing::Contains(json));
+  if (json.is_array()) {
+    for (const auto& element : json) expectOfForm(element, form.at("items"));
+  }
+  if (!json.is_object()) return;
+  for (const auto& [key, value] : json.items()) {
+    ASSERT_EQ(form.at("properties").count(key), 1u) << key;
+    expectOfForm(value, form["properties"][key]);
+  }
+  for (const auto& key : form.at("required")) EXPECT_EQ(json.count(key), 1u) << key;
+}
+
 // Whatever stands in a report, its JSON is read back, and is laid out as that of the reader.
 TEST(Report, IsWrittenAsJson) {
   Report report;
@@ -75,6 +91,8 @@ TEST(Report, IsWrittenAsJson) {
   EXPECT_EQ(json["inputs"][0]["findings"][1]["before"], "\"a\\\n\x01\ufffd\u00e4");
   EXPECT_EQ(json["inputs"][0]["findings"][1]["admitted"],
             nlohmann::ordered_json({"ingress_ports", "vrf_id", 900}));
+  std::ifstream schema(FILTERS_GOLDEN_DIR "/../../docs/schema/filter-report-1.schema.json");
+  expectOfForm(json, nlohmann::ordered_json::parse(schema, nullptr, false));
   EXPECT_THAT(toJson(Report()), testing::HasSubstr("\"findings\": [],"));
 }
 
