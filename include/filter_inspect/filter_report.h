@@ -71,11 +71,16 @@ struct Finding {
 struct Report {
   std::vector<Finding> findings;
   std::size_t left_out = 0;  // findings beyond the caller's limit: counted, not kept
-  Severity left_out_worst = Severity::kNote;  // the highest of theirs
+  Severity left_out_worst = Severity::kNote;  // the highest severity among those
 
   bool empty() const { return findings.empty() && left_out == 0; }
-  // The highest severity of all, kept or left out; kNote when empty.
+  // The highest severity of those kept and those left out; kNote when empty.
   FILTERS_API Severity worst() const;
+  // Counts findings that are not kept.
+  void leaveOut(Severity severity, std::size_t number = 1) {
+    left_out += number;
+    if (left_out_worst < severity) left_out_worst = severity;
+  }
 };
 
 // One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Of a report also
@@ -88,6 +93,14 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 // one input is called.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
+
+// The same of several inputs: what each is called, how many groups it holds, what is said of them.
+struct ReportInput {
+  std::string file;
+  std::optional<std::size_t> groups;  // left out of the document where there is none
+  Report report;
+};
+FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command);
 
 }  // namespace FiltersInspect
 

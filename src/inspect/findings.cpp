@@ -1,6 +1,5 @@
 #include "findings.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace FiltersInspect {
@@ -22,15 +21,10 @@ std::string Place::path() const {
   return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
 }
 
-void Findings::leaveOut(Severity worst, std::size_t count) {
-  report.left_out += count;
-  report.left_out_worst = std::max(report.left_out_worst, worst);
-}
-
 Finding* Findings::add(Code code, const Place& place, const char* message) {
   if (severityOf(code) < least_) return nullptr;
   if (report.findings.size() >= room_) {
-    leaveOut(severityOf(code), 1);
+    report.leaveOut(severityOf(code));
     return nullptr;
   }
   Finding& finding = report.findings.emplace_back();
@@ -51,10 +45,10 @@ void Findings::append(Findings&& others) {
     if (report.findings.size() < room_) {
       report.findings.push_back(std::move(finding));
     } else {
-      leaveOut(finding.severity, 1);
+      report.leaveOut(finding.severity);
     }
   }
-  leaveOut(others.report.left_out_worst, others.report.left_out);
+  report.leaveOut(others.report.left_out_worst, others.report.left_out);
 }
 
 }  // namespace FiltersInspect

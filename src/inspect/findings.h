@@ -53,8 +53,6 @@ class Findings {
 
   Report report;
  private:
-  void leaveOut(Severity worst, std::size_t count);
-
   std::size_t room_;
   Severity least_;
 };

@@ -16,6 +16,7 @@ using namespace FiltersCommon;
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
 
 CodesOf offenderOf(const Finding& finding) {
+  if (finding.code == Code::kAdmits) return CodesOf::kNothing;
   switch (finding.result) {
     case FILTERS_ERR_MATCH_NOT_ALLOWED:
       return CodesOf::kMatches;
@@ -47,6 +48,25 @@ CodesOf offenderOf(const Finding& finding) {
       break;
   }
   return finding.result == FILTERS_OK ? CodesOf::kNothing : CodesOf::kTypes;
+}
+
+CodesOf admittedOf(const Finding& finding) {
+  if (finding.code != Code::kAdmits) return offenderOf(finding);
+  switch (finding.subject) {
+    case Subject::kMatch:
+      return CodesOf::kMatches;
+    case Subject::kAction:
+      return CodesOf::kActions;
+    case Subject::kPolicer:
+    case Subject::kParent:
+      return CodesOf::kPolicerStages;
+    case Subject::kGroup:
+      return CodesOf::kTypes;
+    case Subject::kEntry:
+    case Subject::kCounter:
+      break;
+  }
+  return CodesOf::kNumbers;
 }
 
 std::string_view nameIn(CodesOf codes, std::uint32_t value) {
@@ -105,7 +125,7 @@ void write(const Finding& finding, JsonText* json) {
     json->key("offender");
     write(codes, finding.offender, json);
   }
-  write("admitted", codes, finding.admitted, json);
+  write("admitted", admittedOf(finding), finding.admitted, json);
   const bool matches = finding.subject == Subject::kMatch;
   write("others", matches ? CodesOf::kMatches : CodesOf::kNumbers, finding.others, json);
   if (finding.bytes || !finding.path.empty()) {
@@ -124,6 +144,18 @@ void write(const Finding& finding, JsonText* json) {
     if (!text->empty()) write(key, std::string_view(*text), json);
   }
   write("message", std::string_view(finding.message), json);
+  json->close('}');
+}
+
+void write(const ReportInput& input, JsonText* json) {
+  json->open('{');
+  write("file", std::string_view(input.file), json);
+  if (input.groups) write("groups", std::uint64_t{*input.groups}, json);
+  json->key("findings");
+  json->open('[');
+  for (const Finding& finding : input.report.findings) write(finding, json);
+  json->close(']');
+  write("left_out", std::uint64_t{input.report.left_out}, json);
   json->close('}');
 }
 
@@ -221,6 +253,10 @@ std::ostream& operator<<(std::ostream& os, const Report& report) {
 }
 
 std::string toJson(const Report& report, std::string_view command, std::string_view file) {
+  return toJson({{std::string(file), std::nullopt, report}}, command);
+}
+
+std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command) {
   JsonText json;
   json.open('{');
   write("format", std::string_view("filter-report"), &json);
@@ -228,14 +264,7 @@ std::string toJson(const Report& report, std::string_view command, std::string_v
   write("command", command, &json);
   json.key("inputs");
   json.open('[');
-  json.open('{');
-  write("file", file, &json);
-  json.key("findings");
-  json.open('[');
-  for (const Finding& finding : report.findings) write(finding, &json);
-  json.close(']');
-  write("left_out", std::uint64_t{report.left_out}, &json);
-  json.close('}');
+  for (const ReportInput& input : inputs) write(input, &json);
   json.close(']');
   json.close('}');
   return json.take();
