@@ -1,0 +1,192 @@
+#include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_explain.h>
+#include <filter_inspect/filter_names.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "input.h"
+
+namespace FilterInspectTool {
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+template <class Codes>
+std::string listed(const Codes& codes) {
+  std::string list;
+  for (const auto code : codes) list.append(list.empty() ? "" : ", ").append(nameOf(code));
+  return list;
+}
+
+template <class Codes>
+Finding admits(const std::string& which, const char* what, Subject subject, const Codes& codes) {
+  const std::string admitted =
+      codes.empty() ? std::string("no ") + what : std::string("the ") + what + ' ' + listed(codes);
+  Finding finding = findingOf(Code::kAdmits, which + " admits " + admitted);
+  finding.subject = subject;
+  for (const auto code : codes) finding.admitted.push_back(static_cast<std::uint32_t>(code));
+  return finding;
+}
+
+// The stages that are asked for, or all; the same for types.
+template <class Enum>
+std::vector<Enum> chosen(const std::string& name) {
+  std::vector<Enum> codes;
+  for (const auto& [code, itsName] : namesOf<Enum>()) {
+    if (name.empty() || name == itsName) codes.push_back(code);
+  }
+  return codes;
+}
+
+using Stages = std::vector<filtersGroupStage_t>;
+using Types = std::vector<filtersGroupType_t>;
+
+void addStage(filtersGroupStage_t stage, Report* report) {
+  const Capability its = capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);
+  const std::string name = "stage " + std::string(nameOf(stage));
+  report->findings.push_back(admits(name, "types", Subject::kGroup, its.types));
+  report->findings.push_back(admits(name, "actions", Subject::kAction, its.actions));
+  report->findings.push_back(admits(name, "policer stages", Subject::kPolicer, its.policers));
+}
+
+void addType(filtersGroupType_t type, Report* report) {
+  Stages stages;
+  for (const filtersGroupStage_t stage : chosen<filtersGroupStage_t>("")) {
+    if (capabilityOf(stage, type).valid) stages.push_back(stage);
+  }
+  const Capability its = capabilityOf(FILTERS_GROUP_STAGE_NONE, type);
+  const std::string name = "type " + std::string(nameOf(type));
+  report->findings.push_back(admits(name, "matches", Subject::kMatch, its.matches));
+  Finding& finding = report->findings.emplace_back(
+      findingOf(Code::kAdmits, name + " lives in the stages " + listed(stages)));
+  finding.after = listed(stages);
+}
+
+Report tablesOf(const Options& options) {
+  Report report;
+  const Stages stages = chosen<filtersGroupStage_t>(options.stage);
+  const Types types = chosen<filtersGroupType_t>(options.type);
+  if (!options.stage.empty() && !options.type.empty()) {
+    const Capability both = capabilityOf(stages[0], types[0]);
+    if (!both.valid) {
+      report.findings.push_back(findingOf(Code::kAdmits, options.stage + " does not admit type " +
+                                                             options.type + "; it admits types " +
+                                                             listed(both.types)));
+      for (const filtersGroupType_t type : both.types) {
+        report.findings.back().admitted.push_back(static_cast<std::uint32_t>(type));
+      }
+      return report;
+    }
+  }
+  if (options.type.empty() || !options.stage.empty()) {
+    for (const filtersGroupStage_t stage : stages) addStage(stage, &report);
+  }
+  if (options.stage.empty() || !options.type.empty()) {
+    for (const filtersGroupType_t type : types) addType(type, &report);
+  }
+  return report;
+}
+
+// The entries that a group came with, also those that it had to refuse.
+std::vector<FiltersEntry> entriesOf(const Input& input, const InputGroup& group) {
+  std::vector<FiltersEntry> entries;
+  FiltersGroupPB message;
+  message.ParsePartialFromString(input.bytesOf(group));
+  for (const FiltersEntryPB& entry : message.entries_()) {
+    DecodedEntry decoded = decodeEntry(entry.SerializePartialAsString());
+    if (decoded.entry) entries.push_back(*std::move(decoded.entry));
+  }
+  return entries;
+}
+
+Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& types) {
+  std::string places;
+  for (const Placement& placement : placementsOf(entry)) {
+    if (std::count(stages.begin(), stages.end(), placement.stage) == 0 ||
+        std::count(types.begin(), types.end(), placement.type) == 0) {
+      continue;
+    }
+    places.append(places.empty() ? "" : " ").append(nameOf(placement.stage)).append("/");
+    places.append(nameOf(placement.type));
+  }
+  Finding finding = places.empty() ? findingOf(Code::kNoPlacement,
+                                               "no stage and type that was asked for admits it")
+                                   : findingOf(Code::kPlacement, "fits " + places);
+  finding.subject = Subject::kEntry;
+  finding.entry = entry.getId();
+  finding.after = places;
+  return finding;
+}
+
+// Looks for the places of the entries of inputs.
+class Placer {
+ public:
+  Placer(const Options& options, Console* console)
+      : options_(options),
+        console_(*console),
+        stages_(chosen<filtersGroupStage_t>(options.stage)),
+        types_(chosen<filtersGroupType_t>(options.type)) {}
+
+  void place(const Input& input) {
+    Report all;
+    for (const InputGroup& group : input.groups) {
+      if (group.group) place(input, group, &all);
+    }
+    if (input.isBroken()) tellLosses(input, &console_);
+    document_.push_back({input.file, input.groups.size(), std::move(all)});
+  }
+
+  Exit finish() {
+    if (options_.json && !document_.empty()) console_.write(document_);
+    return exit_;
+  }
+ private:
+  void place(const Input& input, const InputGroup& group, Report* all) {
+    for (const FiltersEntry& entry : entriesOf(input, group)) {
+      Finding finding = placeFor(entry, stages_, types_);
+      finding.group = group.group->getId();
+      if (finding.severity != Severity::kNote) exit_ = kExitFound;
+      if (options_.json) {
+        all->findings.push_back(std::move(finding));
+      } else {
+        console_.writeLine(printable(group.place) + ": entry " + std::to_string(entry.getId()) +
+                           ": " + finding.message);
+      }
+    }
+  }
+
+  const Options& options_;
+  Console& console_;
+  const Stages stages_;
+  const Types types_;
+  std::vector<ReportInput> document_;
+  Exit exit_ = kExitFine;
+};
+
+}  // namespace
+
+void declareCapabilities(CLI::App* command, Options* options) {
+  declareFiles(command, options, 0, 1);
+  declareStageAndType(command, options);
+}
+
+Exit runCapabilities(const Options& options, Console* console) {
+  if (!options.files.empty()) {
+    Placer placer(options, console);
+    forEachInput(options, Severity::kWarning, console,
+                 [&](const Input& input) { placer.place(input); });
+    return placer.finish();
+  }
+  const Report tables = tablesOf(options);
+  if (options.json) {
+    console->write({{"", {}, tables}});
+    return kExitFine;
+  }
+  for (const Finding& finding : tables.findings) console->writeLine(finding.message);
+  return kExitFine;
+}
+
+}  // namespace FilterInspectTool

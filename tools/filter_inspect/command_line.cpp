@@ -1,0 +1,191 @@
+#include <filter_inspect/filter_names.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <utility>
+
+#include "commands.h"
+#include "console.h"
+
+namespace FilterInspectTool {
+namespace {
+
+constexpr Command kCommands[] = {
+    {"show", "Print what a device would hold; what it would lose goes to standard error",
+     declareShow, runShow},
+    {"check", "Say what the bytes lose when they are read, and what else is odd", declareCheck,
+     runCheck},
+    {"convert", "Write the groups in another form; refused where something would be lost",
+     declareConvert, runConvert},
+    {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
+    {"plan", "Print the steps that make the groups of one file out of those of another",
+     declarePlan, runPlan},
+    {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
+     declareCapabilities, runCapabilities},
+    {"names", "Print codes and their names", declareNames, runNames},
+};
+
+constexpr char kFooter[] =
+    "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
+    "Exit status: 0 fine; 1 found something, differs, or refused; 2 trouble.\n"
+    "filter-inspect(1) describes all of it.";
+
+constexpr char kVersion[] = "filter-inspect " FILTER_INSPECT_VERSION;
+
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t change = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({change, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+std::vector<std::string> commandNames() {
+  std::vector<std::string> names;
+  for (const Command& command : kCommands) names.emplace_back(command.name);
+  return names;
+}
+
+std::vector<std::string> optionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+  }
+  return names;
+}
+
+std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates) {
+  return "; did you mean " + nearest(word, candidates) + '?';
+}
+
+// What was not understood, before what is lacking: that may be the same.
+std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  const std::vector<CLI::App*> parsed = app.get_subcommands();
+  if (unknown.empty()) {
+    const bool lacksCommand = parsed.empty() && error.get_name() == "RequiredError";
+    return lacksCommand ? "a command is missing; filter-inspect --help lists them" : error.what();
+  }
+  const std::string& word = unknown.front();
+  if (word.size() > 1 && word[0] == '-') {
+    std::vector<std::string> names = optionNames(app);
+    for (const CLI::App* command : parsed) {
+      for (std::string& name : optionNames(*command)) names.push_back(std::move(name));
+    }
+    const std::string option = word.substr(0, word.find('='));
+    return "there is no option " + option + didYouMean(option, names);
+  }
+  if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames());
+  return "one argument too many: " + word;
+}
+
+void declareCommon(CLI::App* app, Options* options) {
+  app->set_help_flag("-h,--help", "Print this, or of a command what it takes");
+  app->set_version_flag("--version", kVersion);
+  app->add_flag("--json", options->json, "Print documents of JSON, trouble too");
+  declareChoice(app, "--color", &options->color, {"auto", "always", "never"},
+                "Whether lines have colours");
+  declareChoice(app, "--framing", &options->framing, {"auto", "none", "be32", "varint"},
+                "What stands in front of each group's bytes: nothing, or a length");
+  declareChoice(app, "--from", &options->from, {"auto", "bytes", "text", "json"},
+                "The form of the files");
+  const auto limit = [app](const char* name, std::size_t* value, const std::string& about) {
+    const std::string preset = std::to_string(*value);
+    app->add_option(name, *value, about + ", else " + preset)
+        ->check(CLI::NonNegativeNumber)
+        ->take_last()
+        ->option_text("N");
+  };
+  limit("--max-bytes", &options->maxBytes, "The largest file that is read");
+  limit("--max-findings", &options->maxFindings, "How many findings of a file are kept");
+  limit("--max-groups", &options->maxGroups, "How many groups of a file are read");
+}
+
+template <class Enum>
+void declareCode(CLI::App* command, const char* name, std::string* value, const char* about) {
+  std::vector<std::string> choices;
+  for (const auto& code : FiltersInspect::namesOf<Enum>()) choices.emplace_back(code.second);
+  declareChoice(command, name, value, std::move(choices), about);
+}
+
+}  // namespace
+
+std::string nearest(std::string_view word, const std::vector<std::string>& candidates) {
+  const auto less = [word](const std::string& a, const std::string& b) {
+    return distance(word, a) < distance(word, b);
+  };
+  return *std::min_element(candidates.begin(), candidates.end(), less);
+}
+
+CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
+                           std::vector<std::string> choices, const std::string& about) {
+  std::string listed;
+  for (const std::string& choice : choices) listed += (listed.empty() ? "" : "|") + choice;
+  const auto check = [choices = std::move(choices)](const std::string& word) {
+    if (std::find(choices.begin(), choices.end(), word) != choices.end()) return std::string();
+    return "there is no value '" + word + "'" + didYouMean(word, choices);
+  };
+  return to->add_option(name, *value, about)->check(check)->take_last()->option_text(listed);
+}
+
+void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {
+  CLI::Option* files = command->add_option("FILE", options->files, "- or a path");
+  files->expected(atLeast, atMost)->option_text(atMost == 1 ? "" : "...");
+  if (atLeast > 0) files->required();
+}
+
+void declareStageAndType(CLI::App* command, Options* options) {
+  declareCode<FiltersCommon::filtersGroupStage_t>(command, "--stage", &options->stage,
+                                                  "This stage, in place of each group's own");
+  declareCode<FiltersCommon::filtersGroupType_t>(command, "--type", &options->type,
+                                                 "This type, in place of each group's own");
+}
+
+const Command* readCommandLine(int argc, char** argv, Options* options, Console* console) {
+  // A command line that cannot be read is told in the form that it asks for all the same.
+  options->json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+  CLI::App app("Looks into groups of filter rules: captured bytes, text or JSON.",
+               "filter-inspect");
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  declareCommon(&app, options);
+  for (const Command& command : kCommands) {
+    CLI::App* its = app.add_subcommand(command.name, command.summary);
+    its->fallthrough();
+    command.declare(its, options);
+  }
+  const auto findCommand = [&app] {
+    const std::vector<CLI::App*> parsed = app.get_subcommands();
+    const auto isIt = [&parsed](const Command& command) {
+      return !parsed.empty() && parsed.front()->get_name() == command.name;
+    };
+    const auto* found = std::find_if(std::begin(kCommands), std::end(kCommands), isIt);
+    return found == std::end(kCommands) ? nullptr : found;
+  };
+  try {
+    app.parse(argc, argv);
+    const Command* command = findCommand();
+    options->command = command->name;
+    return command;
+  } catch (const CLI::CallForHelp&) {
+    console->write(app.help());
+  } catch (const CLI::CallForVersion& version) {
+    console->writeLine(version.what());
+  } catch (const CLI::ParseError& error) {
+    const Command* command = findCommand();
+    if (command != nullptr) options->command = command->name;
+    console->trouble(Code::kUsage, "", sentence(app, error));
+  }
+  return nullptr;
+}
+
+}  // namespace FilterInspectTool

@@ -1,0 +1,225 @@
+#include "console.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <utility>
+
+namespace FilterInspectTool {
+namespace {
+
+constexpr std::size_t kWrittenAtOnce = 64 << 10;
+
+const char* codeOf(Color color) {
+  switch (color) {
+    case Color::kNone:
+      return "";
+    case Color::kRemoved:
+    case Color::kError:
+      return "\33[31m";
+    case Color::kAdded:
+      return "\33[32m";
+    case Color::kWarning:
+      return "\33[33m";
+    case Color::kNote:
+      return "\33[36m";
+  }
+  return "";
+}
+
+Color colorOf(Severity severity) {
+  switch (severity) {
+    case Severity::kNote:
+      return Color::kNote;
+    case Severity::kWarning:
+      return Color::kWarning;
+    case Severity::kError:
+      return Color::kError;
+  }
+  return Color::kNone;
+}
+
+// What the handler of the alarm prints: it may call next to nothing.
+char progressLine[256];
+volatile std::sig_atomic_t progressShown = 0;
+bool progressStarted = false;
+
+void printProgress(int) {
+  const int error = errno;
+  if (::write(STDERR_FILENO, progressLine, std::strlen(progressLine)) > 0) progressShown = 1;
+  errno = error;
+}
+
+}  // namespace
+
+std::string printable(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+  }
+  return text;
+}
+
+int writeAll(int stream, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(stream, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+std::string counted(std::size_t number, std::string_view what) {
+  std::string text = std::to_string(number) + ' ';
+  if (number == 1) return text.append(what);
+  const bool toIes = what.back() == 'y';
+  return text.append(what, 0, what.size() - (toIes ? 1 : 0)) + (toIes ? "ies" : "s");
+}
+
+Finding findingOf(Code code, std::string message) {
+  Finding finding{};
+  finding.code = code;
+  finding.severity = severityOf(code);
+  finding.message = std::move(message);
+  return finding;
+}
+
+// --- Results -------------------------------------------------------------------------------------
+
+void Console::write(std::string_view text) {
+  hideProgress();
+  results_ += text;
+  if (results_.size() >= kWrittenAtOnce) flush();
+}
+
+void Console::writeLine(std::string_view line, Color color) {
+  write(painted(STDOUT_FILENO, line, color) + '\n');
+}
+
+void Console::write(const std::string& place, const Report& report) {
+  for (const Finding& finding : report.findings) write(lineOf(STDOUT_FILENO, place, finding));
+}
+
+void Console::write(const std::vector<ReportInput>& inputs) {
+  write(toJson(inputs, options_.command));
+}
+
+void Console::flush() {
+  const int error = closed_ ? 0 : writeAll(STDOUT_FILENO, results_);
+  results_.clear();
+  if (error == 0) return;
+  closed_ = true;
+  systemTrouble(Code::kOutputFailed, "standard output", error);
+}
+
+// --- Trouble -------------------------------------------------------------------------------------
+
+void Console::trouble(Code code, const std::string& place, const std::string& message) {
+  failed_ = true;
+  if (options_.json) return keep(place, findingOf(code, message));
+  say("filter-inspect: " + printable(place.empty() ? message : place + ": " + message) + '\n');
+}
+
+void Console::trouble(const std::string& file, const std::string& place, const Finding& finding) {
+  failed_ = true;
+  if (options_.json) return keep(file, finding);
+  say(lineOf(STDERR_FILENO, place, finding));
+}
+
+void Console::systemTrouble(Code code, const std::string& file, int error) {
+  trouble(code, file, std::strerror(error));
+}
+
+void Console::aside(const std::string& file, const std::string& place, const Report& report) {
+  for (const Finding& finding : report.findings) {
+    if (options_.json) {
+      keep(file, finding);
+    } else {
+      say(lineOf(STDERR_FILENO, place, finding));
+    }
+  }
+  if (report.left_out == 0) return;
+  if (options_.json) {
+    keep(file, {}, report.left_out);
+  } else {
+    say(printable(place) + ": " + counted(report.left_out, "more finding") +
+        "; --max-findings=N shows more\n");
+  }
+}
+
+void Console::hint(const std::string& line) {
+  if (!options_.json) say("filter-inspect: " + printable(line) + '\n');
+}
+
+void Console::showProgress(const std::string& file) {
+  if (::isatty(STDERR_FILENO) == 0) return;
+  const std::string line = "reading " + printable(file).substr(0, 60) + " ...";
+  line.copy(progressLine, sizeof progressLine - 1);
+  progressLine[line.size()] = '\0';
+  struct sigaction action = {};
+  action.sa_handler = printProgress;
+  action.sa_flags = SA_RESTART;
+  ::sigaction(SIGALRM, &action, nullptr);
+  progressStarted = true;
+  ::alarm(1);
+}
+
+void Console::hideProgress() {
+  if (!std::exchange(progressStarted, false)) return;
+  ::alarm(0);
+  if (progressShown != 0) writeAll(STDERR_FILENO, "\r\33[K");
+  progressShown = 0;
+}
+
+Exit Console::finish(Exit exit) {
+  hideProgress();
+  flush();
+  if (!troubles_.empty()) {
+    const std::string& command = options_.command;
+    say(toJson(troubles_, command.empty() ? "usage" : command));
+  }
+  return failed_ ? kExitTrouble : exit;
+}
+
+std::string Console::painted(int stream, std::string_view text, Color color) const {
+  std::string result(text);
+  if (color == Color::kNone || options_.color == "never") return result;
+  if (options_.color == "auto") {
+    const char* noColor = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    const bool isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
+    if ((noColor != nullptr && *noColor != '\0') || isDumb || ::isatty(stream) == 0) return result;
+  }
+  return codeOf(color) + result + "\33[0m";
+}
+
+std::string Console::lineOf(int stream, const std::string& place, const Finding& finding) const {
+  std::ostringstream line;
+  line << finding;
+  const std::string_view severity = nameOf(finding.severity);
+  return printable(place) + ": " + painted(stream, severity, colorOf(finding.severity)) +
+         line.str().substr(severity.size());
+}
+
+void Console::keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut) {
+  if (troubles_.empty() || troubles_.back().file != file) troubles_.push_back({file, {}, {}});
+  Report& report = troubles_.back().report;
+  if (finding) report.findings.push_back(*std::move(finding));
+  report.left_out += leftOut;
+}
+
+void Console::say(const std::string& text) {
+  hideProgress();
+  flush();  // on a terminal both stand in the order in which they were said
+  // Nobody is left to be told that this failed.
+  static_cast<void>(writeAll(STDERR_FILENO, text));
+}
+
+}  // namespace FilterInspectTool

@@ -1,0 +1,90 @@
+#ifndef FILTER_INSPECT_TOOLS_CONSOLE_H_
+#define FILTER_INSPECT_TOOLS_CONSOLE_H_
+
+// What the program says: results on standard output, trouble and losses on standard error, both as
+// lines or, with --json, as documents.
+
+#include <filter_inspect/filter_report.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "commands.h"
+
+namespace FilterInspectTool {
+
+using FiltersInspect::Code;
+using FiltersInspect::Finding;
+using FiltersInspect::Report;
+using FiltersInspect::ReportInput;
+using FiltersInspect::Severity;
+
+enum class Color { kNone, kRemoved, kAdded, kWarning, kError, kNote };
+
+// "1 group", "2 groups".
+std::string counted(std::size_t number, std::string_view what);
+
+// Without what a terminal takes for a command, or a reader for the end of a line.
+std::string printable(std::string text);
+
+// All of it, to an open file. 0, or the system's number of what went wrong.
+int writeAll(int handle, std::string_view text);
+
+// A finding that is a sentence and no more.
+Finding findingOf(Code code, std::string message);
+
+class Console {
+ public:
+  // The options are looked at when something is said.
+  explicit Console(const Options* options) : options_(*options) {}
+
+  // --- Results ---
+
+  void write(std::string_view text);
+  void writeLine(std::string_view line, Color color = Color::kNone);
+  // Of a part of an input, "g.bin:1": a line for each finding.
+  void write(const std::string& place, const Report& report);
+  // As a document.
+  void write(const std::vector<ReportInput>& inputs);
+
+  // --- Trouble ---
+
+  // Something went wrong: the program ends with kExitTrouble. `place` is a file, or a place in one,
+  // or empty.
+  void trouble(Code code, const std::string& place, const std::string& message);
+  void trouble(const std::string& file, const std::string& place, const Finding& finding);
+  // What the system says about a file.
+  void systemTrouble(Code code, const std::string& file, int error);
+  bool hasFailed() const { return failed_; }
+  // Not trouble, and no result: what is lost of a part of an input, or why there is nothing to
+  // show.
+  void aside(const std::string& file, const std::string& place, const Report& report);
+  // Advice for a person.
+  void hint(const std::string& line);
+
+  // A line on a terminal as long as reading a file takes longer than a second.
+  void showProgress(const std::string& file);
+  void hideProgress();
+
+  // Prints what has not been printed yet, and says how the program ends.
+  Exit finish(Exit exit);
+ private:
+  std::string painted(int stream, std::string_view text, Color color) const;
+  std::string lineOf(int stream, const std::string& place, const Finding& finding) const;
+  void keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut = 0);
+  void say(const std::string& text);
+  void flush();
+
+  const Options& options_;
+  std::string results_;  // not yet written
+  std::vector<ReportInput> troubles_;
+  bool failed_ = false;
+  bool closed_ = false;  // standard output takes no more
+};
+
+}  // namespace FilterInspectTool
+
+#endif  // FILTER_INSPECT_TOOLS_CONSOLE_H_

@@ -1,0 +1,204 @@
+#include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_diff.h>
+#include <filter_inspect/filter_text.h>
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "input.h"
+
+namespace FilterInspectTool {
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+// Two groups that are compared, or one that the other file lacks.
+struct Pair {
+  const InputGroup* a = nullptr;
+  const InputGroup* b = nullptr;
+};
+
+// A single group is compared with a single one. Of several, those of one id belong together, in the
+// order in which they stand.
+std::vector<Pair> pairsOf(const Input& a, const Input& b) {
+  if (a.groups.size() == 1 && b.groups.size() == 1) return {{&a.groups[0], &b.groups[0]}};
+  std::multimap<filtersGroupId_t, const InputGroup*> others;
+  for (const InputGroup& group : b.groups) others.emplace(group.group->getId(), &group);
+  std::vector<Pair> pairs;
+  std::set<const InputGroup*> paired;
+  for (const InputGroup& group : a.groups) {
+    const auto other = others.lower_bound(group.group->getId());
+    const bool isThere = other != others.end() && other->first == group.group->getId();
+    pairs.push_back({&group, isThere ? other->second : nullptr});
+    if (isThere) paired.insert(others.extract(other).mapped());
+  }
+  for (const InputGroup& group : b.groups) {
+    if (paired.count(&group) == 0) pairs.push_back({nullptr, &group});
+  }
+  return pairs;
+}
+
+// The group without its entries.
+FiltersGroup headOf(const FiltersGroup& group) {
+  FiltersGroupPB head;
+  head.set_id_(group.getId());
+  head.set_priority_(group.getPriority());
+  head.set_stage_(static_cast<std::uint32_t>(group.getStage()));
+  head.set_type_(static_cast<std::uint32_t>(group.getType()));
+  return FiltersGroup(head.SerializeAsString());
+}
+
+std::string headLine(const FiltersGroup& group) {
+  const std::string text = toText(std::vector{headOf(group)});
+  const std::size_t line = text.find('\n') + 1;
+  return text.substr(line, text.find('\n', line) - line);
+}
+
+// What the library says, and of a group that is alone that it is.
+Report compare(const Pair& pair) {
+  if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
+  const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
+  Finding alone =
+      findingOf(Code::kHeadChanged, pair.a != nullptr ? "the group is gone" : "the group is new");
+  alone.group = group.getId();
+  (pair.a != nullptr ? alone.before : alone.after) = headLine(group);
+  const FiltersGroup head = headOf(group);
+  Report report = pair.a != nullptr ? diff(group, head) : diff(head, group);
+  report.findings.insert(report.findings.begin(), std::move(alone));
+  return report;
+}
+
+void printEntry(const InputGroup* group, filtersEntryId_t id, char sign, Console* console) {
+  if (group == nullptr) return;
+  const auto& entries = group->group->getEntriesRef();
+  const auto entry = entries.find(id);
+  if (entry == entries.end()) return;
+  console->writeLine(sign + toText(entry->second), sign == '-' ? Color::kRemoved : Color::kAdded);
+}
+
+void printHead(const InputGroup* group, char sign, Console* console) {
+  if (group == nullptr) return;
+  console->writeLine(sign + headLine(*group->group), sign == '-' ? Color::kRemoved : Color::kAdded);
+}
+
+// Lines of text, one for each head and entry that differ: what the findings are about.
+void print(const Pair& pair, const std::string (&files)[2], const Report& report,
+           Console* console) {
+  if (report.empty()) return;
+  const auto placeOf = [](const InputGroup* group, const std::string& file) {
+    return printable(group != nullptr ? group->place : file + ": no such group");
+  };
+  console->writeLine("--- " + placeOf(pair.a, files[0]));
+  console->writeLine("+++ " + placeOf(pair.b, files[1]));
+  bool headPrinted = false;
+  std::optional<filtersEntryId_t> last;
+  for (const Finding& finding : report.findings) {
+    if (!finding.entry && !std::exchange(headPrinted, true)) {
+      printHead(pair.a, '-', console);
+      printHead(pair.b, '+', console);
+    }
+    if (!finding.entry || last == finding.entry) continue;
+    last = finding.entry;
+    printEntry(pair.a, *last, '-', console);
+    printEntry(pair.b, *last, '+', console);
+  }
+}
+
+// One input a file; what differs stands with the second.
+class Document {
+ public:
+  explicit Document(const std::vector<Input>& inputs) {
+    for (const Input& input : inputs) inputs_.push_back({input.file, input.groups.size(), {}});
+  }
+  void add(Report&& report) {
+    std::vector<Finding>& all = inputs_.back().report.findings;
+    for (Finding& finding : report.findings) all.push_back(std::move(finding));
+  }
+  void write(Console* console) { console->write(inputs_); }
+ private:
+  std::vector<ReportInput> inputs_;
+};
+
+Report stepsOf(const Plan& plan, const FiltersGroup& to) {
+  Report report;
+  for (const Step& step : plan.steps) {
+    Finding& finding = report.findings.emplace_back(findingOf(Code::kPlanStep, toText(step, to)));
+    finding.group = to.getId();
+    if (step.kind != Step::Kind::kInsert && step.kind != Step::Kind::kRemove) continue;
+    finding.subject = Subject::kEntry;
+    finding.entry = step.entry;
+  }
+  return report;
+}
+
+Plan planOf(const Pair& pair, PlanOrder order) {
+  if (pair.a != nullptr && pair.b != nullptr) return plan(*pair.a->group, *pair.b->group, order);
+  Plan none;
+  none.report = compare(pair);
+  none.report.findings.resize(1);
+  return none;
+}
+
+}  // namespace
+
+void declareDiff(CLI::App* command, Options* options) { declareFiles(command, options, 2, 2); }
+
+Exit runDiff(const Options& options, Console* console) {
+  const auto inputs = readWholeInputs(options, console);
+  if (!inputs) return kExitTrouble;
+  const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
+  Document document(*inputs);
+  bool differ = false;
+  for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
+    Report report = compare(pair);
+    differ = differ || !report.empty();
+    if (!options.json) print(pair, files, report, console);
+    document.add(std::move(report));
+  }
+  if (options.json) document.write(console);
+  return differ ? kExitFound : kExitFine;
+}
+
+void declarePlan(CLI::App* command, Options* options) {
+  declareFiles(command, options, 2, 2);
+  command->add_flag("--remove-first", options->removeFirst,
+                    "Never more entries than the larger group has; else entries come in first, so "
+                    "that no packet is without its rule meanwhile");
+}
+
+Exit runPlan(const Options& options, Console* console) {
+  const auto inputs = readWholeInputs(options, console);
+  if (!inputs) return kExitTrouble;
+  const PlanOrder order = options.removeFirst ? PlanOrder::kRemoveFirst : PlanOrder::kAddFirst;
+  Document document(*inputs);
+  std::vector<std::pair<Pair, Report>> all;
+  Exit exit = kExitFine;
+  for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
+    Plan plan = planOf(pair, order);
+    if (plan.possible) {
+      all.emplace_back(pair, stepsOf(plan, *pair.b->group));
+      continue;
+    }
+    exit = kExitFound;
+    const InputGroup& group = *(pair.b != nullptr ? pair.b : pair.a);
+    if (!options.json) console->aside(inputs->at(1).file, group.place, plan.report);
+    document.add(std::move(plan.report));
+  }
+  if (exit == kExitFound) all.clear();  // half of the way is none
+  for (auto& [pair, steps] : all) {
+    if (!options.json && all.size() > 1 && !steps.empty()) {
+      console->writeLine("# " + printable(pair.a->place + " to " + pair.b->place));
+    }
+    for (const Finding& step : steps.findings) {
+      if (!options.json) console->writeLine(step.message);
+    }
+    document.add(std::move(steps));
+  }
+  if (options.json) document.write(console);
+  return exit;
+}
+
+}  // namespace FilterInspectTool

@@ -1,0 +1,338 @@
+#include "input.h"
+
+#include <fcntl.h>
+#include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_text.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+namespace FilterInspectTool {
+namespace {
+
+using FiltersInspect::ByteRange;
+
+// --- Files ---------------------------------------------------------------------------------------
+
+class File {
+ public:
+  explicit File(const std::string& name)
+      : handle_(name == "-" ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)),
+        isOwn_(name != "-") {}
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File() {
+    if (isOwn_ && handle_ >= 0) ::close(handle_);
+  }
+
+  // Up to `limit` bytes, and one more where there are more. 0, or why the system refuses.
+  int read(std::size_t limit, std::string* content) {
+    if (handle_ < 0) return error_;
+    limit = std::min(limit, SIZE_MAX / 4);
+    std::size_t held = 0;
+    while (held <= limit) {
+      content->resize(std::min(std::max(2 * held, kAtOnce), limit + 1));
+      const ssize_t count = ::read(handle_, content->data() + held, content->size() - held);
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) return errno;
+      if (count == 0) break;
+      held += static_cast<std::size_t>(count);
+    }
+    content->resize(held);
+    return 0;
+  }
+ private:
+  static constexpr std::size_t kAtOnce = 64 << 10;
+  const int handle_;
+  const int error_ = errno;  // of opening it, where that failed
+  const bool isOwn_;
+};
+
+Form formOf(const std::string& content, const std::string& forced) {
+  const auto begins = [&](std::string_view with) {
+    return content.compare(0, with.size(), with) == 0;
+  };
+  if (forced == "text" || (forced == "auto" && begins("filter-groups"))) return Form::kText;
+  if (forced == "json" || (forced == "auto" && begins("{"))) return Form::kJson;
+  return Form::kBytes;
+}
+
+// --- Frames --------------------------------------------------------------------------------------
+
+// Takes one length from the front: four bytes, most significant first, or a variable number of
+// bytes of seven bits, least significant first.
+bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
+  *length = 0;
+  const std::size_t most = isVarint ? 10 : 4;
+  for (std::size_t i = 0; i < most && i < bytes->size(); ++i) {
+    const auto byte = static_cast<unsigned char>((*bytes)[i]);
+    if (isVarint) {
+      *length |= std::uint64_t{byte & 0x7fu} << 7 * i;
+    } else {
+      *length = *length << 8 | byte;
+    }
+    if (isVarint ? byte < 0x80 : i == most - 1) {
+      bytes->remove_prefix(i + 1);
+      return true;
+    }
+  }
+  return false;
+}
+
+// Goes through frames as long as they are whole and `visit` wants more. Says why the next one is
+// not, and nothing at the end.
+template <class Visit>
+std::string walkFrames(std::string_view content, bool isVarint, const Visit& visit) {
+  std::string_view rest = content;
+  while (!rest.empty()) {
+    const std::size_t left = rest.size();
+    std::uint64_t length = 0;
+    if (!takeLength(isVarint, &rest, &length)) {
+      return "the length in front of it is not whole: " + counted(left, "byte") + " of it";
+    }
+    if (length > rest.size()) {
+      return "its length is " + std::to_string(length) + ", and " + counted(rest.size(), "byte") +
+             " follow";
+    }
+    const auto size = static_cast<std::size_t>(length);
+    if (!visit(ByteRange{content.size() - rest.size(), size})) return "";
+    rest.remove_prefix(size);
+  }
+  return "";
+}
+
+bool addsUp(std::string_view content) {
+  return !content.empty() && walkFrames(content, false, [](ByteRange) { return true; }).empty();
+}
+
+// --- Groups --------------------------------------------------------------------------------------
+
+// Whether the bytes end before what they say does. The finding may be among those left out.
+bool breaks(const Report& report, std::string_view bytes) {
+  const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
+  if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;
+  return report.left_out_worst == Severity::kError &&
+         !FiltersCommon::FiltersGroupPB().ParsePartialFromArray(bytes.data(),
+                                                                static_cast<int>(bytes.size()));
+}
+
+// Fills an input with its groups.
+class Reader {
+ public:
+  Reader(const Options& options, Severity least, Console* console, Input* input)
+      : options_(options),
+        least_(least),
+        console_(*console),
+        input_(*input),
+        room_(options.maxFindings) {}
+
+  void readBytes() {
+    input_.framing = options_.framing;
+    if (options_.framing == "auto") input_.framing = addsUp(input_.content) ? "be32" : "none";
+    // Nothing is a group of zeros, as the library reads it, whatever else would stand in front.
+    if (input_.framing == "none" || input_.content.empty()) {
+      addBytes({0, input_.content.size()});
+      return hintAtFrames();
+    }
+    const std::string broken =
+        walkFrames(input_.content, input_.framing == "varint", [this](ByteRange range) {
+          if (!hasRoom()) return false;
+          addBytes(range);
+          return true;
+        });
+    if (broken.empty()) return;
+    InputGroup& group = add();
+    group.isBroken = true;
+    group.report.findings.push_back(findingOf(Code::kBytesBroken, broken));
+  }
+
+  // False when there is something that cannot be read.
+  bool readForm() {
+    const bool isText = input_.form == Form::kText;
+    FiltersInspect::ParsedGroups parsed = isText ? FiltersInspect::groupsFromText(input_.content)
+                                                 : FiltersInspect::groupsFromJson(input_.content);
+    const bool wasRead = parsed.report.empty();
+    tell(parsed.report);
+    for (FiltersGroup& group : parsed.groups) {
+      if (!hasRoom()) break;
+      add().group = std::move(group);
+    }
+    return wasRead;
+  }
+ private:
+  InputGroup& add() {
+    InputGroup& group = input_.groups.emplace_back();
+    group.place = input_.file + ':' + std::to_string(input_.groups.size());
+    return group;
+  }
+
+  void addBytes(ByteRange range) {
+    const std::string_view bytes =
+        std::string_view(input_.content).substr(range.offset, range.length);
+    FiltersInspect::DecodedGroup decoded =
+        FiltersInspect::decodeGroup(bytes, {room_, options_.maxBytes, least_});
+    room_ -= decoded.report.findings.size();
+    InputGroup& group = add();
+    group.isBroken = !decoded.group || breaks(decoded.report, bytes);
+    group.group = std::move(decoded.group);
+    group.range = range;
+    group.report = std::move(decoded.report);
+  }
+
+  bool hasRoom() {
+    if (input_.groups.size() < options_.maxGroups) return true;
+    console_.trouble(Code::kLimitExceeded, input_.file,
+                     "there are more than " + counted(options_.maxGroups, "group") +
+                         ", and only those are read; --max-groups=N reads more");
+    return false;
+  }
+
+  // The findings about text or JSON say where in `path`.
+  void tell(const Report& report) {
+    std::size_t told = 0;
+    for (Finding finding : report.findings) {
+      if (told++ == options_.maxFindings) break;
+      std::string place = input_.file + ':' + finding.path;
+      if (!options_.json) finding.path.clear();
+      console_.trouble(input_.file, place, finding);
+    }
+    Report rest;
+    rest.left_out =
+        report.left_out + report.findings.size() - std::min(told, report.findings.size());
+    if (rest.left_out != 0) console_.aside(input_.file, input_.file, rest);
+  }
+
+  // A file that was cut off while it was written looks like one bare group.
+  void hintAtFrames() {
+    std::string_view rest = input_.content;
+    std::uint64_t length = 0;
+    if (options_.framing == "auto" && input_.isBroken() && takeLength(false, &rest, &length) &&
+        length != 0 && length <= rest.size()) {
+      console_.hint(input_.file + ": it begins as one with lengths; --framing=be32 reads it so");
+    }
+  }
+
+  const Options& options_;
+  const Severity least_;
+  Console& console_;
+  Input& input_;
+  std::size_t room_;
+};
+
+std::optional<Input> readInput(const std::string& file, const Options& options, Severity least,
+                               Console* console) {
+  Input input;
+  input.file = file;
+  console->showProgress(file);
+  if (const int error = File(file).read(options.maxBytes, &input.content)) {
+    console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, error);
+    return std::nullopt;
+  }
+  if (input.content.size() > options.maxBytes) {
+    console->trouble(Code::kLimitExceeded, file,
+                     "there are more than " + counted(options.maxBytes, "byte") +
+                         ", and none is read; --max-bytes=N raises the limit");
+    return std::nullopt;
+  }
+  input.form = formOf(input.content, options.from);
+  Reader reader(options, least, console, &input);
+  if (input.form == Form::kBytes) {
+    reader.readBytes();
+  } else if (!reader.readForm()) {
+    return std::nullopt;
+  }
+  console->hideProgress();
+  return input;
+}
+
+}  // namespace
+
+bool Input::isBroken() const {
+  return std::any_of(groups.begin(), groups.end(),
+                     [](const InputGroup& group) { return group.isBroken; });
+}
+
+std::string Input::bytesOf(const InputGroup& group) const {
+  if (form == Form::kBytes) return content.substr(group.range.offset, group.range.length);
+  std::string bytes;
+  group.group->serialize(&bytes);
+  return bytes;
+}
+
+void forEachInput(const Options& options, Severity least, Console* console,
+                  const std::function<void(Input& input)>& visit) {
+  bool tookStandardInput = false;
+  for (const std::string& file : options.files) {
+    if (file == "-" && std::exchange(tookStandardInput, true)) {
+      console->trouble(Code::kUsage, file, "standard input is read once");
+    } else if (std::optional<Input> input = readInput(file, options, least, console)) {
+      visit(*input);
+    }
+  }
+}
+
+std::vector<Input> readInputs(const Options& options, Console* console) {
+  std::vector<Input> inputs;
+  forEachInput(options, Severity::kWarning, console,
+               [&](Input& input) { inputs.push_back(std::move(input)); });
+  return inputs;
+}
+
+std::optional<std::vector<Input>> readWholeInputs(const Options& options, Console* console) {
+  std::vector<Input> inputs = readInputs(options, console);
+  for (const Input& input : inputs) tellLosses(input, console);
+  if (console->hasFailed()) return std::nullopt;
+  return inputs;
+}
+
+void tellLosses(const Input& input, Console* console) {
+  Report rest;
+  for (const InputGroup& group : input.groups) {
+    Report losses = group.report;
+    rest.leaveOut(losses.left_out_worst, std::exchange(losses.left_out, 0));
+    if (!group.isBroken) {
+      console->aside(input.file, group.place, losses);
+      continue;
+    }
+    if (losses.findings.empty()) {  // beyond the limit
+      losses.findings.push_back(findingOf(Code::kBytesBroken, "it cannot be read to its end"));
+    }
+    for (const Finding& finding : losses.findings) {
+      console->trouble(input.file, group.place, finding);
+    }
+  }
+  console->aside(input.file, input.file, rest);
+}
+
+std::vector<FiltersGroup> groupsOf(const std::vector<Input>& inputs) {
+  std::vector<FiltersGroup> groups;
+  for (const Input& input : inputs) {
+    for (const InputGroup& group : input.groups) {
+      if (group.group) groups.push_back(*group.group);
+    }
+  }
+  return groups;
+}
+
+std::string framed(const std::vector<FiltersGroup>& groups, std::string_view framing) {
+  std::string all, bytes;
+  for (const FiltersGroup& group : groups) {
+    group.serialize(&bytes);
+    std::uint64_t length = bytes.size();
+    if (framing == "be32") {
+      for (const int shift : {24, 16, 8, 0}) all += static_cast<char>(length >> shift & 0xff);
+    }
+    if (framing == "varint") {
+      for (; length >= 0x80; length >>= 7) all += static_cast<char>((length & 0x7f) | 0x80);
+      all += static_cast<char>(length);
+    }
+    all += bytes;
+  }
+  return all;
+}
+
+}  // namespace FilterInspectTool

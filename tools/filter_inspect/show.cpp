@@ -1,0 +1,54 @@
+#include <filter_inspect/filter_text.h>
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+#include "input.h"
+
+namespace FilterInspectTool {
+namespace {
+
+std::string dumped(const FiltersGroup& group) {
+  std::ostringstream dump;
+  dump << group;
+  return dump.str();
+}
+
+// Of several files it is said where each group came from: in text that is a comment, and all of it
+// is one document.
+void show(const std::vector<Input>& inputs, bool asText, Console* console) {
+  if (asText) console->write(FiltersInspect::toText(std::vector<FiltersGroup>()));
+  for (const Input& input : inputs) {
+    for (const InputGroup& group : input.groups) {
+      if (!group.group) continue;
+      const std::string text =
+          asText ? FiltersInspect::toText(std::vector{*group.group}) : dumped(*group.group);
+      const std::size_t head = asText ? text.find('\n') + 1 : 0;
+      if (inputs.size() > 1) console->writeLine("# " + printable(group.place));
+      console->write(text.substr(head));
+    }
+  }
+}
+
+}  // namespace
+
+void declareShow(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, kAnyNumber);
+  declareChoice(command, "--as", &options->as, {"text", "json", "dump"},
+                "The form: text as default, or JSON with --json; dump is what the library prints");
+}
+
+Exit runShow(const Options& options, Console* console) {
+  const std::vector<Input> inputs = readInputs(options, console);
+  const std::string as = !options.as.empty() ? options.as : options.json ? "json" : "text";
+  if (inputs.empty()) return kExitTrouble;
+  if (as == "json") {
+    console->write(FiltersInspect::toJson(groupsOf(inputs)));
+  } else {
+    show(inputs, as == "text", console);
+  }
+  for (const Input& input : inputs) tellLosses(input, console);
+  return kExitFine;
+}
+
+}  // namespace FilterInspectTool
