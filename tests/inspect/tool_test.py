@@ -1,0 +1,421 @@
+"""filter-inspect from outside: a table of command lines with exit codes and what they print.
+
+    tool_test.py <folder of the sources> <send_group> <filter-inspect> [emulator and its arguments]...
+
+The program runs in an empty folder with the files that prepare() makes. In the table an expected
+text is a regular expression for all of what was printed; DOTALL, so that ".*" stands for any lines.
+"""
+
+import json
+import os
+import pty
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+import jsonschema
+
+sources, sender, tool, *emulator = sys.argv[1:]
+run_env = {key: value for key, value in os.environ.items() if key != "NO_COLOR"}
+failures = []
+
+
+def run(*arguments, **options):
+    return subprocess.run([*emulator, *arguments], env=run_env, timeout=120, **options)
+
+
+def inspect(*arguments, stdin=b"", stdout=subprocess.PIPE):
+    return run(tool, *arguments, input=stdin, stdout=stdout, stderr=subprocess.PIPE)
+
+
+def write(name, content):
+    with open(name, "wb") as file:
+        file.write(content)
+
+
+def frames(content):
+    while content:
+        (length,) = struct.unpack(">I", content[:4])
+        yield content[4 : 4 + length]
+        content = content[4 + length :]
+
+
+def varint(number):
+    return bytes([number & 127 | 128]) + varint(number >> 7) if number > 127 else bytes([number])
+
+
+def prepare():
+    sent = run(sender, stdout=subprocess.PIPE).stdout
+    first, second = frames(sent)
+    write("g.bin", sent)
+    write("one.bin", first)
+    write("varint.bin", b"".join(varint(len(each)) + each for each in (first, second)))
+    write("cut.bin", sent[:-3])
+    write("cut_length.bin", sent + b"\0\0")
+    write("cut_group.bin", first[:-1])
+    # The match of entry 1000 becomes one of no class, and the entry would take every packet.
+    write("lost.bin", first.replace(b"\x22\x02\x08\x20", b"\x22\x02\x08\x63"))
+    # The group's type becomes 1, which admits none of its matches.
+    write("refused.bin", first.replace(b"\x18\x02\x20\x03", b"\x18\x02\x20\x01"))
+    write("notes.bin", b"\x08\x81\x00" + first[2:])  # an id that is longer than it needs to be
+    write("many.bin", b"\0" * 40)  # ten frames of nothing
+    write("empty", b"")
+    write("large.bin", b"")
+    os.truncate("large.bin", (64 << 20) + 1)
+    os.mkdir("folder")
+    for name, form in (("g.txt", "text"), ("g.json", "json")):
+        assert inspect("convert", "g.bin", "--to", form, "-o", name).returncode == 0
+    with open("g.txt", "rb") as file:
+        text = file.read()
+    head, one, two = re.split(b"(?m)^(?=group)", text)
+    write("one.txt", head + one)
+    write("swapped.txt", head + two + one)
+    write("changed.txt", re.sub(b"entry 1000 .*\n", b"", text).replace(b"ttl=255", b"ttl=254"))
+    write("moved.txt", text.replace(b"group 1 priority=10", b"group 1 priority=11"))
+    write("renamed.txt", text.replace(b"group 2", b"group 3"))
+    write("none.txt", head)
+    write("bad.txt", text.replace(b"ttl=255", b"tttl=255"))
+    write("bad.json", b'{\n  "format": "filter-groups",\n  "version": 1,\n  "groups": [}\n')
+    write("future.txt", b"filter-groups 2\n")
+    write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
+
+
+NONE = ""
+ENOENT = "No such file or directory\n"
+MISSING = "".join(
+    rf"empty:1: warning: {name}_ [^\n]* \[required-missing\]\n"
+    for name in ("id", "priority", "stage", "type")
+)
+WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
+G_TXT = object()  # the very text of g.txt
+
+# Arguments, exit code, results, trouble.
+TABLE = [
+    # --- What is shown
+    ("show g.bin", 0, G_TXT, NONE),
+    ("show - <g.bin", 0, G_TXT, NONE),
+    ("show varint.bin --framing=varint", 0, G_TXT, NONE),
+    ("--framing varint show varint.bin", 0, G_TXT, NONE),
+    ("show g.txt", 0, G_TXT, NONE),
+    ("show g.json", 0, G_TXT, NONE),
+    ("show --from=json - <g.json", 0, G_TXT, NONE),
+    ("show none.txt", 0, "filter-groups 1\n", NONE),
+    ("show one.bin", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
+    ("show one.bin g.bin", 0,
+     "filter-groups 1\n# one.bin:1\ngroup 1 .*# g.bin:1\n.*# g.bin:2\n.*", NONE),
+    ("show g.bin --as=dump", 0, "=FiltersGroup=\n  ID: 1\n.*=FiltersGroup=\n  ID: 2\n.*", NONE),
+    ("show lost.bin", 0, ".*entry 1000 priority=0 then deny .*",
+     r"lost.bin:1: warning: entry 1000: match 99: .* \[match-unknown\]\n"),
+    ("show empty", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
+    ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
+    # --- What is checked
+    ("check g.bin", 0, WHOLE, NONE),
+    ("check g.txt g.json", 0, "g.txt: 2 groups.*\ng.json: 2 groups.*", NONE),
+    ("check notes.bin", 0,
+     r"notes.bin:1: note: .*\[encoding-differs\]\nnotes.bin: .*1 note\n", NONE),
+    ("check lost.bin", 1, r"lost.bin:1: warning: .*\[match-unknown\]\n.*", NONE),
+    ("check refused.bin", 1, r".*\[entry-refused\]\n.*\[match-not-admitted\]\n.*", NONE),
+    ("check empty", 1, MISSING + "empty: 1 group, 0 entries, 4 warnings\n", NONE),
+    ("check g.bin lost.bin", 1, WHOLE + "lost.bin:1: warning: .*", NONE),
+    ("check g.bin --stage=ingress --type=3", 1,
+     r"g.bin:2: (?!.*field-repeated).*\[match-not-admitted\].*", NONE),
+    ("check one.bin --stage=ingress --type=3", 0,
+     "one.bin: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check one.bin --stage lookup --type 3", 1,
+     r"one.bin:1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
+    ("check refused.bin --type=3", 0, "refused.bin: 1 group, 7 entries, nothing to say\n", NONE),
+    # --- What is converted
+    ("convert g.txt --to=text", 0, G_TXT, NONE),
+    ("convert g.json --to=text -o -", 0, G_TXT, NONE),
+    ("convert lost.bin --to=text -o kept.txt", 1, NONE,
+     r"lost.bin:1: warning: .*\nfilter-inspect: lost.bin: not converted[^\n]*\n"),
+    ("convert g.txt --to=bytes --framing=none", 2,
+     NONE, "filter-inspect: g.txt: [^\n]*--framing.*"),
+    ("convert none.txt --to=bytes", 2, NONE, "filter-inspect: none.txt: there is no group[^\n]*\n"),
+    ("convert g.bin --to=text -o folder/no/file", 2,
+     NONE, "filter-inspect: folder/no/file: " + ENOENT),
+    ("convert g.bin --to=text -o folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
+    ("convert g.bin --to=text -o /dev/full", 2, NONE, "filter-inspect: /dev/full: No space left.*"),
+    ("convert g.bin", 2, NONE, "filter-inspect: --to is required\n"),
+    # --- What is compared
+    ("diff g.bin g.json", 0, NONE, NONE),
+    ("diff g.bin swapped.txt", 0, NONE, NONE),
+    ("diff g.bin changed.txt", 1,
+     "--- g.bin:1\n\\+\\+\\+ changed.txt:1\n-entry 40 [^\n]*ttl=255 [^\n]*\n"
+     "\\+entry 40 [^\n]*ttl=254 [^\n]*\n-entry 1000 [^\n]*\n", NONE),
+    ("diff g.bin moved.txt", 1,
+     ".*\n-group 1 priority=10 [^\n]*\n\\+group 1 priority=11 [^\n]*\n", NONE),
+    ("diff g.bin one.bin", 1,
+     "--- g.bin:2\n\\+\\+\\+ one.bin: no such group\n-group 2 [^\n]*\n(-entry [^\n]*\n){5}", NONE),
+    ("diff none.txt one.bin", 1,
+     "--- none.txt: no such group\n[^\n]*\n\\+group 1 [^\n]*\n(\\+entry [^\n]*\n){7}", NONE),
+    ("diff empty one.bin", 1, "--- empty:1\n.*-group 0 [^\n]*\n\\+group 1 .*", MISSING),
+    ("diff g.bin", 2, NONE, "filter-inspect: FILE: [^\n]*2 required but received 1\n"),
+    ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE: [^\n]*2 required but received 3\n"),
+    ("diff - - <g.bin", 2, NONE, "filter-inspect: -: standard input is read once\n"),
+    ("plan g.bin g.txt", 0, NONE, NONE),
+    ("plan g.bin changed.txt", 0,
+     "# g.bin:1 to changed.txt:1\ninsert entry 40 .*ttl=254.*\nremove entry 1000\n",
+     NONE),
+    ("plan g.bin changed.txt --remove-first", 0,
+     "[^\n]*\nremove entry 1000\ninsert entry 40 .*\n", NONE),
+    ("plan one.bin one.txt", 0, NONE, NONE),
+    ("plan g.bin renamed.txt", 1, NONE, "g.bin:2: note: .*renamed.txt:2: note: .*"),
+    # --- What is admitted, and what it is called
+    ("capabilities --stage lookup --type 3", 0,
+     "lookup does not admit type 3; it admits types none, 4, 6\n", NONE),
+    ("capabilities --type=6", 0,
+     "type 6 admits the matches all, .*vlan_tagging\n.*none, lookup\n", NONE),
+    ("capabilities --stage=egress", 0,
+     "stage egress admits the types none, 5\n.*policer stages egress, none\n", NONE),
+    ("capabilities", 0, "(stage [^\n]*\n){12}(type [^\n]*\n){24}", NONE),
+    ("capabilities one.bin", 0, "(one.bin:1: entry [^\n]*ingress/3[^\n]*\n){7}", NONE),
+    ("capabilities refused.bin --stage=ingress", 0,
+     "(refused.bin:1: entry \\d+: fits ingress/3\n){7}", NONE),
+    ("capabilities g.txt --type=3", 1, ".*g.txt:2: entry 20: no stage .*", NONE),
+    ("names stages types", 2, NONE, "filter-inspect: one argument too many: types\n"),
+    ("names stages", 0, "   0  none\n   1  lookup\n   2  ingress\n   3  egress\n", NONE),
+    ("names filtersErr_t", 0, ".*  -4  invalid\n.*", NONE),
+    ("names", 0, ".*matches \\(filtersMatch_t\\)\n   0  all\n.*", NONE),
+    # --- Files that cannot be read
+    ("show nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
+    ("check nosuch.bin g.bin", 2, WHOLE, "filter-inspect: nosuch.bin: " + ENOENT),
+    ("check folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
+    ("check ''", 2, NONE, "filter-inspect: '': " + ENOENT),
+    ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n"),
+    ("check bad.json", 2, NONE, r"bad.json:4:\d+: error: [^\n]* \[text-syntax\]\n"),
+    ("convert bad.txt --to=bytes -o bad.bin", 2, NONE, r"bad.txt:7:\d+: .*"),
+    ("check future.txt", 2, NONE, r"future.txt:1:\d+: .*\[text-version\]\n"),
+    ("check future.json", 2, NONE, r"future.json:1:\d+: .*\[text-version\]\n"),
+    ("show --from=text g.bin", 2, NONE, r"g.bin:1:1: .*"),
+    # --- Frames that are not whole
+    ("check cut.bin", 1,
+     r"cut.bin:1: error: .*\[bytes-broken\]\n.*", ".*--framing=be32 reads it so\n"),
+    ("check cut.bin --framing=be32", 1,
+     r"cut.bin:2: error: [^\n]* \[bytes-broken\]\ncut.bin: 2 groups, 7 entries, 1 error\n", NONE),
+    ("check cut_length.bin --framing=be32", 1, r"cut_length.bin:3: error: .*2 bytes.*", NONE),
+    ("show cut.bin --framing=be32", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
+     r"cut.bin:2: error: [^\n]* \[bytes-broken\]\n"),
+    ("capabilities cut.bin --framing=be32", 2, "(cut.bin:1: [^\n]*\n){7}", r"cut.bin:2: error: .*"),
+    ("convert cut.bin --framing=be32 --to=text", 2, NONE, r"cut.bin:2: error: .*"),
+    ("diff g.bin cut.bin --framing=be32", 2, NONE, r"cut.bin:2: error: .*"),
+    ("check cut_group.bin", 1, r".*\[bytes-broken\].*", NONE),
+    ("show cut_group.bin --max-findings=0", 2,
+     "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
+    ("show cut_group.bin", 2, "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
+    ("check g.bin --framing=none", 1, r"g.bin:1: error: .*\[bytes-broken\]\n.*", NONE),
+    ("check varint.bin --framing=be32", 1, r"varint.bin:1: error: .*\[bytes-broken\]\n.*", NONE),
+    # --- Limits
+    ("check large.bin", 2,
+     NONE, "filter-inspect: large.bin: [^\n]*67108864[^\n]*--max-bytes=N[^\n]*\n"),
+    ("check g.bin --max-bytes=1000", 2, NONE, "filter-inspect: g.bin: .*--max-bytes=N.*"),
+    ("check many.bin --max-groups=9 --max-findings=2", 2,
+     r"(many.bin:1: warning: [^\n]*\n){2}many.bin: 9 groups, 0 entries, 2 warnings, 34 left out; "
+     r"--max-findings=N shows more\n",
+     r"filter-inspect: many.bin: [^\n]*--max-groups=N[^\n]*\n"),
+    ("show many.bin --max-findings=0", 0, "filter-groups 1\n(group 0 [^\n]*\n){10}",
+     "many.bin: 40 more findings; --max-findings=N shows more\n"),
+    ("convert lost.bin --to=text --max-findings=0", 1, NONE, ".*not converted.*"),
+    ("check lost.bin --max-findings=0", 1, ".*1 left out; --max-findings=N shows more\n", NONE),
+    # --- Command lines
+    ("", 2, NONE, "filter-inspect: a command is missing; [^\n]*\n"),
+    ("shwo g.bin", 2, NONE, "filter-inspect: there is no command shwo; did you mean show\\?\n"),
+    ("show --jsn g.bin", 2,
+     NONE, "filter-inspect: there is no option --jsn; did you mean --json\\?\n"),
+    ("--colour=never show g.bin", 2, NONE, ".* no option --colour; did you mean --color\\?\n"),
+    ("plan --remove-frist a b", 2, NONE, ".* did you mean --remove-first\\?\n"),
+    ("show --as=jsn g.bin", 2, NONE, "filter-inspect: --as: .*'jsn'; did you mean json\\?\n"),
+    ("check --stage=ingres g.bin", 2, NONE, ".*did you mean ingress\\?\n"),
+    ("capabilities --type=12", 2, NONE, ".*did you mean [12]\\?\n"),
+    ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
+    ("show", 2, NONE, "filter-inspect: FILE is required\n"),
+    ("check --max-groups=x g.bin", 2, NONE, "filter-inspect: [^\n]*--max-groups[^\n]*\n"),
+    ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
+    ("check -- g.bin", 0, WHOLE, NONE),
+    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*capabilities.*names.*Exit status.*", NONE),
+    ("check --help", 0, ".*--stage.*", NONE),
+    ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
+    # --- Colours
+    ("diff g.bin changed.txt --color=always", 1,
+     ".*\33\\[31m-entry 40 .*\33\\[32m\\+entry 40 .*", NONE),
+    ("check lost.bin --color=always", 1, r"lost.bin:1: \x1b\[33mwarning\x1b\[0m: .*", NONE),
+]
+
+# Documents: arguments, exit code, whether results and trouble are there, codes that they name.
+DOCUMENTS = [
+    ("check lost.bin g.bin", 1, True, False, {"match-unknown"}),
+    ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),
+    ("check cut.bin --framing=be32", 1, True, False, {"bytes-broken"}),
+    ("check bad.txt", 2, False, True, {"text-syntax"}),
+    ("check refused.bin", 1, True, False, {"entry-refused", "match-not-admitted"}),
+    ("diff g.bin changed.txt", 1, True, False, {"entry-changed", "entry-removed"}),
+    ("diff g.bin one.bin", 1, True, False, {"head-changed", "entry-removed"}),
+    ("diff g.bin g.txt", 0, True, False, set()),
+    ("plan g.bin changed.txt", 0, True, False, {"plan-step"}),
+    ("plan g.bin renamed.txt", 1, True, False, {"head-changed"}),
+    ("capabilities", 0, True, False, {"admits"}),
+    ("capabilities --stage=lookup --type=3", 0, True, False, {"admits"}),
+    ("capabilities g.bin --type=3", 1, True, False, {"placement", "no-placement"}),
+    ("show g.bin", 0, True, False, set()),
+    ("show lost.bin", 0, True, True, {"match-unknown"}),
+    ("convert lost.bin --to=text", 1, False, True, {"match-unknown"}),
+    ("convert g.bin --to=text -o folder", 2, False, True, {"output-failed"}),
+    ("check large.bin", 2, False, True, {"limit-exceeded"}),
+    ("names", 0, True, False, set()),
+    ("shwo", 2, False, True, {"usage"}),
+    ("show --as=jsn", 2, False, True, {"usage"}),
+]
+
+
+def expect(what, condition, *shown):
+    if not condition:
+        failures.append(what)
+        print("FAILED:", what, *shown, sep="\n  ")
+
+
+def split(line):
+    """The arguments of a row and what stands behind a <."""
+    line, _, source = line.partition(" <")
+    stdin = b""
+    if source:
+        with open(source, "rb") as file:
+            stdin = file.read()
+    return ["" if word == "''" else word for word in line.split()], stdin
+
+
+def try_table():
+    with open("g.txt", encoding="ascii") as file:
+        g_txt = re.escape(file.read())
+    for line, code, results, trouble in TABLE:
+        arguments, stdin = split(line)
+        done = inspect(*arguments, stdin=stdin)
+        out, err = done.stdout.decode(), done.stderr.decode()
+        pattern = g_txt if results is G_TXT else results
+        good = re.fullmatch(pattern, out, re.DOTALL) and re.fullmatch(trouble, err, re.DOTALL)
+        expect(line, done.returncode == code and good, done.returncode, out[:2000], err[:2000])
+    for name in os.listdir("."):
+        expect(f"no {name} is left", name not in ("kept.txt", "bad.bin") and ".txt." not in name)
+
+
+def try_documents():
+    validators = {}
+    for name in ("groups", "report", "names"):
+        with open(f"{sources}/docs/schema/filter-{name}-1.schema.json", encoding="utf-8") as file:
+            validators[f"filter-{name}"] = jsonschema.Draft202012Validator(json.load(file))
+    for line, code, has_results, has_trouble, codes in DOCUMENTS:
+        arguments, stdin = split(line)
+        done = inspect("--json", *arguments, stdin=stdin)
+        named = set()
+        for text, is_there in ((done.stdout, has_results), (done.stderr, has_trouble)):
+            expect(line, bool(text) == is_there, text[:1000])
+            if not text:
+                continue
+            document = json.loads(text)
+            faults = list(validators[document["format"]].iter_errors(document))
+            expect(line, not faults, *faults)
+            for part in document.get("inputs", []):
+                named |= {finding["code"] for finding in part["findings"]}
+        expect(f"{line} --json", done.returncode == code and codes <= named, done.returncode, named)
+
+
+def try_forms():
+    """Every form into every other and back; the framing of bytes stays."""
+    for name, framing in (("g.bin", "auto"), ("one.bin", "auto"), ("varint.bin", "varint")):
+        with open(name, "rb") as file:
+            original = file.read()
+        for form in ("text", "json", "bytes"):
+            there = inspect("convert", name, "--to", form, "--framing", framing)
+            back = inspect("convert", "-", "--to=bytes", "--framing", framing, stdin=there.stdout)
+            expect(f"{name} by way of {form}", back.stdout == original, there.stderr, back.stderr)
+
+
+def try_output():
+    """Files are replaced at once, keep their modes, and links stay; what is not read any more and
+    disks without room are trouble."""
+    write("old.txt", b"old")
+    os.chmod("old.txt", 0o640)
+    os.symlink("old.txt", "link.txt")
+    done = inspect("convert", "g.bin", "--to=text", "-o", "link.txt")
+    with open("old.txt", "rb") as new, open("g.txt", "rb") as expected:
+        expect("a file is replaced", done.returncode == 0 and new.read() == expected.read())
+    expect("its mode stays", os.stat("old.txt").st_mode & 0o777 == 0o640)
+    expect("a link stays", os.path.islink("link.txt"))
+    for line in ("show g.bin", "check g.bin", "names", "--help", "--json check g.bin"):
+        command = line.split()
+        with open("/dev/full", "wb") as full:
+            done = inspect(*command, stdout=full)
+        expect(f"{command} >/dev/full", done.returncode == 2 and b"No space left" in done.stderr)
+        reader, writer = os.pipe()
+        os.close(reader)
+        done = inspect(*command, stdout=writer)
+        os.close(writer)
+        expect(f"{command} | true", done.returncode == 2 and b"Broken pipe" in done.stderr)
+
+
+def on_terminal(*arguments, **environment):
+    master, terminal = pty.openpty()
+    environment = {**run_env, "TERM": "xterm", **environment}
+    done = subprocess.Popen([*emulator, tool, *arguments], env=environment, stdout=terminal)
+    done.wait(60)
+    os.close(terminal)
+    output = os.read(master, 1 << 16)
+    os.close(master)
+    return output
+
+
+def try_terminal():
+    command = ("check", "lost.bin")
+    expect("colours on a terminal", b"\33[33mwarning" in on_terminal(*command))
+    expect("NO_COLOR", b"\33" not in on_terminal(*command, NO_COLOR="1"))
+    expect("a dumb terminal", b"\33" not in on_terminal(*command, TERM="dumb"))
+    expect("--color=never", b"\33" not in on_terminal(*command, "--color=never"))
+
+
+def try_manual():
+    """Every command and option of the help is in the manual page and in the completion."""
+    texts = []
+    for name in ("filter-inspect.1", "filter-inspect.bash"):
+        with open(f"{sources}/tools/filter_inspect/{name}", encoding="ascii") as file:
+            texts.append(file.read().replace("\\-", "-"))
+    overview = inspect("--help").stdout.decode()
+    commands = re.findall(r"^  ([a-z]+) ", overview.split("Subcommands:")[1], re.MULTILINE)
+    helps = [overview] + [inspect(command, "--help").stdout.decode() for command in commands]
+    for word in set(commands) | set(re.findall(r"--[a-z-]+", "".join(helps))):
+        expect(f"{word} is described", all(word in text for text in texts))
+
+
+def try_start():
+    """The best of some starts: others may keep the machine busy. Emulators and sanitizers take
+    their own time."""
+    if emulator or "ASAN_OPTIONS" in os.environ:
+        return
+    times = []
+    for _ in range(10):
+        begin = time.monotonic()
+        inspect("names", "stages")
+        times.append(time.monotonic() - begin)
+    expect("starts within 50 ms", min(times) < 0.05, times)
+
+
+def main():
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        prepare()
+        try_table()
+        try_documents()
+        try_forms()
+        try_output()
+        try_terminal()
+        try_manual()
+        try_start()
+        os.chdir("/")
+    print(f"{len(TABLE) + len(DOCUMENTS)} command lines, {len(failures)} failures")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
