@@ -21,9 +21,16 @@ if(TARGET filter_inspect)
     set_target_properties(filter_inspect PROPERTIES INSTALL_RPATH \$ORIGIN)
   endif()
 endif()
+if(TARGET filter-inspect)
+  string(REGEX REPLACE "[^/]+" ".." bindir_to_prefix ${CMAKE_INSTALL_BINDIR})
+  if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+    set_target_properties(
+      filter-inspect PROPERTIES INSTALL_RPATH \$ORIGIN/${bindir_to_prefix}/${CMAKE_INSTALL_LIBDIR})
+  endif()
+endif()
 
 # The installed tree can be moved, and the files below count folders from its root.
-foreach(folder LIBDIR INCLUDEDIR DATADIR)
+foreach(folder BINDIR LIBDIR INCLUDEDIR DATADIR)
   if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
     message(FATAL_ERROR "CMAKE_INSTALL_${folder} is '${CMAKE_INSTALL_${folder}}'; it must be relative")
   endif()
@@ -89,6 +96,16 @@ function(filter_common_install libdir docdir prefix)
     configure_file(cmake/filter_inspect.pc.in ${generated}/filter_inspect.pc @ONLY)
     install(FILES ${generated}/filter_inspect.pc DESTINATION ${libdir}/pkgconfig ${development})
   endif()
+
+  if(TARGET filter-inspect)
+    set(tool COMPONENT filter_common_${prefix}tool ${ARGN})
+    install(TARGETS filter-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ${tool})
+    install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man1 ${tool})
+    install(FILES tools/filter_inspect/filter-inspect.bash RENAME filter-inspect
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions ${tool})
+  endif()
 endfunction()
+
+set(manual tools/filter_inspect/filter-inspect.1)
 
 filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/filter_common "")

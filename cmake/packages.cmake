@@ -1,6 +1,7 @@
 # Debian packages, made by `cpack` in the build folder: libfilter-common1 with what programs need to
 # run, named after the soname, and libfilter-common-dev with what is needed to build them; where the
-# second library is built, libfilter-inspect1 and libfilter-inspect-dev beside them.
+# second library is built, libfilter-inspect1 and libfilter-inspect-dev beside them, and
+# filter-inspect with the program.
 #
 # The stand-ins, where they are used, go into the same two packages: such packages are for
 # development machines, all three sonames change together, and packages of their own would carry
@@ -21,6 +22,11 @@ if(TARGET filter_inspect)
   set(inspect_runtime_package libfilter-inspect${PROJECT_VERSION_MAJOR})
   set(inspect_development_package libfilter-inspect-dev)
 endif()
+if(TARGET filter-inspect)
+  list(APPEND kinds tool)
+  set(tool_package filter-inspect)
+endif()
+set(manual ${PROJECT_BINARY_DIR}/filter-inspect.1.gz)
 filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
@@ -34,8 +40,10 @@ set(FILTER_COMMON_CONTACT "nobody named by the packager <root@localhost>" CACHE 
 configure_file(packaging/debian/changelog.in packaging/changelog @ONLY)
 set(changelog_sources ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_BINARY_DIR}/packaging/changelog)
 set(changelogs changelog.gz changelog.Debian.gz)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changelog_sources})
-foreach(source packed IN ZIP_LISTS changelog_sources changelogs)
+set(packed_sources ${changelog_sources} ${PROJECT_SOURCE_DIR}/tools/filter_inspect/filter-inspect.1)
+set(packed_files ${changelogs} filter-inspect.1.gz)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${packed_sources})
+foreach(source packed IN ZIP_LISTS packed_sources packed_files)
   execute_process(
     COMMAND gzip -9nc ${source}
     OUTPUT_FILE ${PROJECT_BINARY_DIR}/${packed}
@@ -65,7 +73,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # Where dpkg-shlibdeps finds what the second library needs of the first, whose package it is told.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-    ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/platform/limid
+    ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/src/inspect ${PROJECT_BINARY_DIR}/platform/limid
     ${PROJECT_BINARY_DIR}/platform/policer)
 
 # describe_package(<kind> <section> <summary> <about>) and further fields: <field> <value>...
@@ -74,8 +82,10 @@ function(describe_package kind section summary about)
   set(${fields}_PACKAGE_NAME ${${kind}_package} PARENT_SCOPE)
   set(${fields}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(${fields}_DESCRIPTION "${summary}\n${about}" PARENT_SCOPE)
-  if(section STREQUAL "libs")
+  if(NOT section STREQUAL "libdevel")
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
+  endif()
+  if(section STREQUAL "libs")
     # CPack adds scripts that say the same.
     set(${fields}_PACKAGE_CONTROL_EXTRA
         ${PROJECT_SOURCE_DIR}/packaging/debian/triggers PARENT_SCOPE)
@@ -107,6 +117,15 @@ are read: what libfilter-common itself answers with a bare code, or with nothing
   describe_package(
     inspect_development libdevel "reports on packet-filter rules, development files" "${about}"
     DEPENDS ${inspect_runtime_package} ${development_package})
+endif()
+if(TARGET filter-inspect)
+  set(about "Shows, checks, compares and converts what the processes of a device hand to each\n\
+other, and says what stages and types of groups admit.")
+  describe_package(
+    tool utils "look into groups of packet-filter rules" "${about}"
+    DEPENDS ${inspect_runtime_package} ${runtime_package})
+  # One for programs of any architecture.
+  set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_TOOL_PACKAGE_PRIORITY "optional\nMulti-Arch: foreign")
 endif()
 
 include(CPack)

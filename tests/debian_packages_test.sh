@@ -17,6 +17,10 @@ inspect=() # its two packages
 if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
   inspect=("$work"/packages/libfilter-inspect1_*.deb "$work"/packages/libfilter-inspect-dev_*.deb)
 fi
+tool=() # the program's
+if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
+  tool=("$work"/packages/filter-inspect_*.deb)
+fi
 
 # field <package> <field> <pattern for all of it>
 field() { dpkg-deb -f "$1" "$2" | grep -Ex -- "$3" || fail "expected $2 $3 of $1"; }
@@ -36,9 +40,14 @@ if [[ ${#inspect[@]} -gt 0 ]]; then
   field "${inspect[1]}" Depends "libfilter-inspect1 $same, libfilter-common-dev $same"
   dpkg-deb -I "${inspect[0]}" shlibs | grep "^libfilter_inspect 1 libfilter-inspect1 "
 fi
-for package in "$runtime" "$development" "${inspect[@]}"; do
+if [[ ${#tool[@]} -gt 0 ]]; then
+  field "${tool[0]}" Section utils
+  field "${tool[0]}" Depends "(.*, )?libfilter-inspect1 $same(, .*)?"
+  field "${tool[0]}" Depends '(.*, )?libstdc\+\+6 .*'
+fi
+for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}"; do
   [[ $(dpkg-deb -f "$package" Maintainer) == "$contact" ]] || fail "another contact"
-  field "$package" Multi-Arch same
+  field "$package" Multi-Arch "$([[ "$package" == "${tool-}" ]] && echo foreign || echo same)"
   field "$package" Architecture "$(dpkg --print-architecture)"
   if dpkg-deb -c "$package" | grep '^d' | grep -v '^drwxr-xr-x'; then fail "closed folders"; fi
   documents=$(dpkg-deb -c "$package" | grep -cE '/(copyright|changelog(\.Debian)?\.gz)$')

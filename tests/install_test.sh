@@ -19,6 +19,10 @@ if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
   (cd "$prefix" && ls include/filter_inspect/findings.def \
     include/filter_inspect/filter_{names,report,explain,decode,inspect_c}.h)
 fi
+if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
+  (cd "$prefix" && ls bin/filter-inspect share/man/man1/filter-inspect.1 \
+    share/bash-completion/completions/filter-inspect)
+fi
 
 # Nothing in it knows where it was built or first installed. The library's debug information is
 # left out of this: it names system headers, and reproducible_test.sh looks at all of it.
