@@ -61,7 +61,7 @@ void GroupsReader::endGroup() {
   limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
   for (Finding& finding : decoded.report.findings) add(std::move(finding));
-  parsed_.report.left_out += decoded.report.left_out;
+  parsed_.report.leaveOut(decoded.report.left_out_worst, decoded.report.left_out);
   if (parsed_.report.empty()) parsed_.groups.push_back(std::move(*decoded.group));
 }
 
@@ -73,7 +73,7 @@ ParsedGroups GroupsReader::finish() {
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
   faulty_ = true;
   if (parsed_.report.findings.size() == kMaxFindings) {
-    ++parsed_.report.left_out;
+    parsed_.report.leaveOut(severityOf(code));
     return;
   }
   Finding finding = {};
@@ -87,7 +87,7 @@ void GroupsReader::fail(Code code, TextPlace place, std::string message) {
 // One of the bytes in between, which nobody sees.
 void GroupsReader::add(Finding finding) {
   if (parsed_.report.findings.size() == kMaxFindings) {
-    ++parsed_.report.left_out;
+    parsed_.report.leaveOut(finding.severity);
     return;
   }
   const TextPlace place = placeOf(finding.path);
