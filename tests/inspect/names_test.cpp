@@ -57,7 +57,7 @@ TEST(Describe, HasASentenceForEachResult) {
 // As far as the schema goes by keys and lists of words.
 void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_json& form) {
   EXPECT_EQ(form.value("const", json), json);
-  EXPECT_THAT(form.value("enum", nlohmann::ordered_json({json})), testing::Contains(json));
+  EXPECT_THAT(form.value("enum", nlohmann::ordered_json::array({json})), testing::Contains(json));
   if (json.is_array()) {
     for (const auto& element : json) expectOfForm(element, form.at("items"));
   }
