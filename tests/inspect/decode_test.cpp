@@ -190,14 +190,16 @@ TEST(Findings, AreWrittenAsTheirDocumentShows) {
   std::set<std::string> shown;
   bool inBytes = false;
   for (std::string line; std::getline(document, line);) {
-    inBytes = inBytes || line == "## Bytes";
+    if (line.compare(0, 3, "## ") == 0) inBytes = line == "## Bytes";
     if (!inBytes || line.compare(0, 4, "    ") != 0) continue;
     EXPECT_EQ(lines.count(withoutBytes(line) + '\n'), 1u) << line;
     const std::size_t code = line.rfind('[') + 1;
     shown.insert(line.substr(code, line.size() - 1 - code));
   }
-#define FINDING(code, name, severity) \
-  EXPECT_TRUE(Code::code < Code::kBytesBroken || shown.count(name) != 0) << name;
+#define FINDING(code, name, severity)                                               \
+  EXPECT_TRUE(Code::code<Code::kBytesBroken || Code::code> Code::kCounterUnusual || \
+              shown.count(name) != 0)                                               \
+      << name;
 #include <filter_inspect/findings.def>
 }
 
