@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <typeinfo>
 #include <utility>
 
@@ -28,20 +29,71 @@ constexpr bool contains(const Codes& codes, filtersMatch_t code) {
 
 std::set<filtersMatch_t> publish(const Codes& codes) { return {codes.begin(), codes.end()}; }
 
+// A blank object of the code's class; null for a code that no class carries.
+std::unique_ptr<Match> makeBlank(filtersMatch_t code) {
+  return std::unique_ptr<Match>(
+      visitMatch<Match*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
+}
+
+std::unique_ptr<Action> makeBlank(filtersAction_t code) {
+  return std::unique_ptr<Action>(
+      visitAction<Action*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
+}
+
 // A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS; null for a code that
 // no class carries.
 std::unique_ptr<Match> clone(const Match& match) {
-  return visitMatch(match.getType(), std::unique_ptr<Match>(), [&](auto tag) {
+  return std::unique_ptr<Match>(visitMatch<Match*>(match.getType(), nullptr, [&](auto tag) {
     using T = typename decltype(tag)::Class;
-    return std::unique_ptr<Match>(std::make_unique<T>(static_cast<const T&>(match)));
-  });
+    return new T(static_cast<const T&>(match));
+  }));
 }
 
 std::unique_ptr<Action> clone(const Action& action) {
-  return visitAction(action.getType(), std::unique_ptr<Action>(), [&](auto tag) {
+  return std::unique_ptr<Action>(visitAction<Action*>(action.getType(), nullptr, [&](auto tag) {
     using T = typename decltype(tag)::Class;
-    return std::unique_ptr<Action>(std::make_unique<T>(static_cast<const T&>(action)));
-  });
+    return new T(static_cast<const T&>(action));
+  }));
+}
+
+// The matches and actions of an entry stand in ascending order of their codes. This is where the
+// one of a code stands, or else belongs; most come in order, so it is looked for from the end.
+template <class Held, class Code>
+auto placeOf(Held& held, Code code) {
+  auto place = held.end();
+  while (place != held.begin() && (*std::prev(place))->getType() >= code) --place;
+  return place;
+}
+
+template <class Held, class Code>
+auto findIn(const Held& held, Code code) {
+  const auto place = placeOf(held, code);
+  return place == held.end() || (*place)->getType() != code ? nullptr : place->get();
+}
+
+template <class Held, class Object>
+void storeIn(Held* held, Object object) {
+  const auto place = placeOf(*held, object->getType());
+  if (place != held->end() && (*place)->getType() == object->getType()) {
+    *place = std::move(object);
+  } else {
+    held->insert(place, std::move(object));
+  }
+}
+
+template <class Held, class Code>
+filtersErr_t eraseFrom(Held* held, Code code) {
+  const auto place = placeOf(*held, code);
+  if (place == held->end() || (*place)->getType() != code) return FILTERS_ERR_NOT_FOUND;
+  held->erase(place);
+  return FILTERS_OK;
+}
+
+// Makes room for so many more, however many a message repeats: an entry holds one a code.
+template <class Held>
+void reserveObjects(Held* held, std::size_t count) {
+  constexpr std::size_t kMost = 64;  // more than there are codes
+  held->reserve(std::min(kMost, held->size() + count));
 }
 
 }  // namespace
@@ -68,12 +120,10 @@ FiltersEntry::FiltersEntry(const FiltersEntry& other)
       policerParent_(other.policerParent_),
       counters_(other.counters_) {
   // What an entry holds was checked when it came in.
-  for (const auto& [code, match] : other.matches_) {
-    matches_.emplace_hint(matches_.end(), code, clone(*match));
-  }
-  for (const auto& [code, action] : other.actions_) {
-    actions_.emplace_hint(actions_.end(), code, clone(*action));
-  }
+  matches_.reserve(other.matches_.size());
+  for (const auto& match : other.matches_) matches_.push_back(clone(*match));
+  actions_.reserve(other.actions_.size());
+  for (const auto& action : other.actions_) actions_.push_back(clone(*action));
 }
 
 FiltersEntry::FiltersEntry(const std::string& bytes) : FiltersEntry() {
@@ -98,47 +148,40 @@ FiltersEntry& FiltersEntry::operator=(FiltersEntry&& other) {
 
 // --- Matches -------------------------------------------------------------------------------------
 
-const Match* FiltersEntry::findMatch(filtersMatch_t code) const {
-  const auto it = matches_.find(code);
-  return it == matches_.end() ? nullptr : it->second.get();
-}
+const Match* FiltersEntry::findMatch(filtersMatch_t code) const { return findIn(matches_, code); }
 
 void FiltersEntry::storeMatch(std::unique_ptr<Match> match) {
-  const filtersMatch_t code = match->getType();
-  matches_.insert_or_assign(matches_.end(), code, std::move(match));
+  storeIn(&matches_, std::move(match));
 }
 
-bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
+// Every setMatch<T>() calls these two: inlined, they would stand in the library 36 times.
+[[gnu::noinline]] bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
   const auto holdsNone = [&](const Codes& others) {
-    return std::none_of(matches_.begin(), matches_.end(),
-                        [&](const auto& held) { return contains(others, held.first); });
+    return findMatch(others[0]) == nullptr && findMatch(others[1]) == nullptr;
   };
   if (contains(kIPv4Only, code)) return holdsNone(kIPv6Only);
   if (contains(kIPv6Only, code)) return holdsNone(kIPv4Only);
   return true;
 }
 
-bool FiltersEntry::isL4DstPortCompatible(filtersMatch_t code) const {
-  if (!contains(kL4DstPort, code)) return true;
-  return std::none_of(matches_.begin(), matches_.end(), [&](const auto& held) {
-    return contains(kL4DstPort, held.first) && held.first != code;
-  });
+[[gnu::noinline]] bool FiltersEntry::isL4DstPortCompatible(filtersMatch_t code) const {
+  if (code == kL4DstPort[0]) return findMatch(kL4DstPort[1]) == nullptr;
+  if (code == kL4DstPort[1]) return findMatch(kL4DstPort[0]) == nullptr;
+  return true;
 }
 
-filtersErr_t FiltersEntry::deleteMatch(filtersMatch_t code) {
-  return matches_.erase(code) == 0 ? FILTERS_ERR_NOT_FOUND : FILTERS_OK;
-}
+filtersErr_t FiltersEntry::deleteMatch(filtersMatch_t code) { return eraseFrom(&matches_, code); }
 
 filtersErr_t FiltersEntry::setMatches(const Matches& matches) {
   FiltersEntry fresh;
   const filtersErr_t result = fresh.copyMatches(matches);
   if (result != FILTERS_OK) return result;
-  matches_.clear();
-  copy_map(matches_, fresh.matches_);
+  matches_.swap(fresh.matches_);
   return FILTERS_OK;
 }
 
 filtersErr_t FiltersEntry::copyMatches(const Matches& matches) {
+  reserveObjects(&matches_, matches.size());
   for (const auto& held : matches) {
     if (held.second == nullptr) continue;
     if (!isCompatible(held.second->getType())) return FILTERS_ERR_INVALID;
@@ -150,28 +193,24 @@ filtersErr_t FiltersEntry::copyMatches(const Matches& matches) {
 // --- Actions -------------------------------------------------------------------------------------
 
 const Action* FiltersEntry::findAction(filtersAction_t code) const {
-  const auto it = actions_.find(code);
-  return it == actions_.end() ? nullptr : it->second.get();
+  return findIn(actions_, code);
 }
 
 void FiltersEntry::storeAction(std::unique_ptr<Action> action) {
-  const filtersAction_t code = action->getType();
-  actions_.insert_or_assign(actions_.end(), code, std::move(action));
+  storeIn(&actions_, std::move(action));
 }
 
-filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) {
-  return actions_.erase(code) == 0 ? FILTERS_ERR_NOT_FOUND : FILTERS_OK;
-}
+filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) { return eraseFrom(&actions_, code); }
 
 filtersErr_t FiltersEntry::setActions(const Actions& actions) {
   FiltersEntry fresh;
   static_cast<void>(fresh.copyActions(actions));  // which refuses nothing
-  actions_.clear();
-  copy_map(actions_, fresh.actions_);
+  actions_.swap(fresh.actions_);
   return FILTERS_OK;
 }
 
 filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
+  reserveObjects(&actions_, actions.size());
   for (const auto& held : actions) {
     if (held.second == nullptr) continue;
     if (auto action = clone(*held.second)) storeAction(std::move(action));
@@ -225,8 +264,8 @@ void FiltersEntry::convertToFiltersEntryPB(FiltersEntryPB* message) const {
   reserveMore(message->mutable_matches_(), matches_.size());
   reserveMore(message->mutable_actions_(), actions_.size());
   for (const auto& [id, counter] : counters_) counter.Serialize(message->add_counters_());
-  for (const auto& [code, match] : matches_) match->convertToMatchPB(message->add_matches_());
-  for (const auto& [code, action] : actions_) action->convertToActionPB(message->add_actions_());
+  for (const auto& match : matches_) match->convertToMatchPB(message->add_matches_());
+  for (const auto& action : actions_) action->convertToActionPB(message->add_actions_());
 }
 
 void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
@@ -242,19 +281,18 @@ void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
     const Counter counter(counterMessage);
     counters_.insert_or_assign(counter.GetId(), counter);
   }
+  reserveObjects(&matches_, static_cast<std::size_t>(message->matches__size()));
   for (const MatchPB& matchMessage : message->matches_()) {
     const auto code = static_cast<filtersMatch_t>(matchMessage.type_());
     if (!isCompatible(code)) continue;
-    auto match = visitMatch(code, std::unique_ptr<Match>(),
-                            [](auto tag) { return std::unique_ptr<Match>(tag.makeBlank()); });
+    auto match = makeBlank(code);
     if (match == nullptr) continue;
     match->convertFromMatchPB(&matchMessage);
     storeMatch(std::move(match));
   }
+  reserveObjects(&actions_, static_cast<std::size_t>(message->actions__size()));
   for (const ActionPB& actionMessage : message->actions_()) {
-    const auto code = static_cast<filtersAction_t>(actionMessage.type_());
-    auto action = visitAction(code, std::unique_ptr<Action>(),
-                              [](auto tag) { return std::unique_ptr<Action>(tag.makeBlank()); });
+    auto action = makeBlank(static_cast<filtersAction_t>(actionMessage.type_()));
     if (action == nullptr) continue;
     action->convertFromActionPB(&actionMessage);
     storeAction(std::move(action));
@@ -287,10 +325,10 @@ bool FiltersEntry::operator==(const FiltersEntry& other) const {
     return *policerParent_ == *other.policerParent_;
   };
   const auto sameMatch = [](const auto& mine, const auto& theirs) {
-    return mine.first == theirs.first && *theirs.second == *mine.second;
+    return mine->getType() == theirs->getType() && *theirs == *mine;
   };
   const auto sameAction = [](const auto& mine, const auto& theirs) {
-    return mine.first == theirs.first && *mine.second == *theirs.second;
+    return mine->getType() == theirs->getType() && *mine == *theirs;
   };
   return id_ == other.id_ && priority_ == other.priority_ && policer_ == other.policer_ &&
          matches_.size() == other.matches_.size() && actions_.size() == other.actions_.size() &&

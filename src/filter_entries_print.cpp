@@ -113,19 +113,19 @@ void printPolicer(std::ostream& os, const policer::Policer& policer) {
 }  // namespace
 
 std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry) {
-  os << "  =FiltersEntry=" << std::endl;
+  os << "  =FiltersEntry=" << std::endl;  // alone: a width that the caller set pads it
   os << "    ID: " << entry.id_ << std::endl;
   os << "    Priority: " << entry.priority_ << std::endl;
   if (entry.policer_.GetStage() != policer::Stage::None) {
-    os << "  =Policer=" << std::endl;
+    os << "  =Policer=\n" << std::flush;
     printPolicer(os, entry.policer_);
     os << std::endl;
   }
-  for (const auto& [id, counter] : entry.counters_) os << "  =Counter=" << std::endl << counter;
-  for (const auto& [code, match] : entry.matches_) os << *match;
-  for (const auto& [code, action] : entry.actions_) ::operator<<(os, *action);
+  for (const auto& [id, counter] : entry.counters_) os << "  =Counter=\n" << std::flush << counter;
+  for (const auto& match : entry.matches_) os << *match;
+  for (const auto& action : entry.actions_) ::operator<<(os, *action);
   if (entry.policerParent_ != nullptr) {
-    os << "  =Parent=" << std::endl;
+    os << "  =Parent=\n" << std::flush;
     printPolicer(os, *entry.policerParent_);
     os << std::endl;
   }

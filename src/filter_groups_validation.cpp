@@ -189,7 +189,7 @@ filtersErr_t FiltersGroup::groupMatchValidation(const FiltersEntry& entry,
                                                 filtersGroupType_t type) const {
   const CodeSet<filtersMatch_t>* admitted = matchesOf(type);
   if (admitted == nullptr) return FILTERS_ERR_INVALID;
-  for (const auto& [key, match] : entry.matches_) {
+  for (const auto& match : entry.matches_) {
     if (!admitted->contains(match->getType())) return FILTERS_ERR_MATCH_NOT_ALLOWED;
   }
   return FILTERS_OK;
@@ -199,7 +199,7 @@ filtersErr_t FiltersGroup::groupActionValidation(const FiltersEntry& entry,
                                                  filtersGroupStage_t stage) const {
   const std::optional<StageRules> rules = rulesOf(stage);
   if (!rules) return FILTERS_ERR_INVALID_STAGE;
-  for (const auto& [key, action] : entry.actions_) {
+  for (const auto& action : entry.actions_) {
     if (!rules->actions.contains(action->getType())) return FILTERS_ERR_ACTION_NOT_ALLOWED;
   }
   return FILTERS_OK;

@@ -9,6 +9,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <policer/policer.h>
 
@@ -217,8 +218,9 @@ class FILTERS_API FiltersEntry {
   policer::Policer policer_;
   std::shared_ptr<policer::Policer> policerParent_;
   std::map<unsigned short, Counter> counters_;
-  Matches matches_;
-  Actions actions_;
+  // In ascending order of their codes, which they tell themselves.
+  std::vector<std::unique_ptr<Match>> matches_;
+  std::vector<std::unique_ptr<Action>> actions_;
 };
 
 // Prints the entry, its policer unless it has no stage, counters, matches, actions and the parent.
