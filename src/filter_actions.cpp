@@ -2,6 +2,8 @@
 
 #include <filter_common/filter_actions.pb.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 
@@ -79,9 +81,9 @@ void ActionRedirect::convertToActionPB(ActionPB* message) const {
 }
 
 void ActionRedirect::convertFromActionPB(const ActionPB* message) {
-  std::list<limid_t> ports;
-  appendPortsFrom(message->ports_(), &ports);
-  ports_.swap(ports);
+  const auto& ports = message->ports_();
+  ports_.resize(static_cast<std::size_t>(ports.size()));  // all of them or, without memory, none
+  std::transform(ports.begin(), ports.end(), ports_.begin(), limidFromWire);
 }
 
 // --- MPLS ----------------------------------------------------------------------------------------

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 #include "match_visit.h"
@@ -29,25 +28,28 @@ void setTo(Field* field, const std::vector<Value>& values) {
   for (Value value : values) field->Add(value);
 }
 
-template <class Value>
-void makeSet(std::vector<Value>* values) {
+void makeSet(std::vector<unsigned short>* values) {
   std::sort(values->begin(), values->end());
   values->erase(std::unique(values->begin(), values->end()), values->end());
 }
 
-// Cuts each number to the width of the set's values. A field that repeats itself is thinned out on
-// the way, so that it costs no more memory than all values do.
-template <class Value, class Field>
-void setFrom(const Field& field, std::vector<Value>* values) {
-  constexpr std::size_t kRoom = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
-  std::vector<Value> read;
-  read.reserve(std::min(kRoom, static_cast<std::size_t>(field.size())));
+// The numbers of a field as a set, each cut to so many values. A field that repeats itself is
+// thinned out on the way, so that it costs no more memory than all values do.
+template <class Field>
+std::vector<unsigned short> setFrom(const Field& field, std::size_t valueCount) {
+  std::vector<unsigned short> read;
+  read.reserve(std::min(2 * valueCount, static_cast<std::size_t>(field.size())));
   for (auto value : field) {
-    if (read.size() == kRoom) makeSet(&read);
-    read.push_back(static_cast<Value>(value));
+    if (read.size() == 2 * valueCount) makeSet(&read);
+    read.push_back(static_cast<unsigned short>(value % valueCount));
   }
   makeSet(&read);
-  values->swap(read);
+  return read;
+}
+
+std::vector<unsigned char> pcpsFrom(const MatchPB& message) {
+  const std::vector<unsigned short> pcps = setFrom(message.pcp_(), 1u << 8);
+  return {pcps.begin(), pcps.end()};
 }
 
 }  // namespace
@@ -158,7 +160,7 @@ void MatchVlanId::convertToMatchPB(MatchPB* message) const {
 }
 
 void MatchVlanId::convertFromMatchPB(const MatchPB* message) {
-  setFrom(message->vlan_id_(), &vlanIds_);
+  vlanIds_ = setFrom(message->vlan_id_(), 1u << 16);
 }
 
 MatchExternalVlanId::MatchExternalVlanId(std::set<unsigned short> vlanIds)
@@ -183,7 +185,7 @@ void MatchPcp::convertToMatchPB(MatchPB* message) const {
   setTo(message->mutable_pcp_(), pcps_);
 }
 
-void MatchPcp::convertFromMatchPB(const MatchPB* message) { setFrom(message->pcp_(), &pcps_); }
+void MatchPcp::convertFromMatchPB(const MatchPB* message) { pcps_ = pcpsFrom(*message); }
 
 MatchInternalPcp::MatchInternalPcp(const std::set<unsigned char>& pcps)
     : Match(FILTERS_MATCH_INTERNAL_PCP), pcps_(pcps.begin(), pcps.end()) {}
@@ -196,9 +198,7 @@ void MatchInternalPcp::convertToMatchPB(MatchPB* message) const {
   setTo(message->mutable_pcp_(), pcps_);
 }
 
-void MatchInternalPcp::convertFromMatchPB(const MatchPB* message) {
-  setFrom(message->pcp_(), &pcps_);
-}
+void MatchInternalPcp::convertFromMatchPB(const MatchPB* message) { pcps_ = pcpsFrom(*message); }
 
 // --- Addresses and layer-4 ports -----------------------------------------------------------------
 
