@@ -1,5 +1,7 @@
 #include <filter_common/filter_actions.h>
 
+#include <netinet/ether.h>
+
 #include <cstdint>
 #include <ostream>
 
@@ -17,23 +19,23 @@ std::ostream& printHead(std::ostream& os, const char* header, const Action& acti
 }
 
 std::ostream& printNone(std::ostream& os, const char* header, const Action& action) {
-  return printHead(os, header, action) << "      <no parameters>" << std::endl;
+  return printHead(os, header, action) << "      <no parameters>\n" << std::flush;
 }
 
 // A block with one value behind its label.
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Action& action,
                        const char* label, const Value& value) {
-  return printHead(os, header, action) << "      " << label << value << std::endl;
+  return printHead(os, header, action) << label << value << std::endl;
 }
 
 std::ostream& printMac(std::ostream& os, const char* header, const Action& action,
                        const ether_addr& mac) {
-  const MacText address(mac);
-  const bool failed = address.text == nullptr;
-  printOne(os, header, action, "Replace MAC: ", failed ? "" : address.text);
+  char buffer[] = "00:00:00:00:00:00";
+  const char* text = ether_ntoa_r(&mac, buffer);
+  printOne(os, header, action, "      Replace MAC: ", text == nullptr ? "" : text);
   // The line has ended all the same: a stream that has failed takes nothing more.
-  if (failed) os.setstate(std::ios_base::badbit);
+  if (text == nullptr) os.setstate(std::ios_base::badbit);
   return os;
 }
 
@@ -121,34 +123,36 @@ std::ostream& operator<<(std::ostream& os, const ActionL2ToCpuDrop& action) {
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionSetPcp& action) {
-  return printOne(os, "    =ActionSetPcp=", action, "PCP: ", +action.getPcp());
+  return printOne(os, "    =ActionSetPcp=", action, "      PCP: ", +action.getPcp());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionSetPcpAndQueue& action) {
   return printOne(os, "    =ActionSetPcpAndQueue=", action,
-                  "PCP_AND_QUEUE: ", +action.getPcpAndQueue());
+                  "      PCP_AND_QUEUE: ", +action.getPcpAndQueue());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionSetInnerPcp& action) {
-  return printOne(os, "    =ActionSetInnerPcp=", action, "Inner PCP: ", +action.getInnerPcp());
+  return printOne(os, "    =ActionSetInnerPcp=", action,
+                  "      Inner PCP: ", +action.getInnerPcp());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionSetDSCP& action) {
-  return printOne(os, "    =ActionSetDSCP=", action, "DSCP: ", +action.getDSCP());
+  return printOne(os, "    =ActionSetDSCP=", action, "      DSCP: ", +action.getDSCP());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionMapToCosQueue& action) {
-  return printOne(os, "    =ActionMapToCosQueue=", action, "CoS Queue: ", +action.getCosQueue());
+  return printOne(os, "    =ActionMapToCosQueue=", action,
+                  "      CoS Queue: ", +action.getCosQueue());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionMapToCpuCosQueue& action) {
   return printOne(os, "    =ActionMapToCpuCosQueue=", action,
-                  "CPU CoS Queue: ", +action.getCpuCosQueue());
+                  "      CPU CoS Queue: ", +action.getCpuCosQueue());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionL3Switch& action) {
   return printOne(os, "    =ActionL3Switch=", action,
-                  "L3 Destination ID: ", action.getL3DestinationId());
+                  "      L3 Destination ID: ", action.getL3DestinationId());
 }
 
 std::ostream& operator<<(std::ostream& os, const ActionReplaceDstMac& action) {

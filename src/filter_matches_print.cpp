@@ -19,7 +19,7 @@ std::ostream& printHead(std::ostream& os, const char* header, const Match& match
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Match& match, const char* label,
                        const Value& value) {
-  return printHead(os, header, match) << "      " << label << value << '\n';
+  return printHead(os, header, match) << label << value << '\n';
 }
 
 std::ostream& printMac(std::ostream& os, const char* header, const MatchMac& match) {
@@ -45,12 +45,12 @@ std::ostream& printIPv6(std::ostream& os, const char* header, const MatchIPv6& m
 
 std::ostream& printParams(std::ostream& os, const char* header, const MatchL4Port& match,
                           const char* label1, const char* label2) {
-  return printHead(os, header, match) << "      " << label1 << match.getParam1() << "\n      "
-                                      << label2 << match.getParam2() << '\n';
+  return printHead(os, header, match)
+         << label1 << match.getParam1() << label2 << match.getParam2() << '\n';
 }
 
 std::ostream& printLimId(std::ostream& os, const char* header, const MatchLimId& match) {
-  return printOne(os, header, match, "LIMID: ", InterfaceName<100>(match.getLimId()).text);
+  return printOne(os, header, match, "      LIMID: ", InterfaceName<100>(match.getLimId()).text);
 }
 
 // Deliberate: each value is written as the single character it is.
@@ -115,11 +115,11 @@ std::ostream& operator<<(std::ostream& os, const MatchDstMac& match) {
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDstL4Port& match) {
-  return printParams(os, "    =MatchDstL4Port=", match, "Param1: ", "Param2: ");
+  return printParams(os, "    =MatchDstL4Port=", match, "      Param1: ", "\n      Param2: ");
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchSrcL4Port& match) {
-  return printParams(os, "    =MatchSrcL4Port=", match, "Param1: ", "Param2: ");
+  return printParams(os, "    =MatchSrcL4Port=", match, "      Param1: ", "\n      Param2: ");
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchSrcMac& match) {
@@ -128,7 +128,7 @@ std::ostream& operator<<(std::ostream& os, const MatchSrcMac& match) {
 
 std::ostream& operator<<(std::ostream& os, const MatchL2SrcEntryType& match) {
   return printOne(os, "    =MatchL2SrcEntryType=", match,
-                  "L2 Src Entry Type: ", match.getL2SrcEntryType());
+                  "      L2 Src Entry Type: ", match.getL2SrcEntryType());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchSrcIPv4& match) {
@@ -161,29 +161,30 @@ std::ostream& operator<<(std::ostream& os, const MatchDstIPv6& match) {
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchVlanTagging& match) {
-  return printOne(os, "    =MatchVlanTagging=", match,
-                  "Tagging: ", match.getTagging() == FILTERS_VLAN_UNTAGGED ? "untagged" : "tagged");
+  return printOne(os, "    =MatchVlanTagging=", match, "      Tagging: ",
+                  match.getTagging() == FILTERS_VLAN_UNTAGGED ? "untagged" : "tagged");
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchIpProtocol& match) {
-  return printOne(os, "    =MatchIpProtocol=", match, "Ip Protocol: ", +match.getIpProtocol());
+  return printOne(os, "    =MatchIpProtocol=", match,
+                  "      Ip Protocol: ", +match.getIpProtocol());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchPacketRes& match) {
-  return printOne(os, "    =MatchPacketRes=", match, "Pkt Resolution: ", match.getPktRes());
+  return printOne(os, "    =MatchPacketRes=", match, "      Pkt Resolution: ", match.getPktRes());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchMplsTerm& match) {
   return printOne(os, "    =MatchMplsTerm=", match,
-                  "Mpls Terminated status: ", +match.getMplsTerm());
+                  "      Mpls Terminated status: ", +match.getMplsTerm());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchToS& match) {
-  return printOne(os, "    =MatchToS=", match, "ToS: ", +match.getToS());
+  return printOne(os, "    =MatchToS=", match, "      ToS: ", +match.getToS());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDSCP& match) {
-  return printOne(os, "    =MatchDSCP=", match, "DSCP: ", +match.getDSCP());
+  return printOne(os, "    =MatchDSCP=", match, "      DSCP: ", +match.getDSCP());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchVirtualPort& match) {
@@ -197,7 +198,7 @@ std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match) {
 
 std::ostream& operator<<(std::ostream& os, const MatchIngressStpState& match) {
   return printOne(os, "    =MatchIngressStpState=", match,
-                  "IngressStpState: ", match.getIngressStpState());
+                  "      IngressStpState: ", match.getIngressStpState());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchVlanInfo& match) {
@@ -212,20 +213,20 @@ std::ostream& operator<<(std::ostream& os, const MatchSrcPort& match) {
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchTTL& match) {
-  return printOne(os, "    =MatchTTL=", match, "TTL: ", +match.getTTL());
+  return printOne(os, "    =MatchTTL=", match, "      TTL: ", +match.getTTL());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchVrfId& match) {
-  return printOne(os, "    =MatchVrfId=", match, "Match VRF ID: ", match.getVrfId());
+  return printOne(os, "    =MatchVrfId=", match, "      Match VRF ID: ", match.getVrfId());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDrop& match) {
-  return printOne(os, "    =MatchDrop=", match, "Match Drop: ", +match.getDropFlag());
+  return printOne(os, "    =MatchDrop=", match, "      Match Drop: ", +match.getDropFlag());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchMyStationHit& match) {
   return printOne(os, "    =MatchMyStationHit=", match,
-                  "Match MyStationHit: ", +match.getHitFlag());
+                  "      Match MyStationHit: ", +match.getHitFlag());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchCpuPort& match) {
@@ -234,7 +235,7 @@ std::ostream& operator<<(std::ostream& os, const MatchCpuPort& match) {
 
 std::ostream& operator<<(std::ostream& os, const MatchForwardingType& match) {
   return printOne(os, "    =MatchForwardingType=", match,
-                  "Forwarding Type: ", match.getForwardingType());
+                  "      Forwarding Type: ", match.getForwardingType());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDestinationCpu& match) {
@@ -243,11 +244,12 @@ std::ostream& operator<<(std::ostream& os, const MatchDestinationCpu& match) {
 
 std::ostream& operator<<(std::ostream& os, const MatchCPUInjectedPackets& match) {
   return printOne(os, "    =MatchCPUInjectedPackets=", match,
-                  "Match Injected?: ", +match.getInjected());
+                  "      Match Injected?: ", +match.getInjected());
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDstL4PortRange& match) {
-  return printParams(os, "    =MatchDstL4PortRange=", match, "Min Port: ", "Max Port: ");
+  return printParams(os, "    =MatchDstL4PortRange=", match,
+                     "      Min Port: ", "\n      Max Port: ");
 }
 
 }  // namespace FiltersCommon

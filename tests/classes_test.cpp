@@ -4,6 +4,7 @@
 #include <filter_common/filter_counter.h>
 #include <filter_common/filter_counter.pb.h>
 #include <gmock/gmock.h>
+#include <netinet/ether.h>
 
 #include "samples.h"
 
@@ -400,6 +401,20 @@ TEST(Counter, PrintsItsTypeByName) {
        {"Unknown", "Invalid", "Packets", "Octets", "Red Octets", "Not Red Octets", "Yellow Octets",
         "Not Yellow Octets", "Green Octets", "Not Green Octets", "Unknown"}) {
     EXPECT_EQ(printed(Counter(40000, counter_type_t(type++))), "ID: 40000\nType: " + name + "\n");
+  }
+}
+
+// The library writes these itself.
+TEST(Printing, OfMacAddressesIsThatOfTheCLibrary) {
+  for (unsigned value = 0; value <= 0xff; ++value) {
+    ether_addr mac;
+    for (unsigned i = 0; i < sizeof mac; ++i) {
+      mac.ether_addr_octet[i] = static_cast<std::uint8_t>(value + 51 * i);
+    }
+    char text[sizeof "ff:ff:ff:ff:ff:ff"];
+    EXPECT_EQ(printed(MatchSrcMac(mac, mac)),
+              "    =MatchSrcMac=\n      Match Type ID: 7\n      MAC: "s + ether_ntoa_r(&mac, text) +
+                  "\n      Mask: " + text + '\n');
   }
 }
 
