@@ -24,6 +24,13 @@ if(FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
   target_link_options(filter_common_shipped INTERFACE LINKER:--no-tls-get-addr-optimize)
 endif()
 
+# Functions here are short and many, and their loops run a few times: room between them is not worth
+# a tenth of the code.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(
+    filter_common_shipped INTERFACE -falign-functions=4 -fno-align-jumps -fno-align-loops)
+endif()
+
 # Faults that get through stop the process. The checked functions of the C library need an optimised
 # build; a compiler may already define a level of its own.
 target_compile_options(
