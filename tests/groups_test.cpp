@@ -95,6 +95,38 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 
+// A part of a group, read on top of the whole. Deliberate: its head goes in as it comes, and what
+// is refused at that stage and type leaves the rule that it should replace.
+TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
+  FiltersGroup group = groupOf(2, 3);
+  for (unsigned id : {1u, 2u, 3u}) {
+    EXPECT_EQ(group.insertEntry(entryOf({26}, {0, 1}, policer::Stage::None, id)), FILTERS_OK);
+  }
+  const FiltersGroup before(group);
+  FiltersGroupPB part;
+  part.set_id_(8);
+  part.set_priority_(5);
+  part.set_stage_(2);
+  part.set_type_(3);
+  *part.add_entries_() = messageOf(entryOf({17}, {2}, policer::Stage::Ingress, 2));
+  *part.add_entries_() = messageOf(entryOf({15}, {}, policer::Stage::None, 3));  // refused
+  *part.add_entries_() = messageOf(entryOf({17}, {}, policer::Stage::None, 4));
+  group.convertFromFiltersGroupPB(&part);
+  EXPECT_TRUE(group.getId() == 8 && group.getPriority() == 5);
+  EXPECT_EQ(prioritiesOf(group).size(), 4u);
+  const auto& entries = group.getEntriesRef();
+  EXPECT_EQ(heldMatches(entries.at(2)), Codes{17});
+  EXPECT_EQ(heldActions(entries.at(2)), Codes{2});
+  for (unsigned id : {1u, 3u}) EXPECT_EQ(entries.at(id), before.getEntriesRef().at(id));
+
+  part.Clear();  // no head is one of zeros, at which rules with a match are refused
+  *part.add_entries_() = messageOf(entryOf({26}, {}, policer::Stage::None, 1));
+  group.convertFromFiltersGroupPB(&part);
+  EXPECT_TRUE(group.getId() == 0 && group.getPriority() == 0 && group.getStage() == 0 &&
+              group.getType() == 0);
+  EXPECT_EQ(heldActions(group.getEntriesRef().at(1)), (Codes{0, 1}));
+}
+
 // --- The checks ----------------------------------------------------------------------------------
 
 // They read their arguments alone: this group's own stage and type are unknown.

@@ -1,0 +1,114 @@
+// Keeps a group in another process in step by sending what changed of it, not the whole: two rules
+// of ten thousand change, two go. docs/changes.md tells what that does to the group at the other
+// end.
+//
+//   change_rule    prints what was sent; exits with 1 when the two ends differ
+
+#include <arpa/inet.h>
+#include <filter_common/filter_groups.h>
+#include <filter_common/filter_groups.pb.h>
+
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace fc = FiltersCommon;
+
+namespace {
+
+using Ids = std::vector<fc::filtersEntryId_t>;
+
+// What goes from one end to the other. How the two are framed on their way is the sender's choice;
+// a group's bytes do not say where they end.
+struct Change {
+  Ids removed;
+  std::string bytes;  // of a group that holds the new and the changed rules alone
+};
+
+void require(fc::filtersErr_t result) {
+  if (result != fc::FILTERS_OK) throw std::runtime_error("refused: " + std::to_string(result));
+}
+
+// Drops what a host sends, for the host's number.
+fc::FiltersEntry rule(fc::filtersEntryId_t id) {
+  fc::FiltersEntry entry(id);
+  require(entry.setMatch(fc::MatchSrcIPv4(in_addr{htonl(0x0a000000 + id)})));  // 10.0.0.0/8
+  require(entry.setAction(fc::ActionDeny()));
+  return entry;
+}
+
+// --- The sender's end ----------------------------------------------------------------------------
+
+// The head is that of the whole group: it replaces the one at the other end, and decides there
+// whether the rules are admitted.
+fc::FiltersGroup emptyLike(const fc::FiltersGroup& group) {
+  fc::FiltersGroup empty(group.getId());
+  empty.setPriority(group.getPriority());
+  require(empty.setStage(group.getStage()));
+  require(empty.setType(group.getType()));
+  return empty;
+}
+
+Change changeOf(const fc::FiltersGroup& group, const Ids& changed, const Ids& removed) {
+  fc::FiltersGroup part = emptyLike(group);
+  for (fc::filtersEntryId_t id : changed) require(part.insertEntry(group.getEntriesRef().at(id)));
+  Change change = {removed, {}};
+  part.serialize(&change.bytes);
+  return change;
+}
+
+// --- The receiver's end --------------------------------------------------------------------------
+
+// False when this group is not the one that the change was made of: then the whole is asked for.
+bool apply(const Change& change, fc::FiltersGroup* group) {
+  fc::FiltersGroupPB message;
+  if (!message.ParseFromString(change.bytes) || message.id_() != group->getId()) return false;
+  for (fc::filtersEntryId_t id : change.removed) {
+    if (group->removeEntry(id) != fc::FILTERS_OK) return false;
+  }
+  group->convertFromFiltersGroupPB(&message);
+  // A rule that is refused is left out without a word, and the one it should replace stays.
+  for (const fc::FiltersEntryPB& sent : message.entries_()) {
+    const auto held = group->getEntriesRef().find(sent.id_());
+    if (held == group->getEntriesRef().end()) return false;
+    std::string bytes;
+    held->second.serialize(&bytes);
+    if (bytes != sent.SerializeAsString()) return false;
+  }
+  return true;
+}
+
+void run() {
+  fc::FiltersGroup ours(1);
+  require(ours.setStage(fc::FILTERS_GROUP_STAGE_INGRESS));
+  require(ours.setType(fc::FILTERS_GROUP_TYPE_10));
+  for (fc::filtersEntryId_t id = 0; id < 10000; ++id) require(ours.insertEntry(rule(id)));
+  std::string whole;
+  ours.serialize(&whole);
+  fc::FiltersGroup theirs(whole);
+
+  fc::FiltersEntry changed = rule(5000);
+  require(changed.setAction(fc::ActionCopyToCpu()));
+  require(ours.insertEntry(changed));
+  require(ours.insertEntry(rule(10000)));
+  require(ours.removeEntry(3));
+  require(ours.removeEntry(4));
+  const Change change = changeOf(ours, {5000, 10000}, {3, 4});
+
+  if (!apply(change, &theirs) || theirs != ours) throw std::runtime_error("the ends differ");
+  std::cout << "the whole: " << whole.size() << " bytes\nthe change: " << change.bytes.size()
+            << " bytes and " << change.removed.size() << " ids\n";
+}
+
+}  // namespace
+
+int main() {
+  try {
+    run();
+  } catch (const std::exception& failure) {
+    std::cerr << "change_rule: " << failure.what() << '\n';
+    return 1;
+  }
+  return 0;
+}
