@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <new>
 #include <ostream>
-#include <streambuf>
 
 #include "workload.h"
 
@@ -56,12 +55,6 @@ struct Meter {
 
 void print(const char* name, double value) { std::printf("%s %.4f\n", name, value); }
 
-class NullBuffer : public std::streambuf {
- protected:
-  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-  std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
-};
-
 }  // namespace
 }  // namespace benchmarks
 
@@ -94,6 +87,11 @@ int main() {
     print("serialize.allocations", meter.allocationsARule());
     print("serialize.peak", meter.peakBytes() / static_cast<double>(bytes.size()));
     print("wire", static_cast<double>(bytes.size()) / kRules);
+    FiltersGroup changed = makeEmptyGroup();
+    require(changed.insertEntry(group.getEntriesRef().rbegin()->second) == FILTERS_OK, "refused");
+    std::string change;
+    changed.serialize(&change);
+    print("change.wire", static_cast<double>(change.size()));
   }
   {
     Meter meter;

@@ -1,0 +1,191 @@
+#ifndef FILTER_COMMON_BENCHMARKS_WORKS_H_
+#define FILTER_COMMON_BENCHMARKS_WORKS_H_
+
+// What is measured of a group of N rules, by name: the works of the library, and floors, the same
+// bytes with the message classes alone. Each is done for the whole group, and timed or counted
+// without what prepares it, so that like stands beside like: what makes a group beside what makes a
+// message, and what destroys it too beside what does so.
+
+#include <google/protobuf/arena.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <random>
+#include <vector>
+
+#include "workload.h"
+#ifdef BENCHMARKS_WITH_INSPECT
+#include <filter_inspect/filter_decode.h>
+#endif
+
+namespace benchmarks {
+
+// A group, and everything that the works on it need.
+class Fixture {
+ public:
+  explicit Fixture(unsigned rules) : rules_(rules), group_(makeGroup(rules)), twin_(group_) {
+    group_.serialize(&bytes_);
+    kept_.ParseFromString(bytes_);
+    for (const auto& [id, rule] : group_.getEntriesRef()) inOrder_.push_back(&rule);
+    shuffled_ = inOrder_;
+    std::shuffle(shuffled_.begin(), shuffled_.end(), std::mt19937(1));
+  }
+
+  // --- Preparing ---
+
+  // Gives back what the last work made: a string that is assigned an empty one keeps its room, one
+  // that is swapped with it does not.
+  void forget() {
+    made_.reset();
+    parsed_.reset();
+    std::string().swap(out_);
+  }
+  void makeEmpty() { made_.emplace(makeEmptyGroup()); }
+  void nothing() {}
+
+  // --- The library ---
+
+  void serialize() { group_.serialize(&out_); }
+  void rebuild() { made_.emplace(bytes_); }
+  void destroy() { made_.reset(); }
+  void rebuildAndDestroy() { FiltersGroup rebuilt(bytes_); }
+  void copy() { made_.emplace(group_); }
+  void insert() { insertAll(inOrder_); }
+  void insertShuffled() { insertAll(shuffled_); }
+  void compare() { require(group_ == twin_, "a copy differs"); }
+  void setType() { require(group_.setType(group_.getType()) == FILTERS_OK, "a type is refused"); }
+  void print() {
+    NullBuffer nowhere;
+    std::ostream(&nowhere) << group_;
+  }
+  // One rule of the group, sent alone and read on top of a group that is held.
+  void change() {
+    FiltersGroup changed = makeEmptyGroup();
+    require(changed.insertEntry(*inOrder_.back()) == FILTERS_OK, "a rule is refused");
+    changed.serialize(&out_);
+    FiltersGroupPB message;
+    require(message.ParseFromString(out_), "the bytes do not parse");
+    made_->convertFromFiltersGroupPB(&message);
+  }
+
+#ifdef BENCHMARKS_WITH_INSPECT
+  // --- The second library, strictly ---
+
+  void decode() { require(FiltersInspect::decodeGroup(bytes_).report.empty(), "a loss"); }
+  void decodeLosses() { require(!FiltersInspect::decodeGroup(out_).report.empty(), "no loss"); }
+  // The same group, of which each rule has a field that its match does not look at.
+  void writeLosses() {
+    parseAgain();
+    for (FiltersEntryPB& rule : *kept_.mutable_entries_()) {
+      rule.mutable_matches_(2)->set_vrf_id_(1);
+    }
+    require(kept_.SerializeToString(&out_), "a message is not written");
+  }
+#endif
+
+  // --- Floors: messages on the heap, on an arena, and one that is used again ---
+
+  void write() {
+    FiltersGroupPB message;
+    write(&message);
+  }
+  void writeOnArena() {
+    google::protobuf::Arena arena;
+    write(FiltersGroupPB::default_instance().New(&arena));
+  }
+  void writeAgain() {
+    kept_.Clear();
+    write(&kept_);
+  }
+  void parse() { read(&parsed_.emplace()); }
+  void parseAndDestroy() {
+    FiltersGroupPB message;
+    read(&message);
+  }
+  void parseOnArena() {
+    google::protobuf::Arena arena;
+    read(FiltersGroupPB::default_instance().New(&arena));
+  }
+  void parseAgain() { read(&kept_); }
+  void debugString() { require(!kept_.DebugString().empty(), "a message prints nothing"); }
+ private:
+  void insertAll(const std::vector<const FiltersEntry*>& entries) {
+    for (const FiltersEntry* rule : entries) {
+      require(made_->insertEntry(*rule) == FILTERS_OK, "a rule is refused");
+    }
+  }
+  void write(FiltersGroupPB* message) {
+    fillMessage(rules_, policer_, message);
+    require(message->SerializeToString(&out_), "a message is not written");
+  }
+  void read(FiltersGroupPB* message) {
+    require(message->ParseFromString(bytes_), "the bytes do not parse");
+  }
+
+  unsigned rules_;
+  std::string policer_ = makePolicer().Serialize();
+  FiltersGroup group_;
+  FiltersGroup twin_;
+  std::string bytes_;
+  FiltersGroupPB kept_;
+  std::vector<const FiltersEntry*> inOrder_;
+  std::vector<const FiltersEntry*> shuffled_;
+  std::optional<FiltersGroup> made_;
+  std::optional<FiltersGroupPB> parsed_;
+  std::string out_;
+};
+
+struct Work {
+  const char* name;
+  void (Fixture::*prepare)();
+  void (Fixture::*run)();
+
+  // Prepares and does it once, and leaves it prepared: the caches hold what it needs then, and not
+  // what another work has left in them.
+  void warm(Fixture* fixture) const {
+    (fixture->*prepare)();
+    (fixture->*run)();
+    (fixture->*prepare)();
+  }
+};
+
+using F = Fixture;
+constexpr Work kWorks[] = {
+    {"serialize", &F::forget, &F::serialize},
+    {"rebuild", &F::forget, &F::rebuild},
+    {"destroy", &F::rebuild, &F::destroy},
+    {"rebuild_destroy", &F::nothing, &F::rebuildAndDestroy},
+    {"copy", &F::forget, &F::copy},
+    {"insert", &F::makeEmpty, &F::insert},
+    {"insert_shuffled", &F::makeEmpty, &F::insertShuffled},
+    {"compare", &F::nothing, &F::compare},
+    {"set_type", &F::nothing, &F::setType},
+    {"print", &F::nothing, &F::print},
+    {"change", &F::copy, &F::change},
+#ifdef BENCHMARKS_WITH_INSPECT
+    {"decode", &F::nothing, &F::decode},
+    {"decode_losses", &F::writeLosses, &F::decodeLosses},
+#endif
+    {"write", &F::forget, &F::write},
+    {"write_arena", &F::forget, &F::writeOnArena},
+    {"write_again", &F::forget, &F::writeAgain},
+    {"parse", &F::forget, &F::parse},
+    {"parse_destroy", &F::nothing, &F::parseAndDestroy},
+    {"parse_arena", &F::nothing, &F::parseOnArena},
+    {"parse_again", &F::nothing, &F::parseAgain},
+    {"debug_string", &F::parseAgain, &F::debugString},
+};
+
+inline const Work& workOf(const char* name) {
+  const auto found = std::find_if(std::begin(kWorks), std::end(kWorks), [&](const Work& work) {
+    return std::strcmp(work.name, name) == 0;
+  });
+  require(found != std::end(kWorks), "there is no such work");
+  return *found;
+}
+
+}  // namespace benchmarks
+
+#endif  // FILTER_COMMON_BENCHMARKS_WORKS_H_
