@@ -1,0 +1,195 @@
+#include <algorithm>
+
+#include "space.h"
+
+namespace FiltersInspect {
+namespace {
+
+// Below 1 by more than what rounding can have made of a sum of shares.
+constexpr double kSurelyLess = 1 - 1e-9;
+// So many candidates are looked at in one step.
+constexpr std::size_t kCandidatesAStep = 64;
+
+// What the first list of ranges has alone, behind `out`.
+void appendRest(const Space::Range* a, std::size_t aCount, const Space::Range* b,
+                std::size_t bCount, std::vector<Space::Range>* out) {
+  const auto* bEnd = b + bCount;
+  for (const auto* aEnd = a + aCount; a != aEnd; ++a) {
+    std::uint32_t first = a->first;
+    while (b != bEnd && b->last < first) ++b;
+    bool open = true;
+    for (const auto* taken = b; open && taken != bEnd && taken->first <= a->last; ++taken) {
+      if (first < taken->first) out->push_back({first, taken->first - 1});
+      open = taken->last < a->last;
+      first = taken->last + 1;
+    }
+    if (open) out->push_back({first, a->last});
+  }
+}
+
+}  // namespace
+
+void Cut::begin(SetId a, SetId b, std::size_t candidates) {
+  frames_.clear();
+  spans_.clear();
+  ranges_.clear();
+  frames_.push_back({0, candidates});
+  for (std::uint32_t d = 0; d < space_.dimensions(); ++d) {
+    const auto begin = static_cast<std::uint32_t>(ranges_.size());
+    space_.appendCommon(a, b, d, &ranges_);
+    std::uint32_t size = 0;
+    for (auto i = begin; i < ranges_.size(); ++i) size += ranges_[i].last - ranges_[i].first + 1;
+    spans_.push_back({begin, static_cast<std::uint32_t>(ranges_.size()) - begin, size});
+  }
+}
+
+// How many ranks a span and a term share.
+std::uint32_t Cut::shared(const Span& span, const Space::Term& term) const {
+  const Space::Range* a = &ranges_[span.begin];
+  const Space::Range* aEnd = a + span.count;
+  const Space::Range* b = space_.ranges() + term.begin;
+  const Space::Range* bEnd = b + term.count;
+  if (aEnd[-1].last < term.first || term.last < a->first) return 0;
+  std::uint32_t count = 0;
+  while (a != aEnd && b != bEnd) {
+    const std::uint32_t first = std::max(a->first, b->first), last = std::min(a->last, b->last);
+    if (first <= last) count += last - first + 1;
+    ++(a->last < b->last ? a : b);
+  }
+  return count;
+}
+
+// The share that a set has in what remains, 0 only when they do not meet.
+double Cut::shareOf(SetId set, bool* whole) const {
+  const Span* span = spans();
+  double share = 1;
+  *whole = true;
+  for (const Space::Term* term = space_.begin(set); term != space_.end(set); ++term) {
+    const std::uint32_t size = span[term->dimension].size;
+    const std::uint32_t common = shared(span[term->dimension], *term);
+    if (common == 0) return 0;
+    if (common == size) continue;
+    *whole = false;
+    share *= static_cast<double>(common) / size;
+  }
+  return std::max(share, std::numeric_limits<double>::min());
+}
+
+// Moves those that meet what remains to the front, and finds the one that is next.
+Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
+  Chosen chosen;
+  std::size_t kept = 0;
+  // Behind one that has all of it nothing counts.
+  std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
+  for (std::size_t i = 0; i < frames_.back().candidates; ++i) {
+    const Candidate candidate = (*candidates)[i];
+    if (candidate.level > deepest) continue;
+    bool whole;
+    const double share = shareOf(candidate.set, &whole);
+    if (share == 0) continue;
+    std::swap((*candidates)[i], (*candidates)[kept++]);
+    if (whole) deepest = candidate.level;
+    if (!candidate.stops) chosen.shares += share;
+    const Candidate& best = chosen.candidate;
+    const auto comesFirst = [&] {
+      if (best.set == kNothing) return true;
+      if (candidate.level != best.level) return candidate.level < best.level;
+      if (candidate.stops != best.stops) return candidate.stops;
+      return share > chosen.share || (share == chosen.share && candidate.set < best.set);
+    };
+    if (!comesFirst()) continue;
+    chosen.candidate = candidate;
+    chosen.share = share;
+    chosen.whole = whole;
+    if (whole && candidate.level == 0) break;
+  }
+  frames_.back().candidates = kept;
+  return chosen;
+}
+
+// Takes the next dimension's share from what remains of a frame: what lies outside of it becomes a
+// frame of its own, the frame keeps what lies inside. False when all dimensions are done.
+bool Cut::pushNextRest() {
+  const std::size_t dimensions = space_.dimensions();
+  while (frames_.back().next != space_.end(frames_.back().taken)) {
+    const Space::Term& term = *frames_.back().next++;
+    Span& span = spans()[term.dimension];
+    const Space::Range* taken = space_.ranges() + term.begin;
+    const std::uint32_t common = shared(span, term);
+    if (common == span.size) continue;
+
+    const std::uint32_t size = span.size - common;
+    was_.assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);
+    span.begin = static_cast<std::uint32_t>(ranges_.size());
+    appendShared(was_.data(), was_.size(), taken, term.count, &ranges_);
+    span.count = static_cast<std::uint32_t>(ranges_.size()) - span.begin;
+    span.size = common;
+
+    const auto mark = static_cast<std::uint32_t>(ranges_.size());
+    appendRest(was_.data(), was_.size(), taken, term.count, &ranges_);
+    const auto count = static_cast<std::uint32_t>(ranges_.size()) - mark;
+    frames_.push_back({mark, frames_.back().candidates});
+    spans_.resize(spans_.size() + dimensions);
+    std::copy_n(spans_.end() - static_cast<std::ptrdiff_t>(2 * dimensions), dimensions,
+                spans_.end() - static_cast<std::ptrdiff_t>(dimensions));
+    spans()[term.dimension] = {mark, count, size};
+    return true;
+  }
+  return false;
+}
+
+void Cut::pop() {
+  ranges_.resize(frames_.back().ranges);
+  spans_.resize(spans_.size() - space_.dimensions());
+  frames_.pop_back();
+}
+
+Cut::Outcome Cut::run(SetId a, SetId b, std::vector<Candidate>* candidates, bool quick,
+                      Watcher* watcher) {
+  begin(a, b, candidates->size());
+  while (!frames_.empty()) {
+    if (frames_.back().taken == kNothing) {
+      const std::uint64_t steps = 1 + frames_.back().candidates / kCandidatesAStep;
+      steps_left_ -= std::min(steps, steps_left_);
+      if (steps_left_ == 0) return Outcome::kUndecided;
+      const Chosen chosen = choose(candidates);
+      at_ = chosen.candidate.set;
+      if (at_ == kNothing) {
+        if (watcher == nullptr || !watcher->left(*this)) return Outcome::kLeft;
+        pop();
+        continue;
+      }
+      if (chosen.candidate.stops) return Outcome::kStopped;
+      if (quick && chosen.shares < kSurelyLess) return Outcome::kLeft;
+      if (watcher != nullptr) watcher->took(chosen.candidate, *this);
+      if (chosen.whole) {
+        pop();
+        continue;
+      }
+      frames_.back().taken = at_;
+      frames_.back().next = space_.begin(at_);
+    }
+    if (!pushNextRest()) pop();
+  }
+  return Outcome::kNothingLeft;
+}
+
+Point Cut::point() const {
+  Point point;
+  std::vector<Space::Range> both;
+  for (std::uint32_t d = 0; d < space_.dimensions(); ++d) {
+    const Space::Range* ranges = &ranges_[spans()[d].begin];
+    std::size_t count = spans()[d].count;
+    const Space::Term* term = at_ == kNothing ? nullptr : space_.termOf(at_, d);
+    if (term != nullptr) {
+      both.clear();
+      appendShared(ranges, count, space_.ranges() + term->begin, term->count, &both);
+      ranges = both.data();
+      count = both.size();
+    }
+    point.push_back(space_.best(d, ranges, count));
+  }
+  return point;
+}
+
+}  // namespace FiltersInspect
