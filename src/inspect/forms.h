@@ -75,6 +75,7 @@ struct PacketField {
   Kind kind = Kind::kNone;
   const char* name = nullptr;  // null: the match's own
   Reading reading = Reading::kPlain;
+  std::uint8_t carried = 0;  // bits that a frame has for it, where the match takes more
 };
 
 struct FormRow {
@@ -148,7 +149,8 @@ std::optional<AddressBytes> parseAddress(Form form, std::string_view text);
 void appendNumber(std::uint32_t value, std::string* out);
 void appendName(const Enumeration& names, std::uint32_t value, std::string* out);
 void appendAddress(Form form, const AddressBytes& bytes, std::string* out);
-void appendLimid(std::uint32_t limid, std::string* out);  // 0x01000003
+void appendHexadecimal(std::uint32_t value, int digits, std::string* out);  // at least so many
+void appendLimid(std::uint32_t limid, std::string* out);                    // 0x01000003
 
 template <class Enum>
 constexpr Enumeration kNamesOf = {

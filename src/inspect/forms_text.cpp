@@ -30,14 +30,6 @@ AddressBytes prefixMask(unsigned length) {
   return mask;
 }
 
-// At least `digits` digits behind 0x.
-void appendHexadecimal(std::uint32_t value, int digits, std::string* out) {
-  *out += "0x";
-  for (int digit = 7; digit >= 0; --digit) {
-    if (digit < digits || value >> 4 * digit != 0) *out += kHexDigits[value >> 4 * digit & 15];
-  }
-}
-
 void appendMask(Form form, const AddressBytes& mask, std::string* out) {
   const std::size_t size = sizeOf(form);
   const auto length = prefixLength(mask, size);
@@ -355,6 +347,13 @@ void appendAddress(Form form, const AddressBytes& bytes, std::string* out) {
   char text[INET6_ADDRSTRLEN] = {};
   inet_ntop(form == Form::kIPv4 ? AF_INET : AF_INET6, bytes.data(), text, sizeof text);
   *out += text;
+}
+
+void appendHexadecimal(std::uint32_t value, int digits, std::string* out) {
+  *out += "0x";
+  for (int digit = 7; digit >= 0; --digit) {
+    if (digit < digits || value >> 4 * digit != 0) *out += kHexDigits[value >> 4 * digit & 15];
+  }
 }
 
 void appendLimid(std::uint32_t limid, std::string* out) { appendHexadecimal(limid, 8, out); }

@@ -1,0 +1,142 @@
+#ifndef FILTER_INSPECT_FILTER_ANALYSIS_H_
+#define FILTER_INSPECT_FILTER_ANALYSIS_H_
+
+// Which packets a group's rules take, rule against rule and packet against rules. For example:
+//
+//     AnalysisOptions options;
+//     options.order = Order::kHighestPriority;
+//     std::cout << analyse(group, options);  // a line for each rule that never takes effect, ...
+//
+//     const auto packet = Packet::parse("src_ipv4=192.0.2.7 ip_protocol=6", nullptr);
+//     if (packet) std::cout << trace(group, *packet, options.order);
+//
+// Order. Rules of one group may take the same packet. Which of them comes first the model does not
+// say, nor that the first one ends the search: the device does. The order is a parameter, and the
+// default claims only what holds in every order.
+//
+// Readings. The model leaves some values to the device: what a layer-4 mask of zero means, an empty
+// set of VLAN ids, a range whose ends are swapped, the two low bits of a ToS byte, ... For each
+// match this library knows two sets of packets: those it takes under every reading (must) and those
+// it takes under some reading (may). What it claims holds under every reading; what does not is
+// left undecided. docs/analysis.md lists the readings, and the assumptions that every claim rests
+// on.
+//
+// All of this may be called from any thread, as long as nobody changes the arguments meanwhile. It
+// throws std::bad_alloc, what a progress function throws, and nothing else.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_report.h>
+
+namespace FiltersInspect {
+
+// Which of two rules that take the same packet comes first. Rules of equal rank have no order: what
+// depends on it is reported as a tie.
+enum class Order : std::uint8_t {
+  kUnspecified,      // nothing is known: all rules are of equal rank
+  kHighestPriority,  // larger numbers first
+  kLowestPriority,   // smaller numbers first
+  kAscendingId,      // smaller ids first
+};
+
+// "unspecified", "highest-priority", "lowest-priority", "ascending-id", each followed by a zero.
+FILTERS_API std::string_view nameOf(Order);
+FILTERS_API std::optional<Order> orderFromName(std::string_view name);
+
+// What every claim rests on, a sentence each, beginning with "A1: ".
+FILTERS_API const std::vector<std::string_view>& assumptions();
+
+struct AnalysisOptions {
+  Order order = Order::kUnspecified;
+  bool redundant = true;             // also redundant entries, which takes most of the time
+  bool overlaps = false;             // also every pair that overlaps and is treated differently
+  std::size_t max_findings = 1000;   // more are counted in Report::left_out
+  std::uint64_t max_steps = 100000;  // a rule that would take more is kNotDecided
+  // Called now and then, with how many rules of how many have been dealt with.
+  std::function<void(std::size_t done, std::size_t all)> progress;
+};
+
+// What the rules of a group do to each other. Treatment is actions, policer and parent; counters
+// and ids are none of it. By code, each with the entry it is about in `entry`, other entries in
+// `others`, and a packet that shows it in `witness`, where there is one:
+// - kEntryUnreachable: every packet that the entry may take is taken by entries before it,
+// `others`;
+//   none of them can be left out of the list.
+// - kEntriesTie: nothing says whether it comes before another entry, which takes the same packet
+// and
+//   treats it differently. Where no order is given, only if both take the very same packets.
+// - kEntryRedundant: without it every packet would be treated as it is. Each such finding stands
+//   alone: when one entry has been removed, others may no longer be redundant.
+// - kEntriesOverlap: it shares packets with the others and treats them differently. Where no order
+//   is given, those of whose packets it takes all or that take all of its own; else on request.
+// - kValueUnusual: the value of one of its matches is one that hardly any sender means.
+// - kNotDecided: the steps did not suffice.
+FILTERS_API Report analyse(const FiltersCommon::FiltersGroup& group,
+                           const AnalysisOptions& options = {});
+
+// kValueUnusual alone.
+FILTERS_API Report unusualValues(const FiltersCommon::FiltersGroup& group,
+                                 std::size_t max_findings = 1000);
+
+// Packets that the two groups treat differently: a finding (kTreatmentDiffers) for each pair of
+// rules, that of `a` in `entry` and that of `b` in `others`, with a packet. Where no rule takes the
+// packet on one side, that side is empty. What differs under some reading only, and rules that take
+// too many steps, are kNotDecided.
+FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
+                                    const FiltersCommon::FiltersGroup& b,
+                                    const AnalysisOptions& options = {});
+
+// What is known of one packet: fields by name, as the text form writes their values. A field is
+// given, or known to be absent ("none"), or not told.
+class FILTERS_API Packet {
+ public:
+  // "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6 dst_l4_port=179 vlan_tagging=none".
+  // Nothing when some of it cannot be read; the report, which may be null, then says what.
+  static std::optional<Packet> parse(std::string_view text, Report* report);
+  std::string toText() const;  // in the order of the fields' match codes
+ private:
+  friend struct PacketFields;
+  std::map<std::uint8_t, std::optional<std::array<std::uint64_t, 2>>> fields_;
+};
+
+// The names of all fields, in the order of their match codes.
+FILTERS_API std::vector<std::string_view> packetFieldNames();
+
+enum class Hit : std::uint8_t { kMiss, kHit, kUndecided };
+FILTERS_API std::string_view nameOf(Hit);  // "miss", "hit", "undecided"
+
+struct Traced {
+  FiltersCommon::filtersEntryId_t entry;
+  Hit hit;
+  std::vector<std::string> lacking;  // of kUndecided: fields that the packet does not tell
+  std::string reason;                // the field that missed, or the reading that is open
+};
+struct Trace {
+  std::vector<Traced> entries;  // in the order given, by id where there is none
+  // kHit: `entry` takes the packet; kMiss: none does; both whatever the fields that are not told,
+  // and under every reading. Entries that tie are undecided.
+  Hit outcome = Hit::kMiss;
+  std::optional<FiltersCommon::filtersEntryId_t> entry;
+  std::vector<FiltersCommon::filtersEntryId_t> candidates;  // of kUndecided: those it may be
+  bool may_be_none = false;                                 // of kUndecided
+};
+FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
+                        Order order);
+
+// "undecided: entry 10 or 60, or 1000", then a line for each entry.
+FILTERS_API std::ostream& operator<<(std::ostream& os, const Trace& trace);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_ANALYSIS_H_

@@ -1,0 +1,212 @@
+#include <filter_inspect/filter_analysis.h>
+
+#include <algorithm>
+#include <set>
+#include <unordered_map>
+#include <utility>
+
+#include "rules.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+constexpr std::uint32_t kNoRule = ~std::uint32_t{0};
+
+// A rule of one group and what the other group does with its packets. A twin is a rule of the other
+// group with the same matches: whatever they mean to the device, both take the same packets.
+class Comparison {
+ public:
+  Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
+      : options_(options),
+        all_({&a, &b}, options.order),
+        cuts_(all_.space(), options.max_steps),
+        findings_(a.getId(), options.max_findings) {
+    for (std::size_t side = 0; side < 2; ++side) {
+      mays_.push_back(all_.hullsOf(side, &Rule::may));
+      const auto& rules = all_.of(side);
+      for (std::uint32_t i = 0; i < rules.size(); ++i)
+        by_matches_[side][rules[i].matches].push_back(i);
+    }
+  }
+
+  Report run() {
+    const std::size_t first = all_.of(0).size(), all = first + all_.of(1).size();
+    for (std::size_t k = 0; k < all; ++k) {
+      tell(options_, k, all);
+      if (k < first) {
+        compare(0, static_cast<std::uint32_t>(k));
+      } else {
+        compare(1, static_cast<std::uint32_t>(k - first));
+      }
+    }
+    return findings_.take();
+  }
+ private:
+  void compare(std::size_t side, std::uint32_t i) {
+    side_ = side;
+    rule_ = &all_.of(side)[i];
+    mays_[side].meeting(rule_->may, 0, rule_->ranks_end, &own_);
+    own_.erase(std::find(own_.begin(), own_.end(), i));
+    mays_[1 - side].meeting(rule_->may, 0, mays_[1 - side].size(), &others_);
+    if (hasHeir()) return;
+    Cut::Outcome outcome = mayDiffer();
+    if (outcome == Cut::Outcome::kNothingLeft) return;
+    const std::size_t found = pairs_.size();
+    if (outcome != Cut::Outcome::kUndecided) outcome = findPairs(i);
+    if (outcome == Cut::Outcome::kUndecided) return reportUndecided("takes too many steps to say");
+    const bool known = pairs_.size() > found || (side == 1 && involved_.count(i) != 0);
+    if (!known) reportUndecided("depends on what values mean to the device");
+  }
+
+  const std::vector<Rule>& own() const { return all_.of(side_); }
+  const std::vector<Rule>& others() const { return all_.of(1 - side_); }
+
+  // Whether some twin of a rule of the other group, on this side, comes before this rule wherever
+  // the other one comes before `heir`.
+  bool hasElder(std::uint32_t p, const Rule& heir) const {
+    const Rule& other = others()[p];
+    const auto twins = by_matches_[side_].find(other.matches);
+    if (twins == by_matches_[side_].end()) return false;
+    const bool tied = p >= heir.ranks_begin;
+    for (std::uint32_t twin : twins->second) {
+      if (twin < rule_->ranks_begin) return true;
+      const Rule& own_twin = own()[twin];
+      if (tied && twin < rule_->ranks_end && own_twin.id == other.id &&
+          own_twin.priority == other.priority && own_twin.treatment == other.treatment &&
+          heir.id == rule_->id && heir.priority == rule_->priority) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  // Whether a twin that treats packets alike gets all packets that the rule gets.
+  bool hasHeir() const {
+    const auto twins = by_matches_[1 - side_].find(rule_->matches);
+    if (twins == by_matches_[1 - side_].end()) return false;
+    return std::any_of(twins->second.begin(), twins->second.end(), [&](std::uint32_t twin) {
+      const Rule& heir = others()[twin];
+      return heir.treatment == rule_->treatment &&
+             std::all_of(others_.begin(), others_.end(), [&](std::uint32_t p) {
+               return p >= heir.ranks_end || others()[p].treatment == heir.treatment ||
+                      hasElder(p, heir);
+             });
+    });
+  }
+
+  // Whether under some reading a packet that the rule gets is treated differently: nothing is left
+  // when surely none is.
+  Cut::Outcome mayDiffer() {
+    std::vector<Candidate> list;
+    for (std::uint32_t p : own_) {
+      const Rule& earlier = own()[p];
+      if (p >= rule_->ranks_begin) continue;
+      const SetId set = earlier.matches == rule_->matches ? earlier.may : earlier.must;
+      if (set != kNothing) list.push_back({set, 0, false, p});
+    }
+    for (std::uint32_t p : others_) {
+      const Rule& other = others()[p];
+      const bool differs = other.treatment != rule_->treatment;
+      if (differs && hasTwinBefore(other)) continue;
+      const bool surely = !differs && other.matches != rule_->matches;
+      const SetId set = surely ? other.must : other.may;
+      if (set != kNothing) list.push_back({set, 1 + other.ranks_begin, differs, p});
+    }
+    return cuts_.run(rule_->may, rule_->may, &list);
+  }
+
+  bool hasTwinBefore(const Rule& other) const {
+    const auto twins = by_matches_[side_].find(other.matches);
+    return twins != by_matches_[side_].end() && twins->second.front() < rule_->ranks_begin;
+  }
+
+  // --- Packets that are surely treated differently ---
+
+  struct Watcher : Cut::Watcher {
+    Watcher(Comparison& itsComparison, std::uint32_t itsRule)
+        : comparison(itsComparison), rule(itsRule) {}
+    void took(const Candidate& candidate, const Cut& cut) override {
+      if (candidate.tag != kNoRule) comparison.found(rule, candidate.tag, cut);
+    }
+    bool left(const Cut& cut) override {
+      comparison.found(rule, kNoRule, cut);
+      return true;
+    }
+    Comparison& comparison;
+    std::uint32_t rule;
+  };
+
+  // What the rule surely gets, without what an equal treatment may take on the other side.
+  Cut::Outcome findPairs(std::uint32_t i) {
+    if (rule_->must == kNothing) return Cut::Outcome::kNothingLeft;
+    std::vector<Candidate> list;
+    for (std::uint32_t p : own_) {
+      const Rule& other = own()[p];
+      if (p >= rule_->ranks_begin && other.treatment == rule_->treatment) continue;
+      list.push_back({other.may, 0, false, kNoRule});
+    }
+    for (std::uint32_t p : others_) {
+      const Rule& other = others()[p];
+      const bool differs = other.treatment != rule_->treatment;
+      const SetId set = differs ? other.must : other.may;
+      if (set == kNothing) continue;
+      list.push_back(
+          {set, 1 + 2 * other.ranks_begin + (differs ? 1 : 0), false, differs ? p : kNoRule});
+    }
+    Watcher watcher(*this, i);
+    return cuts_.runThrough(rule_->must, &list, &watcher);
+  }
+
+  // Pairs are found from the first group's side, and those without a rule in it from the other.
+  void found(std::uint32_t i, std::uint32_t other, const Cut& cut) {
+    if (side_ == 1 && other != kNoRule) return;
+    const auto pair = side_ == 0 ? std::pair(i, other) : std::pair(other, i);
+    if (!pairs_.insert(pair).second) return;
+    involved_.insert(pair.second);
+    if (!findings_.room(Code::kTreatmentDiffers)) return;
+    const auto idOf = [&](std::size_t side, std::uint32_t p) {
+      return p == kNoRule ? std::nullopt : std::optional(all_.of(side)[p].id);
+    };
+    const auto a = idOf(0, pair.first), b = idOf(1, pair.second);
+    Finding& finding = findings_.add(Code::kTreatmentDiffers, a);
+    if (b) finding.others.push_back(*b);
+    finding.witness = packetOf(all_.space(), cut.point()).toText();
+    finding.message = !a   ? "takes a packet that none takes in the first group"
+                      : !b ? "none takes its packet in the second group"
+                           : "takes its packet in the second group and treats it differently";
+    if (b) finding.message = entriesText({*b}) + ' ' + finding.message;
+  }
+
+  void reportUndecided(const char* why) {
+    if (!findings_.room(Code::kNotDecided)) return;
+    Finding& finding = findings_.add(Code::kNotDecided, rule_->id);
+    finding.message = std::string("whether the ") + (side_ == 0 ? "second" : "first") +
+                      " group treats its packets differently " + why;
+  }
+
+  const AnalysisOptions& options_;
+  const Rules all_;
+  std::vector<Hulls> mays_;
+  std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> by_matches_[2];
+  Cuts cuts_;
+  EntryFindings findings_;
+  std::set<std::pair<std::uint32_t, std::uint32_t>> pairs_;  // found, by positions
+  std::set<std::uint32_t> involved_;                         // of the second group
+
+  // Of the rule that is compared.
+  std::size_t side_ = 0;
+  const Rule* rule_ = nullptr;
+  std::vector<std::uint32_t> own_;     // that may take a packet before it
+  std::vector<std::uint32_t> others_;  // of the other group, that may take one at all
+};
+
+}  // namespace
+
+Report compareTreatment(const FiltersGroup& a, const FiltersGroup& b,
+                        const AnalysisOptions& options) {
+  return Comparison(a, b, options).run();
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,66 @@
+#ifndef FILTER_INSPECT_SRC_READINGS_H_
+#define FILTER_INSPECT_SRC_READINGS_H_
+
+// The fields of a packet, and what a match asks of them under each reading.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "forms.h"
+#include "space.h"
+
+namespace FiltersInspect {
+
+// --- Fields --------------------------------------------------------------------------------------
+
+// A number of up to 128 bits: the first half of an address of 128, else all of it.
+using FieldValue = std::array<std::uint64_t, 2>;
+
+struct FieldRow {
+  std::string_view name;
+  Form form;  // of one value: a flag is a boolean
+  std::uint8_t bits;
+  Enumeration names;  // of kName
+};
+
+// Every field that the rows of forms.def name, in their order and each once.
+const std::vector<FieldRow>& packetFields();
+std::optional<std::uint8_t> packetField(std::string_view name);
+
+std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text);
+void appendField(const FieldRow& row, const FieldValue& value, std::string* out);
+
+// In a space each field has two, one a half. The lower half of an address is never lacking: lacking
+// the field is told by the upper one.
+constexpr std::uint32_t halfOf(std::uint32_t field, unsigned half) { return 2 * field + half; }
+std::vector<Space::Field> spaceFields();
+
+// --- Readings ------------------------------------------------------------------------------------
+
+// What a match asks of one field: one of the constraints of each half that has any.
+struct Asked {
+  std::uint8_t field;
+  std::uint8_t which;           // of the match's fields
+  std::vector<Constraint> may;  // under some reading
+  // Under every reading, where it is not the same: null when it is. Then `must` holds, where no
+  // constraint means that nothing is taken.
+  const char* open = nullptr;
+  std::vector<Constraint> must;
+};
+// Appends what the match asks: nothing of one that takes every packet or has no class.
+void appendAsked(const MatchPB& match, std::vector<Asked>* asked);
+
+// Whether a value is among those asked for.
+bool isAmong(const std::vector<Constraint>& constraints, const FieldValue& value);
+
+// What is odd about the match's value, a sentence each: what hardly any sender means.
+std::vector<std::string> odditiesOf(const MatchPB& match);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_READINGS_H_

@@ -1,0 +1,385 @@
+#ifndef FILTER_COMMON_TESTS_INSPECT_TINY_H_
+#define FILTER_COMMON_TESTS_INSPECT_TINY_H_
+
+// Tiny groups whose packets can all be gone through, and what must hold of them, by hand: a match
+// is a list of readings, each of which says yes or no to a value. The choices come from anything
+// that has below(limit), so that tests and the fuzzing harness share all of this.
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_analysis.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tiny {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+using Value = std::uint64_t;
+using PlainPacket =
+    std::vector<std::optional<Value>>;  // of each field of the theme; absent: lacking
+using Reading = std::function<bool(Value)>;
+
+// What a match asks of one field: under one of the readings.
+struct Ask {
+  std::size_t field;
+  std::vector<Reading> readings;
+};
+struct PlainRule {
+  filtersEntryId_t id = 0;
+  filtersEntryPriority_t priority = 0;
+  unsigned treatment = 0;
+  std::vector<Ask> asks;
+};
+
+// The packet fields of one kind of match, with the values that matter and how they are written.
+struct Field {
+  std::string name;
+  std::vector<Value> values;
+  std::string prefix = "";   // of the number
+  bool hexadecimal = false;  // one digit
+  std::string textOf(std::optional<Value> value) const {
+    if (!value) return name + "=none";
+    return name + '=' + prefix +
+           (hexadecimal ? std::string(1, "0123456789abcdef"[*value]) : std::to_string(*value));
+  }
+};
+
+inline Reading is(Value wanted) {
+  return [wanted](Value v) { return v == wanted; };
+}
+inline Reading always(bool holds) {
+  return [holds](Value) { return holds; };
+}
+inline std::vector<Reading> nothingOrAnything() { return {always(false), always(true)}; }
+
+template <class Address>
+Address addressOf(unsigned lowest, unsigned char rest = 0) {
+  Address address;
+  unsigned char bytes[sizeof address];
+  std::memset(bytes, rest, sizeof bytes);
+  bytes[sizeof bytes - 1] = static_cast<unsigned char>(lowest);
+  std::memcpy(&address, bytes, sizeof bytes);
+  return address;
+}
+
+// A kind of match: its fields, and how one is put into an entry. `at` is where its fields begin.
+template <class Random>
+struct Kind {
+  std::vector<Field> fields;
+  std::function<void(Random&, FiltersEntry*, std::size_t at, std::vector<Ask>*)> put;
+};
+
+template <class Match>
+void set(FiltersEntry* entry, const Match& match) {
+  if (entry->setMatch(match) != FILTERS_OK) std::abort();
+}
+
+template <class Set>
+Set subset(unsigned bits) {
+  Set set;
+  for (unsigned char v = 0; v < 3; ++v) {
+    if ((bits >> v & 1) != 0) set.insert(v);
+  }
+  return set;
+}
+
+inline std::vector<Reading> amongBits(unsigned bits) {
+  if (bits == 0) return nothingOrAnything();
+  return {[bits](Value v) { return v < 3 && (bits >> v & 1) != 0; }};
+}
+
+template <class Random, class Match, class Set>
+Kind<Random> setKind(const char* name) {
+  return {{{name, {0, 1, 2, 3}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned bits = random.below(8);
+            set(entry, Match(subset<Set>(bits)));
+            asks->push_back({at, amongBits(bits)});
+          }};
+}
+
+template <class Random, class Match>
+Kind<Random> portKind(const char* name) {
+  return {{{name, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned short masks[] = {0, 1, 2, 3, 4, 5, 6, 7, 0xfffc, 0xffff};
+            const Value port = random.below(4), mask = masks[random.below(10)];
+            set(entry, Match(static_cast<unsigned short>(port), static_cast<unsigned short>(mask)));
+            if (mask == 0) {
+              asks->push_back({at, {is(port), always(true)}});
+            } else {
+              asks->push_back({at, {[=](Value v) { return (v & mask) == (port & mask); }}});
+            }
+          }};
+}
+
+// The lowest byte of an address under a mask whose other bytes are all ones or all zeros.
+template <class Random, class Match, class Address>
+Kind<Random> addressKind(const char* name, const char* prefix) {
+  return {{{name,
+            {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
+            prefix,
+            std::string(prefix).back() != '.'}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned value = random.below(8), low = random.below(8);
+            const auto rest = random.below(2) != 0 ? static_cast<unsigned char>(0xff)
+                                                   : static_cast<unsigned char>(0);
+            const unsigned mask = rest != 0 ? low | 0xf8 : low;
+            set(entry, Match(addressOf<Address>(value), addressOf<Address>(mask, rest)));
+            asks->push_back({at, {[=](Value v) {
+                               return (v & low) == (value & low) && (rest == 0 || v < 8);
+                             }}});
+          }};
+}
+
+template <class Random, class Match, class Code>
+Kind<Random> flagKind(const char* name) {
+  return {{{name, {0, 1}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned value = random.below(2);
+            set(entry, Match(static_cast<Code>(value)));
+            asks->push_back({at, {is(value)}});
+          }};
+}
+
+// The match kinds of one group type.
+template <class Random>
+struct Theme {
+  filtersGroupType_t type;
+  std::vector<Kind<Random>> kinds;
+};
+
+template <class Random>
+Kind<Random> ingressPorts() {
+  return {{{"ingress_port", {0, 1, 2, 3}}, {"ingress_port_type", {0, 1}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            if (random.below(4) == 0) {
+              set(entry, MatchIngressPorts(std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}));
+              asks->push_back({at + 1, {[](Value v) { return v != 0; }}});
+              return;
+            }
+            const unsigned bits = random.below(8);
+            std::list<limid_t> ports;
+            for (std::uint32_t v = 0; v < 3; ++v) {
+              limid_t port;
+              static_assert(sizeof port == sizeof v, "a limid travels as its four bytes");
+              std::memcpy(&port, &v, sizeof v);
+              if ((bits >> v & 1) != 0) ports.push_front(port);
+            }
+            set(entry, MatchIngressPorts(ports));
+            asks->push_back({at, amongBits(bits)});
+          }};
+}
+
+template <class Random>
+Kind<Random> tos() {
+  return {{{"tos", {0, 1, 2, 3, 4, 5, 6, 7, 8}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const Value value = random.below(6);
+            set(entry, MatchToS(static_cast<unsigned char>(value)));
+            Ask ask{at, {is(value)}};
+            if (value % 4 == 0) ask.readings.push_back([=](Value v) { return v / 4 == value / 4; });
+            asks->push_back(ask);
+          }};
+}
+
+template <class Random>
+Kind<Random> tagging() {
+  return {{{"vlan_tagging", {0, 1, 2, 3}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned value = random.below(3);
+            set(entry, MatchVlanTagging(static_cast<vlan_tagging_t>(value)));
+            Ask ask{at, {is(value)}};
+            if (value != 0) ask.readings.push_back([](Value v) { return v != 0; });
+            asks->push_back(ask);
+          }};
+}
+
+template <class Random>
+Kind<Random> portRange() {
+  return {{{"dst_l4_port", {0, 1, 2, 3, 4, 5, 6, 7}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const Value min = random.below(6), max = random.below(7);
+            set(entry, MatchDstL4PortRange(static_cast<unsigned short>(min),
+                                           static_cast<unsigned short>(max)));
+            Ask ask{at, nothingOrAnything()};
+            if (min <= max) ask.readings = {[=](Value v) { return min <= v && v <= max; }};
+            asks->push_back(ask);
+          }};
+}
+
+template <class Random>
+Kind<Random> vlanInfo() {
+  return {{{"svc_vlan_type", {0, 1, 2}}, {"proto_cpu_vlan_type", {0, 1}}},
+          [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            const unsigned svc = random.below(2), proto = random.below(2);
+            set(entry, MatchVlanInfo({svc, proto}));
+            asks->push_back({at, {is(svc)}});
+            asks->push_back({at + 1, {is(proto)}});
+          }};
+}
+
+template <class Random>
+Kind<Random> destinationCpu() {
+  return {{{"destination_cpu", {0, 1}}},
+          [](Random&, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
+            set(entry, MatchDestinationCpu());
+            asks->push_back({at, {is(1)}});
+          }};
+}
+
+template <class Random>
+const std::vector<Theme<Random>>& themes() {
+  using Vlans = std::set<unsigned short>;
+  using Pcps = std::set<unsigned char>;
+  static const std::vector<Theme<Random>> themes = {
+      {FILTERS_GROUP_TYPE_4,
+       {ingressPorts<Random>(), setKind<Random, MatchExternalVlanId, Vlans>("external_vlan_id"),
+        setKind<Random, MatchInternalPcp, Pcps>("internal_pcp"), tos<Random>(),
+        portKind<Random, MatchDstL4Port>("dst_l4_port"),
+        addressKind<Random, MatchSrcIPv4, in_addr>("src_ipv4", "0.0.0.")}},
+      {FILTERS_GROUP_TYPE_6,
+       {tagging<Random>(), setKind<Random, MatchPcp, Pcps>("pcp"),
+        addressKind<Random, MatchSrcMac, ether_addr>("src_mac", "00:00:00:00:00:0")}},
+      {FILTERS_GROUP_TYPE_3,
+       {portKind<Random, MatchSrcL4Port>("src_l4_port"), destinationCpu<Random>(),
+        flagKind<Random, MatchMyStationHit, bool>("my_station_hit"),
+        portKind<Random, MatchDstL4Port>("dst_l4_port")}},
+      {FILTERS_GROUP_TYPE_8,
+       {addressKind<Random, MatchDstIPv6, in6_addr>("dst_ipv6", "::"),
+        flagKind<Random, MatchVrfId, unsigned short>("vrf_id")}},
+      {FILTERS_GROUP_TYPE_11,
+       {portRange<Random>(), vlanInfo<Random>(),
+        flagKind<Random, MatchCPUInjectedPackets, bool>("cpu_injected_packets")}},
+  };
+  return themes;
+}
+
+// --- The plain side ------------------------------------------------------------------------------
+
+enum class Takes { kNo, kMaybe, kYes };
+
+inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
+  Takes result = Takes::kYes;
+  for (const Ask& ask : rule.asks) {
+    const auto& value = packet[ask.field];
+    std::size_t holding = 0;
+    for (const Reading& reading : ask.readings) holding += value && reading(*value) ? 1 : 0;
+    if (holding == 0) return Takes::kNo;
+    if (holding < ask.readings.size()) result = Takes::kMaybe;
+  }
+  return result;
+}
+
+// What each of the rules does with one packet.
+using Row = std::vector<Takes>;
+inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
+  Row row;
+  for (const PlainRule& rule : rules) row.push_back(takes(rule, packet));
+  return row;
+}
+
+inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
+  return order == Order::kHighestPriority  ? ~rule.priority
+         : order == Order::kLowestPriority ? rule.priority
+         : order == Order::kAscendingId    ? rule.id
+                                           : 0;
+}
+
+// A group and its plain twin.
+struct Case {
+  FiltersGroup group{1};
+  std::vector<Field> fields;
+  std::vector<PlainRule> rules;  // ascending ids
+
+  std::vector<PlainPacket> everyPacket() const {
+    std::vector<PlainPacket> packets = {{}};
+    for (const Field& field : fields) {
+      std::vector<PlainPacket> longer;
+      for (PlainPacket packet : packets) {
+        packet.emplace_back();
+        longer.push_back(packet);
+        for (Value value : field.values) {
+          packet.back() = value;
+          longer.push_back(packet);
+        }
+      }
+      packets = std::move(longer);
+    }
+    return packets;
+  }
+  // Of every packet; most have the same.
+  std::set<Row> everyRow() const {
+    std::set<Row> rows;
+    for (const PlainPacket& packet : everyPacket()) rows.insert(rowOf(rules, packet));
+    return rows;
+  }
+  std::string textOf(const PlainPacket& packet) const {
+    std::string text;
+    for (std::size_t i = 0; i < fields.size(); ++i) text += fields[i].textOf(packet[i]) + ' ';
+    return text;
+  }
+  const PlainRule* find(filtersEntryId_t id) const {
+    const auto found = std::find_if(rules.begin(), rules.end(),
+                                    [id](const PlainRule& rule) { return rule.id == id; });
+    return found == rules.end() ? nullptr : &*found;
+  }
+};
+
+// One or two kinds of a theme, for one case or for two that are compared.
+template <class Random>
+struct Maker {
+  explicit Maker(Random& itsRandom) : random(itsRandom) {
+    const auto& all = themes<Random>();
+    theme = &all[random.below(all.size())];
+    kinds.push_back(random.below(theme->kinds.size()));
+    const std::size_t second = random.below(theme->kinds.size());
+    if (second != kinds[0]) kinds.push_back(second);
+    for (std::size_t kind : kinds) {
+      starts.push_back(fields.size());
+      const auto& more = theme->kinds[kind].fields;
+      fields.insert(fields.end(), more.begin(), more.end());
+    }
+  }
+
+  void add(Case* made, filtersEntryId_t id) {
+    FiltersEntry entry(id);
+    PlainRule rule;
+    rule.id = id;
+    rule.priority = random.below(3);
+    rule.treatment = random.below(3) == 0 ? 1 : 0;
+    entry.setPriority(rule.priority);
+    for (std::size_t k = 0; k < kinds.size(); ++k) {
+      if (random.below(4) == 0) continue;
+      theme->kinds[kinds[k]].put(random, &entry, starts[k], &rule.asks);
+    }
+    if (rule.treatment == 1 && entry.setAction(ActionDeny()) != FILTERS_OK) std::abort();
+    if (made->group.insertEntry(entry) != FILTERS_OK) std::abort();
+    made->rules.push_back(rule);
+  }
+
+  Case make(unsigned count) {
+    Case made;
+    made.fields = fields;
+    if (made.group.setType(theme->type) != FILTERS_OK) std::abort();
+    for (unsigned i = 0; i < count; ++i) add(&made, i);
+    return made;
+  }
+
+  Random& random;
+  const Theme<Random>* theme;
+  std::vector<std::size_t> kinds, starts;
+  std::vector<Field> fields;
+};
+
+}  // namespace tiny
+
+#endif  // FILTER_COMMON_TESTS_INSPECT_TINY_H_
