@@ -47,8 +47,9 @@ void addNoise(Folder* folder) {
 int main(int, char** argv) {
   const std::filesystem::path path = argv[1];
   std::filesystem::remove_all(path);  // what an earlier run may have left
-  Folder bytes{path / "bytes"}, calls{path / "calls"}, strictDecode{path / "strict_decode"};
-  for (const Folder& folder : {bytes, calls, strictDecode}) {
+  Folder bytes{path / "bytes"}, calls{path / "calls"}, strictDecode{path / "strict_decode"},
+      analysis{path / "analysis"};
+  for (const Folder& folder : {bytes, calls, strictDecode, analysis}) {
     std::filesystem::create_directories(folder.path);
   }
   for (Folder* folder : {&bytes, &strictDecode}) {
@@ -56,5 +57,7 @@ int main(int, char** argv) {
     for (const std::string& group : oddGroups()) folder->add(group);
   }
   addNoise(&calls);
+  addNoise(&analysis);
+  for (const std::string& group : oddGroups()) analysis.add('\0' + group);
   return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
 }
