@@ -1,0 +1,169 @@
+// How long the analysis of a group takes, in CPU time, and how much memory: for groups shaped as
+// those in use, and for some that are hard. Fails when a figure is beyond what it should reach;
+// `analysis FACTOR` allows for a slow machine.
+
+#include <filter_inspect/filter_analysis.h>
+#include <sys/resource.h>
+
+#include <arpa/inet.h>
+#include <cstdlib>
+#include <ctime>
+
+#include "rule_sets.h"
+
+namespace benchmarks {
+namespace {
+
+using namespace FiltersInspect;
+
+double factor = 1;
+bool good = true;
+
+std::size_t count(const Report& report, Code code) {
+  std::size_t found = 0;
+  for (const Finding& finding : report.findings) found += finding.code == code ? 1 : 0;
+  return found;
+}
+
+// The best of some runs: what disturbs them only makes them longer.
+Report measure(const std::string& name, const FiltersGroup& group, const AnalysisOptions& options,
+               double limitMs, int runs) {
+  Report report;
+  double best = 0;
+  for (int i = 0; i < runs; ++i) {
+    const std::clock_t start = std::clock();
+    report = analyse(group, options);
+    const double ms = 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    best = i == 0 || ms < best ? ms : best;
+  }
+  const bool reached = best <= limitMs * factor;
+  good = good && reached;
+  std::printf("%-28s %9.1f ms of %7.0f  %5zu unreachable %5zu redundant %3zu not decided%s\n",
+              name.c_str(), best, limitMs, count(report, Code::kEntryUnreachable),
+              count(report, Code::kEntryRedundant), count(report, Code::kNotDecided),
+              reached ? "" : "  TOO SLOW");
+  return report;
+}
+
+AnalysisOptions options(bool redundant) {
+  AnalysisOptions options;
+  options.order = Order::kHighestPriority;
+  options.redundant = redundant;
+  options.max_findings = 100000;
+  return options;
+}
+
+void measureShapes() {
+  for (const Shape& shape : kShapes) {
+    for (const unsigned rules : {1000U, 10000U}) {
+      const FiltersGroup group = RuleSet(shape, rules).make(rules);
+      const bool small = rules == 1000;
+      const std::string name = std::string(shape.name) + ' ' + std::to_string(rules);
+      measure(name, group, options(false), small ? 15 : 1000, small ? 5 : 1);
+      const Report report =
+          measure(name + ", redundant", group, options(true), small ? 100 : 10000, small ? 5 : 1);
+      const bool decided = count(report, Code::kNotDecided) * 1000 <= rules;
+      if (!decided) std::printf("%s: less than 99.9 %% decided\n", name.c_str());
+      good = good && decided;
+    }
+  }
+}
+
+// One rule in a thousand is treated differently.
+void measureComparison() {
+  const FiltersGroup a = RuleSet(kShapes[1], 10000).make(10000);
+  FiltersGroup b = a;
+  for (unsigned id = 500; id < 10000; id += 1000) {
+    FiltersEntry rule(b.getEntriesRef().at(id));
+    require(rule.setAction(ActionCopyToCpu()) == FILTERS_OK && b.insertEntry(rule) == FILTERS_OK,
+            "a changed rule is refused");
+  }
+  const std::clock_t start = std::clock();
+  const Report report = compareTreatment(a, b, options(true));
+  std::printf("%-28s %9.1f ms  %zu pairs %zu not decided\n", "FW 10000, compared",
+              1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC,
+              count(report, Code::kTreatmentDiffers), count(report, Code::kNotDecided));
+}
+
+FiltersGroup emptyGroup() {
+  FiltersGroup group(kGroupId);
+  require(group.setType(FILTERS_GROUP_TYPE_3) == FILTERS_OK, "the type is refused");
+  return group;
+}
+
+void insert(FiltersGroup* group, FiltersEntry* rule) {
+  rule->setPriority(~rule->getId());
+  require(group->insertEntry(*rule) == FILTERS_OK, "a rule is refused");
+}
+
+// Only all of them together cover the last rule.
+void measureTiles() {
+  FiltersGroup group = emptyGroup();
+  for (unsigned i = 0; i < 64 * 64; ++i) {
+    FiltersEntry tile(i);
+    require(
+        tile.setMatch(MatchSrcIPv4({htonl(i / 64 << 26)}, {htonl(0xfc000000)})) == FILTERS_OK &&
+            tile.setMatch(MatchDstIPv4({htonl(i % 64 << 26)}, {htonl(0xfc000000)})) == FILTERS_OK,
+        "a match is refused");
+    insert(&group, &tile);
+  }
+  FiltersEntry all(64 * 64);
+  require(all.setMatch(MatchSrcIPv4({0}, {0})) == FILTERS_OK &&
+              all.setMatch(MatchDstIPv4({0}, {0})) == FILTERS_OK,
+          "a match is refused");
+  insert(&group, &all);
+  const Report report = measure("64 x 64 tiles", group, options(false), 100, 5);
+  require(report.findings.size() == 1 && report.findings[0].others.size() == 64 * 64,
+          "the tiles do not cover");
+}
+
+// Clauses of three literals over the bits of two addresses, as many as make it hard: the last rule
+// is covered when no assignment satisfies them.
+void measureClauses() {
+  std::mt19937 engine(1);
+  for (const unsigned variables : {40U, 64U}) {
+    FiltersGroup group = emptyGroup();
+    const unsigned clauses = variables * 43 / 10;
+    for (unsigned id = 0; id <= clauses; ++id) {
+      std::uint64_t mask = 0;
+      const std::uint64_t value = (std::uint64_t{engine()} << 32) | engine();
+      while (id < clauses && __builtin_popcountll(mask) < 3) {
+        mask |= std::uint64_t{1} << engine() % variables;
+      }
+      const auto half = [](std::uint64_t bits, int shift) {
+        return in_addr{htonl(static_cast<std::uint32_t>(bits >> shift))};
+      };
+      FiltersEntry rule(id);
+      require(rule.setMatch(MatchSrcIPv4(half(value, 32), half(mask, 32))) == FILTERS_OK &&
+                  rule.setMatch(MatchDstIPv4(half(value, 0), half(mask, 0))) == FILTERS_OK,
+              "a match is refused");
+      insert(&group, &rule);
+    }
+    measure(std::to_string(clauses) + " clauses", group, options(true), 20000, 1);
+  }
+}
+
+void showMemory(long before) {
+  rusage usage;
+  getrusage(RUSAGE_SELF, &usage);
+  const double mib = static_cast<double>(usage.ru_maxrss - before) / 1024;
+  const bool reached = mib <= 64;
+  good = good && reached;
+  std::printf("%-28s %9.1f MiB of %4d%s\n", "memory of all", mib, 64, reached ? "" : "  TOO MUCH");
+}
+
+}  // namespace
+}  // namespace benchmarks
+
+int main(int argc, char** argv) {
+  using namespace benchmarks;
+  if (argc > 1) factor = std::atof(argv[1]);
+  rusage usage;
+  getrusage(RUSAGE_SELF, &usage);
+  measureShapes();
+  measureComparison();
+  measureTiles();
+  measureClauses();
+  showMemory(usage.ru_maxrss);
+  return good ? 0 : 1;
+}
