@@ -5,9 +5,6 @@
 
 #include <filter_inspect/filter_diff.h>
 
-#include <algorithm>
-#include <ctime>
-#include <functional>
 #include <random>
 
 #include "workload.h"
@@ -18,16 +15,6 @@ using namespace benchmarks;
 using namespace FiltersInspect;
 
 constexpr unsigned kRules = 10000;
-
-double secondsOf(const std::function<void()>& work) {
-  double best = 1e9;
-  for (int run = 0; run < 5; ++run) {
-    const std::clock_t start = std::clock();
-    work();
-    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
-  }
-  return best;
-}
 
 template <class T>
 std::size_t sizeOf(const T& object) {

@@ -3,9 +3,6 @@
 
 #include <filter_inspect/filter_text.h>
 
-#include <algorithm>
-#include <ctime>
-#include <functional>
 #include <vector>
 
 #include "workload.h"
@@ -15,16 +12,6 @@ namespace {
 using namespace benchmarks;
 using FiltersInspect::ParsedGroups;
 using Groups = std::vector<FiltersGroup>;
-
-double secondsOf(const std::function<void()>& work) {
-  double best = 1e9;
-  for (int run = 0; run < 5; ++run) {
-    const std::clock_t start = std::clock();
-    work();
-    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
-  }
-  return best;
-}
 
 void show(const char* form, const char* work, unsigned rules, std::size_t size, double seconds) {
   std::printf("%-5s %-6s %7u rules %9.1f ms %8.0f ns a rule %6.0f bytes a rule\n", form, work,

@@ -15,9 +15,12 @@
 #include <limid/limid.h>
 #endif
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <functional>
 #include <streambuf>
 #include <string>
 
@@ -153,6 +156,17 @@ class NullBuffer : public std::streambuf {
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }
   std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
+
+// The processor's time that the work takes, the best of five times.
+inline double secondsOf(const std::function<void()>& work) {
+  double best = 1e9;
+  for (int run = 0; run < 5; ++run) {
+    const std::clock_t start = std::clock();
+    work();
+    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+  }
+  return best;
+}
 
 }  // namespace benchmarks
 
