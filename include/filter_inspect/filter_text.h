@@ -15,6 +15,7 @@
 // std::bad_alloc, and nothing else. Time and memory grow with the size of the argument: who reads
 // texts of others limits that.
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,11 +38,15 @@ FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 // ("12:7", both from 1), those about what an entry or group holds the place where it begins.
 // Nothing is dropped on the way: an unknown name, one given twice, a number too large, a match that
 // cannot stand beside another and an entry that its group refuses are findings. Text is read on
-// behind a faulty line; JSON is read up to its first fault.
+// behind a faulty line; JSON is read up to its first fault. Findings beyond `max_findings` are
+// counted in Report::left_out.
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
 };
+FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
+FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);
+// The same with 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
 

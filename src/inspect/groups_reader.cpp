@@ -12,7 +12,6 @@ namespace {
 
 using namespace FiltersCommon;
 
-constexpr std::size_t kMaxFindings = 1000;
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 std::string_view modeName(policer::ModeType type) {
@@ -57,6 +56,7 @@ void GroupsReader::endGroup() {
   if (faulty_) return;
   const std::string bytes = head_->SerializePartialAsString() + bytes_;
   DecodeLimits limits;
+  limits.max_findings = maxFindings_;
   limits.max_bytes = bytes.size();
   limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
@@ -72,7 +72,7 @@ ParsedGroups GroupsReader::finish() {
 
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
   faulty_ = true;
-  if (parsed_.report.findings.size() == kMaxFindings) {
+  if (parsed_.report.findings.size() >= maxFindings_) {
     parsed_.report.leaveOut(severityOf(code));
     return;
   }
@@ -86,7 +86,7 @@ void GroupsReader::fail(Code code, TextPlace place, std::string message) {
 
 // One of the bytes in between, which nobody sees.
 void GroupsReader::add(Finding finding) {
-  if (parsed_.report.findings.size() == kMaxFindings) {
+  if (parsed_.report.findings.size() >= maxFindings_) {
     parsed_.report.leaveOut(finding.severity);
     return;
   }

@@ -27,6 +27,10 @@ struct TextPlace {
 // Takes groups entry by entry, as bytes, so that no message of a whole group is held.
 class GroupsReader {
  public:
+  static constexpr std::size_t kMaxFindings = 1000;  // where the caller wants no other number
+
+  explicit GroupsReader(std::size_t maxFindings) : maxFindings_(maxFindings) {}
+
   // What the caller fills.
   FiltersCommon::FiltersGroupPB* head() { return head_; }
   FiltersCommon::FiltersEntryPB* entry() { return entries_->mutable_entries_(0); }
@@ -45,6 +49,7 @@ class GroupsReader {
   void add(Finding finding);
   TextPlace placeOf(const std::string& path) const;
 
+  const std::size_t maxFindings_;
   ParsedGroups parsed_;
   // Messages outside of an arena leak when memory runs out.
   FiltersCommon::MessageArena arena_;

@@ -26,7 +26,8 @@ struct Scalar {
 // deep values nest.
 class JsonReader {
  public:
-  explicit JsonReader(std::string_view text) : text_(text), places_(text) {}
+  JsonReader(std::string_view text, std::size_t maxFindings)
+      : text_(text), places_(text), groups_(maxFindings) {}
 
   ParsedGroups read() {
     nlohmann::json::sax_parse(text_.begin(), text_.end(), this);
@@ -385,6 +386,12 @@ bool JsonReader::scalarOfForm(const Scalar& value, int field) {
 
 }  // namespace
 
-ParsedGroups groupsFromJson(std::string_view json) { return JsonReader(json).read(); }
+ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings) {
+  return JsonReader(json, max_findings).read();
+}
+
+ParsedGroups groupsFromJson(std::string_view json) {
+  return groupsFromJson(json, GroupsReader::kMaxFindings);
+}
 
 }  // namespace FiltersInspect

@@ -91,7 +91,8 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
 
 class TextReader {
  public:
-  explicit TextReader(std::string_view text) : rest_(text) {}
+  TextReader(std::string_view text, std::size_t maxFindings)
+      : rest_(text), groups_(maxFindings) {}
 
   ParsedGroups read() {
     nextLine();
@@ -361,6 +362,12 @@ std::string toText(const FiltersEntry& entry) {
   return text;
 }
 
-ParsedGroups groupsFromText(std::string_view text) { return TextReader(text).read(); }
+ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings) {
+  return TextReader(text, max_findings).read();
+}
+
+ParsedGroups groupsFromText(std::string_view text) {
+  return groupsFromText(text, GroupsReader::kMaxFindings);
+}
 
 }  // namespace FiltersInspect

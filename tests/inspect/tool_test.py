@@ -79,6 +79,7 @@ def prepare():
     write("none.txt", head)
     write("bad.txt", text.replace(b"ttl=255", b"tttl=255"))
     write("bad.json", b'{\n  "format": "filter-groups",\n  "version": 1,\n  "groups": [}\n')
+    write("faulty.txt", head + b"rule\n" * 1003)
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
 
@@ -220,6 +221,10 @@ TABLE = [
     ("show many.bin --max-findings=0", 0, "filter-groups 1\n(group 0 [^\n]*\n){10}",
      "many.bin: 40 more findings; --max-findings=N shows more\n"),
     ("convert lost.bin --to=text --max-findings=0", 1, NONE, ".*not converted.*"),
+    ("check faulty.txt --max-findings=0", 2,
+     NONE, "faulty.txt:2:1: [^\n]*\nfaulty.txt: 1002 more findings; [^\n]*\n"),
+    ("check faulty.txt --max-findings=2000", 2, NONE, r"(faulty.txt:\d+:1: [^\n]*\n){1003}"),
+    ("diff g.bin bad.json --max-findings=0", 2, NONE, r"bad.json:4:\d+: [^\n]*\n"),
     ("check lost.bin --max-findings=0", 1, ".*1 left out; --max-findings=N shows more\n", NONE),
     # --- Command lines
     ("", 2, NONE, "filter-inspect: a command is missing; [^\n]*\n"),

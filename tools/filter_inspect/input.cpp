@@ -153,8 +153,11 @@ class Reader {
   // False when there is something that cannot be read.
   bool readForm() {
     const bool isText = input_.form == Form::kText;
-    FiltersInspect::ParsedGroups parsed = isText ? FiltersInspect::groupsFromText(input_.content)
-                                                 : FiltersInspect::groupsFromJson(input_.content);
+    // What cannot be read is told of, however few findings are wanted.
+    const std::size_t most = std::max(options_.maxFindings, std::size_t{1});
+    FiltersInspect::ParsedGroups parsed =
+        isText ? FiltersInspect::groupsFromText(input_.content, most)
+               : FiltersInspect::groupsFromJson(input_.content, most);
     const bool wasRead = parsed.report.empty();
     tell(parsed.report);
     for (FiltersGroup& group : parsed.groups) {
@@ -193,17 +196,14 @@ class Reader {
 
   // The findings about text or JSON say where in `path`.
   void tell(const Report& report) {
-    std::size_t told = 0;
     for (Finding finding : report.findings) {
-      if (told++ == options_.maxFindings) break;
       std::string place = input_.file + ':' + finding.path;
       if (!options_.json) finding.path.clear();
       console_.trouble(input_.file, place, finding);
     }
     Report rest;
-    rest.left_out =
-        report.left_out + report.findings.size() - std::min(told, report.findings.size());
-    if (rest.left_out != 0) console_.aside(input_.file, input_.file, rest);
+    rest.left_out = report.left_out;
+    console_.aside(input_.file, input_.file, rest);
   }
 
   // A file that was cut off while it was written looks like one bare group.
