@@ -18,7 +18,7 @@ using namespace FiltersCommon;
 // A number, text, true or false, as it stands there.
 struct Scalar {
   enum Type : std::uint8_t { kNumber, kText, kBoolean, kOther } type;
-  std::int64_t number = 0;  // also of true; the largest for all that are larger
+  std::int64_t number = 0;  // also of true; the nearest for all that are wider
   std::string_view text = {};
 };
 
@@ -41,7 +41,12 @@ class JsonReader {
     constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
     return scalar({Scalar::kNumber, static_cast<std::int64_t>(std::min(value, kMax))});
   }
-  bool number_float(double, const std::string&) { return scalar({Scalar::kOther}); }
+  // Whole numbers beyond 64 bits come here too.
+  bool number_float(double value, const std::string& digits) {
+    if (digits.find_first_of(".eE") != digits.npos) return scalar({Scalar::kOther});
+    using Limits = std::numeric_limits<std::int64_t>;
+    return scalar({Scalar::kNumber, value < 0 ? Limits::min() : Limits::max()});
+  }
   bool string(const std::string& value) { return scalar({Scalar::kText, 0, value}); }
   bool binary(const nlohmann::json::binary_t&) { return scalar({Scalar::kOther}); }
 

@@ -91,8 +91,7 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
 
 class TextReader {
  public:
-  TextReader(std::string_view text, std::size_t maxFindings)
-      : rest_(text), groups_(maxFindings) {}
+  TextReader(std::string_view text, std::size_t maxFindings) : rest_(text), groups_(maxFindings) {}
 
   ParsedGroups read() {
     nextLine();
