@@ -72,6 +72,11 @@ def prepare():
         text = file.read()
     head, one, two = re.split(b"(?m)^(?=group)", text)
     write("one.txt", head + one)
+    with open("g.json", "rb") as file:
+        as_json = file.read()
+    write("blanks.json", b"\n  " + as_json)
+    write("marked.json", b"\xef\xbb\xbf" + as_json)
+    write("wide.json", as_json.replace(b'"priority": 100', b'"priority": 1' + 30 * b"0", 1))
     write("swapped.txt", head + two + one)
     write("changed.txt", re.sub(b"entry 1000 .*\n", b"", text).replace(b"ttl=255", b"ttl=254"))
     write("moved.txt", text.replace(b"group 1 priority=10", b"group 1 priority=11"))
@@ -103,6 +108,8 @@ TABLE = [
     ("show g.txt", 0, G_TXT, NONE),
     ("show g.json", 0, G_TXT, NONE),
     ("show --from=json - <g.json", 0, G_TXT, NONE),
+    ("show blanks.json", 0, G_TXT, NONE),
+    ("show marked.json", 0, G_TXT, NONE),
     ("show none.txt", 0, "filter-groups 1\n", NONE),
     ("show one.bin", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
     ("show one.bin g.bin", 0,
@@ -139,6 +146,7 @@ TABLE = [
     ("convert none.txt --to=bytes", 2, NONE, "filter-inspect: none.txt: there is no group[^\n]*\n"),
     ("convert g.bin --to=text -o folder/no/file", 2,
      NONE, "filter-inspect: folder/no/file: " + ENOENT),
+    ("convert g.bin --to=text -o ''", 2, NONE, "filter-inspect: '': " + ENOENT),
     ("convert g.bin --to=text -o folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
     ("convert g.bin --to=text -o /dev/full", 2, NONE, "filter-inspect: /dev/full: No space left.*"),
     ("convert g.bin", 2, NONE, "filter-inspect: --to is required\n"),
@@ -190,6 +198,7 @@ TABLE = [
     ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n"),
     ("check bad.json", 2, NONE, r"bad.json:4:\d+: error: [^\n]* \[text-syntax\]\n"),
     ("convert bad.txt --to=bytes -o bad.bin", 2, NONE, r"bad.txt:7:\d+: .*"),
+    ("check wide.json", 2, NONE, r"wide.json:\d+:\d+: error: [^\n]* \[text-value\]\n"),
     ("check future.txt", 2, NONE, r"future.txt:1:\d+: .*\[text-version\]\n"),
     ("check future.json", 2, NONE, r"future.json:1:\d+: .*\[text-version\]\n"),
     ("show --from=text g.bin", 2, NONE, r"g.bin:1:1: .*"),
@@ -238,7 +247,8 @@ TABLE = [
     ("capabilities --type=12", 2, NONE, ".*did you mean [12]\\?\n"),
     ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
     ("show", 2, NONE, "filter-inspect: FILE is required\n"),
-    ("check --max-groups=x g.bin", 2, NONE, "filter-inspect: [^\n]*--max-groups[^\n]*\n"),
+    ("check --max-groups=x g.bin", 2, NONE, "filter-inspect: --max-groups: 'x' [^\n]{,40}\n"),
+    ("check --max-bytes=99999999999999999999 g.bin", 2, NONE, ".*--max-bytes: '9{20}' .*"),
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
     ("check -- g.bin", 0, WHOLE, NONE),
     ("--help", 0, ".*show.*check.*convert.*diff.*plan.*capabilities.*names.*Exit status.*", NONE),

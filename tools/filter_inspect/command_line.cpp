@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <numeric>
 #include <utility>
@@ -100,8 +101,13 @@ void declareCommon(CLI::App* app, Options* options) {
                 "The form of the files");
   const auto limit = [app](const char* name, std::size_t* value, const std::string& about) {
     const std::string preset = std::to_string(*value);
-    app->add_option(name, *value, about + ", else " + preset)
-        ->check(CLI::NonNegativeNumber)
+    const auto take = [name, value](const std::string& word) {
+      const char* const last = word.data() + word.size();
+      const auto [end, fault] = std::from_chars(word.data(), last, *value);
+      if (fault == std::errc() && end == last) return;
+      throw CLI::ValidationError(name, "'" + word + "' is no number that it can have");
+    };
+    app->add_option_function<std::string>(name, take, about + ", else " + preset)
         ->take_last()
         ->option_text("N");
   };

@@ -65,7 +65,7 @@ class OutputFile {
 void writeTo(const std::string& name, std::string_view content, Console* console) {
   if (name == "-") return console->write(content);
   if (const int error = OutputFile(name).write(content)) {
-    console->systemTrouble(Code::kOutputFailed, name, error);
+    console->systemTrouble(Code::kOutputFailed, name.empty() ? "''" : name, error);
   }
 }
 

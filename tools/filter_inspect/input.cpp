@@ -52,13 +52,24 @@ class File {
   const bool isOwn_;
 };
 
-Form formOf(const std::string& content, const std::string& forced) {
-  const auto begins = [&](std::string_view with) {
-    return content.compare(0, with.size(), with) == 0;
-  };
-  if (forced == "text" || (forced == "auto" && begins("filter-groups"))) return Form::kText;
-  if (forced == "json" || (forced == "auto" && begins("{"))) return Form::kJson;
-  return Form::kBytes;
+// JSON begins with an object, also behind blanks; no bytes of a group begin like one with a key.
+bool looksLikeJson(std::string_view content) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  if (content.substr(0, 1) == "{") return true;
+  const std::size_t start = content.find_first_not_of(kBlanks);
+  if (start == content.npos || content[start] != '{') return false;
+  const std::size_t next = content.find_first_not_of(kBlanks, start + 1);
+  return next != content.npos && content[next] == '"';
+}
+
+Form formOf(std::string_view content, const std::string& forced) {
+  if (forced == "text") return Form::kText;
+  if (forced == "json") return Form::kJson;
+  if (forced == "bytes") return Form::kBytes;
+  constexpr std::string_view kMark = "\xef\xbb\xbf", kText = "filter-groups";  // of UTF-8
+  if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
+  if (content.substr(0, kText.size()) == kText) return Form::kText;
+  return looksLikeJson(content) ? Form::kJson : Form::kBytes;
 }
 
 // --- Frames --------------------------------------------------------------------------------------
