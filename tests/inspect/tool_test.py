@@ -10,6 +10,7 @@ import json
 import os
 import pty
 import re
+import resource
 import struct
 import subprocess
 import sys
@@ -359,6 +360,10 @@ def try_output():
         expect("a file is replaced", done.returncode == 0 and new.read() == expected.read())
     expect("its mode stays", os.stat("old.txt").st_mode & 0o777 == 0o640)
     expect("a link stays", os.path.islink("link.txt"))
+    done = run(tool, "convert", "g.bin", "--to=text", "-o", "limited.txt", stderr=subprocess.PIPE,
+               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
+    left = [name for name in os.listdir(".") if name.startswith("limited")]
+    expect("a limit of files", done.returncode == 2 and b"too large" in done.stderr and not left)
     for line in ("show g.bin", "check g.bin", "names", "--help", "--json check g.bin"):
         command = line.split()
         with open("/dev/full", "wb") as full:

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
   using namespace FilterInspectTool;
   // Who no longer reads makes a write fail, which is told and ends the program as other trouble.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // the same of a file that would grow beyond what is allowed
   Options options;
   Console console(&options);
   Exit exit = kExitFine;
