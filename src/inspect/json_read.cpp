@@ -30,7 +30,8 @@ class JsonReader {
       : text_(text), places_(text), groups_(maxFindings) {}
 
   ParsedGroups read() {
-    nlohmann::json::sax_parse(text_.begin(), text_.end(), this);
+    const char* const begin = text_.data();
+    nlohmann::json::sax_parse(Characters(begin), Characters(begin + text_.size()), this);
     return groups_.finish();
   }
 

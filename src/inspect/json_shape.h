@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "forms.h"
@@ -72,6 +73,36 @@ struct Nesting {
 };
 // For the value of a match or action by its row. A bracket of zero: none may begin there.
 Nesting nestingOf(In outer, std::size_t key, const FormRow* row);
+
+// What the parser reads: the text, with blanks alone between tokens. Of line ends and tabs, all of
+// which it keeps until the next text or number, its message about a fault would take eight bytes
+// each, and some copies of them.
+class Characters {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = char;
+
+  explicit Characters(const char* at) : at_(at) {}
+  char operator*() const {
+    const bool isBlank = *at_ == '\n' || *at_ == '\r' || *at_ == '\t';
+    return isBlank && !inText_ ? ' ' : *at_;
+  }
+  Characters& operator++() {
+    if (*at_ == '"' && !escaped_) inText_ = !inText_;
+    escaped_ = inText_ && *at_ == '\\' && !escaped_;
+    ++at_;
+    return *this;
+  }
+  friend bool operator==(const Characters& a, const Characters& b) { return a.at_ == b.at_; }
+  friend bool operator!=(const Characters& a, const Characters& b) { return !(a == b); }
+ private:
+  const char* at_;
+  bool inText_ = false;
+  bool escaped_ = false;  // by a backslash
+};
 
 }  // namespace FiltersInspect
 
