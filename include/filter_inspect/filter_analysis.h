@@ -67,6 +67,13 @@ struct AnalysisOptions {
   std::function<void(std::size_t done, std::size_t all)> progress;
 };
 
+// toJson() of filter_report.h for what the functions below find, with the order and the
+// assumptions.
+FILTERS_API std::string toJson(const Report& report, Order order,
+                               std::string_view command = "analyse", std::string_view file = "");
+FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order order,
+                               std::string_view command);
+
 // What the rules of a group do to each other. Treatment is actions, policer and parent; counters
 // and ids are none of it. By code, each with the entry it is about in `entry`, other entries in
 // `others`, and a packet that shows it in `witness`, where there is one:

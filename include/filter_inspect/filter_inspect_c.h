@@ -2,9 +2,10 @@
 #define FILTER_INSPECT_FILTER_INSPECT_C_H_
 
 // The inspection library for procedural code, in C11 and C++: why something would be refused, what
-// bytes lose, what two groups differ in, text and JSON, names, and what the procedural side of
-// filter_common lacks (bytes, comparison and print). Functions forward to the classes and functions
-// of the other headers, whose descriptions hold; here stands what is special to this side.
+// bytes lose, what two groups differ in, what rules do to each other and to packets, text and JSON,
+// names, and what the procedural side of filter_common lacks (bytes, comparison and print).
+// Functions forward to the classes and functions of the other headers, whose descriptions hold;
+// here stands what is special to this side.
 //
 // Handles. A FiltersReport* is the caller's until deleteFiltersReport(); the texts and arrays of
 // its findings live as long. Groups and entries that come out of bytes are the caller's as if made
@@ -197,6 +198,39 @@ FILTERS_NODISCARD FILTERS_API filtersErr_t filtersApply(const filtersStep_t* ste
 // "set-stage ingress", "remove entry 7", "insert entry 10 ..."
 FILTERS_API size_t filtersStepToText(const filtersStep_t* step, const FiltersGroup* to, char* out,
                                      size_t size);
+
+// --- Analysis ------------------------------------------------------------------------------------
+
+// Order of filter_analysis.h, which also says what reports rest on. Any other number gives a null
+// report, and no trace. Where these reports become JSON, they say their order and assumptions.
+typedef enum filtersOrder_t {
+  FILTERS_ORDER_UNSPECIFIED = 0,  // only what holds in every order
+  FILTERS_ORDER_HIGHEST_PRIORITY = 1,
+  FILTERS_ORDER_LOWEST_PRIORITY = 2,
+  FILTERS_ORDER_ASCENDING_ID = 3,
+} filtersOrder_t;
+
+// analyse() and compareTreatment() with the options that they have by themselves; unusualValues().
+FILTERS_API FiltersReport* filtersAnalyse(const FiltersGroup* g, int32_t order);
+FILTERS_API FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup* b,
+                                                   int32_t order);
+FILTERS_API FiltersReport* filtersUnusualValues(const FiltersGroup* g);
+
+typedef enum filtersOutcome_t {
+  FILTERS_OUTCOME_MISS = 0,       // no entry takes the packet
+  FILTERS_OUTCOME_HIT = 1,        // one does
+  FILTERS_OUTCOME_UNDECIDED = 2,  // it depends on what is not told, on a reading, or on a tie
+  FILTERS_OUTCOME_NONE = 3,       // there is no trace
+} filtersOutcome_t;
+
+// trace() of a packet as text, "src_ipv4=192.0.2.7 ip_protocol=6": the outcome, then a line for
+// each entry. *outcome and *entry may be null; *entry is the one that takes the packet, and stays
+// as it is where it is not known that one does. Where the packet cannot be read, the outcome is
+// FILTERS_OUTCOME_NONE and the text says why; it is empty where an object is null, or there is no
+// memory.
+FILTERS_API size_t filtersTrace(const FiltersGroup* g, const char* packet, int32_t order,
+                                filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
+                                size_t size);
 
 // --- Names ---------------------------------------------------------------------------------------
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_explain.h>
@@ -19,6 +20,7 @@ namespace FiltersInspect {
 
 struct FiltersReport {
   Report report;
+  std::optional<Order> order;  // of analysis
 };
 
 namespace {
@@ -184,6 +186,36 @@ std::size_t filled(const Object* object, char* out, std::size_t size, Write writ
   return length;
 }
 
+// --- Analysis ---
+
+constexpr bool sameNumbers(Order cpp, filtersOrder_t c) { return static_cast<int>(cpp) == c; }
+constexpr bool sameNumbers(Hit cpp, filtersOutcome_t c) { return static_cast<int>(cpp) == c; }
+static_assert(sameNumbers(Order::kUnspecified, FILTERS_ORDER_UNSPECIFIED) &&
+              sameNumbers(Order::kHighestPriority, FILTERS_ORDER_HIGHEST_PRIORITY) &&
+              sameNumbers(Order::kLowestPriority, FILTERS_ORDER_LOWEST_PRIORITY) &&
+              sameNumbers(Order::kAscendingId, FILTERS_ORDER_ASCENDING_ID));
+static_assert(sameNumbers(Hit::kMiss, FILTERS_OUTCOME_MISS) &&
+              sameNumbers(Hit::kHit, FILTERS_OUTCOME_HIT) &&
+              sameNumbers(Hit::kUndecided, FILTERS_OUTCOME_UNDECIDED));
+
+std::optional<Order> orderOf(std::int32_t number) {
+  if (number < FILTERS_ORDER_UNSPECIFIED || number > FILTERS_ORDER_ASCENDING_ID) return {};
+  return static_cast<Order>(number);
+}
+
+// As explained(), of an order that is handed on among options.
+template <class Analyse, class... Objects>
+FiltersReport* analysed(std::int32_t number, Analyse analyse, const Objects*... objects) {
+  AnalysisOptions options;
+  const std::optional<Order> order = orderOf(number);
+  if (!order) return nullptr;
+  options.order = *order;
+  FiltersReport* handle =
+      explained([&](const auto&... all) { return analyse(all..., options); }, objects...);
+  if (handle != nullptr) handle->order = order;
+  return handle;
+}
+
 constexpr auto kPrint = [](std::ostream& os, const auto& object) { os << object; };
 
 template <class Object>
@@ -254,8 +286,10 @@ std::size_t filtersReportToText(const FiltersReport* r, char* out, std::size_t s
 }
 
 std::size_t filtersReportToJson(const FiltersReport* r, char* out, std::size_t size) {
-  return filled(r, out, size,
-                [](std::ostream& os, const auto& handle) { os << toJson(handle.report); });
+  return filled(r, out, size, [](std::ostream& os, const auto& handle) {
+    const Report& report = handle.report;
+    os << (handle.order ? toJson(report, *handle.order) : toJson(report));
+  });
 }
 
 void deleteFiltersReport(FiltersReport* r) { delete r; }
@@ -389,6 +423,49 @@ std::size_t filtersStepToText(const filtersStep_t* step, const FiltersGroup* to,
                               std::size_t size) {
   return filled(to == nullptr ? nullptr : step, out, size,
                 [&](auto& os, const auto& one) { os << toText(fromC(one), *to); });
+}
+
+FiltersReport* filtersAnalyse(const FiltersGroup* g, std::int32_t order) {
+  return analysed(
+      order, [](const auto& group, const auto& how) { return analyse(group, how); }, g);
+}
+
+FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup* b,
+                                       std::int32_t order) {
+  return analysed(
+      order,
+      [](const auto& one, const auto& other, const auto& how) {
+        return compareTreatment(one, other, how);
+      },
+      a, b);
+}
+
+FiltersReport* filtersUnusualValues(const FiltersGroup* g) {
+  return explained([](const auto& group) { return unusualValues(group); }, g);
+}
+
+std::size_t filtersTrace(const FiltersGroup* g, const char* packet, std::int32_t order,
+                         filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
+                         std::size_t size) {
+  filtersOutcome_t reached = FILTERS_OUTCOME_NONE;
+  const std::optional<Order> known = orderOf(order);
+  std::optional<filtersEntryId_t> taker;
+  const std::size_t length = filled(
+      packet == nullptr || !known ? nullptr : g, out, size, [&](auto& os, const auto& group) {
+        Report faults;
+        const std::optional<Packet> parsed = Packet::parse(packet, &faults);
+        if (!parsed) {
+          os << faults;
+          return;
+        }
+        const Trace traced = trace(group, *parsed, *known);
+        os << traced;
+        taker = traced.entry;
+        reached = static_cast<filtersOutcome_t>(traced.outcome);
+      });
+  if (outcome != nullptr) *outcome = reached;
+  if (entry != nullptr && taker) *entry = *taker;
+  return length;
 }
 
 const char* filtersErrName(filtersErr_t v) { return orNull(nameOf(v)); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_names.h>
 
 #include "json_text.h"
@@ -159,6 +160,28 @@ void write(const ReportInput& input, JsonText* json) {
   json->close('}');
 }
 
+std::string document(const std::vector<ReportInput>& inputs, std::string_view command,
+                     std::optional<Order> order) {
+  JsonText json;
+  json.open('{');
+  write("format", std::string_view("filter-report"), &json);
+  write("version", std::uint64_t{1}, &json);
+  write("command", command, &json);
+  if (order) {
+    write("order", *order == Order::kAscendingId ? std::string_view("id") : nameOf(*order), &json);
+    json.key("assumptions");
+    json.open('[');
+    for (std::string_view assumption : assumptions()) json.value(assumption);
+    json.close(']');
+  }
+  json.key("inputs");
+  json.open('[');
+  for (const ReportInput& input : inputs) write(input, &json);
+  json.close(']');
+  json.close('}');
+  return json.take();
+}
+
 }  // namespace
 
 std::string_view nameOf(Code code) {
@@ -257,17 +280,16 @@ std::string toJson(const Report& report, std::string_view command, std::string_v
 }
 
 std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command) {
-  JsonText json;
-  json.open('{');
-  write("format", std::string_view("filter-report"), &json);
-  write("version", std::uint64_t{1}, &json);
-  write("command", command, &json);
-  json.key("inputs");
-  json.open('[');
-  for (const ReportInput& input : inputs) write(input, &json);
-  json.close(']');
-  json.close('}');
-  return json.take();
+  return document(inputs, command, std::nullopt);
+}
+
+std::string toJson(const Report& report, Order order, std::string_view command,
+                   std::string_view file) {
+  return toJson({{std::string(file), std::nullopt, report}}, order, command);
+}
+
+std::string toJson(const std::vector<ReportInput>& inputs, Order order, std::string_view command) {
+  return document(inputs, command, order);
 }
 
 }  // namespace FiltersInspect

@@ -204,6 +204,81 @@ static void plan(FiltersGroup* from, FiltersGroup* to) {
   EXPECT(filtersApply(steps, 2, to, from) == FILTERS_ERR_NOT_FOUND);
 }
 
+// Which entry takes the packet, or -1 and how it ended: -2 where none does.
+static long traced(const FiltersGroup* group, const char* packet, int32_t order, const char* text) {
+  char whole[500], cut[10];
+  filtersOutcome_t outcome = FILTERS_OUTCOME_UNDECIDED;
+  filtersEntryId_t entry = 70;
+  const size_t length = filtersTrace(group, packet, order, &outcome, &entry, whole, sizeof whole);
+  EXPECT(length == strlen(whole) && strstr(whole, text) != NULL);
+  EXPECT(filtersTrace(group, packet, order, NULL, NULL, cut, sizeof cut) == length);
+  EXPECT(strncmp(cut, whole, sizeof cut - 1) == 0 && strlen(cut) < sizeof cut);
+  EXPECT(filtersTrace(group, packet, order, NULL, NULL, NULL, 0) == length);
+  EXPECT((entry == 70) == (outcome != FILTERS_OUTCOME_HIT));
+  return outcome == FILTERS_OUTCOME_HIT ? (long)entry : -2 - (long)outcome;
+}
+
+// Entry 20 takes nothing but what entry 10 takes, if priorities count.
+static void analyse(void) {
+  const char text[] =
+      "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
+      "entry 10 priority=2 if ttl=3 then permit\n"
+      "entry 20 priority=1 if ttl=3 ip_protocol=6 then deny\n"
+      "entry 30 priority=0 if dst_l4_port=179/0 then deny\n";
+  static const struct {
+    int32_t order;
+    const char* code;
+    const char* json;
+  } expected[] = {
+      {FILTERS_ORDER_UNSPECIFIED, "entries-overlap", "\"order\": \"unspecified\""},
+      {FILTERS_ORDER_HIGHEST_PRIORITY, "entry-unreachable", "\"order\": \"highest-priority\""},
+      {FILTERS_ORDER_LOWEST_PRIORITY, NULL, "\"order\": \"lowest-priority\""},
+      {FILTERS_ORDER_ASCENDING_ID, "entry-unreachable", "\"order\": \"id\""},
+  };
+  FiltersGroup *group = NULL, *shorter = NULL;
+  filtersFinding_t f;
+  char json[8000];
+  FIRST(filtersGroupFromText(text, strlen(text), &group), "empty");
+  FIRST(filtersGroupFromText(text, (size_t)(strstr(text, "entry 30") - text), &shorter), "empty");
+  for (size_t i = 0; i < sizeof expected / sizeof *expected; ++i) {
+    FiltersReport* report = filtersAnalyse(group, expected[i].order);
+    EXPECT(filtersReportToJson(report, json, sizeof json) < sizeof json);
+    EXPECT(strstr(json, expected[i].json) != NULL && strstr(json, "\"A4: ") != NULL);
+    EXPECT(filtersReportGet(report, 0, &f) && strcmp(f.code, "value-unusual") == 0);
+    const int32_t more = filtersReportGet(report, 1, &f);
+    EXPECT(more == (expected[i].code != NULL));
+    EXPECT(!more || (strcmp(f.code, expected[i].code) == 0 && f.entry == 20));
+    EXPECT(!more || traced(group, f.witness, expected[i].order, "") != 20);
+    deleteFiltersReport(report);
+
+    report = filtersCompareTreatment(group, shorter, expected[i].order);
+    EXPECT(filtersReportGet(report, 0, &f) && strcmp(f.code, "treatment-differs") == 0);
+    EXPECT(f.has_entry && f.entry == 30);
+    deleteFiltersReport(report);
+    FIRST(filtersCompareTreatment(group, group, expected[i].order), "empty");
+  }
+  FiltersReport* unusual = filtersUnusualValues(group);
+  EXPECT(filtersReportCount(unusual) == 1 && filtersReportGet(unusual, 0, &f) && f.entry == 30);
+  deleteFiltersReport(unusual);
+  FIRST(filtersUnusualValues(shorter), "empty");
+  FIRST(filtersUnusualValues(NULL), "null");
+  FIRST(filtersAnalyse(group, -1), "null");
+  FIRST(filtersAnalyse(group, 4), "null");
+  FIRST(filtersAnalyse(NULL, 0), "null");
+  FIRST(filtersCompareTreatment(group, shorter, 4), "null");
+  FIRST(filtersCompareTreatment(group, NULL, 0), "null");
+  FIRST(filtersCompareTreatment(NULL, group, 0), "null");
+
+  EXPECT(traced(group, "ttl=3", FILTERS_ORDER_HIGHEST_PRIORITY, "hit: entry 10\n") == 10);
+  EXPECT(traced(group, "ttl=3", FILTERS_ORDER_UNSPECIFIED, "  20 undecided: ip_protocol") == -4);
+  EXPECT(traced(group, "ttl=4 dst_l4_port=none", FILTERS_ORDER_ASCENDING_ID, "miss\n") == -2);
+  EXPECT(traced(group, "ttl=4 ttl=5", FILTERS_ORDER_ASCENDING_ID, "[text-repeated]") == -5);
+  EXPECT(traced(group, "ttl=3", 4, "") == -5 && traced(NULL, "ttl=3", 0, "") == -5);
+  EXPECT(traced(group, NULL, 0, "") == -5);
+  deleteFiltersGroup(shorter);
+  deleteFiltersGroup(group);
+}
+
 // The name of a value and the way back, of which nothing comes for what is none.
 #define NAMED(Family, Enum, value, name)                                \
   do {                                                                  \
@@ -252,6 +327,7 @@ void callEveryFunctionOfInspect(void) {
   EXPECT(filtersGroupRemoveEntry(anotherGroup, 70000) == FILTERS_OK);
   filtersGroupSetPriority(anotherGroup, 7);
   plan(group, anotherGroup);
+  analyse();
 
   deleteMatch(vrf);
   deleteFiltersEntry(anotherEntry);

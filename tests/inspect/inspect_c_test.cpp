@@ -81,6 +81,14 @@ TEST(InspectC, SurvivesWithoutMemory) {
   ASSERT_EQ(other.insertEntry(FiltersEntry(41)), FILTERS_OK);
   const std::string text = toText({other}), json = toJson(std::vector{other});
   filtersStep_t steps[3];
+  FiltersGroup rules(2);
+  ASSERT_EQ(rules.setType(FILTERS_GROUP_TYPE_3), FILTERS_OK);
+  for (filtersEntryId_t id : {50, 51, 52}) {
+    FiltersEntry rule(id);
+    ASSERT_EQ(rule.setMatch(MatchTTL(1)), FILTERS_OK);
+    ASSERT_EQ(rule.setMatch(MatchDstL4Port(179)), FILTERS_OK);
+    ASSERT_EQ(rules.insertEntry(rule), FILTERS_OK);
+  }
 
   const auto reads = [](const std::string& bytes, auto decode, auto destroy, auto* object) {
     FiltersReport* read = decode(bytes.data(), bytes.size(), &object);
@@ -121,6 +129,20 @@ TEST(InspectC, SurvivesWithoutMemory) {
       {"Plan",
        [&] {
          return holds(filtersPlan(&group, &other, FILTERS_PLAN_ADD_FIRST, steps, 3, nullptr));
+       }},
+      {"Analyse", [&] { return holds(filtersAnalyse(&rules, FILTERS_ORDER_HIGHEST_PRIORITY)); }},
+      {"CompareTreatment",
+       [&] { return holds(filtersCompareTreatment(&rules, &other, FILTERS_ORDER_ASCENDING_ID)); }},
+      {"UnusualValues", [&] { return holds(filtersUnusualValues(&rules)); }},
+      {"Trace",
+       [&] {
+         filtersOutcome_t outcome = FILTERS_OUTCOME_MISS;
+         filtersEntryId_t taker = 0;
+         const std::size_t length =
+             filtersTrace(&rules, "ttl=1 dst_l4_port=179", 3, &outcome, &taker, out, sizeof out);
+         EXPECT_EQ(length != 0, outcome == FILTERS_OUTCOME_HIT && taker == 50);
+         EXPECT_TRUE(length != 0 || outcome == FILTERS_OUTCOME_NONE);
+         return length != 0;
        }},
       {"GroupToBytes", [&] { return filtersGroupToBytes(&group, out, sizeof out) != 0; }},
       {"EntryToBytes", [&] { return filtersEntryToBytes(&entry, out, sizeof out) != 0; }},
