@@ -86,6 +86,14 @@ def prepare():
     write("bad.txt", text.replace(b"ttl=255", b"tttl=255"))
     write("bad.json", b'{\n  "format": "filter-groups",\n  "version": 1,\n  "groups": [}\n')
     write("faulty.txt", head + b"rule\n" * 1003)
+    # Entry 20 is shadowed by priority, entry 30 has an open port and ties with entry 40.
+    write("rules.txt", b"""filter-groups 1
+group 7 priority=10 stage=ingress type=3
+entry 10 priority=100 if src_ipv4=192.0.2.0/24 then permit
+entry 20 priority=90 if ip_protocol=6 src_ipv4=192.0.2.128/25 then deny
+entry 30 priority=60 if dst_l4_port=179/0 then permit
+entry 40 priority=60 if ttl=1 then deny
+""")
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
 
@@ -175,6 +183,27 @@ TABLE = [
      "[^\n]*\nremove entry 1000\ninsert entry 40 .*\n", NONE),
     ("plan one.bin one.txt", 0, NONE, NONE),
     ("plan g.bin renamed.txt", 1, NONE, "g.bin:2: note: .*renamed.txt:2: note: .*"),
+    # --- What rules do to each other
+    ("analyse rules.txt --order=highest-priority", 1,
+     r"rules.txt:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
+     r"rules.txt:1: warning: entry 20: .*entry 10 .*\[entry-unreachable\]\n"
+     r"rules.txt:1: warning: entry 30: entry 40 .*\[entries-tie\]\n"
+     r"rules.txt: 1 group, 4 entries, 3 warnings \(order: highest-priority; "
+     r"assumptions A1-A4: filter-inspect\(1\)\)\n", NONE),
+    ("analyse rules.txt", 1, r".*\[value-unusual\]\n[^\n]*entry 20: [^\n]*\[entries-overlap\]\n"
+     r"rules.txt: .*, 1 warning, 1 note \(order: unspecified; .*", NONE),
+    ("analyse rules.txt --overlaps --max-findings=1", 1,
+     r"[^\n]*\[value-unusual\]\n[^\n]*4 left out; --max-findings=N shows more \(.*", NONE),
+    ("analyse one.txt one.txt --max-steps=0 --order=ascending-id", 0,
+     "(one.txt:1: note: [^\n]*\n)*one.txt: [^\n]*\n(.*)\n", NONE),
+    ("analyse g.bin g.json --order=ascending-id", 0,
+     "(g.(bin|json): 2 groups, 12 entries, nothing to say \\(order: [^\n]*\n){2}", NONE),
+    ("analyse lost.bin nosuch.bin --order=lowest-priority", 2, ".*lost.bin: 1 group, 7 entries.*",
+     r"lost.bin:1: warning: .*\[match-unknown\]\nfilter-inspect: nosuch.bin: " + ENOENT),
+    ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
+     r"cut.bin:2: error: .*\[bytes-broken\]\n"),
+    ("analyse g.bin --order=priority", 2, NONE, ".*did you mean lowest-priority\\?\n"),
+    ("check rules.txt", 1, r".*entry 30: .*\[value-unusual\]\nrules.txt: .*, 1 warning\n", NONE),
     # --- What is admitted, and what it is called
     ("capabilities --stage lookup --type 3", 0,
      "lookup does not admit type 3; it admits types none, 4, 6\n", NONE),
@@ -252,7 +281,7 @@ TABLE = [
     ("check --max-bytes=99999999999999999999 g.bin", 2, NONE, ".*--max-bytes: '9{20}' .*"),
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
     ("check -- g.bin", 0, WHOLE, NONE),
-    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*capabilities.*names.*Exit status.*", NONE),
+    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*analyse.*capabilities.*names.*Exit.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
     # --- Colours
@@ -273,6 +302,9 @@ DOCUMENTS = [
     ("diff g.bin g.txt", 0, True, False, set()),
     ("plan g.bin changed.txt", 0, True, False, {"plan-step"}),
     ("plan g.bin renamed.txt", 1, True, False, {"head-changed"}),
+    ("analyse rules.txt g.bin --order=ascending-id", 1, True, False,
+     {"value-unusual", "entry-unreachable"}),
+    ("analyse rules.txt nosuch.bin", 2, True, True, {"entries-overlap", "file-unreadable"}),
     ("capabilities", 0, True, False, {"admits"}),
     ("capabilities --stage=lookup --type=3", 0, True, False, {"admits"}),
     ("capabilities g.bin --type=3", 1, True, False, {"placement", "no-placement"}),
@@ -333,6 +365,8 @@ def try_documents():
             document = json.loads(text)
             faults = list(validators[document["format"]].iter_errors(document))
             expect(line, not faults, *faults)
+            is_analysis = text is done.stdout and ("--order" in line or "analyse" in line)
+            expect(line, ("order" in document and "assumptions" in document) == is_analysis)
             for part in document.get("inputs", []):
                 named |= {finding["code"] for finding in part["findings"]}
         expect(f"{line} --json", done.returncode == code and codes <= named, done.returncode, named)

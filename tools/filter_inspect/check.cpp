@@ -1,15 +1,14 @@
 #include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <iterator>
 
-#include "input.h"
+#include "file_report.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -88,29 +87,6 @@ Report checkWritten(const std::string& bytes, const DecodeLimits& limits) {
   return report;
 }
 
-std::string summary(const Input& input, const Report& all, std::size_t entries) {
-  std::array<std::size_t, 3> counts = {};
-  for (const Finding& finding : all.findings) ++counts[static_cast<std::size_t>(finding.severity)];
-  std::string text = printable(input.file) + ": " + counted(input.groups.size(), "group") + ", " +
-                     counted(entries, "entry");
-  for (const Severity severity : {Severity::kError, Severity::kWarning, Severity::kNote}) {
-    const std::size_t count = counts[static_cast<std::size_t>(severity)];
-    if (count != 0) text += ", " + counted(count, nameOf(severity));
-  }
-  if (all.left_out != 0)
-    text += ", " + std::to_string(all.left_out) + " left out; --max-findings=N shows more";
-  return all.empty() ? text + ", nothing to say" : text;
-}
-
-// Puts the findings of one group behind those of others of its input.
-void append(const InputGroup& group, Report&& report, Report* all) {
-  for (Finding& finding : report.findings) {
-    if (!finding.group && group.group) finding.group = group.group->getId();
-  }
-  std::move(report.findings.begin(), report.findings.end(), std::back_inserter(all->findings));
-  all->leaveOut(report.left_out_worst, report.left_out);
-}
-
 class Checker {
  public:
   Checker(const Options& options, Console* console) : options_(options), console_(*console) {
@@ -119,18 +95,15 @@ class Checker {
   }
 
   Exit check(Input& input) {
-    Report all;
-    std::size_t entries = 0;
+    FileReport all(options_, input);
     for (InputGroup& group : input.groups) {
-      const std::size_t held = std::min(all.findings.size(), options_.maxFindings);
-      auto [report, kept] = check(input, group, options_.maxFindings - held);
-      if (!options_.json) console_.write(group.place, report);
-      entries += kept;
-      append(group, std::move(report), &all);
+      auto [report, kept] = check(input, group, all.room());
+      all.add(group, std::move(report), kept, &console_);
+      if (group.group) all.add(group, unusualValues(*group.group, all.room()), 0, &console_);
     }
-    const bool found = all.worst() != Severity::kNote;
-    if (!options_.json) console_.writeLine(summary(input, all, entries));
-    inputs_.push_back({input.file, input.groups.size(), std::move(all)});
+    const bool found = all.hasFound();
+    if (!options_.json) console_.writeLine(all.summary());
+    inputs_.push_back(all.take());
     return found ? kExitFound : kExitFine;
   }
 

@@ -1,3 +1,4 @@
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_names.h>
 
 #include <CLI/CLI.hpp>
@@ -23,6 +24,8 @@ constexpr Command kCommands[] = {
     {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
     {"plan", "Print the steps that make the groups of one file out of those of another",
      declarePlan, runPlan},
+    {"analyse", "Say which entries never take effect, are redundant, tie or overlap",
+     declareAnalyse, runAnalyse},
     {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
      declareCapabilities, runCapabilities},
     {"names", "Print codes and their names", declareNames, runNames},
@@ -89,6 +92,20 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   return "one argument too many: " + word;
 }
 
+template <class Number>
+void declareLimit(CLI::App* to, const char* name, Number* value, const std::string& about) {
+  const std::string preset = std::to_string(*value);
+  const auto take = [name, value](const std::string& word) {
+    const char* const last = word.data() + word.size();
+    const auto [end, fault] = std::from_chars(word.data(), last, *value);
+    if (fault == std::errc() && end == last) return;
+    throw CLI::ValidationError(name, "'" + word + "' is no number that it can have");
+  };
+  to->add_option_function<std::string>(name, take, about + ", else " + preset)
+      ->take_last()
+      ->option_text("N");
+}
+
 void declareCommon(CLI::App* app, Options* options) {
   app->set_help_flag("-h,--help", "Print this, or of a command what it takes");
   app->set_version_flag("--version", kVersion);
@@ -99,21 +116,10 @@ void declareCommon(CLI::App* app, Options* options) {
                 "What stands in front of each group's bytes: nothing, or a length");
   declareChoice(app, "--from", &options->from, {"auto", "bytes", "text", "json"},
                 "The form of the files");
-  const auto limit = [app](const char* name, std::size_t* value, const std::string& about) {
-    const std::string preset = std::to_string(*value);
-    const auto take = [name, value](const std::string& word) {
-      const char* const last = word.data() + word.size();
-      const auto [end, fault] = std::from_chars(word.data(), last, *value);
-      if (fault == std::errc() && end == last) return;
-      throw CLI::ValidationError(name, "'" + word + "' is no number that it can have");
-    };
-    app->add_option_function<std::string>(name, take, about + ", else " + preset)
-        ->take_last()
-        ->option_text("N");
-  };
-  limit("--max-bytes", &options->maxBytes, "The largest file that is read");
-  limit("--max-findings", &options->maxFindings, "How many findings of a file are kept");
-  limit("--max-groups", &options->maxGroups, "How many groups of a file are read");
+  declareLimit(app, "--max-bytes", &options->maxBytes, "The largest file that is read");
+  declareLimit(app, "--max-findings", &options->maxFindings,
+               "How many findings of a file are kept");
+  declareLimit(app, "--max-groups", &options->maxGroups, "How many groups of a file are read");
 }
 
 template <class Enum>
@@ -141,6 +147,21 @@ CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* v
     return "there is no value '" + word + "'" + didYouMean(word, choices);
   };
   return to->add_option(name, *value, about)->check(check)->take_last()->option_text(listed);
+}
+
+CLI::Option* declareOrder(CLI::App* command, Options* options) {
+  using FiltersInspect::Order;
+  std::vector<std::string> choices;
+  for (const Order order : {Order::kUnspecified, Order::kHighestPriority, Order::kLowestPriority,
+                            Order::kAscendingId}) {
+    choices.emplace_back(nameOf(order));
+  }
+  return declareChoice(command, "--order", &options->order, std::move(choices),
+                       "Which of two rules that take a packet comes first on the device");
+}
+
+void declareNumber(CLI::App* to, const char* name, std::uint64_t* value, const std::string& about) {
+  declareLimit(to, name, value, about);
 }
 
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {

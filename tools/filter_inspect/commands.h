@@ -5,6 +5,7 @@
 // the rest of the program knows of them.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,9 @@ struct Options {
   std::string type;
   bool removeFirst = false;
   std::string enumeration;
+  std::string order;
+  bool overlaps = false;
+  std::uint64_t maxSteps = 100000;
 };
 
 class Console;
@@ -55,8 +59,11 @@ const Command* readCommandLine(int argc, char** argv, Options* options, Console*
 // For declare(): arguments and options that commands share, and options whose values have names.
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost);
 void declareStageAndType(CLI::App* command, Options* options);
+CLI::Option* declareOrder(CLI::App* command, Options* options);
 CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
                            std::vector<std::string> choices, const std::string& about);
+
+void declareNumber(CLI::App* to, const char* name, std::uint64_t* value, const std::string& about);
 
 // The candidate that takes the fewest changes of a letter to become the word.
 std::string nearest(std::string_view word, const std::vector<std::string>& candidates);
@@ -68,6 +75,7 @@ void declareCheck(CLI::App* command, Options* options);
 void declareConvert(CLI::App* command, Options* options);
 void declareDiff(CLI::App* command, Options* options);
 void declarePlan(CLI::App* command, Options* options);
+void declareAnalyse(CLI::App* command, Options* options);
 void declareCapabilities(CLI::App* command, Options* options);
 void declareNames(CLI::App* command, Options* options);
 
@@ -76,6 +84,7 @@ Exit runCheck(const Options& options, Console* console);
 Exit runConvert(const Options& options, Console* console);
 Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
+Exit runAnalyse(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);
 Exit runNames(const Options& options, Console* console);
 

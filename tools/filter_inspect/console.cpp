@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -111,6 +112,10 @@ void Console::write(const std::vector<ReportInput>& inputs) {
   write(toJson(inputs, options_.command));
 }
 
+void Console::write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order) {
+  write(toJson(inputs, order, options_.command));
+}
+
 void Console::flush() {
   const int error = closed_ ? 0 : writeAll(STDOUT_FILENO, results_);
   results_.clear();
@@ -169,6 +174,22 @@ void Console::showProgress(const std::string& file) {
   ::sigaction(SIGALRM, &action, nullptr);
   progressStarted = true;
   ::alarm(1);
+}
+
+std::function<void(std::size_t, std::size_t)> Console::progressOf(std::string_view doing,
+                                                                  std::string_view place) {
+  if (::isatty(STDERR_FILENO) == 0) return {};
+  using Clock = std::chrono::steady_clock;
+  const std::string line =
+      "\r" + std::string(doing) + ' ' + printable(std::string(place)).substr(0, 60) + " ... ";
+  return [line, next = Clock::now() + std::chrono::seconds(1)](std::size_t done,
+                                                               std::size_t all) mutable {
+    if (Clock::now() < next) return;
+    next = Clock::now() + std::chrono::milliseconds(200);
+    progressStarted = true;
+    progressShown = 1;
+    writeAll(STDERR_FILENO, line + std::to_string(100 * done / all) + " %");
+  };
 }
 
 void Console::hideProgress() {

@@ -4,9 +4,11 @@
 // What the program says: results on standard output, trouble and losses on standard error, both as
 // lines or, with --json, as documents.
 
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_report.h>
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,8 +49,11 @@ class Console {
   void writeLine(std::string_view line, Color color = Color::kNone);
   // Of a part of an input, "g.bin:1": a line for each finding.
   void write(const std::string& place, const Report& report);
-  // As a document.
+  // As a document; of analysis with its order.
   void write(const std::vector<ReportInput>& inputs);
+  void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
+  // What has been written so far is read by someone now.
+  void flush();
 
   // --- Trouble ---
 
@@ -67,6 +72,9 @@ class Console {
 
   // A line on a terminal as long as reading a file takes longer than a second.
   void showProgress(const std::string& file);
+  // The same of work on a part of a file, with how much of it is done; empty without a terminal.
+  std::function<void(std::size_t done, std::size_t all)> progressOf(std::string_view doing,
+                                                                    std::string_view place);
   void hideProgress();
 
   // Prints what has not been printed yet, and says how the program ends.
@@ -76,7 +84,6 @@ class Console {
   std::string lineOf(int stream, const std::string& place, const Finding& finding) const;
   void keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut = 0);
   void say(const std::string& text);
-  void flush();
 
   const Options& options_;
   std::string results_;  // not yet written

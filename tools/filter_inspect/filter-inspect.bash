@@ -4,10 +4,12 @@ _filter_inspect() {
   local cur prev words cword split
   _init_completion -s || return
 
-  local commands="show check convert diff plan capabilities names"
+  local commands="show check convert diff plan analyse capabilities names"
   local common="--json --color= --framing= --from= --help"
   common+=" --max-bytes= --max-findings= --max-groups="
   local stages="none lookup ingress egress" types="none 1 2 3 4 5 6 7 8 9 10 11"
+
+  local orders="unspecified highest-priority lowest-priority ascending-id"
 
   case $prev in
     --color) COMPREPLY=($(compgen -W "auto always never" -- "$cur")) && return ;;
@@ -17,7 +19,8 @@ _filter_inspect() {
     --to) COMPREPLY=($(compgen -W "text json bytes" -- "$cur")) && return ;;
     --stage) COMPREPLY=($(compgen -W "$stages" -- "$cur")) && return ;;
     --type) COMPREPLY=($(compgen -W "$types" -- "$cur")) && return ;;
-    --max-bytes | --max-findings | --max-groups) return ;;
+    --order) COMPREPLY=($(compgen -W "$orders" -- "$cur")) && return ;;
+    --max-bytes | --max-findings | --max-groups | --max-steps) return ;;
     -o | --output) _filedir && return ;;
   esac
   $split && return
@@ -32,6 +35,7 @@ _filter_inspect() {
     show) options+=" --as=" ;;
     check | capabilities) options+=" --stage= --type=" ;;
     convert) options+=" --to= --output=" ;;
+    analyse) options+=" --order= --overlaps --max-steps=" ;;
     plan) options+=" --remove-first" ;;
   esac
   if [[ $cur == -* ]]; then

@@ -1,0 +1,61 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "analysis.h"
+#include "file_report.h"
+
+namespace FilterInspectTool {
+
+using namespace FiltersInspect;
+
+Order orderOf(const Options& options) {
+  return orderFromName(options.order).value_or(Order::kUnspecified);
+}
+
+AnalysisOptions analysisOf(const Options& options, std::string_view place, Console* console) {
+  AnalysisOptions how;
+  how.order = orderOf(options);
+  how.overlaps = options.overlaps;
+  how.max_findings = options.maxFindings;
+  how.max_steps = options.maxSteps;
+  how.progress = console->progressOf("analysing", place);
+  return how;
+}
+
+std::string restsOn(Order order) {
+  return " (order: " + std::string(nameOf(order)) + "; assumptions A1-A4: filter-inspect(1))";
+}
+
+void declareAnalyse(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, kAnyNumber);
+  declareOrder(command, options);
+  command->add_flag("--overlaps", options->overlaps,
+                    "Also every pair that shares packets and treats them differently");
+  declareNumber(command, "--max-steps", &options->maxSteps,
+                "How much work one entry may take before it is not decided");
+}
+
+Exit runAnalyse(const Options& options, Console* console) {
+  const Order order = orderOf(options);
+  std::vector<ReportInput> documents;
+  bool found = false;
+  forEachInput(options, Severity::kWarning, console, [&](Input& input) {
+    tellLosses(input, console);
+    FileReport all(options, input);
+    for (const InputGroup& group : input.groups) {
+      if (!group.group) continue;
+      AnalysisOptions how = analysisOf(options, group.place, console);
+      how.max_findings = all.room();
+      Report report = analyse(*group.group, how);
+      console->hideProgress();
+      all.add(group, std::move(report), group.group->getEntriesRef().size(), console);
+    }
+    found = found || all.hasFound();
+    if (!options.json) console->writeLine(all.summary() + restsOn(order));
+    documents.push_back(all.take());
+  });
+  if (options.json && !documents.empty()) console->write(documents, order);
+  return found ? kExitFound : kExitFine;
+}
+
+}  // namespace FilterInspectTool
