@@ -94,6 +94,14 @@ entry 20 priority=90 if ip_protocol=6 src_ipv4=192.0.2.128/25 then deny
 entry 30 priority=60 if dst_l4_port=179/0 then permit
 entry 40 priority=60 if ttl=1 then deny
 """)
+    with open("rules.txt", "rb") as file:
+        write("turned.txt", file.read().replace(b"priority=90", b"priority=110"))
+    write("packets.txt", b"""# one of each
+src_ipv4=192.0.2.7
+
+ttl=1 dst_l4_port=179 src_ipv4=none
+\tttl=2 dst_l4_port=none src_ipv4=none""")
+    write("wrong.txt", b"ttl=1 foo=3 ttl=999\nttl=1\n")
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
 
@@ -203,6 +211,35 @@ TABLE = [
     ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
      r"cut.bin:2: error: .*\[bytes-broken\]\n"),
     ("analyse g.bin --order=priority", 2, NONE, ".*did you mean lowest-priority\\?\n"),
+    ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
+     "rules.txt:1: hit: entry 10\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
+    ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
+     "rules.txt:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}", NONE),
+    ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
+     "packets.txt:2: rules.txt:1: hit: entry 10\n"
+     "packets.txt:4: rules.txt:1: undecided: entry 30 or 40\n"
+     "packets.txt:5: rules.txt:1: miss\n", NONE),
+    ("trace g.bin --order=highest-priority --packets=- <packets.txt", 1,
+     "-:2: g.bin:1: [^\n]*\n-:2: g.bin:2: [^\n]*\n-:4: .*-:5: .*", NONE),
+    ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
+     "-:2: rules.txt:1: [^\n]*\n", r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
+    ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
+     "filter-inspect: packets.txt: a line is longer .*"),
+    ("trace rules.txt --order=ascending-id --packet=ttl", 2, NONE,
+     r"--packet:1:1: error: .*\[text-syntax\]\n"),
+    ("trace rules.txt --order=ascending-id --packets=folder", 2, NONE,
+     "filter-inspect: folder: Is a directory\n"),
+    ("trace - --order=ascending-id --packets=-", 2, NONE, ".* standard input is read once\n"),
+    ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required\n"),
+    ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: .*--packet,--packets.*"),
+    ("diff rules.txt turned.txt --order=highest-priority", 1,
+     "---.*\\+entry 20 [^\n]*\nrules.txt:1: warning: entry 10: entry 20 [^\n]*"
+     "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.128[^\n]*\n.*"
+     "rules.txt, turned.txt: 1 pair of rules treats packets differently"
+     "[^\n]*\\(order: highest-priority; .*",
+     NONE),
+    ("diff rules.txt turned.txt --order=ascending-id", 1,
+     ".*rules.txt, turned.txt: no packet is treated differently \\(order: ascending-id; .*", NONE),
     ("check rules.txt", 1, r".*entry 30: .*\[value-unusual\]\nrules.txt: .*, 1 warning\n", NONE),
     # --- What is admitted, and what it is called
     ("capabilities --stage lookup --type 3", 0,
@@ -281,7 +318,7 @@ TABLE = [
     ("check --max-bytes=99999999999999999999 g.bin", 2, NONE, ".*--max-bytes: '9{20}' .*"),
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
     ("check -- g.bin", 0, WHOLE, NONE),
-    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*analyse.*capabilities.*names.*Exit.*", NONE),
+    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*analyse.*trace.*capabilities.*names.*Exit.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
     # --- Colours
@@ -304,6 +341,14 @@ DOCUMENTS = [
     ("plan g.bin renamed.txt", 1, True, False, {"head-changed"}),
     ("analyse rules.txt g.bin --order=ascending-id", 1, True, False,
      {"value-unusual", "entry-unreachable"}),
+    ("trace rules.txt --order=ascending-id --packet=ttl=1", 1, True, False,
+     {"trace-undecided", "traced-entry"}),
+    ("trace rules.txt --order=highest-priority --packets=packets.txt", 1, True, False,
+     {"trace-undecided", "traced"}),
+    ("trace rules.txt --order=highest-priority --packets=wrong.txt", 2, True, True,
+     {"text-value"}),
+    ("diff rules.txt turned.txt --order=highest-priority", 1, True, False,
+     {"treatment-differs", "entry-changed"}),
     ("analyse rules.txt nosuch.bin", 2, True, True, {"entries-overlap", "file-unreadable"}),
     ("capabilities", 0, True, False, {"admits"}),
     ("capabilities --stage=lookup --type=3", 0, True, False, {"admits"}),

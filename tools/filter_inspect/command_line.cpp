@@ -26,6 +26,7 @@ constexpr Command kCommands[] = {
      declarePlan, runPlan},
     {"analyse", "Say which entries never take effect, are redundant, tie or overlap",
      declareAnalyse, runAnalyse},
+    {"trace", "Say which entry takes a packet, or each packet of a file", declareTrace, runTrace},
     {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
      declareCapabilities, runCapabilities},
     {"names", "Print codes and their names", declareNames, runNames},

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +42,8 @@ struct Options {
   std::string enumeration;
   std::string order;
   bool overlaps = false;
+  std::string packet;
+  std::optional<std::string> packets;
   std::uint64_t maxSteps = 100000;
 };
 
@@ -76,6 +79,7 @@ void declareConvert(CLI::App* command, Options* options);
 void declareDiff(CLI::App* command, Options* options);
 void declarePlan(CLI::App* command, Options* options);
 void declareAnalyse(CLI::App* command, Options* options);
+void declareTrace(CLI::App* command, Options* options);
 void declareCapabilities(CLI::App* command, Options* options);
 void declareNames(CLI::App* command, Options* options);
 
@@ -85,6 +89,7 @@ Exit runConvert(const Options& options, Console* console);
 Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
 Exit runAnalyse(const Options& options, Console* console);
+Exit runTrace(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);
 Exit runNames(const Options& options, Console* console);
 

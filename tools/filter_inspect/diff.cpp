@@ -3,10 +3,12 @@
 #include <filter_inspect/filter_text.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
 
+#include "analysis.h"
 #include "input.h"
 
 namespace FilterInspectTool {
@@ -107,6 +109,42 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
+// Which packets are treated differently, with one for each pair of rules.
+Report compareTreatment(const Pair& pair, const Options& options, std::size_t told,
+                        Console* console) {
+  if (pair.a == nullptr || pair.b == nullptr) return {};
+  AnalysisOptions how = analysisOf(options, pair.a->place, console);
+  how.max_findings -= std::min(told, how.max_findings);
+  Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group, how);
+  console->hideProgress();
+  return report;
+}
+
+void printTreatment(const Pair& pair, const Report& report, Console* console) {
+  for (const Finding& finding : report.findings) {
+    console->write(pair.a->place, Report{{finding}, 0, Severity::kNote});
+    if (!finding.witness.empty()) console->writeLine("  packet: " + finding.witness);
+  }
+}
+
+// "a.bin, b.bin: 2 pairs of rules treat packets differently (order: ...)"
+std::string treatmentSummary(const std::string (&files)[2], const Report& all, Order order) {
+  const auto isWarning = [](const Finding& finding) {
+    return finding.severity == Severity::kWarning;
+  };
+  const auto differing =
+      static_cast<std::size_t>(std::count_if(all.findings.begin(), all.findings.end(), isWarning));
+  std::string text = printable(files[0] + ", " + files[1]) + ": ";
+  text += all.empty() ? "no packet is treated differently"
+                      : counted(differing, "pair") + " of rules treat" +
+                            (differing == 1 ? "s" : "") + " packets differently";
+  const std::size_t open = all.findings.size() - differing;
+  if (open != 0) text += ", " + std::to_string(open) + " not decided";
+  if (all.left_out != 0)
+    text += ", " + std::to_string(all.left_out) + " left out; --max-findings=N shows more";
+  return text + restsOn(order);
+}
+
 // One input a file; what differs stands with the second.
 class Document {
  public:
@@ -114,10 +152,14 @@ class Document {
     for (const Input& input : inputs) inputs_.push_back({input.file, input.groups.size(), {}});
   }
   void add(Report&& report) {
-    std::vector<Finding>& all = inputs_.back().report.findings;
-    for (Finding& finding : report.findings) all.push_back(std::move(finding));
+    Report& all = inputs_.back().report;
+    for (Finding& finding : report.findings) all.findings.push_back(std::move(finding));
+    all.leaveOut(report.left_out_worst, report.left_out);
   }
-  void write(Console* console) { console->write(inputs_); }
+  void write(const Options& options, Console* console) {
+    if (options.order.empty()) return console->write(inputs_);
+    console->write(inputs_, orderOf(options));
+  }
  private:
   std::vector<ReportInput> inputs_;
 };
@@ -144,21 +186,36 @@ Plan planOf(const Pair& pair, PlanOrder order) {
 
 }  // namespace
 
-void declareDiff(CLI::App* command, Options* options) { declareFiles(command, options, 2, 2); }
+void declareDiff(CLI::App* command, Options* options) {
+  declareFiles(command, options, 2, 2);
+  declareOrder(command, options);
+}
 
 Exit runDiff(const Options& options, Console* console) {
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
+  Report treatment;
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
     differ = differ || !report.empty();
     if (!options.json) print(pair, files, report, console);
     document.add(std::move(report));
+    if (options.order.empty()) continue;
+    report = compareTreatment(pair, options, treatment.findings.size(), console);
+    if (!options.json) printTreatment(pair, report, console);
+    treatment.leaveOut(report.left_out_worst, report.left_out);
+    treatment.findings.insert(treatment.findings.end(), report.findings.begin(),
+                              report.findings.end());
+    document.add(std::move(report));
   }
-  if (options.json) document.write(console);
+  if (options.json) {
+    document.write(options, console);
+  } else if (!options.order.empty()) {
+    console->writeLine(treatmentSummary(files, treatment, orderOf(options)));
+  }
   return differ ? kExitFound : kExitFine;
 }
 
@@ -197,7 +254,7 @@ Exit runPlan(const Options& options, Console* console) {
     }
     document.add(std::move(steps));
   }
-  if (options.json) document.write(console);
+  if (options.json) document.write(options, console);
   return exit;
 }
 

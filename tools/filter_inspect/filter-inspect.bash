@@ -4,7 +4,7 @@ _filter_inspect() {
   local cur prev words cword split
   _init_completion -s || return
 
-  local commands="show check convert diff plan analyse capabilities names"
+  local commands="show check convert diff plan analyse trace capabilities names"
   local common="--json --color= --framing= --from= --help"
   common+=" --max-bytes= --max-findings= --max-groups="
   local stages="none lookup ingress egress" types="none 1 2 3 4 5 6 7 8 9 10 11"
@@ -21,7 +21,8 @@ _filter_inspect() {
     --type) COMPREPLY=($(compgen -W "$types" -- "$cur")) && return ;;
     --order) COMPREPLY=($(compgen -W "$orders" -- "$cur")) && return ;;
     --max-bytes | --max-findings | --max-groups | --max-steps) return ;;
-    -o | --output) _filedir && return ;;
+    --packet) return ;;
+    -o | --output | --packets) _filedir && return ;;
   esac
   $split && return
 
@@ -36,6 +37,8 @@ _filter_inspect() {
     check | capabilities) options+=" --stage= --type=" ;;
     convert) options+=" --to= --output=" ;;
     analyse) options+=" --order= --overlaps --max-steps=" ;;
+    diff) options+=" --order=" ;;
+    trace) options+=" --order= --packet= --packets=" ;;
     plan) options+=" --remove-first" ;;
   esac
   if [[ $cur == -* ]]; then

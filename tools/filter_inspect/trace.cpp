@@ -1,0 +1,225 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <sstream>
+
+#include "analysis.h"
+#include "input.h"
+
+namespace FilterInspectTool {
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+constexpr char kPacketPlace[] = "--packet";
+
+// Takes lines from a file one at a time, as they come.
+class Lines {
+ public:
+  Lines(const std::string& file, std::size_t longest)
+      : handle_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)),
+        error_(handle_ < 0 ? errno : 0),
+        is_own_(file != "-"),
+        longest_(longest) {}
+  Lines(const Lines&) = delete;
+  Lines& operator=(const Lines&) = delete;
+  ~Lines() {
+    if (is_own_ && handle_ >= 0) ::close(handle_);
+  }
+
+  // False at the end, at what the system refuses, and at a line that is too long. `wait` is called
+  // before there is something to wait for.
+  template <class Wait>
+  bool next(std::string* line, const Wait& wait) {
+    std::size_t end = held_.find('\n', begin_);
+    while (end == held_.npos && !ended_ && error_ == 0 && !isTooLong()) {
+      held_.erase(0, begin_);
+      begin_ = 0;
+      const std::size_t looked = held_.size();
+      wait();
+      read();
+      end = held_.find('\n', looked);
+    }
+    if (error_ != 0 || (end == held_.npos && (isTooLong() || begin_ == held_.size()))) return false;
+    end = std::min(end, held_.size());
+    line->assign(held_, begin_, end - begin_);
+    begin_ = std::min(end + 1, held_.size());
+    return true;
+  }
+
+  int error() const { return error_; }
+  bool isTooLong() const { return held_.size() - begin_ > longest_; }
+ private:
+  void read() {
+    char bytes[16 << 10];
+    const ssize_t count = ::read(handle_, bytes, sizeof bytes);
+    if (count < 0 && errno != EINTR) error_ = errno;
+    if (count == 0) ended_ = true;
+    if (count > 0) held_.append(bytes, static_cast<std::size_t>(count));
+  }
+
+  const int handle_;
+  int error_;
+  const bool is_own_;
+  const std::size_t longest_;
+  std::string held_;
+  std::size_t begin_ = 0;  // of the next line
+  bool ended_ = false;
+};
+
+// "undecided: entry 10 or 60, or 1000", and behind it a line for each entry.
+struct TraceText {
+  explicit TraceText(const Trace& trace) {
+    std::ostringstream os;
+    os << trace;
+    lines = os.str();
+    const std::size_t end = lines.find('\n');
+    outcome = lines.substr(0, end);
+    lines.erase(0, end + 1);
+  }
+  std::string outcome, lines;
+};
+
+class Tracer {
+ public:
+  Tracer(const Options& options, const Input& input, Console* console)
+      : options_(options), input_(input), console_(*console) {}
+
+  // `place` is where the packet stands, `line` counts from 1.
+  void trace(std::string_view text, const std::string& place, std::size_t line) {
+    Report faults;
+    const std::optional<Packet> packet = Packet::parse(text, &faults);
+    for (Finding fault : faults.findings) {
+      const std::size_t column = fault.path.find(':');
+      fault.path = std::to_string(line) + fault.path.substr(column);
+      const std::string where = place + ':' + fault.path;
+      if (!options_.json) fault.path.clear();
+      console_.trouble(place, where, fault);
+    }
+    if (!packet) return;
+    for (const InputGroup& group : input_.groups) {
+      if (group.group) trace(*packet, group, place + ':' + std::to_string(line));
+    }
+  }
+
+  Exit finish() {
+    if (options_.json)
+      console_.write({{input_.file, input_.groups.size(), std::move(report_)}}, orderOf(options_));
+    return is_decided_ ? kExitFine : kExitFound;
+  }
+ private:
+  bool isAlone() const { return !options_.packets; }
+
+  void trace(const Packet& packet, const InputGroup& group, const std::string& place) {
+    const Trace traced = FiltersInspect::trace(*group.group, packet, orderOf(options_));
+    const bool isDecided = traced.outcome != Hit::kUndecided;
+    is_decided_ = is_decided_ && isDecided;
+    TraceText text(traced);
+    if (options_.json) return keep(traced, packet, *group.group, isAlone() ? "" : place, text);
+    console_.writeLine(
+        (isAlone() ? "" : printable(place) + ": ") + printable(group.place) + ": " + text.outcome,
+        isDecided ? Color::kNone : Color::kWarning);
+    if (isAlone()) console_.write(text.lines);
+  }
+
+  // A finding of the packet, and where it is the only one also of each entry.
+  void keep(const Trace& traced, const Packet& packet, const FiltersGroup& group,
+            const std::string& place, const TraceText& text) {
+    Finding whole = findingOf(
+        traced.outcome == Hit::kUndecided ? Code::kTraceUndecided : Code::kTraced, text.outcome);
+    whole.entry = traced.entry;
+    whole.others = traced.candidates;
+    whole.after = nameOf(traced.outcome);
+    whole.witness = packet.toText();
+    whole.path = place;
+    add(std::move(whole), group);
+    if (!isAlone()) return;
+    std::istringstream lines(text.lines);
+    std::string line;
+    for (const Traced& one : traced.entries) {
+      std::getline(lines, line);
+      const std::string_view outcome = nameOf(one.hit);
+      Finding finding = findingOf(Code::kTracedEntry, line.substr(line.find(outcome, 2)));
+      finding.subject = Subject::kEntry;
+      finding.entry = one.entry;
+      finding.after = outcome;
+      add(std::move(finding), group);
+    }
+  }
+
+  void add(Finding finding, const FiltersGroup& group) {
+    finding.group = group.getId();
+    if (report_.findings.size() < options_.maxFindings) {
+      report_.findings.push_back(std::move(finding));
+    } else {
+      report_.leaveOut(finding.severity);
+    }
+  }
+
+  const Options& options_;
+  const Input& input_;
+  Console& console_;
+  Report report_;
+  bool is_decided_ = true;
+};
+
+// Blank lines and those that begin with '#' are none.
+bool isPacket(std::string_view line) {
+  const std::size_t first = line.find_first_not_of(" \t\r");
+  return first != line.npos && line[first] != '#';
+}
+
+void traceLines(const Options& options, Tracer* tracer, Console* console) {
+  const std::string& file = *options.packets;
+  Lines lines(file, options.maxBytes);
+  std::string line;
+  // Whoever writes the packets one by one sees what became of each.
+  const auto flush = [console] { console->flush(); };
+  for (std::size_t number = 1; lines.next(&line, flush); ++number) {
+    if (isPacket(line)) tracer->trace(line, file, number);
+  }
+  if (lines.error() != 0) {
+    console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, lines.error());
+  } else if (lines.isTooLong()) {
+    console->trouble(Code::kLimitExceeded, file,
+                     "a line is longer than " + counted(options.maxBytes, "byte") +
+                         "; --max-bytes=N raises the limit");
+  }
+}
+
+}  // namespace
+
+void declareTrace(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareOrder(command, options)->required();
+  CLI::Option_group* packets = command->add_option_group("packets");
+  packets->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
+      ->take_last()
+      ->option_text("PACKET");
+  packets->add_option("--packets", options->packets, "- or a file with a packet a line")
+      ->take_last()
+      ->option_text("FILE");
+  packets->require_option(1);
+}
+
+Exit runTrace(const Options& options, Console* console) {
+  if (options.packets == "-" && options.files[0] == "-") {
+    console->trouble(Code::kUsage, "-", "standard input is read once");
+    return kExitTrouble;
+  }
+  const auto inputs = readWholeInputs(options, console);
+  if (!inputs) return kExitTrouble;
+  Tracer tracer(options, inputs->front(), console);
+  if (options.packets) {
+    traceLines(options, &tracer, console);
+  } else {
+    tracer.trace(options.packet, kPacketPlace, 1);
+  }
+  return tracer.finish();
+}
+
+}  // namespace FilterInspectTool
