@@ -16,6 +16,7 @@ import subprocess
 import sys
 import tempfile
 import time
+from xml.etree import ElementTree
 
 import jsonschema
 
@@ -455,6 +456,23 @@ def try_output():
         expect(f"{command} | true", done.returncode == 2 and b"Broken pipe" in done.stderr)
 
 
+def try_picture():
+    """A row for each entry, coloured by what was found, in XML whatever the file is called."""
+    name = "a&<\">\u00e9.txt"
+    os.symlink("rules.txt", name)
+    arguments = ("--order=highest-priority", "--svg", "rules.svg")
+    done = inspect("analyse", name, "g.bin", *arguments)
+    svg = "{http://www.w3.org/2000/svg}"
+    root = ElementTree.parse("rules.svg").getroot()
+    marks = [rect.get("class") for rect in root.iter(svg + "rect")][1:]
+    texts = [text.text for text in root.iter(svg + "text")]
+    expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
+    expect("its marks", marks[:4] == ["plain", "unreachable", "tie", "tie"], marks)
+    expect("its words", {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:1: group 7'} <= set(texts), texts)
+    done = inspect("analyse", "g.bin", "--svg", "folder")
+    expect("no picture", done.returncode == 2 and b"Is a directory" in done.stderr)
+
+
 def on_terminal(*arguments, **environment):
     master, terminal = pty.openpty()
     environment = {**run_env, "TERM": "xterm", **environment}
@@ -508,6 +526,7 @@ def main():
         try_documents()
         try_forms()
         try_output()
+        try_picture()
         try_terminal()
         try_manual()
         try_start()

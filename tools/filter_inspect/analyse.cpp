@@ -3,6 +3,8 @@
 
 #include "analysis.h"
 #include "file_report.h"
+#include "output.h"
+#include "picture.h"
 
 namespace FilterInspectTool {
 
@@ -33,11 +35,16 @@ void declareAnalyse(CLI::App* command, Options* options) {
                     "Also every pair that shares packets and treats them differently");
   declareNumber(command, "--max-steps", &options->maxSteps,
                 "How much work one entry may take before it is not decided");
+  command
+      ->add_option("--svg", options->picture, "Also draw the groups with what was found, to a file")
+      ->take_last()
+      ->option_text("OUT");
 }
 
 Exit runAnalyse(const Options& options, Console* console) {
   const Order order = orderOf(options);
   std::vector<ReportInput> documents;
+  Picture picture(order);
   bool found = false;
   forEachInput(options, Severity::kWarning, console, [&](Input& input) {
     tellLosses(input, console);
@@ -48,12 +55,14 @@ Exit runAnalyse(const Options& options, Console* console) {
       how.max_findings = all.room();
       Report report = analyse(*group.group, how);
       console->hideProgress();
+      if (!options.picture.empty()) picture.add(group.place, *group.group, report);
       all.add(group, std::move(report), group.group->getEntriesRef().size(), console);
     }
     found = found || all.hasFound();
     if (!options.json) console->writeLine(all.summary() + restsOn(order));
     documents.push_back(all.take());
   });
+  if (!options.picture.empty()) writeTo(options.picture, picture.take(), console);
   if (options.json && !documents.empty()) console->write(documents, order);
   return found ? kExitFound : kExitFine;
 }

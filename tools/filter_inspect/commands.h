@@ -42,6 +42,7 @@ struct Options {
   std::string enumeration;
   std::string order;
   bool overlaps = false;
+  std::string picture;
   std::string packet;
   std::optional<std::string> packets;
   std::uint64_t maxSteps = 100000;

@@ -22,7 +22,7 @@ _filter_inspect() {
     --order) COMPREPLY=($(compgen -W "$orders" -- "$cur")) && return ;;
     --max-bytes | --max-findings | --max-groups | --max-steps) return ;;
     --packet) return ;;
-    -o | --output | --packets) _filedir && return ;;
+    -o | --output | --packets | --svg) _filedir && return ;;
   esac
   $split && return
 
@@ -36,7 +36,7 @@ _filter_inspect() {
     show) options+=" --as=" ;;
     check | capabilities) options+=" --stage= --type=" ;;
     convert) options+=" --to= --output=" ;;
-    analyse) options+=" --order= --overlaps --max-steps=" ;;
+    analyse) options+=" --order= --overlaps --max-steps= --svg=" ;;
     diff) options+=" --order=" ;;
     trace) options+=" --order= --packet= --packets=" ;;
     plan) options+=" --remove-first" ;;

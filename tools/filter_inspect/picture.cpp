@@ -1,0 +1,226 @@
+#include "picture.h"
+
+#include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_text.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <tuple>
+#include <utility>
+
+namespace FilterInspectTool {
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+// In units of the picture, of which a letter takes seven.
+constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
+constexpr std::size_t kMostLetters = 34;  // of a cell; the whole is shown under the pointer
+
+std::string escaped(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '&' || c == '<' || c == '>' || c == '"') {
+      result += "&#" + std::to_string(byte) + ';';
+    } else {
+      result += byte < ' ' || byte > '~' ? '?' : c;
+    }
+  }
+  return result;
+}
+
+// Of what is told of one entry the worst is drawn.
+enum class Mark { kNone, kRedundant, kTie, kUnreachable };
+struct Look {
+  const char* style;
+  const char* meaning;
+};
+Look lookOf(Mark mark) {
+  switch (mark) {
+    case Mark::kUnreachable:
+      return {"unreachable", "never takes effect"};
+    case Mark::kTie:
+      return {"tie", "ties"};
+    case Mark::kRedundant:
+      return {"redundant", "redundant"};
+    case Mark::kNone:
+      break;
+  }
+  return {"plain", ""};
+}
+
+struct Row {
+  filtersEntryId_t id;
+  filtersEntryPriority_t priority;
+  std::map<filtersMatch_t, std::string> values;
+  std::string actions;
+  Mark mark = Mark::kNone;
+  std::string why;
+};
+
+// The line of an entry in the text form, taken apart: no value has a blank in it.
+Row rowOf(const FiltersEntry& entry) {
+  Row row{entry.getId(), entry.getPriority(), {}, {}, Mark::kNone, {}};
+  std::istringstream words(toText(entry));
+  std::string part;
+  for (std::string word; words >> word && word != "#";) {
+    if (word == "if" || word == "then" || word == "count" || word == "police" || word == "parent") {
+      part = word;
+      if (word == "police") row.actions += (row.actions.empty() ? "police" : " police");
+    } else if (part == "if") {
+      const std::size_t sign = std::min(word.find('='), word.size());
+      if (const auto match = fromName<filtersMatch_t>(word.substr(0, sign))) {
+        row.values[*match] = sign == word.size() ? "yes" : word.substr(sign + 1);
+      }
+    } else if (part == "then") {
+      row.actions += (row.actions.empty() ? "" : " ") + word;
+    }
+  }
+  return row;
+}
+
+void mark(const Report& report, std::vector<Row>* rows) {
+  std::map<filtersEntryId_t, Row*> byId;
+  for (Row& row : *rows) byId[row.id] = &row;
+  const auto set = [&byId](filtersEntryId_t id, Mark mark, const std::string& why) {
+    const auto row = byId.find(id);
+    if (row == byId.end() || row->second->mark >= mark) return;
+    row->second->mark = mark;
+    row->second->why = why;
+  };
+  for (const Finding& finding : report.findings) {
+    if (!finding.entry) continue;
+    if (finding.code == Code::kEntryUnreachable) {
+      set(*finding.entry, Mark::kUnreachable, finding.message);
+    } else if (finding.code == Code::kEntryRedundant) {
+      set(*finding.entry, Mark::kRedundant, finding.message);
+    } else if (finding.code == Code::kEntriesTie) {
+      set(*finding.entry, Mark::kTie, finding.message);
+      for (std::uint32_t other : finding.others) {
+        set(other, Mark::kTie, "ties with entry " + std::to_string(*finding.entry));
+      }
+    }
+  }
+}
+
+void sort(Order order, std::vector<Row>* rows) {
+  const auto keyOf = [order](const Row& row) {
+    const std::int64_t priority = order == Order::kHighestPriority  ? -std::int64_t{row.priority}
+                                  : order == Order::kLowestPriority ? std::int64_t{row.priority}
+                                                                    : 0;
+    return std::tuple(priority, row.id);
+  };
+  std::sort(rows->begin(), rows->end(),
+            [&](const Row& a, const Row& b) { return keyOf(a) < keyOf(b); });
+}
+
+struct Column {
+  std::string name;
+  std::vector<std::string> cells;
+
+  std::size_t width() const {
+    std::size_t letters = name.size();
+    for (const std::string& cell : cells) letters = std::max(letters, cell.size());
+    return std::min(letters, kMostLetters) * kLetter + kGap;
+  }
+};
+
+std::vector<Column> columnsOf(const std::vector<Row>& rows) {
+  std::vector<Column> columns = {{"entry", {}}, {"priority", {}}};
+  std::map<filtersMatch_t, Column> fields;
+  Column actions{"then", {}}, found{"found", {}};
+  for (const Row& row : rows) {
+    for (const auto& [match, value] : row.values) fields[match].name = nameOf(match);
+  }
+  for (const Row& row : rows) {
+    columns[0].cells.push_back(std::to_string(row.id));
+    columns[1].cells.push_back(std::to_string(row.priority));
+    for (auto& [match, column] : fields) {
+      const auto value = row.values.find(match);
+      column.cells.push_back(value == row.values.end() ? "" : value->second);
+    }
+    actions.cells.push_back(row.actions);
+    found.cells.emplace_back(lookOf(row.mark).meaning);
+  }
+  for (auto& [match, column] : fields) columns.push_back(std::move(column));
+  columns.push_back(std::move(actions));
+  columns.push_back(std::move(found));
+  return columns;
+}
+
+constexpr char kStyle[] =
+    "<style>\n"
+    "text { font: 12px monospace; fill: #222 }\n"
+    ".title { font-weight: bold; font-size: 14px }\n"
+    ".head { fill: #666 }\n"
+    "rect.plain { fill: #f6f6f6 } rect.redundant { fill: #dde6f0 }\n"
+    "rect.tie { fill: #ffe3ad } rect.unreachable { fill: #f6c4c0 }\n"
+    "text.unreachable { text-decoration: line-through }\n"
+    "</style>\n";
+
+}  // namespace
+
+void Picture::drawText(std::size_t x, const char* style, std::string_view text, std::size_t most) {
+  if (text.empty()) return;
+  const bool isCut = most != 0 && text.size() > most;
+  body_ += "<text x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y_ + 14) + "\" class=\"" +
+           style + "\">" + escaped(isCut ? text.substr(0, most - 2) : text) + (isCut ? ".." : "");
+  if (isCut) body_ += "<title>" + escaped(text) + "</title>";
+  body_ += "</text>\n";
+  const std::size_t letters = isCut ? most : text.size();
+  width_ = std::max(width_, x + letters * (kLetter + 2));
+}
+
+void Picture::add(const std::string& title, const FiltersGroup& group, const Report& report) {
+  std::vector<Row> rows;
+  for (const auto& [id, entry] : group.getEntriesRef()) rows.push_back(rowOf(entry));
+  sort(order_, &rows);
+  mark(report, &rows);
+  const std::vector<Column> columns = columnsOf(rows);
+  std::size_t wide = 0;
+  for (const Column& column : columns) wide += column.width();
+  width_ = std::max(width_, wide);
+
+  y_ += kMargin;
+  drawText(kMargin, "title", title + ": group " + std::to_string(group.getId()));
+  y_ += kRow + 4;
+  std::size_t x = kMargin;
+  for (const Column& column : columns) {
+    drawText(x, "head", column.name, kMostLetters);
+    x += column.width();
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    y_ += kRow;
+    const char* style = lookOf(rows[i].mark).style;
+    body_ += "<g><rect x=\"" + std::to_string(kMargin - 6) + "\" y=\"" + std::to_string(y_) +
+             "\" width=\"" + std::to_string(wide) + "\" height=\"" + std::to_string(kRow - 2) +
+             "\" class=\"" + style + "\"/>\n";
+    if (!rows[i].why.empty()) body_ += "<title>" + escaped(rows[i].why) + "</title>\n";
+    x = kMargin;
+    for (const Column& column : columns) {
+      const bool isLast = &column == &columns.back();
+      drawText(x, isLast ? "found" : style, column.cells[i], kMostLetters);
+      x += column.width();
+    }
+    body_ += "</g>\n";
+  }
+  y_ += kRow;
+}
+
+std::string Picture::take() const {
+  const std::string foot =
+      "order: " + std::string(nameOf(order_)) + "; assumptions A1-A4: filter-inspect(1)";
+  const std::size_t width = std::max(width_, foot.size() * kLetter + kMargin) + kMargin;
+  const std::size_t height = y_ + kRow + 2 * kMargin;
+  const std::string size = std::to_string(width) + ' ' + std::to_string(height);
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size + "\" width=\"" +
+         std::to_string(width) + "\" height=\"" + std::to_string(height) + "\">\n" + kStyle +
+         "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n" + body_ + "<text x=\"" +
+         std::to_string(kMargin) + "\" y=\"" + std::to_string(y_ + kRow + kMargin) +
+         "\" class=\"head\">" + foot + "</text>\n</svg>\n";
+}
+
+}  // namespace FilterInspectTool
