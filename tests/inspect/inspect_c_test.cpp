@@ -83,7 +83,7 @@ TEST(InspectC, SurvivesWithoutMemory) {
   filtersStep_t steps[3];
   FiltersGroup rules(2);
   ASSERT_EQ(rules.setType(FILTERS_GROUP_TYPE_3), FILTERS_OK);
-  for (filtersEntryId_t id : {50, 51, 52}) {
+  for (filtersEntryId_t id : {50u, 51u, 52u}) {
     FiltersEntry rule(id);
     ASSERT_EQ(rule.setMatch(MatchTTL(1)), FILTERS_OK);
     ASSERT_EQ(rule.setMatch(MatchDstL4Port(179)), FILTERS_OK);

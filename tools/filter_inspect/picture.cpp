@@ -17,7 +17,7 @@ using namespace FiltersInspect;
 
 // In units of the picture, of which a letter takes seven.
 constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
-constexpr std::size_t kMostLetters = 34;  // of a cell; the whole is shown under the pointer
+constexpr std::size_t kMostLetters = 36;  // of a cell; the whole is shown under the pointer
 
 std::string escaped(std::string_view text) {
   std::string result;
