@@ -85,6 +85,27 @@ void measureComparison() {
               count(report, Code::kTreatmentDiffers), count(report, Code::kNotDecided));
 }
 
+// Packets that one in some of the rules may take.
+void measureTrace() {
+  const FiltersGroup group = RuleSet(kShapes[1], 10000).make(10000);
+  const Tracer tracer(group, Order::kHighestPriority);
+  constexpr unsigned kPackets = 200;
+  std::size_t decided = 0;
+  const std::clock_t start = std::clock();
+  for (unsigned i = 0; i < kPackets; ++i) {
+    const auto packet = Packet::parse(
+        "ip_protocol=6 dst_l4_port=" + std::to_string(i) + " src_ipv4=10.0.0." + std::to_string(i),
+        nullptr);
+    require(packet.has_value(), "a packet cannot be read");
+    decided += tracer.trace(*packet).outcome != Hit::kUndecided ? 1 : 0;
+  }
+  const double ms = 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC / kPackets;
+  const bool reached = ms <= 5 * factor;
+  good = good && reached;
+  std::printf("%-28s %9.1f ms of %7.0f  %5zu of %u decided%s\n", "FW 10000, a packet", ms, 5.0,
+              decided, kPackets, reached ? "" : "  TOO SLOW");
+}
+
 FiltersGroup emptyGroup() {
   FiltersGroup group(kGroupId);
   require(group.setType(FILTERS_GROUP_TYPE_3) == FILTERS_OK, "the type is refused");
@@ -162,6 +183,7 @@ int main(int argc, char** argv) {
   getrusage(RUSAGE_SELF, &usage);
   measureShapes();
   measureComparison();
+  measureTrace();
   measureTiles();
   measureClauses();
   showMemory(usage.ru_maxrss);

@@ -30,6 +30,7 @@
 #include <functional>
 #include <iosfwd>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -77,11 +78,9 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
 // What the rules of a group do to each other. Treatment is actions, policer and parent; counters
 // and ids are none of it. By code, each with the entry it is about in `entry`, other entries in
 // `others`, and a packet that shows it in `witness`, where there is one:
-// - kEntryUnreachable: every packet that the entry may take is taken by entries before it,
-// `others`;
-//   none of them can be left out of the list.
-// - kEntriesTie: nothing says whether it comes before another entry, which takes the same packet
-// and
+// - kEntryUnreachable: every packet that the entry may take is taken by entries before it, those in
+//   `others`; none of them can be left out of the list.
+// - kEntriesTie: nothing says whether it comes before another entry that takes the same packet and
 //   treats it differently. Where no order is given, only if both take the very same packets.
 // - kEntryRedundant: without it every packet would be treated as it is. Each such finding stands
 //   alone: when one entry has been removed, others may no longer be redundant.
@@ -140,6 +139,17 @@ struct Trace {
 };
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
+
+// A group made ready for many packets. It keeps nothing of the group, and copies share what they
+// keep.
+class FILTERS_API Tracer {
+ public:
+  Tracer(const FiltersCommon::FiltersGroup& group, Order order);
+  Trace trace(const Packet& packet) const;
+ private:
+  struct Prepared;
+  std::shared_ptr<const std::vector<Prepared>> entries_;
+};
 
 // "undecided: entry 10 or 60, or 1000", then a line for each entry.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Trace& trace);

@@ -6,50 +6,57 @@
 #include "rules.h"
 
 namespace FiltersInspect {
-namespace {
 
 using namespace FiltersCommon;
 
-struct Ranked {
+// An entry, and what it asks of a packet.
+struct Tracer::Prepared {
   std::uint32_t rank;
-  Traced traced;
+  filtersEntryId_t id;
+  std::vector<Asked> asked;
 };
 
-// A field that misses decides; the first one found is the reason.
-Traced traceEntry(const FiltersEntry& entry, const Packet& packet) {
+namespace {
+
+std::vector<Asked> askedBy(const FiltersEntry& entry) {
   FiltersEntryPB message;
   entry.convertToFiltersEntryPB(&message);
-  std::vector<Asked> all;
-  for (const MatchPB& match : message.matches_()) appendAsked(match, &all);
-  Traced traced{entry.getId(), Hit::kHit, {}, {}};
+  std::vector<Asked> asked;
+  for (const MatchPB& match : message.matches_()) appendAsked(match, &asked);
+  return asked;
+}
+
+// A field that misses decides; the first one found is the reason.
+Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Packet& packet) {
+  Traced traced{id, Hit::kHit, {}, {}};
   const auto& told = PacketFields::of(packet);
   for (const Asked& asked : all) {
-    const std::string name(packetFields()[asked.field].name);
+    const std::string_view name = packetFields()[asked.field].name;
     const auto field = told.find(asked.field);
     if (field == told.end()) {
       traced.hit = Hit::kUndecided;
-      traced.lacking.push_back(name);
+      traced.lacking.emplace_back(name);
     } else if (!field->second || !isAmong(asked.may, *field->second)) {
-      return {entry.getId(), Hit::kMiss, {}, name};
+      return {id, Hit::kMiss, {}, std::string(name)};
     } else if (asked.open != nullptr && !isAmong(asked.must, *field->second)) {
       traced.hit = Hit::kUndecided;
-      if (traced.reason.empty()) traced.reason = name + ": " + asked.open;
+      if (traced.reason.empty()) traced.reason = std::string(name) + ": " + asked.open;
     }
   }
   return traced;
 }
 
-// Of the rules of one rank those that do not miss.
-void settle(std::vector<Ranked>::const_iterator first, std::vector<Ranked>::const_iterator last,
-            Trace* trace) {
-  bool hit = false;
-  for (auto one = first; one != last; ++one) {
-    if (one->traced.hit != Hit::kMiss) trace->candidates.push_back(one->traced.entry);
-    hit = hit || one->traced.hit == Hit::kHit;
-  }
-  if (!hit) return;
-  trace->may_be_none = false;
-  if (trace->candidates.size() == 1) {
+// One more entry that does not miss.
+void addCandidate(const Traced& traced, Trace* trace) {
+  trace->candidates.push_back(traced.entry);
+  if (traced.hit == Hit::kHit) trace->may_be_none = false;
+}
+
+// What the candidates say: they end with the first rank that has a hit.
+void settle(Trace* trace) {
+  if (trace->candidates.empty()) {
+    trace->may_be_none = false;
+  } else if (trace->candidates.size() == 1 && !trace->may_be_none) {
     trace->outcome = Hit::kHit;
     trace->entry = trace->candidates[0];
     trace->candidates.clear();
@@ -60,28 +67,34 @@ void settle(std::vector<Ranked>::const_iterator first, std::vector<Ranked>::cons
 
 }  // namespace
 
-Trace trace(const FiltersGroup& group, const Packet& packet, Order order) {
-  std::vector<Ranked> all;
+Tracer::Tracer(const FiltersGroup& group, Order order) {
+  std::vector<Prepared> entries;
+  entries.reserve(group.getEntriesRef().size());
   for (const auto& [id, entry] : group.getEntriesRef()) {
-    all.push_back({rankOf(order, entry.getId(), entry.getPriority()), traceEntry(entry, packet)});
+    entries.push_back({rankOf(order, id, entry.getPriority()), id, askedBy(entry)});
   }
-  std::stable_sort(all.begin(), all.end(),
-                   [](const Ranked& a, const Ranked& b) { return a.rank < b.rank; });
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const Prepared& a, const Prepared& b) { return a.rank < b.rank; });
+  entries_ = std::make_shared<const std::vector<Prepared>>(std::move(entries));
+}
+
+Trace Tracer::trace(const Packet& packet) const {
   Trace trace;
   trace.may_be_none = true;
-  for (auto first = all.cbegin(); first != all.cend() && trace.may_be_none;) {
-    const auto last =
-        std::find_if(first, all.cend(), [&](const Ranked& one) { return one.rank != first->rank; });
-    settle(first, last, &trace);
-    first = last;
+  trace.entries.reserve(entries_->size());
+  std::uint32_t rank = 0;
+  for (const Prepared& one : *entries_) {
+    const Traced& traced = trace.entries.emplace_back(traceEntry(one.id, one.asked, packet));
+    const bool reached = trace.may_be_none || one.rank == rank;
+    rank = reached ? one.rank : rank;
+    if (reached && traced.hit != Hit::kMiss) addCandidate(traced, &trace);
   }
-  if (trace.candidates.empty()) {
-    trace.may_be_none = false;
-  } else {
-    trace.outcome = Hit::kUndecided;
-  }
-  for (Ranked& one : all) trace.entries.push_back(std::move(one.traced));
+  settle(&trace);
   return trace;
+}
+
+Trace trace(const FiltersGroup& group, const Packet& packet, Order order) {
+  return Tracer(group, order).trace(packet);
 }
 
 std::string_view nameOf(Hit hit) {

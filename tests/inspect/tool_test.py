@@ -6,11 +6,14 @@ The program runs in an empty folder with the files that prepare() makes. In the 
 text is a regular expression for all of what was printed; DOTALL, so that ".*" stands for any lines.
 """
 
+import ipaddress
 import json
 import os
 import pty
+import random
 import re
 import resource
+import select
 import struct
 import subprocess
 import sys
@@ -469,8 +472,9 @@ def try_picture():
     expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
     expect("its marks", marks[:4] == ["plain", "unreachable", "tie", "tie"], marks)
     expect("its words", {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:1: group 7'} <= set(texts), texts)
-    done = inspect("analyse", "g.bin", "--svg", "folder")
-    expect("no picture", done.returncode == 2 and b"Is a directory" in done.stderr)
+    for place, trouble in (("folder", b"Is a directory"), ("-", b"takes the report")):
+        done = inspect("analyse", "g.bin", "--svg", place)
+        expect(f"no picture to {place}", done.returncode == 2 and trouble in done.stderr, done.stderr)
 
 
 def on_terminal(*arguments, **environment):
@@ -490,6 +494,46 @@ def try_terminal():
     expect("NO_COLOR", b"\33" not in on_terminal(*command, NO_COLOR="1"))
     expect("a dumb terminal", b"\33" not in on_terminal(*command, TERM="dumb"))
     expect("--color=never", b"\33" not in on_terminal(*command, "--color=never"))
+
+
+def seen_on_terminal(pattern, *arguments):
+    """Whether it appears on standard error, a terminal, while the program works."""
+    master, terminal = pty.openpty()
+    done = subprocess.Popen([*emulator, tool, *arguments], env=run_env, stdin=subprocess.PIPE,
+                            stdout=subprocess.DEVNULL, stderr=terminal)
+    os.close(terminal)
+    output = b""
+    until = time.monotonic() + 60
+    while not re.search(pattern, output) and time.monotonic() < until and done.poll() is None:
+        if select.select([master], [], [], 1)[0]:
+            output += os.read(master, 1 << 16)
+    done.kill()
+    done.wait()
+    os.close(master)
+    return re.search(pattern, output) is not None
+
+
+def address(bits):
+    return str(ipaddress.IPv4Address(bits & 0xFFFFFFFF))
+
+
+def try_progress():
+    """Work beyond a second shows on a terminal: to wait for a file, and to find out what rules
+    leave whose masks are as three bits chosen at random."""
+    chance = random.Random(1)
+    text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n"
+    for rule in range(1000):
+        mask = sum(1 << bit for bit in chance.sample(range(64), 3))
+        value = chance.getrandbits(64) & mask
+        text += (f"entry {rule} priority={-rule & 0xFFFFFFFF} if"
+                 f" src_ipv4={address(value >> 32)}/{address(mask >> 32)}"
+                 f" dst_ipv4={address(value)}/{address(mask)} then deny\n")
+    write("hard.txt", text.encode())
+    waits = seen_on_terminal(rb"reading - \.\.\.", "show", "-")
+    expect("it waits for a file", waits)
+    works = seen_on_terminal(rb"analysing hard\.txt:1 \.\.\. \d+ %", "analyse", "hard.txt",
+                             "--order=highest-priority", "--max-steps=1000000000")
+    expect("it analyses", works)
 
 
 def try_manual():
@@ -528,6 +572,7 @@ def main():
         try_output()
         try_picture()
         try_terminal()
+        try_progress()
         try_manual()
         try_start()
         os.chdir("/")

@@ -42,6 +42,10 @@ void declareAnalyse(CLI::App* command, Options* options) {
 }
 
 Exit runAnalyse(const Options& options, Console* console) {
+  if (options.picture == "-") {
+    console->trouble(Code::kUsage, "--svg", "standard output takes the report, not the picture");
+    return kExitTrouble;
+  }
   const Order order = orderOf(options);
   std::vector<ReportInput> documents;
   Picture picture(order);

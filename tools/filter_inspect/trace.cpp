@@ -84,10 +84,15 @@ struct TraceText {
   std::string outcome, lines;
 };
 
-class Tracer {
+// Takes packets through the groups of a file.
+class Packets {
  public:
-  Tracer(const Options& options, const Input& input, Console* console)
-      : options_(options), input_(input), console_(*console) {}
+  Packets(const Options& options, const Input& input, Console* console)
+      : options_(options), input_(input), console_(*console) {
+    for (const InputGroup& group : input.groups) {
+      if (group.group) prepared_.push_back({&group, Tracer(*group.group, orderOf(options))});
+    }
+  }
 
   // `place` is where the packet stands, `line` counts from 1.
   void trace(std::string_view text, const std::string& place, std::size_t line) {
@@ -101,8 +106,8 @@ class Tracer {
       console_.trouble(place, where, fault);
     }
     if (!packet) return;
-    for (const InputGroup& group : input_.groups) {
-      if (group.group) trace(*packet, group, place + ':' + std::to_string(line));
+    for (const Prepared& one : prepared_) {
+      show(one.tracer.trace(*packet), *packet, *one.group, place + ':' + std::to_string(line));
     }
   }
 
@@ -112,13 +117,18 @@ class Tracer {
     return is_decided_ ? kExitFine : kExitFound;
   }
  private:
+  struct Prepared {
+    const InputGroup* group;
+    Tracer tracer;
+  };
+
   bool isAlone() const { return !options_.packets; }
 
-  void trace(const Packet& packet, const InputGroup& group, const std::string& place) {
-    const Trace traced = FiltersInspect::trace(*group.group, packet, orderOf(options_));
+  void show(Trace traced, const Packet& packet, const InputGroup& group, const std::string& place) {
+    if (!isAlone()) traced.entries.clear();
     const bool isDecided = traced.outcome != Hit::kUndecided;
     is_decided_ = is_decided_ && isDecided;
-    TraceText text(traced);
+    const TraceText text(traced);
     if (options_.json) return keep(traced, packet, *group.group, isAlone() ? "" : place, text);
     console_.writeLine(
         (isAlone() ? "" : printable(place) + ": ") + printable(group.place) + ": " + text.outcome,
@@ -163,6 +173,7 @@ class Tracer {
   const Options& options_;
   const Input& input_;
   Console& console_;
+  std::vector<Prepared> prepared_;
   Report report_;
   bool is_decided_ = true;
 };
@@ -173,14 +184,14 @@ bool isPacket(std::string_view line) {
   return first != line.npos && line[first] != '#';
 }
 
-void traceLines(const Options& options, Tracer* tracer, Console* console) {
+void traceLines(const Options& options, Packets* packets, Console* console) {
   const std::string& file = *options.packets;
   Lines lines(file, options.maxBytes);
   std::string line;
   // Whoever writes the packets one by one sees what became of each.
   const auto flush = [console] { console->flush(); };
   for (std::size_t number = 1; lines.next(&line, flush); ++number) {
-    if (isPacket(line)) tracer->trace(line, file, number);
+    if (isPacket(line)) packets->trace(line, file, number);
   }
   if (lines.error() != 0) {
     console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, lines.error());
@@ -213,13 +224,13 @@ Exit runTrace(const Options& options, Console* console) {
   }
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
-  Tracer tracer(options, inputs->front(), console);
+  Packets packets(options, inputs->front(), console);
   if (options.packets) {
-    traceLines(options, &tracer, console);
+    traceLines(options, &packets, console);
   } else {
-    tracer.trace(options.packet, kPacketPlace, 1);
+    packets.trace(options.packet, kPacketPlace, 1);
   }
-  return tracer.finish();
+  return packets.finish();
 }
 
 }  // namespace FilterInspectTool
