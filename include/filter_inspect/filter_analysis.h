@@ -108,8 +108,10 @@ FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
 class FILTERS_API Packet {
  public:
   // "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6 dst_l4_port=179 vlan_tagging=none".
-  // Nothing when some of it cannot be read; the report, which may be null, then says what.
-  static std::optional<Packet> parse(std::string_view text, Report* report);
+  // Nothing when some of it cannot be read; the report, which may be null, then says what, and
+  // counts findings beyond `max_findings` in Report::left_out.
+  static std::optional<Packet> parse(std::string_view text, Report* report,
+                                     std::size_t max_findings = 1000);
   std::string toText() const;  // in the order of the fields' match codes
  private:
   friend struct PacketFields;

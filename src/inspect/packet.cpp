@@ -8,9 +8,10 @@ namespace {
 constexpr std::string_view kLacking = "none";
 
 // `at` counts from 0; people count from 1.
-void addFault(Code code, std::size_t at, std::string_view text, const std::string& why,
-              Report* report) {
+void addFault(Code code, std::size_t at, std::string_view text, const char* why,
+              std::size_t max_findings, Report* report) {
   if (report == nullptr) return;
+  if (report->findings.size() >= max_findings) return report->leaveOut(severityOf(code));
   Finding& finding = report->findings.emplace_back();
   finding.code = code;
   finding.severity = severityOf(code);
@@ -21,13 +22,15 @@ void addFault(Code code, std::size_t at, std::string_view text, const std::strin
 
 }  // namespace
 
-std::optional<Packet> Packet::parse(std::string_view text, Report* report) {
+std::optional<Packet> Packet::parse(std::string_view text, Report* report,
+                                    std::size_t max_findings) {
   constexpr std::string_view kBlanks = " \t\r\n";
   Packet packet;
   bool good = true;
   const char* const start = text.data();
   const auto fault = [&](Code code, std::string_view piece, const char* why) {
-    addFault(code, static_cast<std::size_t>(piece.data() - start), piece, why, report);
+    addFault(code, static_cast<std::size_t>(piece.data() - start), piece, why, max_findings,
+             report);
     good = false;
   };
   while (true) {

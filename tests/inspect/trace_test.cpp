@@ -129,6 +129,11 @@ TEST(PacketTest, SaysWhatItCannotRead) {
   ASSERT_EQ(report.findings.size(), 2U);
   EXPECT_EQ(report.findings[0].path, "1:7");
   EXPECT_EQ(report.findings[1].path, "1:11");
+  report = {};
+  EXPECT_FALSE(Packet::parse("a b c", &report, 1));
+  EXPECT_EQ(report.findings.size(), 1U);
+  EXPECT_EQ(report.left_out, 2U);
+  EXPECT_EQ(report.worst(), Severity::kError);
 }
 
 // The document shows what is said.
