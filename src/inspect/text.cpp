@@ -126,6 +126,7 @@ class TextReader {
     return {place_.line, static_cast<std::size_t>(piece.data() - line_.data()) + 1};
   }
   bool fail(Code code, std::string_view piece, std::string message) {
+    if (!piece.empty() && piece.back() == '\r') message = "a carriage return ends no line here";
     groups_.fail(code, placeOf(piece), std::move(message));
     return false;
   }

@@ -99,7 +99,9 @@ entry 30 priority=60 if dst_l4_port=179/0 then permit
 entry 40 priority=60 if ttl=1 then deny
 """)
     with open("rules.txt", "rb") as file:
-        write("turned.txt", file.read().replace(b"priority=90", b"priority=110"))
+        rules = file.read()
+    write("turned.txt", rules.replace(b"priority=90", b"priority=110"))
+    write("lines.txt", rules.replace(b"\n", b"\r\n"))
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
 
@@ -184,8 +186,9 @@ TABLE = [
     ("diff none.txt one.bin", 1,
      "--- none.txt: no such group\n[^\n]*\n\\+group 1 [^\n]*\n(\\+entry [^\n]*\n){7}", NONE),
     ("diff empty one.bin", 1, "--- empty:1\n.*-group 0 [^\n]*\n\\+group 1 .*", MISSING),
-    ("diff g.bin", 2, NONE, "filter-inspect: FILE: [^\n]*2 required but received 1\n"),
-    ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE: [^\n]*2 required but received 3\n"),
+    ("diff rules.txt lines.txt", 2, NONE, "lines.txt:1:15: error: a carriage return [^\n]*\n"),
+    ("diff g.bin", 2, NONE, "filter-inspect: one more FILE is wanted\n"),
+    ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE is given too often\n"),
     ("diff - - <g.bin", 2, NONE, "filter-inspect: -: standard input is read once\n"),
     ("plan g.bin g.txt", 0, NONE, NONE),
     ("plan g.bin changed.txt", 0,
@@ -256,6 +259,8 @@ TABLE = [
     ("capabilities one.bin", 0, "(one.bin:1: entry [^\n]*ingress/3[^\n]*\n){7}", NONE),
     ("capabilities refused.bin --stage=ingress", 0,
      "(refused.bin:1: entry \\d+: fits ingress/3\n){7}", NONE),
+    ("capabilities --stage=1 --type=3", 0, "lookup does not admit type 3; [^\n]*\n", NONE),
+    ("capabilities empty", 0, NONE, r"(empty:1: warning: [^\n]*\[required-missing\]\n){4}"),
     ("capabilities g.txt --type=3", 1, ".*g.txt:2: entry 20: no stage .*", NONE),
     ("names stages types", 2, NONE, "filter-inspect: one argument too many: types\n"),
     ("names stages", 0, "   0  none\n   1  lookup\n   2  ingress\n   3  egress\n", NONE),
@@ -264,6 +269,8 @@ TABLE = [
     # --- Files that cannot be read
     ("show nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
     ("check nosuch.bin g.bin", 2, WHOLE, "filter-inspect: nosuch.bin: " + ENOENT),
+    ("capabilities lost.bin", 0, "(lost.bin:1: entry [^\n]*\n){7}",
+     r"lost.bin:1: warning: [^\n]*\[match-unknown\]\n"),
     ("check folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
     ("check ''", 2, NONE, "filter-inspect: '': " + ENOENT),
     ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n"),
@@ -322,10 +329,12 @@ TABLE = [
     ("check --max-bytes=99999999999999999999 g.bin", 2, NONE, ".*--max-bytes: '9{20}' .*"),
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
     ("check -- g.bin", 0, WHOLE, NONE),
-    ("--help", 0, ".*show.*check.*convert.*diff.*plan.*analyse.*trace.*capabilities.*names.*Exit.*", NONE),
+    ("--help", 0,
+     ".*show.*check.*convert.*diff.*plan.*analyse.*trace.*capabilities.*names.*Exit status.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
     # --- Colours
+    ("analyse g.bin --svg", 2, NONE, "filter-inspect: --svg: a value is missing\n"),
     ("diff g.bin changed.txt --color=always", 1,
      ".*\33\\[31m-entry 40 .*\33\\[32m\\+entry 40 .*", NONE),
     ("check lost.bin --color=always", 1, r"lost.bin:1: \x1b\[33mwarning\x1b\[0m: .*", NONE),

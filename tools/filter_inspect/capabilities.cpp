@@ -121,6 +121,15 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
+// Where entries fit is what is asked, so that it is no loss that their own group refuses them.
+void dropRefusals(Report* report) {
+  auto& all = report->findings;
+  const auto isRefusal = [](const Finding& finding) {
+    return finding.code == Code::kEntryRefused || finding.result != FILTERS_OK;
+  };
+  all.erase(std::remove_if(all.begin(), all.end(), isRefusal), all.end());
+}
+
 // Looks for the places of the entries of inputs.
 class Placer {
  public:
@@ -130,12 +139,13 @@ class Placer {
         stages_(chosen<filtersGroupStage_t>(options.stage)),
         types_(chosen<filtersGroupType_t>(options.type)) {}
 
-  void place(const Input& input) {
+  void place(Input& input) {
     Report all;
     for (const InputGroup& group : input.groups) {
       if (group.group) place(input, group, &all);
     }
-    if (input.isBroken()) tellLosses(input, &console_);
+    for (InputGroup& group : input.groups) dropRefusals(&group.report);
+    tellLosses(input, &console_);
     document_.push_back({input.file, input.groups.size(), std::move(all)});
   }
 
@@ -176,8 +186,7 @@ void declareCapabilities(CLI::App* command, Options* options) {
 Exit runCapabilities(const Options& options, Console* console) {
   if (!options.files.empty()) {
     Placer placer(options, console);
-    forEachInput(options, Severity::kWarning, console,
-                 [&](const Input& input) { placer.place(input); });
+    forEachInput(options, Severity::kWarning, console, [&](Input& input) { placer.place(input); });
     return placer.finish();
   }
   const Report tables = tablesOf(options);

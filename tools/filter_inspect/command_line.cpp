@@ -72,13 +72,23 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
   return "; did you mean " + nearest(word, candidates) + '?';
 }
 
+// The command line library's own sentence begins with whose arguments are too few or too many; an
+// option takes its last one, so that it can only have too few.
+std::string mismatch(std::string_view told) {
+  const std::string name(told.substr(0, told.find(':')));
+  if (name[0] == '-') return name + ": a value is missing";
+  const bool tooFew = told.find("At least") != told.npos;
+  return tooFew ? "one more " + name + " is wanted" : name + " is given too often";
+}
+
 // What was not understood, before what is lacking: that may be the same.
 std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   const std::vector<CLI::App*> parsed = app.get_subcommands();
   if (unknown.empty()) {
     const bool lacksCommand = parsed.empty() && error.get_name() == "RequiredError";
-    return lacksCommand ? "a command is missing; filter-inspect --help lists them" : error.what();
+    if (lacksCommand) return "a command is missing; filter-inspect --help lists them";
+    return error.get_name() == "ArgumentMismatch" ? mismatch(error.what()) : error.what();
   }
   const std::string& word = unknown.front();
   if (word.size() > 1 && word[0] == '-') {
@@ -123,11 +133,18 @@ void declareCommon(CLI::App* app, Options* options) {
   declareLimit(app, "--max-groups", &options->maxGroups, "How many groups of a file are read");
 }
 
+// Codes are known by their numbers too.
 template <class Enum>
 void declareCode(CLI::App* command, const char* name, std::string* value, const char* about) {
   std::vector<std::string> choices;
   for (const auto& code : FiltersInspect::namesOf<Enum>()) choices.emplace_back(code.second);
-  declareChoice(command, name, value, std::move(choices), about);
+  const auto nameOfNumber = [](std::string word) {
+    for (const auto& [code, itsName] : FiltersInspect::namesOf<Enum>()) {
+      if (word == std::to_string(static_cast<std::uint32_t>(code))) return std::string(itsName);
+    }
+    return word;
+  };
+  declareChoice(command, name, value, std::move(choices), about)->transform(nameOfNumber);
 }
 
 }  // namespace
