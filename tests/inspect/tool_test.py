@@ -221,7 +221,8 @@ TABLE = [
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
      "rules.txt:1: hit: entry 10\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
-     "rules.txt:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}", NONE),
+     "rules.txt:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}",
+     NONE),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
      "packets.txt:2: rules.txt:1: hit: entry 10\n"
      "packets.txt:4: rules.txt:1: undecided: entry 30 or 40\n"
@@ -231,6 +232,10 @@ TABLE = [
     ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
      "-:2: rules.txt:1: [^\n]*\n", r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
     ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
+    ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
+     "wrong.txt:1:7: [^\n]*\nwrong.txt: 1 more finding; --max-findings=N shows more\n"),
+    ("trace cut.bin --framing=be32 --order=ascending-id --packet=ttl=1", 2, "cut.bin:1: .*",
+     r"cut.bin:2: error: .*\[bytes-broken\]\n"),
      "filter-inspect: packets.txt: a line is longer .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl", 2, NONE,
      r"--packet:1:1: error: .*\[text-syntax\]\n"),
@@ -238,7 +243,9 @@ TABLE = [
      "filter-inspect: folder: Is a directory\n"),
     ("trace - --order=ascending-id --packets=-", 2, NONE, ".* standard input is read once\n"),
     ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required\n"),
-    ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: .*--packet,--packets.*"),
+    ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: either --packet or .*"),
+    ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
+     "filter-inspect: either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
      "---.*\\+entry 20 [^\n]*\nrules.txt:1: warning: entry 10: entry 20 [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.128[^\n]*\n.*"

@@ -59,14 +59,14 @@ Exit runAnalyse(const Options& options, Console* console) {
       how.max_findings = all.room();
       Report report = analyse(*group.group, how);
       console->hideProgress();
-      if (!options.picture.empty()) picture.add(group.place, *group.group, report);
+      if (options.picture) picture.add(group.place, *group.group, report);
       all.add(group, std::move(report), group.group->getEntriesRef().size(), console);
     }
     found = found || all.hasFound();
     if (!options.json) console->writeLine(all.summary() + restsOn(order));
     documents.push_back(all.take());
   });
-  if (!options.picture.empty()) writeTo(options.picture, picture.take(), console);
+  if (options.picture) writeTo(*options.picture, picture.take(), console);
   if (options.json && !documents.empty()) console->write(documents, order);
   return found ? kExitFound : kExitFine;
 }

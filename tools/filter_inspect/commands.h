@@ -42,8 +42,8 @@ struct Options {
   std::string enumeration;
   std::string order;
   bool overlaps = false;
-  std::string picture;
-  std::string packet;
+  std::optional<std::string> picture;
+  std::optional<std::string> packet;
   std::optional<std::string> packets;
   std::uint64_t maxSteps = 100000;
 };

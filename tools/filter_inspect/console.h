@@ -54,6 +54,8 @@ class Console {
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
   // What has been written so far is read by someone now.
   void flush();
+  // Whether that failed: nothing more can be written.
+  bool isClosed() const { return closed_; }
 
   // --- Trouble ---
 

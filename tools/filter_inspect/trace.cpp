@@ -97,7 +97,9 @@ class Packets {
   // `place` is where the packet stands, `line` counts from 1.
   void trace(std::string_view text, const std::string& place, std::size_t line) {
     Report faults;
-    const std::optional<Packet> packet = Packet::parse(text, &faults);
+    const std::optional<Packet> packet = Packet::parse(text, &faults, room_);
+    room_ -= faults.findings.size();
+    untold_.leaveOut(faults.left_out_worst, faults.left_out);
     for (Finding fault : faults.findings) {
       const std::size_t column = fault.path.find(':');
       fault.path = std::to_string(line) + fault.path.substr(column);
@@ -111,7 +113,9 @@ class Packets {
     }
   }
 
-  Exit finish() {
+  // `place` is where all packets stand.
+  Exit finish(const std::string& place) {
+    console_.aside(place, place, untold_);
     if (options_.json)
       console_.write({{input_.file, input_.groups.size(), std::move(report_)}}, orderOf(options_));
     return is_decided_ ? kExitFine : kExitFound;
@@ -175,6 +179,9 @@ class Packets {
   Console& console_;
   std::vector<Prepared> prepared_;
   Report report_;
+  // Of what cannot be read something is told, however few findings are wanted.
+  std::size_t room_ = std::max(options_.maxFindings, std::size_t{1});
+  Report untold_;
   bool is_decided_ = true;
 };
 
@@ -190,7 +197,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
   std::string line;
   // Whoever writes the packets one by one sees what became of each.
   const auto flush = [console] { console->flush(); };
-  for (std::size_t number = 1; lines.next(&line, flush); ++number) {
+  for (std::size_t number = 1; !console->isClosed() && lines.next(&line, flush); ++number) {
     if (isPacket(line)) packets->trace(line, file, number);
   }
   if (lines.error() != 0) {
@@ -207,30 +214,33 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
 void declareTrace(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, 1);
   declareOrder(command, options)->required();
-  CLI::Option_group* packets = command->add_option_group("packets");
-  packets->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
+  command->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
       ->take_last()
       ->option_text("PACKET");
-  packets->add_option("--packets", options->packets, "- or a file with a packet a line")
+  command->add_option("--packets", options->packets, "- or a file with a packet a line")
       ->take_last()
       ->option_text("FILE");
-  packets->require_option(1);
 }
 
 Exit runTrace(const Options& options, Console* console) {
+  if (options.packet.has_value() == options.packets.has_value()) {
+    console->trouble(Code::kUsage, "", "either --packet or --packets is wanted");
+    return kExitTrouble;
+  }
   if (options.packets == "-" && options.files[0] == "-") {
     console->trouble(Code::kUsage, "-", "standard input is read once");
     return kExitTrouble;
   }
-  const auto inputs = readWholeInputs(options, console);
-  if (!inputs) return kExitTrouble;
-  Packets packets(options, inputs->front(), console);
-  if (options.packets) {
-    traceLines(options, &packets, console);
-  } else {
-    packets.trace(options.packet, kPacketPlace, 1);
+  const std::vector<Input> inputs = readInputs(options, console);
+  if (inputs.empty()) return kExitTrouble;
+  tellLosses(inputs.front(), console);
+  Packets packets(options, inputs.front(), console);
+  if (options.packet) {
+    packets.trace(*options.packet, kPacketPlace, 1);
+    return packets.finish(kPacketPlace);
   }
-  return packets.finish();
+  traceLines(options, &packets, console);
+  return packets.finish(*options.packets);
 }
 
 }  // namespace FilterInspectTool
