@@ -14,6 +14,7 @@ import random
 import re
 import resource
 import select
+import signal
 import struct
 import subprocess
 import sys
@@ -473,6 +474,27 @@ def try_output():
         done = inspect(*command, stdout=writer)
         os.close(writer)
         expect(f"{command} | true", done.returncode == 2 and b"Broken pipe" in done.stderr)
+    with subprocess.Popen(["yes", "ttl=1"], stdout=subprocess.PIPE) as endless:
+        with open("/dev/full", "wb") as full:
+            done = run(tool, "trace", "g.bin", "--order=ascending-id", "--packets=-",
+                       stdin=endless.stdout, stdout=full, stderr=subprocess.PIPE)
+        endless.kill()
+    expect("packets that nobody reads of", done.returncode == 2 and b"No space left" in done.stderr)
+
+
+def try_interrupt():
+    """What is interrupted while it writes leaves nothing beside its file."""
+    rules = "".join(f"entry {rule} priority=1 if ttl=1 then permit\n" for rule in range(20000))
+    head = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n"
+    write("wide.txt", (head + rules).encode())
+    os.mkdir("written")
+    done = subprocess.Popen([*emulator, tool, "convert", "wide.txt", "--to=json", "-o",
+                             "written/wide.json"], env=run_env)
+    while not os.listdir("written") and done.poll() is None:
+        pass
+    done.send_signal(signal.SIGINT)
+    done.wait(60)
+    expect("nothing stays", set(os.listdir("written")) <= {"wide.json"}, os.listdir("written"))
 
 
 def try_picture():
@@ -592,6 +614,7 @@ def main():
         try_manual()
         try_start()
         os.chdir("/")
+        try_interrupt()
     print(f"{len(TABLE) + len(DOCUMENTS)} command lines, {len(failures)} failures")
     return 1 if failures else 0
 

@@ -6,15 +6,33 @@
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <utility>
 
 namespace FilterInspectTool {
 namespace {
 
-// A file that is there whole or not at all: it is written under another name beside its own. What
-// is no file, as a terminal or a pipe, is written as it is.
+// Who interrupts the program waits until this ends.
+class Uninterrupted {
+ public:
+  Uninterrupted() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&signals, signal);
+    ::sigprocmask(SIG_BLOCK, &signals, &before_);
+  }
+  Uninterrupted(const Uninterrupted&) = delete;
+  Uninterrupted& operator=(const Uninterrupted&) = delete;
+  ~Uninterrupted() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+ private:
+  sigset_t before_;
+};
+
+// A file that is there whole or not at all: it is written under another name beside its own, which
+// does not stay behind. What is no file, as a terminal or a pipe, is written as it is.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& name) : name_(name) {
@@ -28,6 +46,7 @@ class OutputFile {
     char resolved[PATH_MAX];  // a link stays one
     if (exists && ::realpath(name.c_str(), resolved) != nullptr) name_ = resolved;
     temporary_ = name_ + ".XXXXXX";
+    uninterrupted_.emplace();
     handle_ = ::mkstemp(temporary_.data());
     error_ = errno;
     if (handle_ < 0) temporary_.clear();
@@ -54,6 +73,7 @@ class OutputFile {
     return 0;
   }
  private:
+  std::optional<Uninterrupted> uninterrupted_;  // as long as there may be a temporary file
   std::string name_;
   std::string temporary_;
   mode_t mode_ = 0;
