@@ -232,11 +232,11 @@ TABLE = [
      "-:2: g.bin:1: [^\n]*\n-:2: g.bin:2: [^\n]*\n-:4: .*-:5: .*", NONE),
     ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
      "-:2: rules.txt:1: [^\n]*\n", r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
-    ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
     ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
      "wrong.txt:1:7: [^\n]*\nwrong.txt: 1 more finding; --max-findings=N shows more\n"),
     ("trace cut.bin --framing=be32 --order=ascending-id --packet=ttl=1", 2, "cut.bin:1: .*",
      r"cut.bin:2: error: .*\[bytes-broken\]\n"),
+    ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
      "filter-inspect: packets.txt: a line is longer .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl", 2, NONE,
      r"--packet:1:1: error: .*\[text-syntax\]\n"),
@@ -259,6 +259,8 @@ TABLE = [
     # --- What is admitted, and what it is called
     ("capabilities --stage lookup --type 3", 0,
      "lookup does not admit type 3; it admits types none, 4, 6\n", NONE),
+    ("capabilities --stage=1 --type=3", 0, "lookup does not admit type 3; [^\n]*\n", NONE),
+    ("capabilities empty", 0, NONE, r"(empty:1: warning: [^\n]*\[required-missing\]\n){4}"),
     ("capabilities --type=6", 0,
      "type 6 admits the matches all, .*vlan_tagging\n.*none, lookup\n", NONE),
     ("capabilities --stage=egress", 0,
@@ -267,8 +269,8 @@ TABLE = [
     ("capabilities one.bin", 0, "(one.bin:1: entry [^\n]*ingress/3[^\n]*\n){7}", NONE),
     ("capabilities refused.bin --stage=ingress", 0,
      "(refused.bin:1: entry \\d+: fits ingress/3\n){7}", NONE),
-    ("capabilities --stage=1 --type=3", 0, "lookup does not admit type 3; [^\n]*\n", NONE),
-    ("capabilities empty", 0, NONE, r"(empty:1: warning: [^\n]*\[required-missing\]\n){4}"),
+    ("capabilities lost.bin", 0, "(lost.bin:1: entry [^\n]*\n){7}",
+     r"lost.bin:1: warning: [^\n]*\[match-unknown\]\n"),
     ("capabilities g.txt --type=3", 1, ".*g.txt:2: entry 20: no stage .*", NONE),
     ("names stages types", 2, NONE, "filter-inspect: one argument too many: types\n"),
     ("names stages", 0, "   0  none\n   1  lookup\n   2  ingress\n   3  egress\n", NONE),
@@ -277,8 +279,6 @@ TABLE = [
     # --- Files that cannot be read
     ("show nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
     ("check nosuch.bin g.bin", 2, WHOLE, "filter-inspect: nosuch.bin: " + ENOENT),
-    ("capabilities lost.bin", 0, "(lost.bin:1: entry [^\n]*\n){7}",
-     r"lost.bin:1: warning: [^\n]*\[match-unknown\]\n"),
     ("check folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
     ("check ''", 2, NONE, "filter-inspect: '': " + ENOENT),
     ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n"),
@@ -333,6 +333,7 @@ TABLE = [
     ("capabilities --type=12", 2, NONE, ".*did you mean [12]\\?\n"),
     ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
     ("show", 2, NONE, "filter-inspect: FILE is required\n"),
+    ("analyse g.bin --svg", 2, NONE, "filter-inspect: --svg: a value is missing\n"),
     ("check --max-groups=x g.bin", 2, NONE, "filter-inspect: --max-groups: 'x' [^\n]{,40}\n"),
     ("check --max-bytes=99999999999999999999 g.bin", 2, NONE, ".*--max-bytes: '9{20}' .*"),
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
@@ -342,7 +343,6 @@ TABLE = [
     ("check --help", 0, ".*--stage.*", NONE),
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
     # --- Colours
-    ("analyse g.bin --svg", 2, NONE, "filter-inspect: --svg: a value is missing\n"),
     ("diff g.bin changed.txt --color=always", 1,
      ".*\33\\[31m-entry 40 .*\33\\[32m\\+entry 40 .*", NONE),
     ("check lost.bin --color=always", 1, r"lost.bin:1: \x1b\[33mwarning\x1b\[0m: .*", NONE),
@@ -509,10 +509,16 @@ def try_picture():
     texts = [text.text for text in root.iter(svg + "text")]
     expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
     expect("its marks", marks[:4] == ["plain", "unreachable", "tie", "tie"], marks)
-    expect("its words", {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:1: group 7'} <= set(texts), texts)
-    for place, trouble in (("folder", b"Is a directory"), ("-", b"takes the report")):
+    words = {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:1: group 7', "never takes effect: 10"}
+    expect("its words", words <= set(texts), texts)
+    inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
+    foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
+    expect("what it leaves out", "rows by id" in foot and foot.endswith("1 finding left out"), foot)
+    for place, trouble in (("folder", b"Is a directory"), ("-", b"takes the report"),
+                           ("", b"No such file")):
         done = inspect("analyse", "g.bin", "--svg", place)
-        expect(f"no picture to {place}", done.returncode == 2 and trouble in done.stderr, done.stderr)
+        expect(f"no picture to {place}", done.returncode == 2 and trouble in done.stderr,
+               done.stderr)
 
 
 def on_terminal(*arguments, **environment):
@@ -608,13 +614,13 @@ def main():
         try_documents()
         try_forms()
         try_output()
+        try_interrupt()
         try_picture()
         try_terminal()
         try_progress()
         try_manual()
         try_start()
         os.chdir("/")
-        try_interrupt()
     print(f"{len(TABLE) + len(DOCUMENTS)} command lines, {len(failures)} failures")
     return 1 if failures else 0
 

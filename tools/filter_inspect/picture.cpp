@@ -4,6 +4,7 @@
 #include <filter_inspect/filter_text.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <tuple>
@@ -32,44 +33,48 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-// Of what is told of one entry the worst is drawn.
-enum class Mark { kNone, kRedundant, kTie, kUnreachable };
+// Of what is told of one entry the worst is drawn, which stands last here.
 struct Look {
+  Code code;
   const char* style;
   const char* meaning;
 };
-Look lookOf(Mark mark) {
-  switch (mark) {
-    case Mark::kUnreachable:
-      return {"unreachable", "never takes effect"};
-    case Mark::kTie:
-      return {"tie", "ties"};
-    case Mark::kRedundant:
-      return {"redundant", "redundant"};
-    case Mark::kNone:
-      break;
-  }
-  return {"plain", ""};
-}
+constexpr Look kLooks[] = {
+    {Code::kValueUnusual, "noted", "unusual value"},
+    {Code::kEntriesOverlap, "noted", "overlaps"},
+    {Code::kNotDecided, "noted", "not decided"},
+    {Code::kEntryRedundant, "redundant", "redundant"},
+    {Code::kEntriesTie, "tie", "ties"},
+    {Code::kEntryUnreachable, "unreachable", "never takes effect"},
+};
 
 struct Row {
   filtersEntryId_t id;
   filtersEntryPriority_t priority;
   std::map<filtersMatch_t, std::string> values;
-  std::string actions;
-  Mark mark = Mark::kNone;
-  std::string why;
+  std::string actions, policer, parent;
+  const Look* look = nullptr;
+  std::string found, why;
 };
+
+// The id that the comment of a line tells of a policer.
+std::string idIn(std::string_view line, std::string_view which) {
+  std::string_view comment = line.substr(std::min(line.find('#'), line.size()));
+  const std::size_t at = comment.rfind(which);
+  if (at == comment.npos) return "yes";
+  comment.remove_prefix(at + which.size());
+  return std::string(comment.substr(0, comment.find_first_of(" ,")));
+}
 
 // The line of an entry in the text form, taken apart: no value has a blank in it.
 Row rowOf(const FiltersEntry& entry) {
-  Row row{entry.getId(), entry.getPriority(), {}, {}, Mark::kNone, {}};
-  std::istringstream words(toText(entry));
+  Row row{entry.getId(), entry.getPriority(), {}, {}, {}, {}, nullptr, {}, {}};
+  const std::string line = toText(entry);
+  std::istringstream words(line);
   std::string part;
   for (std::string word; words >> word && word != "#";) {
     if (word == "if" || word == "then" || word == "count" || word == "police" || word == "parent") {
       part = word;
-      if (word == "police") row.actions += (row.actions.empty() ? "police" : " police");
     } else if (part == "if") {
       const std::size_t sign = std::min(word.find('='), word.size());
       if (const auto match = fromName<filtersMatch_t>(word.substr(0, sign))) {
@@ -77,6 +82,10 @@ Row rowOf(const FiltersEntry& entry) {
       }
     } else if (part == "then") {
       row.actions += (row.actions.empty() ? "" : " ") + word;
+    } else if (part == "police") {
+      row.policer = idIn(line, " policer ");
+    } else if (part == "parent") {
+      row.parent = idIn(line, " parent ");
     }
   }
   return row;
@@ -85,23 +94,27 @@ Row rowOf(const FiltersEntry& entry) {
 void mark(const Report& report, std::vector<Row>* rows) {
   std::map<filtersEntryId_t, Row*> byId;
   for (Row& row : *rows) byId[row.id] = &row;
-  const auto set = [&byId](filtersEntryId_t id, Mark mark, const std::string& why) {
-    const auto row = byId.find(id);
-    if (row == byId.end() || row->second->mark >= mark) return;
-    row->second->mark = mark;
-    row->second->why = why;
+  const auto set = [&byId](filtersEntryId_t id, const Look* look,
+                           const std::vector<std::uint32_t>& others, const std::string& why) {
+    const auto found = byId.find(id);
+    if (found == byId.end()) return;
+    Row& row = *found->second;
+    if (row.look != nullptr && row.look > look) return;
+    if (row.look != look) {
+      row.look = look;
+      row.found = look->meaning + std::string(others.empty() ? "" : ":");
+      row.why = why;
+    }
+    for (std::uint32_t other : others) row.found += ' ' + std::to_string(other);
   };
   for (const Finding& finding : report.findings) {
-    if (!finding.entry) continue;
-    if (finding.code == Code::kEntryUnreachable) {
-      set(*finding.entry, Mark::kUnreachable, finding.message);
-    } else if (finding.code == Code::kEntryRedundant) {
-      set(*finding.entry, Mark::kRedundant, finding.message);
-    } else if (finding.code == Code::kEntriesTie) {
-      set(*finding.entry, Mark::kTie, finding.message);
-      for (std::uint32_t other : finding.others) {
-        set(other, Mark::kTie, "ties with entry " + std::to_string(*finding.entry));
-      }
+    const Look* look = std::find_if(std::begin(kLooks), std::end(kLooks),
+                                    [&](const Look& one) { return one.code == finding.code; });
+    if (!finding.entry || look == std::end(kLooks)) continue;
+    set(*finding.entry, look, finding.others, finding.message);
+    if (finding.code != Code::kEntriesTie) continue;
+    for (std::uint32_t other : finding.others) {
+      set(other, look, {*finding.entry}, "ties with entry " + std::to_string(*finding.entry));
     }
   }
 }
@@ -131,7 +144,7 @@ struct Column {
 std::vector<Column> columnsOf(const std::vector<Row>& rows) {
   std::vector<Column> columns = {{"entry", {}}, {"priority", {}}};
   std::map<filtersMatch_t, Column> fields;
-  Column actions{"then", {}}, found{"found", {}};
+  Column actions{"then", {}}, policer{"policer", {}}, parent{"parent", {}}, found{"found", {}};
   for (const Row& row : rows) {
     for (const auto& [match, value] : row.values) fields[match].name = nameOf(match);
   }
@@ -143,10 +156,18 @@ std::vector<Column> columnsOf(const std::vector<Row>& rows) {
       column.cells.push_back(value == row.values.end() ? "" : value->second);
     }
     actions.cells.push_back(row.actions);
-    found.cells.emplace_back(lookOf(row.mark).meaning);
+    policer.cells.push_back(row.policer);
+    parent.cells.push_back(row.parent);
+    found.cells.push_back(row.found);
   }
   for (auto& [match, column] : fields) columns.push_back(std::move(column));
   columns.push_back(std::move(actions));
+  for (Column* column : {&policer, &parent}) {
+    const auto isSet = [](const std::string& cell) { return !cell.empty(); };
+    if (std::any_of(column->cells.begin(), column->cells.end(), isSet)) {
+      columns.push_back(std::move(*column));
+    }
+  }
   columns.push_back(std::move(found));
   return columns;
 }
@@ -156,9 +177,8 @@ constexpr char kStyle[] =
     "text { font: 12px monospace; fill: #222 }\n"
     ".title { font-weight: bold; font-size: 14px }\n"
     ".head { fill: #666 }\n"
-    "rect.plain { fill: #f6f6f6 } rect.redundant { fill: #dde6f0 }\n"
+    "rect.plain { fill: #f6f6f6 } rect.noted { fill: #fbf7d2 } rect.redundant { fill: #dde6f0 }\n"
     "rect.tie { fill: #ffe3ad } rect.unreachable { fill: #f6c4c0 }\n"
-    "text.unreachable { text-decoration: line-through }\n"
     "</style>\n";
 
 }  // namespace
@@ -179,6 +199,7 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
   for (const auto& [id, entry] : group.getEntriesRef()) rows.push_back(rowOf(entry));
   sort(order_, &rows);
   mark(report, &rows);
+  left_out_ += report.left_out;
   const std::vector<Column> columns = columnsOf(rows);
   std::size_t wide = 0;
   for (const Column& column : columns) wide += column.width();
@@ -194,7 +215,7 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
   }
   for (std::size_t i = 0; i < rows.size(); ++i) {
     y_ += kRow;
-    const char* style = lookOf(rows[i].mark).style;
+    const char* style = rows[i].look == nullptr ? "plain" : rows[i].look->style;
     body_ += "<g><rect x=\"" + std::to_string(kMargin - 6) + "\" y=\"" + std::to_string(y_) +
              "\" width=\"" + std::to_string(wide) + "\" height=\"" + std::to_string(kRow - 2) +
              "\" class=\"" + style + "\"/>\n";
@@ -211,8 +232,10 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
 }
 
 std::string Picture::take() const {
-  const std::string foot =
-      "order: " + std::string(nameOf(order_)) + "; assumptions A1-A4: filter-inspect(1)";
+  std::string foot = "order: " + std::string(nameOf(order_)) +
+                     (order_ == Order::kUnspecified ? ", rows by id" : "") +
+                     "; assumptions A1-A4: filter-inspect(1)";
+  if (left_out_ != 0) foot += "; " + counted(left_out_, "finding") + " left out";
   const std::size_t width = std::max(width_, foot.size() * kLetter + kMargin) + kMargin;
   const std::size_t height = y_ + kRow + 2 * kMargin;
   const std::string size = std::to_string(width) + ' ' + std::to_string(height);

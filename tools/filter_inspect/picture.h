@@ -26,6 +26,7 @@ class Picture {
   const FiltersInspect::Order order_;
   std::string body_;
   std::size_t width_ = 0, y_ = 0;
+  std::size_t left_out_ = 0;  // findings that are not drawn
 };
 
 }  // namespace FilterInspectTool
