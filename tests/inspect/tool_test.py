@@ -562,8 +562,8 @@ def address(bits):
 
 
 def try_progress():
-    """Work beyond a second shows on a terminal: to wait for a file, and to find out what rules
-    leave whose masks are as three bits chosen at random."""
+    """Work beyond a second shows on a terminal: to wait for a file or for packets, and to find
+    out what rules leave whose masks are as three bits chosen at random."""
     chance = random.Random(1)
     text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n"
     for rule in range(1000):
@@ -577,6 +577,9 @@ def try_progress():
     expect("it waits for a file", waits)
     works = seen_on_terminal(rb"analysing hard\.txt:1 \.\.\. \d+ %", "analyse", "hard.txt",
                              "--order=highest-priority", "--max-steps=1000000000")
+    reads = seen_on_terminal(rb"reading - \.\.\.", "trace", "g.bin", "--order=ascending-id",
+                             "--packets=-")
+    expect("it waits for packets", reads)
     expect("it analyses", works)
 
 

@@ -94,8 +94,11 @@ Finding findingOf(Code code, std::string message) {
 
 // --- Results -------------------------------------------------------------------------------------
 
+Console::Console(const Options* options)
+    : options_(*options), sharesTerminal_(::isatty(STDOUT_FILENO) != 0) {}
+
 void Console::write(std::string_view text) {
-  hideProgress();
+  if (sharesTerminal_) hideProgress();
   results_ += text;
   if (results_.size() >= kWrittenAtOnce) flush();
 }

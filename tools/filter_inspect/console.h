@@ -41,7 +41,7 @@ Finding findingOf(Code code, std::string message);
 class Console {
  public:
   // The options are looked at when something is said.
-  explicit Console(const Options* options) : options_(*options) {}
+  explicit Console(const Options* options);
 
   // --- Results ---
 
@@ -88,7 +88,8 @@ class Console {
   void say(const std::string& text);
 
   const Options& options_;
-  std::string results_;  // not yet written
+  const bool sharesTerminal_;  // whether results stand where the progress line does
+  std::string results_;        // not yet written
   std::vector<ReportInput> troubles_;
   bool failed_ = false;
   bool closed_ = false;  // standard output takes no more

@@ -195,6 +195,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
   const std::string& file = *options.packets;
   Lines lines(file, options.maxBytes);
   std::string line;
+  console->showProgress(file);
   // Whoever writes the packets one by one sees what became of each.
   const auto flush = [console] { console->flush(); };
   for (std::size_t number = 1; !console->isClosed() && lines.next(&line, flush); ++number) {
