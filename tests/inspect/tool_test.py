@@ -238,6 +238,8 @@ TABLE = [
      r"cut.bin:2: error: .*\[bytes-broken\]\n"),
     ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
      "filter-inspect: packets.txt: a line is longer .*"),
+    ("trace rules.txt --order=ascending-id --packet=\33[31m", 2, NONE,
+     r"--packet:1:1: error: '\?\[31m': .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl", 2, NONE,
      r"--packet:1:1: error: .*\[text-syntax\]\n"),
     ("trace rules.txt --order=ascending-id --packets=folder", 2, NONE,
@@ -575,11 +577,11 @@ def try_progress():
     write("hard.txt", text.encode())
     waits = seen_on_terminal(rb"reading - \.\.\.", "show", "-")
     expect("it waits for a file", waits)
-    works = seen_on_terminal(rb"analysing hard\.txt:1 \.\.\. \d+ %", "analyse", "hard.txt",
-                             "--order=highest-priority", "--max-steps=1000000000")
     reads = seen_on_terminal(rb"reading - \.\.\.", "trace", "g.bin", "--order=ascending-id",
                              "--packets=-")
     expect("it waits for packets", reads)
+    works = seen_on_terminal(rb"analysing hard\.txt:1 \.\.\. \d+ %", "analyse", "hard.txt",
+                             "--order=highest-priority", "--max-steps=1000000000")
     expect("it analyses", works)
 
 

@@ -225,11 +225,13 @@ std::string Console::painted(int stream, std::string_view text, Color color) con
 }
 
 std::string Console::lineOf(int stream, const std::string& place, const Finding& finding) const {
-  std::ostringstream line;
-  line << finding;
+  std::ostringstream os;
+  os << finding;
+  std::string line = os.str();
+  line.pop_back();  // its end
   const std::string_view severity = nameOf(finding.severity);
   return printable(place) + ": " + painted(stream, severity, colorOf(finding.severity)) +
-         line.str().substr(severity.size());
+         printable(line.substr(severity.size())) + '\n';
 }
 
 void Console::keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut) {
