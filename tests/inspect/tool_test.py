@@ -516,6 +516,9 @@ def try_picture():
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
     expect("what it leaves out", "rows by id" in foot and foot.endswith("1 finding left out"), foot)
+    inspect("analyse", "nosuch.bin", "--svg=left.svg")
+    foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
+    expect("no picture of nothing", foot.endswith("1 finding left out"), foot)
     for place, trouble in (("folder", b"Is a directory"), ("-", b"takes the report"),
                            ("", b"No such file")):
         done = inspect("analyse", "g.bin", "--svg", place)

@@ -66,8 +66,9 @@ Exit runAnalyse(const Options& options, Console* console) {
     if (!options.json) console->writeLine(all.summary() + restsOn(order));
     documents.push_back(all.take());
   });
+  if (documents.empty()) return kExitTrouble;
   if (options.picture) writeTo(*options.picture, picture.take(), console);
-  if (options.json && !documents.empty()) console->write(documents, order);
+  if (options.json) console->write(documents, order);
   return found ? kExitFound : kExitFine;
 }
 

@@ -183,8 +183,9 @@ void declareNumber(CLI::App* to, const char* name, std::uint64_t* value, const s
 }
 
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {
-  CLI::Option* files = command->add_option("FILE", options->files, "- or a path");
-  files->expected(atLeast, atMost)->option_text(atMost == 1 ? "" : "...");
+  CLI::Option* files =
+      command->add_option("FILE", options->files, "A path, or - for standard input");
+  files->expected(atLeast, atMost)->option_text(atMost == 1 ? " " : "...");
   if (atLeast > 0) files->required();
 }
 
