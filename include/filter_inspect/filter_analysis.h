@@ -64,7 +64,7 @@ struct AnalysisOptions {
   bool overlaps = false;             // also every pair that overlaps and is treated differently
   std::size_t max_findings = 1000;   // more are counted in Report::left_out
   std::uint64_t max_steps = 100000;  // a rule that would take more is kNotDecided
-  // Called now and then, with how many rules of how many have been dealt with.
+  // Called before each part of the work on each rule, with how many parts of how many are done.
   std::function<void(std::size_t done, std::size_t all)> progress;
 };
 

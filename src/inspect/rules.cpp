@@ -206,8 +206,7 @@ Cut::Outcome Cuts::runShortly(SetId a, SetId b, std::vector<Candidate>* candidat
 }
 
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {
-  constexpr std::size_t kRulesACall = 64;
-  if (options.progress && done % kRulesACall == 0) options.progress(done, all);
+  if (options.progress) options.progress(done, all);
 }
 
 std::string entriesText(const std::vector<std::uint32_t>& ids) {

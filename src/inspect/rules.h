@@ -97,7 +97,7 @@ class Cuts {
   std::uint64_t of_one_, of_all_;
 };
 
-// Calls the progress function, if it is time.
+// Calls the progress function, if there is one.
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all);
 
 // "entry 10", "entries 10, 20 and 30", "entries 1, 2, 3, 4 and 60 more".
