@@ -50,6 +50,14 @@ inline bool endRefusal() {
   peak = std::max(peak, held);
   return block;
 }
+// As the C++ library has it, of which sanitizers have one of their own.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 [[gnu::noinline]] void operator delete(void* block) noexcept {
   if (block == nullptr) return;
   --memory::live;
