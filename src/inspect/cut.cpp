@@ -7,8 +7,16 @@ namespace {
 
 // Below 1 by more than what rounding can have made of a sum of shares.
 constexpr double kSurelyLess = 1 - 1e-9;
-// So many candidates are looked at in one step.
-constexpr std::size_t kCandidatesAStep = 64;
+// So many ranges are looked at in one step.
+constexpr std::uint64_t kLooksAStep = 256;
+
+// The first range behind `range`, which ends before the value, that does not.
+const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
+  std::ptrdiff_t stride = 1;
+  for (; stride < end - range && range[stride].last < value; stride *= 2) range += stride;
+  return std::lower_bound(range + 1, std::min(range + stride, end), value,
+                          [](const Space::Range& one, std::uint32_t v) { return one.last < v; });
+}
 
 // What the first list of ranges has alone, behind `out`.
 void appendRest(const Space::Range* a, std::size_t aCount, const Space::Range* b,
@@ -44,23 +52,29 @@ void Cut::begin(SetId a, SetId b, std::size_t candidates) {
 }
 
 // How many ranks a span and a term share.
-std::uint32_t Cut::shared(const Span& span, const Space::Term& term) const {
+std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   const Space::Range* a = &ranges_[span.begin];
   const Space::Range* aEnd = a + span.count;
   const Space::Range* b = space_.ranges() + term.begin;
   const Space::Range* bEnd = b + term.count;
+  ++looks_;
   if (aEnd[-1].last < term.first || term.last < a->first) return 0;
   std::uint32_t count = 0;
-  while (a != aEnd && b != bEnd) {
-    const std::uint32_t first = std::max(a->first, b->first), last = std::min(a->last, b->last);
-    if (first <= last) count += last - first + 1;
-    ++(a->last < b->last ? a : b);
+  for (; a != aEnd && b != bEnd; ++looks_) {
+    if (a->last < b->first) {
+      a = reach(a, aEnd, b->first);
+    } else if (b->last < a->first) {
+      b = reach(b, bEnd, a->first);
+    } else {
+      count += std::min(a->last, b->last) - std::max(a->first, b->first) + 1;
+      ++(a->last < b->last ? a : b);
+    }
   }
   return count;
 }
 
 // The share that a set has in what remains, 0 only when they do not meet.
-double Cut::shareOf(SetId set, bool* whole) const {
+double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;
   *whole = true;
@@ -120,6 +134,17 @@ bool Cut::pushNextRest() {
 
     const std::uint32_t size = span.size - common;
     was_.assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);
+    if (frames_.back().next == space_.end(frames_.back().taken)) {
+      // Nobody needs the frame any more: it becomes what lies outside.
+      const bool own = span.begin >= frames_.back().ranges;
+      if (own && span.begin + span.count == ranges_.size()) ranges_.resize(span.begin);
+      span.begin = static_cast<std::uint32_t>(ranges_.size());
+      appendRest(was_.data(), was_.size(), taken, term.count, &ranges_);
+      span.count = static_cast<std::uint32_t>(ranges_.size()) - span.begin;
+      span.size = size;
+      frames_.back().taken = kNothing;
+      return true;
+    }
     span.begin = static_cast<std::uint32_t>(ranges_.size());
     appendShared(was_.data(), was_.size(), taken, term.count, &ranges_);
     span.count = static_cast<std::uint32_t>(ranges_.size()) - span.begin;
@@ -149,10 +174,10 @@ Cut::Outcome Cut::run(SetId a, SetId b, std::vector<Candidate>* candidates, bool
   begin(a, b, candidates->size());
   while (!frames_.empty()) {
     if (frames_.back().taken == kNothing) {
-      const std::uint64_t steps = 1 + frames_.back().candidates / kCandidatesAStep;
-      steps_left_ -= std::min(steps, steps_left_);
-      if (steps_left_ == 0) return Outcome::kUndecided;
+      looks_ = 0;
       const Chosen chosen = choose(candidates);
+      steps_left_ -= std::min(1 + looks_ / kLooksAStep, steps_left_);
+      if (steps_left_ == 0) return Outcome::kUndecided;
       at_ = chosen.candidate.set;
       if (at_ == kNothing) {
         if (watcher == nullptr || !watcher->left(*this)) return Outcome::kLeft;

@@ -197,13 +197,14 @@ class Cut {
   Span* spans() { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
   const Span* spans() const { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
   Chosen choose(std::vector<Candidate>* candidates);
-  std::uint32_t shared(const Span& span, const Space::Term& term) const;
-  double shareOf(SetId set, bool* whole) const;
+  std::uint32_t shared(const Span& span, const Space::Term& term);
+  double shareOf(SetId set, bool* whole);
   bool pushNextRest();
   void pop();
 
   const Space& space_;
   std::uint64_t steps_left_;
+  std::uint64_t looks_ = 0;  // at ranges, in this step
   std::vector<Frame> frames_;
   std::vector<Span> spans_;  // of each frame, a dimension each
   std::vector<Space::Range> ranges_;

@@ -282,6 +282,29 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
   EXPECT_EQ(cut.run(all, &list, false), Outcome::kNothingLeft);
 }
 
+// A step is so much work, however many ranges a set has; one of few is found among many in no time.
+TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
+  constexpr std::uint64_t kRanges = 4096;
+  Space space({{16, false}});
+  Asked every, nearly;
+  std::vector<SetId> single;
+  for (std::uint64_t i = 0; i < kRanges; ++i) {
+    every.push_back({0, false, 4 * i, 4 * i});
+    nearly.push_back({0, false, 4 * i + (i % 2), 4 * i + 1});
+    if (i % 64 == 0) single.push_back(space.add({every.back()}));
+  }
+  const SetId inner = space.add(every), outer = space.add(nearly);
+  space.seal();
+  const auto outcome = [&](std::uint64_t steps, std::vector<Candidate> list) {
+    return Cut(space, steps).run(inner, &list, false);
+  };
+  EXPECT_EQ(outcome(10, {{outer, 0, false, 0}}), Outcome::kUndecided);
+  EXPECT_EQ(outcome(100, {{outer, 0, false, 0}}), Outcome::kLeft);
+  std::vector<Candidate> few;
+  for (SetId set : single) few.push_back({set, 0, false, 0});
+  EXPECT_EQ(outcome(200, few), Outcome::kLeft);
+}
+
 // 128-bit addresses are two fields, and the upper values of a field of 64 bits are no special case.
 TEST_F(SpaceTest, TakesFieldsOf64Bits) {
   const std::uint64_t kMost = ~std::uint64_t{0};
