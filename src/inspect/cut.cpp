@@ -59,6 +59,9 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   const Space::Range* bEnd = b + term.count;
   ++looks_;
   if (aEnd[-1].last < term.first || term.last < a->first) return 0;
+  if (span.count == 1 && term.count == 1) {
+    return std::min(a->last, term.last) - std::max(a->first, term.first) + 1;
+  }
   std::uint32_t count = 0;
   for (; a != aEnd && b != bEnd; ++looks_) {
     if (a->last < b->first) {
