@@ -308,7 +308,8 @@ void FiltersEntry::serialize(std::string* out) const {
   MessageArena arena;
   auto* message = arena.make<FiltersEntryPB>();
   convertToFiltersEntryPB(message);
-  static_cast<void>(message->SerializeToString(out));
+  out->clear();
+  static_cast<void>(message->AppendToString(out));
 }
 
 void FiltersEntry::serialize(FiltersSerialized* out) const {

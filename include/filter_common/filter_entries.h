@@ -202,7 +202,7 @@ class FILTERS_API FiltersEntry {
   friend class FiltersGroup;  // validates the held matches and actions
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry);
 
-  void parse(const char* bytes, std::size_t size);
+  FILTERS_INTERNAL void parse(const char* bytes, std::size_t size);
   const Match* findMatch(filtersMatch_t code) const;
   const Action* findAction(filtersAction_t code) const;
   bool isL3Compatible(filtersMatch_t code) const;

@@ -91,9 +91,9 @@ class FILTERS_API MatchPorts : public Match {
   FILTERS_NODISCARD filtersErr_t setPorts(const std::list<limid_t>& ports);
   bool operator==(const MatchPorts& other) const;
  protected:
-  void appendTo(MatchPB* message) const;
-  void appendFrom(const MatchPB& message, bool withExcludedTypes);
-  void print(std::ostream& os) const;
+  FILTERS_INTERNAL void appendTo(MatchPB* message) const;
+  FILTERS_INTERNAL void appendFrom(const MatchPB& message, bool withExcludedTypes);
+  FILTERS_INTERNAL void print(std::ostream& os) const;
  private:
   std::vector<limid_t> ports_;
   std::vector<port_type_t> excludedPortTypes_;
@@ -329,7 +329,7 @@ class FILTERS_API MatchVlanId : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  protected:
-  void print(std::ostream& os) const;
+  FILTERS_INTERNAL void print(std::ostream& os) const;
  private:
   std::vector<unsigned short> vlanIds_;  // ascending, each once
 };

@@ -26,6 +26,8 @@
 
 // Marks what the shared library exports; everything else stays hidden inside it.
 #define FILTERS_API __attribute__((visibility("default")))
+// Keeps back a member of an exported class that is no part of its interface.
+#define FILTERS_INTERNAL __attribute__((visibility("hidden")))
 
 // Marks what may refuse: C++ compilers warn where its result is ignored. Programs that define
 // FILTERS_NO_NODISCARD, before the first header of the library, are not warned.
