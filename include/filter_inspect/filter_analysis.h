@@ -96,9 +96,9 @@ FILTERS_API Report unusualValues(const FiltersCommon::FiltersGroup& group,
                                  std::size_t max_findings = 1000);
 
 // Packets that the two groups treat differently: a finding (kTreatmentDiffers) for each pair of
-// rules, that of `a` in `entry` and that of `b` in `others`, with a packet. Where no rule takes the
-// packet on one side, that side is empty. What differs under some reading only, and rules that take
-// too many steps, are kNotDecided.
+// rules, that of `a` in `entry` and that of `b` in `others`, with a packet. Where no rule surely
+// takes the packet on one side, that side is empty. What differs under some reading only, and rules
+// that take too many steps, are kNotDecided.
 FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
                                     const FiltersCommon::FiltersGroup& b,
                                     const AnalysisOptions& options = {});

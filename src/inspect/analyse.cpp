@@ -34,8 +34,8 @@ class Analysis {
         ordered_(options.order != Order::kUnspecified),
         all_({&group}, options.order),
         rules_(all_.of(0)),
-        mays_(all_.hullsOf(0, &Rule::may)),
-        musts_(all_.hullsOf(0, &Rule::must)),
+        mays_(all_.hullsOf(0, &Rule::may, looksFor(options.max_steps))),
+        musts_(all_.hullsOf(0, &Rule::must, looksFor(options.max_steps))),
         reach_(all_.space(), options.max_steps),
         spare_(all_.space(), options.max_steps),
         redundancy_(all_.space(), options.max_steps),
@@ -56,27 +56,29 @@ class Analysis {
     }
     for (std::uint32_t i = 0; i < count; ++i) {
       tell(options_, 2 * count + i, 3 * rules_.size());
-      findPairs(i);
-      if (!ordered_ && !options_.overlaps) findHolders(i);
+      const bool told = findPairs(i) && (ordered_ || options_.overlaps || findHolders(i));
+      if (!told) reportUndecided(rules_[i], "which others take its packets too");
     }
     return findings_.take();
   }
  private:
   // --- What one rule gets of its packets ---
 
-  std::vector<Candidate> surelyBefore(const Rule& rule) {
-    musts_.meeting(rule.may, 0, rule.ranks_begin, &met_);
-    std::vector<Candidate> before;
-    for (std::uint32_t p : met_) before.push_back({rules_[p].must, 0, false, p});
-    return before;
+  // False when it takes too long to find them.
+  bool findSurelyBefore(const Rule& rule, std::vector<Candidate>* before) {
+    if (!musts_.meeting(rule.may, 0, rule.ranks_begin, &met_)) return false;
+    for (std::uint32_t p : met_) before->push_back({rules_[p].must, 0, false, p});
+    return true;
   }
 
   // Reports when not, and when it cannot be said.
   bool mayBeReached(std::uint32_t i) {
     const Rule& rule = rules_[i];
     Takers takers(false);
-    std::vector<Candidate> before = surelyBefore(rule);
-    const Cut::Outcome outcome = reach_.run(rule.may, rule.may, &before, &takers);
+    std::vector<Candidate> before;
+    const Cut::Outcome outcome = findSurelyBefore(rule, &before)
+                                     ? reach_.run(rule.may, rule.may, &before, &takers)
+                                     : Cut::Outcome::kUndecided;
     if (outcome == Cut::Outcome::kNothingLeft) {
       if (findings_.room(Code::kEntryUnreachable))
         reportUnreachable(rule, withoutSpare(rule, std::move(takers.tags)));
@@ -94,7 +96,7 @@ class Analysis {
     if (takers.size() == 1) return takers;
     std::vector<SetId> sets;
     for (std::uint32_t p : takers) sets.push_back(rules_[p].must);
-    const Hulls hulls(all_.space(), sets);
+    Hulls hulls(all_.space(), sets, looksFor(options_.max_steps));
     std::vector<bool> dropped(takers.size());
     std::vector<std::uint32_t> met, kept;
     for (std::size_t k = takers.size(); k-- > 0;) {
@@ -134,8 +136,11 @@ class Analysis {
   // Who is removed must leave every packet it gets to rules that treat it alike, before any other.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
-    std::vector<Candidate> list = surelyBefore(rule);
-    mays_.meeting(rule.may, rule.ranks_begin, rules_.size(), &met_);
+    std::vector<Candidate> list;
+    if (!findSurelyBefore(rule, &list) ||
+        !mays_.meeting(rule.may, rule.ranks_begin, rules_.size(), &met_)) {
+      return reportUndecided(rule, "whether it is redundant");
+    }
     bool alike = false;
     for (std::uint32_t p : met_) {
       const Rule& other = rules_[p];
@@ -210,9 +215,11 @@ class Analysis {
     finding.message = entriesText({b.id}) + message;
   }
 
-  void findPairs(std::uint32_t i) {
+  // False when that takes too long.
+  bool findPairs(std::uint32_t i) {
     const Rule& rule = rules_[i];
-    mays_.meeting(rule.may, i + 1, options_.overlaps ? rules_.size() : rule.ranks_end, &met_);
+    const std::size_t end = options_.overlaps ? rules_.size() : rule.ranks_end;
+    if (!mays_.meeting(rule.may, i + 1, end, &met_)) return false;
     for (std::uint32_t p : met_) {
       const Rule& other = rules_[p];
       const bool differs = other.treatment != rule.treatment;
@@ -234,13 +241,14 @@ class Analysis {
                    " takes packets of it too and treats them differently");
       }
     }
+    return true;
   }
 
   // Which rules take all that this one takes, and treat it differently. One that takes every packet
   // is not worth a word.
-  void findHolders(std::uint32_t i) {
+  bool findHolders(std::uint32_t i) {
     const Rule& rule = rules_[i];
-    mays_.meeting(rule.may, 0, rules_.size(), &met_);
+    if (!mays_.meeting(rule.may, 0, rules_.size(), &met_)) return false;
     const Rule* shown = nullptr;
     std::vector<std::uint32_t> holders;
     for (std::uint32_t p : met_) {
@@ -253,7 +261,7 @@ class Analysis {
       shown = shown == nullptr ? &other : shown;
       holders.push_back(other.id);
     }
-    if (shown == nullptr || !findings_.room(Code::kEntriesOverlap)) return;
+    if (shown == nullptr || !findings_.room(Code::kEntriesOverlap)) return true;
     Finding& finding = findings_.add(Code::kEntriesOverlap, rule.id);
     finding.message = entriesText(holders) + (holders.size() == 1 ? " takes" : " each take") +
                       " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
@@ -261,13 +269,14 @@ class Analysis {
     finding.witness = witness(rule, *shown);
     if (holders.size() > kMostHolders) holders.resize(kMostHolders);
     finding.others = std::move(holders);
+    return true;
   }
 
   const AnalysisOptions& options_;
   const bool ordered_;
   const Rules all_;
   const std::vector<Rule>& rules_;
-  const Hulls mays_, musts_;
+  Hulls mays_, musts_;
   Cuts reach_, spare_, redundancy_;
   EntryFindings findings_;
   std::vector<std::uint32_t> met_;

@@ -13,6 +13,7 @@ namespace {
 using namespace FiltersCommon;
 
 constexpr std::uint32_t kNoRule = ~std::uint32_t{0};
+constexpr char kTooLong[] = "takes too many steps to say";
 
 // A rule of one group and what the other group does with its packets. A twin is a rule of the other
 // group with the same matches: whatever they mean to the device, both take the same packets.
@@ -24,7 +25,7 @@ class Comparison {
         cuts_(all_.space(), options.max_steps),
         findings_(a.getId(), options.max_findings) {
     for (std::size_t side = 0; side < 2; ++side) {
-      mays_.push_back(all_.hullsOf(side, &Rule::may));
+      mays_.push_back(all_.hullsOf(side, &Rule::may, looksFor(options.max_steps)));
       const auto& rules = all_.of(side);
       for (std::uint32_t i = 0; i < rules.size(); ++i)
         by_matches_[side][rules[i].matches].push_back(i);
@@ -47,17 +48,19 @@ class Comparison {
   void compare(std::size_t side, std::uint32_t i) {
     side_ = side;
     rule_ = &all_.of(side)[i];
-    mays_[side].meeting(rule_->may, 0, rule_->ranks_end, &own_);
+    const bool known_own = mays_[side].meeting(rule_->may, 0, rule_->ranks_end, &own_);
+    Hulls& others = mays_[1 - side];
+    const bool known_others = others.meeting(rule_->may, 0, others.size(), &others_);
+    if (!known_own || !known_others) return reportUndecided(kTooLong);
     own_.erase(std::find(own_.begin(), own_.end(), i));
-    mays_[1 - side].meeting(rule_->may, 0, mays_[1 - side].size(), &others_);
     if (hasHeir()) return;
     Cut::Outcome outcome = mayDiffer();
     if (outcome == Cut::Outcome::kNothingLeft) return;
     const std::size_t found = pairs_.size();
     if (outcome != Cut::Outcome::kUndecided) outcome = findPairs(i);
-    if (outcome == Cut::Outcome::kUndecided) return reportUndecided("takes too many steps to say");
+    if (outcome == Cut::Outcome::kUndecided) return reportUndecided(kTooLong);
     const bool known = pairs_.size() > found || (side == 1 && involved_.count(i) != 0);
-    if (!known) reportUndecided("depends on what values mean to the device");
+    if (!known) reportUndecided("depends on readings, or on which of two that tie comes first");
   }
 
   const std::vector<Rule>& own() const { return all_.of(side_); }
@@ -173,8 +176,8 @@ class Comparison {
     Finding& finding = findings_.add(Code::kTreatmentDiffers, a);
     if (b) finding.others.push_back(*b);
     finding.witness = packetOf(all_.space(), cut.point()).toText();
-    finding.message = !a   ? "takes a packet that none takes in the first group"
-                      : !b ? "none takes its packet in the second group"
+    finding.message = !a   ? "takes a packet that none surely takes in the first group"
+                      : !b ? "none surely takes its packet in the second group"
                            : "takes its packet in the second group and treats it differently";
     if (b) finding.message = entriesText({*b}) + ' ' + finding.message;
   }

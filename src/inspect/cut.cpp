@@ -92,13 +92,15 @@ double Cut::shareOf(SetId set, bool* whole) {
   return std::max(share, std::numeric_limits<double>::min());
 }
 
-// Moves those that meet what remains to the front, and finds the one that is next.
+// Moves those that meet what remains to the front, and finds the one that is next, unless that
+// takes all steps that are left.
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;
   // Behind one that has all of it nothing counts.
   std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
-  for (std::size_t i = 0; i < frames_.back().candidates; ++i) {
+  const std::uint64_t most = std::min(steps_left_, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
+  for (std::size_t i = 0; i < frames_.back().candidates && looks_ < most; ++i) {
     const Candidate candidate = (*candidates)[i];
     if (candidate.level > deepest) continue;
     bool whole;

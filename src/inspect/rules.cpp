@@ -9,6 +9,8 @@ using namespace FiltersCommon;
 
 constexpr std::uint64_t kRulesAtTheirLimit = 20;
 constexpr std::uint64_t kHardlyAny = 100;
+// So many ranges are looked at to find which rules meet, for each step that one rule may take.
+constexpr std::uint64_t kLooksAStep = 20000;
 
 template <class Messages>
 std::string bytesOf(const Messages& messages) {
@@ -135,10 +137,10 @@ void Rules::addSets() {
   asked_ = {};
 }
 
-Hulls Rules::hullsOf(std::size_t group, SetId Rule::*set) const {
+Hulls Rules::hullsOf(std::size_t group, SetId Rule::*set, std::uint64_t max_looks) const {
   std::vector<SetId> sets;
   for (const Rule& rule : rules_[group]) sets.push_back(rule.*set);
-  return {space_, std::move(sets)};
+  return {space_, std::move(sets), max_looks};
 }
 
 Packet packetOf(const Space& space, const Point& point) {
@@ -153,6 +155,8 @@ Packet packetOf(const Space& space, const Point& point) {
     auto& whole = fields.try_emplace(field, FieldValue{}).first->second;
     if (whole && value) (*whole)[1] = *value;
   }
+  // Where no set asks anything, any packet: but one that tells something.
+  if (fields.empty()) fields[0] = std::nullopt;
   return packet;
 }
 
@@ -184,6 +188,10 @@ void EntryFindings::addOddities(const FiltersEntry& entry) {
       finding.message = std::move(oddity);
     }
   }
+}
+
+std::uint64_t looksFor(std::uint64_t max_steps) {
+  return std::min(max_steps, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
 }
 
 Cuts::Cuts(const Space& space, std::uint64_t max_steps)

@@ -39,7 +39,7 @@ class Rules {
   const Space& space() const { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
   // By positions.
-  Hulls hullsOf(std::size_t group, SetId Rule::*set) const;
+  Hulls hullsOf(std::size_t group, SetId Rule::*set, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);
   void addSets();
@@ -74,6 +74,9 @@ class EntryFindings {
   std::size_t most_;
   Report report_;
 };
+
+// How many ranges are looked at to find which rules meet, where one rule may take so many steps.
+std::uint64_t looksFor(std::uint64_t max_steps);
 
 // Cuts of many rules: each may take so many steps, and all together twenty times as many.
 class Cuts {

@@ -7,8 +7,9 @@ namespace {
 
 std::uint64_t lowestBit(std::uint64_t bits) { return bits & (~bits + 1); }
 
-bool meetIn(const Space::Range* a, std::size_t aCount, const Space::Range* b, std::size_t bCount) {
-  for (const auto *aEnd = a + aCount, *bEnd = b + bCount; a != aEnd && b != bEnd;) {
+bool meetIn(const Space::Range* a, std::size_t aCount, const Space::Range* b, std::size_t bCount,
+            std::uint64_t* looks) {
+  for (const auto *aEnd = a + aCount, *bEnd = b + bCount; a != aEnd && b != bEnd; ++*looks) {
     if (a->last < b->first) {
       ++a;
     } else if (b->last < a->first) {
@@ -179,16 +180,17 @@ void Space::addTerm(std::size_t part, const Constraint* first, const Constraint*
 
 // --- Two sets ------------------------------------------------------------------------------------
 
-bool Space::meet(SetId a, SetId b) const {
+bool Space::meet(SetId a, SetId b, std::uint64_t* looks) const {
   if (a == kNothing || b == kNothing) return false;
+  std::uint64_t ignored = 0;
   for (const Term *x = begin(a), *y = begin(b); x != end(a) && y != end(b);) {
     if (x->dimension != y->dimension) {
       ++(x->dimension < y->dimension ? x : y);
       continue;
     }
     if (x->last < y->first || y->last < x->first) return false;
-    if (x->count + y->count > 2 &&
-        !meetIn(&ranges_[x->begin], x->count, &ranges_[y->begin], y->count)) {
+    if (x->count + y->count > 2 && !meetIn(&ranges_[x->begin], x->count, &ranges_[y->begin],
+                                           y->count, looks != nullptr ? looks : &ignored)) {
       return false;
     }
     ++x, ++y;
@@ -253,7 +255,8 @@ std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> Space::value
 
 // --- Hulls ---------------------------------------------------------------------------------------
 
-Hulls::Hulls(const Space& space, std::vector<SetId> sets) : space_(space), sets_(std::move(sets)) {
+Hulls::Hulls(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks)
+    : space_(space), sets_(std::move(sets)), looks_left_(max_looks) {
   columns_.resize(space.dimensions());
   for (std::size_t d = 0; d < columns_.size(); ++d) {
     const auto last = static_cast<std::uint32_t>(space.size(d) - 1);
@@ -267,10 +270,10 @@ Hulls::Hulls(const Space& space, std::vector<SetId> sets) : space_(space), sets_
   }
 }
 
-void Hulls::meeting(SetId set, std::size_t begin, std::size_t end,
-                    std::vector<std::uint32_t>* positions) const {
+bool Hulls::meeting(SetId set, std::size_t begin, std::size_t end,
+                    std::vector<std::uint32_t>* positions) {
   positions->clear();
-  if (set == kNothing || begin >= end) return;
+  if (set == kNothing || begin >= end) return true;
   const auto portion = [this](const Space::Term& term) {
     return (term.last - term.first + 1.0) / static_cast<double>(space_.size(term.dimension));
   };
@@ -302,9 +305,15 @@ void Hulls::meeting(SetId set, std::size_t begin, std::size_t end,
     count = kept;
   }
   positions->resize(count);
-  positions->erase(std::remove_if(positions->begin(), positions->end(),
-                                  [&](std::uint32_t i) { return !space_.meet(set, sets_[i]); }),
-                   positions->end());
+  const auto isApart = [&](std::uint32_t i) {
+    if (looks_left_ == 0) return false;
+    std::uint64_t looks = 0;
+    const bool meet = space_.meet(set, sets_[i], &looks);
+    looks_left_ -= std::min(looks, looks_left_);
+    return !meet;
+  };
+  positions->erase(std::remove_if(positions->begin(), positions->end(), isApart), positions->end());
+  return looks_left_ != 0;
 }
 
 }  // namespace FiltersInspect

@@ -17,7 +17,8 @@
 // A Cut takes sets away from another one. What remains of a product are at most as many products as
 // there are dimensions; they are gone through one by one, until something remains that no set
 // meets, or nothing does. That may take long (it answers any question in propositional logic), so
-// it is done in a limited number of steps.
+// it is done in a limited number of steps: to choose what is taken next from one product is one,
+// and one more for every few hundred ranges that are looked at.
 
 #include <cstddef>
 #include <cstdint>
@@ -72,7 +73,8 @@ class Space {
   const Term* end(SetId set) const { return terms_.data() + sets_[set + 1]; }
   const Range* ranges() const { return ranges_.data(); }
 
-  bool meet(SetId a, SetId b) const;
+  // Adds to `looks`, unless it is null, how many ranges it went past.
+  bool meet(SetId a, SetId b, std::uint64_t* looks = nullptr) const;
   bool holds(SetId outer, SetId inner) const;
 
   // What a set asks of a dimension, null when nothing.
@@ -119,17 +121,20 @@ class Space {
 void appendShared(const Space::Range* a, std::size_t aCount, const Space::Range* b,
                   std::size_t bCount, std::vector<Space::Range>* out);
 
-// A list of sets, out of which those that meet another one are found quickly.
+// A list of sets, out of which those that meet another one are found quickly. To compare many sets
+// of many ranges each takes long all the same, so that so many ranges are looked at and no more.
 class Hulls {
  public:
-  Hulls(const Space& space, std::vector<SetId> sets);
+  Hulls(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks);
   std::size_t size() const { return sets_.size(); }
-  // The positions from `begin` up to `end` whose sets meet this one, ascending.
-  void meeting(SetId set, std::size_t begin, std::size_t end,
-               std::vector<std::uint32_t>* positions) const;
+  // The positions from `begin` up to `end` whose sets meet this one, ascending. False when looks
+  // did not suffice: others may be among them.
+  bool meeting(SetId set, std::size_t begin, std::size_t end,
+               std::vector<std::uint32_t>* positions);
  private:
   const Space& space_;
   std::vector<SetId> sets_;
+  std::uint64_t looks_left_;
   std::vector<std::vector<Space::Range>> columns_;  // of each dimension, the hulls
 };
 

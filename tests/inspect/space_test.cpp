@@ -117,7 +117,7 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
     std::vector<SetId> all;
     for (SetId a = 0; a < c.sets.size(); ++a) all.push_back(a);
     all.push_back(kNothing);
-    const Hulls hulls(c.space, all);
+    Hulls hulls(c.space, all, ~std::uint64_t{0});
     for (SetId a = 0; a < c.sets.size(); ++a) {
       std::vector<std::uint32_t> expected, met;
       for (SetId b = 0; b < c.sets.size(); ++b) {
@@ -286,20 +286,28 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
 TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   constexpr std::uint64_t kRanges = 4096;
   Space space({{16, false}});
-  Asked every, nearly;
+  Asked every, nearly, next;
   std::vector<SetId> single;
   for (std::uint64_t i = 0; i < kRanges; ++i) {
     every.push_back({0, false, 4 * i, 4 * i});
     nearly.push_back({0, false, 4 * i + (i % 2), 4 * i + 1});
+    next.push_back({0, false, 4 * i + 2, 4 * i + 2});
     if (i % 64 == 0) single.push_back(space.add({every.back()}));
   }
-  const SetId inner = space.add(every), outer = space.add(nearly);
+  const SetId inner = space.add(every), outer = space.add(nearly), between = space.add(next);
   space.seal();
   const auto outcome = [&](std::uint64_t steps, std::vector<Candidate> list) {
     return Cut(space, steps).run(inner, &list, false);
   };
   EXPECT_EQ(outcome(10, {{outer, 0, false, 0}}), Outcome::kUndecided);
   EXPECT_EQ(outcome(100, {{outer, 0, false, 0}}), Outcome::kLeft);
+  std::vector<std::uint32_t> met;
+  const std::vector<SetId> sets = {between, between, outer};
+  Hulls patient(space, sets, 8 * kRanges), hasty(space, sets, kRanges);
+  EXPECT_TRUE(patient.meeting(inner, 0, 3, &met));
+  EXPECT_EQ(met, (std::vector<std::uint32_t>{2}));
+  EXPECT_FALSE(hasty.meeting(inner, 0, 3, &met));
+  EXPECT_EQ(met, (std::vector<std::uint32_t>{1, 2}));
   std::vector<Candidate> few;
   for (SetId set : single) few.push_back({set, 0, false, 0});
   EXPECT_EQ(outcome(200, few), Outcome::kLeft);
