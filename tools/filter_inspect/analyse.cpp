@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "analysis.h"
@@ -26,19 +25,6 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
 
 std::string restsOn(Order order) {
   return " (order: " + std::string(nameOf(order)) + "; assumptions A1-A4: filter-inspect(1))";
-}
-
-void declareAnalyse(CLI::App* command, Options* options) {
-  declareFiles(command, options, 1, kAnyNumber);
-  declareOrder(command, options);
-  command->add_flag("--overlaps", options->overlaps,
-                    "Also every pair that shares packets and treats them differently");
-  declareNumber(command, "--max-steps", &options->maxSteps,
-                "How much work one entry may take before it is not decided");
-  command
-      ->add_option("--svg", options->picture, "Also draw the groups with what was found, to a file")
-      ->take_last()
-      ->option_text("OUT");
 }
 
 Exit runAnalyse(const Options& options, Console* console) {

@@ -3,7 +3,6 @@
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "input.h"
@@ -177,11 +176,6 @@ class Placer {
 };
 
 }  // namespace
-
-void declareCapabilities(CLI::App* command, Options* options) {
-  declareFiles(command, options, 0, 1);
-  declareStageAndType(command, options);
-}
 
 Exit runCapabilities(const Options& options, Console* console) {
   if (!options.files.empty()) {

@@ -4,7 +4,6 @@
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 
@@ -126,11 +125,6 @@ class Checker {
 };
 
 }  // namespace
-
-void declareCheck(CLI::App* command, Options* options) {
-  declareFiles(command, options, 1, kAnyNumber);
-  declareStageAndType(command, options);
-}
 
 Exit runCheck(const Options& options, Console* console) {
   Checker checker(options, console);

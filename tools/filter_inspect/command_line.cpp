@@ -14,23 +14,7 @@
 namespace FilterInspectTool {
 namespace {
 
-constexpr Command kCommands[] = {
-    {"show", "Print what a device would hold; what it would lose goes to standard error",
-     declareShow, runShow},
-    {"check", "Say what the bytes lose when they are read, and what else is odd", declareCheck,
-     runCheck},
-    {"convert", "Write the groups in another form; refused where something would be lost",
-     declareConvert, runConvert},
-    {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
-    {"plan", "Print the steps that make the groups of one file out of those of another",
-     declarePlan, runPlan},
-    {"analyse", "Say which entries never take effect, are redundant, tie or overlap",
-     declareAnalyse, runAnalyse},
-    {"trace", "Say which entry takes a packet, or each packet of a file", declareTrace, runTrace},
-    {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
-     declareCapabilities, runCapabilities},
-    {"names", "Print codes and their names", declareNames, runNames},
-};
+constexpr int kAnyNumber = -1;
 
 constexpr char kFooter[] =
     "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
@@ -53,54 +37,30 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-std::vector<std::string> commandNames() {
-  std::vector<std::string> names;
-  for (const Command& command : kCommands) names.emplace_back(command.name);
-  return names;
-}
-
-std::vector<std::string> optionNames(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
-  }
-  return names;
+// The candidate that takes the fewest changes of a letter to become the word.
+std::string nearest(std::string_view word, const std::vector<std::string>& candidates) {
+  const auto less = [word](const std::string& a, const std::string& b) {
+    return distance(word, a) < distance(word, b);
+  };
+  return *std::min_element(candidates.begin(), candidates.end(), less);
 }
 
 std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates) {
   return "; did you mean " + nearest(word, candidates) + '?';
 }
 
-// The command line library's own sentence begins with whose arguments are too few or too many; an
-// option takes its last one, so that it can only have too few.
-std::string mismatch(std::string_view told) {
-  const std::string name(told.substr(0, told.find(':')));
-  if (name[0] == '-') return name + ": a value is missing";
-  const bool tooFew = told.find("At least") != told.npos;
-  return tooFew ? "one more " + name + " is wanted" : name + " is given too often";
-}
+// --- Arguments and options that commands share
+// ----------------------------------------------------
 
-// What was not understood, before what is lacking: that may be the same.
-std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> unknown = app.remaining(true);
-  const std::vector<CLI::App*> parsed = app.get_subcommands();
-  if (unknown.empty()) {
-    const bool lacksCommand = parsed.empty() && error.get_name() == "RequiredError";
-    if (lacksCommand) return "a command is missing; filter-inspect --help lists them";
-    return error.get_name() == "ArgumentMismatch" ? mismatch(error.what()) : error.what();
-  }
-  const std::string& word = unknown.front();
-  if (word.size() > 1 && word[0] == '-') {
-    std::vector<std::string> names = optionNames(app);
-    for (const CLI::App* command : parsed) {
-      for (std::string& name : optionNames(*command)) names.push_back(std::move(name));
-    }
-    const std::string option = word.substr(0, word.find('='));
-    return "there is no option " + option + didYouMean(option, names);
-  }
-  if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames());
-  return "one argument too many: " + word;
+CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
+                           std::vector<std::string> choices, const std::string& about) {
+  std::string listed;
+  for (const std::string& choice : choices) listed += (listed.empty() ? "" : "|") + choice;
+  const auto check = [choices = std::move(choices)](const std::string& word) {
+    if (std::find(choices.begin(), choices.end(), word) != choices.end()) return std::string();
+    return "there is no value '" + word + "'" + didYouMean(word, choices);
+  };
+  return to->add_option(name, *value, about)->check(check)->take_last()->option_text(listed);
 }
 
 template <class Number>
@@ -147,26 +107,6 @@ void declareCode(CLI::App* command, const char* name, std::string* value, const 
   declareChoice(command, name, value, std::move(choices), about)->transform(nameOfNumber);
 }
 
-}  // namespace
-
-std::string nearest(std::string_view word, const std::vector<std::string>& candidates) {
-  const auto less = [word](const std::string& a, const std::string& b) {
-    return distance(word, a) < distance(word, b);
-  };
-  return *std::min_element(candidates.begin(), candidates.end(), less);
-}
-
-CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
-                           std::vector<std::string> choices, const std::string& about) {
-  std::string listed;
-  for (const std::string& choice : choices) listed += (listed.empty() ? "" : "|") + choice;
-  const auto check = [choices = std::move(choices)](const std::string& word) {
-    if (std::find(choices.begin(), choices.end(), word) != choices.end()) return std::string();
-    return "there is no value '" + word + "'" + didYouMean(word, choices);
-  };
-  return to->add_option(name, *value, about)->check(check)->take_last()->option_text(listed);
-}
-
 CLI::Option* declareOrder(CLI::App* command, Options* options) {
   using FiltersInspect::Order;
   std::vector<std::string> choices;
@@ -176,10 +116,6 @@ CLI::Option* declareOrder(CLI::App* command, Options* options) {
   }
   return declareChoice(command, "--order", &options->order, std::move(choices),
                        "Which of two rules that take a packet comes first on the device");
-}
-
-void declareNumber(CLI::App* to, const char* name, std::uint64_t* value, const std::string& about) {
-  declareLimit(to, name, value, about);
 }
 
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {
@@ -196,7 +132,151 @@ void declareStageAndType(CLI::App* command, Options* options) {
                                                  "This type, in place of each group's own");
 }
 
-const Command* readCommandLine(int argc, char** argv, Options* options, Console* console) {
+// --- What each command takes ---------------------------------------------------------------------
+
+void declareShow(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, kAnyNumber);
+  declareChoice(command, "--as", &options->as, {"text", "json", "dump"},
+                "The form: text as default, or JSON with --json; dump is what the library prints");
+}
+
+void declareCheck(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, kAnyNumber);
+  declareStageAndType(command, options);
+}
+
+void declareConvert(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareChoice(command, "--to", &options->to, {"text", "json", "bytes"}, "The form to write")
+      ->required();
+  command->add_option("-o,--output", options->output, "The file to write; - is standard output")
+      ->take_last()
+      ->option_text("OUT");
+}
+
+void declareDiff(CLI::App* command, Options* options) {
+  declareFiles(command, options, 2, 2);
+  declareOrder(command, options);
+}
+
+void declarePlan(CLI::App* command, Options* options) {
+  declareFiles(command, options, 2, 2);
+  command->add_flag("--remove-first", options->removeFirst,
+                    "Never more entries than the larger group has; else entries come in first, so "
+                    "that no packet is without its rule meanwhile");
+}
+
+void declareAnalyse(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, kAnyNumber);
+  declareOrder(command, options);
+  command->add_flag("--overlaps", options->overlaps,
+                    "Also every pair that shares packets and treats them differently");
+  declareLimit(command, "--max-steps", &options->maxSteps,
+               "How much work one entry may take before it is not decided");
+  command
+      ->add_option("--svg", options->picture, "Also draw the groups with what was found, to a file")
+      ->take_last()
+      ->option_text("OUT");
+}
+
+void declareTrace(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareOrder(command, options)->required();
+  command->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
+      ->take_last()
+      ->option_text("PACKET");
+  command->add_option("--packets", options->packets, "- or a file with a packet a line")
+      ->take_last()
+      ->option_text("FILE");
+}
+
+void declareCapabilities(CLI::App* command, Options* options) {
+  declareFiles(command, options, 0, 1);
+  declareStageAndType(command, options);
+}
+
+void declareNames(CLI::App* command, Options* options) {
+  declareChoice(command, "ENUMERATION", &options->enumeration, enumerationNames(),
+                "One enumeration alone, by its name here or in C++");
+}
+
+// A command, what it takes, and what it does.
+struct Command {
+  const char* name;
+  const char* summary;
+  void (*declare)(CLI::App* command, Options* options);
+  Run* run;
+};
+
+constexpr Command kCommands[] = {
+    {"show", "Print what a device would hold; what it would lose goes to standard error",
+     declareShow, runShow},
+    {"check", "Say what the bytes lose when they are read, and what else is odd", declareCheck,
+     runCheck},
+    {"convert", "Write the groups in another form; refused where something would be lost",
+     declareConvert, runConvert},
+    {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
+    {"plan", "Print the steps that make the groups of one file out of those of another",
+     declarePlan, runPlan},
+    {"analyse", "Say which entries never take effect, are redundant, tie or overlap",
+     declareAnalyse, runAnalyse},
+    {"trace", "Say which entry takes a packet, or each packet of a file", declareTrace, runTrace},
+    {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
+     declareCapabilities, runCapabilities},
+    {"names", "Print codes and their names", declareNames, runNames},
+};
+
+// --- What cannot be read -------------------------------------------------------------------------
+
+std::vector<std::string> commandNames() {
+  std::vector<std::string> names;
+  for (const Command& command : kCommands) names.emplace_back(command.name);
+  return names;
+}
+
+std::vector<std::string> optionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+  }
+  return names;
+}
+
+// The command line library's own sentence begins with whose arguments are too few or too many; an
+// option takes its last one, so that it can only have too few.
+std::string mismatch(std::string_view told) {
+  const std::string name(told.substr(0, told.find(':')));
+  if (name[0] == '-') return name + ": a value is missing";
+  const bool tooFew = told.find("At least") != told.npos;
+  return tooFew ? "one more " + name + " is wanted" : name + " is given too often";
+}
+
+// What was not understood, before what is lacking: that may be the same.
+std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  const std::vector<CLI::App*> parsed = app.get_subcommands();
+  if (unknown.empty()) {
+    const bool lacksCommand = parsed.empty() && error.get_name() == "RequiredError";
+    if (lacksCommand) return "a command is missing; filter-inspect --help lists them";
+    return error.get_name() == "ArgumentMismatch" ? mismatch(error.what()) : error.what();
+  }
+  const std::string& word = unknown.front();
+  if (word.size() > 1 && word[0] == '-') {
+    std::vector<std::string> names = optionNames(app);
+    for (const CLI::App* command : parsed) {
+      for (std::string& name : optionNames(*command)) names.push_back(std::move(name));
+    }
+    const std::string option = word.substr(0, word.find('='));
+    return "there is no option " + option + didYouMean(option, names);
+  }
+  if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames());
+  return "one argument too many: " + word;
+}
+
+}  // namespace
+
+Run* readCommandLine(int argc, char** argv, Options* options, Console* console) {
   // A command line that cannot be read is told in the form that it asks for all the same.
   options->json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
   CLI::App app("Looks into groups of filter rules: captured bytes, text or JSON.",
@@ -221,7 +301,7 @@ const Command* readCommandLine(int argc, char** argv, Options* options, Console*
     app.parse(argc, argv);
     const Command* command = findCommand();
     options->command = command->name;
-    return command;
+    return command->run;
   } catch (const CLI::CallForHelp&) {
     console->write(app.help());
   } catch (const CLI::CallForVersion& version) {

@@ -1,20 +1,14 @@
 #ifndef FILTER_INSPECT_TOOLS_COMMANDS_H_
 #define FILTER_INSPECT_TOOLS_COMMANDS_H_
 
-// The commands of filter-inspect: a row each in the table of command_line.cpp, which is all that
-// the rest of the program knows of them.
+// The commands of filter-inspect. What each takes, and that it is there at all, stands in
+// command_line.cpp.
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
-
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
 
 namespace FilterInspectTool {
 
@@ -50,39 +44,14 @@ struct Options {
 
 class Console;
 
-struct Command {
-  const char* name;
-  const char* summary;
-  void (*declare)(CLI::App* command, Options* options);
-  Exit (*run)(const Options& options, Console* console);
-};
+// What a command does.
+using Run = Exit(const Options& options, Console* console);
 
 // Reads the command line. Null when there is nothing to run: help was printed, or trouble was told.
-const Command* readCommandLine(int argc, char** argv, Options* options, Console* console);
+Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 
-// For declare(): arguments and options that commands share, and options whose values have names.
-void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost);
-void declareStageAndType(CLI::App* command, Options* options);
-CLI::Option* declareOrder(CLI::App* command, Options* options);
-CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
-                           std::vector<std::string> choices, const std::string& about);
-
-void declareNumber(CLI::App* to, const char* name, std::uint64_t* value, const std::string& about);
-
-// The candidate that takes the fewest changes of a letter to become the word.
-std::string nearest(std::string_view word, const std::vector<std::string>& candidates);
-
-inline constexpr int kAnyNumber = -1;
-
-void declareShow(CLI::App* command, Options* options);
-void declareCheck(CLI::App* command, Options* options);
-void declareConvert(CLI::App* command, Options* options);
-void declareDiff(CLI::App* command, Options* options);
-void declarePlan(CLI::App* command, Options* options);
-void declareAnalyse(CLI::App* command, Options* options);
-void declareTrace(CLI::App* command, Options* options);
-void declareCapabilities(CLI::App* command, Options* options);
-void declareNames(CLI::App* command, Options* options);
+// The names that names takes for one enumeration.
+std::vector<std::string> enumerationNames();
 
 Exit runShow(const Options& options, Console* console);
 Exit runCheck(const Options& options, Console* console);

@@ -1,7 +1,5 @@
 #include <filter_inspect/filter_text.h>
 
-#include <CLI/CLI.hpp>
-
 #include "input.h"
 #include "output.h"
 
@@ -24,15 +22,6 @@ const char* whyNotBytes(std::size_t groups, const std::string& framing) {
 }
 
 }  // namespace
-
-void declareConvert(CLI::App* command, Options* options) {
-  declareFiles(command, options, 1, 1);
-  declareChoice(command, "--to", &options->to, {"text", "json", "bytes"}, "The form to write")
-      ->required();
-  command->add_option("-o,--output", options->output, "The file to write; - is standard output")
-      ->take_last()
-      ->option_text("OUT");
-}
 
 Exit runConvert(const Options& options, Console* console) {
   const auto inputs = readWholeInputs(options, console);

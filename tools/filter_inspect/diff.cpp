@@ -2,7 +2,6 @@
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_text.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 #include <set>
@@ -186,11 +185,6 @@ Plan planOf(const Pair& pair, PlanOrder order) {
 
 }  // namespace
 
-void declareDiff(CLI::App* command, Options* options) {
-  declareFiles(command, options, 2, 2);
-  declareOrder(command, options);
-}
-
 Exit runDiff(const Options& options, Console* console) {
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
@@ -217,13 +211,6 @@ Exit runDiff(const Options& options, Console* console) {
     console->writeLine(treatmentSummary(files, treatment, orderOf(options)));
   }
   return differ ? kExitFound : kExitFine;
-}
-
-void declarePlan(CLI::App* command, Options* options) {
-  declareFiles(command, options, 2, 2);
-  command->add_flag("--remove-first", options->removeFirst,
-                    "Never more entries than the larger group has; else entries come in first, so "
-                    "that no packet is without its rule meanwhile");
 }
 
 Exit runPlan(const Options& options, Console* console) {

@@ -16,9 +16,7 @@ int main(int argc, char** argv) {
   Console console(&options);
   Exit exit = kExitFine;
   try {
-    if (const Command* command = readCommandLine(argc, argv, &options, &console)) {
-      exit = command->run(options, &console);
-    }
+    if (Run* run = readCommandLine(argc, argv, &options, &console)) exit = run(options, &console);
   } catch (const std::bad_alloc&) {
     console.trouble(FiltersInspect::Code::kLimitExceeded, "", "there is not enough memory");
   }

@@ -1,6 +1,5 @@
 #include <filter_inspect/filter_names.h>
 
-#include <CLI/CLI.hpp>
 #include <iterator>
 
 #include "console.h"
@@ -88,13 +87,12 @@ void printJson(const std::vector<const Enumeration*>& chosen, Console* console) 
 
 }  // namespace
 
-void declareNames(CLI::App* command, Options* options) {
-  std::vector<std::string> choices;
+std::vector<std::string> enumerationNames() {
+  std::vector<std::string> names;
   for (const Enumeration& enumeration : kEnumerations) {
-    choices.insert(choices.end(), {enumeration.name, enumeration.type});
+    names.insert(names.end(), {enumeration.name, enumeration.type});
   }
-  declareChoice(command, "ENUMERATION", &options->enumeration, choices,
-                "One enumeration alone, by its name here or in C++");
+  return names;
 }
 
 Exit runNames(const Options& options, Console* console) {

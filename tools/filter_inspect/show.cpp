@@ -1,6 +1,5 @@
 #include <filter_inspect/filter_text.h>
 
-#include <CLI/CLI.hpp>
 #include <sstream>
 
 #include "input.h"
@@ -31,12 +30,6 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
 }
 
 }  // namespace
-
-void declareShow(CLI::App* command, Options* options) {
-  declareFiles(command, options, 1, kAnyNumber);
-  declareChoice(command, "--as", &options->as, {"text", "json", "dump"},
-                "The form: text as default, or JSON with --json; dump is what the library prints");
-}
 
 Exit runShow(const Options& options, Console* console) {
   const std::vector<Input> inputs = readInputs(options, console);

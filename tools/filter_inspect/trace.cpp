@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <sstream>
@@ -211,17 +210,6 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
 }
 
 }  // namespace
-
-void declareTrace(CLI::App* command, Options* options) {
-  declareFiles(command, options, 1, 1);
-  declareOrder(command, options)->required();
-  command->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
-      ->take_last()
-      ->option_text("PACKET");
-  command->add_option("--packets", options->packets, "- or a file with a packet a line")
-      ->take_last()
-      ->option_text("FILE");
-}
 
 Exit runTrace(const Options& options, Console* console) {
   if (options.packet.has_value() == options.packets.has_value()) {
