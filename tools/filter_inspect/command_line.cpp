@@ -49,8 +49,7 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
   return "; did you mean " + nearest(word, candidates) + '?';
 }
 
-// --- Arguments and options that commands share
-// ----------------------------------------------------
+// --- What commands share -------------------------------------------------------------------------
 
 CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
                            std::vector<std::string> choices, const std::string& about) {
