@@ -77,6 +77,11 @@ class FILTERS_API MatchAll : public Match {
   bool operator==(const MatchAll&) const { return true; }
 };
 
+class MatchIngressPorts;
+class MatchEgressPorts;
+class MatchExternalVlanId;
+class MatchInternalVlanId;
+
 // The ports of a packet: logical interface ids in the caller's order, or else kinds of port that
 // are left out; only reading a message can make a match hold both. Order and duplicates count when
 // two are compared. Used through its two leaves.
@@ -90,11 +95,16 @@ class FILTERS_API MatchPorts : public Match {
   // FILTERS_ERR_INVALID_ARGUMENT.
   FILTERS_NODISCARD filtersErr_t setPorts(const std::list<limid_t>& ports);
   bool operator==(const MatchPorts& other) const;
- protected:
+ private:
+  friend MatchIngressPorts;
+  friend MatchEgressPorts;
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
+
   FILTERS_INTERNAL void appendTo(MatchPB* message) const;
   FILTERS_INTERNAL void appendFrom(const MatchPB& message, bool withExcludedTypes);
   FILTERS_INTERNAL void print(std::ostream& os) const;
- private:
+
   std::vector<limid_t> ports_;
   std::vector<port_type_t> excludedPortTypes_;
 };
@@ -108,7 +118,6 @@ class FILTERS_API MatchIngressPorts : public MatchPorts {
   explicit MatchIngressPorts(const std::list<port_type_t>& excludedPortTypes);
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
-  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
 };
 
 // The packet leaves by one of these ports. It never excludes port types: those of a message are
@@ -118,7 +127,6 @@ class FILTERS_API MatchEgressPorts : public MatchPorts {
   explicit MatchEgressPorts(const std::list<limid_t>& ports);
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
-  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
 };
 
 // One logical interface id, compared as its four bytes. Used through its two leaves.
@@ -328,9 +336,12 @@ class FILTERS_API MatchVlanId : public Match {
   bool operator==(const MatchVlanId& other) const;
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
- protected:
-  FILTERS_INTERNAL void print(std::ostream& os) const;
  private:
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
+  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
+
+  FILTERS_INTERNAL void print(std::ostream& os) const;
+
   std::vector<unsigned short> vlanIds_;  // ascending, each once
 };
 
@@ -339,7 +350,6 @@ class FILTERS_API MatchExternalVlanId : public MatchVlanId {
  public:
   explicit MatchExternalVlanId(std::set<unsigned short> vlanIds);
   explicit MatchExternalVlanId(unsigned short vlanId);
-  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
 };
 
 // The id that the device uses inside.
@@ -347,7 +357,6 @@ class FILTERS_API MatchInternalVlanId : public MatchVlanId {
  public:
   explicit MatchInternalVlanId(std::set<unsigned short> vlanIds);
   explicit MatchInternalVlanId(unsigned short vlanId);
-  friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
 };
 
 // The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7). Empty braces

@@ -61,6 +61,11 @@ for getter in getMatch getAction; do
     -fsyntax-only
 done
 
+while read -r class helper; do
+  expect "$class::$helper.* is private|'$helper' is a private member of '.*$class'" \
+    "$here/inner_helpers.cpp" -fsyntax-only
+done <<<$'MatchPorts appendTo\nMatchPorts appendFrom\nMatchPorts print\nMatchVlanId print'
+
 # Ignored refusals are warned of, unless warnings are turned off, and nothing else is.
 compile -fsyntax-only "$here/nodiscard.cpp" |
   sed -n 's/.*cpp:\([0-9]*\):.* ignoring return.*/\1/p' | sort -nu |
