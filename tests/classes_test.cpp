@@ -115,6 +115,12 @@ TEST(ClassWire, CutsNumbersToTheirWidthAndDoesNotReadTheCode) {
   expectRead(ActionSetDSCP(1), "28ac02", "0808 282c");
   expectRead(ActionMapToCosQueue(1), "080a 30ac02", "0809 302c");
   expectRead(ActionMapToCpuCosQueue(1), "0809 30ac02", "080a 302c");
+  MatchPB many;  // of a field longer than all values together nothing is lost
+  many.add_pcp_(9);
+  many.mutable_pcp_()->Resize(1000, 7);
+  MatchPcp pcps(1);
+  pcps.convertFromMatchPB(&many);
+  EXPECT_EQ(pcps.getPcps(), (std::set<unsigned char>{7, 9}));
 }
 
 // Deliberate: matched and blocked ports are added to a list, in the object and in the message; all
