@@ -516,6 +516,10 @@ def try_picture():
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
     expect("what it leaves out", "rows by id" in foot and foot.endswith("1 finding left out"), foot)
+    os.symlink("g.bin", "tutorial.bin")
+    inspect("analyse", "tutorial.bin", "--order=lowest-priority", "--svg=tutorial.svg")
+    with open("tutorial.svg", "rb") as new, open(f"{sources}/docs/analysis.svg", "rb") as shown:
+        expect("the one in docs/analysis.md", new.read() == shown.read())
     inspect("analyse", "nosuch.bin", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
     expect("no picture of nothing", foot.endswith("1 finding left out"), foot)
