@@ -25,7 +25,7 @@ AnalysisOptions by(Order order, bool overlaps = false) {
 
 TEST(AnalyseTest, SaysWhatEveryPacketOfTinyGroupsSays) {
   Random random;
-  for (int i = 0; i < 4500; ++i) {
+  for (int i = 0; i < 4500 / FILTERS_SLOWNESS; ++i) {
     const Case c = Maker<Random>(random).make(3 + random.below(4));
     const auto rows = c.everyRow();
     for (Order order : kOrders) {
@@ -36,7 +36,7 @@ TEST(AnalyseTest, SaysWhatEveryPacketOfTinyGroupsSays) {
 
 TEST(AnalyseTest, WithoutAnOrderClaimsWhatHoldsInEach) {
   Random random;
-  for (int i = 0; i < 500; ++i) {
+  for (int i = 0; i < 500 / FILTERS_SLOWNESS; ++i) {
     const Case c = Maker<Random>(random).make(4);
     ASSERT_EQ(faultOfAnyOrder(c), "") << i;
   }
@@ -58,7 +58,7 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
 
 TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   Random random;
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 2000 / FILTERS_SLOWNESS; ++i) {
     Maker<Random> maker(random);
     const Case a = maker.make(1 + random.below(4));
     // A few rules anew, or all.
