@@ -17,8 +17,9 @@ HELD = os.path.join(os.path.dirname(os.path.abspath(__file__)), "held.txt")
 TOLERANCE = 0.04
 
 SIZES = (1, 10, 100, 1000, 10000)
-LIBRARY = ("serialize", "rebuild", "destroy", "rebuild_destroy", "copy", "insert",
-           "insert_shuffled", "compare", "set_type", "print", "change", "decode", "decode_losses")
+LIBRARY = ("make", "serialize", "rebuild", "destroy", "rebuild_destroy", "copy", "insert",
+           "insert_shuffled", "compare", "set_type", "print", "print_string", "change", "decode",
+           "decode_losses")
 FLOORS = ("write", "write_arena", "write_again", "parse", "parse_destroy", "parse_arena",
           "parse_again", "debug_string")
 
@@ -51,6 +52,7 @@ ROWS = [
     ("3", "operator==, instructions a rule", "compare.1000", 750, ",.0f"),
     ("3", "print, instructions a rule", "print.1000", 23000, ",.0f"),
     ("3", "print / DebugString of the message", "print.1000 / debug_string.1000", 0.30, ".2f"),
+    ("3", "... into a string, as that is", "print_string.1000 / debug_string.1000", None, ".2f"),
     ("4", "a changed rule of 10,000 / all of them", "change.10000 / all.10000", 0.001, ".5f"),
     ("4", "a changed rule on the wire, bytes", "change.wire", 200, ".0f"),
     ("5", "operator==, allocations a rule", "compare.allocations", 0, ".0f"),

@@ -62,7 +62,6 @@ constexpr Pair kPairs[] = {
     {"insert_shuffled", "parse"},
     {"copy", "parse"},
     {"compare", "parse_destroy"},
-    {"destroy", "parse_destroy"},
     {"print", "debug_string"},
 };
 

@@ -13,6 +13,7 @@
 #include <optional>
 #include <ostream>
 #include <random>
+#include <sstream>
 #include <vector>
 
 #include "workload.h"
@@ -47,6 +48,8 @@ class Fixture {
 
   // --- The library ---
 
+  // With the setters of entries, one rule after the other.
+  void make() { made_.emplace(makeGroup(rules_)); }
   void serialize() { group_.serialize(&out_); }
   void rebuild() { made_.emplace(bytes_); }
   void destroy() { made_.reset(); }
@@ -59,6 +62,11 @@ class Fixture {
   void print() {
     NullBuffer nowhere;
     std::ostream(&nowhere) << group_;
+  }
+  void printToString() {
+    std::ostringstream os;
+    os << group_;
+    out_ = os.str();
   }
   // One rule of the group, sent alone and read on top of a group that is held.
   void change() {
@@ -153,6 +161,7 @@ struct Work {
 
 using F = Fixture;
 constexpr Work kWorks[] = {
+    {"make", &F::forget, &F::make},
     {"serialize", &F::forget, &F::serialize},
     {"rebuild", &F::forget, &F::rebuild},
     {"destroy", &F::rebuild, &F::destroy},
@@ -163,6 +172,7 @@ constexpr Work kWorks[] = {
     {"compare", &F::nothing, &F::compare},
     {"set_type", &F::nothing, &F::setType},
     {"print", &F::nothing, &F::print},
+    {"print_string", &F::forget, &F::printToString},
     {"change", &F::copy, &F::change},
 #ifdef BENCHMARKS_WITH_INSPECT
     {"decode", &F::nothing, &F::decode},
