@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "../arena.h"
+
 namespace FiltersInspect {
 namespace {
 
@@ -101,7 +103,8 @@ void Rules::read(const FiltersGroup& group, Order order) {
   rules.reserve(entries.size());
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const bool same = i > 0 && entries[i].first == entries[i - 1].first;
-    FiltersEntryPB message;
+    MessageArena arena;  // messages elsewhere may break when memory runs out
+    auto& message = *arena.make<FiltersEntryPB>();
     entries[i].second->convertToFiltersEntryPB(&message);
     std::vector<Asked>& asked = asked_.emplace_back();
     for (const MatchPB& match : message.matches_()) appendAsked(match, &asked);
@@ -177,7 +180,8 @@ Finding& EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
 }
 
 void EntryFindings::addOddities(const FiltersEntry& entry) {
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   entry.convertToFiltersEntryPB(&message);
   for (const MatchPB& match : message.matches_()) {
     for (std::string& oddity : odditiesOf(match)) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "../arena.h"
 #include "rules.h"
 
 namespace FiltersInspect {
@@ -19,7 +20,8 @@ struct Tracer::Prepared {
 namespace {
 
 std::vector<Asked> askedBy(const FiltersEntry& entry) {
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   entry.convertToFiltersEntryPB(&message);
   std::vector<Asked> asked;
   for (const MatchPB& match : message.matches_()) appendAsked(match, &asked);
