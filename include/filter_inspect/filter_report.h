@@ -8,6 +8,7 @@
 // The layout of these structures may change with every minor release: programs are built anew then.
 // Who cannot promise that uses filter_inspect_c.h, which is stable.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -68,10 +69,18 @@ struct Finding {
   std::string message;        // one English sentence without its full stop
 };
 
+// How many findings there are of each severity.
+using SeverityCounts = std::array<std::size_t, 3>;
+
+// "1 error, 3 warnings, 101 notes", without those that there are none of.
+FILTERS_API std::string countsText(const SeverityCounts& counts);
+
 struct Report {
   std::vector<Finding> findings;
-  std::size_t left_out = 0;  // findings beyond the caller's limit: counted, not kept
-  Severity left_out_worst = Severity::kNote;  // the highest severity among those
+  // Findings beyond the caller's limit are counted, not kept: all of them, and by severity. Those
+  // kept are the most severe, of equal ones the first.
+  std::size_t left_out = 0;
+  SeverityCounts left_out_by_severity = {};
 
   bool empty() const { return findings.empty() && left_out == 0; }
   // The highest severity of those kept and those left out; kNote when empty.
@@ -79,8 +88,12 @@ struct Report {
   // Counts findings that are not kept.
   void leaveOut(Severity severity, std::size_t number = 1) {
     left_out += number;
-    if (left_out_worst < severity) left_out_worst = severity;
+    left_out_by_severity[static_cast<std::size_t>(severity)] += number;
   }
+  // Puts the findings of another report behind these ones, and counts what it left out.
+  FILTERS_API void append(Report&& other);
+  // Leaves out all but the `most` most severe findings. Those stay in their order.
+  FILTERS_API void keep(std::size_t most);
 };
 
 // One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Of a report also

@@ -61,7 +61,7 @@ void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool 
     findings->add(Code::kBytesBroken, all, "they cannot be read to their end");
   }
   if (unmade) findings->add(Code::kRebuildThrows, all, "nothing can be made of them");
-  if (!same && findings->report.empty()) {
+  if (!same && findings->empty()) {
     findings->add(Code::kEncodingDiffers, all, "other bytes are written");
   }
 }
@@ -126,7 +126,7 @@ DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
       noteGroup(bytes, decoded.group.has_value(), same, limits, &findings);
     }
   }
-  decoded.report = std::move(findings.report);
+  decoded.report = findings.take();
   return decoded;
 }
 
@@ -140,7 +140,7 @@ DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits) {
       noteEntry(bytes, decoded.entry.has_value(), same, &findings);
     }
   }
-  decoded.report = std::move(findings.report);
+  decoded.report = findings.take();
   return decoded;
 }
 

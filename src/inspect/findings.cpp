@@ -1,7 +1,5 @@
 #include "findings.h"
 
-#include <utility>
-
 namespace FiltersInspect {
 
 std::string hexOf(std::string_view bytes) {
@@ -23,13 +21,8 @@ std::string Place::path() const {
 
 Finding* Findings::add(Code code, const Place& place, const char* message) {
   if (severityOf(code) < least_) return nullptr;
-  if (report.findings.size() >= room_) {
-    report.leaveOut(severityOf(code));
-    return nullptr;
-  }
-  Finding& finding = report.findings.emplace_back();
-  finding.code = code;
-  finding.severity = severityOf(code);
+  if (!report_.takes(severityOf(code))) return nullptr;
+  Finding& finding = report_.add(code);
   finding.subject = subject;
   finding.group = group;
   finding.entry = entry;
@@ -38,17 +31,6 @@ Finding* Findings::add(Code code, const Place& place, const char* message) {
   finding.bytes = place.bytes;
   finding.message = message;
   return &finding;
-}
-
-void Findings::append(Findings&& others) {
-  for (Finding& finding : others.report.findings) {
-    if (report.findings.size() < room_) {
-      report.findings.push_back(std::move(finding));
-    } else {
-      report.leaveOut(finding.severity);
-    }
-  }
-  report.leaveOut(others.report.left_out_worst, others.report.left_out);
 }
 
 }  // namespace FiltersInspect

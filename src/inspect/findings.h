@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "limited_report.h"
+
 namespace FiltersInspect {
 
 // The bytes in hexadecimal, of many the first.
@@ -33,27 +35,27 @@ struct Place {
   }
 };
 
-// Takes findings as long as there is room for them. What a finding says beside its code is told by
-// the caller, when there is a place for it.
+// Takes findings, up to a limit. What a finding says beside its code is told by the caller, when
+// there is a place for it.
 class Findings {
  public:
   explicit Findings(const DecodeLimits& limits)
-      : room_(limits.max_findings), least_(limits.least) {}
+      : report_(limits.max_findings), least_(limits.least) {}
 
-  // Null for what nobody asks for, and beyond the room, where the finding is counted alone.
+  // Null for what nobody asks for, and beyond the limit, where the finding is counted alone.
   Finding* add(Code code, const Place& place, const char* message = "");
   // Puts others behind those added.
-  void append(Findings&& others);
+  void append(Findings&& others) { report_.append(others.take()); }
+  bool empty() const { return report_.empty(); }
+  Report take() { return report_.take(); }
 
   // What the findings are about, until it changes.
   std::optional<FiltersCommon::filtersGroupId_t> group;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   Subject subject = Subject::kGroup;
   std::uint32_t offender = 0;
-
-  Report report;
  private:
-  std::size_t room_;
+  LimitedReport report_;
   Severity least_;
 };
 

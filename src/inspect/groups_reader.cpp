@@ -12,6 +12,10 @@ namespace {
 
 using namespace FiltersCommon;
 
+std::string textOf(TextPlace place) {
+  return std::to_string(place.line) + ':' + std::to_string(place.column);
+}
+
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 std::string_view modeName(policer::ModeType type) {
@@ -60,40 +64,25 @@ void GroupsReader::endGroup() {
   limits.max_bytes = bytes.size();
   limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
-  for (Finding& finding : decoded.report.findings) add(std::move(finding));
-  parsed_.report.leaveOut(decoded.report.left_out_worst, decoded.report.left_out);
-  if (parsed_.report.empty()) parsed_.groups.push_back(std::move(*decoded.group));
+  for (Finding& finding : decoded.report.findings) {
+    finding.path = textOf(placeOf(finding.path));
+    finding.bytes.reset();  // of the bytes in between, which nobody sees
+  }
+  report_.append(std::move(decoded.report));
+  if (report_.empty()) groups_.push_back(std::move(*decoded.group));
 }
 
 ParsedGroups GroupsReader::finish() {
-  if (!parsed_.report.empty()) parsed_.groups.clear();
-  return std::move(parsed_);
+  if (!report_.empty()) groups_.clear();
+  return {std::move(groups_), report_.take()};
 }
 
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
   faulty_ = true;
-  if (parsed_.report.findings.size() >= maxFindings_) {
-    parsed_.report.leaveOut(severityOf(code));
-    return;
-  }
-  Finding finding = {};
-  finding.code = code;
-  finding.severity = severityOf(code);
-  finding.path = std::to_string(place.line) + ':' + std::to_string(place.column);
+  if (!report_.takes(severityOf(code))) return;
+  Finding& finding = report_.add(code);
+  finding.path = textOf(place);
   finding.message = std::move(message);
-  parsed_.report.findings.push_back(std::move(finding));
-}
-
-// One of the bytes in between, which nobody sees.
-void GroupsReader::add(Finding finding) {
-  if (parsed_.report.findings.size() >= maxFindings_) {
-    parsed_.report.leaveOut(finding.severity);
-    return;
-  }
-  const TextPlace place = placeOf(finding.path);
-  finding.path = std::to_string(place.line) + ':' + std::to_string(place.column);
-  finding.bytes.reset();
-  parsed_.report.findings.push_back(std::move(finding));
 }
 
 // Of the entry whose number the path begins with, else of the group.

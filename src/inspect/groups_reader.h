@@ -16,6 +16,7 @@
 #include <filter_inspect/filter_text.h>
 
 #include "../arena.h"
+#include "limited_report.h"
 
 namespace FiltersInspect {
 
@@ -29,7 +30,8 @@ class GroupsReader {
  public:
   static constexpr std::size_t kMaxFindings = 1000;  // where the caller wants no other number
 
-  explicit GroupsReader(std::size_t maxFindings) : maxFindings_(maxFindings) {}
+  explicit GroupsReader(std::size_t maxFindings)
+      : maxFindings_(maxFindings), report_(maxFindings) {}
 
   // What the caller fills.
   FiltersCommon::FiltersGroupPB* head() { return head_; }
@@ -46,11 +48,11 @@ class GroupsReader {
   // All groups, or none and the findings.
   ParsedGroups finish();
  private:
-  void add(Finding finding);
   TextPlace placeOf(const std::string& path) const;
 
   const std::size_t maxFindings_;
-  ParsedGroups parsed_;
+  std::vector<FiltersCommon::FiltersGroup> groups_;
+  LimitedReport report_;
   // Messages outside of an arena leak when memory runs out.
   FiltersCommon::MessageArena arena_;
   FiltersCommon::FiltersGroupPB* const head_ = arena_.make<FiltersCommon::FiltersGroupPB>();

@@ -277,6 +277,13 @@ std::size_t filtersReportLeftOut(const FiltersReport* r) {
   return r == nullptr ? 0 : r->report.left_out;
 }
 
+std::size_t filtersReportLeftOutOf(const FiltersReport* r, filtersSeverity_t severity) {
+  if (r == nullptr) return 0;
+  const SeverityCounts& counts = r->report.left_out_by_severity;
+  const auto index = static_cast<std::size_t>(severity);
+  return index < counts.size() ? counts[index] : 0;
+}
+
 filtersSeverity_t filtersReportWorst(const FiltersReport* r) {
   return r == nullptr ? FILTERS_SEVERITY_NOTE : static_cast<filtersSeverity_t>(r->report.worst());
 }

@@ -9,12 +9,9 @@ constexpr std::string_view kLacking = "none";
 
 // `at` counts from 0; people count from 1.
 void addFault(Code code, std::size_t at, std::string_view text, const char* why,
-              std::size_t max_findings, Report* report) {
-  if (report == nullptr) return;
-  if (report->findings.size() >= max_findings) return report->leaveOut(severityOf(code));
-  Finding& finding = report->findings.emplace_back();
-  finding.code = code;
-  finding.severity = severityOf(code);
+              LimitedReport* faults) {
+  if (!faults->takes(severityOf(code))) return;
+  Finding& finding = faults->add(code);
   finding.path = "1:" + std::to_string(at + 1);
   finding.before = text;
   finding.message = '\'' + finding.before + "': " + why;
@@ -26,12 +23,10 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
                                     std::size_t max_findings) {
   constexpr std::string_view kBlanks = " \t\r\n";
   Packet packet;
-  bool good = true;
+  LimitedReport faults(max_findings);
   const char* const start = text.data();
   const auto fault = [&](Code code, std::string_view piece, const char* why) {
-    addFault(code, static_cast<std::size_t>(piece.data() - start), piece, why, max_findings,
-             report);
-    good = false;
+    addFault(code, static_cast<std::size_t>(piece.data() - start), piece, why, &faults);
   };
   while (true) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
@@ -61,7 +56,9 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
       fault(Code::kTextRepeated, piece, "the field is told twice");
     }
   }
-  return good ? std::optional(std::move(packet)) : std::nullopt;
+  if (faults.empty()) return packet;
+  if (report != nullptr) report->append(faults.take());
+  return std::nullopt;
 }
 
 std::string Packet::toText() const {

@@ -1,6 +1,7 @@
 #include <filter_inspect/filter_report.h>
 
 #include <algorithm>
+#include <iterator>
 #include <ostream>
 
 #include <filter_inspect/filter_analysis.h>
@@ -12,6 +13,8 @@ namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
+
+constexpr Severity kWorstFirst[] = {Severity::kError, Severity::kWarning, Severity::kNote};
 
 // What the numbers of a finding are codes of.
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
@@ -157,6 +160,13 @@ void write(const ReportInput& input, JsonText* json) {
   for (const Finding& finding : input.report.findings) write(finding, json);
   json->close(']');
   write("left_out", std::uint64_t{input.report.left_out}, json);
+  json->key("left_out_by_level");
+  json->open('{');
+  for (const Severity severity : kWorstFirst) {
+    json->key(nameOf(severity));
+    json->value(input.report.left_out_by_severity[static_cast<std::size_t>(severity)]);
+  }
+  json->close('}');
   json->close('}');
 }
 
@@ -236,10 +246,55 @@ std::string_view nameOf(Subject subject) {
   return {};
 }
 
+std::string countsText(const SeverityCounts& counts) {
+  std::string text;
+  for (const Severity severity : kWorstFirst) {
+    const std::size_t count = counts[static_cast<std::size_t>(severity)];
+    if (count == 0) continue;
+    text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ';
+    text.append(nameOf(severity)).append(count == 1 ? "" : "s");
+  }
+  return text;
+}
+
 Severity Report::worst() const {
-  Severity worst = left_out_worst;
+  Severity worst = Severity::kNote;
   for (const Finding& finding : findings) worst = std::max(worst, finding.severity);
+  for (const Severity severity : kWorstFirst) {
+    if (left_out_by_severity[static_cast<std::size_t>(severity)] != 0) {
+      return std::max(worst, severity);
+    }
+  }
   return worst;
+}
+
+void Report::append(Report&& other) {
+  findings.insert(findings.end(), std::move_iterator(other.findings.begin()),
+                  std::move_iterator(other.findings.end()));
+  for (const Severity severity : kWorstFirst) {
+    leaveOut(severity, other.left_out_by_severity[static_cast<std::size_t>(severity)]);
+  }
+}
+
+void Report::keep(std::size_t most) {
+  if (findings.size() <= most) return;
+  SeverityCounts room = {};  // of each severity so many are kept
+  for (const Finding& finding : findings) ++room[static_cast<std::size_t>(finding.severity)];
+  for (const Severity severity : kWorstFirst) {
+    std::size_t& its = room[static_cast<std::size_t>(severity)];
+    its = std::min(its, most);
+    most -= its;
+  }
+  const auto isLeftOut = [&](const Finding& finding) {
+    std::size_t& its = room[static_cast<std::size_t>(finding.severity)];
+    if (its == 0) {
+      leaveOut(finding.severity);
+      return true;
+    }
+    --its;
+    return false;
+  };
+  findings.erase(std::remove_if(findings.begin(), findings.end(), isLeftOut), findings.end());
 }
 
 std::ostream& operator<<(std::ostream& os, const Finding& finding) {
@@ -269,8 +324,7 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
 std::ostream& operator<<(std::ostream& os, const Report& report) {
   for (const Finding& finding : report.findings) os << finding;
   if (report.left_out != 0) {
-    os << nameOf(report.left_out_worst) << ": " << std::to_string(report.left_out)
-       << " more findings\n";
+    os << "left out: " << countsText(report.left_out_by_severity) << '\n';
   }
   return os;
 }

@@ -163,16 +163,8 @@ Packet packetOf(const Space& space, const Point& point) {
   return packet;
 }
 
-bool EntryFindings::room(Code code) {
-  const bool room = report_.findings.size() < most_;
-  if (!room) report_.leaveOut(severityOf(code));
-  return room;
-}
-
 Finding& EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
-  Finding& finding = report_.findings.emplace_back();
-  finding.code = code;
-  finding.severity = severityOf(code);
+  Finding& finding = report_.add(code);
   finding.subject = entry ? Subject::kEntry : Subject::kGroup;
   finding.group = group_;
   finding.entry = entry;

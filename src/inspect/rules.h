@@ -13,6 +13,7 @@
 #include <filter_common/filter_entries.pb.h>
 #include <filter_inspect/filter_analysis.h>
 
+#include "limited_report.h"
 #include "readings.h"
 #include "space.h"
 
@@ -59,20 +60,19 @@ struct PacketFields {
   static const auto& of(const Packet& packet) { return packet.fields_; }
 };
 
-// A report that takes up to so many findings.
+// A report about entries of a group, of at most so many findings.
 class EntryFindings {
  public:
   EntryFindings(FiltersCommon::filtersGroupId_t group, std::size_t most)
-      : group_(group), most_(most) {}
+      : group_(group), report_(most) {}
   // Whether one more is kept: then add() is to follow, else it has been counted.
-  bool room(Code code);
+  bool room(Code code) { return report_.takes(severityOf(code)); }
   Finding& add(Code code, std::optional<FiltersCommon::filtersEntryId_t> entry);
   void addOddities(const FiltersCommon::FiltersEntry& entry);
-  Report take() { return std::move(report_); }
+  Report take() { return report_.take(); }
  private:
   FiltersCommon::filtersGroupId_t group_;
-  std::size_t most_;
-  Report report_;
+  LimitedReport report_;
 };
 
 // How many ranges are looked at to find which rules meet, where one rule may take so many steps.

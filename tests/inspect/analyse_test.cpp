@@ -53,6 +53,13 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
     ASSERT_EQ(some.findings.size(), options.max_findings);
     ASSERT_EQ(some.findings.size() + some.left_out, all.findings.size());
     ASSERT_EQ(some.worst(), all.worst());
+    // Kept are the most severe ones, in their order.
+    const auto warnings = [](const Report& report) {
+      return std::count_if(report.findings.begin(), report.findings.end(),
+                           [](const Finding& one) { return one.severity == Severity::kWarning; });
+    };
+    ASSERT_EQ(warnings(some), std::min(warnings(all), std::ptrdiff_t(options.max_findings)));
+    ASSERT_EQ(some.left_out_by_severity[1], std::size_t(warnings(all) - warnings(some)));
   }
 }
 

@@ -6,6 +6,8 @@
 
 #include <filter_inspect/filter_decode.h>
 
+#include <numeric>
+
 #include "../meaning.h"
 
 namespace catalogue {
@@ -65,7 +67,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// With room for fewer findings, the same are found and the first of them kept.
+// With room for fewer findings, the same are found: kept are the most severe, of equal ones the
+// first.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;
@@ -76,8 +79,17 @@ std::string faultWithLimit(const std::string& bytes, const Report& all, std::siz
     return "a limit changes how many findings there are";
   }
   if (some.worst() != all.worst()) return "a limit hides the worst of them";
+  std::vector<std::size_t> order(all.findings.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(), [&all](std::size_t a, std::size_t b) {
+    return all.findings[a].severity > all.findings[b].severity;
+  });
+  std::sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(some.findings.size()));
   for (std::size_t i = 0; i < some.findings.size(); ++i) {
-    if (some.findings[i].code != all.findings[i].code) return "a limit changes the findings";
+    if (some.findings[i].path != all.findings[order[i]].path ||
+        some.findings[i].code != all.findings[order[i]].code) {
+      return "a limit keeps other findings";
+    }
   }
   return "";
 }

@@ -24,6 +24,7 @@ static const char* first(FiltersReport* report) {
     EXPECT(f.severity == FILTERS_SEVERITY_ERROR && f.message[0] != '\0');
   }
   EXPECT(there == (filtersReportCount(report) != 0) && filtersReportLeftOut(report) == 0);
+  EXPECT(filtersReportLeftOutOf(report, FILTERS_SEVERITY_ERROR) == 0);
   EXPECT(filtersReportWorst(report) == (there ? FILTERS_SEVERITY_ERROR : FILTERS_SEVERITY_NOTE));
   EXPECT(!filtersReportGet(report, 0, NULL));
   EXPECT(!filtersReportGet(report, filtersReportCount(report), &f));

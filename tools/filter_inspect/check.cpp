@@ -64,16 +64,10 @@ Checked checkAgainst(const Against& against, const std::string& bytes, DecodeLim
         finding.code == Code::kFieldRepeated || finding.code == Code::kStageTypePair;
     if (!isOurs && !(isHead && isTwice)) all.findings.push_back(std::move(finding));
   }
-  Report report;
-  for (Finding& finding : all.findings) {
-    if (report.findings.size() < room) {
-      report.findings.push_back(std::move(finding));
-    } else {
-      report.leaveOut(finding.severity);
-    }
-  }
-  report.leaveOut(decoded.report.left_out_worst, decoded.report.left_out);
-  return {std::move(report), entriesOf(decoded.group)};
+  decoded.report.findings.clear();
+  all.append(std::move(decoded.report));
+  all.keep(room);
+  return {std::move(all), entriesOf(decoded.group)};
 }
 
 // What was read from text or JSON has no bytes; those that it writes are no place in the file.

@@ -131,13 +131,13 @@ void Console::flush() {
 
 void Console::trouble(Code code, const std::string& place, const std::string& message) {
   failed_ = true;
-  if (options_.json) return keep(place, findingOf(code, message));
+  if (options_.json) return keep(place, {{findingOf(code, message)}});
   say("filter-inspect: " + printable(place.empty() ? message : place + ": " + message) + '\n');
 }
 
 void Console::trouble(const std::string& file, const std::string& place, const Finding& finding) {
   failed_ = true;
-  if (options_.json) return keep(file, finding);
+  if (options_.json) return keep(file, {{finding}});
   say(lineOf(STDERR_FILENO, place, finding));
 }
 
@@ -146,18 +146,11 @@ void Console::systemTrouble(Code code, const std::string& file, int error) {
 }
 
 void Console::aside(const std::string& file, const std::string& place, const Report& report) {
-  for (const Finding& finding : report.findings) {
-    if (options_.json) {
-      keep(file, finding);
-    } else {
-      say(lineOf(STDERR_FILENO, place, finding));
-    }
-  }
-  if (report.left_out == 0) return;
-  if (options_.json) {
-    keep(file, {}, report.left_out);
-  } else {
-    say(printable(place) + ": " + counted(report.left_out, "more finding") +
+  if (options_.json) return keep(file, report);
+  for (const Finding& finding : report.findings) say(lineOf(STDERR_FILENO, place, finding));
+  if (report.left_out != 0) {
+    say(printable(place) +
+        ": left out: " + FiltersInspect::countsText(report.left_out_by_severity) +
         "; --max-findings=N shows more\n");
   }
 }
@@ -234,11 +227,10 @@ std::string Console::lineOf(int stream, const std::string& place, const Finding&
          printable(line.substr(severity.size())) + '\n';
 }
 
-void Console::keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut) {
+void Console::keep(const std::string& file, Report report) {
+  if (report.empty()) return;
   if (troubles_.empty() || troubles_.back().file != file) troubles_.push_back({file, {}, {}});
-  Report& report = troubles_.back().report;
-  if (finding) report.findings.push_back(*std::move(finding));
-  report.left_out += leftOut;
+  troubles_.back().report.append(std::move(report));
 }
 
 void Console::say(const std::string& text) {

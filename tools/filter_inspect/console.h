@@ -84,7 +84,7 @@ class Console {
  private:
   std::string painted(int stream, std::string_view text, Color color) const;
   std::string lineOf(int stream, const std::string& place, const Finding& finding) const;
-  void keep(const std::string& file, std::optional<Finding> finding, std::size_t leftOut = 0);
+  void keep(const std::string& file, Report report);
   void say(const std::string& text);
 
   const Options& options_;

@@ -121,7 +121,7 @@ Report compareTreatment(const Pair& pair, const Options& options, std::size_t to
 
 void printTreatment(const Pair& pair, const Report& report, Console* console) {
   for (const Finding& finding : report.findings) {
-    console->write(pair.a->place, Report{{finding}, 0, Severity::kNote});
+    console->write(pair.a->place, Report{{finding}});
     if (!finding.witness.empty()) console->writeLine("  packet: " + finding.witness);
   }
 }
@@ -140,7 +140,7 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
   const std::size_t open = all.findings.size() - differing;
   if (open != 0) text += ", " + std::to_string(open) + " not decided";
   if (all.left_out != 0)
-    text += ", " + std::to_string(all.left_out) + " left out; --max-findings=N shows more";
+    text += "; left out: " + countsText(all.left_out_by_severity) + "; --max-findings=N shows more";
   return text + restsOn(order);
 }
 
@@ -150,11 +150,7 @@ class Document {
   explicit Document(const std::vector<Input>& inputs) {
     for (const Input& input : inputs) inputs_.push_back({input.file, input.groups.size(), {}});
   }
-  void add(Report&& report) {
-    Report& all = inputs_.back().report;
-    for (Finding& finding : report.findings) all.findings.push_back(std::move(finding));
-    all.leaveOut(report.left_out_worst, report.left_out);
-  }
+  void add(Report&& report) { inputs_.back().report.append(std::move(report)); }
   void write(const Options& options, Console* console) {
     if (options.order.empty()) return console->write(inputs_);
     console->write(inputs_, orderOf(options));
@@ -200,9 +196,7 @@ Exit runDiff(const Options& options, Console* console) {
     if (options.order.empty()) continue;
     report = compareTreatment(pair, options, treatment.findings.size(), console);
     if (!options.json) printTreatment(pair, report, console);
-    treatment.leaveOut(report.left_out_worst, report.left_out);
-    treatment.findings.insert(treatment.findings.end(), report.findings.begin(),
-                              report.findings.end());
+    treatment.append(Report(report));
     document.add(std::move(report));
   }
   if (options.json) {

@@ -126,7 +126,7 @@ bool addsUp(std::string_view content) {
 bool breaks(const Report& report, std::string_view bytes) {
   const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
   if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;
-  return report.left_out_worst == Severity::kError &&
+  return report.left_out != 0 && report.worst() == Severity::kError &&
          !FiltersCommon::FiltersGroupPB().ParsePartialFromArray(bytes.data(),
                                                                 static_cast<int>(bytes.size()));
 }
@@ -214,6 +214,7 @@ class Reader {
     }
     Report rest;
     rest.left_out = report.left_out;
+    rest.left_out_by_severity = report.left_out_by_severity;
     console_.aside(input_.file, input_.file, rest);
   }
 
@@ -304,7 +305,10 @@ void tellLosses(const Input& input, Console* console) {
   Report rest;
   for (const InputGroup& group : input.groups) {
     Report losses = group.report;
-    rest.leaveOut(losses.left_out_worst, std::exchange(losses.left_out, 0));
+    Report left = losses;
+    left.findings.clear();
+    rest.append(std::move(left));
+    losses.left_out = 0;
     if (!group.isBroken) {
       console->aside(input.file, group.place, losses);
       continue;

@@ -98,14 +98,14 @@ class Packets {
     Report faults;
     const std::optional<Packet> packet = Packet::parse(text, &faults, room_);
     room_ -= faults.findings.size();
-    untold_.leaveOut(faults.left_out_worst, faults.left_out);
-    for (Finding fault : faults.findings) {
+    for (Finding& fault : std::exchange(faults.findings, {})) {
       const std::size_t column = fault.path.find(':');
       fault.path = std::to_string(line) + fault.path.substr(column);
       const std::string where = place + ':' + fault.path;
       if (!options_.json) fault.path.clear();
       console_.trouble(place, where, fault);
     }
+    untold_.append(std::move(faults));
     if (!packet) return;
     for (const Prepared& one : prepared_) {
       show(one.tracer.trace(*packet), *packet, *one.group, place + ':' + std::to_string(line));
@@ -115,6 +115,7 @@ class Packets {
   // `place` is where all packets stand.
   Exit finish(const std::string& place) {
     console_.aside(place, place, untold_);
+    report_.keep(options_.maxFindings);
     if (options_.json)
       console_.write({{input_.file, input_.groups.size(), std::move(report_)}}, orderOf(options_));
     return is_decided_ ? kExitFine : kExitFound;
@@ -166,11 +167,8 @@ class Packets {
 
   void add(Finding finding, const FiltersGroup& group) {
     finding.group = group.getId();
-    if (report_.findings.size() < options_.maxFindings) {
-      report_.findings.push_back(std::move(finding));
-    } else {
-      report_.leaveOut(finding.severity);
-    }
+    report_.findings.push_back(std::move(finding));
+    if (report_.findings.size() / 2 >= options_.maxFindings) report_.keep(options_.maxFindings);
   }
 
   const Options& options_;
