@@ -55,6 +55,8 @@ struct Finding {
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
+  // Which group of its file it is, counted from 1: set by whoever reads files, not by this library.
+  std::optional<std::size_t> group_number;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // Code of the match or action, id of the counter; of a refusal what is refused: the stage, the
   // type, the policer's stage.
@@ -62,11 +64,15 @@ struct Finding {
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, or codes of other matches, involved
-  std::string path;  // "entries_[3].matches_[1].vlan_id_[2]" in bytes, "12:7" in text
+  // "entries_[3].matches_[1].vlan_id_[2]" where `bytes` are told; line and column in text and JSON,
+  // "12:7".
+  std::string path;
   std::optional<ByteRange> bytes;
-  std::string before, after;  // values as text: what came, what is kept
-  std::string witness;        // a packet that shows it
-  std::string message;        // one English sentence without its full stop
+  // Values as text: what came, what is kept. Beside a witness: what the entry does with packets,
+  // and what is done with them by others.
+  std::string before, after;
+  std::string witness;  // a packet that shows it
+  std::string message;  // one English sentence without its full stop
 };
 
 // How many findings there are of each severity.
@@ -96,8 +102,9 @@ struct Report {
   FILTERS_API void keep(std::size_t most);
 };
 
-// One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Of a report also
-// how many were left out.
+// One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Below it, two
+// blanks further in, the witness where there is one, and what the entry and others do with it. Of a
+// report also how many were left out.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 

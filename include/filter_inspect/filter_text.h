@@ -16,8 +16,10 @@
 // texts of others limits that.
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <filter_common/filter_groups.h>
@@ -34,6 +36,22 @@ FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& g
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 
+// Where something begins in text or JSON: both count from 1.
+struct TextPlace {
+  std::size_t line = 1;
+  std::size_t column = 1;
+};
+FILTERS_API std::string toText(TextPlace place);  // "12:7"
+
+// Where a group and each of its entries begin.
+struct GroupPlaces {
+  TextPlace group;
+  std::vector<std::pair<FiltersCommon::filtersEntryId_t, TextPlace>> entries;  // by ascending id
+
+  // Of the entry, or of the group where it has no such entry.
+  FILTERS_API TextPlace of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
+};
+
 // All or nothing: `report` is empty, or `groups` is. Findings name line and column in `path`
 // ("12:7", both from 1), those about what an entry or group holds the place where it begins.
 // Nothing is dropped on the way: an unknown name, one given twice, a number too large, a match that
@@ -43,6 +61,7 @@ FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
+  std::vector<GroupPlaces> places;  // of each of the groups
 };
 FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);

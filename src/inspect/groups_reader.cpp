@@ -12,10 +12,6 @@ namespace {
 
 using namespace FiltersCommon;
 
-std::string textOf(TextPlace place) {
-  return std::to_string(place.line) + ':' + std::to_string(place.column);
-}
-
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 std::string_view modeName(policer::ModeType type) {
@@ -36,21 +32,32 @@ std::string_view modeName(policer::ModeType type) {
 
 }  // namespace
 
+std::string toText(TextPlace place) {
+  return std::to_string(place.line) + ':' + std::to_string(place.column);
+}
+
+TextPlace GroupPlaces::of(std::optional<filtersEntryId_t> entry) const {
+  if (!entry) return group;
+  const auto found = std::partition_point(entries.begin(), entries.end(),
+                                          [&](const auto& one) { return one.first < *entry; });
+  return found != entries.end() && found->first == *entry ? found->second : group;
+}
+
 void GroupsReader::beginGroup(TextPlace place) {
-  group_ = place;
   faulty_ = false;
   head_->Clear();
   bytes_.clear();
-  places_.clear();
+  places_ = {place, {}};
 }
 
 void GroupsReader::beginEntry(TextPlace place) {
-  places_.push_back(place);
+  places_.entries.emplace_back(0, place);
   entries_->Clear();
   entries_->add_entries_();
 }
 
 void GroupsReader::endEntry() {
+  places_.entries.back().first = entry()->id_();
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
   // Fields written one behind the other are the bytes of one message of all of them.
   if (!faulty_) static_cast<void>(entries_->AppendPartialToString(&bytes_));
@@ -65,34 +72,38 @@ void GroupsReader::endGroup() {
   limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
   for (Finding& finding : decoded.report.findings) {
-    finding.path = textOf(placeOf(finding.path));
+    finding.path = toText(placeOf(finding.path));
     finding.bytes.reset();  // of the bytes in between, which nobody sees
   }
   report_.append(std::move(decoded.report));
-  if (report_.empty()) groups_.push_back(std::move(*decoded.group));
+  if (!report_.empty()) return;
+  groups_.push_back(std::move(*decoded.group));
+  std::sort(places_.entries.begin(), places_.entries.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  places_of_groups_.push_back(std::move(places_));
 }
 
 ParsedGroups GroupsReader::finish() {
-  if (!report_.empty()) groups_.clear();
-  return {std::move(groups_), report_.take()};
+  if (!report_.empty()) return {{}, report_.take(), {}};
+  return {std::move(groups_), {}, std::move(places_of_groups_)};
 }
 
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
   faulty_ = true;
   if (!report_.takes(severityOf(code))) return;
   Finding& finding = report_.add(code);
-  finding.path = textOf(place);
+  finding.path = toText(place);
   finding.message = std::move(message);
 }
 
 // Of the entry whose number the path begins with, else of the group.
 TextPlace GroupsReader::placeOf(const std::string& path) const {
   static constexpr std::string_view kEntries = "entries_[";
-  std::size_t index = places_.size();
+  std::size_t index = places_.entries.size();
   if (path.compare(0, kEntries.size(), kEntries) == 0) {
     std::from_chars(path.data() + kEntries.size(), path.data() + path.size(), index);
   }
-  return index < places_.size() ? places_[index] : group_;
+  return index < places_.entries.size() ? places_.entries[index].second : places_.group;
 }
 
 void appendHex(std::string_view bytes, std::string* out) {

@@ -20,11 +20,6 @@
 
 namespace FiltersInspect {
 
-struct TextPlace {
-  std::size_t line = 1;
-  std::size_t column = 1;
-};
-
 // Takes groups entry by entry, as bytes, so that no message of a whole group is held.
 class GroupsReader {
  public:
@@ -52,16 +47,16 @@ class GroupsReader {
 
   const std::size_t maxFindings_;
   std::vector<FiltersCommon::FiltersGroup> groups_;
+  std::vector<GroupPlaces> places_of_groups_;
   LimitedReport report_;
   // Messages outside of an arena leak when memory runs out.
   FiltersCommon::MessageArena arena_;
   FiltersCommon::FiltersGroupPB* const head_ = arena_.make<FiltersCommon::FiltersGroupPB>();
   FiltersCommon::FiltersGroupPB* const entries_ =  // of the one entry at hand
       arena_.make<FiltersCommon::FiltersGroupPB>();
-  std::string bytes_;  // of the entries before it
-  TextPlace group_;
-  bool faulty_ = false;            // the group at hand
-  std::vector<TextPlace> places_;  // of the group's entries
+  std::string bytes_;    // of the entries before it
+  bool faulty_ = false;  // the group at hand
+  GroupPlaces places_;   // of the group at hand, its entries as they stand there
 };
 
 // The bytes in hexadecimal digits, both ways; upper-case digits are read too.

@@ -124,6 +124,7 @@ void write(const Finding& finding, JsonText* json) {
   if (finding.result != FILTERS_OK) write("result", nameOf(finding.result), json);
   write("subject", nameOf(finding.subject), json);
   if (finding.group) write("group", *finding.group, json);
+  if (finding.group_number) write("group_number", std::uint64_t{*finding.group_number}, json);
   if (finding.entry) write("entry", *finding.entry, json);
   if (codes != CodesOf::kNothing) {
     json->key("offender");
@@ -149,6 +150,18 @@ void write(const Finding& finding, JsonText* json) {
   }
   write("message", std::string_view(finding.message), json);
   json->close('}');
+}
+
+// "permit becomes deny"; nothing where the finding does not tell two treatments.
+std::string treatmentsText(const Finding& finding) {
+  if (finding.witness.empty() || finding.before.empty() || finding.after.empty()) return {};
+  if (finding.before == finding.after) return "alike: " + finding.before;
+  const bool instead = finding.code != Code::kEntriesTie && finding.code != Code::kEntriesOverlap;
+  if (instead || !finding.entry) return finding.before + " becomes " + finding.after;
+  const std::string other =
+      finding.others.size() == 1 ? "entry " + std::to_string(finding.others[0]) : "others";
+  return "entry " + std::to_string(*finding.entry) + ": " + finding.before + "; " + other + ": " +
+         finding.after;
 }
 
 void write(const ReportInput& input, JsonText* json) {
@@ -318,7 +331,11 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
   } else if (!finding.path.empty()) {
     line += " (" + finding.path + ')';
   }
-  return os << line << " [" << nameOf(finding.code) << "]\n";
+  os << line << " [" << nameOf(finding.code) << "]\n";
+  if (!finding.witness.empty()) os << "  packet: " << finding.witness << '\n';
+  const std::string treatments = treatmentsText(finding);
+  if (!treatments.empty()) os << "  " << treatments << '\n';
+  return os;
 }
 
 std::ostream& operator<<(std::ostream& os, const Report& report) {

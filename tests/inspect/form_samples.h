@@ -25,6 +25,26 @@ struct FormOfGroups {
 inline const FormOfGroups kText = {FiltersInspect::toText, FiltersInspect::groupsFromText};
 inline const FormOfGroups kJson = {FiltersInspect::toJson, FiltersInspect::groupsFromJson};
 
+// At the place of each group and entry stands, as the first number, its id.
+inline bool placesAreRight(std::string_view text, const ParsedGroups& parsed) {
+  std::vector<std::size_t> lines = {0};
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\n') lines.push_back(i + 1);
+  }
+  const auto idAt = [&](const FiltersInspect::TextPlace& place) {
+    const std::size_t at = lines.at(place.line - 1) + place.column - 1;
+    return std::stoul(std::string(text.substr(text.find_first_of("0123456789", at), 10)));
+  };
+  bool right = parsed.places.size() == parsed.groups.size();
+  for (std::size_t i = 0; i < parsed.groups.size() && right; ++i) {
+    const auto& entries = parsed.groups[i].getEntriesRef();
+    right = idAt(parsed.places[i].group) == parsed.groups[i].getId() &&
+            parsed.places[i].entries.size() == entries.size();
+    for (const auto& [id, entry] : entries) right = right && idAt(parsed.places[i].of(id)) == id;
+  }
+  return right;
+}
+
 inline std::string faultOf(const FormOfGroups& form, const Groups& groups) {
   const std::string text = form.write(groups);
   const ParsedGroups parsed = form.read(text);
@@ -32,6 +52,7 @@ inline std::string faultOf(const FormOfGroups& form, const Groups& groups) {
   report << parsed.report;
   if (!parsed.report.empty()) return "refuses what it wrote:\n" + report.str() + text;
   if (parsed.groups != groups) return "reads other groups:\n" + text;
+  if (!placesAreRight(text, parsed)) return "tells other places:\n" + text;
   return form.write(parsed.groups) == text ? "" : "writes it differently again:\n" + text;
 }
 

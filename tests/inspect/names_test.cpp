@@ -96,4 +96,64 @@ TEST(Report, IsWrittenAsJson) {
   EXPECT_THAT(toJson(Report()), testing::HasSubstr("\"findings\": [],"));
 }
 
+// Below a finding stand its witness and two treatments.
+TEST(Report, IsWrittenAsText) {
+  const struct {
+    Code code;
+    std::vector<std::uint32_t> others;
+    const char *before, *after, *shown;
+  } rows[] = {
+      {Code::kEntryUnreachable, {10}, "permit", "deny", "  permit becomes deny\n"},
+      {Code::kEntryUnreachable, {10, 20}, "deny", "deny", "  alike: deny\n"},
+      {Code::kTreatmentDiffers, {10}, "permit", "", ""},
+      {Code::kEntriesTie, {10}, "permit", "deny", "  entry 7: permit; entry 10: deny\n"},
+      {Code::kEntriesOverlap, {10, 20}, "permit", "deny", "  entry 7: permit; others: deny\n"},
+  };
+  for (const auto& row : rows) {
+    Finding finding{};
+    finding.code = row.code;
+    finding.severity = severityOf(row.code);
+    finding.entry = 7;
+    finding.others = row.others;
+    finding.before = row.before;
+    finding.after = row.after;
+    finding.message = "so";
+    std::ostringstream without, with;
+    without << finding;
+    EXPECT_THAT(without.str(), testing::MatchesRegex("[a-z]+: entry 7: so \\[[a-z-]+\\]\n"));
+    finding.witness = "ttl=1";
+    with << finding;
+    EXPECT_EQ(with.str(), without.str() + "  packet: ttl=1\n" + row.shown);
+  }
+  Report report;
+  report.leaveOut(Severity::kNote, 101);
+  report.leaveOut(Severity::kWarning);
+  std::ostringstream text;
+  text << report;
+  EXPECT_EQ(text.str(), "left out: 1 warning, 101 notes\n");
+}
+
+TEST(Report, KeepsTheMostSevere) {
+  const Code codes[] = {Code::kEntryRedundant, Code::kEntriesTie, Code::kBytesBroken,
+                        Code::kEntryRedundant, Code::kEntriesTie};
+  const std::pair<std::size_t, std::vector<std::uint32_t>> kept[] = {
+      {0, {}}, {1, {2}}, {2, {1, 2}}, {3, {1, 2, 4}}, {4, {0, 1, 2, 4}}, {5, {0, 1, 2, 3, 4}}};
+  for (const auto& [most, expected] : kept) {
+    Report report, more;
+    for (const Code code : codes) {
+      report.findings.emplace_back().severity = severityOf(code);
+      report.findings.back().offender = static_cast<std::uint32_t>(report.findings.size() - 1);
+    }
+    more.leaveOut(Severity::kError, 7);
+    report.append(std::move(more));
+    report.keep(most);
+    std::vector<std::uint32_t> offenders;
+    for (const Finding& finding : report.findings) offenders.push_back(finding.offender);
+    EXPECT_EQ(offenders, expected);
+    EXPECT_EQ(report.left_out, 7 + 5 - most);
+    EXPECT_EQ(report.left_out_by_severity[2], most == 0 ? 8U : 7U);
+    EXPECT_EQ(report.worst(), Severity::kError);
+  }
+}
+
 }  // namespace

@@ -102,6 +102,16 @@ entry 40 priority=60 if ttl=1 then deny
     with open("rules.txt", "rb") as file:
         rules = file.read()
     write("turned.txt", rules.replace(b"priority=90", b"priority=110"))
+    # Group 1 has notes alone, group 2 has a warning.
+    write("late.txt", b"""filter-groups 1
+group 1 priority=10 stage=ingress type=3
+entry 1 priority=9 if ttl=1 then deny
+entry 2 priority=9 if ttl=2 then deny
+entry 3 priority=0 then deny
+group 2 priority=10 stage=ingress type=3
+  entry 4 priority=5 if ttl=1 then permit
+entry 5 priority=5 if ip_protocol=6 then deny
+""")
     write("lines.txt", rules.replace(b"\n", b"\r\n"))
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
@@ -116,7 +126,7 @@ ttl=1 dst_l4_port=179 src_ipv4=none
 NONE = ""
 ENOENT = "No such file or directory\n"
 MISSING = "".join(
-    rf"empty:1: warning: {name}_ [^\n]* \[required-missing\]\n"
+    rf"empty: group 1: warning: {name}_ [^\n]* \[required-missing\]\n"
     for name in ("id", "priority", "stage", "type")
 )
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
@@ -137,34 +147,35 @@ TABLE = [
     ("show none.txt", 0, "filter-groups 1\n", NONE),
     ("show one.bin", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
     ("show one.bin g.bin", 0,
-     "filter-groups 1\n# one.bin:1\ngroup 1 .*# g.bin:1\n.*# g.bin:2\n.*", NONE),
+     "filter-groups 1\n# one.bin: group 1\ngroup 1 .*# g.bin: group 1\n.*"
+     "# g.bin: group 2\n.*", NONE),
     ("show g.bin --as=dump", 0, "=FiltersGroup=\n  ID: 1\n.*=FiltersGroup=\n  ID: 2\n.*", NONE),
     ("show lost.bin", 0, ".*entry 1000 priority=0 then deny .*",
-     r"lost.bin:1: warning: entry 1000: match 99: .* \[match-unknown\]\n"),
+     r"lost.bin: group 1: warning: entry 1000: match 99: .* \[match-unknown\]\n"),
     ("show empty", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
     ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
     # --- What is checked
     ("check g.bin", 0, WHOLE, NONE),
     ("check g.txt g.json", 0, "g.txt: 2 groups.*\ng.json: 2 groups.*", NONE),
     ("check notes.bin", 0,
-     r"notes.bin:1: note: .*\[encoding-differs\]\nnotes.bin: .*1 note\n", NONE),
-    ("check lost.bin", 1, r"lost.bin:1: warning: .*\[match-unknown\]\n.*", NONE),
+     r"notes.bin: group 1: note: .*\[encoding-differs\]\nnotes.bin: .*1 note\n", NONE),
+    ("check lost.bin", 1, r"lost.bin: group 1: warning: .*\[match-unknown\]\n.*", NONE),
     ("check refused.bin", 1, r".*\[entry-refused\]\n.*\[match-not-admitted\]\n.*", NONE),
     ("check empty", 1, MISSING + "empty: 1 group, 0 entries, 4 warnings\n", NONE),
-    ("check g.bin lost.bin", 1, WHOLE + "lost.bin:1: warning: .*", NONE),
+    ("check g.bin lost.bin", 1, WHOLE + "lost.bin: group 1: warning: .*", NONE),
     ("check g.bin --stage=ingress --type=3", 1,
-     r"g.bin:2: (?!.*field-repeated).*\[match-not-admitted\].*", NONE),
+     r"g.bin: group 2: (?!.*field-repeated).*\[match-not-admitted\].*", NONE),
     ("check one.bin --stage=ingress --type=3", 0,
      "one.bin: 1 group, 7 entries, nothing to say\n", NONE),
     ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),
     ("check one.bin --stage lookup --type 3", 1,
-     r"one.bin:1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
+     r"one.bin: group 1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
     ("check refused.bin --type=3", 0, "refused.bin: 1 group, 7 entries, nothing to say\n", NONE),
     # --- What is converted
     ("convert g.txt --to=text", 0, G_TXT, NONE),
     ("convert g.json --to=text -o -", 0, G_TXT, NONE),
     ("convert lost.bin --to=text -o kept.txt", 1, NONE,
-     r"lost.bin:1: warning: .*\nfilter-inspect: lost.bin: not converted[^\n]*\n"),
+     r"lost.bin: group 1: warning: .*\nfilter-inspect: lost.bin: not converted[^\n]*\n"),
     ("convert g.txt --to=bytes --framing=none", 2,
      NONE, "filter-inspect: g.txt: [^\n]*--framing.*"),
     ("convert none.txt --to=bytes", 2, NONE, "filter-inspect: none.txt: there is no group[^\n]*\n"),
@@ -178,64 +189,75 @@ TABLE = [
     ("diff g.bin g.json", 0, NONE, NONE),
     ("diff g.bin swapped.txt", 0, NONE, NONE),
     ("diff g.bin changed.txt", 1,
-     "--- g.bin:1\n\\+\\+\\+ changed.txt:1\n-entry 40 [^\n]*ttl=255 [^\n]*\n"
+     "--- g.bin: group 1\n\\+\\+\\+ changed.txt:2:1\n-entry 40 [^\n]*ttl=255 [^\n]*\n"
      "\\+entry 40 [^\n]*ttl=254 [^\n]*\n-entry 1000 [^\n]*\n", NONE),
     ("diff g.bin moved.txt", 1,
      ".*\n-group 1 priority=10 [^\n]*\n\\+group 1 priority=11 [^\n]*\n", NONE),
     ("diff g.bin one.bin", 1,
-     "--- g.bin:2\n\\+\\+\\+ one.bin: no such group\n-group 2 [^\n]*\n(-entry [^\n]*\n){5}", NONE),
+     "--- g.bin: group 2\n\\+\\+\\+ one.bin: no such group\n-group 2 [^\n]*\n"
+     "(-entry [^\n]*\n){5}", NONE),
     ("diff none.txt one.bin", 1,
      "--- none.txt: no such group\n[^\n]*\n\\+group 1 [^\n]*\n(\\+entry [^\n]*\n){7}", NONE),
-    ("diff empty one.bin", 1, "--- empty:1\n.*-group 0 [^\n]*\n\\+group 1 .*", MISSING),
+    ("diff empty one.bin", 1, "--- empty: group 1\n.*-group 0 [^\n]*\n\\+group 1 .*", MISSING),
     ("diff rules.txt lines.txt", 2, NONE, "lines.txt:1:15: error: a carriage return [^\n]*\n"),
     ("diff g.bin", 2, NONE, "filter-inspect: one more FILE is wanted\n"),
     ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE is given too often\n"),
     ("diff - - <g.bin", 2, NONE, "filter-inspect: -: standard input is read once\n"),
     ("plan g.bin g.txt", 0, NONE, NONE),
     ("plan g.bin changed.txt", 0,
-     "# g.bin:1 to changed.txt:1\ninsert entry 40 .*ttl=254.*\nremove entry 1000\n",
+     "# g.bin: group 1 to changed.txt:2:1\ninsert entry 40 .*ttl=254.*\nremove entry 1000\n",
      NONE),
     ("plan g.bin changed.txt --remove-first", 0,
      "[^\n]*\nremove entry 1000\ninsert entry 40 .*\n", NONE),
     ("plan one.bin one.txt", 0, NONE, NONE),
-    ("plan g.bin renamed.txt", 1, NONE, "g.bin:2: note: .*renamed.txt:2: note: .*"),
+    ("plan g.bin renamed.txt", 1, NONE, "g.bin: group 2: note: .*renamed.txt:10:1: note: .*"),
     # --- What rules do to each other
     ("analyse rules.txt --order=highest-priority", 1,
-     r"rules.txt:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
-     r"rules.txt:1: warning: entry 20: .*entry 10 .*\[entry-unreachable\]\n"
-     r"rules.txt:1: warning: entry 30: entry 40 .*\[entries-tie\]\n"
+     r"rules.txt:5:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
+     r"rules.txt:4:1: warning: entry 20: .*entry 10 .*\[entry-unreachable\]\n"
+     r"  packet: [^\n]*src_ipv4=192.0.2.128 [^\n]*\n(  [^\n]*\n)?"
+     r"rules.txt:5:1: warning: entry 30: entry 40 .*\[entries-tie\]\n"
+     r"  packet: [^\n]*ttl=1[^\n]*\n(  [^\n]*\n)?"
      r"rules.txt: 1 group, 4 entries, 3 warnings \(order: highest-priority; "
      r"assumptions A1-A4: filter-inspect\(1\)\)\n", NONE),
-    ("analyse rules.txt", 1, r".*\[value-unusual\]\n[^\n]*entry 20: [^\n]*\[entries-overlap\]\n"
+    ("analyse rules.txt", 1,
+     r".*\[value-unusual\]\n[^\n]*entry 20: [^\n]*\[entries-overlap\]\n(  .*\n)?"
      r"rules.txt: .*, 1 warning, 1 note \(order: unspecified; .*", NONE),
     ("analyse rules.txt --overlaps --max-findings=1", 1,
      r"[^\n]*\[value-unusual\]\n[^\n]*; left out: 4 notes; --max-findings=N shows more \(.*", NONE),
+    ("analyse late.txt --order=highest-priority --max-findings=2", 1,
+     r"late.txt:7:3: warning: entry 4: [^\n]*\[entries-tie\]\n(  [^\n]*\n)+"
+     r"late.txt:3:1: note: entry 1: [^\n]*\n(  [^\n]*\n)+late.txt: 2 groups, 5 entries, "
+     r"1 warning, 1 note; left out: 1 note; --max-findings=N shows more \(.*", NONE),
+    ("analyse late.txt --order=highest-priority --no-redundant", 1,
+     r"late.txt:7:3: warning: [^\n]*\n(  [^\n]*\n)+[^\n]* 1 warning \(order: .*", NONE),
     ("analyse one.txt one.txt --max-steps=0 --order=ascending-id", 0,
-     "(one.txt:1: note: [^\n]*\n)*one.txt: [^\n]*\n(.*)\n", NONE),
+     "(one.txt:\\d+:1: note: [^\n]*\n)*one.txt: [^\n]*\n(.*)\n", NONE),
     ("analyse g.bin g.json --order=ascending-id", 0,
      "(g.(bin|json): 2 groups, 12 entries, nothing to say \\(order: [^\n]*\n){2}", NONE),
     ("analyse lost.bin nosuch.bin --order=lowest-priority", 2, ".*lost.bin: 1 group, 7 entries.*",
-     r"lost.bin:1: warning: .*\[match-unknown\]\nfilter-inspect: nosuch.bin: " + ENOENT),
+     r"lost.bin: group 1: warning: .*\[match-unknown\]\nfilter-inspect: nosuch.bin: " + ENOENT),
     ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
-     r"cut.bin:2: error: .*\[bytes-broken\]\n"),
+     r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
     ("analyse g.bin --order=priority", 2, NONE, ".*did you mean lowest-priority\\?\n"),
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
-     "rules.txt:1: hit: entry 10\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
+     "rules.txt:3:1: hit: entry 10\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
-     "rules.txt:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}",
+     "rules.txt:2:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}",
      NONE),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
-     "packets.txt:2: rules.txt:1: hit: entry 10\n"
-     "packets.txt:4: rules.txt:1: undecided: entry 30 or 40\n"
-     "packets.txt:5: rules.txt:1: miss\n", NONE),
+     "packets.txt:2: rules.txt:3:1: hit: entry 10\n"
+     "packets.txt:4: rules.txt:2:1: undecided: entry 30 or 40\n"
+     "packets.txt:5: rules.txt:2:1: miss\n", NONE),
     ("trace g.bin --order=highest-priority --packets=- <packets.txt", 1,
-     "-:2: g.bin:1: [^\n]*\n-:2: g.bin:2: [^\n]*\n-:4: .*-:5: .*", NONE),
+     "-:2: g.bin: group 1: [^\n]*\n-:2: g.bin: group 2: [^\n]*\n-:4: .*-:5: .*", NONE),
     ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
-     "-:2: rules.txt:1: [^\n]*\n", r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
+     "-:2: rules.txt:\\d:1: [^\n]*\n",
+     r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
     ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
      "wrong.txt:1:7: [^\n]*\nwrong.txt: left out: 1 error; --max-findings=N shows more\n"),
-    ("trace cut.bin --framing=be32 --order=ascending-id --packet=ttl=1", 2, "cut.bin:1: .*",
-     r"cut.bin:2: error: .*\[bytes-broken\]\n"),
+    ("trace cut.bin --framing=be32 --order=ascending-id --packet=ttl=1", 2, "cut.bin: group 1: .*",
+     r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
     ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
      "filter-inspect: packets.txt: a line is longer .*"),
     ("trace rules.txt --order=ascending-id --packet=\33[31m", 2, NONE,
@@ -250,7 +272,7 @@ TABLE = [
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
      "filter-inspect: either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
-     "---.*\\+entry 20 [^\n]*\nrules.txt:1: warning: entry 10: entry 20 [^\n]*"
+     "---.*\\+entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.128[^\n]*\n.*"
      "rules.txt, turned.txt: 1 pair of rules treats packets differently"
      "[^\n]*\\(order: highest-priority; .*",
@@ -262,18 +284,18 @@ TABLE = [
     ("capabilities --stage lookup --type 3", 0,
      "lookup does not admit type 3; it admits types none, 4, 6\n", NONE),
     ("capabilities --stage=1 --type=3", 0, "lookup does not admit type 3; [^\n]*\n", NONE),
-    ("capabilities empty", 0, NONE, r"(empty:1: warning: [^\n]*\[required-missing\]\n){4}"),
+    ("capabilities empty", 0, NONE, r"(empty: group 1: warning: [^\n]*\[required-missing\]\n){4}"),
     ("capabilities --type=6", 0,
      "type 6 admits the matches all, .*vlan_tagging\n.*none, lookup\n", NONE),
     ("capabilities --stage=egress", 0,
      "stage egress admits the types none, 5\n.*policer stages egress, none\n", NONE),
     ("capabilities", 0, "(stage [^\n]*\n){12}(type [^\n]*\n){24}", NONE),
-    ("capabilities one.bin", 0, "(one.bin:1: entry [^\n]*ingress/3[^\n]*\n){7}", NONE),
+    ("capabilities one.bin", 0, "(one.bin: group 1: entry [^\n]*ingress/3[^\n]*\n){7}", NONE),
     ("capabilities refused.bin --stage=ingress", 0,
-     "(refused.bin:1: entry \\d+: fits ingress/3\n){7}", NONE),
-    ("capabilities lost.bin", 0, "(lost.bin:1: entry [^\n]*\n){7}",
-     r"lost.bin:1: warning: [^\n]*\[match-unknown\]\n"),
-    ("capabilities g.txt --type=3", 1, ".*g.txt:2: entry 20: no stage .*", NONE),
+     "(refused.bin: group 1: entry \\d+: fits ingress/3\n){7}", NONE),
+    ("capabilities lost.bin", 0, "(lost.bin: group 1: entry [^\n]*\n){7}",
+     r"lost.bin: group 1: warning: [^\n]*\[match-unknown\]\n"),
+    ("capabilities g.txt --type=3", 1, ".*g.txt:15:1: entry 20: no stage .*", NONE),
     ("names stages types", 2, NONE, "filter-inspect: one argument too many: types\n"),
     ("names stages", 0, "   0  none\n   1  lookup\n   2  ingress\n   3  egress\n", NONE),
     ("names filtersErr_t", 0, ".*  -4  invalid\n.*", NONE),
@@ -292,27 +314,31 @@ TABLE = [
     ("show --from=text g.bin", 2, NONE, r"g.bin:1:1: .*"),
     # --- Frames that are not whole
     ("check cut.bin", 1,
-     r"cut.bin:1: error: .*\[bytes-broken\]\n.*", ".*--framing=be32 reads it so\n"),
+     r"cut.bin: group 1: error: .*\[bytes-broken\]\n.*", ".*--framing=be32 reads it so\n"),
     ("check cut.bin --framing=be32", 1,
-     r"cut.bin:2: error: [^\n]* \[bytes-broken\]\ncut.bin: 2 groups, 7 entries, 1 error\n", NONE),
-    ("check cut_length.bin --framing=be32", 1, r"cut_length.bin:3: error: .*2 bytes.*", NONE),
+     r"cut.bin: group 2: error: [^\n]* \[bytes-broken\]\ncut.bin: 2 groups, 7 entries, "
+     r"1 error\n", NONE),
+    ("check cut_length.bin --framing=be32", 1,
+     r"cut_length.bin: group 3: error: .*2 bytes.*", NONE),
     ("show cut.bin --framing=be32", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
-     r"cut.bin:2: error: [^\n]* \[bytes-broken\]\n"),
-    ("capabilities cut.bin --framing=be32", 2, "(cut.bin:1: [^\n]*\n){7}", r"cut.bin:2: error: .*"),
-    ("convert cut.bin --framing=be32 --to=text", 2, NONE, r"cut.bin:2: error: .*"),
-    ("diff g.bin cut.bin --framing=be32", 2, NONE, r"cut.bin:2: error: .*"),
+     r"cut.bin: group 2: error: [^\n]* \[bytes-broken\]\n"),
+    ("capabilities cut.bin --framing=be32", 2, "(cut.bin: group 1: [^\n]*\n){7}",
+     r"cut.bin: group 2: error: .*"),
+    ("convert cut.bin --framing=be32 --to=text", 2, NONE, r"cut.bin: group 2: error: .*"),
+    ("diff g.bin cut.bin --framing=be32", 2, NONE, r"cut.bin: group 2: error: .*"),
     ("check cut_group.bin", 1, r".*\[bytes-broken\].*", NONE),
     ("show cut_group.bin --max-findings=0", 2,
      "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
     ("show cut_group.bin", 2, "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
-    ("check g.bin --framing=none", 1, r"g.bin:1: error: .*\[bytes-broken\]\n.*", NONE),
-    ("check varint.bin --framing=be32", 1, r"varint.bin:1: error: .*\[bytes-broken\]\n.*", NONE),
+    ("check g.bin --framing=none", 1, r"g.bin: group 1: error: .*\[bytes-broken\]\n.*", NONE),
+    ("check varint.bin --framing=be32", 1,
+     r"varint.bin: group 1: error: .*\[bytes-broken\]\n.*", NONE),
     # --- Limits
     ("check large.bin", 2,
      NONE, "filter-inspect: large.bin: [^\n]*67108864[^\n]*--max-bytes=N[^\n]*\n"),
     ("check g.bin --max-bytes=1000", 2, NONE, "filter-inspect: g.bin: .*--max-bytes=N.*"),
     ("check many.bin --max-groups=9 --max-findings=2", 2,
-     r"(many.bin:1: warning: [^\n]*\n){2}many.bin: 9 groups, 0 entries, 2 warnings; "
+     r"(many.bin: group 1: warning: [^\n]*\n){2}many.bin: 9 groups, 0 entries, 2 warnings; "
      r"left out: 34 warnings; --max-findings=N shows more\n",
      r"filter-inspect: many.bin: [^\n]*--max-groups=N[^\n]*\n"),
     ("show many.bin --max-findings=0", 0, "filter-groups 1\n(group 0 [^\n]*\n){10}",
@@ -322,7 +348,8 @@ TABLE = [
      NONE, "faulty.txt:2:1: [^\n]*\nfaulty.txt: left out: 1002 errors; [^\n]*\n"),
     ("check faulty.txt --max-findings=2000", 2, NONE, r"(faulty.txt:\d+:1: [^\n]*\n){1003}"),
     ("diff g.bin bad.json --max-findings=0", 2, NONE, r"bad.json:4:\d+: [^\n]*\n"),
-    ("check lost.bin --max-findings=0", 1, ".*left out: 1 warning; --max-findings=N shows more\n", NONE),
+    ("check lost.bin --max-findings=0", 1,
+     ".*left out: 1 warning; --max-findings=N shows more\n", NONE),
     # --- Command lines
     ("", 2, NONE, "filter-inspect: a command is missing; [^\n]*\n"),
     ("shwo g.bin", 2, NONE, "filter-inspect: there is no command shwo; did you mean show\\?\n"),
@@ -347,7 +374,7 @@ TABLE = [
     # --- Colours
     ("diff g.bin changed.txt --color=always", 1,
      ".*\33\\[31m-entry 40 .*\33\\[32m\\+entry 40 .*", NONE),
-    ("check lost.bin --color=always", 1, r"lost.bin:1: \x1b\[33mwarning\x1b\[0m: .*", NONE),
+    ("check lost.bin --color=always", 1, r"lost.bin: group 1: \x1b\[33mwarning\x1b\[0m: .*", NONE),
 ]
 
 # Documents: arguments, exit code, whether results and trouble are there, codes that they name.
@@ -372,6 +399,8 @@ DOCUMENTS = [
      {"text-value"}),
     ("diff rules.txt turned.txt --order=highest-priority", 1, True, False,
      {"treatment-differs", "entry-changed"}),
+    ("analyse late.txt --order=highest-priority --max-findings=1", 1, True, False,
+     {"entries-tie"}),
     ("analyse rules.txt nosuch.bin", 2, True, True, {"entries-overlap", "file-unreadable"}),
     ("capabilities", 0, True, False, {"admits"}),
     ("capabilities --stage=lookup --type=3", 0, True, False, {"admits"}),
@@ -436,6 +465,8 @@ def try_documents():
             is_analysis = text is done.stdout and ("--order" in line or "analyse" in line)
             expect(line, ("order" in document and "assumptions" in document) == is_analysis)
             for part in document.get("inputs", []):
+                levels = part["left_out_by_level"].values()
+                expect(line, sum(levels) == part["left_out"], part)
                 named |= {finding["code"] for finding in part["findings"]}
         expect(f"{line} --json", done.returncode == code and codes <= named, done.returncode, named)
 
@@ -511,7 +542,7 @@ def try_picture():
     texts = [text.text for text in root.iter(svg + "text")]
     expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
     expect("its marks", marks[:4] == ["plain", "unreachable", "tie", "tie"], marks)
-    words = {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:1: group 7', "never takes effect: 10"}
+    words = {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:2:1 (id 7)', "never takes effect: 10"}
     expect("its words", words <= set(texts), texts)
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
@@ -587,7 +618,7 @@ def try_progress():
     reads = seen_on_terminal(rb"reading - \.\.\.", "trace", "g.bin", "--order=ascending-id",
                              "--packets=-")
     expect("it waits for packets", reads)
-    works = seen_on_terminal(rb"analysing hard\.txt:1 \.\.\. \d+ %", "analyse", "hard.txt",
+    works = seen_on_terminal(rb"analysing hard\.txt:2:1 \.\.\. \d+ %", "analyse", "hard.txt",
                              "--order=highest-priority", "--max-steps=1000000000")
     expect("it analyses", works)
 

@@ -17,6 +17,7 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   AnalysisOptions how;
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
+  how.redundant = options.redundant;
   how.max_findings = options.maxFindings;
   how.max_steps = options.maxSteps;
   how.progress = console->progressOf("analysing", place);
@@ -39,18 +40,18 @@ Exit runAnalyse(const Options& options, Console* console) {
   forEachInput(options, Severity::kWarning, console, [&](Input& input) {
     tellLosses(input, console);
     FileReport all(options, input);
+    std::size_t entries = 0;
     for (const InputGroup& group : input.groups) {
       if (!group.group) continue;
-      AnalysisOptions how = analysisOf(options, group.place, console);
-      how.max_findings = all.room();
-      Report report = analyse(*group.group, how);
+      Report report = analyse(*group.group, analysisOf(options, group.place, console));
       console->hideProgress();
       if (options.picture) picture.add(group.place, *group.group, report);
-      all.add(group, std::move(report), group.group->getEntriesRef().size(), console);
+      all.add(group, std::move(report));
+      entries += group.group->getEntriesRef().size();
     }
-    found = found || all.hasFound();
-    if (!options.json) console->writeLine(all.summary() + restsOn(order));
-    documents.push_back(all.take());
+    ReportInput document = all.write(entries, restsOn(order), console);
+    found = found || document.report.worst() != Severity::kNote;
+    documents.push_back(options.json ? std::move(document) : ReportInput());
   });
   if (documents.empty()) return kExitTrouble;
   if (options.picture) writeTo(*options.picture, picture.take(), console);

@@ -143,7 +143,7 @@ class Placer {
     for (const InputGroup& group : input.groups) {
       if (group.group) place(input, group, &all);
     }
-    for (InputGroup& group : input.groups) dropRefusals(&group.report);
+    dropRefusals(&input.report);
     tellLosses(input, &console_);
     document_.push_back({input.file, input.groups.size(), std::move(all)});
   }
@@ -155,14 +155,15 @@ class Placer {
  private:
   void place(const Input& input, const InputGroup& group, Report* all) {
     for (const FiltersEntry& entry : entriesOf(input, group)) {
-      Finding finding = placeFor(entry, stages_, types_);
-      finding.group = group.group->getId();
+      Report places = {{placeFor(entry, stages_, types_)}};
+      input.locate(group, &places);
+      const Finding& finding = places.findings[0];
       if (finding.severity != Severity::kNote) exit_ = kExitFound;
       if (options_.json) {
-        all->findings.push_back(std::move(finding));
+        all->append(std::move(places));
       } else {
-        console_.writeLine(printable(group.place) + ": entry " + std::to_string(entry.getId()) +
-                           ": " + finding.message);
+        console_.writeLine(printable(placeOf(input.file, finding)) + ": entry " +
+                           std::to_string(entry.getId()) + ": " + finding.message);
       }
     }
   }

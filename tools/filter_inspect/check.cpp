@@ -41,21 +41,13 @@ Report explainHead(const FiltersGroup& group) {
   return report;
 }
 
-// What is said of a group, and how many entries it keeps.
-struct Checked {
-  Report report;
-  std::size_t entries = 0;
-};
-
-std::size_t entriesOf(const std::optional<FiltersGroup>& group) {
-  return group ? group->getEntriesRef().size() : 0;
-}
-
-Checked checkAgainst(const Against& against, const std::string& bytes, DecodeLimits limits) {
+Report checkAgainst(const Against& against, const std::string& bytes, DecodeLimits limits,
+                    std::size_t* entries) {
   const std::size_t room = limits.max_findings;
   limits.max_findings = std::min(room, SIZE_MAX - 3) + 3;  // those that come of the suffix
   DecodedGroup decoded = decodeGroup(bytes + against.suffix(), limits);
   Report all = decoded.group ? explainHead(*decoded.group) : Report();
+  *entries += decoded.group ? decoded.group->getEntriesRef().size() : 0;
   for (Finding& finding : decoded.report.findings) {
     const bool isHead = finding.subject == Subject::kGroup && !finding.entry;
     const bool isOurs =
@@ -67,17 +59,7 @@ Checked checkAgainst(const Against& against, const std::string& bytes, DecodeLim
   decoded.report.findings.clear();
   all.append(std::move(decoded.report));
   all.keep(room);
-  return {std::move(all), entriesOf(decoded.group)};
-}
-
-// What was read from text or JSON has no bytes; those that it writes are no place in the file.
-Report checkWritten(const std::string& bytes, const DecodeLimits& limits) {
-  Report report = decodeGroup(bytes, limits).report;
-  for (Finding& finding : report.findings) {
-    finding.path.clear();
-    finding.bytes.reset();
-  }
-  return report;
+  return all;
 }
 
 class Checker {
@@ -89,27 +71,40 @@ class Checker {
 
   Exit check(Input& input) {
     FileReport all(options_, input);
-    for (InputGroup& group : input.groups) {
-      auto [report, kept] = check(input, group, all.room());
-      all.add(group, std::move(report), kept, &console_);
-      if (group.group) all.add(group, unusualValues(*group.group, all.room()), 0, &console_);
+    if (against_.isGiven()) dropOwn(input);
+    all.add(std::move(input.report));
+    std::size_t entries = 0;
+    for (const InputGroup& group : input.groups) {
+      if (!group.group) continue;
+      all.add(group, check(input, group, &entries));
+      all.add(group, unusualValues(*group.group, options_.maxFindings));
     }
-    const bool found = all.hasFound();
-    if (!options_.json) console_.writeLine(all.summary());
-    inputs_.push_back(all.take());
+    ReportInput document = all.write(entries, "", &console_);
+    const bool found = document.report.worst() != Severity::kNote;
+    if (options_.json) inputs_.push_back(std::move(document));
     return found ? kExitFound : kExitFine;
   }
 
   void finish() {
-    if (!inputs_.empty() && options_.json) console_.write(inputs_);
+    if (!inputs_.empty()) console_.write(inputs_);
   }
  private:
-  Checked check(const Input& input, InputGroup& group, std::size_t room) {
-    const DecodeLimits limits = {room, SIZE_MAX};  // the file was not too large
-    if (!group.group) return {std::move(group.report)};
-    if (against_.isGiven()) return checkAgainst(against_, input.bytesOf(group), limits);
-    if (input.form != Form::kBytes) group.report = checkWritten(input.bytesOf(group), limits);
-    return {std::move(group.report), entriesOf(group.group)};
+  // What is said of a group beside what was said when it was read.
+  Report check(const Input& input, const InputGroup& group, std::size_t* entries) const {
+    const DecodeLimits limits = {options_.maxFindings, SIZE_MAX};  // the file was not too large
+    if (against_.isGiven()) return checkAgainst(against_, input.bytesOf(group), limits, entries);
+    *entries += group.group->getEntriesRef().size();
+    return input.form == Form::kBytes ? Report() : decodeGroup(input.bytesOf(group), limits).report;
+  }
+
+  // What is said of groups as they are; but of those that could not be made nothing else is known.
+  static void dropOwn(Input& input) {
+    Report own;
+    for (Finding& finding : input.report.findings) {
+      const bool isMade = input.groups[*finding.group_number - 1].group.has_value();
+      if (!isMade) own.findings.push_back(std::move(finding));
+    }
+    input.report = std::move(own);
   }
 
   const Options& options_;

@@ -170,6 +170,9 @@ void declareAnalyse(CLI::App* command, Options* options) {
   declareOrder(command, options);
   command->add_flag("--overlaps", options->overlaps,
                     "Also every pair that shares packets and treats them differently");
+  command->add_flag_callback(
+      "--no-redundant", [options] { options->redundant = false; },
+      "Not which entries could be taken away, which takes most of the time");
   declareLimit(command, "--max-steps", &options->maxSteps,
                "How much work one entry may take before it is not decided");
   command

@@ -36,6 +36,7 @@ struct Options {
   std::string enumeration;
   std::string order;
   bool overlaps = false;
+  bool redundant = true;
   std::optional<std::string> picture;
   std::optional<std::string> packet;
   std::optional<std::string> packets;

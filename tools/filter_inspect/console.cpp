@@ -92,6 +92,17 @@ Finding findingOf(Code code, std::string message) {
   return finding;
 }
 
+std::string placeOf(const std::string& file, const Finding& finding) {
+  if (!finding.bytes && !finding.path.empty()) return file + ':' + finding.path;
+  if (!finding.group_number) return file;
+  return file + ": group " + std::to_string(*finding.group_number);
+}
+
+std::string leftOutText(const Report& report) {
+  return "left out: " + FiltersInspect::countsText(report.left_out_by_severity) +
+         "; --max-findings=N shows more";
+}
+
 // --- Results -------------------------------------------------------------------------------------
 
 Console::Console(const Options* options)
@@ -107,8 +118,8 @@ void Console::writeLine(std::string_view line, Color color) {
   write(painted(STDOUT_FILENO, line, color) + '\n');
 }
 
-void Console::write(const std::string& place, const Report& report) {
-  for (const Finding& finding : report.findings) write(lineOf(STDOUT_FILENO, place, finding));
+void Console::write(const std::string& file, const Report& report) {
+  for (const Finding& finding : report.findings) write(linesOf(STDOUT_FILENO, file, finding));
 }
 
 void Console::write(const std::vector<ReportInput>& inputs) {
@@ -129,30 +140,26 @@ void Console::flush() {
 
 // --- Trouble -------------------------------------------------------------------------------------
 
-void Console::trouble(Code code, const std::string& place, const std::string& message) {
+void Console::trouble(Code code, const std::string& file, const std::string& message) {
   failed_ = true;
-  if (options_.json) return keep(place, {{findingOf(code, message)}});
-  say("filter-inspect: " + printable(place.empty() ? message : place + ": " + message) + '\n');
+  if (options_.json) return keep(file, {{findingOf(code, message)}});
+  say("filter-inspect: " + printable(file.empty() ? message : file + ": " + message) + '\n');
 }
 
-void Console::trouble(const std::string& file, const std::string& place, const Finding& finding) {
+void Console::trouble(const std::string& file, const Finding& finding) {
   failed_ = true;
   if (options_.json) return keep(file, {{finding}});
-  say(lineOf(STDERR_FILENO, place, finding));
+  say(linesOf(STDERR_FILENO, file, finding));
 }
 
 void Console::systemTrouble(Code code, const std::string& file, int error) {
   trouble(code, file, std::strerror(error));
 }
 
-void Console::aside(const std::string& file, const std::string& place, const Report& report) {
+void Console::aside(const std::string& file, const Report& report) {
   if (options_.json) return keep(file, report);
-  for (const Finding& finding : report.findings) say(lineOf(STDERR_FILENO, place, finding));
-  if (report.left_out != 0) {
-    say(printable(place) +
-        ": left out: " + FiltersInspect::countsText(report.left_out_by_severity) +
-        "; --max-findings=N shows more\n");
-  }
+  for (const Finding& finding : report.findings) say(linesOf(STDERR_FILENO, file, finding));
+  if (report.left_out != 0) say(printable(file) + ": " + leftOutText(report) + '\n');
 }
 
 void Console::hint(const std::string& line) {
@@ -217,14 +224,18 @@ std::string Console::painted(int stream, std::string_view text, Color color) con
   return codeOf(color) + result + "\33[0m";
 }
 
-std::string Console::lineOf(int stream, const std::string& place, const Finding& finding) const {
+std::string Console::linesOf(int stream, const std::string& file, Finding finding) const {
+  const std::string place = printable(placeOf(file, finding));
+  if (!finding.bytes) finding.path.clear();  // it stands in the place
+  for (std::string* text :
+       {&finding.path, &finding.before, &finding.after, &finding.witness, &finding.message}) {
+    *text = printable(std::move(*text));
+  }
   std::ostringstream os;
   os << finding;
-  std::string line = os.str();
-  line.pop_back();  // its end
   const std::string_view severity = nameOf(finding.severity);
-  return printable(place) + ": " + painted(stream, severity, colorOf(finding.severity)) +
-         printable(line.substr(severity.size())) + '\n';
+  return place + ": " + painted(stream, severity, colorOf(finding.severity)) +
+         os.str().substr(severity.size());
 }
 
 void Console::keep(const std::string& file, Report report) {

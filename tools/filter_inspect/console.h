@@ -38,6 +38,13 @@ int writeAll(int handle, std::string_view text);
 // A finding that is a sentence and no more.
 Finding findingOf(Code code, std::string message);
 
+// Where in a file a finding is: "g.txt:12:7" in text and JSON, "g.bin: group 1" in bytes, else the
+// file alone.
+std::string placeOf(const std::string& file, const Finding& finding);
+
+// "left out: 3 warnings, 101 notes; --max-findings=N shows more"
+std::string leftOutText(const Report& report);
+
 class Console {
  public:
   // The options are looked at when something is said.
@@ -47,8 +54,8 @@ class Console {
 
   void write(std::string_view text);
   void writeLine(std::string_view line, Color color = Color::kNone);
-  // Of a part of an input, "g.bin:1": a line for each finding.
-  void write(const std::string& place, const Report& report);
+  // About a file: each finding behind its place.
+  void write(const std::string& file, const Report& report);
   // As a document; of analysis with its order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
@@ -59,16 +66,14 @@ class Console {
 
   // --- Trouble ---
 
-  // Something went wrong: the program ends with kExitTrouble. `place` is a file, or a place in one,
-  // or empty.
-  void trouble(Code code, const std::string& place, const std::string& message);
-  void trouble(const std::string& file, const std::string& place, const Finding& finding);
+  // Something went wrong: the program ends with kExitTrouble. `file` may be empty.
+  void trouble(Code code, const std::string& file, const std::string& message);
+  void trouble(const std::string& file, const Finding& finding);
   // What the system says about a file.
   void systemTrouble(Code code, const std::string& file, int error);
   bool hasFailed() const { return failed_; }
-  // Not trouble, and no result: what is lost of a part of an input, or why there is nothing to
-  // show.
-  void aside(const std::string& file, const std::string& place, const Report& report);
+  // Not trouble, and no result: what is lost of a file, or why there is nothing to show.
+  void aside(const std::string& file, const Report& report);
   // Advice for a person.
   void hint(const std::string& line);
 
@@ -83,7 +88,7 @@ class Console {
   Exit finish(Exit exit);
  private:
   std::string painted(int stream, std::string_view text, Color color) const;
-  std::string lineOf(int stream, const std::string& place, const Finding& finding) const;
+  std::string linesOf(int stream, const std::string& file, Finding finding) const;
   void keep(const std::string& file, Report report);
   void say(const std::string& text);
 

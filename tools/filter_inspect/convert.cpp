@@ -27,8 +27,7 @@ Exit runConvert(const Options& options, Console* console) {
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
   const Input& input = inputs->front();
-  for (const InputGroup& group : input.groups) {
-    if (group.report.empty()) continue;
+  if (!input.report.empty()) {
     console->hint(input.file + ": not converted, since that would lose something");
     return kExitFound;
   }

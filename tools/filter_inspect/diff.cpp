@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "analysis.h"
-#include "input.h"
+#include "file_report.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -20,6 +20,13 @@ using namespace FiltersInspect;
 struct Pair {
   const InputGroup* a = nullptr;
   const InputGroup* b = nullptr;
+
+  // What differs is told of the second file, unless the group is in the first one alone.
+  std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
+  // Says so in the findings.
+  void locate(const std::vector<Input>& inputs, Report* report) const {
+    inputs[toldOf()].locate(*(b != nullptr ? b : a), report);
+  }
 };
 
 // A single group is compared with a single one. Of several, those of one id belong together, in the
@@ -109,21 +116,11 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
 }
 
 // Which packets are treated differently, with one for each pair of rules.
-Report compareTreatment(const Pair& pair, const Options& options, std::size_t told,
-                        Console* console) {
-  if (pair.a == nullptr || pair.b == nullptr) return {};
-  AnalysisOptions how = analysisOf(options, pair.a->place, console);
-  how.max_findings -= std::min(told, how.max_findings);
-  Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group, how);
+Report compareTreatment(const Pair& pair, const Options& options, Console* console) {
+  Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group,
+                                                   analysisOf(options, pair.a->place, console));
   console->hideProgress();
   return report;
-}
-
-void printTreatment(const Pair& pair, const Report& report, Console* console) {
-  for (const Finding& finding : report.findings) {
-    console->write(pair.a->place, Report{{finding}});
-    if (!finding.witness.empty()) console->writeLine("  packet: " + finding.witness);
-  }
 }
 
 // "a.bin, b.bin: 2 pairs of rules treat packets differently (order: ...)"
@@ -139,18 +136,17 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
                             (differing == 1 ? "s" : "") + " packets differently";
   const std::size_t open = all.findings.size() - differing;
   if (open != 0) text += ", " + std::to_string(open) + " not decided";
-  if (all.left_out != 0)
-    text += "; left out: " + countsText(all.left_out_by_severity) + "; --max-findings=N shows more";
+  if (all.left_out != 0) text += "; " + leftOutText(all);
   return text + restsOn(order);
 }
 
-// One input a file; what differs stands with the second.
+// One input a file.
 class Document {
  public:
   explicit Document(const std::vector<Input>& inputs) {
     for (const Input& input : inputs) inputs_.push_back({input.file, input.groups.size(), {}});
   }
-  void add(Report&& report) { inputs_.back().report.append(std::move(report)); }
+  void add(std::size_t file, Report&& report) { inputs_[file].report.append(std::move(report)); }
   void write(const Options& options, Console* console) {
     if (options.order.empty()) return console->write(inputs_);
     console->write(inputs_, orderOf(options));
@@ -186,23 +182,24 @@ Exit runDiff(const Options& options, Console* console) {
   if (!inputs) return kExitTrouble;
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
-  Report treatment;
+  FileReport treatment(options, inputs->at(0));  // it is the entries of the first file that differ
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
     differ = differ || !report.empty();
     if (!options.json) print(pair, files, report, console);
-    document.add(std::move(report));
-    if (options.order.empty()) continue;
-    report = compareTreatment(pair, options, treatment.findings.size(), console);
-    if (!options.json) printTreatment(pair, report, console);
-    treatment.append(Report(report));
-    document.add(std::move(report));
+    pair.locate(*inputs, &report);
+    document.add(pair.toldOf(), std::move(report));
+    if (!options.order.empty() && pair.a != nullptr && pair.b != nullptr)
+      treatment.add(*pair.a, compareTreatment(pair, options, console));
   }
+  Report treated = treatment.take();
   if (options.json) {
+    document.add(0, std::move(treated));
     document.write(options, console);
   } else if (!options.order.empty()) {
-    console->writeLine(treatmentSummary(files, treatment, orderOf(options)));
+    console->write(files[0], treated);
+    console->writeLine(treatmentSummary(files, treated, orderOf(options)));
   }
   return differ ? kExitFound : kExitFine;
 }
@@ -221,9 +218,9 @@ Exit runPlan(const Options& options, Console* console) {
       continue;
     }
     exit = kExitFound;
-    const InputGroup& group = *(pair.b != nullptr ? pair.b : pair.a);
-    if (!options.json) console->aside(inputs->at(1).file, group.place, plan.report);
-    document.add(std::move(plan.report));
+    pair.locate(*inputs, &plan.report);
+    if (!options.json) console->aside(inputs->at(pair.toldOf()).file, plan.report);
+    document.add(pair.toldOf(), std::move(plan.report));
   }
   if (exit == kExitFound) all.clear();  // half of the way is none
   for (auto& [pair, steps] : all) {
@@ -233,7 +230,8 @@ Exit runPlan(const Options& options, Console* console) {
     for (const Finding& step : steps.findings) {
       if (!options.json) console->writeLine(step.message);
     }
-    document.add(std::move(steps));
+    pair.locate(*inputs, &steps);
+    document.add(pair.toldOf(), std::move(steps));
   }
   if (options.json) document.write(options, console);
   return exit;

@@ -3,31 +3,49 @@
 #include <algorithm>
 
 namespace FilterInspectTool {
+namespace {
 
-std::size_t FileReport::room() const {
-  return options_.maxFindings - std::min(all_.findings.size(), options_.maxFindings);
-}
-
-void FileReport::add(const InputGroup& group, Report&& report, std::size_t entries,
-                     Console* console) {
-  if (!options_.json) console->write(group.place, report);
-  entries_ += entries;
-  for (Finding& finding : report.findings) {
-    if (!finding.group && group.group) finding.group = group.group->getId();
-  }
-  all_.append(std::move(report));
-}
-
-std::string FileReport::summary() const {
+// "g.bin: 2 groups, 12 entries, nothing to say"
+std::string summaryOf(const Input& input, std::size_t entries, const Report& all) {
   FiltersInspect::SeverityCounts counts = {};
-  for (const Finding& finding : all_.findings) ++counts[static_cast<std::size_t>(finding.severity)];
-  std::string text = printable(input_.file) + ": " + counted(input_.groups.size(), "group") + ", " +
-                     counted(entries_, "entry");
-  if (!all_.findings.empty()) text += ", " + FiltersInspect::countsText(counts);
-  if (all_.left_out != 0)
-    text += "; left out: " + FiltersInspect::countsText(all_.left_out_by_severity) +
-            "; --max-findings=N shows more";
-  return all_.empty() ? text + ", nothing to say" : text;
+  for (const Finding& finding : all.findings) ++counts[static_cast<std::size_t>(finding.severity)];
+  std::string text = printable(input.file) + ": " + counted(input.groups.size(), "group") + ", " +
+                     counted(entries, "entry");
+  if (!all.findings.empty()) text += ", " + FiltersInspect::countsText(counts);
+  if (all.left_out != 0) text += "; " + leftOutText(all);
+  return all.empty() ? text + ", nothing to say" : text;
+}
+
+}  // namespace
+
+void FileReport::add(const InputGroup& group, Report&& report) {
+  input_.locate(group, &report);
+  add(std::move(report));
+}
+
+void FileReport::add(Report&& report) {
+  all_.append(std::move(report));
+  if (all_.findings.size() / 2 >= options_.maxFindings) all_.keep(options_.maxFindings);
+}
+
+Report FileReport::take() {
+  all_.keep(options_.maxFindings);
+  const bool isAll = all_.left_out == 0;
+  std::stable_sort(all_.findings.begin(), all_.findings.end(),
+                   [isAll](const Finding& a, const Finding& b) {
+                     if (!isAll && a.severity != b.severity) return a.severity > b.severity;
+                     return a.group_number < b.group_number;
+                   });
+  return std::move(all_);
+}
+
+ReportInput FileReport::write(std::size_t entries, const std::string& tail, Console* console) {
+  Report all = take();
+  if (!options_.json) {
+    console->write(input_.file, all);
+    console->writeLine(summaryOf(input_, entries, all) + tail);
+  }
+  return {input_.file, input_.groups.size(), std::move(all)};
 }
 
 }  // namespace FilterInspectTool

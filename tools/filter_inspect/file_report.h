@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 #define FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 
-// What commands say of a file, group by group and then as a whole.
+// What commands say of a file: the most severe findings about all of its groups.
 
 #include <cstddef>
 #include <string>
@@ -15,20 +15,19 @@ class FileReport {
  public:
   FileReport(const Options& options, const Input& input) : options_(options), input_(input) {}
 
-  // How many more findings are kept.
-  std::size_t room() const;
-  // A line for each finding, unless documents are wanted.
-  void add(const InputGroup& group, Report&& report, std::size_t entries, Console* console);
-  // "g.bin: 2 groups, 12 entries, nothing to say"
-  std::string summary() const;
-  // Whether something is above a note.
-  bool hasFound() const { return all_.worst() != FiltersInspect::Severity::kNote; }
-  ReportInput take() { return {input_.file, input_.groups.size(), std::move(all_)}; }
+  // Of one of the input's groups.
+  void add(const InputGroup& group, Report&& report);
+  // Of several ones, which it names.
+  void add(Report&& report);
+  // All that was added: one group after the other, but where not all is told, what weighs most
+  // comes first.
+  Report take();
+  // Writes it, with `tail` behind the summary, unless documents are wanted.
+  ReportInput write(std::size_t entries, const std::string& tail, Console* console);
  private:
   const Options& options_;
   const Input& input_;
   Report all_;
-  std::size_t entries_ = 0;
 };
 
 }  // namespace FilterInspectTool

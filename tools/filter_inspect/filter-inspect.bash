@@ -36,7 +36,7 @@ _filter_inspect() {
     show) options+=" --as=" ;;
     check | capabilities) options+=" --stage= --type=" ;;
     convert) options+=" --to= --output=" ;;
-    analyse) options+=" --order= --overlaps --max-steps= --svg=" ;;
+    analyse) options+=" --order= --overlaps --no-redundant --max-steps= --svg=" ;;
     diff) options+=" --order=" ;;
     trace) options+=" --order= --packet= --packets=" ;;
     plan) options+=" --remove-first" ;;

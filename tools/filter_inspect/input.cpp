@@ -135,11 +135,7 @@ bool breaks(const Report& report, std::string_view bytes) {
 class Reader {
  public:
   Reader(const Options& options, Severity least, Console* console, Input* input)
-      : options_(options),
-        least_(least),
-        console_(*console),
-        input_(*input),
-        room_(options.maxFindings) {}
+      : options_(options), least_(least), console_(*console), input_(*input) {}
 
   void readBytes() {
     input_.framing = options_.framing;
@@ -156,9 +152,9 @@ class Reader {
           return true;
         });
     if (broken.empty()) return;
-    InputGroup& group = add();
-    group.isBroken = true;
-    group.report.findings.push_back(findingOf(Code::kBytesBroken, broken));
+    add({}).isBroken = true;
+    keep({{findingOf(Code::kBytesBroken, broken)}});
+    input_.report.keep(options_.maxFindings);
   }
 
   // False when there is something that cannot be read.
@@ -171,30 +167,40 @@ class Reader {
                : FiltersInspect::groupsFromJson(input_.content, most);
     const bool wasRead = parsed.report.empty();
     tell(parsed.report);
-    for (FiltersGroup& group : parsed.groups) {
-      if (!hasRoom()) break;
-      add().group = std::move(group);
+    for (std::size_t i = 0; i < parsed.groups.size() && hasRoom(); ++i) {
+      add(std::move(parsed.places[i])).group = std::move(parsed.groups[i]);
     }
     return wasRead;
   }
  private:
-  InputGroup& add() {
+  InputGroup& add(FiltersInspect::GroupPlaces places) {
     InputGroup& group = input_.groups.emplace_back();
-    group.place = input_.file + ':' + std::to_string(input_.groups.size());
+    group.number = input_.groups.size();
+    group.places = std::move(places);
+    Report located = {{Finding()}};
+    input_.locate(group, &located);
+    group.place = placeOf(input_.file, located.findings[0]);
     return group;
+  }
+
+  // About the last group.
+  void keep(Report&& report) {
+    input_.locate(input_.groups.back(), &report);
+    input_.report.append(std::move(report));
+    const std::size_t most = options_.maxFindings;
+    if (input_.report.findings.size() / 2 >= most) input_.report.keep(most);
   }
 
   void addBytes(ByteRange range) {
     const std::string_view bytes =
         std::string_view(input_.content).substr(range.offset, range.length);
     FiltersInspect::DecodedGroup decoded =
-        FiltersInspect::decodeGroup(bytes, {room_, options_.maxBytes, least_});
-    room_ -= decoded.report.findings.size();
-    InputGroup& group = add();
+        FiltersInspect::decodeGroup(bytes, {options_.maxFindings, options_.maxBytes, least_});
+    InputGroup& group = add({});
     group.isBroken = !decoded.group || breaks(decoded.report, bytes);
     group.group = std::move(decoded.group);
     group.range = range;
-    group.report = std::move(decoded.report);
+    keep(std::move(decoded.report));
   }
 
   bool hasRoom() {
@@ -205,17 +211,10 @@ class Reader {
     return false;
   }
 
-  // The findings about text or JSON say where in `path`.
-  void tell(const Report& report) {
-    for (Finding finding : report.findings) {
-      std::string place = input_.file + ':' + finding.path;
-      if (!options_.json) finding.path.clear();
-      console_.trouble(input_.file, place, finding);
-    }
-    Report rest;
-    rest.left_out = report.left_out;
-    rest.left_out_by_severity = report.left_out_by_severity;
-    console_.aside(input_.file, input_.file, rest);
+  void tell(Report report) {
+    for (const Finding& finding : report.findings) console_.trouble(input_.file, finding);
+    report.findings.clear();
+    console_.aside(input_.file, report);
   }
 
   // A file that was cut off while it was written looks like one bare group.
@@ -232,7 +231,6 @@ class Reader {
   const Severity least_;
   Console& console_;
   Input& input_;
-  std::size_t room_;
 };
 
 std::optional<Input> readInput(const std::string& file, const Options& options, Severity least,
@@ -275,6 +273,16 @@ std::string Input::bytesOf(const InputGroup& group) const {
   return bytes;
 }
 
+void Input::locate(const InputGroup& group, Report* found) const {
+  for (Finding& finding : found->findings) {
+    finding.group_number = group.number;
+    if (!finding.group && group.group) finding.group = group.group->getId();
+    if (form == Form::kBytes) continue;
+    finding.path = FiltersInspect::toText(group.places.of(finding.entry));
+    finding.bytes.reset();
+  }
+}
+
 void forEachInput(const Options& options, Severity least, Console* console,
                   const std::function<void(Input& input)>& visit) {
   bool tookStandardInput = false;
@@ -302,25 +310,24 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 }
 
 void tellLosses(const Input& input, Console* console) {
-  Report rest;
-  for (const InputGroup& group : input.groups) {
-    Report losses = group.report;
-    Report left = losses;
-    left.findings.clear();
-    rest.append(std::move(left));
-    losses.left_out = 0;
-    if (!group.isBroken) {
-      console->aside(input.file, group.place, losses);
-      continue;
-    }
-    if (losses.findings.empty()) {  // beyond the limit
-      losses.findings.push_back(findingOf(Code::kBytesBroken, "it cannot be read to its end"));
-    }
-    for (const Finding& finding : losses.findings) {
-      console->trouble(input.file, group.place, finding);
+  bool isTold = false;  // of some broken group why it is
+  for (const Finding& finding : input.report.findings) {
+    if (input.groups[*finding.group_number - 1].isBroken) {
+      console->trouble(input.file, finding);
+      isTold = true;
+    } else {
+      console->aside(input.file, {{finding}});
     }
   }
-  console->aside(input.file, input.file, rest);
+  for (const InputGroup& group : input.groups) {
+    if (!group.isBroken || std::exchange(isTold, true)) continue;  // beyond the limit
+    Report broken = {{findingOf(Code::kBytesBroken, "it cannot be read to its end")}};
+    input.locate(group, &broken);
+    console->trouble(input.file, broken.findings[0]);
+  }
+  Report rest = input.report;
+  rest.findings.clear();
+  console->aside(input.file, rest);
 }
 
 std::vector<FiltersGroup> groupsOf(const std::vector<Input>& inputs) {

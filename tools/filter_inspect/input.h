@@ -6,6 +6,7 @@
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_report.h>
+#include <filter_inspect/filter_text.h>
 
 #include <cstddef>
 #include <functional>
@@ -25,14 +26,14 @@ using FiltersCommon::FiltersGroup;
 enum class Form { kBytes, kText, kJson };
 
 struct InputGroup {
-  std::string place;  // "g.bin:1"
+  std::size_t number = 0;  // of the file's groups, counted from 1
+  std::string place;       // "g.bin: group 1", or where it begins in text and JSON, "g.txt:2:1"
   // What a device would hold; nothing where it would refuse to build it, or where a frame is
   // broken.
   std::optional<FiltersGroup> group;
-  // Of bytes: where they stand in the content, and what strict decoding says of them.
-  FiltersInspect::ByteRange range;
-  Report report;
-  bool isBroken = false;  // whether some of the bytes could not be read
+  FiltersInspect::ByteRange range;     // of bytes: where they stand in the content
+  FiltersInspect::GroupPlaces places;  // of text and JSON
+  bool isBroken = false;               // whether some of the bytes could not be read
 };
 
 struct Input {
@@ -41,10 +42,14 @@ struct Input {
   Form form = Form::kBytes;
   std::string framing;  // of bytes: "none", "be32" or "varint"
   std::vector<InputGroup> groups;
+  Report report;  // of bytes: what strict decoding says of the groups
 
   bool isBroken() const;
   // The bytes of one group: those read, or where it was read otherwise those that it writes.
   std::string bytesOf(const InputGroup& group) const;
+  // Says in each finding about a group which one it is, and of text and JSON where the entry
+  // stands.
+  void locate(const InputGroup& group, Report* found) const;
 };
 
 // Tells what a device would lose of it; what is broken is trouble.

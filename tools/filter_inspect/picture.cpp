@@ -206,7 +206,7 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
   width_ = std::max(width_, wide);
 
   y_ += kMargin;
-  drawText(kMargin, "title", title + ": group " + std::to_string(group.getId()));
+  drawText(kMargin, "title", title + " (id " + std::to_string(group.getId()) + ')');
   y_ += kRow + 4;
   std::size_t x = kMargin;
   for (const Column& column : columns) {

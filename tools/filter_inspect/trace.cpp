@@ -99,11 +99,8 @@ class Packets {
     const std::optional<Packet> packet = Packet::parse(text, &faults, room_);
     room_ -= faults.findings.size();
     for (Finding& fault : std::exchange(faults.findings, {})) {
-      const std::size_t column = fault.path.find(':');
-      fault.path = std::to_string(line) + fault.path.substr(column);
-      const std::string where = place + ':' + fault.path;
-      if (!options_.json) fault.path.clear();
-      console_.trouble(place, where, fault);
+      fault.path = std::to_string(line) + fault.path.substr(fault.path.find(':'));
+      console_.trouble(place, fault);
     }
     untold_.append(std::move(faults));
     if (!packet) return;
@@ -114,7 +111,7 @@ class Packets {
 
   // `place` is where all packets stand.
   Exit finish(const std::string& place) {
-    console_.aside(place, place, untold_);
+    console_.aside(place, untold_);
     report_.keep(options_.maxFindings);
     if (options_.json)
       console_.write({{input_.file, input_.groups.size(), std::move(report_)}}, orderOf(options_));
@@ -133,24 +130,31 @@ class Packets {
     const bool isDecided = traced.outcome != Hit::kUndecided;
     is_decided_ = is_decided_ && isDecided;
     const TraceText text(traced);
-    if (options_.json) return keep(traced, packet, *group.group, isAlone() ? "" : place, text);
-    console_.writeLine(
-        (isAlone() ? "" : printable(place) + ": ") + printable(group.place) + ": " + text.outcome,
-        isDecided ? Color::kNone : Color::kWarning);
+    Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, text.outcome);
+    whole.entry = traced.entry;
+    whole = located(std::move(whole), group);
+    if (options_.json) {
+      whole.others = traced.candidates;
+      whole.after = nameOf(traced.outcome);
+      whole.witness = packet.toText();
+      if (!isAlone()) whole.path = place;
+      return keep(std::move(whole), traced, group, text);
+    }
+    console_.writeLine((isAlone() ? "" : printable(place) + ": ") +
+                           printable(placeOf(input_.file, whole)) + ": " + text.outcome,
+                       isDecided ? Color::kNone : Color::kWarning);
     if (isAlone()) console_.write(text.lines);
   }
 
+  Finding located(Finding finding, const InputGroup& group) const {
+    Report report = {{std::move(finding)}};
+    input_.locate(group, &report);
+    return std::move(report.findings[0]);
+  }
+
   // A finding of the packet, and where it is the only one also of each entry.
-  void keep(const Trace& traced, const Packet& packet, const FiltersGroup& group,
-            const std::string& place, const TraceText& text) {
-    Finding whole = findingOf(
-        traced.outcome == Hit::kUndecided ? Code::kTraceUndecided : Code::kTraced, text.outcome);
-    whole.entry = traced.entry;
-    whole.others = traced.candidates;
-    whole.after = nameOf(traced.outcome);
-    whole.witness = packet.toText();
-    whole.path = place;
-    add(std::move(whole), group);
+  void keep(Finding&& whole, const Trace& traced, const InputGroup& group, const TraceText& text) {
+    add(std::move(whole));
     if (!isAlone()) return;
     std::istringstream lines(text.lines);
     std::string line;
@@ -161,12 +165,11 @@ class Packets {
       finding.subject = Subject::kEntry;
       finding.entry = one.entry;
       finding.after = outcome;
-      add(std::move(finding), group);
+      add(located(std::move(finding), group));
     }
   }
 
-  void add(Finding finding, const FiltersGroup& group) {
-    finding.group = group.getId();
+  void add(Finding&& finding) {
     report_.findings.push_back(std::move(finding));
     if (report_.findings.size() / 2 >= options_.maxFindings) report_.keep(options_.maxFindings);
   }
