@@ -11,8 +11,8 @@
 //     if (packet) std::cout << trace(group, *packet, options.order);
 //
 // Order. Rules of one group may take the same packet. Which of them comes first the model does not
-// say, nor that the first one ends the search: the device does. The order is a parameter, and the
-// default claims only what holds in every order.
+// say: the device does. The order is a parameter, and the default claims only what holds in every
+// order. Nor does the model say that the first one ends the search: that is an assumption.
 //
 // Readings. The model leaves some values to the device: what a layer-4 mask of zero means, an empty
 // set of VLAN ids, a range whose ends are swapped, the two low bits of a ToS byte, ... For each

@@ -312,6 +312,8 @@ const std::vector<std::string_view>& assumptions() {
       "A2: under a mask means (field & mask) == (value & mask)",
       "A3: a match on a field that a packet lacks does not hold, not even under a mask of 0",
       "A4: fields do not depend on each other; a packet that shows something may never occur",
+      "A5: the first entry that takes a packet ends the search; all that depends on an order rests "
+      "on this",
   };
   return assumptions;
 }

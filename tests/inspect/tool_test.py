@@ -219,7 +219,7 @@ TABLE = [
      r"rules.txt:5:1: warning: entry 30: entry 40 .*\[entries-tie\]\n"
      r"  packet: [^\n]*ttl=1[^\n]*\n(  [^\n]*\n)?"
      r"rules.txt: 1 group, 4 entries, 3 warnings \(order: highest-priority; "
-     r"assumptions A1-A4: filter-inspect\(1\)\)\n", NONE),
+     r"assumptions A1-A5: filter-inspect\(1\)\)\n", NONE),
     ("analyse rules.txt", 1,
      r".*\[value-unusual\]\n[^\n]*entry 20: [^\n]*\[entries-overlap\]\n(  .*\n)?"
      r"rules.txt: .*, 1 warning, 1 note \(order: unspecified; .*", NONE),

@@ -25,7 +25,12 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
 }
 
 std::string restsOn(Order order) {
-  return " (order: " + std::string(nameOf(order)) + "; assumptions A1-A4: filter-inspect(1))";
+  const auto numberOf = [](std::string_view assumption) {
+    return std::string(assumption.substr(0, assumption.find(':')));
+  };
+  return "order: " + std::string(nameOf(order)) + "; assumptions " +
+         numberOf(assumptions().front()) + '-' + numberOf(assumptions().back()) +
+         ": filter-inspect(1)";
 }
 
 Exit runAnalyse(const Options& options, Console* console) {
@@ -49,7 +54,7 @@ Exit runAnalyse(const Options& options, Console* console) {
       all.add(group, std::move(report));
       entries += group.group->getEntriesRef().size();
     }
-    ReportInput document = all.write(entries, restsOn(order), console);
+    ReportInput document = all.write(entries, " (" + restsOn(order) + ")", console);
     found = found || document.report.worst() != Severity::kNote;
     documents.push_back(options.json ? std::move(document) : ReportInput());
   });

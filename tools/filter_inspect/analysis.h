@@ -19,7 +19,7 @@ FiltersInspect::Order orderOf(const Options& options);
 FiltersInspect::AnalysisOptions analysisOf(const Options& options, std::string_view place,
                                            Console* console);
 
-// " (order: unspecified; assumptions A1-A4: filter-inspect(1))"
+// "order: unspecified; assumptions A1-A5: filter-inspect(1)"
 std::string restsOn(FiltersInspect::Order order);
 
 }  // namespace FilterInspectTool

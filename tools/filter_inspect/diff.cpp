@@ -137,7 +137,7 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
   const std::size_t open = all.findings.size() - differing;
   if (open != 0) text += ", " + std::to_string(open) + " not decided";
   if (all.left_out != 0) text += "; " + leftOutText(all);
-  return text + restsOn(order);
+  return text + " (" + restsOn(order) + ")";
 }
 
 // One input a file.

@@ -10,6 +10,8 @@
 #include <tuple>
 #include <utility>
 
+#include "analysis.h"
+
 namespace FilterInspectTool {
 namespace {
 
@@ -232,9 +234,8 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
 }
 
 std::string Picture::take() const {
-  std::string foot = "order: " + std::string(nameOf(order_)) +
-                     (order_ == Order::kUnspecified ? ", rows by id" : "") +
-                     "; assumptions A1-A4: filter-inspect(1)";
+  std::string foot = restsOn(order_);
+  if (order_ == Order::kUnspecified) foot += "; rows by id";
   if (left_out_ != 0) foot += "; " + counted(left_out_, "finding") + " left out";
   const std::size_t width = std::max(width_, foot.size() * kLetter + kMargin) + kMargin;
   const std::size_t height = y_ + kRow + 2 * kMargin;
