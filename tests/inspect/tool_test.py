@@ -546,14 +546,27 @@ def try_picture():
     expect("its words", words <= set(texts), texts)
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
-    expect("what it leaves out", "rows by id" in foot and foot.endswith("1 finding left out"), foot)
+    expect("what it leaves out", "rows by id" in foot and "left out: 1 note;" in foot, foot)
+    # One group of more rows than are drawn whole, in which entry 3 takes the packets of entry 40,
+    # and one of just as many.
+    rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row}\n"
+            for row in range(61)]
+    groups = [f"group {number} priority=1 stage=ingress type=3\n" for number in (1, 2)]
+    text = ["filter-groups 1\n", groups[0], *rows, groups[1], *rows[:60]]
+    write("long.txt", "".join(text).encode())
+    inspect("analyse", "long.txt", "--order=highest-priority", "--svg=long.svg")
+    root = ElementTree.parse("long.svg").getroot()
+    texts = [text.text for text in root.iter(svg + "text")]
+    gaps = [text.split()[1] for text in texts if text.startswith("...")]
+    expect("what it leaves out in between", gaps == ["3", "36", "20"], gaps)
+    expect("its heads", texts.count("entry") == 1 + 2 and len([*root.iter(svg + "g")]) == 2 + 60)
     os.symlink("g.bin", "tutorial.bin")
     inspect("analyse", "tutorial.bin", "--order=lowest-priority", "--svg=tutorial.svg")
     with open("tutorial.svg", "rb") as new, open(f"{sources}/docs/analysis.svg", "rb") as shown:
         expect("the one in docs/analysis.md", new.read() == shown.read())
     inspect("analyse", "nosuch.bin", "--svg=left.svg")
     foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
-    expect("no picture of nothing", foot.endswith("1 finding left out"), foot)
+    expect("no picture of nothing", "left out: 1 note;" in foot, foot)
     for place, trouble in (("folder", b"Is a directory"), ("-", b"takes the report"),
                            ("", b"No such file")):
         done = inspect("analyse", "g.bin", "--svg", place)

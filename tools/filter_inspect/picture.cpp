@@ -21,6 +21,8 @@ using namespace FiltersInspect;
 // In units of the picture, of which a letter takes seven.
 constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
 constexpr std::size_t kMostLetters = 36;  // of a cell; the whole is shown under the pointer
+constexpr std::size_t kMostRows = 60;     // of a group that is drawn whole
+constexpr std::size_t kRowsAHead = 30;    // then the head is repeated
 
 std::string escaped(std::string_view text) {
   std::string result;
@@ -56,7 +58,9 @@ struct Row {
   std::map<filtersMatch_t, std::string> values;
   std::string actions, policer, parent;
   const Look* look = nullptr;
-  std::string found, why;
+  std::string found, treatment, why;
+  bool isNamed = false;     // by a finding about another one
+  std::size_t skipped = 0;  // so many rows in front of it are not drawn
 };
 
 // The id that the comment of a line tells of a policer.
@@ -70,7 +74,9 @@ std::string idIn(std::string_view line, std::string_view which) {
 
 // The line of an entry in the text form, taken apart: no value has a blank in it.
 Row rowOf(const FiltersEntry& entry) {
-  Row row{entry.getId(), entry.getPriority(), {}, {}, {}, {}, nullptr, {}, {}};
+  Row row{};
+  row.id = entry.getId();
+  row.priority = entry.getPriority();
   const std::string line = toText(entry);
   std::istringstream words(line);
   std::string part;
@@ -93,10 +99,15 @@ Row rowOf(const FiltersEntry& entry) {
   return row;
 }
 
+std::string_view treatmentOf(const Finding& finding) {
+  if (finding.before.empty() && finding.after.empty()) return {};
+  return finding.before == finding.after ? "alike" : "differs";
+}
+
 void mark(const Report& report, std::vector<Row>* rows) {
   std::map<filtersEntryId_t, Row*> byId;
   for (Row& row : *rows) byId[row.id] = &row;
-  const auto set = [&byId](filtersEntryId_t id, const Look* look,
+  const auto set = [&byId](filtersEntryId_t id, const Look* look, const Finding& finding,
                            const std::vector<std::uint32_t>& others, const std::string& why) {
     const auto found = byId.find(id);
     if (found == byId.end()) return;
@@ -105,6 +116,7 @@ void mark(const Report& report, std::vector<Row>* rows) {
     if (row.look != look) {
       row.look = look;
       row.found = look->meaning + std::string(others.empty() ? "" : ":");
+      row.treatment = treatmentOf(finding);
       row.why = why;
     }
     for (std::uint32_t other : others) row.found += ' ' + std::to_string(other);
@@ -113,12 +125,36 @@ void mark(const Report& report, std::vector<Row>* rows) {
     const Look* look = std::find_if(std::begin(kLooks), std::end(kLooks),
                                     [&](const Look& one) { return one.code == finding.code; });
     if (!finding.entry || look == std::end(kLooks)) continue;
-    set(*finding.entry, look, finding.others, finding.message);
-    if (finding.code != Code::kEntriesTie) continue;
+    const bool isMatch = finding.subject == Subject::kMatch;  // the others are matches too
+    set(*finding.entry, look, finding, isMatch ? std::vector<std::uint32_t>() : finding.others,
+        finding.message);
+    if (isMatch) continue;
     for (std::uint32_t other : finding.others) {
-      set(other, look, {*finding.entry}, "ties with entry " + std::to_string(*finding.entry));
+      const auto named = byId.find(other);
+      if (named != byId.end()) named->second->isNamed = true;
+      if (finding.code != Code::kEntriesTie) continue;
+      set(other, look, finding, {*finding.entry},
+          "ties with entry " + std::to_string(*finding.entry));
     }
   }
+}
+
+// Leaves of many rows those that something is said of, and those that are named there. Returns how
+// many are left out behind the last one.
+std::size_t leaveOut(std::vector<Row>* rows) {
+  if (rows->size() <= kMostRows) return 0;
+  std::vector<Row> kept;
+  std::size_t skipped = 0;
+  for (Row& row : *rows) {
+    if (row.look == nullptr && !row.isNamed) {
+      ++skipped;
+      continue;
+    }
+    row.skipped = std::exchange(skipped, 0);
+    kept.push_back(std::move(row));
+  }
+  *rows = std::move(kept);
+  return skipped;
 }
 
 void sort(Order order, std::vector<Row>* rows) {
@@ -146,7 +182,8 @@ struct Column {
 std::vector<Column> columnsOf(const std::vector<Row>& rows) {
   std::vector<Column> columns = {{"entry", {}}, {"priority", {}}};
   std::map<filtersMatch_t, Column> fields;
-  Column actions{"then", {}}, policer{"policer", {}}, parent{"parent", {}}, found{"found", {}};
+  Column actions{"then", {}}, policer{"policer", {}}, parent{"parent", {}};
+  Column found{"found", {}}, treatment{"treatment", {}};
   for (const Row& row : rows) {
     for (const auto& [match, value] : row.values) fields[match].name = nameOf(match);
   }
@@ -161,16 +198,16 @@ std::vector<Column> columnsOf(const std::vector<Row>& rows) {
     policer.cells.push_back(row.policer);
     parent.cells.push_back(row.parent);
     found.cells.push_back(row.found);
+    treatment.cells.push_back(row.treatment);
   }
   for (auto& [match, column] : fields) columns.push_back(std::move(column));
   columns.push_back(std::move(actions));
-  for (Column* column : {&policer, &parent}) {
+  for (Column* column : {&policer, &parent, &found, &treatment}) {
     const auto isSet = [](const std::string& cell) { return !cell.empty(); };
-    if (std::any_of(column->cells.begin(), column->cells.end(), isSet)) {
+    if (column == &found || std::any_of(column->cells.begin(), column->cells.end(), isSet)) {
       columns.push_back(std::move(*column));
     }
   }
-  columns.push_back(std::move(found));
   return columns;
 }
 
@@ -196,47 +233,67 @@ void Picture::drawText(std::size_t x, const char* style, std::string_view text, 
   width_ = std::max(width_, x + letters * (kLetter + 2));
 }
 
+void Picture::drawRow(const char* style, const std::vector<std::string_view>& cells) {
+  std::size_t x = kMargin;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    drawText(x, style, cells[i], kMostLetters);
+    x += widths_[i];
+  }
+}
+
 void Picture::add(const std::string& title, const FiltersGroup& group, const Report& report) {
   std::vector<Row> rows;
   for (const auto& [id, entry] : group.getEntriesRef()) rows.push_back(rowOf(entry));
   sort(order_, &rows);
   mark(report, &rows);
-  left_out_ += report.left_out;
+  const std::size_t behind = leaveOut(&rows);
+  Report rest = report;
+  rest.findings.clear();
+  left_out_.append(std::move(rest));
   const std::vector<Column> columns = columnsOf(rows);
+  std::vector<std::string_view> head;
   std::size_t wide = 0;
-  for (const Column& column : columns) wide += column.width();
+  widths_.clear();
+  for (const Column& column : columns) {
+    head.push_back(column.name);
+    widths_.push_back(column.width());
+    wide += column.width();
+  }
   width_ = std::max(width_, wide);
+  const auto drawGap = [this](std::size_t count) {
+    if (count == 0) return;
+    y_ += kRow;
+    drawText(kMargin, "head", "... " + counted(count, "entry") + " of which nothing is said");
+  };
 
   y_ += kMargin;
   drawText(kMargin, "title", title + " (id " + std::to_string(group.getId()) + ')');
-  y_ += kRow + 4;
-  std::size_t x = kMargin;
-  for (const Column& column : columns) {
-    drawText(x, "head", column.name, kMostLetters);
-    x += column.width();
-  }
+  y_ += 4;
   for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (i % kRowsAHead == 0) {
+      y_ += kRow;
+      drawRow("head", head);
+    }
+    drawGap(rows[i].skipped);
     y_ += kRow;
     const char* style = rows[i].look == nullptr ? "plain" : rows[i].look->style;
     body_ += "<g><rect x=\"" + std::to_string(kMargin - 6) + "\" y=\"" + std::to_string(y_) +
              "\" width=\"" + std::to_string(wide) + "\" height=\"" + std::to_string(kRow - 2) +
              "\" class=\"" + style + "\"/>\n";
     if (!rows[i].why.empty()) body_ += "<title>" + escaped(rows[i].why) + "</title>\n";
-    x = kMargin;
-    for (const Column& column : columns) {
-      const bool isLast = &column == &columns.back();
-      drawText(x, isLast ? "found" : style, column.cells[i], kMostLetters);
-      x += column.width();
-    }
+    std::vector<std::string_view> cells;
+    for (const Column& column : columns) cells.push_back(column.cells[i]);
+    drawRow(style, cells);
     body_ += "</g>\n";
   }
+  drawGap(behind);
   y_ += kRow;
 }
 
 std::string Picture::take() const {
   std::string foot = restsOn(order_);
   if (order_ == Order::kUnspecified) foot += "; rows by id";
-  if (left_out_ != 0) foot += "; " + counted(left_out_, "finding") + " left out";
+  if (left_out_.left_out != 0) foot += "; " + leftOutText(left_out_);
   const std::size_t width = std::max(width_, foot.size() * kLetter + kMargin) + kMargin;
   const std::size_t height = y_ + kRow + 2 * kMargin;
   const std::string size = std::to_string(width) + ' ' + std::to_string(height);
