@@ -112,6 +112,7 @@ group 2 priority=10 stage=ingress type=3
   entry 4 priority=5 if ttl=1 then permit
 entry 5 priority=5 if ip_protocol=6 then deny
 """)
+    inspect("convert", "late.txt", "--to=bytes", "-o", "late.bin")
     write("lines.txt", rules.replace(b"\n", b"\r\n"))
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
@@ -471,6 +472,16 @@ def try_documents():
         expect(f"{line} --json", done.returncode == code and codes <= named, done.returncode, named)
 
 
+def try_places():
+    """Documents say where findings are, those about text by line and column."""
+    for name, places in (("late.txt", ["7:3", "3:1", "4:1"]), ("late.bin", [None, None, None])):
+        done = inspect("--json", "analyse", name, "--order=highest-priority")
+        findings = json.loads(done.stdout)["inputs"][0]["findings"]
+        told = sorted((each["entry"], each["group_number"], each.get("path")) for each in findings)
+        expected = sorted(zip((4, 1, 2), (2, 1, 1), places))
+        expect(f"places in {name}", told == expected, told)
+
+
 def try_forms():
     """Every form into every other and back; the framing of bytes stays."""
     for name, framing in (("g.bin", "auto"), ("one.bin", "auto"), ("varint.bin", "varint")):
@@ -668,6 +679,7 @@ def main():
         prepare()
         try_table()
         try_documents()
+        try_places()
         try_forms()
         try_output()
         try_interrupt()

@@ -155,12 +155,11 @@ class Placer {
  private:
   void place(const Input& input, const InputGroup& group, Report* all) {
     for (const FiltersEntry& entry : entriesOf(input, group)) {
-      Report places = {{placeFor(entry, stages_, types_)}};
-      input.locate(group, &places);
-      const Finding& finding = places.findings[0];
+      Finding finding = placeFor(entry, stages_, types_);
+      input.locate(group, &finding);
       if (finding.severity != Severity::kNote) exit_ = kExitFound;
       if (options_.json) {
-        all->append(std::move(places));
+        all->findings.push_back(std::move(finding));
       } else {
         console_.writeLine(printable(placeOf(input.file, finding)) + ": entry " +
                            std::to_string(entry.getId()) + ": " + finding.message);

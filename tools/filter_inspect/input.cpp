@@ -154,7 +154,6 @@ class Reader {
     if (broken.empty()) return;
     add({}).isBroken = true;
     keep({{findingOf(Code::kBytesBroken, broken)}});
-    input_.report.keep(options_.maxFindings);
   }
 
   // False when there is something that cannot be read.
@@ -177,9 +176,9 @@ class Reader {
     InputGroup& group = input_.groups.emplace_back();
     group.number = input_.groups.size();
     group.places = std::move(places);
-    Report located = {{Finding()}};
-    input_.locate(group, &located);
-    group.place = placeOf(input_.file, located.findings[0]);
+    Finding its = {};
+    input_.locate(group, &its);
+    group.place = placeOf(input_.file, its);
     return group;
   }
 
@@ -255,6 +254,7 @@ std::optional<Input> readInput(const std::string& file, const Options& options, 
   } else if (!reader.readForm()) {
     return std::nullopt;
   }
+  input.report.keep(options.maxFindings);
   console->hideProgress();
   return input;
 }
@@ -273,14 +273,16 @@ std::string Input::bytesOf(const InputGroup& group) const {
   return bytes;
 }
 
-void Input::locate(const InputGroup& group, Report* found) const {
-  for (Finding& finding : found->findings) {
-    finding.group_number = group.number;
-    if (!finding.group && group.group) finding.group = group.group->getId();
-    if (form == Form::kBytes) continue;
-    finding.path = FiltersInspect::toText(group.places.of(finding.entry));
-    finding.bytes.reset();
-  }
+void Input::locate(const InputGroup& group, Finding* finding) const {
+  finding->group_number = group.number;
+  if (!finding->group && group.group) finding->group = group.group->getId();
+  if (form == Form::kBytes) return;
+  finding->path = FiltersInspect::toText(group.places.of(finding->entry));
+  finding->bytes.reset();
+}
+
+void Input::locate(const InputGroup& group, Report* all) const {
+  for (Finding& finding : all->findings) locate(group, &finding);
 }
 
 void forEachInput(const Options& options, Severity least, Console* console,
@@ -321,9 +323,9 @@ void tellLosses(const Input& input, Console* console) {
   }
   for (const InputGroup& group : input.groups) {
     if (!group.isBroken || std::exchange(isTold, true)) continue;  // beyond the limit
-    Report broken = {{findingOf(Code::kBytesBroken, "it cannot be read to its end")}};
+    Finding broken = findingOf(Code::kBytesBroken, "it cannot be read to its end");
     input.locate(group, &broken);
-    console->trouble(input.file, broken.findings[0]);
+    console->trouble(input.file, broken);
   }
   Report rest = input.report;
   rest.findings.clear();

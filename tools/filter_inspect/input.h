@@ -47,9 +47,9 @@ struct Input {
   bool isBroken() const;
   // The bytes of one group: those read, or where it was read otherwise those that it writes.
   std::string bytesOf(const InputGroup& group) const;
-  // Says in each finding about a group which one it is, and of text and JSON where the entry
-  // stands.
-  void locate(const InputGroup& group, Report* found) const;
+  // Says in findings about a group which one it is, and of text and JSON where the entry stands.
+  void locate(const InputGroup& group, Finding* finding) const;
+  void locate(const InputGroup& group, Report* all) const;
 };
 
 // Tells what a device would lose of it; what is broken is trouble.

@@ -132,7 +132,7 @@ class Packets {
     const TraceText text(traced);
     Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, text.outcome);
     whole.entry = traced.entry;
-    whole = located(std::move(whole), group);
+    input_.locate(group, &whole);
     if (options_.json) {
       whole.others = traced.candidates;
       whole.after = nameOf(traced.outcome);
@@ -144,12 +144,6 @@ class Packets {
                            printable(placeOf(input_.file, whole)) + ": " + text.outcome,
                        isDecided ? Color::kNone : Color::kWarning);
     if (isAlone()) console_.write(text.lines);
-  }
-
-  Finding located(Finding finding, const InputGroup& group) const {
-    Report report = {{std::move(finding)}};
-    input_.locate(group, &report);
-    return std::move(report.findings[0]);
   }
 
   // A finding of the packet, and where it is the only one also of each entry.
@@ -165,7 +159,8 @@ class Packets {
       finding.subject = Subject::kEntry;
       finding.entry = one.entry;
       finding.after = outcome;
-      add(located(std::move(finding), group));
+      input_.locate(group, &finding);
+      add(std::move(finding));
     }
   }
 
