@@ -49,9 +49,16 @@ enum class Order : std::uint8_t {
   kHighestPriority,  // larger numbers first
   kLowestPriority,   // smaller numbers first
   kAscendingId,      // smaller ids first
+  // By priority, and where that is equal by id, so that no two rules are of equal rank.
+  kHighestPriorityAscendingId,
+  kHighestPriorityDescendingId,
+  kLowestPriorityAscendingId,
+  kLowestPriorityDescendingId,
 };
+constexpr std::size_t kOrderCount = 8;
 
-// "unspecified", "highest-priority", "lowest-priority", "ascending-id", each followed by a zero.
+// "unspecified", "highest-priority", "lowest-priority", "ascending-id",
+// "highest-priority,ascending-id" and its three sisters, each followed by a zero.
 FILTERS_API std::string_view nameOf(Order);
 FILTERS_API std::optional<Order> orderFromName(std::string_view name);
 
@@ -136,8 +143,14 @@ struct Trace {
   // and under every reading. Entries that tie are undecided.
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
-  std::vector<FiltersCommon::filtersEntryId_t> candidates;  // of kUndecided: those it may be
-  bool may_be_none = false;                                 // of kUndecided
+  // For kUndecided: those it may be, each for some packet of which the same is told, and whether it
+  // may be none. If `at_most`, that takes too long to say: some of them may not be possible.
+  std::vector<FiltersCommon::filtersEntryId_t> candidates;
+  bool may_be_none = false;
+  bool at_most = false;
+  // What is done with the packet, "permit, set_pcp=5": by the entry, or by all candidates alike.
+  // Empty where that is open, and where none takes it.
+  std::string treatment;
 };
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
@@ -150,10 +163,11 @@ class FILTERS_API Tracer {
   Trace trace(const Packet& packet) const;
  private:
   struct Prepared;
-  std::shared_ptr<const std::vector<Prepared>> entries_;
+  std::shared_ptr<const Prepared> prepared_;
 };
 
-// "undecided: entry 10 or 60, or 1000", then a line for each entry.
+// "hit: entry 10 (permit, set_pcp=5)", "undecided: entry 10 or 60, or 1000 (all deny)", then a line
+// for each entry.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Trace& trace);
 
 }  // namespace FiltersInspect

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "packet_shapes.h"
 #include "rules.h"
+#include "witness.h"
 
 namespace FiltersInspect {
 namespace {
@@ -12,100 +14,197 @@ using namespace FiltersCommon;
 
 // So many other entries are named by a finding about what holds an entry.
 constexpr std::size_t kMostHolders = 16;
+// Entries within others are told one by one, if there are no more of them.
+constexpr std::size_t kMostHeld = 8;
+// A rule that so few others meet is compared with each of them; else some packets are tried first.
+constexpr std::size_t kFew = 24;
+constexpr unsigned kTried = 6;
+constexpr std::size_t kCheaper = 256;  // one more is cheaper than so many comparisons
+
+using Positions = std::vector<std::uint32_t>;
+
+void sortUnique(std::vector<std::uint32_t>* numbers) {
+  std::sort(numbers->begin(), numbers->end());
+  numbers->erase(std::unique(numbers->begin(), numbers->end()), numbers->end());
+}
 
 // Keeps what took something away, and a packet that something behind level 0 took.
 struct Takers : Cut::Watcher {
-  explicit Takers(bool wantsPoint) : wants_point(wantsPoint) {}
+  explicit Takers(const RuleSpace& space) : witness(space) {}
   void took(const Candidate& candidate, const Cut& cut) override {
     tags.push_back(candidate.tag);
-    if (!wants_point || candidate.level == 0) return;
-    point = cut.point();
-    wants_point = false;
+    if (candidate.level != 0 && !witness.isGood()) witness.consider(cut);
   }
-  bool wants_point;
-  std::vector<std::uint32_t> tags;
-  Point point;
+  Positions tags;
+  Witness witness;
 };
 
 class Analysis {
  public:
   Analysis(const FiltersGroup& group, const AnalysisOptions& options)
-      : options_(options),
+      : group_(group),
+        options_(options),
         ordered_(options.order != Order::kUnspecified),
         all_({&group}, options.order),
         rules_(all_.of(0)),
-        mays_(all_.hullsOf(0, &Rule::may, looksFor(options.max_steps))),
-        musts_(all_.hullsOf(0, &Rule::must, looksFor(options.max_steps))),
-        reach_(all_.space(), options.max_steps),
-        spare_(all_.space(), options.max_steps),
-        redundancy_(all_.space(), options.max_steps),
-        findings_(group.getId(), options.max_findings) {
+        space_(all_.space()),
+        met_by_(all_.meetingsOf(0, looksFor(options.max_steps))),
+        reach_(space_.space(), options.max_steps, rules_.size()),
+        spare_(space_.space(), options.max_steps, rules_.size()),
+        redundancy_(space_.space(), options.max_steps, rules_.size()),
+        ties_(space_.space(), options.max_steps, rules_.size()),
+        findings_(group.getId(), options.max_findings),
+        reached_(rules_.size()),
+        redundant_(rules_.size()) {
     for (const auto& [id, entry] : group.getEntriesRef()) findings_.addOddities(entry);
   }
 
   Report run() {
     const auto count = static_cast<std::uint32_t>(rules_.size());
-    std::vector<std::uint32_t> reached;
+    const auto tellRule = [&](std::uint32_t part, std::uint32_t i) {
+      tell(options_, part * rules_.size() + i, 3 * rules_.size());
+      space_.forget();
+    };
+    std::vector<bool> decided(count, true);
     for (std::uint32_t i = 0; i < count; ++i) {
-      tell(options_, i, 3 * rules_.size());
-      if (mayBeReached(i)) reached.push_back(i);
-    }
-    for (std::uint32_t i : reached) {
-      tell(options_, count + i, 3 * rules_.size());
-      if (options_.redundant) findRedundant(i);
+      tellRule(0, i);
+      const Cut::Outcome outcome = findReached(i);
+      reached_[i] = outcome != Cut::Outcome::kNothingLeft;
+      decided[i] = outcome != Cut::Outcome::kUndecided;
     }
     for (std::uint32_t i = 0; i < count; ++i) {
-      tell(options_, 2 * count + i, 3 * rules_.size());
+      tellRule(1, i);
+      if (options_.redundant && reached_[i] && decided[i]) findRedundant(i);
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+      tellRule(2, i);
       const bool told = findPairs(i) && (ordered_ || options_.overlaps || findHolders(i));
       if (!told) reportUndecided(rules_[i], "which others take its packets too");
     }
+    reportHeld();
     return findings_.take();
   }
  private:
-  // --- What one rule gets of its packets ---
+  // --- Sets ---
 
-  // False when it takes too long to find them.
-  bool findSurelyBefore(const Rule& rule, std::vector<Candidate>* before) {
-    if (!musts_.meeting(rule.may, 0, rule.ranks_begin, &met_)) return false;
-    for (std::uint32_t p : met_) before->push_back({rules_[p].must, 0, false, p});
-    return true;
+  bool isClosed(const Rule& rule) const { return rule.must == rule.may; }
+  bool differ(std::uint32_t a, std::uint32_t b) const {
+    return rules_[a].treatment != rules_[b].treatment;
   }
 
-  // Reports when not, and when it cannot be said.
-  bool mayBeReached(std::uint32_t i) {
-    const Rule& rule = rules_[i];
-    Takers takers(false);
-    std::vector<Candidate> before;
-    const Cut::Outcome outcome = findSurelyBefore(rule, &before)
-                                     ? reach_.run(rule.may, rule.may, &before, &takers)
-                                     : Cut::Outcome::kUndecided;
-    if (outcome == Cut::Outcome::kNothingLeft) {
-      if (findings_.room(Code::kEntryUnreachable))
-        reportUnreachable(rule, withoutSpare(rule, std::move(takers.tags)));
-    } else if (outcome == Cut::Outcome::kUndecided) {
-      reportUndecided(rule, "whether it ever takes effect");
+  // What the rule at `p` must take of packets that those at `takers` take.
+  SetId mustBeside(std::uint32_t p, const Positions& takers) {
+    if (isClosed(rules_[p])) return rules_[p].must;
+    numbers_.clear();
+    for (std::uint32_t taker : takers) numbers_.push_back(rules_[taker].number);
+    return space_.mustBeside(rules_[p].number, numbers_);
+  }
+  bool isSettledBeside(std::uint32_t p, std::uint32_t taker) const {
+    return isClosed(rules_[p]) || space_.isSettledBeside(rules_[p].number, {rules_[taker].number});
+  }
+  void addSurely(std::uint32_t p, const Positions& takers, std::uint32_t level,
+                 std::vector<Candidate>* list) {
+    const SetId set = mustBeside(p, takers);
+    if (set == kNothing) return;
+    const bool meet = set == rules_[p].may || space_.space().meet(set, rules_[takers[0]].may);
+    if (meet) list->push_back({set, level, false, p});
+  }
+  bool surelyHolds(std::uint32_t outer, std::uint32_t inner) {
+    return space_.space().holds(mustBeside(outer, {inner}), rules_[inner].may);
+  }
+
+  // --- Some packets of a rule, to see quickly what most rules are ---
+
+  // One of what both sets have, which meet or are the same one.
+  Point pointOf(SetId a, SetId b, unsigned which) {
+    const Space& space = space_.space();
+    const auto choose = [&](std::uint32_t first, std::uint32_t last) {
+      if (which == 0) return first;
+      if (which == 1) return last;
+      seed_ = seed_ * 6364136223846793005U + 1442695040888963407U;
+      return first + static_cast<std::uint32_t>((seed_ >> 33) % (std::uint64_t{last} - first + 1));
+    };
+    Point point(space.dimensions());
+    for (std::uint32_t d = 0; d < point.size(); ++d) {
+      const Space::Term *x = space.termOf(a, d), *y = space.termOf(b, d);
+      const Space::Range all = {0, static_cast<std::uint32_t>(space.size(d) - 1)};
+      shared_.clear();
+      appendShared(x != nullptr ? space.ranges() + x->begin : &all, x != nullptr ? x->count : 1,
+                   y != nullptr ? space.ranges() + y->begin : &all, y != nullptr ? y->count : 1,
+                   &shared_);
+      const Space::Range& range =
+          shared_[choose(0, static_cast<std::uint32_t>(shared_.size() - 1))];
+      point[d] = choose(range.first, range.last);
     }
-    return outcome == Cut::Outcome::kLeft;
+    return point;
+  }
+
+  // Whether some rule of those before `end` must take a packet that all of `takers` take.
+  bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
+    met_by_.holding(point, 0, end, &tried_);
+    return std::any_of(tried_.begin(), tried_.end(), [&](std::uint32_t p) {
+      const SetId set = mustBeside(p, takers);
+      return set != kNothing && (set == rules_[p].may || space_.space().isIn(set, point));
+    });
+  }
+
+  // --- Whether a rule takes effect ---
+
+  // kLeft when it does. Reports when not, and when it cannot be said.
+  Cut::Outcome findReached(std::uint32_t i) {
+    const Rule& rule = rules_[i];
+    Cut::Outcome outcome = Cut::Outcome::kUndecided;
+    Takers takers(space_);
+    const std::size_t met = met_by_.count(rule.may, 0, rule.ranks_begin);
+    if (met > kFew) {
+      if (const auto holder = findHolder(i)) {
+        if (findings_.room(Code::kEntryUnreachable)) reportUnreachable(i, {*holder});
+        return Cut::Outcome::kNothingLeft;
+      }
+      for (unsigned k = 0; k < kTried + met / kCheaper; ++k) {
+        const Point point = pointOf(rule.may, rule.may, k);
+        if (!isTakenBefore(rule.ranks_begin, {i}, point)) return Cut::Outcome::kLeft;
+      }
+    }
+    if (met_by_.meeting(rule.may, 0, rule.ranks_begin, &met_)) {
+      std::vector<Candidate> before;
+      for (std::uint32_t p : met_) addSurely(p, {i}, 0, &before);
+      outcome = reach_.run({rule.may}, &before, &takers);
+    }
+    if (outcome == Cut::Outcome::kUndecided) reportUndecided(rule, "whether it ever takes effect");
+    if (outcome != Cut::Outcome::kNothingLeft) return outcome;
+    if (findings_.room(Code::kEntryUnreachable)) {
+      reportUnreachable(i, withoutSpare(i, std::move(takers.tags)));
+    }
+    return outcome;
+  }
+
+  // The first rule that alone takes all packets of another one.
+  std::optional<std::uint32_t> findHolder(std::uint32_t i) {
+    met_by_.holding(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
+    for (std::uint32_t p : met_) {
+      if (isSettledBeside(p, i)) return p;
+    }
+    return std::nullopt;
   }
 
   // Those of the takers without which something would be left: each is dropped if the others take
   // what it shares with the rule.
-  std::vector<std::uint32_t> withoutSpare(const Rule& rule, std::vector<std::uint32_t> takers) {
-    std::sort(takers.begin(), takers.end());
-    takers.erase(std::unique(takers.begin(), takers.end()), takers.end());
+  Positions withoutSpare(std::uint32_t i, Positions takers) {
+    sortUnique(&takers);
     if (takers.size() == 1) return takers;
     std::vector<SetId> sets;
-    for (std::uint32_t p : takers) sets.push_back(rules_[p].must);
-    Hulls hulls(all_.space(), sets, looksFor(options_.max_steps));
+    for (std::uint32_t p : takers) sets.push_back(mustBeside(p, {i}));
+    Meetings meetings(space_.space(), sets, looksFor(options_.max_steps));
     std::vector<bool> dropped(takers.size());
-    std::vector<std::uint32_t> met, kept;
+    Positions met, kept;
     for (std::size_t k = takers.size(); k-- > 0;) {
-      hulls.meeting(sets[k], 0, sets.size(), &met);
+      meetings.meeting(sets[k], 0, sets.size(), &met);
       std::vector<Candidate> others;
       for (std::uint32_t other : met) {
         if (other != k && !dropped[other]) others.push_back({sets[other], 0, false, 0});
       }
-      dropped[k] = spare_.run(rule.may, sets[k], &others) == Cut::Outcome::kNothingLeft;
+      dropped[k] = spare_.run({rules_[i].may, sets[k]}, &others) == Cut::Outcome::kNothingLeft;
     }
     for (std::size_t k = 0; k < takers.size(); ++k) {
       if (!dropped[k]) kept.push_back(takers[k]);
@@ -113,76 +212,369 @@ class Analysis {
     return kept;
   }
 
-  void reportUnreachable(const Rule& rule, const std::vector<std::uint32_t>& blockers) {
-    Finding& finding = findings_.add(Code::kEntryUnreachable, rule.id);
-    std::vector<std::uint32_t> differing;
-    const Rule* shown = &rules_[blockers[0]];
-    for (std::uint32_t p : blockers) {
-      finding.others.push_back(rules_[p].id);
-      if (rules_[p].treatment == rule.treatment) continue;
-      if (differing.empty()) shown = &rules_[p];
-      differing.push_back(rules_[p].id);
+  // The blockers are as few as it takes. Those that come first for some packet may be others: they
+  // say how the packets are treated.
+  void reportUnreachable(std::uint32_t i, const Positions& blockers) {
+    constexpr std::size_t kNamed = 4;
+    met_by_.meeting(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
+    const Positions before = met_;
+    Positions differing, alike;
+    bool known = true, only = true;  // no others come first
+    for (std::uint32_t p : before) {
+      const bool differs = differ(p, i);
+      const bool other = !std::binary_search(blockers.begin(), blockers.end(), p);
+      Positions& its = differs ? differing : alike;
+      if (!(other && only) && its.size() > (differs ? kNamed : 0)) continue;
+      const Cut::Outcome outcome = findFirst(i, p, before);
+      known = known && outcome != Cut::Outcome::kUndecided;
+      if (outcome != Cut::Outcome::kLeft) continue;
+      its.push_back(p);
+      only = only && !other;
     }
+    only = only && known;
     const bool one = blockers.size() == 1;
+
+    Finding& finding = findings_.add(Code::kEntryUnreachable, rules_[i].id);
+    finding.others = idsOf(blockers);
     finding.message = "never takes effect: " + entriesText(finding.others) +
-                      (one ? " takes" : " together take") + " all its packets first; " +
-                      (differing.empty() ? "the treatment is the same"
-                       : differing.size() == blockers.size()
-                           ? "the treatment differs"
-                           : "the treatment differs from " + entriesText(differing) + "'s");
-    finding.witness = witness(rule, *shown);
+                      (only ? "" : " before it") + (one ? "" : " together") +
+                      (only  ? one ? " takes" : " take"
+                       : one ? " matches"
+                             : " match") +
+                      " all its packets" + (only ? " first" : "");
+    if (!differing.empty() && (!alike.empty() || !known)) {
+      const bool more = differing.size() > kNamed;
+      if (more) differing.resize(kNamed);
+      finding.message += "; part of its packets are treated otherwise by " +
+                         entriesText(idsOf(differing)) + (more ? " and others" : "");
+    } else if (known) {
+      finding.message +=
+          differing.empty() ? "; the treatment is the same" : "; the treatment differs";
+    }
+    const Positions& shown = differing.empty() ? alike : differing;
+    if (shown.empty()) return;
+    addTreatments(i, shown[0], &finding);
+    Leftover left(space_);
+    findPacket(i, shown[0], takenBefore(i, shown[0], before), &left);
+    finding.witness = left.witness.text();
   }
 
-  // Who is removed must leave every packet it gets to rules that treat it alike, before any other.
+  // What rules before the one at `p` must take of the packets that it shares with another one.
+  std::vector<Candidate> takenBefore(std::uint32_t i, std::uint32_t p, const Positions& before) {
+    std::vector<Candidate> list;
+    for (std::uint32_t q : before) {
+      if (q < rules_[p].ranks_begin) addSurely(q, {p, i}, 0, &list);
+    }
+    return list;
+  }
+
+  // Whether the rule at `p` comes first for some packet of another one: kLeft when it does.
+  Cut::Outcome findFirst(std::uint32_t i, std::uint32_t p, const Positions& before) {
+    for (unsigned k = 0; k < kTried; ++k) {
+      const Point point = pointOf(rules_[i].may, rules_[p].may, k);
+      if (!isTakenBefore(rules_[p].ranks_begin, {i, p}, point)) return Cut::Outcome::kLeft;
+    }
+    std::vector<Candidate> list = takenBefore(i, p, before);
+    return spare_.run({rules_[i].may, rules_[p].may}, &list);
+  }
+
+  // --- Whether a rule is missed ---
+
+  // A rule that is removed must leave every packet that it gets to rules that treat it alike,
+  // before any other.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
-    std::vector<Candidate> list;
-    if (!findSurelyBefore(rule, &list) ||
-        !mays_.meeting(rule.may, rule.ranks_begin, rules_.size(), &met_)) {
+    if (isSurelyMissed(i)) return;
+    Positions before, next;
+    if (!met_by_.meeting(rule.may, 0, rule.ranks_begin, &before) ||
+        !met_by_.meeting(rule.may, rule.ranks_begin, rules_.size(), &next)) {
       return reportUndecided(rule, "whether it is redundant");
     }
-    bool alike = false;
-    for (std::uint32_t p : met_) {
-      const Rule& other = rules_[p];
-      const bool differs = other.treatment != rule.treatment;
-      if (p == i || (!differs && other.must == kNothing)) continue;
-      alike = alike || !differs;
-      list.push_back({differs ? other.may : other.must, 1 + other.ranks_begin, differs, p});
-    }
-    if (!alike || meetsAnother(rule, list)) return;
-    Takers takers(true);
-    const Cut::Outcome outcome = redundancy_.run(rule.may, rule.may, &list, &takers);
+    next.erase(std::find(next.begin(), next.end(), i));
+    if (std::all_of(next.begin(), next.end(), [&](auto p) { return differ(p, i); })) return;
+    if (isSurelyMissedBy(i, next)) return;
+    Takers takers(space_);
+    const Cut::Outcome outcome = runByRank(i, before, next, &takers);
     if (outcome == Cut::Outcome::kUndecided)
       return reportUndecided(rule, "whether it is redundant");
-    if (outcome != Cut::Outcome::kNothingLeft || !findings_.room(Code::kEntryRedundant)) return;
+    if (outcome != Cut::Outcome::kNothingLeft) return;
+    redundant_[i] = true;
+    if (!findings_.room(Code::kEntryRedundant)) return;
+    const auto isBefore = [&](std::uint32_t p) { return p < rule.ranks_begin; };
+    takers.tags.erase(std::remove_if(takers.tags.begin(), takers.tags.end(), isBefore),
+                      takers.tags.end());
     Finding& finding = findings_.add(Code::kEntryRedundant, rule.id);
-    for (std::uint32_t p : takers.tags) {
-      if (p >= rule.ranks_begin) finding.others.push_back(rules_[p].id);
-    }
-    std::sort(finding.others.begin(), finding.others.end());
-    finding.others.erase(std::unique(finding.others.begin(), finding.others.end()),
-                         finding.others.end());
-    finding.witness = packetOf(all_.space(), takers.point).toText();
+    finding.others = idsOf(takers.tags);
+    finding.witness = takers.witness.text();
     finding.message = "without it nothing changes: " + entriesText(finding.others) +
                       (finding.others.size() == 1 ? " takes its packets and treats"
                                                   : " take its packets and treat") +
                       " them alike";
+    addTreatments(i, takers.tags[0], &finding);
   }
 
-  // Whether it is easily seen that a packet goes to one of the next that treat it differently.
-  bool meetsAnother(const Rule& rule, const std::vector<Candidate>& list) {
-    constexpr int kTried = 4;
-    int tried = 0;
-    for (const Candidate& next : list) {
-      if (!next.stops) continue;
-      std::vector<Candidate> before;
-      for (const Candidate& one : list) {
-        if (!one.stops && one.level < next.level) before.push_back(one);
+  // Takes rules from the packets of another one: those before it, and then rank by rank those that
+  // treat packets alike. Others stop, but only under some reading. If that reading makes a rule
+  // before them take the packet, they do not come first after all: such rules are looked at by
+  // themselves.
+  Cut::Outcome runByRank(std::uint32_t i, const Positions& before, const Positions& next,
+                         Takers* takers) {
+    Positions doubtful;
+    std::vector<Candidate> list;
+    for (std::uint32_t p : before) addSurely(p, {i}, 0, &list);
+    for (std::uint32_t p : next) {
+      const std::uint32_t level = 1 + rules_[p].ranks_begin;
+      if (!differ(p, i)) {
+        addSurely(p, {i}, level, &list);
+      } else if (isSettledBeside(p, i)) {
+        list.push_back({rules_[p].may, level, true, p});
+      } else {
+        doubtful.push_back(p);
       }
-      if (redundancy_.runShortly(rule.may, next.set, &before) == Cut::Outcome::kLeft) return true;
-      if (++tried == kTried) return false;
+    }
+    Cut::Outcome outcome = redundancy_.run({rules_[i].may}, &list, takers);
+    for (std::uint32_t p : doubtful) {
+      if (outcome != Cut::Outcome::kNothingLeft) break;
+      list.clear();
+      for (const Positions* all : {&before, &next}) {
+        for (std::uint32_t q : *all) {
+          if (q < rules_[p].ranks_begin) addSurely(q, {p, i}, 0, &list);
+        }
+      }
+      outcome = redundancy_.run({rules_[i].may, rules_[p].may}, &list);
+    }
+    return outcome;
+  }
+
+  // Whether some packet shows that it is, out of a few.
+  bool isSurelyMissed(std::uint32_t i) {
+    for (unsigned k = 0; k < kTried; ++k) {
+      const Point point = pointOf(rules_[i].may, rules_[i].may, k);
+      const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
+      if (!taken && isMissedFor(i, point)) return true;
     }
     return false;
+  }
+
+  // The same, out of those that it shares with the next that treat them differently.
+  bool isSurelyMissedBy(std::uint32_t i, const Positions& next) {
+    unsigned tried = 0;
+    for (std::uint32_t p : next) {
+      if (!differ(p, i)) continue;
+      for (unsigned k = 0; k < 4; ++k) {
+        const Point point = pointOf(rules_[i].may, rules_[p].may, k);
+        const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
+        if (!taken && isMissedFor(i, point)) return true;
+      }
+      if (++tried == 8) return false;
+    }
+    return false;
+  }
+
+  // The same of a packet that nobody before takes.
+  bool isMissedFor(std::uint32_t i, const Point& point) {
+    met_by_.holding(point, rules_[i].ranks_begin, rules_.size(), &tried_);
+    const Rule* taker = nullptr;
+    for (std::uint32_t p : tried_) {
+      if (p == i) continue;
+      if (taker != nullptr && p >= taker->ranks_end) return false;
+      if (!isSettledBeside(p, i)) return false;
+      if (differ(p, i)) return true;
+      taker = &rules_[p];
+    }
+    return taker == nullptr;
+  }
+
+  // --- Two rules ---
+
+  // Looks for a packet of both that none of the candidates takes: if there is one under every
+  // reading, such a one. kLeft when there is a packet.
+  Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p,
+                          const std::vector<Candidate>& candidates, Leftover* left) {
+    const Rule &a = rules_[i], &b = rules_[p];
+    std::vector<std::vector<SetId>> readings;
+    if (!(isClosed(a) && isClosed(b)) && space_.space().meet(a.must, b.must)) {
+      readings.push_back({a.must, b.must});
+    }
+    readings.push_back({a.may, b.may});
+    Cut::Outcome outcome = Cut::Outcome::kUndecided;
+    for (const std::vector<SetId>& sets : readings) {
+      std::vector<Candidate> list = candidates;
+      outcome = ties_.runThrough(sets, &list, left);
+      if (left->witness.found()) return Cut::Outcome::kLeft;
+    }
+    return outcome;
+  }
+
+  void reportPair(Code code, std::uint32_t i, std::uint32_t p, const std::string& message,
+                  const Witness& witness) {
+    Finding& finding = findings_.add(code, rules_[i].id);
+    finding.others = {rules_[p].id};
+    finding.witness = witness.text();
+    finding.message = entriesText({rules_[p].id}) + message;
+    addTreatments(i, p, &finding);
+  }
+
+  // False when that takes too long.
+  bool findPairs(std::uint32_t i) {
+    const Rule& rule = rules_[i];
+    const std::size_t end = options_.overlaps ? rules_.size() : rule.ranks_end;
+    if (end <= i + 1) return true;
+    Positions next;
+    if (!met_by_.meeting(rule.may, i + 1, end, &next)) return false;
+    if (next.empty()) return true;
+    Positions before;
+    const bool ties = ordered_ && reached_[i];
+    if (ties && !met_by_.meeting(rule.may, 0, rule.ranks_begin, &before)) return false;
+    bool known = true;
+    for (std::uint32_t p : next) {
+      if (!ordered_) {
+        findPair(i, p);
+      } else if (!differ(i, p)) {
+        continue;
+      } else if (p < rule.ranks_end && ties && reached_[p]) {
+        known = findTie(i, p, before) && known;
+      } else if (options_.overlaps) {
+        findOverlap(i, p);
+      }
+    }
+    return known;
+  }
+
+  // Two of one rank, for packets that reach them. False when that takes too long.
+  bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
+    std::vector<Candidate> list;
+    for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);
+    Leftover left(space_);
+    const Cut::Outcome outcome = findPacket(i, p, list, &left);
+    if (outcome == Cut::Outcome::kUndecided) return false;
+    if (outcome != Cut::Outcome::kLeft) {
+      if (options_.overlaps) findOverlap(i, p);
+    } else if (findings_.room(Code::kEntriesTie)) {
+      reportPair(Code::kEntriesTie, i, p,
+                 " takes packets of it too and treats them differently: nothing says which of the "
+                 "two comes first",
+                 left.witness);
+    }
+    return true;
+  }
+
+  // Without an order. Which of two comes first is not known, but of two that take the very same
+  // packets only one takes effect.
+  void findPair(std::uint32_t i, std::uint32_t p) {
+    const bool differing = differ(i, p);
+    const bool same = surelyHolds(i, p) && surelyHolds(p, i);
+    const Code code = !same       ? Code::kEntriesOverlap
+                      : differing ? Code::kEntriesTie
+                                  : Code::kEntryRedundant;
+    if (same && !differing && (!options_.redundant || redundant_[i] || redundant_[p])) return;
+    if (!same) {
+      if (differing && options_.overlaps) findOverlap(i, p);
+      return;
+    }
+    if (!differing) redundant_[p] = true;
+    if (!findings_.room(code)) return;
+    Leftover left(space_);
+    findPacket(i, p, {}, &left);
+    if (differing) {
+      reportPair(code, i, p,
+                 " takes the same packets and treats them differently: in any order at most one of "
+                 "the two takes effect",
+                 left.witness);
+    } else {
+      reportPair(code, p, i,
+                 " takes the same packets and treats them alike: in any order at most one of the "
+                 "two takes effect",
+                 left.witness);
+    }
+  }
+
+  void findOverlap(std::uint32_t i, std::uint32_t p) {
+    if (!findings_.room(Code::kEntriesOverlap)) return;
+    Leftover left(space_);
+    findPacket(i, p, {}, &left);
+    reportPair(Code::kEntriesOverlap, i, p, " takes packets of it too and treats them differently",
+               left.witness);
+  }
+
+  // --- Rules within others, without an order ---
+
+  // Finds the rules that take all that this one takes, and treat it differently. One that takes
+  // every packet is not worth a word. False when that takes too long.
+  bool findHolders(std::uint32_t i) {
+    Positions met, holders;
+    if (!met_by_.meeting(rules_[i].may, 0, rules_.size(), &met)) return false;
+    const Space& space = space_.space();
+    for (std::uint32_t p : met) {
+      const SetId must = rules_[p].must;
+      const bool all = must != kNothing && space.begin(must) == space.end(must);
+      if (p == i || !differ(p, i) || all || !surelyHolds(p, i) || surelyHolds(i, p)) continue;
+      holders.push_back(p);
+    }
+    if (!holders.empty()) held_.emplace_back(i, std::move(holders));
+    return true;
+  }
+
+  // One rule in a large group may hold nearly all others: what it is for is the rest.
+  void dropRests() {
+    if (rules_.size() <= kMostHeld) return;
+    std::vector<std::size_t> counts(rules_.size());
+    for (const auto& [i, holders] : held_) {
+      for (std::uint32_t p : holders) ++counts[p];
+    }
+    const auto isRest = [&](std::uint32_t p) { return 4 * counts[p] >= 3 * (rules_.size() - 1); };
+    for (auto& [i, holders] : held_) {
+      holders.erase(std::remove_if(holders.begin(), holders.end(), isRest), holders.end());
+    }
+    held_.erase(std::remove_if(held_.begin(), held_.end(),
+                               [](const auto& one) { return one.second.empty(); }),
+                held_.end());
+  }
+
+  void reportHeld() {
+    dropRests();
+    if (held_.size() > kMostHeld) return reportHeldTogether();
+    for (const auto& [i, holders] : held_) {
+      if (!findings_.room(Code::kEntriesOverlap)) continue;
+      space_.forget();
+      Leftover left(space_);
+      findPacket(i, holders[0], {}, &left);
+      Finding& finding = findings_.add(Code::kEntriesOverlap, rules_[i].id);
+      finding.others = idsOf(holders);
+      finding.message = entriesText(finding.others) +
+                        (holders.size() == 1 ? " takes" : " each take") +
+                        " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
+                        " them differently";
+      finding.witness = left.witness.text();
+      addTreatments(i, holders[0], &finding);
+      if (finding.others.size() > kMostHolders) finding.others.resize(kMostHolders);
+    }
+  }
+
+  void reportHeldTogether() {
+    if (!findings_.room(Code::kEntriesOverlap)) return;
+    Finding& finding = findings_.add(Code::kEntriesOverlap, std::nullopt);
+    finding.message = std::to_string(held_.size()) +
+                      " entries take only packets that another entry takes too and treats "
+                      "differently: an order tells which of them never take effect";
+    for (const auto& [i, holders] : held_) {
+      if (finding.others.size() < kMostHolders) finding.others.push_back(rules_[i].id);
+    }
+  }
+
+  // --- What is said ---
+
+  std::vector<std::uint32_t> idsOf(const Positions& positions) const {
+    std::vector<std::uint32_t> ids;
+    for (std::uint32_t p : positions) ids.push_back(rules_[p].id);
+    sortUnique(&ids);
+    return ids;
+  }
+
+  void addTreatments(std::uint32_t i, std::uint32_t other, Finding* finding) const {
+    const auto& entries = group_.getEntriesRef();
+    finding->before = treatmentText(entries.at(rules_[i].id));
+    finding->after = treatmentText(entries.at(rules_[other].id));
   }
 
   void reportUndecided(const Rule& rule, const char* what) {
@@ -191,95 +583,21 @@ class Analysis {
         std::string(what) + " takes too many steps to say";
   }
 
-  // --- Two rules ---
-
-  // A packet of both, under every reading where there is one.
-  std::string witness(const Rule& a, const Rule& b) const {
-    const Space& space = all_.space();
-    for (const auto& [x, y] : {std::pair(a.must, b.must), std::pair(a.may, b.must),
-                               std::pair(a.must, b.may), std::pair(a.may, b.may)}) {
-      if (space.meet(x, y)) return packetOf(space, space.common(x, y)).toText();
-    }
-    return {};
-  }
-
-  bool surelyHolds(const Rule& outer, const Rule& inner) const {
-    return all_.space().holds(outer.must, inner.may);
-  }
-
-  void reportPair(Code code, const Rule& a, const Rule& b, const char* message) {
-    if (!findings_.room(code)) return;
-    Finding& finding = findings_.add(code, a.id);
-    finding.others = {b.id};
-    finding.witness = witness(a, b);
-    finding.message = entriesText({b.id}) + message;
-  }
-
-  // False when that takes too long.
-  bool findPairs(std::uint32_t i) {
-    const Rule& rule = rules_[i];
-    const std::size_t end = options_.overlaps ? rules_.size() : rule.ranks_end;
-    if (!mays_.meeting(rule.may, i + 1, end, &met_)) return false;
-    for (std::uint32_t p : met_) {
-      const Rule& other = rules_[p];
-      const bool differs = other.treatment != rule.treatment;
-      const bool same = !ordered_ && surelyHolds(rule, other) && surelyHolds(other, rule);
-      if (same && differs) {
-        reportPair(Code::kEntriesTie, rule, other,
-                   " takes the same packets and treats them differently: in any order at most one "
-                   "of the two takes effect");
-      } else if (same) {
-        reportPair(Code::kEntriesOverlap, rule, other,
-                   " takes the same packets and treats them alike");
-      } else if (differs && ordered_ && p < rule.ranks_end) {
-        reportPair(
-            Code::kEntriesTie, rule, other,
-            " takes packets of it too and treats them differently: nothing says which of the "
-            "two comes first");
-      } else if (differs && options_.overlaps) {
-        reportPair(Code::kEntriesOverlap, rule, other,
-                   " takes packets of it too and treats them differently");
-      }
-    }
-    return true;
-  }
-
-  // Which rules take all that this one takes, and treat it differently. One that takes every packet
-  // is not worth a word.
-  bool findHolders(std::uint32_t i) {
-    const Rule& rule = rules_[i];
-    if (!mays_.meeting(rule.may, 0, rules_.size(), &met_)) return false;
-    const Rule* shown = nullptr;
-    std::vector<std::uint32_t> holders;
-    for (std::uint32_t p : met_) {
-      const Rule& other = rules_[p];
-      if (p == i || other.treatment == rule.treatment || other.must == kNothing ||
-          all_.space().begin(other.must) == all_.space().end(other.must) ||
-          !surelyHolds(other, rule) || surelyHolds(rule, other)) {
-        continue;
-      }
-      shown = shown == nullptr ? &other : shown;
-      holders.push_back(other.id);
-    }
-    if (shown == nullptr || !findings_.room(Code::kEntriesOverlap)) return true;
-    Finding& finding = findings_.add(Code::kEntriesOverlap, rule.id);
-    finding.message = entriesText(holders) + (holders.size() == 1 ? " takes" : " each take") +
-                      " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
-                      " them differently";
-    finding.witness = witness(rule, *shown);
-    if (holders.size() > kMostHolders) holders.resize(kMostHolders);
-    finding.others = std::move(holders);
-    return true;
-  }
-
+  const FiltersGroup& group_;
   const AnalysisOptions& options_;
   const bool ordered_;
-  const Rules all_;
+  Rules all_;
   const std::vector<Rule>& rules_;
-  Hulls mays_, musts_;
-  Cuts reach_, spare_, redundancy_;
+  RuleSpace& space_;
+  Meetings met_by_;
+  Cuts reach_, spare_, redundancy_, ties_;
   EntryFindings findings_;
-  std::vector<std::uint32_t> met_;
+  std::vector<bool> reached_, redundant_;
+  std::vector<std::pair<std::uint32_t, Positions>> held_;  // by whom
+  Positions met_, tried_;
+  std::vector<Space::Range> shared_;
+  std::vector<std::uint32_t> numbers_;  // of takers
+  std::uint64_t seed_ = 1;
 };
 
 }  // namespace
@@ -294,16 +612,24 @@ std::string_view nameOf(Order order) {
       return "lowest-priority";
     case Order::kAscendingId:
       return "ascending-id";
+    case Order::kHighestPriorityAscendingId:
+      return "highest-priority,ascending-id";
+    case Order::kHighestPriorityDescendingId:
+      return "highest-priority,descending-id";
+    case Order::kLowestPriorityAscendingId:
+      return "lowest-priority,ascending-id";
+    case Order::kLowestPriorityDescendingId:
+      return "lowest-priority,descending-id";
   }
   return {};
 }
 
 std::optional<Order> orderFromName(std::string_view name) {
-  for (Order order : {Order::kUnspecified, Order::kHighestPriority, Order::kLowestPriority,
-                      Order::kAscendingId}) {
+  for (int i = 0;; ++i) {
+    const auto order = static_cast<Order>(i);
+    if (nameOf(order).empty()) return std::nullopt;
     if (nameOf(order) == name) return order;
   }
-  return std::nullopt;
 }
 
 const std::vector<std::string_view>& assumptions() {

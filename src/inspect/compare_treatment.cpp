@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "rules.h"
+#include "witness.h"
 
 namespace FiltersInspect {
 namespace {
@@ -22,10 +23,10 @@ class Comparison {
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
       : options_(options),
         all_({&a, &b}, options.order),
-        cuts_(all_.space(), options.max_steps),
+        cuts_(all_.space().space(), options.max_steps, all_.of(0).size() + all_.of(1).size()),
         findings_(a.getId(), options.max_findings) {
     for (std::size_t side = 0; side < 2; ++side) {
-      mays_.push_back(all_.hullsOf(side, &Rule::may, looksFor(options.max_steps)));
+      mays_.push_back(all_.meetingsOf(side, looksFor(options.max_steps)));
       const auto& rules = all_.of(side);
       for (std::uint32_t i = 0; i < rules.size(); ++i)
         by_matches_[side][rules[i].matches].push_back(i);
@@ -49,7 +50,7 @@ class Comparison {
     side_ = side;
     rule_ = &all_.of(side)[i];
     const bool known_own = mays_[side].meeting(rule_->may, 0, rule_->ranks_end, &own_);
-    Hulls& others = mays_[1 - side];
+    Meetings& others = mays_[1 - side];
     const bool known_others = others.meeting(rule_->may, 0, others.size(), &others_);
     if (!known_own || !known_others) return reportUndecided(kTooLong);
     own_.erase(std::find(own_.begin(), own_.end(), i));
@@ -117,7 +118,7 @@ class Comparison {
       const SetId set = surely ? other.must : other.may;
       if (set != kNothing) list.push_back({set, 1 + other.ranks_begin, differs, p});
     }
-    return cuts_.run(rule_->may, rule_->may, &list);
+    return cuts_.run({rule_->may}, &list);
   }
 
   bool hasTwinBefore(const Rule& other) const {
@@ -159,7 +160,7 @@ class Comparison {
           {set, 1 + 2 * other.ranks_begin + (differs ? 1 : 0), false, differs ? p : kNoRule});
     }
     Watcher watcher(*this, i);
-    return cuts_.runThrough(rule_->must, &list, &watcher);
+    return cuts_.runThrough({rule_->must}, &list, &watcher);
   }
 
   // Pairs are found from the first group's side, and those without a rule in it from the other.
@@ -175,7 +176,9 @@ class Comparison {
     const auto a = idOf(0, pair.first), b = idOf(1, pair.second);
     Finding& finding = findings_.add(Code::kTreatmentDiffers, a);
     if (b) finding.others.push_back(*b);
-    finding.witness = packetOf(all_.space(), cut.point()).toText();
+    Witness witness(all_.space());
+    witness.consider(cut);
+    finding.witness = witness.text();
     finding.message = !a   ? "takes a packet that none surely takes in the first group"
                       : !b ? "none surely takes its packet in the second group"
                            : "takes its packet in the second group and treats it differently";
@@ -190,8 +193,8 @@ class Comparison {
   }
 
   const AnalysisOptions& options_;
-  const Rules all_;
-  std::vector<Hulls> mays_;
+  Rules all_;
+  std::vector<Meetings> mays_;
   std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> by_matches_[2];
   Cuts cuts_;
   EntryFindings findings_;

@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "cut.h"
 
-#include "space.h"
+#include <algorithm>
 
 namespace FiltersInspect {
 namespace {
@@ -37,18 +37,28 @@ void appendRest(const Space::Range* a, std::size_t aCount, const Space::Range* b
 
 }  // namespace
 
-void Cut::begin(SetId a, SetId b, std::size_t candidates) {
+// False when the sets have nothing in common.
+bool Cut::begin(const std::vector<SetId>& sets, std::size_t candidates) {
   frames_.clear();
   spans_.clear();
   ranges_.clear();
   frames_.push_back({0, candidates});
   for (std::uint32_t d = 0; d < space_.dimensions(); ++d) {
-    const auto begin = static_cast<std::uint32_t>(ranges_.size());
-    space_.appendCommon(a, b, d, &ranges_);
+    auto begin = static_cast<std::uint32_t>(ranges_.size());
+    ranges_.push_back({0, static_cast<std::uint32_t>(space_.size(d)) - 1});
+    for (SetId set : sets) {
+      const Space::Term* term = space_.termOf(set, d);
+      if (term == nullptr) continue;
+      was_.assign(ranges_.begin() + begin, ranges_.end());
+      ranges_.resize(begin);
+      appendShared(was_.data(), was_.size(), space_.ranges() + term->begin, term->count, &ranges_);
+    }
     std::uint32_t size = 0;
     for (auto i = begin; i < ranges_.size(); ++i) size += ranges_[i].last - ranges_[i].first + 1;
+    if (size == 0) return false;
     spans_.push_back({begin, static_cast<std::uint32_t>(ranges_.size()) - begin, size});
   }
+  return true;
 }
 
 // How many ranks a span and a term share.
@@ -174,9 +184,9 @@ void Cut::pop() {
   frames_.pop_back();
 }
 
-Cut::Outcome Cut::run(SetId a, SetId b, std::vector<Candidate>* candidates, bool quick,
-                      Watcher* watcher) {
-  begin(a, b, candidates->size());
+Cut::Outcome Cut::run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
+                      bool quick, Watcher* watcher) {
+  if (!begin(sets, candidates->size())) return Outcome::kNothingLeft;
   while (!frames_.empty()) {
     if (frames_.back().taken == kNothing) {
       looks_ = 0;
@@ -204,20 +214,34 @@ Cut::Outcome Cut::run(SetId a, SetId b, std::vector<Candidate>* candidates, bool
   return Outcome::kNothingLeft;
 }
 
-Point Cut::point() const {
+// What is talked about and another set have in common, in one dimension.
+void Cut::setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const {
+  const Span& span = spans()[dimension];
+  out->assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);
+  for (SetId set : {at_ == kNothing ? kEverything : at_, within}) {
+    const Space::Term* term = space_.termOf(set, dimension);
+    if (term == nullptr) continue;
+    const std::vector<Space::Range> was = std::move(*out);
+    out->clear();
+    appendShared(was.data(), was.size(), space_.ranges() + term->begin, term->count, out);
+  }
+}
+
+bool Cut::meets(SetId set) const {
+  std::vector<Space::Range> share;
+  for (const Space::Term* term = space_.begin(set); term != space_.end(set); ++term) {
+    setShare(term->dimension, set, &share);
+    if (share.empty()) return false;
+  }
+  return true;
+}
+
+Point Cut::point(SetId within) const {
   Point point;
-  std::vector<Space::Range> both;
+  std::vector<Space::Range> share;
   for (std::uint32_t d = 0; d < space_.dimensions(); ++d) {
-    const Space::Range* ranges = &ranges_[spans()[d].begin];
-    std::size_t count = spans()[d].count;
-    const Space::Term* term = at_ == kNothing ? nullptr : space_.termOf(at_, d);
-    if (term != nullptr) {
-      both.clear();
-      appendShared(ranges, count, space_.ranges() + term->begin, term->count, &both);
-      ranges = both.data();
-      count = both.size();
-    }
-    point.push_back(space_.best(d, ranges, count));
+    setShare(d, within, &share);
+    point.push_back(space_.best(d, share.data(), share.size()));
   }
   return point;
 }

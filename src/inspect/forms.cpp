@@ -44,6 +44,11 @@ constexpr FormRow limidsBut(int field, int excluded) {
 constexpr FormRow vlanInfo(int svc, int proto) { return {Form::kVlanInfo, 32, {svc, proto}, {}}; }
 constexpr FormRow mplsPorts(int vpn, int port) { return {Form::kMplsPorts, 32, {vpn, port}, {}}; }
 
+constexpr PacketField noField() { return {}; }
+constexpr PacketField field(Kind kind, Layer layer, const char* usual = nullptr) {
+  return {kind, layer, usual};
+}
+
 const google::protobuf::FieldDescriptor* fieldOf(const AnyMessage& message, int field) {
   return message.GetDescriptor()->FindFieldByNumber(field);
 }

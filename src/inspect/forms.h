@@ -71,11 +71,45 @@ enum class Reading : std::uint8_t {
   kMayBeDscp,      // a value whose two low bits are 0 may leave them open
 };
 
+// Which packets have a field, as far as that is known.
+enum class Layer : std::uint8_t {
+  kSome,        // nothing is known: it stands for itself
+  kEvery,       // every packet has it
+  kTagging,     // every packet has it, and it says whether the frame is tagged: 0 when it is not
+  kTag,         // tagged frames (IEEE 802.1Q)
+  kIp,          // IPv4 and IPv6 packets
+  kIpProtocol,  // the same, and it says whether there are layer-4 ports
+  kIPv4,
+  kIPv6,
+  kPorts,  // packets of protocols with layer-4 ports
+};
+constexpr bool isInEveryPacket(Layer layer) {
+  return layer == Layer::kEvery || layer == Layer::kTagging;
+}
+
 struct PacketField {
   Kind kind = Kind::kNone;
-  const char* name = nullptr;  // null: the match's own
+  Layer layer = Layer::kSome;
+  const char* usual = nullptr;  // a value that is shown where nothing else is asked
+  const char* name = nullptr;   // null: the match's own
   Reading reading = Reading::kPlain;
   std::uint8_t carried = 0;  // bits that a frame has for it, where the match takes more
+
+  constexpr PacketField called(const char* its) const {
+    PacketField field = *this;
+    field.name = its;
+    return field;
+  }
+  constexpr PacketField readAs(Reading its) const {
+    PacketField field = *this;
+    field.reading = its;
+    return field;
+  }
+  constexpr PacketField carriedIn(std::uint8_t bits) const {
+    PacketField field = *this;
+    field.carried = bits;
+    return field;
+  }
 };
 
 struct FormRow {

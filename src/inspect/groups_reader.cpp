@@ -163,4 +163,14 @@ PolicerFacts factsOf(const policer::Policer& policer) {
           figure("ebs", mode.GetEbs())};
 }
 
+void appendFacts(const policer::Policer& policer, std::string* out) {
+  for (const PolicerFact& fact : factsOf(policer)) {
+    if (fact.figure && fact.number == 0) continue;
+    *out += ' ';
+    if (fact.figure) (*out += fact.key) += '=';
+    *out += fact.name;
+    if (fact.name.empty()) *out += std::to_string(fact.number);
+  }
+}
+
 }  // namespace FiltersInspect

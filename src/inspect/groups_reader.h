@@ -79,6 +79,8 @@ struct PolicerFact {
 };
 using PolicerFacts = std::array<PolicerFact, 9>;
 PolicerFacts factsOf(const policer::Policer& policer);
+// " 10 ingress trtcm cir=2000".
+void appendFacts(const policer::Policer& policer, std::string* out);
 
 }  // namespace FiltersInspect
 

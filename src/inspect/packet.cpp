@@ -1,6 +1,8 @@
 #include <filter_inspect/filter_analysis.h>
 
-#include "rules.h"
+#include "limited_report.h"
+#include "packet_fields.h"
+#include "readings.h"
 
 namespace FiltersInspect {
 namespace {

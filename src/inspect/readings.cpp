@@ -49,8 +49,10 @@ struct Fields {
                                   [&](const FieldRow& field) { return field.name == name; });
         if (found == rows.end()) {
           const auto bits = row.form == Form::kFlag ? std::uint8_t{1} : row.bits;
-          rows.push_back({name, formOfOne(row, which), bits, row.names});
+          const PacketField& packet = row.packet[which];
+          rows.push_back({name, formOfOne(row, which), bits, row.names, packet.layer, {}});
           found = rows.end() - 1;
+          if (packet.usual != nullptr) found->usual = *parseField(*found, packet.usual);
         }
         numbers[match.code][which] = static_cast<std::uint8_t>(found - rows.begin());
       }
@@ -123,11 +125,11 @@ class Reader {
   }
  private:
   void range(std::uint64_t first, std::uint64_t last, std::vector<Constraint>* out) {
-    out->push_back({halfOf(asked_.field, 0), false, first, last});
+    out->push_back({halfOf(asked_.field, 0), Asks::kRange, first, last});
   }
   void masked(const FieldValue& value, const FieldValue& mask, std::vector<Constraint>* out) {
-    out->push_back({halfOf(asked_.field, 0), true, value[0], mask[0]});
-    if (mask[1] != 0) out->push_back({halfOf(asked_.field, 1), true, value[1], mask[1]});
+    out->push_back({halfOf(asked_.field, 0), Asks::kMasked, value[0], mask[0]});
+    if (mask[1] != 0) out->push_back({halfOf(asked_.field, 1), Asks::kMasked, value[1], mask[1]});
   }
   std::uint64_t most() const { return kMost >> (64 - packetFields()[asked_.field].bits); }
   void openToAnything(const char* why) {
@@ -267,20 +269,27 @@ void appendField(const FieldRow& row, const FieldValue& value, std::string* out)
 std::vector<Space::Field> spaceFields() {
   std::vector<Space::Field> halves;
   for (const FieldRow& row : packetFields()) {
-    halves.push_back({std::min<unsigned>(row.bits, 64), true});
-    halves.push_back({64, false});
+    halves.push_back({std::min<unsigned>(row.bits, 64), !isInEveryPacket(row.layer), row.usual[0]});
+    halves.push_back({64, false, row.usual[1]});
   }
   return halves;
 }
 
 // --- Readings ------------------------------------------------------------------------------------
 
-void appendAsked(const MatchPB& match, std::vector<Asked>* asked) {
+std::uint32_t MatchNumbers::numberOf(const MatchPB& match) {
+  const auto next = static_cast<std::uint32_t>(numbers_.size());
+  return numbers_.emplace(match.SerializePartialAsString(), next).first->second;
+}
+
+void appendAsked(const MatchPB& match, std::vector<Asked>* asked, MatchNumbers* numbers) {
   const MatchForm* row = formOf(static_cast<filtersMatch_t>(match.type_()));
   if (row == nullptr) return;
   for (std::size_t which = 0; which < 2; ++which) {
     auto one = Reader(match, *row, which).read();
-    if (one) asked->push_back(std::move(*one));
+    if (!one) continue;
+    if (one->open != nullptr) one->match = numbers->numberOf(match);
+    asked->push_back(std::move(*one));
   }
 }
 
@@ -289,8 +298,9 @@ bool isAmong(const std::vector<Constraint>& constraints, const FieldValue& value
   for (const Constraint& one : constraints) {
     const unsigned half = one.field % 2;
     asked[half] = true;
-    held[half] = held[half] || (one.masked ? ((value[half] ^ one.first) & one.last) == 0
-                                           : one.first <= value[half] && value[half] <= one.last);
+    held[half] = held[half] ||
+                 (one.asks == Asks::kMasked ? ((value[half] ^ one.first) & one.last) == 0
+                                            : one.first <= value[half] && value[half] <= one.last);
   }
   return asked[0] && held[0] && held[1] == asked[1];
 }
@@ -300,7 +310,8 @@ std::vector<std::string> odditiesOf(const MatchPB& match) {
   const MatchForm* row = formOf(static_cast<filtersMatch_t>(match.type_()));
   if (row == nullptr) return oddities;
   std::vector<Asked> asked;
-  appendAsked(match, &asked);
+  MatchNumbers ignored;
+  appendAsked(match, &asked, &ignored);
   for (const Asked& one : asked) {
     const PacketField& packet = row->packet[one.which];
     const bool usual = packet.kind == Kind::kValue;  // a DSCP, a tagged frame

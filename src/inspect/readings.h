@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,8 @@ struct FieldRow {
   Form form;  // of one value: a flag is a boolean
   std::uint8_t bits;
   Enumeration names;  // of kName
+  Layer layer;
+  FieldValue usual;
 };
 
 // Every field that the rows of forms.def name, in their order and each once.
@@ -47,13 +50,23 @@ struct Asked {
   std::uint8_t field;
   std::uint8_t which;           // of the match's fields
   std::vector<Constraint> may;  // under some reading
-  // Under every reading, where it is not the same: null when it is. Then `must` holds, where no
-  // constraint means that nothing is taken.
+  // Why the match has several readings, as a sentence; null if it has one. If set, `must` is what
+  // every reading takes; empty means nothing.
   const char* open = nullptr;
   std::vector<Constraint> must;
+  std::uint32_t match = 0;  // of an open one: the same number for equal matches
 };
+
+// Numbers of open matches. Equal matches take equal packets, whatever the device makes of them.
+class MatchNumbers {
+ public:
+  std::uint32_t numberOf(const MatchPB& match);
+ private:
+  std::map<std::string, std::uint32_t> numbers_;
+};
+
 // Appends what the match asks: nothing of one that takes every packet or has no class.
-void appendAsked(const MatchPB& match, std::vector<Asked>* asked);
+void appendAsked(const MatchPB& match, std::vector<Asked>* asked, MatchNumbers* numbers);
 
 // Whether a value is among those asked for.
 bool isAmong(const std::vector<Constraint>& constraints, const FieldValue& value);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "../arena.h"
+#include "groups_reader.h"
 
 namespace FiltersInspect {
 namespace {
@@ -24,11 +25,6 @@ std::string bytesOf(const Messages& messages) {
   return bytes;
 }
 
-std::string treatmentOf(const FiltersEntryPB& entry) {
-  return bytesOf(entry.actions_()) + '/' + std::to_string(entry.policer_().size()) + ':' +
-         entry.policer_() + (entry.has_policer_parent_() ? '/' + entry.policer_parent_() : "");
-}
-
 // A number for each text, the same for the same.
 std::uint32_t numberOf(std::string text, std::map<std::string, std::uint32_t>* numbers) {
   const auto next = static_cast<std::uint32_t>(numbers->size());
@@ -43,33 +39,42 @@ bool isPrefix(std::uint64_t mask, unsigned width) {
 
 // Ranges and masks with holes are not cut alike. Where one field is asked for both ways, which
 // takes two groups of different types, such a mask is taken for open: it may take anything.
-void openMasksBesideRanges(std::vector<std::vector<Asked>>* rules) {
-  const std::vector<Space::Field> fields = spaceFields();
-  std::vector<bool> ranged(fields.size());
-  for (const auto& rule : *rules) {
-    for (const Asked& asked : rule) {
-      for (const Constraint& one : asked.may) {
-        if (!one.masked) ranged[one.field] = true;
+void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* all) {
+  static const std::vector<Space::Field> fields = spaceFields();
+  for (Asked& asked : *all) {
+    for (Constraint& one : asked.may) {
+      if (one.asks != Asks::kMasked || !ranged[one.field] ||
+          isPrefix(one.last, fields[one.field].width)) {
+        continue;
       }
+      one.last = 0;
+      asked.open = "it is compared with ranges";
+      asked.must.clear();
     }
   }
-  for (auto& rule : *rules) {
-    for (Asked& asked : rule) {
-      for (Constraint& one : asked.may) {
-        if (!one.masked || !ranged[one.field] || isPrefix(one.last, fields[one.field].width)) {
-          continue;
-        }
-        one.last = 0;
-        asked.open = "it is compared with ranges";
-        asked.must.clear();
-      }
+}
+
+// Marks the fields that an entry asks ranges of.
+void noteRanges(const FiltersEntry& entry, std::vector<bool>* ranged) {
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
+  entry.convertToFiltersEntryPB(&message);
+  std::vector<Asked> all;
+  MatchNumbers ignored;
+  for (const MatchPB& match : message.matches_()) appendAsked(match, &all, &ignored);
+  for (const Asked& asked : all) {
+    for (const Constraint& one : asked.may) {
+      if (one.asks == Asks::kRange) (*ranged)[one.field] = true;
     }
   }
 }
 
 }  // namespace
 
-std::uint32_t rankOf(Order order, filtersEntryId_t id, filtersEntryPriority_t priority) {
+std::uint64_t rankOf(Order order, filtersEntryId_t id, filtersEntryPriority_t priority) {
+  const auto then = [](std::uint32_t first, std::uint32_t second) {
+    return std::uint64_t{first} << 32 | second;
+  };
   switch (order) {
     case Order::kUnspecified:
       break;
@@ -79,21 +84,67 @@ std::uint32_t rankOf(Order order, filtersEntryId_t id, filtersEntryPriority_t pr
       return priority;
     case Order::kAscendingId:
       return id;
+    case Order::kHighestPriorityAscendingId:
+      return then(~priority, id);
+    case Order::kHighestPriorityDescendingId:
+      return then(~priority, ~id);
+    case Order::kLowestPriorityAscendingId:
+      return then(priority, id);
+    case Order::kLowestPriorityDescendingId:
+      return then(priority, ~id);
   }
   return 0;
 }
 
+std::string treatmentKey(const FiltersEntryPB& entry) {
+  return bytesOf(entry.actions_()) + '/' + std::to_string(entry.policer_().size()) + ':' +
+         entry.policer_() + (entry.has_policer_parent_() ? '/' + entry.policer_parent_() : "");
+}
+
+std::string treatmentText(const FiltersEntry& entry) {
+  MessageArena arena;  // messages elsewhere may break when memory runs out
+  auto& message = *arena.make<FiltersEntryPB>();
+  entry.convertToFiltersEntryPB(&message);
+  std::string text;
+  const auto begin = [&text](const char* part) {
+    text += (text.empty() ? "" : ", ") + std::string(part);
+  };
+  for (const ActionPB& action : message.actions_()) begin(textOf(action).c_str());
+  if (message.policer_() != defaultPolicer()) {
+    begin("policer");
+    appendFacts(entry.getPolicer(), &text);
+  }
+  if (const auto parent = entry.getPolicerParent()) {
+    begin("parent");
+    appendFacts(*parent, &text);
+  }
+  return text.empty() ? "no action" : text;
+}
+
 Rules::Rules(std::initializer_list<const FiltersGroup*> groups, Order order) {
+  if (groups.size() > 1) {
+    ranged_.resize(spaceFields().size());
+    for (const FiltersGroup* group : groups) {
+      for (const auto& [id, entry] : group->getEntriesRef()) noteRanges(entry, &ranged_);
+    }
+  }
   for (const FiltersGroup* group : groups) read(*group, order);
-  openMasksBesideRanges(&asked_);
-  addSets();
   space_.seal();
+  std::uint32_t number = 0;
+  for (auto& rules : rules_) {
+    for (Rule& rule : rules) {
+      rule.number = number++;
+      rule.must = space_.must(rule.number);
+      rule.may = space_.may(rule.number);
+    }
+  }
+  numbers_ = {};
   matches_.clear();
   treatments_.clear();
 }
 
 void Rules::read(const FiltersGroup& group, Order order) {
-  std::vector<std::pair<std::uint32_t, const FiltersEntry*>> entries;
+  std::vector<std::pair<std::uint64_t, const FiltersEntry*>> entries;
   for (const auto& [id, entry] : group.getEntriesRef()) {
     entries.emplace_back(rankOf(order, entry.getId(), entry.getPriority()), &entry);
   }
@@ -101,16 +152,19 @@ void Rules::read(const FiltersGroup& group, Order order) {
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   std::vector<Rule>& rules = rules_.emplace_back();
   rules.reserve(entries.size());
+  std::vector<Asked> asked;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const bool same = i > 0 && entries[i].first == entries[i - 1].first;
-    MessageArena arena;  // messages elsewhere may break when memory runs out
+    MessageArena arena;
     auto& message = *arena.make<FiltersEntryPB>();
     entries[i].second->convertToFiltersEntryPB(&message);
-    std::vector<Asked>& asked = asked_.emplace_back();
-    for (const MatchPB& match : message.matches_()) appendAsked(match, &asked);
-    rules.push_back({message.id_(), message.priority_(), kNothing, kNothing,
-                     numberOf(bytesOf(message.matches_()), &matches_),
-                     numberOf(treatmentOf(message), &treatments_),
+    asked.clear();
+    for (const MatchPB& match : message.matches_()) appendAsked(match, &asked, &numbers_);
+    if (!ranged_.empty()) openMasksBesideRanges(ranged_, &asked);
+    space_.add(asked);
+    rules.push_back({message.id_(), message.priority_(), 0, kNothing, kNothing,
+                     ranged_.empty() ? 0 : numberOf(bytesOf(message.matches_()), &matches_),
+                     numberOf(treatmentKey(message), &treatments_),
                      same ? rules.back().ranks_begin : static_cast<std::uint32_t>(i), 0});
   }
   for (std::size_t i = rules.size(); i-- > 0;) {
@@ -119,48 +173,10 @@ void Rules::read(const FiltersGroup& group, Order order) {
   }
 }
 
-void Rules::addSets() {
-  auto asked = asked_.begin();
-  for (auto& rules : rules_) {
-    for (Rule& rule : rules) {
-      std::vector<Constraint> may, must;
-      bool open = false, nothing = false;
-      for (const Asked& one : *asked) {
-        const auto& surely = one.open != nullptr ? one.must : one.may;
-        may.insert(may.end(), one.may.begin(), one.may.end());
-        must.insert(must.end(), surely.begin(), surely.end());
-        open = open || one.open != nullptr;
-        nothing = nothing || surely.empty();
-      }
-      rule.may = space_.add(std::move(may));
-      rule.must = nothing ? kNothing : open ? space_.add(std::move(must)) : rule.may;
-      *asked++ = {};
-    }
-  }
-  asked_ = {};
-}
-
-Hulls Rules::hullsOf(std::size_t group, SetId Rule::*set, std::uint64_t max_looks) const {
+Meetings Rules::meetingsOf(std::size_t group, std::uint64_t max_looks) const {
   std::vector<SetId> sets;
-  for (const Rule& rule : rules_[group]) sets.push_back(rule.*set);
-  return {space_, std::move(sets), max_looks};
-}
-
-Packet packetOf(const Space& space, const Point& point) {
-  Packet packet;
-  auto& fields = PacketFields::of(packet);
-  for (const auto& [half, value] : space.valuesOf(point)) {
-    const auto field = static_cast<std::uint8_t>(half / 2);
-    if (half % 2 == 0) {
-      fields[field] = value ? std::optional(FieldValue{*value, 0}) : std::nullopt;
-      continue;
-    }
-    auto& whole = fields.try_emplace(field, FieldValue{}).first->second;
-    if (whole && value) (*whole)[1] = *value;
-  }
-  // Where no set asks anything, any packet: but one that tells something.
-  if (fields.empty()) fields[0] = std::nullopt;
-  return packet;
+  for (const Rule& rule : rules_[group]) sets.push_back(rule.may);
+  return {space_.space(), std::move(sets), max_looks};
 }
 
 Finding& EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
@@ -190,23 +206,24 @@ std::uint64_t looksFor(std::uint64_t max_steps) {
   return std::min(max_steps, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
 }
 
-Cuts::Cuts(const Space& space, std::uint64_t max_steps)
-    : cut_(space, 0),
-      of_one_(max_steps),
-      of_all_(std::min(max_steps, ~std::uint64_t{0} / kRulesAtTheirLimit) * kRulesAtTheirLimit) {}
+Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
+    : cut_(space, 0), of_one_(max_steps) {
+  const std::uint64_t at_limit = std::max<std::uint64_t>(kRulesAtTheirLimit, rules / 100);
+  of_all_ = std::min(max_steps, ~std::uint64_t{0} / at_limit) * at_limit;
+}
 
-Cut::Outcome Cuts::runFor(std::uint64_t steps, SetId a, SetId b, std::vector<Candidate>* candidates,
-                          bool quick, Cut::Watcher* watcher) {
+Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
+                          std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher) {
   // What takes hardly any steps is done even when all have been used.
   steps = std::min(steps, std::max(of_all_, kHardlyAny));
   cut_.setSteps(steps);
-  const Cut::Outcome outcome = cut_.run(a, b, candidates, quick, watcher);
+  const Cut::Outcome outcome = cut_.run(sets, candidates, quick, watcher);
   of_all_ -= std::min(of_all_, steps - cut_.stepsLeft());
   return outcome;
 }
 
-Cut::Outcome Cuts::runShortly(SetId a, SetId b, std::vector<Candidate>* candidates) {
-  return runFor(std::min(of_one_, kHardlyAny), a, b, candidates, true, nullptr);
+Cut::Outcome Cuts::runShortly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates) {
+  return runFor(std::min(of_one_, kHardlyAny), sets, candidates, true, nullptr);
 }
 
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {

@@ -8,56 +8,55 @@
 #include <initializer_list>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <filter_common/filter_entries.pb.h>
 #include <filter_inspect/filter_analysis.h>
 
+#include "cut.h"
 #include "limited_report.h"
-#include "readings.h"
-#include "space.h"
+#include "meetings.h"
+#include "rule_space.h"
 
 namespace FiltersInspect {
 
 // Smaller comes first.
-std::uint32_t rankOf(Order order, FiltersCommon::filtersEntryId_t id,
+std::uint64_t rankOf(Order order, FiltersCommon::filtersEntryId_t id,
                      FiltersCommon::filtersEntryPriority_t priority);
+
+// What is done with a packet: two entries treat packets alike when the keys are the same. The text
+// is for people, "permit, set_pcp=5, policer 10 ingress", and need not tell everything.
+std::string treatmentKey(const FiltersCommon::FiltersEntryPB& entry);
+std::string treatmentText(const FiltersCommon::FiltersEntry& entry);
 
 struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;
+  std::uint32_t number;     // in the space
   SetId must, may;          // what it takes under every reading, under some
   std::uint32_t matches;    // the same number: the same matches, of whatever group
-  std::uint32_t treatment;  // the same number: the same actions, policer and parent
+  std::uint32_t treatment;  // the same number: the same treatment
   // Positions: those before `ranks_begin` come before it, those from `ranks_end` on after it.
   std::uint32_t ranks_begin, ranks_end;
 };
 
-// Of up to two groups.
+// Those of up to two groups.
 class Rules {
  public:
   Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order);
-  const Space& space() const { return space_; }
+  RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // By positions.
-  Hulls hullsOf(std::size_t group, SetId Rule::*set, std::uint64_t max_looks) const;
+  // Of what they may take, by positions.
+  Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);
-  void addSets();
 
-  Space space_{spaceFields()};
+  RuleSpace space_;
   std::vector<std::vector<Rule>> rules_;
-  std::vector<std::vector<Asked>> asked_;  // of each rule, until there are sets
+  std::vector<bool> ranged_;  // halves that are asked ranges of, where two groups are compared
+  MatchNumbers numbers_;
   std::map<std::string, std::uint32_t> matches_, treatments_;
-};
-
-// A packet of a space.
-Packet packetOf(const Space& space, const Point& point);
-
-// What Packet keeps to itself.
-struct PacketFields {
-  static auto& of(Packet& packet) { return packet.fields_; }
-  static const auto& of(const Packet& packet) { return packet.fields_; }
 };
 
 // A report about entries of a group, of at most so many findings.
@@ -78,24 +77,26 @@ class EntryFindings {
 // How many ranges are looked at to find which rules meet, where one rule may take so many steps.
 std::uint64_t looksFor(std::uint64_t max_steps);
 
-// Cuts of many rules: each may take so many steps, and all together twenty times as many.
+// Cuts of many rules: each may take so many steps, and all together as many as twenty rules, or as
+// one in a hundred of them.
 class Cuts {
  public:
-  Cuts(const Space& space, std::uint64_t max_steps);
-  // As Cut::run(), quick; of one set where both are the same.
-  Cut::Outcome run(SetId a, SetId b, std::vector<Candidate>* candidates,
+  Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);
+  // As Cut::run(), quick.
+  Cut::Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                    Cut::Watcher* watcher = nullptr) {
-    return runFor(of_one_, a, b, candidates, true, watcher);
+    return runFor(of_one_, sets, candidates, true, watcher);
   }
   // Within hardly any steps.
-  Cut::Outcome runShortly(SetId a, SetId b, std::vector<Candidate>* candidates);
+  Cut::Outcome runShortly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates);
   // Not quick: the watcher hears of everything.
-  Cut::Outcome runThrough(SetId set, std::vector<Candidate>* candidates, Cut::Watcher* watcher) {
-    return runFor(of_one_, set, set, candidates, false, watcher);
+  Cut::Outcome runThrough(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
+                          Cut::Watcher* watcher) {
+    return runFor(of_one_, sets, candidates, false, watcher);
   }
  private:
-  Cut::Outcome runFor(std::uint64_t steps, SetId a, SetId b, std::vector<Candidate>* candidates,
-                      bool quick, Cut::Watcher* watcher);
+  Cut::Outcome runFor(std::uint64_t steps, const std::vector<SetId>& sets,
+                      std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher);
   Cut cut_;
   std::uint64_t of_one_, of_all_;
 };

@@ -49,33 +49,53 @@ void appendShared(const Space::Range* a, std::size_t aCount, const Space::Range*
 // --- Building ------------------------------------------------------------------------------------
 
 SetId Space::add(std::vector<Constraint> constraints) {
-  std::sort(constraints.begin(), constraints.end(),
-            [](const Constraint& a, const Constraint& b) { return a.field < b.field; });
-  constraints_.insert(constraints_.end(), constraints.begin(), constraints.end());
-  ends_.push_back(constraints_.size());
+  std::stable_sort(constraints.begin(), constraints.end(),
+                   [](const Constraint& a, const Constraint& b) { return a.field < b.field; });
+  const std::size_t begin = asks_.size();
+  for (const Constraint& one : constraints) {
+    const bool first = asks_.size() == begin || asks_.back().field != one.field;
+    if (first) asks_.push_back({one.field, one.asks, values_.size()});
+    values_.emplace_back(one.first, one.last);
+  }
+  ends_.push_back(asks_.size());
   return static_cast<SetId>(ends_.size() - 1);
 }
 
 void Space::seal() {
+  asks_.push_back({0, Asks::kRange, values_.size()});
   divideFields();
   findRanks();
   sets_.reserve(ends_.size() + 1);
-  const Constraint* first = constraints_.data();
+  ranges_.reserve(values_.size());
+  std::size_t ask = 0;
   for (std::size_t end : ends_) {
     sets_.push_back(static_cast<std::uint32_t>(terms_.size()));
-    while (first != constraints_.data() + end) {
-      const std::uint32_t field = first->field;
-      const Constraint* last = first;
-      while (last != constraints_.data() + end && last->field == field) ++last;
+    for (; ask < end; ++ask) {
+      const std::uint32_t field = asks_[ask].field;
       for (std::size_t part = parts_of_[field]; part < parts_of_[field + 1]; ++part) {
-        addTerm(part, first, last);
+        addTerm(part, asks_[ask]);
       }
-      first = last;
     }
   }
   sets_.push_back(static_cast<std::uint32_t>(terms_.size()));
-  constraints_ = {};
+  asks_ = {};
+  values_ = {};
   ends_ = {};
+}
+
+SetId Space::addWithout(SetId set, const std::vector<std::uint32_t>& fields) {
+  for (std::uint32_t i = sets_[set]; i < sets_[set + 1]; ++i) {
+    const Term term = terms_[i];
+    const std::uint32_t field = parts_[term.dimension].field;
+    if (std::find(fields.begin(), fields.end(), field) == fields.end()) terms_.push_back(term);
+  }
+  sets_.push_back(static_cast<std::uint32_t>(terms_.size()));
+  return count() - 1;
+}
+
+void Space::forget(SetId count) {
+  sets_.resize(count + 1);
+  terms_.resize(sets_.back());
 }
 
 // A part begins wherever a mask has a bit and not the one above it; parts in which no mask has a
@@ -86,10 +106,13 @@ void Space::divideFields() {
     std::uint64_t starts = 0, bits = 0;
   };
   std::vector<Use> uses(fields_.size());
-  for (const Constraint& asked : constraints_) {
-    Use& use = uses[asked.field];
-    const std::uint64_t all = ~std::uint64_t{0} >> (64 - fields_[asked.field].width);
-    const std::uint64_t mask = asked.masked ? asked.last & all : all;
+  for (std::size_t i = 0; i + 1 < asks_.size(); ++i) {
+    const Ask& ask = asks_[i];
+    Use& use = uses[ask.field];
+    const std::uint64_t all = ~std::uint64_t{0} >> (64 - fields_[ask.field].width);
+    const std::uint64_t mask = ask.asks == Asks::kRange    ? all
+                               : ask.asks == Asks::kMasked ? values_[ask.begin].second & all
+                                                           : 0;
     use.asked = true;
     use.bits |= mask;
     use.starts |= mask & ~(mask >> 1);
@@ -105,7 +128,7 @@ void Space::divideFields() {
       if (!ends) continue;
       const bool first = parts_of_.back() == parts_.size();
       if ((part & use.bits) != 0 || (bit == 0 && first)) {
-        parts_.push_back({static_cast<std::uint32_t>(field), part, {}});
+        parts_.push_back({static_cast<std::uint32_t>(field), part, {}, 0});
         lacking_.push_back(first && fields_[field].may_lack);
       }
       part = 0;
@@ -114,49 +137,62 @@ void Space::divideFields() {
   parts_of_.push_back(static_cast<std::uint32_t>(parts_.size()));
 }
 
-Space::Values Space::within(const Part& part, const Constraint& asked) {
-  if (!asked.masked) return {asked.first, asked.last};
-  const std::uint64_t mask = asked.last & part.bits;
-  const std::uint64_t lowest = asked.first & mask;
+Space::Values Space::within(const Part& part, Asks asks, const Values& values) {
+  if (asks == Asks::kRange) return values;
+  const std::uint64_t mask = values.second & part.bits;
+  const std::uint64_t lowest = values.first & mask;
   return {lowest, lowest | (part.bits & ~mask)};
+}
+
+std::uint32_t Space::rankOf(const Part& part, std::uint64_t value) {
+  const auto found = std::upper_bound(part.starts.begin(), part.starts.end(), value);
+  return static_cast<std::uint32_t>(found - part.starts.begin() - 1);
 }
 
 // A rank begins wherever a range does, and behind its end.
 void Space::findRanks() {
-  for (const Constraint& asked : constraints_) {
-    for (std::size_t i = parts_of_[asked.field]; i < parts_of_[asked.field + 1]; ++i) {
+  const auto sortUnique = [](std::vector<std::uint64_t>* starts) {
+    std::sort(starts->begin(), starts->end());
+    starts->erase(std::unique(starts->begin(), starts->end()), starts->end());
+  };
+  std::vector<std::size_t> crowded(parts_.size(), 1024);  // so many are worth a look for equal ones
+  for (std::size_t k = 0; k + 1 < asks_.size(); ++k) {
+    const Ask& ask = asks_[k];
+    if (ask.asks == Asks::kLack) continue;
+    for (std::size_t i = parts_of_[ask.field]; i < parts_of_[ask.field + 1]; ++i) {
       Part& part = parts_[i];
-      const Values values = within(part, asked);
-      if (values.first != 0) part.starts.push_back(values.first);
-      if (values.second != part.bits) {
-        part.starts.push_back(values.second + lowestBit(part.bits));
+      for (std::size_t v = ask.begin; v < asks_[k + 1].begin; ++v) {
+        const Values values = within(part, ask.asks, values_[v]);
+        if (values.first != 0) part.starts.push_back(values.first);
+        if (values.second != part.bits) {
+          part.starts.push_back(values.second + lowestBit(part.bits));
+        }
       }
+      if (part.starts.size() < crowded[i]) continue;
+      sortUnique(&part.starts);
+      crowded[i] = 2 * part.starts.size() + 1024;
     }
   }
   for (std::size_t i = 0; i < parts_.size(); ++i) {
-    auto& starts = parts_[i].starts;
-    starts.push_back(0);
-    std::sort(starts.begin(), starts.end());
-    starts.erase(std::unique(starts.begin(), starts.end()), starts.end());
-    starts.shrink_to_fit();
-    sizes_.push_back(static_cast<std::uint32_t>(starts.size() + (lacking_[i] ? 1 : 0)));
+    Part& part = parts_[i];
+    part.starts.push_back(0);
+    sortUnique(&part.starts);
+    part.starts.shrink_to_fit();
+    part.usual = rankOf(part, fields_[part.field].usual & part.bits);
+    sizes_.push_back(static_cast<std::uint32_t>(part.starts.size() + (lacking_[i] ? 1 : 0)));
   }
 }
 
-Space::Range Space::ranksOf(std::size_t i, const Constraint& asked) const {
-  const Part& part = parts_[i];
-  const Values values = within(part, asked);
-  const auto rankOf = [&part](std::uint64_t value) {
-    const auto found = std::upper_bound(part.starts.begin(), part.starts.end(), value);
-    return static_cast<std::uint32_t>(found - part.starts.begin() - 1);
-  };
-  return {rankOf(values.first), rankOf(values.second)};
-}
-
-void Space::addTerm(std::size_t part, const Constraint* first, const Constraint* last) {
+void Space::addTerm(std::size_t part, const Ask& ask) {
   const std::size_t begin = ranges_.size();
-  for (const Constraint* asked = first; asked != last; ++asked) {
-    ranges_.push_back(ranksOf(part, *asked));
+  if (ask.asks == Asks::kLack) {
+    if (!lacking_[part]) return;  // the field's first part tells
+    ranges_.push_back({sizes_[part] - 1, sizes_[part] - 1});
+  } else {
+    for (std::size_t v = ask.begin; v < (&ask)[1].begin; ++v) {
+      const Values values = within(parts_[part], ask.asks, values_[v]);
+      ranges_.push_back({rankOf(parts_[part], values.first), rankOf(parts_[part], values.second)});
+    }
   }
   const auto all = ranges_.begin() + static_cast<std::ptrdiff_t>(begin);
   std::sort(all, ranges_.end(), [](const Range& a, const Range& b) { return a.first < b.first; });
@@ -212,29 +248,36 @@ bool Space::holds(SetId outer, SetId inner) const {
   return true;
 }
 
+bool Space::isIn(SetId set, const Point& point) const {
+  return std::all_of(begin(set), end(set), [&](const Term& term) {
+    const Range rank = {point[term.dimension], point[term.dimension]};
+    return holdsIn(&ranges_[term.begin], term.count, &rank, 1);
+  });
+}
+
 const Space::Term* Space::termOf(SetId set, std::uint32_t dimension) const {
+  if (set == kEverything) return nullptr;
   const Term* found =
       std::lower_bound(begin(set), end(set), dimension,
                        [](const Term& term, std::uint32_t d) { return term.dimension < d; });
   return found != end(set) && found->dimension == dimension ? found : nullptr;
 }
 
-void Space::appendCommon(SetId a, SetId b, std::uint32_t dimension, std::vector<Range>* out) const {
-  const Term *x = termOf(a, dimension), *y = a == b ? nullptr : termOf(b, dimension);
-  const Range all = {0, sizes_[dimension] - 1};
-  appendShared(x != nullptr ? &ranges_[x->begin] : &all, x != nullptr ? x->count : 1,
-               y != nullptr ? &ranges_[y->begin] : &all, y != nullptr ? y->count : 1, out);
+std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_t count) const {
+  const std::uint32_t usual = parts_[dimension].usual;
+  const auto* found =
+      std::lower_bound(ranges, ranges + count, usual,
+                       [](const Range& one, std::uint32_t r) { return one.last < r; });
+  return found != ranges + count && found->first <= usual ? usual : ranges[0].first;
 }
 
-Point Space::common(SetId a, SetId b) const {
-  Point point;
-  std::vector<Range> both;
-  for (std::uint32_t d = 0; d < sizes_.size(); ++d) {
-    both.clear();
-    appendCommon(a, b, d, &both);
-    point.push_back(best(d, both.data(), both.size()));
-  }
-  return point;
+// The usual value where it is one of the rank's; else the lowest one, or the odd one behind it:
+// hosts and ports have such numbers, networks and nothing at all have the lowest.
+std::uint64_t Space::shown(const Part& part, std::uint32_t rank) const {
+  if (rank == part.usual) return fields_[part.field].usual & part.bits;
+  const std::uint64_t lowest = part.starts[rank], next = lowest | (part.bits & 1);
+  const bool last = rank + 1 == part.starts.size();
+  return last || next < part.starts[rank + 1] ? next : lowest;
 }
 
 std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> Space::valuesOf(
@@ -247,73 +290,10 @@ std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> Space::value
     if (point[i] == part.starts.size()) {
       value.reset();
     } else if (value) {
-      *value |= part.starts[point[i]];
+      *value |= shown(part, point[i]);
     }
   }
   return values;
-}
-
-// --- Hulls ---------------------------------------------------------------------------------------
-
-Hulls::Hulls(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks)
-    : space_(space), sets_(std::move(sets)), looks_left_(max_looks) {
-  columns_.resize(space.dimensions());
-  for (std::size_t d = 0; d < columns_.size(); ++d) {
-    const auto last = static_cast<std::uint32_t>(space.size(d) - 1);
-    columns_[d].assign(sets_.size(), {0, last});
-  }
-  for (std::size_t i = 0; i < sets_.size(); ++i) {
-    if (sets_[i] == kNothing) continue;
-    for (const auto* term = space.begin(sets_[i]); term != space.end(sets_[i]); ++term) {
-      columns_[term->dimension][i] = {term->first, term->last};
-    }
-  }
-}
-
-bool Hulls::meeting(SetId set, std::size_t begin, std::size_t end,
-                    std::vector<std::uint32_t>* positions) {
-  positions->clear();
-  if (set == kNothing || begin >= end) return true;
-  const auto portion = [this](const Space::Term& term) {
-    return (term.last - term.first + 1.0) / static_cast<double>(space_.size(term.dimension));
-  };
-  const auto* narrowest =
-      std::min_element(space_.begin(set), space_.end(set),
-                       [&](const auto& a, const auto& b) { return portion(a) < portion(b); });
-  positions->resize(end - begin);
-  std::size_t count = 0;
-  if (narrowest == space_.end(set)) {
-    for (std::size_t i = begin; i < end; ++i) {
-      (*positions)[count++] = static_cast<std::uint32_t>(i);
-    }
-  } else {
-    const Space::Range* column = columns_[narrowest->dimension].data();
-    for (std::size_t i = begin; i < end; ++i) {
-      (*positions)[count] = static_cast<std::uint32_t>(i);
-      count += column[i].first <= narrowest->last && narrowest->first <= column[i].last ? 1 : 0;
-    }
-  }
-  for (const auto* term = space_.begin(set); term != space_.end(set); ++term) {
-    if (term == narrowest) continue;
-    const Space::Range* column = columns_[term->dimension].data();
-    std::size_t kept = 0;
-    for (std::size_t k = 0; k < count; ++k) {
-      const Space::Range& hull = column[(*positions)[k]];
-      (*positions)[kept] = (*positions)[k];
-      kept += hull.first <= term->last && term->first <= hull.last ? 1 : 0;
-    }
-    count = kept;
-  }
-  positions->resize(count);
-  const auto isApart = [&](std::uint32_t i) {
-    if (looks_left_ == 0) return false;
-    std::uint64_t looks = 0;
-    const bool meet = space_.meet(set, sets_[i], &looks);
-    looks_left_ -= std::min(looks, looks_left_);
-    return !meet;
-  };
-  positions->erase(std::remove_if(positions->begin(), positions->end(), isApart), positions->end());
-  return looks_left_ != 0;
 }
 
 }  // namespace FiltersInspect

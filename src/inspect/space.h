@@ -13,12 +13,6 @@
 //   a range of values. A part, or a field that was not divided, is a dimension.
 // - The values of a dimension between which no set distinguishes share a rank; lacking the field is
 //   the last rank. A set is then, for each dimension, a list of ranges of ranks.
-//
-// A Cut takes sets away from another one. What remains of a product are at most as many products as
-// there are dimensions; they are gone through one by one, until something remains that no set
-// meets, or nothing does. That may take long (it answers any question in propositional logic), so
-// it is done in a limited number of steps: to choose what is taken next from one product is one,
-// and one more for every few hundred ranges that are looked at.
 
 #include <cstddef>
 #include <cstdint>
@@ -30,14 +24,20 @@
 namespace FiltersInspect {
 
 // What one set asks of one field.
+enum class Asks : std::uint8_t {
+  kRange,   // first <= field <= last
+  kMasked,  // (field & last) == (first & last)
+  kLack,    // that the packet does not have it
+};
 struct Constraint {
   std::uint32_t field;
-  bool masked;  // (field & last) == (first & last); else first <= field <= last
+  Asks asks;
   std::uint64_t first, last;
 };
 
 using SetId = std::uint32_t;
 constexpr SetId kNothing = std::numeric_limits<SetId>::max();  // the empty set
+constexpr SetId kEverything = kNothing - 1;                    // all packets, for termOf()
 
 // The ranks of a packet, a dimension each.
 using Point = std::vector<std::uint32_t>;
@@ -45,16 +45,23 @@ using Point = std::vector<std::uint32_t>;
 class Space {
  public:
   struct Field {
-    unsigned width;  // in bits, 1 to 64
-    bool may_lack;   // whether there are packets without it
+    unsigned width;           // in bits, 1 to 64
+    bool may_lack;            // whether there are packets without it
+    std::uint64_t usual = 0;  // shown where nothing else is asked
   };
   // A field that some set asks ranges of takes no masks but prefixes.
   explicit Space(std::vector<Field> fields) : fields_(std::move(fields)) {}
 
-  // Of one field either one constraint under a mask, or any number of ranges, of which the packet
-  // has to be in one. All sets are added before seal(); the rest comes after.
+  // A field has one constraint under a mask, or one that it lacks, or any number of ranges, one of
+  // which the packet has to be in. All sets are added before seal(); the rest comes after.
   SetId add(std::vector<Constraint> constraints);
   void seal();
+
+  // Adds a copy of a set that asks nothing of these fields.
+  SetId addWithout(SetId set, const std::vector<std::uint32_t>& fields);
+  // Takes back every set that was added since there were so many.
+  SetId count() const { return static_cast<SetId>(sets_.size() - 1); }
+  void forget(SetId count);
 
   std::size_t dimensions() const { return sizes_.size(); }
   std::size_t size(std::size_t dimension) const { return sizes_[dimension]; }
@@ -76,38 +83,42 @@ class Space {
   // Adds to `looks`, unless it is null, how many ranges it went past.
   bool meet(SetId a, SetId b, std::uint64_t* looks = nullptr) const;
   bool holds(SetId outer, SetId inner) const;
+  bool isIn(SetId set, const Point& point) const;
 
   // What a set asks of a dimension, null when nothing.
   const Term* termOf(SetId set, std::uint32_t dimension) const;
-  // The ranges of a dimension that both sets have, behind `out`.
-  void appendCommon(SetId a, SetId b, std::uint32_t dimension, std::vector<Range>* out) const;
-  // A packet of both sets, which meet or are the same one.
-  Point common(SetId a, SetId b) const;
   // A packet as values: one for each field that some set asks of, nullopt where it lacks the field.
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
-  // The rank out of a list of ranges that a packet shown to people has best: lacking the field.
-  std::uint32_t best(std::size_t dimension, const Range* ranges, std::size_t count) const {
-    const std::uint32_t last = ranges[count - 1].last;
-    return lacking_[dimension] && last + 1 == sizes_[dimension] ? last : ranges[0].first;
-  }
+  // The rank out of a list of ranges that a packet shown to people has best: the usual one, else
+  // the first, which lacks the field only if there is no other.
+  std::uint32_t best(std::size_t dimension, const Range* ranges, std::size_t count) const;
  private:
   struct Part {
     std::uint32_t field;
     std::uint64_t bits;                 // which of the field's, where they stand
     std::vector<std::uint64_t> starts;  // of each rank the lowest value
+    std::uint32_t usual;                // the rank of the usual value
   };
   using Values = std::pair<std::uint64_t, std::uint64_t>;  // the lowest and the highest
-  static Values within(const Part& part, const Constraint& asked);
+  // What a set asks of a field, until it is terms.
+  struct Ask {
+    std::uint32_t field;
+    Asks asks;
+    std::size_t begin;  // in values_; it ends where the next one begins
+  };
+  static Values within(const Part& part, Asks asks, const Values& values);
+  static std::uint32_t rankOf(const Part& part, std::uint64_t value);
+  std::uint64_t shown(const Part& part, std::uint32_t rank) const;
   void divideFields();
   void findRanks();
-  Range ranksOf(std::size_t part, const Constraint& asked) const;
-  void addTerm(std::size_t part, const Constraint* first, const Constraint* last);
+  void addTerm(std::size_t part, const Ask& ask);
 
   std::vector<Field> fields_;
-  std::vector<Constraint> constraints_;  // of all sets, until they are terms
-  std::vector<std::size_t> ends_;        // of each set, in constraints_
+  std::vector<Ask> asks_;          // of all sets, until they are terms
+  std::vector<Values> values_;     // of them
+  std::vector<std::size_t> ends_;  // of each set, in asks_
   std::vector<Part> parts_;
   std::vector<std::uint32_t> parts_of_;  // of each field the first part; one more at the end
   std::vector<std::uint32_t> sizes_;
@@ -120,102 +131,6 @@ class Space {
 // What two lists of ranges share, behind `out`.
 void appendShared(const Space::Range* a, std::size_t aCount, const Space::Range* b,
                   std::size_t bCount, std::vector<Space::Range>* out);
-
-// A list of sets, out of which those that meet another one are found quickly. To compare many sets
-// of many ranges each takes long all the same, so that so many ranges are looked at and no more.
-class Hulls {
- public:
-  Hulls(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks);
-  std::size_t size() const { return sets_.size(); }
-  // The positions from `begin` up to `end` whose sets meet this one, ascending. False when looks
-  // did not suffice: others may be among them.
-  bool meeting(SetId set, std::size_t begin, std::size_t end,
-               std::vector<std::uint32_t>* positions);
- private:
-  const Space& space_;
-  std::vector<SetId> sets_;
-  std::uint64_t looks_left_;
-  std::vector<std::vector<Space::Range>> columns_;  // of each dimension, the hulls
-};
-
-// What a cut takes away, level by level: a packet is taken by a candidate of the lowest level that
-// has it, and the cut stops where such a one stops.
-struct Candidate {
-  SetId set;
-  std::uint32_t level;
-  bool stops;         // not of level 0
-  std::uint32_t tag;  // the caller's
-};
-
-class Cut {
- public:
-  enum class Outcome {
-    kNothingLeft,
-    kLeft,     // there is something that no candidate meets
-    kStopped,  // there is something whose first candidate stops
-    kUndecided,
-  };
-  // Hears of what a cut does. A point is one of what is talked about.
-  class Watcher {
-   public:
-    virtual ~Watcher() = default;
-    virtual void took(const Candidate&, const Cut&) {}
-    // Whether to go on, to what else remains. Without a watcher a cut ends here.
-    virtual bool left(const Cut&) { return false; }
-  };
-
-  Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
-
-  // Takes the candidates from what both sets have, which meet or are the same one; changes their
-  // order. `quick` allows kLeft to be found by counting, without a point.
-  Outcome run(SetId a, SetId b, std::vector<Candidate>* candidates, bool quick,
-              Watcher* watcher = nullptr);
-  Outcome run(SetId set, std::vector<Candidate>* candidates, bool quick,
-              Watcher* watcher = nullptr) {
-    return run(set, set, candidates, quick, watcher);
-  }
-  std::uint64_t stepsLeft() const { return steps_left_; }
-  void setSteps(std::uint64_t steps) { steps_left_ = steps; }
-
-  // For watchers, and after kLeft and kStopped unless it was found by counting: a packet out of
-  // what remained; where a candidate took or stopped, one of its own.
-  Point point() const;
- private:
-  struct Span {
-    std::uint32_t begin, count;  // in ranges_
-    std::uint32_t size;          // in ranks
-  };
-  // A product that remains, and how far it has been dealt with.
-  struct Frame {
-    std::size_t ranges;      // size of ranges_ when it was made
-    std::size_t candidates;  // those that meet it come first in the list
-    SetId taken = kNothing;  // what is being taken from it
-    const Space::Term* next = nullptr;
-  };
-  struct Chosen {
-    Candidate candidate{kNothing, 0, false, 0};
-    double share = 0;
-    bool whole = false;  // takes all that remains
-    double shares = 0;   // of all candidates that take
-  };
-  void begin(SetId a, SetId b, std::size_t candidates);
-  Span* spans() { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
-  const Span* spans() const { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
-  Chosen choose(std::vector<Candidate>* candidates);
-  std::uint32_t shared(const Span& span, const Space::Term& term);
-  double shareOf(SetId set, bool* whole);
-  bool pushNextRest();
-  void pop();
-
-  const Space& space_;
-  std::uint64_t steps_left_;
-  std::uint64_t looks_ = 0;  // at ranges, in this step
-  std::vector<Frame> frames_;
-  std::vector<Span> spans_;  // of each frame, a dimension each
-  std::vector<Space::Range> ranges_;
-  std::vector<Space::Range> was_;  // a span while it is divided
-  SetId at_ = kNothing;            // of point()
-};
 
 }  // namespace FiltersInspect
 

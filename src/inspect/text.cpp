@@ -55,16 +55,6 @@ void appendPolicer(std::string_view bytes, std::string* out) {
   appendHex(bytes, out);
 }
 
-void appendFacts(const policer::Policer& policer, std::string* comment) {
-  for (const PolicerFact& fact : factsOf(policer)) {
-    if (fact.figure && fact.number == 0) continue;
-    *comment += ' ';
-    if (fact.figure) (*comment += fact.key) += '=';
-    *comment += fact.name;
-    if (fact.name.empty()) appendNumber(fact.number, comment);
-  }
-}
-
 // The message is the caller's, to be used again.
 void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
   message->Clear();

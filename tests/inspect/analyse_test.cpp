@@ -13,9 +13,6 @@ struct Random {
   std::mt19937 engine{1};
 };
 
-constexpr Order kOrders[] = {Order::kUnspecified, Order::kHighestPriority, Order::kLowestPriority,
-                             Order::kAscendingId};
-
 AnalysisOptions by(Order order, bool overlaps = false) {
   AnalysisOptions options;
   options.order = order;

@@ -1,6 +1,7 @@
 // Sets of packets beside every packet of small spaces.
 
-#include "../../src/inspect/space.h"
+#include "../../src/inspect/cut.h"
+#include "../../src/inspect/meetings.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,8 @@ bool takes(const Asked& set, const Packet& packet) {
   std::vector<int> held(packet.size(), -1);  // -1: not asked of
   for (const Constraint& asked : set) {
     const auto& value = packet[asked.field];
-    const bool holds = value && (asked.masked ? (*value & asked.last) == (asked.first & asked.last)
+    const bool holds =
+        value && (asked.asks == Asks::kMasked ? (*value & asked.last) == (asked.first & asked.last)
                                               : asked.first <= *value && *value <= asked.last);
     held[asked.field] = std::max(held[asked.field], holds ? 1 : 0);
   }
@@ -71,7 +73,7 @@ struct Case {
         for (; count > 0; --count) {
           std::uint64_t a = below(values), b = below(values);
           if (ranged[f] && a > b) std::swap(a, b);
-          set.push_back({f, !ranged[f], a, b});
+          set.push_back({f, ranged[f] ? Asks::kRange : Asks::kMasked, a, b});
         }
       }
       EXPECT_EQ(space.add(set), sets.size());
@@ -117,7 +119,7 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
     std::vector<SetId> all;
     for (SetId a = 0; a < c.sets.size(); ++a) all.push_back(a);
     all.push_back(kNothing);
-    Hulls hulls(c.space, all, ~std::uint64_t{0});
+    Meetings meetings(c.space, all, ~std::uint64_t{0});
     for (SetId a = 0; a < c.sets.size(); ++a) {
       std::vector<std::uint32_t> expected, met;
       for (SetId b = 0; b < c.sets.size(); ++b) {
@@ -129,11 +131,14 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
         ASSERT_EQ(c.space.meet(a, b), meet);
         ASSERT_EQ(c.space.holds(a, b), holds);
         if (!meet) continue;
-        const std::size_t common = c.find(c.space.common(a, b));
+        std::vector<Candidate> none;
+        Cut cut(c.space, 10);
+        ASSERT_EQ(cut.run({a, b}, &none, false), Outcome::kLeft);
+        const std::size_t common = c.find(cut.point());
         ASSERT_TRUE(c.in(a, common) && c.in(b, common));
         if (b > 0) expected.push_back(b);
       }
-      hulls.meeting(a, 1, all.size(), &met);
+      meetings.meeting(a, 1, all.size(), &met);
       ASSERT_EQ(met, expected);
       ASSERT_TRUE(!c.space.meet(a, kNothing) && c.space.holds(a, kNothing) &&
                   !c.space.holds(kNothing, a));
@@ -173,7 +178,7 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
       for (const bool quick : {false, true}) {
         Cut cut(c.space, 100000);
         std::vector<Candidate> list = candidates;
-        const Outcome outcome = cut.run(set, &list, quick);
+        const Outcome outcome = cut.run({set}, &list, quick);
         ++seen[static_cast<int>(outcome)];
         ASSERT_EQ(outcome == Outcome::kNothingLeft, left + stopped == 0);
         if (outcome == Outcome::kNothingLeft || quick) continue;
@@ -216,7 +221,7 @@ TEST_F(SpaceTest, TellsAWatcherOfEverything) {
     for (SetId set = 1; set < c.sets.size(); ++set) list.push_back({set, set, false, 0});
     Heard heard(c);
     Cut cut(c.space, 100000);
-    ASSERT_EQ(cut.run(0, &list, false, &heard), Outcome::kNothingLeft);
+    ASSERT_EQ(cut.run({0}, &list, false, &heard), Outcome::kNothingLeft);
     std::vector<bool> takers(c.sets.size());
     bool left = false;
     for (std::size_t p = 0; p < c.packets.size(); ++p) {
@@ -248,12 +253,12 @@ TEST_F(SpaceTest, SolvesClausesWithinItsSteps) {
              __builtin_popcountll(mask) < 3) {
         mask |= std::uint64_t{1} << random() % kVariables;
       }
-      clauses.push_back({0, true, random() & mask, mask});
+      clauses.push_back({0, Asks::kMasked, random() & mask, mask});
       list.push_back({space.add({clauses.back()}), 0, false, 0});
     }
     space.seal();
     Cut cut(space, 100000);
-    const Outcome outcome = cut.run(all, &list, false);
+    const Outcome outcome = cut.run({all}, &list, false);
     ++outcomes[static_cast<int>(outcome)];
     if (outcome != Outcome::kLeft) continue;
     const auto values = space.valuesOf(cut.point());
@@ -269,17 +274,17 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
   const SetId all = space.add({});
   std::vector<Candidate> list;
   for (unsigned i = 0; i < 16; ++i) {
-    list.push_back({space.add({{0, true, 1U << i, 1U << i}}), 0, false, 0});
+    list.push_back({space.add({{0, Asks::kMasked, 1U << i, 1U << i}}), 0, false, 0});
   }
-  list.push_back({space.add({{0, true, 0, 0xffff}}), 0, false, 0});
+  list.push_back({space.add({{0, Asks::kMasked, 0, 0xffff}}), 0, false, 0});
   space.seal();
   Cut cut(space, 1000);
-  EXPECT_EQ(cut.run(all, &list, false), Outcome::kNothingLeft);
+  EXPECT_EQ(cut.run({all}, &list, false), Outcome::kNothingLeft);
   const std::uint64_t needed = 1000 - cut.stepsLeft();
   cut.setSteps(needed);
-  EXPECT_EQ(cut.run(all, &list, false), Outcome::kUndecided);
+  EXPECT_EQ(cut.run({all}, &list, false), Outcome::kUndecided);
   cut.setSteps(needed + 1);
-  EXPECT_EQ(cut.run(all, &list, false), Outcome::kNothingLeft);
+  EXPECT_EQ(cut.run({all}, &list, false), Outcome::kNothingLeft);
 }
 
 // A step is so much work, however many ranges a set has; one of few is found among many in no time.
@@ -289,21 +294,21 @@ TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   Asked every, nearly, next;
   std::vector<SetId> single;
   for (std::uint64_t i = 0; i < kRanges; ++i) {
-    every.push_back({0, false, 4 * i, 4 * i});
-    nearly.push_back({0, false, 4 * i + (i % 2), 4 * i + 1});
-    next.push_back({0, false, 4 * i + 2, 4 * i + 2});
+    every.push_back({0, Asks::kRange, 4 * i, 4 * i});
+    nearly.push_back({0, Asks::kRange, 4 * i + (i % 2), 4 * i + 1});
+    next.push_back({0, Asks::kRange, 4 * i + 2, 4 * i + 2});
     if (i % 64 == 0) single.push_back(space.add({every.back()}));
   }
   const SetId inner = space.add(every), outer = space.add(nearly), between = space.add(next);
   space.seal();
   const auto outcome = [&](std::uint64_t steps, std::vector<Candidate> list) {
-    return Cut(space, steps).run(inner, &list, false);
+    return Cut(space, steps).run({inner}, &list, false);
   };
   EXPECT_EQ(outcome(10, {{outer, 0, false, 0}}), Outcome::kUndecided);
   EXPECT_EQ(outcome(100, {{outer, 0, false, 0}}), Outcome::kLeft);
   std::vector<std::uint32_t> met;
   const std::vector<SetId> sets = {between, between, outer};
-  Hulls patient(space, sets, 8 * kRanges), hasty(space, sets, kRanges);
+  Meetings patient(space, sets, 8 * kRanges), hasty(space, sets, kRanges);
   EXPECT_TRUE(patient.meeting(inner, 0, 3, &met));
   EXPECT_EQ(met, (std::vector<std::uint32_t>{2}));
   EXPECT_FALSE(hasty.meeting(inner, 0, 3, &met));
@@ -317,16 +322,16 @@ TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
 TEST_F(SpaceTest, TakesFieldsOf64Bits) {
   const std::uint64_t kMost = ~std::uint64_t{0};
   Space space({{64, true}, {64, false}});
-  const SetId high = space.add({{0, true, kMost, kMost << 1}});
-  const SetId one = space.add({{0, false, kMost, kMost}, {1, true, 0, 1}});
-  const SetId other = space.add({{0, false, kMost - 1, kMost - 1}});
-  const SetId rest = space.add({{0, false, kMost, kMost}, {1, true, 1, 1}});
+  const SetId high = space.add({{0, Asks::kMasked, kMost, kMost << 1}});
+  const SetId one = space.add({{0, Asks::kRange, kMost, kMost}, {1, Asks::kMasked, 0, 1}});
+  const SetId other = space.add({{0, Asks::kRange, kMost - 1, kMost - 1}});
+  const SetId rest = space.add({{0, Asks::kRange, kMost, kMost}, {1, Asks::kMasked, 1, 1}});
   space.seal();
   Cut cut(space, 1000);
   std::vector<Candidate> list = {{one, 0, false, 0}, {other, 0, false, 0}, {rest, 0, false, 0}};
-  EXPECT_EQ(cut.run(high, &list, false), Outcome::kNothingLeft);
+  EXPECT_EQ(cut.run({high}, &list, false), Outcome::kNothingLeft);
   list = {{one, 0, false, 0}, {other, 0, false, 0}};
-  EXPECT_EQ(cut.run(high, &list, false), Outcome::kLeft);
+  EXPECT_EQ(cut.run({high}, &list, false), Outcome::kLeft);
   EXPECT_EQ(space.valuesOf(cut.point())[0].second, kMost);
   EXPECT_EQ(space.valuesOf(cut.point())[1].second, 1U);
 }

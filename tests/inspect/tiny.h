@@ -11,9 +11,11 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <optional>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,10 +29,13 @@ using PlainPacket =
     std::vector<std::optional<Value>>;  // of each field of the theme; absent: lacking
 using Reading = std::function<bool(Value)>;
 
-// What a match asks of one field: under one of the readings.
+// What a match asks of one field: under one of the readings, which equal matches share. `key` tells
+// those on one field that have several apart; of these `match` is a number, that of the match.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
+  unsigned key = 0;
+  unsigned match = 0;
 };
 struct PlainRule {
   filtersEntryId_t id = 0;
@@ -45,12 +50,49 @@ struct Field {
   std::vector<Value> values;
   std::string prefix = "";   // of the number
   bool hexadecimal = false;  // one digit
+  bool in_every = false;     // no packet lacks it
   std::string textOf(std::optional<Value> value) const {
     if (!value) return name + "=none";
     return name + '=' + prefix +
            (hexadecimal ? std::string(1, "0123456789abcdef"[*value]) : std::to_string(*value));
   }
 };
+
+// Why no frame has these fields, "src_ipv4=none tos=0"; nothing is told of the others.
+inline std::string faultOfFrame(const std::string& text) {
+  std::map<std::string, std::string> told;
+  std::istringstream in(text);
+  for (std::string field; in >> field;) {
+    const std::size_t sign = field.find('=');
+    told[field.substr(0, sign)] = field.substr(sign + 1);
+  }
+  const auto has = [&](const char* name) { return told.count(name) != 0 && told[name] != "none"; };
+  const auto lacks = [&](const char* name) {
+    return told.count(name) != 0 && told[name] == "none";
+  };
+  const auto any = [](const auto& test, std::initializer_list<const char*> names) {
+    return std::any_of(names.begin(), names.end(), test);
+  };
+  const auto ipv4 = {"src_ipv4", "dst_ipv4"}, ipv6 = {"src_ipv6", "dst_ipv6"};
+  const auto ip = {"ip_protocol", "tos", "ttl"}, ports = {"src_l4_port", "dst_l4_port"};
+  const auto tag = {"external_vlan_id", "pcp", "tpid"};
+  if (any(has, ipv4) && any(has, ipv6)) return "it is IPv4 and IPv6";
+  for (const auto& part : {ipv4, ipv6, ip, ports, tag}) {
+    if (any(has, part) && any(lacks, part)) return "it has half a header";
+  }
+  const bool isIp = any(has, ipv4) || any(has, ipv6) || any(has, ip) || any(has, ports);
+  if (isIp && any(lacks, ip)) return "an IP packet lacks what they have";
+  if (isIp && any(lacks, ipv4) && any(lacks, ipv6)) return "it is of no version";
+  if (has("ip_protocol")) {
+    const std::set<std::string> those = {"6", "17", "33", "132", "136"};
+    const bool its = those.count(told["ip_protocol"]) != 0;
+    if (its ? any(lacks, ports) : any(has, ports)) return "its protocol has other ports";
+  }
+  const bool tagged =
+      has("vlan_tagging") && told["vlan_tagging"] != "0" && told["vlan_tagging"] != "untagged";
+  if (has("vlan_tagging") && (tagged ? any(lacks, tag) : any(has, tag))) return "the tag differs";
+  return {};
+}
 
 inline Reading is(Value wanted) {
   return [wanted](Value v) { return v == wanted; };
@@ -114,7 +156,7 @@ Kind<Random> portKind(const char* name) {
             const Value port = random.below(4), mask = masks[random.below(10)];
             set(entry, Match(static_cast<unsigned short>(port), static_cast<unsigned short>(mask)));
             if (mask == 0) {
-              asks->push_back({at, {is(port), always(true)}});
+              asks->push_back({at, {is(port), always(true)}, static_cast<unsigned>(port)});
             } else {
               asks->push_back({at, {[=](Value v) { return (v & mask) == (port & mask); }}});
             }
@@ -127,7 +169,8 @@ Kind<Random> addressKind(const char* name, const char* prefix) {
   return {{{name,
             {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
             prefix,
-            std::string(prefix).back() != '.'}},
+            std::string(prefix).back() != '.',
+            prefix[0] == '0' && prefix[1] == '0'}},
           [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             const unsigned value = random.below(8), low = random.below(8);
             const auto rest = random.below(2) != 0 ? static_cast<unsigned char>(0xff)
@@ -141,8 +184,8 @@ Kind<Random> addressKind(const char* name, const char* prefix) {
 }
 
 template <class Random, class Match, class Code>
-Kind<Random> flagKind(const char* name) {
-  return {{{name, {0, 1}}},
+Kind<Random> flagKind(const char* name, bool inEvery) {
+  return {{{name, {0, 1}, "", false, inEvery}},
           [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             const unsigned value = random.below(2);
             set(entry, Match(static_cast<Code>(value)));
@@ -159,7 +202,8 @@ struct Theme {
 
 template <class Random>
 Kind<Random> ingressPorts() {
-  return {{{"ingress_port", {0, 1, 2, 3}}, {"ingress_port_type", {0, 1}}},
+  return {{{"ingress_port", {0, 1, 2, 3}, "", false, true},
+           {"ingress_port_type", {0, 1}, "", false, true}},
           [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             if (random.below(4) == 0) {
               set(entry, MatchIngressPorts(std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}));
@@ -185,7 +229,7 @@ Kind<Random> tos() {
           [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             const Value value = random.below(6);
             set(entry, MatchToS(static_cast<unsigned char>(value)));
-            Ask ask{at, {is(value)}};
+            Ask ask{at, {is(value)}, static_cast<unsigned>(value)};
             if (value % 4 == 0) ask.readings.push_back([=](Value v) { return v / 4 == value / 4; });
             asks->push_back(ask);
           }};
@@ -193,11 +237,11 @@ Kind<Random> tos() {
 
 template <class Random>
 Kind<Random> tagging() {
-  return {{{"vlan_tagging", {0, 1, 2, 3}}},
+  return {{{"vlan_tagging", {0, 1, 2, 3}, "", false, true}},
           [](Random& random, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             const unsigned value = random.below(3);
             set(entry, MatchVlanTagging(static_cast<vlan_tagging_t>(value)));
-            Ask ask{at, {is(value)}};
+            Ask ask{at, {is(value)}, value};
             if (value != 0) ask.readings.push_back([](Value v) { return v != 0; });
             asks->push_back(ask);
           }};
@@ -210,7 +254,7 @@ Kind<Random> portRange() {
             const Value min = random.below(6), max = random.below(7);
             set(entry, MatchDstL4PortRange(static_cast<unsigned short>(min),
                                            static_cast<unsigned short>(max)));
-            Ask ask{at, nothingOrAnything()};
+            Ask ask{at, nothingOrAnything(), static_cast<unsigned>(8 * min + max)};
             if (min <= max) ask.readings = {[=](Value v) { return min <= v && v <= max; }};
             asks->push_back(ask);
           }};
@@ -229,7 +273,7 @@ Kind<Random> vlanInfo() {
 
 template <class Random>
 Kind<Random> destinationCpu() {
-  return {{{"destination_cpu", {0, 1}}},
+  return {{{"destination_cpu", {0, 1}, "", false, true}},
           [](Random&, FiltersEntry* entry, std::size_t at, std::vector<Ask>* asks) {
             set(entry, MatchDestinationCpu());
             asks->push_back({at, {is(1)}});
@@ -251,30 +295,33 @@ const std::vector<Theme<Random>>& themes() {
         addressKind<Random, MatchSrcMac, ether_addr>("src_mac", "00:00:00:00:00:0")}},
       {FILTERS_GROUP_TYPE_3,
        {portKind<Random, MatchSrcL4Port>("src_l4_port"), destinationCpu<Random>(),
-        flagKind<Random, MatchMyStationHit, bool>("my_station_hit"),
+        flagKind<Random, MatchMyStationHit, bool>("my_station_hit", true),
         portKind<Random, MatchDstL4Port>("dst_l4_port")}},
       {FILTERS_GROUP_TYPE_8,
        {addressKind<Random, MatchDstIPv6, in6_addr>("dst_ipv6", "::"),
-        flagKind<Random, MatchVrfId, unsigned short>("vrf_id")}},
+        flagKind<Random, MatchVrfId, unsigned short>("vrf_id", false)}},
       {FILTERS_GROUP_TYPE_11,
        {portRange<Random>(), vlanInfo<Random>(),
-        flagKind<Random, MatchCPUInjectedPackets, bool>("cpu_injected_packets")}},
+        flagKind<Random, MatchCPUInjectedPackets, bool>("cpu_injected_packets", true)}},
   };
   return themes;
 }
 
 // --- The plain side ------------------------------------------------------------------------------
 
-enum class Takes { kNo, kMaybe, kYes };
+// What a rule does with one packet: it takes it if all of these matches do, as bits; or it does
+// not.
+using Takes = std::uint32_t;
+constexpr Takes kYes = 0, kNo = ~Takes{0};
 
 inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
-  Takes result = Takes::kYes;
+  Takes result = kYes;
   for (const Ask& ask : rule.asks) {
     const auto& value = packet[ask.field];
     std::size_t holding = 0;
     for (const Reading& reading : ask.readings) holding += value && reading(*value) ? 1 : 0;
-    if (holding == 0) return Takes::kNo;
-    if (holding < ask.readings.size()) result = Takes::kMaybe;
+    if (holding == 0) return kNo;
+    if (holding < ask.readings.size()) result |= 1U << ask.match;
   }
   return result;
 }
@@ -287,11 +334,25 @@ inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet)
   return row;
 }
 
+constexpr Order kOrders[] = {
+    Order::kUnspecified,
+    Order::kHighestPriority,
+    Order::kLowestPriority,
+    Order::kAscendingId,
+    Order::kHighestPriorityAscendingId,
+    Order::kHighestPriorityDescendingId,
+    Order::kLowestPriorityAscendingId,
+    Order::kLowestPriorityDescendingId,
+};
+
+// Priorities and ids are small.
 inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
-  return order == Order::kHighestPriority  ? ~rule.priority
-         : order == Order::kLowestPriority ? rule.priority
-         : order == Order::kAscendingId    ? rule.id
-                                           : 0;
+  const std::string_view name = nameOf(order);
+  std::uint64_t rank = 0;
+  if (name.substr(0, 7) == "highest") rank = 1000 * (100 - rule.priority);
+  if (name.substr(0, 6) == "lowest") rank = 1000 * rule.priority;
+  if (name.find("ascending") != name.npos) return rank + rule.id;
+  return name.find("descending") != name.npos ? rank + 100 - rule.id : rank;
 }
 
 // A group and its plain twin.
@@ -306,7 +367,7 @@ struct Case {
       std::vector<PlainPacket> longer;
       for (PlainPacket packet : packets) {
         packet.emplace_back();
-        longer.push_back(packet);
+        if (!field.in_every) longer.push_back(packet);
         for (Value value : field.values) {
           packet.back() = value;
           longer.push_back(packet);
@@ -316,10 +377,21 @@ struct Case {
     }
     return packets;
   }
-  // Of every packet; most have the same.
-  std::set<Row> everyRow() const {
-    std::set<Row> rows;
-    for (const PlainPacket& packet : everyPacket()) rows.insert(rowOf(rules, packet));
+  // Of every packet, and of those that can be built; most have the same.
+  struct Rows {
+    std::set<Row> all, built;
+  };
+  Rows everyRow() const {
+    std::map<Row, std::vector<PlainPacket>> packets;
+    for (const PlainPacket& packet : everyPacket()) packets[rowOf(rules, packet)].push_back(packet);
+    Rows rows;
+    for (const auto& [row, its] : packets) {
+      rows.all.insert(row);
+      const bool built = std::any_of(its.begin(), its.end(), [&](const PlainPacket& packet) {
+        return faultOfFrame(textOf(packet)).empty();
+      });
+      if (built) rows.built.insert(row);
+    }
     return rows;
   }
   std::string textOf(const PlainPacket& packet) const {
@@ -361,6 +433,11 @@ struct Maker {
       if (random.below(4) == 0) continue;
       theme->kinds[kinds[k]].put(random, &entry, starts[k], &rule.asks);
     }
+    for (Ask& ask : rule.asks) {
+      if (ask.readings.size() == 1) continue;
+      const auto next = static_cast<unsigned>(matches.size());
+      ask.match = matches.emplace(std::pair(ask.field, ask.key), next).first->second;
+    }
     if (rule.treatment == 1 && entry.setAction(ActionDeny()) != FILTERS_OK) std::abort();
     if (made->group.insertEntry(entry) != FILTERS_OK) std::abort();
     made->rules.push_back(rule);
@@ -378,6 +455,7 @@ struct Maker {
   const Theme<Random>* theme;
   std::vector<std::size_t> kinds, starts;
   std::vector<Field> fields;
+  std::map<std::pair<std::size_t, unsigned>, unsigned> matches;  // open ones
 };
 
 }  // namespace tiny

@@ -4,10 +4,6 @@
 // What must hold of tiny groups, found by going through every packet and every reading. Each check
 // returns what is wrong, and nothing when nothing is.
 
-#include <filter_common/filter_entries.pb.h>
-
-#include <sstream>
-
 #include "tiny.h"
 
 namespace tiny {
@@ -15,33 +11,20 @@ namespace tiny {
 using Rank = std::function<std::uint64_t(const PlainRule&)>;
 using Takers = std::vector<const PlainRule*>;
 
-// Calls for every set of rules that take the packet, a set for each combination of readings. Rules
-// of the same `key` are read alike.
+// Calls for every set of rules that take the packet, a set for each combination of readings.
 template <class Use>
-void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use,
-                    const std::function<std::size_t(const PlainRule&)>& key = nullptr) {
-  Takers surely;
-  std::vector<Takers> maybe;
-  std::vector<std::size_t> keys;
-  for (std::size_t i = 0; i < rules.size(); ++i) {
-    if (row[i] == Takes::kYes) surely.push_back(&rules[i]);
-    if (row[i] != Takes::kMaybe) continue;
-    const std::size_t its = key ? key(rules[i]) : keys.size();
-    const auto found = std::find(keys.begin(), keys.end(), its);
-    const auto place = static_cast<std::size_t>(found - keys.begin());
-    if (found == keys.end()) {
-      maybe.emplace_back();
-      keys.push_back(its);
-    }
-    maybe[place].push_back(&rules[i]);
-  }
-  for (std::uint32_t choice = 0; choice < 1U << maybe.size(); ++choice) {
-    Takers takers = surely;
-    for (std::size_t i = 0; i < maybe.size(); ++i) {
-      if ((choice >> i & 1) != 0) takers.insert(takers.end(), maybe[i].begin(), maybe[i].end());
+void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use) {
+  Takes open = 0;
+  for (const Takes one : row) open |= one == kNo ? 0 : one;
+  Takes choice = 0;
+  do {
+    Takers takers;
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+      if (row[i] != kNo && (row[i] & ~choice) == 0) takers.push_back(&rules[i]);
     }
     use(takers);
-  }
+    choice = (choice - open) & open;  // the next subset
+  } while (choice != 0);
 }
 
 // The first of them, all that tie.
@@ -66,21 +49,26 @@ inline std::uint32_t treatmentsOf(const Takers& takers) {
 struct Facts {
   Facts(const Case& c, const std::set<Row>& rows, const Rank& rank) {
     const std::size_t n = c.rules.size();
+    const std::vector<std::vector<bool>> none(n, std::vector<bool>(n));
     reached.resize(n);
     missed.resize(n);
-    meets.assign(n, std::vector<bool>(n));
+    all.resize(n, true);
+    meets = ties = firsts = none;
     holds.assign(n, std::vector<bool>(n, true));
     for (const Row& row : rows) {
       for (std::size_t i = 0; i < n; ++i) {
-        for (std::size_t j = 0; row[i] != Takes::kNo && j < n; ++j) {
-          if (row[j] != Takes::kNo) meets[i][j] = true;
-          if (row[j] != Takes::kYes) holds[j][i] = false;
+        all[i] = all[i] && row[i] == kYes;
+        for (std::size_t j = 0; row[i] != kNo && j < n; ++j) {
+          if (row[j] != kNo) meets[i][j] = true;
+          if (row[j] == kNo || (row[j] & ~row[i]) != 0) holds[j][i] = false;
         }
       }
       forEachReading(c.rules, row, [&](const Takers& takers) {
         const Takers first = firstOf(takers, rank);
         for (const PlainRule* rule : first) {
           reached[rule->id] = true;
+          for (const PlainRule* other : first) ties[rule->id][other->id] = true;
+          for (const PlainRule* other : takers) firsts[other->id][rule->id] = true;
           // Whichever way a tie is broken, this one may come first and any of the rest next.
           const Takers then = firstOf(takers, rank, rule);
           if (treatmentsOf(then) != treatmentsOf({rule})) missed[rule->id] = true;
@@ -88,10 +76,13 @@ struct Facts {
       });
     }
   }
-  std::vector<bool> reached;             // it is the first for some packet
-  std::vector<bool> missed;              // without it some packet would be treated differently
-  std::vector<std::vector<bool>> meets;  // under some reading
-  std::vector<std::vector<bool>> holds;  // [outer][inner], under every reading
+  std::vector<bool> reached;              // it is the first for some packet
+  std::vector<bool> missed;               // without it some packet would be treated differently
+  std::vector<bool> all;                  // it takes every packet
+  std::vector<std::vector<bool>> meets;   // under some reading
+  std::vector<std::vector<bool>> holds;   // [outer][inner], under every reading
+  std::vector<std::vector<bool>> ties;    // both are the first for some packet
+  std::vector<std::vector<bool>> firsts;  // [rule][other]: the other is the first for one of its
 };
 
 inline std::string lineOf(Code code, filtersEntryId_t entry,
@@ -102,34 +93,31 @@ inline std::string lineOf(Code code, filtersEntryId_t entry,
 }
 
 // The findings that there must be, of unreachable and redundant rules without the others.
-inline std::vector<std::string> expectedOf(const Case& c, const std::set<Row>& rows,
+inline std::vector<std::string> expectedOf(const Case& c, const Facts& facts,
                                            const AnalysisOptions& options) {
   const bool ordered = options.order != Order::kUnspecified;
-  const Rank rank = [&](const PlainRule& rule) { return rankOf(rule, options.order); };
-  const Facts facts(c, rows, rank);
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < c.rules.size(); ++i) {
     const PlainRule& a = c.rules[i];
     if (!facts.reached[i]) lines.push_back(lineOf(Code::kEntryUnreachable, a.id, {}));
-    if (facts.reached[i] && !facts.missed[i]) {
-      lines.push_back(lineOf(Code::kEntryRedundant, a.id, {}));
-    }
+    bool redundant = facts.reached[i] && !facts.missed[i];
     std::vector<std::uint32_t> holders;
     for (std::size_t j = 0; j < c.rules.size(); ++j) {
       const PlainRule& b = c.rules[j];
-      const bool differ = a.treatment != b.treatment, tie = rank(a) == rank(b);
-      const bool same = facts.holds[i][j] && facts.holds[j][i];
-      if (i != j && differ && !same && facts.holds[j][i] && !b.asks.empty())
-        holders.push_back(b.id);
-      const bool first = rank(a) < rank(b) || (tie && i < j);
-      if (!first || !facts.meets[i][j] || (!differ && (ordered || !same))) continue;
-      const bool isTie = differ && (ordered ? tie : same);
-      if (isTie) {
-        lines.push_back(lineOf(Code::kEntriesTie, a.id, {b.id}));
-      } else if (options.overlaps || (same && !ordered)) {
+      const bool differ = a.treatment != b.treatment;
+      const bool same = i != j && facts.holds[i][j] && facts.holds[j][i];
+      if (!ordered && same && !differ && j < i) redundant = true;
+      if (i != j && differ && !same && facts.holds[j][i] && !facts.all[j]) holders.push_back(b.id);
+      if (!differ || !facts.meets[i][j]) continue;
+      const bool isTie = ordered ? facts.ties[i][j] : same;
+      if (isTie && i < j) lines.push_back(lineOf(Code::kEntriesTie, std::min(a.id, b.id), {b.id}));
+      const bool first = rankOf(a, options.order) < rankOf(b, options.order) ||
+                         (rankOf(a, options.order) == rankOf(b, options.order) && i < j);
+      if (!isTie && options.overlaps && first) {
         lines.push_back(lineOf(Code::kEntriesOverlap, a.id, {b.id}));
       }
     }
+    if (redundant) lines.push_back(lineOf(Code::kEntryRedundant, a.id, {}));
     if (!ordered && !options.overlaps && !holders.empty()) {
       lines.push_back(lineOf(Code::kEntriesOverlap, a.id, holders));
     }
@@ -145,38 +133,48 @@ inline Hit hitOf(const Trace& trace, filtersEntryId_t id) {
   return Hit::kMiss;
 }
 
-// What a finding's packet does not show that it should.
-inline std::string faultOfWitness(const Case& c, const Finding& finding, Order order) {
+// What a finding's packet does not show that it should. A packet that can be built is shown where
+// there is one.
+inline std::string faultOfWitness(const Case& c, const Facts& built, const Finding& finding,
+                                  Order order) {
   const auto packet = Packet::parse(finding.witness, nullptr);
   if (!packet || packet->toText() != finding.witness) return "it does not read back";
   const Trace traced = trace(c.group, *packet, order);
   if (hitOf(traced, *finding.entry) == Hit::kMiss) return "the entry misses it";
-  bool anyHit = false, anyMiss = false;
-  for (std::uint32_t id : finding.others) {
-    anyHit = anyHit || hitOf(traced, id) == Hit::kHit;
-    anyMiss = anyMiss || hitOf(traced, id) == Hit::kMiss;
-  }
-  const auto& candidates = traced.candidates;
-  const bool candidate =
-      std::find(candidates.begin(), candidates.end(), *finding.entry) != candidates.end();
+  const auto isPossible = [&](std::uint32_t id) {
+    const auto& all = traced.candidates;
+    return traced.entry == id || std::find(all.begin(), all.end(), id) != all.end();
+  };
+  const auto missed = [&](std::uint32_t id) { return hitOf(traced, id) == Hit::kMiss; };
+  const auto& others = finding.others;
+  const std::size_t i = *finding.entry, j = others[0];
+  bool canBeBuilt = false;
   if (finding.code == Code::kEntryUnreachable) {
-    if (!anyHit || candidate || traced.entry == finding.entry) return "the entry may take it";
+    if (std::all_of(others.begin(), others.end(), missed)) return "all others miss it";
+    if (isPossible(*finding.entry)) return "the entry may take it";
   } else if (finding.code == Code::kEntryRedundant) {
-    if (!anyHit || !(candidate || traced.entry == finding.entry)) return "it goes elsewhere";
-  } else if (anyMiss && finding.others.size() == 1) {
-    return "the other entry misses it";
+    if (std::all_of(others.begin(), others.end(), missed)) return "all others miss it";
+    if (!isPossible(*finding.entry)) return "it goes elsewhere";
+  } else if (finding.code == Code::kEntriesTie) {
+    if (!isPossible(*finding.entry) || !isPossible(others[0])) return "it is no tie";
+    canBeBuilt = built.ties[i][j];
+  } else {
+    if (missed(others[0])) return "the other entry misses it";
+    canBeBuilt = built.meets[i][j];
   }
-  return {};
+  return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
 // What blocks an entry covers it, and without any of them does not.
 inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   std::vector<bool> needed(finding.others.size());
   for (const PlainPacket& packet : c.everyPacket()) {
-    if (takes(*c.find(*finding.entry), packet) == Takes::kNo) continue;
+    const Takes its = takes(*c.find(*finding.entry), packet);
+    if (its == kNo) continue;
     std::vector<std::size_t> takers;
     for (std::size_t i = 0; i < finding.others.size(); ++i) {
-      if (takes(*c.find(finding.others[i]), packet) == Takes::kYes) takers.push_back(i);
+      const Takes other = takes(*c.find(finding.others[i]), packet);
+      if (other != kNo && (other & ~its) == 0) takers.push_back(i);
     }
     if (takers.empty()) return "nothing blocks " + c.textOf(packet);
     if (takers.size() == 1) needed[takers[0]] = true;
@@ -184,9 +182,40 @@ inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   return std::count(needed.begin(), needed.end(), false) == 0 ? "" : "a blocker is spare";
 }
 
-inline std::string faultOfAnalysis(const Case& c, const std::set<Row>& rows,
+// What the sentence about an entry without effect says of those that come first for its packets.
+inline std::string faultOfSentence(const Case& c, const Facts& facts, const Finding& finding) {
+  const std::size_t i = *finding.entry;
+  std::vector<std::uint32_t> differing;
+  bool alike = false, only = true;
+  for (const PlainRule& rule : c.rules) {
+    if (!facts.firsts[i][rule.id]) continue;
+    const bool differs = rule.treatment != c.rules[i].treatment;
+    if (differs) differing.push_back(rule.id);
+    alike = alike || !differs;
+    const auto& others = finding.others;
+    only = only && std::find(others.begin(), others.end(), rule.id) != others.end();
+  }
+  const auto says = [&](const std::string& part) {
+    return finding.message.find(part) != std::string::npos;
+  };
+  std::string wanted = differing.empty() ? "; the treatment is the same"
+                       : alike           ? "; part of its packets are treated otherwise by entr"
+                                         : "; the treatment differs";
+  if (!says(wanted)) return wanted + " is not said";
+  if (says(" all its packets first") != only) return "others come first";
+  const std::size_t by = finding.message.find(" otherwise by");
+  for (std::uint32_t id = 0; by != std::string::npos && id < c.rules.size(); ++id) {
+    const bool named = finding.message.find(std::to_string(id), by) != std::string::npos;
+    if (named && std::count(differing.begin(), differing.end(), id) == 0) return "another is named";
+  }
+  return {};
+}
+
+inline std::string faultOfAnalysis(const Case& c, const Case::Rows& rows,
                                    const AnalysisOptions& options) {
   const Report report = analyse(c.group, options);
+  const Rank rank = [&](const PlainRule& rule) { return rankOf(rule, options.order); };
+  const Facts facts(c, rows.all, rank), built(c, rows.built, rank);
   std::ostringstream all;
   all << nameOf(options.order) << '\n' << report << c.group;
   std::vector<std::string> lines;
@@ -196,13 +225,15 @@ inline std::string faultOfAnalysis(const Case& c, const std::set<Row>& rows,
         finding.code == Code::kEntryUnreachable || finding.code == Code::kEntryRedundant;
     lines.push_back(lineOf(finding.code, *finding.entry,
                            single ? std::vector<std::uint32_t>() : finding.others));
-    std::string fault = faultOfWitness(c, finding, options.order);
-    if (fault.empty() && finding.code == Code::kEntryUnreachable)
+    std::string fault = faultOfWitness(c, built, finding, options.order);
+    if (fault.empty() && finding.code == Code::kEntryUnreachable) {
       fault = faultOfBlockers(c, finding);
+      if (fault.empty()) fault = faultOfSentence(c, facts, finding);
+    }
     if (!fault.empty()) return fault + ": " + lines.back() + finding.witness + '\n' + all.str();
   }
   std::sort(lines.begin(), lines.end());
-  const std::vector<std::string> expected = expectedOf(c, rows, options);
+  const std::vector<std::string> expected = expectedOf(c, facts, options);
   if (lines == expected) return {};
   std::string text = "wanted:\n";
   for (const std::string& line : expected) text += line;
@@ -214,7 +245,7 @@ inline std::string faultOfAnyOrder(const Case& c) {
   std::vector<std::uint64_t> ranks;
   for (std::size_t i = 0; i < c.rules.size(); ++i) ranks.push_back(i);
   const Report report = analyse(c.group);
-  const std::set<Row> rows = c.everyRow();
+  const std::set<Row> rows = c.everyRow().all;
   do {
     const Facts facts(c, rows, [&](const PlainRule& rule) { return ranks[rule.id]; });
     for (const Finding& finding : report.findings) {
@@ -222,8 +253,13 @@ inline std::string faultOfAnyOrder(const Case& c) {
       if (tie && facts.reached[*finding.entry] && facts.reached[finding.others[0]]) {
         return "both take effect: " + finding.message;
       }
-      if (finding.code == Code::kEntryRedundant && facts.missed[*finding.entry]) {
+      const bool single = finding.message.rfind("without it", 0) == 0;
+      if (finding.code == Code::kEntryRedundant && single && facts.missed[*finding.entry]) {
         return "it is missed: " + finding.message;
+      }
+      if (finding.code == Code::kEntryRedundant && !single && facts.reached[*finding.entry] &&
+          facts.reached[finding.others[0]]) {
+        return "both take effect: " + finding.message;
       }
       if (finding.code == Code::kEntryUnreachable) return "there is no order";
     }
@@ -251,8 +287,8 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
     if (!fits) continue;
     const Row row = rowOf(c.rules, whole);
     for (std::size_t i = 0; i < row.size(); ++i) {
-      hits[i] = hits[i] && row[i] == Takes::kYes;
-      misses[i] = misses[i] && row[i] == Takes::kNo;
+      hits[i] = hits[i] && row[i] == kYes;
+      misses[i] = misses[i] && row[i] == kNo;
     }
     forEachReading(c.rules, row, [&](const Takers& takers) {
       const Takers first =
@@ -270,10 +306,8 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
   for (filtersEntryId_t id : traced.candidates) said |= 1U << id;
   if (traced.entry) said |= 1U << *traced.entry;
   const bool decided = !tie && (firsts & (firsts - 1)) == 0;
-  if (!wrong && (traced.outcome != Hit::kUndecided) == decided && (firsts & ~said) == 0 &&
-      (!decided || said == firsts)) {
-    return {};
-  }
+  const bool isDecided = traced.outcome != Hit::kUndecided;
+  if (!wrong && isDecided == decided && said == firsts && !traced.at_most) return {};
   std::ostringstream all;
   all << text << nameOf(order) << '\n' << traced << c.group;
   return all.str();
@@ -305,8 +339,8 @@ inline std::string faultOfPairs(const Case& a, const Case& b, const Report& repo
     for (const Case* c : {&a, &b}) {
       for (const PlainRule& rule : c->rules) {
         const Takes t = takes(rule, packet);
-        if (t == Takes::kMaybe) return {};
-        if (t == Takes::kYes && first[c == &b] == nullptr) first[c == &b] = &rule;
+        if (t != kNo && t != kYes) return {};
+        if (t == kYes && first[c == &b] == nullptr) first[c == &b] = &rule;
       }
     }
     const bool none[] = {first[0] == nullptr, first[1] == nullptr};
@@ -346,37 +380,21 @@ inline std::string faultOfComparison(const Case& a, const Case& b, Order order) 
   if (!report.empty()) return {};
   std::vector<PlainRule> rules = a.rules;
   rules.insert(rules.end(), b.rules.begin(), b.rules.end());
-  std::vector<std::string> keys;
-  for (const Case* c : {&a, &b}) {
-    for (const auto& [id, entry] : c->group.getEntriesRef()) {
-      FiltersEntryPB message;
-      entry.convertToFiltersEntryPB(&message);
-      keys.emplace_back();
-      for (const auto& match : message.matches_()) keys.back() += match.SerializeAsString() + '/';
-    }
-  }
-  const auto key = [&](const PlainRule& rule) {
-    const std::string& its = keys[static_cast<std::size_t>(&rule - rules.data())];
-    return static_cast<std::size_t>(std::find(keys.begin(), keys.end(), its) - keys.begin());
-  };
   fault.clear();
   for (const PlainPacket& packet : a.everyPacket()) {
-    forEachReading(
-        rules, rowOf(rules, packet),
-        [&](const Takers& takers) {
-          std::uint32_t bits[2] = {};
-          for (const bool second : {false, true}) {
-            Takers its;
-            for (const PlainRule* rule : takers) {
-              const bool ofB = rule >= rules.data() + a.rules.size();
-              if (ofB == second) its.push_back(rule);
-            }
-            bits[second] = treatmentsOf(
-                firstOf(its, [&](const PlainRule& rule) { return rankOf(rule, order); }));
-          }
-          if (bits[0] != bits[1]) fault = a.textOf(packet) + "is not found:\n" + all.str();
-        },
-        key);
+    forEachReading(rules, rowOf(rules, packet), [&](const Takers& takers) {
+      std::uint32_t bits[2] = {};
+      for (const bool second : {false, true}) {
+        Takers its;
+        for (const PlainRule* rule : takers) {
+          const bool ofB = rule >= rules.data() + a.rules.size();
+          if (ofB == second) its.push_back(rule);
+        }
+        bits[second] =
+            treatmentsOf(firstOf(its, [&](const PlainRule& rule) { return rankOf(rule, order); }));
+      }
+      if (bits[0] != bits[1]) fault = a.textOf(packet) + "is not found:\n" + all.str();
+    });
   }
   return fault;
 }

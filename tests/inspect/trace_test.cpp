@@ -25,8 +25,7 @@ TEST(TraceTest, IsTheSameForAllThatAPacketCanBe) {
       const auto& packet = packets[random.below(packets.size())];
       std::vector<bool> told(packet.size());
       for (std::size_t f = 0; f < told.size(); ++f) told[f] = random.below(3) != 0;
-      for (Order order : {Order::kUnspecified, Order::kHighestPriority, Order::kLowestPriority,
-                          Order::kAscendingId}) {
+      for (Order order : kOrders) {
         ASSERT_EQ(faultOfTrace(c, packet, told, order), "") << i;
       }
     }
@@ -54,22 +53,22 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   }
   const Order order = Order::kHighestPriority;
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 ttl=64", order),
-            "undecided: entry 10 or 1000\n"
+            "undecided: entry 10 or 1000 (both: no action)\n"
             "  10 undecided: dst_l4_port is not told\n"
             "  50 miss: ttl\n"
             "  1000 hit\n");
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 dst_l4_port=80", order),
-            "undecided: entry 10 or 50, or 1000\n"
+            "undecided: entry 10 or 50, or 1000 (all: no action)\n"
             "  10 undecided: dst_l4_port: its mask of 0 may mean that value alone\n"
             "  50 undecided: ttl is not told\n"
             "  1000 hit\n");
-  EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 dst_l4_port=179", order).substr(0, 14),
-            "hit: entry 10\n");
-  EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", order).substr(0, 16), "hit: entry 1000\n");
+  EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 dst_l4_port=179", order).substr(0, 27),
+            "hit: entry 10 (no action)\n ");
+  EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", order).substr(0, 16), "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", Order::kUnspecified).substr(0, 16),
-            "hit: entry 1000\n");
+            "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 28),
-            "undecided: entry 50 or 1000\n");
+            "undecided: entry 50 or 1000 ");
   EXPECT_EQ(traced(FiltersGroup(1), "", order), "miss\n");
   ASSERT_EQ(group.removeEntry(1000), FILTERS_OK);
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.1", order).substr(0, 29),

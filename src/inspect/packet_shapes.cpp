@@ -1,0 +1,157 @@
+#include "packet_shapes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "packet_fields.h"
+#include "readings.h"
+
+namespace FiltersInspect {
+namespace {
+
+enum class Version { k4, k6, kNone };
+
+// A range of IP protocols; those with layer-4 ports are TCP, UDP, DCCP, SCTP and UDP-Lite (IANA,
+// Assigned Internet Protocol Numbers).
+struct Protocols {
+  bool ports;
+  std::vector<std::pair<std::uint8_t, std::uint8_t>> ranges;
+};
+const std::vector<Protocols>& protocols() {
+  static const std::vector<Protocols> protocols = {
+      {true, {{6, 6}}},
+      {true, {{17, 17}}},
+      {true, {{33, 33}, {132, 132}, {136, 136}}},
+      {false, {{0, 5}, {7, 16}, {18, 32}, {34, 131}, {133, 135}, {137, 255}}},
+  };
+  return protocols;
+}
+
+struct Shape {
+  bool tagged;
+  Version version;
+  const Protocols* protocols;  // of packets with a version
+};
+
+bool has(const Shape& shape, Layer layer) {
+  switch (layer) {
+    case Layer::kSome:
+    case Layer::kEvery:
+    case Layer::kTagging:
+      break;
+    case Layer::kTag:
+      return shape.tagged;
+    case Layer::kIp:
+    case Layer::kIpProtocol:
+      return shape.version != Version::kNone;
+    case Layer::kIPv4:
+      return shape.version == Version::k4;
+    case Layer::kIPv6:
+      return shape.version == Version::k6;
+    case Layer::kPorts:
+      return shape.version != Version::kNone && shape.protocols->ports;
+  }
+  return true;
+}
+
+std::vector<Constraint> constraintsOf(const Shape& shape, const std::vector<bool>& fields) {
+  constexpr std::uint64_t kMostOf32Bits = 0xffffffff;
+  std::vector<Constraint> constraints;
+  for (std::uint32_t field = 0; field < fields.size(); ++field) {
+    const Layer layer = packetFields()[field].layer;
+    const std::uint32_t half = halfOf(field, 0);
+    if (!fields[field] || layer == Layer::kSome || layer == Layer::kEvery) continue;
+    if (!has(shape, layer)) {
+      constraints.push_back({half, Asks::kLack, 0, 0});
+    } else if (layer == Layer::kTagging) {
+      constraints.push_back(
+          {half, Asks::kRange, shape.tagged ? 1U : 0U, shape.tagged ? kMostOf32Bits : 0});
+    } else if (layer == Layer::kIpProtocol) {
+      for (const auto& [first, last] : shape.protocols->ranges) {
+        constraints.push_back({half, Asks::kRange, first, last});
+      }
+    } else {
+      constraints.push_back({half, Asks::kMasked, 0, 0});
+    }
+  }
+  return constraints;
+}
+
+bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b) {
+  return std::equal(
+      a.begin(), a.end(), b.begin(), b.end(), [](const Constraint& x, const Constraint& y) {
+        return x.field == y.field && x.asks == y.asks && x.first == y.first && x.last == y.last;
+      });
+}
+
+// Gives the packet what goes together with what it has. Fields that it is told to lack stay so.
+void complete(Packet* packet) {
+  auto& values = PacketFields::of(*packet);
+  const auto& rows = packetFields();
+  const auto hasOne = [&](Layer layer) {
+    return std::any_of(values.begin(), values.end(), [&](const auto& field) {
+      return field.second && rows[field.first].layer == layer;
+    });
+  };
+  const auto addAll = [&](Layer layer) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual);
+    }
+  };
+  for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
+    if (hasOne(layer)) addAll(layer);
+  }
+  if (hasOne(Layer::kPorts)) addAll(Layer::kIpProtocol);
+  for (const auto& [field, value] : values) {
+    if (rows[field].layer != Layer::kIpProtocol || !value) continue;
+    const std::uint64_t protocol = (*value)[0];
+    for (const Protocols& one : protocols()) {
+      const bool among = std::any_of(one.ranges.begin(), one.ranges.end(), [&](const auto& range) {
+        return range.first <= protocol && protocol <= range.second;
+      });
+      if (among && one.ports) return addAll(Layer::kPorts);
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& fields) {
+  std::vector<std::vector<Constraint>> shapes;
+  const auto add = [&](const Shape& shape) {
+    std::vector<Constraint> its = constraintsOf(shape, fields);
+    const bool known = std::any_of(shapes.begin(), shapes.end(),
+                                   [&](const auto& other) { return areSame(its, other); });
+    if (!known) shapes.push_back(std::move(its));
+  };
+  for (const bool tagged : {true, false}) {
+    for (const Version version : {Version::k4, Version::k6}) {
+      for (const Protocols& one : protocols()) add({tagged, version, &one});
+    }
+  }
+  for (const bool tagged : {true, false}) add({tagged, Version::kNone, nullptr});
+  return shapes;
+}
+
+Packet packetOf(const Space& space, const Point& point) {
+  Packet packet;
+  auto& fields = PacketFields::of(packet);
+  for (const auto& [half, value] : space.valuesOf(point)) {
+    const auto field = static_cast<std::uint8_t>(half / 2);
+    if (half % 2 == 0) {
+      fields[field] = value ? std::optional(FieldValue{*value, 0}) : std::nullopt;
+      continue;
+    }
+    // The lower half of an address can be asked of where the upper one is not.
+    const bool told = fields.count(field) != 0;
+    auto& whole = fields.try_emplace(field, packetFields()[field].usual).first->second;
+    if (!told) (*whole)[1] = 0;
+    if (whole && value) (*whole)[1] = *value;
+  }
+  complete(&packet);
+  // Where no set asks anything any packet will do, but it has to tell something.
+  if (fields.empty()) fields[0] = packetFields()[0].usual;
+  return packet;
+}
+
+}  // namespace FiltersInspect
