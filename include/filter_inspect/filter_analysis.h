@@ -17,8 +17,8 @@
 // Readings. The model leaves some values to the device: what a layer-4 mask of zero means, an empty
 // set of VLAN ids, a range whose ends are swapped, the two low bits of a ToS byte, ... For each
 // match this library knows two sets of packets: those it takes under every reading (must) and those
-// it takes under some reading (may). What it claims holds under every reading; what does not is
-// left undecided. docs/analysis.md lists the readings, and the assumptions that every claim rests
+// it takes under some reading (may). Equal matches take equal packets, whatever the device makes of
+// them. What is claimed holds under every reading; what does not is left undecided. docs/analysis.md lists the readings, and the assumptions that every claim rests
 // on.
 //
 // All of this may be called from any thread, as long as nobody changes the arguments meanwhile. It
@@ -55,7 +55,16 @@ enum class Order : std::uint8_t {
   kLowestPriorityAscendingId,
   kLowestPriorityDescendingId,
 };
-constexpr std::size_t kOrderCount = 8;
+constexpr std::array<Order, 8> kAllOrders = {
+    Order::kUnspecified,
+    Order::kHighestPriority,
+    Order::kLowestPriority,
+    Order::kAscendingId,
+    Order::kHighestPriorityAscendingId,
+    Order::kHighestPriorityDescendingId,
+    Order::kLowestPriorityAscendingId,
+    Order::kLowestPriorityDescendingId,
+};
 
 // "unspecified", "highest-priority", "lowest-priority", "ascending-id",
 // "highest-priority,ascending-id" and its three sisters, each followed by a zero.
@@ -83,16 +92,24 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
                                std::string_view command);
 
 // What the rules of a group do to each other. Treatment is actions, policer and parent; counters
-// and ids are none of it. By code, each with the entry it is about in `entry`, other entries in
-// `others`, and a packet that shows it in `witness`, where there is one:
-// - kEntryUnreachable: every packet that the entry may take is taken by entries before it, those in
-//   `others`; none of them can be left out of the list.
+// and ids are none of it. A finding has the entry that it is about in `entry` and other entries in
+// `others`. Where a packet shows it, `witness` has one, which trace() finds to be so; `before` is
+// then what the entry does with packets, and `after` what another entry does. The codes:
+// - kEntryUnreachable: every packet that the entry may take is taken before it; the entries in
+//   `others` alone would take them all, and none of these can be left out. The treatment that the
+//   sentence and `after` tell is that of the entries that take the packets first, which may be
+//   others.
 // - kEntriesTie: nothing says whether it comes before another entry that takes the same packet and
-//   treats it differently. Where no order is given, only if both take the very same packets.
+//   treats it differently, and the packet gets that far. If no order is given, only if both take
+//   the very same packets.
 // - kEntryRedundant: without it every packet would be treated as it is. Each such finding stands
-//   alone: when one entry has been removed, others may no longer be redundant.
-// - kEntriesOverlap: it shares packets with the others and treats them differently. Where no order
-//   is given, those of whose packets it takes all or that take all of its own; else on request.
+//   alone: when one entry has been removed, others may no longer be redundant. If no order is
+//   given, also the second of two that take the very same packets and treat them alike: whichever
+//   comes later takes no effect.
+// - kEntriesOverlap: it shares packets with the others and treats them differently. If no order is
+//   given, the others each take all of its packets, but for those that take nearly all packets of a
+//   large group; when that is so of many entries, one finding without an entry says how many. If
+//   one is given, pairs are told on request.
 // - kValueUnusual: the value of one of its matches is one that hardly any sender means.
 // - kNotDecided: the steps did not suffice.
 FILTERS_API Report analyse(const FiltersCommon::FiltersGroup& group,
@@ -103,7 +120,8 @@ FILTERS_API Report unusualValues(const FiltersCommon::FiltersGroup& group,
                                  std::size_t max_findings = 1000);
 
 // Packets that the two groups treat differently: a finding (kTreatmentDiffers) for each pair of
-// rules, that of `a` in `entry` and that of `b` in `others`, with a packet. Where no rule surely
+// rules, that of `a` in `entry` and that of `b` in `others`, with a packet in `witness` and what is
+// done with it in `before` and `after`. Where no rule surely
 // takes the packet on one side, that side is empty. What differs under some reading only, and rules
 // that take too many steps, are kNotDecided.
 FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,

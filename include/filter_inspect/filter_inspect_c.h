@@ -210,6 +210,11 @@ typedef enum filtersOrder_t {
   FILTERS_ORDER_HIGHEST_PRIORITY = 1,
   FILTERS_ORDER_LOWEST_PRIORITY = 2,
   FILTERS_ORDER_ASCENDING_ID = 3,
+  // By priority, and where that is equal by id.
+  FILTERS_ORDER_HIGHEST_PRIORITY_ASCENDING_ID = 4,
+  FILTERS_ORDER_HIGHEST_PRIORITY_DESCENDING_ID = 5,
+  FILTERS_ORDER_LOWEST_PRIORITY_ASCENDING_ID = 6,
+  FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID = 7,
 } filtersOrder_t;
 
 // analyse() and compareTreatment() with the options that they have by themselves; unusualValues().

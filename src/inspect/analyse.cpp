@@ -1,6 +1,7 @@
 #include <filter_inspect/filter_analysis.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "packet_shapes.h"
@@ -218,17 +219,21 @@ class Analysis {
     constexpr std::size_t kNamed = 4;
     met_by_.meeting(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
     const Positions before = met_;
-    Positions differing, alike;
+    // The blockers are looked at first: they are named anyway.
+    Positions all = blockers, differing, alike;
+    std::set_difference(before.begin(), before.end(), blockers.begin(), blockers.end(),
+                        std::back_inserter(all));
     bool known = true, only = true;  // no others come first
-    for (std::uint32_t p : before) {
-      const bool differs = differ(p, i);
-      const bool other = !std::binary_search(blockers.begin(), blockers.end(), p);
+    std::size_t most = kNamed;
+    for (std::size_t k = 0; k < all.size(); ++k) {
+      const bool differs = differ(all[k], i), other = k >= blockers.size();
+      if (k == blockers.size() && !differing.empty()) most = differing.size();
       Positions& its = differs ? differing : alike;
-      if (!(other && only) && its.size() > (differs ? kNamed : 0)) continue;
-      const Cut::Outcome outcome = findFirst(i, p, before);
+      if (other && !only && its.size() > (differs ? most : 0)) continue;
+      const Cut::Outcome outcome = findFirst(i, all[k], before);
       known = known && outcome != Cut::Outcome::kUndecided;
       if (outcome != Cut::Outcome::kLeft) continue;
-      its.push_back(p);
+      its.push_back(all[k]);
       only = only && !other;
     }
     only = only && known;
@@ -243,10 +248,10 @@ class Analysis {
                              : " match") +
                       " all its packets" + (only ? " first" : "");
     if (!differing.empty() && (!alike.empty() || !known)) {
-      const bool more = differing.size() > kNamed;
-      if (more) differing.resize(kNamed);
-      finding.message += "; part of its packets are treated otherwise by " +
-                         entriesText(idsOf(differing)) + (more ? " and others" : "");
+      const bool more = differing.size() > most;
+      if (more) differing.resize(most);
+      finding.message +=
+          "; part of its packets are treated otherwise by " + entriesText(idsOf(differing), more);
     } else if (known) {
       finding.message +=
           differing.empty() ? "; the treatment is the same" : "; the treatment differs";
@@ -546,7 +551,9 @@ class Analysis {
                         " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
                         " them differently";
       finding.witness = left.witness.text();
-      addTreatments(i, holders[0], &finding);
+      const bool alike = std::all_of(holders.begin(), holders.end(),
+                                     [&](std::uint32_t p) { return !differ(p, holders[0]); });
+      if (alike) addTreatments(i, holders[0], &finding);
       if (finding.others.size() > kMostHolders) finding.others.resize(kMostHolders);
     }
   }
@@ -625,18 +632,31 @@ std::string_view nameOf(Order order) {
 }
 
 std::optional<Order> orderFromName(std::string_view name) {
-  for (int i = 0;; ++i) {
-    const auto order = static_cast<Order>(i);
-    if (nameOf(order).empty()) return std::nullopt;
+  for (Order order : kAllOrders) {
     if (nameOf(order) == name) return order;
   }
+  return std::nullopt;
 }
 
 const std::vector<std::string_view>& assumptions() {
+  static const std::string lacking = [] {
+    std::string text =
+        "A3: a match on a field that a packet lacks does not hold, not even under a mask of 0; "
+        "every "
+        "packet has ";
+    std::vector<std::string_view> names;
+    for (const FieldRow& field : packetFields()) {
+      if (isInEveryPacket(field.layer)) names.push_back(field.name);
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      text += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + std::string(names[i]);
+    }
+    return text;
+  }();
   static const std::vector<std::string_view> assumptions = {
       "A1: the matches of a rule all have to hold; a rule without matches takes every packet",
       "A2: under a mask means (field & mask) == (value & mask)",
-      "A3: a match on a field that a packet lacks does not hold, not even under a mask of 0",
+      lacking,
       "A4: fields do not depend on each other; a packet that shows something may never occur",
       "A5: the first entry that takes a packet ends the search; all that depends on an order rests "
       "on this",

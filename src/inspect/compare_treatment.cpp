@@ -21,7 +21,8 @@ constexpr char kTooLong[] = "takes too many steps to say";
 class Comparison {
  public:
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
-      : options_(options),
+      : groups_{&a, &b},
+        options_(options),
         all_({&a, &b}, options.order),
         cuts_(all_.space().space(), options.max_steps, all_.of(0).size() + all_.of(1).size()),
         findings_(a.getId(), options.max_findings) {
@@ -179,6 +180,8 @@ class Comparison {
     Witness witness(all_.space());
     witness.consider(cut);
     finding.witness = witness.text();
+    if (a) finding.before = treatmentText(groups_[0]->getEntriesRef().at(*a));
+    if (b) finding.after = treatmentText(groups_[1]->getEntriesRef().at(*b));
     finding.message = !a   ? "takes a packet that none surely takes in the first group"
                       : !b ? "none surely takes its packet in the second group"
                            : "takes its packet in the second group and treats it differently";
@@ -192,6 +195,7 @@ class Comparison {
                       " group treats its packets differently " + why;
   }
 
+  const FiltersGroup* groups_[2];
   const AnalysisOptions& options_;
   Rules all_;
   std::vector<Meetings> mays_;

@@ -190,16 +190,23 @@ std::size_t filled(const Object* object, char* out, std::size_t size, Write writ
 
 constexpr bool sameNumbers(Order cpp, filtersOrder_t c) { return static_cast<int>(cpp) == c; }
 constexpr bool sameNumbers(Hit cpp, filtersOutcome_t c) { return static_cast<int>(cpp) == c; }
-static_assert(sameNumbers(Order::kUnspecified, FILTERS_ORDER_UNSPECIFIED) &&
-              sameNumbers(Order::kHighestPriority, FILTERS_ORDER_HIGHEST_PRIORITY) &&
-              sameNumbers(Order::kLowestPriority, FILTERS_ORDER_LOWEST_PRIORITY) &&
-              sameNumbers(Order::kAscendingId, FILTERS_ORDER_ASCENDING_ID));
+static_assert(
+    sameNumbers(Order::kUnspecified, FILTERS_ORDER_UNSPECIFIED) &&
+    sameNumbers(Order::kHighestPriority, FILTERS_ORDER_HIGHEST_PRIORITY) &&
+    sameNumbers(Order::kLowestPriority, FILTERS_ORDER_LOWEST_PRIORITY) &&
+    sameNumbers(Order::kAscendingId, FILTERS_ORDER_ASCENDING_ID) &&
+    sameNumbers(Order::kHighestPriorityAscendingId, FILTERS_ORDER_HIGHEST_PRIORITY_ASCENDING_ID) &&
+    sameNumbers(Order::kHighestPriorityDescendingId,
+                FILTERS_ORDER_HIGHEST_PRIORITY_DESCENDING_ID) &&
+    sameNumbers(Order::kLowestPriorityAscendingId, FILTERS_ORDER_LOWEST_PRIORITY_ASCENDING_ID) &&
+    sameNumbers(Order::kLowestPriorityDescendingId, FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID));
 static_assert(sameNumbers(Hit::kMiss, FILTERS_OUTCOME_MISS) &&
               sameNumbers(Hit::kHit, FILTERS_OUTCOME_HIT) &&
               sameNumbers(Hit::kUndecided, FILTERS_OUTCOME_UNDECIDED));
 
 std::optional<Order> orderOf(std::int32_t number) {
-  if (number < FILTERS_ORDER_UNSPECIFIED || number > FILTERS_ORDER_ASCENDING_ID) return {};
+  if (number < FILTERS_ORDER_UNSPECIFIED || number > FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID)
+    return {};
   return static_cast<Order>(number);
 }
 

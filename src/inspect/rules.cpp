@@ -230,16 +230,22 @@ void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {
   if (options.progress) options.progress(done, all);
 }
 
-std::string entriesText(const std::vector<std::uint32_t>& ids) {
+std::string entriesText(const std::vector<std::uint32_t>& ids, bool others) {
   constexpr std::size_t kMost = 5;
-  if (ids.size() == 1) return "entry " + std::to_string(ids[0]);
-  std::string text = "entries ";
-  const std::size_t named = ids.size() > kMost ? kMost - 1 : ids.size() - 1;
-  for (std::size_t i = 0; i < named; ++i) {
-    text += std::to_string(ids[i]) + (i + 1 < named ? ", " : " and ");
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < (ids.size() > kMost ? kMost - 1 : ids.size()); ++i) {
+    names.push_back(std::to_string(ids[i]));
   }
-  return text + (ids.size() > kMost ? std::to_string(ids.size() - named) + " more"
-                                    : std::to_string(ids.back()));
+  if (others) {
+    names.emplace_back("others");
+  } else if (ids.size() > kMost) {
+    names.push_back(std::to_string(ids.size() - names.size()) + " more");
+  }
+  std::string text = ids.size() == 1 ? "entry " : "entries ";
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    text += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i];
+  }
+  return text;
 }
 
 }  // namespace FiltersInspect

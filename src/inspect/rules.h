@@ -104,8 +104,9 @@ class Cuts {
 // Calls the progress function, if there is one.
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all);
 
-// "entry 10", "entries 10, 20 and 30", "entries 1, 2, 3, 4 and 60 more".
-std::string entriesText(const std::vector<std::uint32_t>& ids);
+// "entry 10", "entries 10, 20 and 30", "entries 1, 2, 3, 4 and 60 more"; with more than are known
+// "entries 10, 20 and others".
+std::string entriesText(const std::vector<std::uint32_t>& ids, bool others = false);
 
 }  // namespace FiltersInspect
 

@@ -235,6 +235,8 @@ static void analyse(void) {
       {FILTERS_ORDER_HIGHEST_PRIORITY, "entry-unreachable", "\"order\": \"highest-priority\""},
       {FILTERS_ORDER_LOWEST_PRIORITY, NULL, "\"order\": \"lowest-priority\""},
       {FILTERS_ORDER_ASCENDING_ID, "entry-unreachable", "\"order\": \"id\""},
+      {FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID, NULL,
+       "\"order\": \"lowest-priority,descending-id\""},
   };
   FiltersGroup *group = NULL, *shorter = NULL;
   filtersFinding_t f;

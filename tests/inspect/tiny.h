@@ -334,17 +334,6 @@ inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet)
   return row;
 }
 
-constexpr Order kOrders[] = {
-    Order::kUnspecified,
-    Order::kHighestPriority,
-    Order::kLowestPriority,
-    Order::kAscendingId,
-    Order::kHighestPriorityAscendingId,
-    Order::kHighestPriorityDescendingId,
-    Order::kLowestPriorityAscendingId,
-    Order::kLowestPriorityDescendingId,
-};
-
 // Priorities and ids are small.
 inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   const std::string_view name = nameOf(order);

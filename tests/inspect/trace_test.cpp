@@ -25,7 +25,7 @@ TEST(TraceTest, IsTheSameForAllThatAPacketCanBe) {
       const auto& packet = packets[random.below(packets.size())];
       std::vector<bool> told(packet.size());
       for (std::size_t f = 0; f < told.size(); ++f) told[f] = random.below(3) != 0;
-      for (Order order : kOrders) {
+      for (Order order : kAllOrders) {
         ASSERT_EQ(faultOfTrace(c, packet, told, order), "") << i;
       }
     }
@@ -69,6 +69,18 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 28),
             "undecided: entry 50 or 1000 ");
+  // An entry that others surely take all packets from is no candidate; equal matches are read
+  // alike.
+  const ParsedGroups halves = groupsFromText(
+      "filter-groups 1\ngroup 1 priority=1 stage=ingress type=4\n"
+      "entry 10 priority=30 if src_ipv4=10.0.0.0/9 tos=8 then permit\n"
+      "entry 20 priority=20 if src_ipv4=10.128.0.0/9 tos=8 then permit\n"
+      "entry 30 priority=10 if src_ipv4=10.0.0.0/8 tos=8 then deny\n"
+      "entry 40 priority=5 then permit\n");
+  ASSERT_EQ(halves.groups.size(), 1U) << halves.report;
+  const std::string undecided = traced(halves.groups[0], "tos=9", order);
+  EXPECT_EQ(undecided.substr(0, undecided.find('\n')),
+            "undecided: entry 10 or 20, or 40 (all: permit)");
   EXPECT_EQ(traced(FiltersGroup(1), "", order), "miss\n");
   ASSERT_EQ(group.removeEntry(1000), FILTERS_OK);
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.1", order).substr(0, 29),

@@ -107,12 +107,8 @@ void declareCode(CLI::App* command, const char* name, std::string* value, const 
 }
 
 CLI::Option* declareOrder(CLI::App* command, Options* options) {
-  using FiltersInspect::Order;
   std::vector<std::string> choices;
-  for (const Order order : {Order::kUnspecified, Order::kHighestPriority, Order::kLowestPriority,
-                            Order::kAscendingId}) {
-    choices.emplace_back(nameOf(order));
-  }
+  for (const auto order : FiltersInspect::kAllOrders) choices.emplace_back(nameOf(order));
   return declareChoice(command, "--order", &options->order, std::move(choices),
                        "Which of two rules that take a packet comes first on the device");
 }

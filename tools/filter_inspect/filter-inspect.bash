@@ -9,7 +9,9 @@ _filter_inspect() {
   common+=" --max-bytes= --max-findings= --max-groups="
   local stages="none lookup ingress egress" types="none 1 2 3 4 5 6 7 8 9 10 11"
 
-  local orders="unspecified highest-priority lowest-priority ascending-id"
+  local orders="unspecified highest-priority lowest-priority ascending-id
+    highest-priority,ascending-id highest-priority,descending-id
+    lowest-priority,ascending-id lowest-priority,descending-id"
 
   case $prev in
     --color) COMPREPLY=($(compgen -W "auto always never" -- "$cur")) && return ;;
