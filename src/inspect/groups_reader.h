@@ -20,6 +20,9 @@
 
 namespace FiltersInspect {
 
+// What is said of a byte that ends the text for many who read it.
+inline constexpr const char* kZeroByte = "a zero byte may stand nowhere";
+
 // Takes groups entry by entry, as bytes, so that no message of a whole group is held.
 class GroupsReader {
  public:

@@ -57,9 +57,11 @@ class JsonReader {
   bool end_array() { return end(); }
   bool key(const std::string& name);
   bool parse_error(std::size_t position, const std::string&, const std::exception&) {
-    const std::size_t read = position == 0 ? 0 : position - 1;
-    place_ = TokenPlaces::of(text_.substr(0, std::min(read, text_.size())));
-    return fail(Code::kTextSyntax, "what stands here, or ends here, is no JSON");
+    const std::size_t read = std::min(position == 0 ? 0 : position - 1, text_.size());
+    place_ = TokenPlaces::of(text_.substr(0, read));
+    const bool isZero = read < text_.size() && text_[read] == '\0';
+    return fail(Code::kTextSyntax,
+                isZero ? kZeroByte : "what stands here, or ends here, is no JSON");
   }
  private:
   struct Frame {

@@ -76,7 +76,8 @@ Nesting nestingOf(In outer, std::size_t key, const FormRow* row);
 
 // What the parser reads: the text, with blanks alone between tokens. Of line ends and tabs, all of
 // which it keeps until the next text or number, its message about a fault would take eight bytes
-// each, and some copies of them.
+// each, and some copies of them. A zero byte becomes another that stands nowhere: the parser takes
+// a zero for the end of the text, and would not say what stands behind it.
 class Characters {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -87,6 +88,7 @@ class Characters {
 
   explicit Characters(const char* at) : at_(at) {}
   char operator*() const {
+    if (*at_ == '\0') return '\x01';
     const bool isBlank = *at_ == '\n' || *at_ == '\r' || *at_ == '\t';
     return isBlank && !inText_ ? ' ' : *at_;
   }

@@ -99,7 +99,10 @@ class TextReader {
     const std::size_t end = std::min(rest_.find('\n'), rest_.size());
     line_ = rest_.substr(0, end);
     rest_.remove_prefix(std::min(end + 1, rest_.size()));
-    words_ = line_.substr(0, line_.find('#'));
+    const std::size_t comment = std::min(line_.find('#'), line_.size());
+    words_ = line_.substr(0, comment);
+    const std::size_t zero = line_.find('\0', comment);
+    if (zero != line_.npos) fail(Code::kTextSyntax, line_.substr(zero), kZeroByte);
     nextWord();
     return true;
   }
@@ -117,6 +120,8 @@ class TextReader {
   }
   bool fail(Code code, std::string_view piece, std::string message) {
     if (!piece.empty() && piece.back() == '\r') message = "a carriage return ends no line here";
+    const std::size_t zero = piece.find('\0');
+    if (zero != piece.npos) piece.remove_prefix(zero), message = kZeroByte;
     groups_.fail(code, placeOf(piece), std::move(message));
     return false;
   }

@@ -101,6 +101,7 @@ TEST(Json, RefusesMatches) {
 TEST(Json, RefusesAllElse) {
   const std::string bytes = toHex(policerAt(policer::Stage::None).Serialize());
   const auto entry = [](const std::string& rest) { return withEntry('\n' + rest); };
+  const std::string kZero(1, '\0');
   const std::pair<std::string, const char*> refused[] = {
       {"", "1:1 text-syntax"},
       {"1", "1:1 text-syntax"},
@@ -118,6 +119,10 @@ TEST(Json, RefusesAllElse) {
       {kHead + "\n{\"stage\": \"no\"}]}", "2:11 text-value"},
       {kHead + "\n{\"stage\":\xff}]}", "2:10 text-syntax"},
       {kHead + std::string(100000, '['), "1:54 text-syntax"},
+      {kHead + "]}" + kZero, "1:56 text-syntax"},
+      {kHead + "]}\n" + kZero + kHead + "]}", "2:1 text-syntax"},
+      {kHead + "]" + kZero + "}", "1:55 text-syntax"},
+      {"{\"for" + kZero + "mat\": 1}", "1:6 text-syntax"},
       {entry(R"("id": 2)"), "3:1 text-repeated"},
       {entry(R"("parent": {"about": {}})"), "3:23 text-syntax"},
       {entry(R"("policer": {"bytes": "0"})"), "3:22 text-value"},

@@ -138,8 +138,12 @@ TEST(Text, RefusesAllElse) {
     EXPECT_EQ(findingsOf(groupsFromText(whole)), findings) << text;
     EXPECT_EQ(faultIn(kText, whole), "") << text;
   }
+  const std::string kZero(1, '\0');
   for (const auto& [text, findings] :
-       {std::pair("", "1:1 text-syntax"),
+       {std::pair(kHead + "group 1 priority=0 stage=none type=none # no" + kZero + "te\n" + kZero,
+                  "2:45 text-syntax 3:1 text-syntax"),
+        {kHead + "group 1 priority=0" + kZero + " stage=none type=none", "2:19 text-value"},
+        {"", "1:1 text-syntax"},
         {"group 1 priority=0 stage=none type=1", "1:1 text-syntax"},
         {"filter-groups", "1:14 text-version"},
         {"filter-groups 2\nsomething", "1:15 text-version"},
