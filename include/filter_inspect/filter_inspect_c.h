@@ -178,7 +178,7 @@ typedef enum filtersStepKind_t {
   FILTERS_STEP_SET_TYPE = 4,
 } filtersStepKind_t;
 typedef struct filtersStep_t {
-  filtersStepKind_t kind;
+  int32_t kind;  // one of filtersStepKind_t: any other number is refused
   filtersEntryId_t entry;
   int32_t value;
 } filtersStep_t;
@@ -189,12 +189,14 @@ typedef enum filtersPlanOrder_t {
 } filtersPlanOrder_t;
 
 // The fewest steps from one group to the other: at most count of them are written, and *steps is
-// how many there are. The report is empty when there is a plan, and says why there is none.
+// how many there are. The report is empty when there is a plan, and says why there is none; it is
+// null where the order is none of filtersPlanOrder_t.
 FILTERS_API FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to,
-                                       filtersPlanOrder_t order, filtersStep_t* out, size_t count,
+                                       int32_t order, filtersStep_t* out, size_t count,
                                        size_t* steps);
 // Takes the steps; stops at the first refusal and returns it. FILTERS_ERR_INVALID_ARGUMENT also for
-// a null object. Without memory a step may be left undone: FILTERS_ERR_INVALID.
+// a kind of step that there is not, and for a null object. Without memory a step may be left
+// undone: FILTERS_ERR_INVALID.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersApply(const filtersStep_t* steps, size_t count,
                                                         const FiltersGroup* to, FiltersGroup* g);
 // "set-stage ingress", "remove entry 7", "insert entry 10 ..."

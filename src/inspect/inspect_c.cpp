@@ -133,6 +133,11 @@ FiltersReport* readFrom(const char* text, std::size_t size, FiltersGroup** group
 constexpr bool sameNumbers(Step::Kind cpp, filtersStepKind_t c) {
   return static_cast<int>(cpp) == c;
 }
+constexpr bool sameNumbers(PlanOrder cpp, filtersPlanOrder_t c) {
+  return static_cast<int>(cpp) == c;
+}
+static_assert(sameNumbers(PlanOrder::kAddFirst, FILTERS_PLAN_ADD_FIRST) &&
+              sameNumbers(PlanOrder::kRemoveFirst, FILTERS_PLAN_REMOVE_FIRST));
 static_assert(sameNumbers(Step::Kind::kRemove, FILTERS_STEP_REMOVE) &&
               sameNumbers(Step::Kind::kInsert, FILTERS_STEP_INSERT) &&
               sameNumbers(Step::Kind::kSetPriority, FILTERS_STEP_SET_PRIORITY) &&
@@ -142,8 +147,10 @@ static_assert(sameNumbers(Step::Kind::kRemove, FILTERS_STEP_REMOVE) &&
 filtersStep_t inC(const Step& step) {
   return {static_cast<filtersStepKind_t>(step.kind), step.entry, step.value};
 }
+// A kind that is none stays none, which apply() refuses.
 Step fromC(const filtersStep_t& step) {
-  return {static_cast<Step::Kind>(step.kind), step.entry, step.value};
+  const auto kind = std::min(static_cast<std::uint32_t>(step.kind), std::uint32_t{UINT8_MAX});
+  return {static_cast<Step::Kind>(kind), step.entry, step.value};
 }
 
 // --- Buffers ---
@@ -400,21 +407,20 @@ FiltersReport* filtersDiff(const FiltersGroup* a, const FiltersGroup* b) {
   return explained([](const auto& from, const auto& to) { return diff(from, to); }, a, b);
 }
 
-FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to,
-                           filtersPlanOrder_t order, filtersStep_t* out, std::size_t count,
-                           std::size_t* steps) {
+FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to, std::int32_t order,
+                           filtersStep_t* out, std::size_t count, std::size_t* steps) {
   std::size_t all = 0;
+  const bool isOrder = order == FILTERS_PLAN_ADD_FIRST || order == FILTERS_PLAN_REMOVE_FIRST;
   FiltersReport* report = explained(
       [&](const auto& old, const auto& wanted) {
-        const bool removeFirst = order == FILTERS_PLAN_REMOVE_FIRST;
-        Plan made = plan(old, wanted, removeFirst ? PlanOrder::kRemoveFirst : PlanOrder::kAddFirst);
+        Plan made = plan(old, wanted, static_cast<PlanOrder>(order));
         for (std::size_t i = 0; i < std::min(count, made.steps.size()); ++i) {
           out[i] = inC(made.steps[i]);
         }
         all = made.steps.size();
         return std::move(made.report);
       },
-      from, to);
+      isOrder ? from : nullptr, to);
   if (steps != nullptr) *steps = report == nullptr ? 0 : all;
   return report;
 }

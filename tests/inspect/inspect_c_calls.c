@@ -45,6 +45,9 @@ static void explain(FiltersGroup* group, FiltersEntry* entry) {
   FIRST(filtersExplainMatch(entry, FILTERS_MATCH_TTL), "empty");
   FIRST(filtersExplainMatch(entry, FILTERS_MATCH_FORWARDING_TYPE), "empty");
   FIRST(filtersExplainMatch(entry, 70), "null");
+  FIRST(filtersExplainMatch(entry, 256 + FILTERS_MATCH_TTL), "null");
+  FIRST(filtersExplainStage(group, 256), "null");
+  FIRST(filtersExplainType(group, 256), "null");
   FIRST(filtersExplainInsert(NULL, entry), "null");
   FIRST(filtersExplainInsert(group, NULL), "null");
   FIRST(filtersExplainInsertInto(FILTERS_GROUP_STAGE_NONE, FILTERS_GROUP_TYPE_NONE, NULL), "null");
@@ -73,6 +76,8 @@ static void admit(void) {
   EXPECT(action == FILTERS_ACTION_PERMIT);
   EXPECT(filtersAdmittedActions(70, &action, 1) == 0 && filtersAdmittedTypes(70, types, 1) == 0);
   EXPECT(filtersAdmittedMatches(70, NULL, 0) == 0);
+  EXPECT(filtersAdmittedMatches(256 + FILTERS_GROUP_TYPE_3, NULL, 0) == 0);
+  EXPECT(filtersAdmittedActions(256, NULL, 0) == 0 && filtersAdmittedTypes(256, NULL, 0) == 0);
 }
 
 // Of a function that fills a buffer with text: every size gives the whole up to its zero and not a
@@ -179,6 +184,10 @@ static FiltersGroup* copyOf(const FiltersGroup* group) {
   return copy;
 }
 
+// Numbers that eight bits would make one of an enumeration of, and others.
+static const int32_t noOrders[] = {-1, 2, 9, 77, 256, 257, INT32_MIN, INT32_MAX};
+static const int32_t noKinds[] = {-1, 5, 77, 255, 256, 257, INT32_MIN, INT32_MAX};
+
 static void plan(FiltersGroup* from, FiltersGroup* to) {
   filtersStep_t steps[3];
   char line[200];
@@ -198,6 +207,16 @@ static void plan(FiltersGroup* from, FiltersGroup* to) {
   EXPECT(filtersStepToText(NULL, to, NULL, 0) == 0 && filtersStepToText(steps, NULL, NULL, 0) == 0);
   FIRST(filtersPlan(NULL, to, FILTERS_PLAN_ADD_FIRST, NULL, 0, &count), "null");
   EXPECT(count == 0);
+
+  for (size_t i = 0; i < sizeof noOrders / sizeof *noOrders; ++i) {
+    FIRST(filtersPlan(from, to, noOrders[i], steps, 3, &count), "null");
+    EXPECT(count == 0);
+  }
+  for (size_t i = 0; i < sizeof noKinds / sizeof *noKinds; ++i) {
+    const filtersStep_t odd = {noKinds[i], 70000, 0};
+    EXPECT(filtersApply(&odd, 1, to, from) == FILTERS_ERR_INVALID_ARGUMENT);
+    EXPECT(filtersStepToText(&odd, to, line, sizeof line) == 0 && line[0] == '\0');
+  }
 
   EXPECT(filtersApply(steps, 2, to, NULL) == FILTERS_ERR_INVALID_ARGUMENT);
   EXPECT(filtersApply(NULL, 2, to, from) == FILTERS_ERR_INVALID_ARGUMENT);
@@ -267,6 +286,8 @@ static void analyse(void) {
   FIRST(filtersUnusualValues(NULL), "null");
   FIRST(filtersAnalyse(group, -1), "null");
   FIRST(filtersAnalyse(group, 4), "null");
+  FIRST(filtersAnalyse(group, 256), "null");
+  FIRST(filtersCompareTreatment(group, shorter, 257), "null");
   FIRST(filtersAnalyse(NULL, 0), "null");
   FIRST(filtersCompareTreatment(group, shorter, 4), "null");
   FIRST(filtersCompareTreatment(group, NULL, 0), "null");
@@ -287,6 +308,7 @@ static void analyse(void) {
   do {                                                                  \
     Enum code = 70;                                                     \
     EXPECT(filters##Family##Name(70) == NULL);                          \
+    EXPECT(filters##Family##Name((value) + 256) == NULL);               \
     EXPECT(strcmp(filters##Family##Name(value), name) == 0);            \
     EXPECT(!filters##Family##FromName("no such", &code) && code == 70); \
     EXPECT(!filters##Family##FromName(NULL, &code) && code == 70);      \
