@@ -14,8 +14,8 @@
 // type or match that does not exist, and memory that runs out give a null report, 0 or false. An
 // empty report is something else: it says that there is nothing to say.
 // Texts and arrays. Functions that fill a caller's buffer do so as snprintf() does: they write what
-// fits, a text always with its zero, and return how long the whole is, the zero not counted. With
-// size 0 the buffer may be null, and its length is asked for.
+// fits, a text always with its zero, and return how long the whole is, the zero not counted. A null
+// buffer counts as one of size 0, by which the length is asked for. No locale changes a text.
 // Threads. Any number may read one report, group or entry at a time; deleting it, or changing it,
 // needs it alone.
 //

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <locale>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -178,13 +179,15 @@ class Window : public std::streambuf {
   std::size_t length_ = 0;
 };
 
-// Fills the buffer with what `write` writes of the object.
+// Fills the buffer with what `write` writes of the object, as no locale changes it.
 template <class Object, class Write>
 std::size_t filled(const Object* object, char* out, std::size_t size, Write write) {
+  if (out == nullptr) size = 0;
   const std::size_t length = guarded([&]() -> std::size_t {
     if (object == nullptr) return 0;
     Window window(out, size);
     std::ostream os(&window);
+    os.imbue(std::locale::classic());
     os.exceptions(std::ios::badbit);  // streams swallow exceptions otherwise, and go on
     write(os, *object);
     return window.length();
@@ -238,7 +241,7 @@ std::size_t bytesOf(const Object* object, void* out, std::size_t size) {
   return guarded([&] {
     std::string bytes;
     object->serialize(&bytes);
-    if (bytes.size() <= size) std::memcpy(out, bytes.data(), bytes.size());
+    if (out != nullptr && bytes.size() <= size) std::memcpy(out, bytes.data(), bytes.size());
     return bytes.size();
   });
 }
@@ -250,7 +253,7 @@ std::size_t admitted(const std::map<Key, const std::set<Code>>& table, Key key, 
   if (row == table.end()) return 0;
   std::size_t i = 0;
   for (Code code : row->second) {
-    if (i < count) out[i] = code;
+    if (out != nullptr && i < count) out[i] = code;
     ++i;
   }
   return i;
@@ -414,7 +417,7 @@ FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to, std
   FiltersReport* report = explained(
       [&](const auto& old, const auto& wanted) {
         Plan made = plan(old, wanted, static_cast<PlanOrder>(order));
-        for (std::size_t i = 0; i < std::min(count, made.steps.size()); ++i) {
+        for (std::size_t i = 0; out != nullptr && i < std::min(count, made.steps.size()); ++i) {
           out[i] = inC(made.steps[i]);
         }
         all = made.steps.size();

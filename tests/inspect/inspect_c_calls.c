@@ -68,14 +68,16 @@ static void explain(FiltersGroup* group, FiltersEntry* entry) {
 static void admit(void) {
   filtersGroupType_t types[] = {70, 70, 70};
   filtersAction_t action = 70;
-  const size_t all = filtersAdmittedTypes(FILTERS_GROUP_STAGE_LOOKUP, NULL, 0);
+  const size_t all = filtersAdmittedTypes(FILTERS_GROUP_STAGE_LOOKUP, NULL, 3);
   EXPECT(all == 3 && filtersAdmittedTypes(FILTERS_GROUP_STAGE_LOOKUP, types, 2) == all);
   EXPECT(types[0] == FILTERS_GROUP_TYPE_NONE && types[1] == FILTERS_GROUP_TYPE_4);
   EXPECT(types[2] == 70);
   EXPECT(filtersAdmittedActions(FILTERS_GROUP_STAGE_NONE, &action, 1) > 1);
+  EXPECT(filtersAdmittedActions(FILTERS_GROUP_STAGE_NONE, NULL, 1) > 1);
   EXPECT(action == FILTERS_ACTION_PERMIT);
   EXPECT(filtersAdmittedActions(70, &action, 1) == 0 && filtersAdmittedTypes(70, types, 1) == 0);
   EXPECT(filtersAdmittedMatches(70, NULL, 0) == 0);
+  EXPECT(filtersAdmittedMatches(FILTERS_GROUP_TYPE_3, NULL, 64) > 1);
   EXPECT(filtersAdmittedMatches(256 + FILTERS_GROUP_TYPE_3, NULL, 0) == 0);
   EXPECT(filtersAdmittedActions(256, NULL, 0) == 0 && filtersAdmittedTypes(256, NULL, 0) == 0);
 }
@@ -87,13 +89,13 @@ static void admit(void) {
     char whole[5000], out[5000];                                                            \
     const size_t length = Fill(object, whole, sizeof whole);                                \
     EXPECT(length == strlen(whole) && strncmp(whole, first, strlen(first)) == 0);           \
-    EXPECT(Fill(object, NULL, 0) == length);                                                \
+    EXPECT(Fill(object, NULL, 0) == length && Fill(object, NULL, 10) == length);            \
     for (size_t size = 1; size <= length + 1; size += size < length - 1 ? 7 : 1) {          \
       memset(out, '#', sizeof out);                                                         \
       EXPECT(Fill(object, out, size) == length && strlen(out) == size - 1);                 \
       EXPECT(memcmp(out, whole, size - 1) == 0 && out[size] == '#');                        \
     }                                                                                       \
-    EXPECT(Fill(NULL, out, sizeof out) == 0 && out[0] == '\0' && Fill(NULL, NULL, 0) == 0); \
+    EXPECT(Fill(NULL, out, sizeof out) == 0 && out[0] == '\0' && Fill(NULL, NULL, 9) == 0); \
   }
 FILLS(filtersGroupPrint, FiltersGroup)
 FILLS(filtersEntryPrint, FiltersEntry)
@@ -105,6 +107,7 @@ static void decodeGroup(FiltersGroup* group, FiltersGroup* another) {
   FiltersGroup* read = another;
   const size_t size = filtersGroupToBytes(group, bytes, sizeof bytes);
   EXPECT(size > 0 && filtersGroupToBytes(NULL, bytes, sizeof bytes) == 0);
+  EXPECT(filtersGroupToBytes(group, NULL, sizeof bytes) == size);
   FIRST(filtersDecodeGroup(bytes, size, &read), "empty");
   EXPECT(filtersGroupsEqual(read, group) && !filtersGroupsEqual(read, another));
   EXPECT(!filtersGroupsEqual(NULL, group) && !filtersGroupsEqual(group, NULL));
@@ -122,6 +125,7 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
   const size_t size = filtersEntryToBytes(entry, bytes, sizeof bytes - sizeof wide);
   EXPECT(size > 0 && filtersEntryToBytes(NULL, NULL, 0) == 0);
   EXPECT(filtersEntryToBytes(entry, &untouched, size - 1) == size && untouched == 70);
+  EXPECT(filtersEntryToBytes(entry, NULL, size) == size);
   FIRST(filtersDecodeEntry(bytes, size, &read), "empty");
   EXPECT(filtersEntriesEqual(read, entry) && !filtersEntriesEqual(read, another));
   EXPECT(!filtersEntriesEqual(NULL, entry) && !filtersEntriesEqual(entry, NULL));
@@ -197,13 +201,14 @@ static void plan(FiltersGroup* from, FiltersGroup* to) {
   deleteFiltersReport(report);
   FIRST(filtersDiff(from, NULL), "null");
 
-  FIRST(filtersPlan(from, to, FILTERS_PLAN_ADD_FIRST, NULL, 0, &count), "empty");
+  FIRST(filtersPlan(from, to, FILTERS_PLAN_ADD_FIRST, NULL, 3, &count), "empty");
   EXPECT(count == 2);
   FIRST(filtersPlan(from, to, FILTERS_PLAN_REMOVE_FIRST, steps, 3, NULL), "empty");
   EXPECT(steps[0].kind == FILTERS_STEP_SET_PRIORITY && steps[0].value == 7);
   EXPECT(steps[1].kind == FILTERS_STEP_REMOVE && steps[1].entry == 70000);
   EXPECT(filtersStepToText(&steps[1], to, line, sizeof line) == strlen("remove entry 70000"));
   EXPECT(strcmp(line, "remove entry 70000") == 0);
+  EXPECT(filtersStepToText(&steps[1], to, NULL, 9) == strlen(line));
   EXPECT(filtersStepToText(NULL, to, NULL, 0) == 0 && filtersStepToText(steps, NULL, NULL, 0) == 0);
   FIRST(filtersPlan(NULL, to, FILTERS_PLAN_ADD_FIRST, NULL, 0, &count), "null");
   EXPECT(count == 0);
@@ -233,7 +238,7 @@ static long traced(const FiltersGroup* group, const char* packet, int32_t order,
   EXPECT(length == strlen(whole) && strstr(whole, text) != NULL);
   EXPECT(filtersTrace(group, packet, order, NULL, NULL, cut, sizeof cut) == length);
   EXPECT(strncmp(cut, whole, sizeof cut - 1) == 0 && strlen(cut) < sizeof cut);
-  EXPECT(filtersTrace(group, packet, order, NULL, NULL, NULL, 0) == length);
+  EXPECT(filtersTrace(group, packet, order, NULL, NULL, NULL, 9) == length);
   EXPECT((entry == 70) == (outcome != FILTERS_OUTCOME_HIT));
   return outcome == FILTERS_OUTCOME_HIT ? (long)entry : -2 - (long)outcome;
 }

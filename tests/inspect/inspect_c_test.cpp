@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <locale>
 #include <string>
 
 #include "../memory_control.h"
@@ -28,6 +29,25 @@ TEST(InspectC, IsCalledFromC) {
   const long before = memory::live;
   callEveryFunctionOfInspect();
   EXPECT_EQ(memory::live, before);
+}
+
+// Which a C program cannot change.
+TEST(InspectC, GoesByNoLocale) {
+  struct Points : std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  FiltersGroup group(50000);
+  ASSERT_EQ(group.insertEntry(FiltersEntry(50000)), FILTERS_OK);
+  const auto printed = [&] {
+    char out[5000];
+    std::string text(out, filtersGroupPrint(&group, out, sizeof out));
+    return text.append(out, filtersEntryPrint(&group.getEntriesRef().at(50000), out, sizeof out));
+  };
+  const std::string before = printed();
+  const std::locale global = std::locale::global(std::locale(std::locale::classic(), new Points));
+  EXPECT_EQ(printed(), before);
+  std::locale::global(global);
 }
 
 FiltersEntry refusedEntry() {
