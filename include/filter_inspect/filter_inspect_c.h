@@ -107,8 +107,9 @@ FILTERS_API void deleteFiltersReport(FiltersReport* r);  // null: nothing to do
 
 // Of filtersGroupInsertEntry(), also into a group of this stage and type; filtersGroupSetStage(),
 // filtersGroupSetType(); and filtersEntrySetMatch() of one more match of this code. A report is
-// empty exactly when that would succeed, and its first finding has the very result. Of a group that
-// was read from bytes the stage and type may be any.
+// empty exactly when that would succeed, and its first finding has the very result: of
+// filtersGroupSetStage(), which returns none, that of the class's setStage(). Of a group that was
+// read from bytes the stage and type may be any.
 FILTERS_API FiltersReport* filtersExplainInsert(const FiltersGroup* g, const FiltersEntry* e);
 FILTERS_API FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filtersGroupType_t t,
                                                     const FiltersEntry* e);

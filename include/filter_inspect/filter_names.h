@@ -2,7 +2,8 @@
 #define FILTER_INSPECT_FILTER_NAMES_H_
 
 // Names of every code, both ways. A name is the enumerator's own, in lower case, without the prefix
-// that its enumeration shares: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port". Names are part of the
+// that its enumeration shares: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port". Of results the prefix is
+// FILTERS_ERR_, and FILTERS_ of the one that is no error: "not_found", "ok". Names are part of the
 // text and JSON forms: they are never changed. C callers: filter_inspect_c.h.
 //
 // All of this may be called from any thread. The texts live as long as the library is loaded, and

@@ -109,8 +109,9 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 
 // As JSON by docs/schema/filter-report-1.schema.json, the same bytes on every machine, with a
-// newline at the end. `command` is what the report answers ("check", "diff", ...), `file` what the
-// one input is called.
+// newline at the end. `command` is what the report answers; the schema admits "check", "diff",
+// "plan", "analyse", "trace", "capabilities", "show", "convert", "names" and "usage", and any other
+// text makes a document that it refuses. `file` is what the one input is called.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 

@@ -243,7 +243,7 @@ Report explainMatch(const FiltersEntry& entry, filtersMatch_t code) {
   Refusals refusals;
   if (rowOf(code) == nullptr) {
     Finding& finding =
-        refusals.add(Code::kMatchUnknown, FILTERS_ERR_INVALID, Subject::kMatch, &entry);
+        refusals.add(Code::kMatchCodeUnknown, FILTERS_ERR_INVALID, Subject::kMatch, &entry);
     finding.offender = code;
     finding.message = "no class of the library carries this code";
   }

@@ -55,7 +55,8 @@ TextPlace TokenPlaces::next() {
 }
 
 TextPlace TokenPlaces::of(std::string_view before) {
-  const std::size_t line = before.rfind('\n') + 1;  // 0 when there is none
+  const std::size_t end = before.rfind('\n');
+  const std::size_t line = end == before.npos ? lengthOfMark(before) : end + 1;
   const auto lines = std::count(before.begin(), before.end(), '\n');
   return {static_cast<std::size_t>(lines) + 1, before.size() - line + 1};
 }

@@ -17,9 +17,8 @@ namespace FiltersInspect {
 // well-formed, and between two of them stand blanks, commas and colons alone.
 class TokenPlaces {
  public:
-  explicit TokenPlaces(std::string_view text) : text_(text) {
-    if (text_.substr(0, 3) == "\xef\xbb\xbf") at_ = lineStart_ = 3;  // skipped by the parser too
-  }
+  explicit TokenPlaces(std::string_view text)
+      : text_(text), at_(lengthOfMark(text)), lineStart_(at_) {}
 
   TextPlace next();
 
@@ -28,10 +27,15 @@ class TokenPlaces {
  private:
   static constexpr std::string_view kBetween = " \t\r\n,:";
 
+  // Of the byte-order mark of UTF-8, which the parser skips and no column counts.
+  static std::size_t lengthOfMark(std::string_view text) {
+    return text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0;
+  }
+
   std::string_view text_;
-  std::size_t at_ = 0;
+  std::size_t at_;
   std::size_t line_ = 1;
-  std::size_t lineStart_ = 0;
+  std::size_t lineStart_;
 };
 
 // What the reader is inside of.

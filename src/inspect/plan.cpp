@@ -201,7 +201,12 @@ Plan draft(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
 
 Plan plan(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
   if (from.getId() != to.getId()) {
-    return {false, false, {}, diff(FiltersGroup(from.getId()), FiltersGroup(to.getId()))};
+    Report report = diff(FiltersGroup(from.getId()), FiltersGroup(to.getId()));
+    Finding& why = report.findings.front();
+    why.code = Code::kNoPlan;
+    why.severity = severityOf(why.code);
+    why.message = "no step changes the id of a group: " + why.message;
+    return {false, false, {}, std::move(report)};
   }
   Plan plan = draft(from, to, order);
   if (!plan.possible) return plan;

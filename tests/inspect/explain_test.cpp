@@ -234,6 +234,7 @@ TEST(ExplainMatch, SaysWhatIsInTheWay) {
   }
   const Report unknown = explainMatch(FiltersEntry(1), filtersMatch_t(35));
   EXPECT_EQ(resultOf(unknown), FILTERS_ERR_INVALID);
+  EXPECT_EQ(said(unknown), Said({{Code::kMatchCodeUnknown, 35}}));
   EXPECT_EQ(explainMatch(entryOf({9, 10}), FILTERS_MATCH_SRC_IPV6).findings.size(), 2u);
 }
 

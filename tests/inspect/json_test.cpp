@@ -112,6 +112,8 @@ TEST(Json, RefusesAllElse) {
       {"{\"version\": \"1\"}", "1:13 text-version"},
       {kHead, "1:54 text-syntax"},
       {kHead + "]} x", "1:57 text-syntax"},
+      {"\xef\xbb\xbf" + kHead + "]} x", "1:57 text-syntax"},
+      {"\xef\xbb\xbf" + kHead + "1]}", "1:54 text-syntax"},
       {kHead + "1]}", "1:54 text-syntax"},
       {kHead + "{}]}", "1:55 text-syntax"},
       {kHead + "\n" + kGroup + "]}\n,]}", "3:2 text-syntax"},

@@ -353,8 +353,9 @@ TEST(Plan, SaysWhyThereIsNone) {
     EXPECT_TRUE(none.steps.empty());
     ASSERT_EQ(none.report.findings.size(), 1u) << none.report;
     EXPECT_EQ(none.report.findings[0].code, code);
+    EXPECT_EQ(none.report.worst(), Severity::kError);
   };
-  expectWhy(FiltersGroup(1), FiltersGroup(2), Code::kHeadChanged);
+  expectWhy(FiltersGroup(1), FiltersGroup(2), Code::kNoPlan);
   expectWhy(groupOf(0, 0), groupOf(1, 3), Code::kTypeNotAdmitted);
   expectWhy(groupOf(0, 0), groupOf(4, 3), Code::kStageUnknown);
   expectWhy(groupOf(4, 12), groupOf(0, 3), Code::kTypeNotAdmitted);  // no setter leads away

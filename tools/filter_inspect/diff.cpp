@@ -170,8 +170,10 @@ Report stepsOf(const Plan& plan, const FiltersGroup& to) {
 Plan planOf(const Pair& pair, PlanOrder order) {
   if (pair.a != nullptr && pair.b != nullptr) return plan(*pair.a->group, *pair.b->group, order);
   Plan none;
-  none.report = compare(pair);
-  none.report.findings.resize(1);
+  const bool isGone = pair.a != nullptr;
+  Finding& why = none.report.findings.emplace_back(findingOf(
+      Code::kNoPlan, isGone ? "no step takes a whole group away" : "no step makes a new group"));
+  why.group = (isGone ? pair.a : pair.b)->group->getId();
   return none;
 }
 
