@@ -57,14 +57,14 @@ bool Entries::read(const FiltersEntryPB& in, const Place& place, int depth,
       out_->ByteSizeLong() != body.size() || writtenBy(*out_, &scratch_) != body) {
     whole = readParts(in, place, depth);
     about(Subject::kEntry);
-    if (in.has_policer_()) {
+    if (entryCheck_.hasCome(FiltersEntryPB::kPolicerFieldNumber)) {
       notePolicer(in.policer_(), Subject::kPolicer, FiltersEntryPB::kPolicerFieldNumber, place);
     }
-    if (in.has_policer_parent_()) {
+    if (entryCheck_.hasCome(FiltersEntryPB::kPolicerParentFieldNumber)) {
       notePolicer(in.policer_parent_(), Subject::kParent, FiltersEntryPB::kPolicerParentFieldNumber,
                   place);
     }
-    noteCounters(entry, place);
+    if (!entryCheck_.isBroken()) noteCounters(entry, place);
   }
   about(Subject::kEntry);
   if (!refusal.empty()) {
@@ -106,7 +106,7 @@ bool Entries::readMatch(const MatchPB& in, const Place& place, int depth) {
   const bool refused =
       row != nullptr && matches_.count(in.type_()) == 0 && !row->putBlank(&blanks_);
   if (row == nullptr || refused) {
-    const bool whole = matchCheck_.walk(bytes_, place, depth, lenient_, findings_);
+    if (!matchCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
     if (row == nullptr) {
       findings_->add(Code::kMatchUnknown, place, "no class has this code; the match is dropped");
     } else if (Finding* finding = findings_->add(Code::kMatchRefused, place)) {
@@ -116,29 +116,28 @@ bool Entries::readMatch(const MatchPB& in, const Place& place, int depth) {
                                conflict.others.end());
       }
     }
-    return whole;
+    return true;
   }
   matchOut_->Clear();
   row->echo(in, matchOut_);
-  bool whole = true;
   const std::string_view body = place.content(bytes_);
   if (writtenBy(*matchOut_, &scratch_) != body) {
-    whole = matchCheck_.walk(bytes_, place, depth, lenient_, findings_);
+    if (!matchCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
     matchCheck_.compare(in, *matchOut_, place, findings_, [row](const auto& one, auto* kept) {
       row->echo(static_cast<const MatchPB&>(one), static_cast<MatchPB*>(kept));
     });
   }
   keep(Code::kMatchReplaced, &matches_, place);
-  return whole;
+  return true;
 }
 
 bool Entries::readAction(const ActionPB& in, const Place& place, int depth) {
   const ActionRow* row = rowOf(static_cast<filtersAction_t>(in.type_()));
   about(Subject::kAction, in.type_());
   if (row == nullptr) {
-    const bool whole = actionCheck_.walk(bytes_, place, depth, lenient_, findings_);
+    if (!actionCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
     findings_->add(Code::kActionUnknown, place, "no class has this code; the action is dropped");
-    return whole;
+    return true;
   }
   const MessageCheck::Echo echo = [row](const auto& one, auto* kept) {
     row->echo(static_cast<const ActionPB&>(one), static_cast<ActionPB*>(kept));
@@ -158,9 +157,9 @@ bool Entries::readAction(const ActionPB& in, const Place& place, int depth) {
     if (Finding* finding = findings_->add(Code::kRebuildThrows, place)) finding->message = refusal;
   } else if (writtenBy(*actionOut_, &scratch_) != body) {
     whole = actionCheck_.walk(bytes_, place, depth, lenient_, findings_);
-    actionCheck_.compare(in, *actionOut_, place, findings_, echo);
+    if (whole) actionCheck_.compare(in, *actionOut_, place, findings_, echo);
   }
-  keep(Code::kActionReplaced, &actions_, place);
+  if (whole) keep(Code::kActionReplaced, &actions_, place);
   return whole;
 }
 
@@ -169,14 +168,13 @@ bool Entries::readCounter(const CounterPB& in, const Place& place, int depth) {
   about(Subject::kCounter, counter.GetId());
   counterOut_->Clear();
   counter.Serialize(counterOut_);
-  bool whole = true;
   const std::string_view body = place.content(bytes_);
   if (writtenBy(*counterOut_, &scratch_) != body) {
-    whole = counterCheck_.walk(bytes_, place, depth, lenient_, findings_);
+    if (!counterCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
     counterCheck_.compare(in, *counterOut_, place, findings_);
   }
   keep(Code::kCounterReplaced, &counters_, place);
-  return whole;
+  return true;
 }
 
 // The part is kept, in place of an earlier one of its code or id.

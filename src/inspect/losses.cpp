@@ -121,11 +121,12 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
       note(wire, *field, place, findings);
     }
   }
+  broken_ = !whole;
   if (whole && reader.broken()) {
     noteEnd(reader.position(), bytes, place, findings);
     whole = false;
   }
-  noteMissing(place, findings);
+  if (!broken_) noteMissing(place, findings);
   return whole;
 }
 
@@ -135,6 +136,7 @@ void MessageCheck::noteEnd(std::size_t at, std::string_view bytes, const Place& 
   if (place.outer == nullptr && at + 1 == bytes.size() && bytes[at] == '\0') {
     findings->add(Code::kTrailingZero, rest, "the zero byte that ends a buffer");
   } else {
+    broken_ = true;
     findings->add(Code::kBytesBroken, rest, "nothing can be read from here on");
   }
 }
@@ -233,6 +235,11 @@ void MessageCheck::noteMissing(const Place& place, Findings* findings) {
 
 // --- The comparison ------------------------------------------------------------------------------
 
+bool MessageCheck::hasCome(int fieldNumber) const {
+  const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
+  return fields_[static_cast<std::size_t>(field.index())].count != 0;
+}
+
 Place MessageCheck::placeOf(int fieldNumber, const Place& outer) const {
   const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
   const Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
@@ -258,7 +265,7 @@ void MessageCheck::compareBytes(const Field& field, const google::protobuf::Mess
                                 const google::protobuf::Message& out, const Place& place,
                                 Findings* findings) {
   const Reflection& reflection = *in.GetReflection();
-  const bool came = fields_[static_cast<std::size_t>(field.index())].count != 0;
+  const bool came = hasCome(field.number());
   std::string inScratch, outScratch;
   const std::string& before =
       came ? reflection.GetStringReference(in, &field, &inScratch) : inScratch;
@@ -283,9 +290,9 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
                               Findings* findings) {
   const Reflection& reflection = *in.GetReflection();
   // Where the bytes end midway, the runtime may have stored something that did not come.
-  const bool came = fields_[static_cast<std::size_t>(field.index())].count != 0;
+  const bool came = hasCome(field.number());
   const bool kept = reflection.HasField(out, &field);
-  if (!came && !kept) return;
+  if (!came && (!kept || broken_)) return;
   const Place its = placeOf(field.number(), place);
   if (!kept) {
     if (Finding* finding = findings->add(Code::kFieldUnused, its)) {

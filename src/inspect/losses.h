@@ -42,7 +42,12 @@ class MessageCheck {
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const Place& place, Findings* findings, const Echo& echo = nullptr);
 
-  // Where the last occurrence of a field stands.
+  // Whether the bytes ended in the message before their time: what they end in has said half of
+  // itself, and what may have followed is not called missing.
+  bool isBroken() const { return broken_; }
+
+  // Whether the walk met the field, and where its last occurrence stands.
+  bool hasCome(int fieldNumber) const;
   Place placeOf(int fieldNumber, const Place& outer) const;
  private:
   struct Occurrences {
@@ -75,6 +80,7 @@ class MessageCheck {
 
   const Descriptor* descriptor_;
   std::vector<Occurrences> fields_;
+  bool broken_ = false;
 };
 
 }  // namespace FiltersInspect

@@ -97,9 +97,22 @@ const Planted kInEntries[] = {
      "0801>120e0804100018002000280030003800180278ffffffff0f\n"},
     {"ThrowingAction", "2a ( 0812 5001 )", "rebuild-throws 0+6 actions_[0]\n"},
     {"TrailingZero", "00", "trailing-zero 0+1 \n"},
-    {"CutOff", "22 04 081a b0",
-     "bytes-broken 4+1 matches_[0]\n"
-     "field-defaulted 0+5 matches_[0].ttl_ >0\n"},
+    {"TrailingZeroAndCounter", "32 ( 0801 1000 ) 00",
+     "trailing-zero 6+1 \n"
+     "counter-unusual 0+6 counters_[0]\n"},
+    // What the last field says, and what did not follow it, is not told.
+    {"CutOff", "22 04 081a b0", "bytes-broken 4+1 matches_[0]\n"},
+    {"CutOffInAMatchType", "22 02 08a3", "bytes-broken 2+2 matches_[0]\n"},
+    {"CutOffInAnActionType", "2a 02 08ff", "bytes-broken 2+2 actions_[0]\n"},
+    {"CutOffInARepeatedAction", "2a ( 0805 1801 ) 2a 04 0805 1881",
+     "bytes-broken 10+2 actions_[1]\n"},
+    {"CutOffInASecondMatch", "22 ( 0809 420401020304 520401020304 ) 22 04 080f 1881",
+     "bytes-broken 20+2 matches_[1]\n"},
+    {"CutOffInACounter", "32 ( 0801 1001 ) 32 03 0801 10", "bytes-broken 10+1 counters_[1]\n"},
+    {"CutOffInAPolicer", "3a 02 08", "bytes-broken 0+3 \n"},
+    {"LossBeforeTheCut", "22 0a 081a b00140 b00141 b0",
+     "field-repeated 4+3 matches_[0].ttl_\n"
+     "bytes-broken 10+1 matches_[0]\n"},
     {"Nonsense", "22 ( 081a b00140 07 )", "bytes-broken 7+1 matches_[0]\n"},
 };
 
@@ -154,10 +167,14 @@ const Planted kInGroups[] = {
      "required-missing 8+7 entries_[0].policer_\n"},
     {"ZeroBeforeTheEnd", "0807 1000 1800 2003 00 08", "bytes-broken 8+2 \n"},
     {"CutOffInAMatch", "0807 1000 1800 2003 2a 0c 0801 1000 22 08 0809 42",
-     "bytes-broken 18+1 entries_[0].matches_[0]\n"
-     "field-defaulted 14+5 entries_[0].matches_[0].ipv4_ >00000000\n"
-     "field-defaulted 14+5 entries_[0].matches_[0].ipv4_mask_ >00000000\n"
-     "required-missing 8+11 entries_[0].policer_\n"},
+     "bytes-broken 18+1 entries_[0].matches_[0]\n"},
+    {"CutOffInTheHead", "08878004 10", "bytes-broken 4+1 \nvalue-cut 0+4 id_ 65543>7\n"},
+    {"ZeroAlone", "00",
+     "trailing-zero 0+1 \n"
+     "required-missing 0+1 id_\n"
+     "required-missing 0+1 priority_\n"
+     "required-missing 0+1 stage_\n"
+     "required-missing 0+1 type_\n"},
 };
 
 class InGroup : public testing::TestWithParam<Planted> {};
