@@ -14,9 +14,10 @@
 // number; of what is missing, the part that misses it; of broken bytes, all from there to the end.
 //
 // Where the bytes are broken the constructors keep what came before, and what they make of half a
-// match, action, counter or number. Nothing is said of that half beside kBytesBroken, nor is what
-// may have followed called missing; the entry and the offender of that finding are as they are
-// kept. Bytes that end exactly before an entry are those of a shorter group, and not broken.
+// match, action, counter or number. Nothing is said of that half beside kBytesBroken, and
+// kEntryRefused where the group refuses its entry, nor is what may have followed called missing;
+// the entry and the offender of both are as they are kept. Bytes that end exactly before an entry
+// are those of a shorter group, and not broken.
 //
 // May be called from any thread. It may throw std::bad_alloc, and nothing else.
 

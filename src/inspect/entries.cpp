@@ -234,12 +234,13 @@ void Entries::noteRefusal(const Report& refusal, const Place& place) {
   }
   for (const Finding& reason : refusal.findings) {
     Place its = place;
-    const auto point = [&](const KeptByCode& parts, std::string_view field) {
+    const bool isMatch = reason.subject == Subject::kMatch;
+    if (isMatch || reason.subject == Subject::kAction) {
+      const KeptByCode& parts = isMatch ? matches_ : actions_;
       const auto part = parts.find(reason.offender);
-      if (part != parts.end()) its = {&place, field, part->second.index, part->second.bytes};
-    };
-    if (reason.subject == Subject::kMatch) point(matches_, "matches_");
-    if (reason.subject == Subject::kAction) point(actions_, "actions_");
+      if (part == parts.end()) continue;  // the half that broken bytes end in
+      its = {&place, isMatch ? "matches_" : "actions_", part->second.index, part->second.bytes};
+    }
     if (reason.subject == Subject::kPolicer) {
       its = entryCheck_.placeOf(FiltersEntryPB::kPolicerFieldNumber, place);
     }

@@ -168,6 +168,9 @@ const Planted kInGroups[] = {
     {"ZeroBeforeTheEnd", "0807 1000 1800 2003 00 08", "bytes-broken 8+2 \n"},
     {"CutOffInAMatch", "0807 1000 1800 2003 2a 0c 0801 1000 22 08 0809 42",
      "bytes-broken 18+1 entries_[0].matches_[0]\n"},
+    {"CutOffInARefusedMatch", "0807 1000 1800 2003 2a 0a 0801 1000 22 06 081b b801",
+     "bytes-broken 18+2 entries_[0].matches_[0]\n"
+     "entry-refused 8+12 entries_[0]\n"},
     {"CutOffInTheHead", "08878004 10", "bytes-broken 4+1 \nvalue-cut 0+4 id_ 65543>7\n"},
     {"ZeroAlone", "00",
      "trailing-zero 0+1 \n"
