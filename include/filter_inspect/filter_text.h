@@ -56,8 +56,9 @@ struct GroupPlaces {
 // ("12:7", both from 1), those about what an entry or group holds the place where it begins.
 // Nothing is dropped on the way: an unknown name, one given twice, a number too large, a match that
 // cannot stand beside another and an entry that its group refuses are findings. Text is read on
-// behind a faulty line; JSON is read up to its first fault. Findings beyond `max_findings` are
-// counted in Report::left_out.
+// behind a faulty line, which hides nothing about other entries unless it is the head of their
+// group; JSON is read up to its first fault. Findings beyond `max_findings` are counted in
+// Report::left_out.
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;

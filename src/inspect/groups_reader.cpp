@@ -44,7 +44,7 @@ TextPlace GroupPlaces::of(std::optional<filtersEntryId_t> entry) const {
 }
 
 void GroupsReader::beginGroup(TextPlace place) {
-  faulty_ = false;
+  isHeadFaulty_ = false;
   head_->Clear();
   bytes_.clear();
   places_ = {place, {}};
@@ -52,19 +52,23 @@ void GroupsReader::beginGroup(TextPlace place) {
 
 void GroupsReader::beginEntry(TextPlace place) {
   places_.entries.emplace_back(0, place);
+  inEntry_ = true;
+  isEntryFaulty_ = false;
   entries_->Clear();
   entries_->add_entries_();
 }
 
 void GroupsReader::endEntry() {
+  inEntry_ = false;
+  if (isEntryFaulty_) return places_.entries.pop_back();
   places_.entries.back().first = entry()->id_();
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
   // Fields written one behind the other are the bytes of one message of all of them.
-  if (!faulty_) static_cast<void>(entries_->AppendPartialToString(&bytes_));
+  static_cast<void>(entries_->AppendPartialToString(&bytes_));
 }
 
 void GroupsReader::endGroup() {
-  if (faulty_) return;
+  if (isHeadFaulty_) return;
   const std::string bytes = head_->SerializePartialAsString() + bytes_;
   DecodeLimits limits;
   limits.max_findings = maxFindings_;
@@ -89,7 +93,7 @@ ParsedGroups GroupsReader::finish() {
 }
 
 void GroupsReader::fail(Code code, TextPlace place, std::string message) {
-  faulty_ = true;
+  (inEntry_ ? isEntryFaulty_ : isHeadFaulty_) = true;
   if (!report_.takes(severityOf(code))) return;
   Finding& finding = report_.add(code);
   finding.path = toText(place);

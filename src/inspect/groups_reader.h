@@ -39,9 +39,11 @@ class GroupsReader {
   void beginEntry(TextPlace place);
   // A policer that was not given is the default one.
   void endEntry();
-  // Refuses whatever the decoder has more than a note about. A group with faults is not decoded.
+  // Refuses whatever the decoder has more than a note about, of the entries without faults. Below a
+  // head that has some nobody knows what is refused.
   void endGroup();
 
+  // Of the entry at hand, or of the head.
   void fail(Code code, TextPlace place, std::string message);
   // All groups, or none and the findings.
   ParsedGroups finish();
@@ -57,9 +59,10 @@ class GroupsReader {
   FiltersCommon::FiltersGroupPB* const head_ = arena_.make<FiltersCommon::FiltersGroupPB>();
   FiltersCommon::FiltersGroupPB* const entries_ =  // of the one entry at hand
       arena_.make<FiltersCommon::FiltersGroupPB>();
-  std::string bytes_;    // of the entries before it
-  bool faulty_ = false;  // the group at hand
-  GroupPlaces places_;   // of the group at hand, its entries as they stand there
+  std::string bytes_;  // of the entries before it
+  bool isHeadFaulty_ = false;
+  bool inEntry_ = false, isEntryFaulty_ = false;
+  GroupPlaces places_;  // of the group at hand, its entries in `bytes_` and the one at hand
 };
 
 // The bytes in hexadecimal digits, both ways; upper-case digits are read too.

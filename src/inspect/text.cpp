@@ -147,22 +147,35 @@ class TextReader {
   void readLine() {
     if (word_.empty()) return;
     const TextPlace place = placeOf(word_);
-    if (take("group")) {
-      if (inGroup_) groups_.endGroup();
-      inGroup_ = true;
-      groups_.beginGroup(place);
-      if (readHead() && !word_.empty()) wanted("the end of the line");
-    } else if (take("entry")) {
-      if (!inGroup_) groups_.fail(Code::kTextSyntax, place, "an entry before any group");
-      inGroup_ = true;
-      groups_.beginEntry(place);
-      if (readEntry() && !word_.empty()) {
-        wanted("a match, action or counter, 'then', 'count', 'police' or 'parent'");
+    // A line with a stage was to be a head: what follows does not belong to the group before it.
+    if (word_ == "group" || (word_ != "entry" && words_.find("stage=") != words_.npos)) {
+      beginGroup(place);
+      if (!take("group")) {
+        wanted("'group' or 'entry'");
+      } else if (readHead() && !word_.empty()) {
+        wanted("the end of the line");
       }
-      groups_.endEntry();
-    } else {
-      wanted("'group' or 'entry'");
+      return;
     }
+    // Every other line is taken for an entry, so that it hides nothing about the others.
+    const bool isEntry = take("entry");
+    if (isEntry && !inGroup_) {
+      beginGroup(place);
+      groups_.fail(Code::kTextSyntax, place, "an entry before any group");
+    }
+    groups_.beginEntry(place);
+    if (!isEntry) {
+      wanted("'group' or 'entry'");
+    } else if (readEntry() && !word_.empty()) {
+      wanted("a match, action or counter, 'then', 'count', 'police' or 'parent'");
+    }
+    groups_.endEntry();
+  }
+
+  void beginGroup(TextPlace place) {
+    if (inGroup_) groups_.endGroup();
+    inGroup_ = true;
+    groups_.beginGroup(place);
   }
 
   // A whole word, or what follows in it behind a key.

@@ -129,6 +129,14 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police ff", "3:1 policer-rewritten"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
+      // A fault hides none of others, but where nobody knows what the group refuses.
+      {"entry 1 priority=0 if vrf_id=1\nentry 1 priority=0 if tos=256\nrule 4\n"
+       "entry 4 priority=0 if vrf_id=1 nothing\nentry 5 priority=0 if vrf_id=1",
+       "4:27 text-value 5:1 text-syntax 6:32 text-syntax "
+       "3:1 entry-refused 3:1 match-not-admitted 7:1 entry-refused 7:1 match-not-admitted"},
+      {"gruop 1 priority=0 stage=none type=8\nentry 1 priority=0 if tos=1", "3:1 text-syntax"},
+      {"group 1 priority=0 stage=none type=x\nentry 1 priority=0 if tos=1\nentry 2 priority=0 if x",
+       "3:36 text-value 5:23 text-syntax"},
       {"group 65536 priority=0 stage=none type=none", "3:7 text-value"},
       {"group 1 priority=0 stage=no type=none", "3:26 text-value"},
       {"group 1 priority=0 stage=none type=1 entries", "3:38 text-syntax"},
