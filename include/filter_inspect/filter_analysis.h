@@ -110,7 +110,9 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
 //   given, the others each take all of its packets, but for those that take nearly all packets of a
 //   large group; when that is so of many entries, one finding without an entry says how many. If
 //   one is given, pairs are told on request.
-// - kValueUnusual: the value of one of its matches is one that hardly any sender means.
+// - kValueUnusual: what hardly any sender means; the sentence says what to write instead. It is
+//   about the match or action in `offender`, whose value is odd or contradicts that in `others`, or
+//   about the entry, which has no action. docs/analysis.md lists what is told of.
 // - kNotDecided: the steps did not suffice.
 FILTERS_API Report analyse(const FiltersCommon::FiltersGroup& group,
                            const AnalysisOptions& options = {});

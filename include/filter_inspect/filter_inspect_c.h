@@ -77,7 +77,7 @@ typedef struct filtersFinding_t {
   uint32_t offender;         // code of the match or action, id of the counter, what is refused
   const uint32_t* admitted;  // the codes that would have been admitted instead, ascending
   size_t admitted_count;
-  const uint32_t* others;  // ids of other entries, or codes of other matches, involved
+  const uint32_t* others;  // ids of other entries, codes of other matches or actions
   size_t others_count;
   const char* path;  // "entries_[3].matches_[1].vlan_id_[2]", of bytes alone
   bool has_bytes;

@@ -63,7 +63,7 @@ struct Finding {
   std::uint32_t offender = 0;
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
-  std::vector<std::uint32_t> others;  // ids of other entries, or codes of other matches, involved
+  std::vector<std::uint32_t> others;  // ids of other entries, codes of other matches or actions
   // "entries_[3].matches_[1].vlan_id_[2]" where `bytes` are told; line and column in text and JSON,
   // "12:7".
   std::string path;

@@ -6,6 +6,7 @@
 
 #include "packet_shapes.h"
 #include "rules.h"
+#include "unusual.h"
 #include "witness.h"
 
 namespace FiltersInspect {
@@ -57,7 +58,7 @@ class Analysis {
         findings_(group.getId(), options.max_findings),
         reached_(rules_.size()),
         redundant_(rules_.size()) {
-    for (const auto& [id, entry] : group.getEntriesRef()) findings_.addOddities(entry);
+    for (const auto& [id, entry] : group.getEntriesRef()) addOddities(entry, &findings_);
   }
 
   Report run() {
@@ -666,12 +667,6 @@ const std::vector<std::string_view>& assumptions() {
 
 Report analyse(const FiltersGroup& group, const AnalysisOptions& options) {
   return Analysis(group, options).run();
-}
-
-Report unusualValues(const FiltersGroup& group, std::size_t max_findings) {
-  EntryFindings findings(group.getId(), max_findings);
-  for (const auto& [id, entry] : group.getEntriesRef()) findings.addOddities(entry);
-  return findings.take();
 }
 
 }  // namespace FiltersInspect

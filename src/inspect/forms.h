@@ -145,6 +145,12 @@ constexpr std::size_t sizeOf(Form address) {
 }
 AddressBytes addressIn(const AnyMessage& message, int field, Form form);
 
+// Of so many bytes: the ones in front of the first 0, and the bits up to the last 1. Where both are
+// the same, it is the mask of a prefix of this length.
+unsigned leadingOnes(const AddressBytes& bytes, std::size_t size);
+unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size);
+AddressBytes prefixMask(unsigned length);
+
 void setNumber(AnyMessage* message, int field, std::uint32_t value);
 void addNumber(AnyMessage* message, int field, std::uint32_t value);
 void setAddress(AnyMessage* message, int field, Form form, const AddressBytes& bytes);
@@ -161,8 +167,9 @@ std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
 
-// Of a row's value, behind `out`: nothing of a flag, else '=' and the value.
+// Of a row's value, behind `out`: nothing of a flag, else '=' and the value. And the value alone.
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
+std::string valueText(const FormRow& row, const AnyMessage& message);
 
 // Why a text is no value of the row, and where in the text.
 struct ValueFault {

@@ -12,31 +12,17 @@ using namespace FiltersCommon;
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-// The length of a mask whose ones all stand in front of its zeros.
-std::optional<unsigned> prefixLength(const AddressBytes& mask, std::size_t size) {
-  unsigned length = 0;
-  while (length < 8 * size && (mask[length / 8] >> (7 - length % 8) & 1) != 0) ++length;
-  for (unsigned bit = length; bit < 8 * size; ++bit) {
-    if ((mask[bit / 8] >> (7 - bit % 8) & 1) != 0) return std::nullopt;
-  }
-  return length;
-}
-
-AddressBytes prefixMask(unsigned length) {
-  AddressBytes mask = {};
-  for (unsigned bit = 0; bit < length; ++bit) {
-    mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
-  }
-  return mask;
+bool isOne(const AddressBytes& bytes, unsigned bit) {
+  return (bytes[bit / 8] >> (7 - bit % 8) & 1) != 0;
 }
 
 void appendMask(Form form, const AddressBytes& mask, std::string* out) {
   const std::size_t size = sizeOf(form);
-  const auto length = prefixLength(mask, size);
+  const unsigned length = leadingOnes(mask, size);
   if (length == 8 * size) return;
   *out += '/';
-  if (length && form != Form::kMac) {
-    appendNumber(*length, out);
+  if (length == bitsToLastOne(mask, size) && form != Form::kMac) {
+    appendNumber(length, out);
   } else {
     appendAddress(form, mask, out);
   }
@@ -212,6 +198,26 @@ std::string textOfCode(const PB& message) {
 
 }  // namespace
 
+unsigned leadingOnes(const AddressBytes& bytes, std::size_t size) {
+  unsigned length = 0;
+  while (length < 8 * size && isOne(bytes, length)) ++length;
+  return length;
+}
+
+unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size) {
+  auto length = static_cast<unsigned>(8 * size);
+  while (length > 0 && !isOne(bytes, length - 1)) --length;
+  return length;
+}
+
+AddressBytes prefixMask(unsigned length) {
+  AddressBytes mask = {};
+  for (unsigned bit = 0; bit < length; ++bit) {
+    mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
+  }
+  return mask;
+}
+
 std::string textOf(const MatchPB& match) { return textOfCode<filtersMatch_t>(match); }
 std::string textOf(const ActionPB& action) { return textOfCode<filtersAction_t>(action); }
 
@@ -266,6 +272,12 @@ void appendValue(const FormRow& row, const AnyMessage& message, std::string* out
       *out += '/';
       return appendLimid(limidFromField(row, number(1)), out);
   }
+}
+
+std::string valueText(const FormRow& row, const AnyMessage& message) {
+  std::string text;
+  appendValue(row, message, &text);
+  return text.empty() ? text : text.substr(1);
 }
 
 std::optional<ValueFault> readValue(const FormRow& row, std::string_view text,

@@ -116,6 +116,15 @@ void complete(Packet* packet) {
 
 }  // namespace
 
+bool hasPorts(std::uint32_t protocol) {
+  for (const Protocols& some : protocols()) {
+    for (const auto& [first, last] : some.ranges) {
+      if (first <= protocol && protocol <= last) return some.ports;
+    }
+  }
+  return false;
+}
+
 std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& fields) {
   std::vector<std::vector<Constraint>> shapes;
   const auto add = [&](const Shape& shape) {

@@ -5,6 +5,7 @@
 // should be one that can be built and sent. For example, a TCP packet over IPv4 has both IPv4
 // addresses, no IPv6 ones, and both ports.
 
+#include <cstdint>
 #include <vector>
 
 #include <filter_inspect/filter_analysis.h>
@@ -12,6 +13,9 @@
 #include "space.h"
 
 namespace FiltersInspect {
+
+// Whether packets of this IP protocol have layer-4 ports.
+bool hasPorts(std::uint32_t protocol);
 
 // Each shape as a set of packets: those with most fields first. Only the fields given, which are
 // those that some rule asks of, are asked of; shapes that do not differ in them stand once.

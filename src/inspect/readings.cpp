@@ -305,28 +305,4 @@ bool isAmong(const std::vector<Constraint>& constraints, const FieldValue& value
   return asked[0] && held[0] && held[1] == asked[1];
 }
 
-std::vector<std::string> odditiesOf(const MatchPB& match) {
-  std::vector<std::string> oddities;
-  const MatchForm* row = formOf(static_cast<filtersMatch_t>(match.type_()));
-  if (row == nullptr) return oddities;
-  std::vector<Asked> asked;
-  MatchNumbers ignored;
-  appendAsked(match, &asked, &ignored);
-  for (const Asked& one : asked) {
-    const PacketField& packet = row->packet[one.which];
-    const bool usual = packet.kind == Kind::kValue;  // a DSCP, a tagged frame
-    if (one.open != nullptr && !usual) {
-      oddities.emplace_back(one.open);
-    } else if (packet.carried != 0 && one.may.back().last >> packet.carried != 0) {
-      oddities.push_back("no frame carries " + std::to_string(one.may.back().last));
-    }
-    if (row->form != Form::kName) continue;
-    const std::uint32_t value = numberIn(match, row->fields[0]);
-    if (row->names.nameOf(value).empty()) {
-      oddities.push_back("no name is known for " + std::to_string(value));
-    }
-  }
-  return oddities;
-}
-
 }  // namespace FiltersInspect

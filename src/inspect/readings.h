@@ -71,9 +71,6 @@ void appendAsked(const MatchPB& match, std::vector<Asked>* asked, MatchNumbers* 
 // Whether a value is among those asked for.
 bool isAmong(const std::vector<Constraint>& constraints, const FieldValue& value);
 
-// What is odd about the match's value, a sentence each: what hardly any sender means.
-std::vector<std::string> odditiesOf(const MatchPB& match);
-
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_SRC_READINGS_H_

@@ -131,8 +131,8 @@ void write(const Finding& finding, JsonText* json) {
     write(codes, finding.offender, json);
   }
   write("admitted", admittedOf(finding), finding.admitted, json);
-  const bool matches = finding.subject == Subject::kMatch;
-  write("others", matches ? CodesOf::kMatches : CodesOf::kNumbers, finding.others, json);
+  const bool isPart = finding.subject == Subject::kMatch || finding.subject == Subject::kAction;
+  write("others", isPart ? codes : CodesOf::kNumbers, finding.others, json);
   if (finding.bytes || !finding.path.empty()) {
     write("path", std::string_view(finding.path), json);
   }

@@ -187,21 +187,6 @@ Finding& EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
   return finding;
 }
 
-void EntryFindings::addOddities(const FiltersEntry& entry) {
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  entry.convertToFiltersEntryPB(&message);
-  for (const MatchPB& match : message.matches_()) {
-    for (std::string& oddity : odditiesOf(match)) {
-      if (!room(Code::kValueUnusual)) continue;
-      Finding& finding = add(Code::kValueUnusual, entry.getId());
-      finding.subject = Subject::kMatch;
-      finding.offender = match.type_();
-      finding.message = std::move(oddity);
-    }
-  }
-}
-
 std::uint64_t looksFor(std::uint64_t max_steps) {
   return std::min(max_steps, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
 }

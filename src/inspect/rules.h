@@ -67,7 +67,6 @@ class EntryFindings {
   // Whether one more is kept: then add() is to follow, else it has been counted.
   bool room(Code code) { return report_.takes(severityOf(code)); }
   Finding& add(Code code, std::optional<FiltersCommon::filtersEntryId_t> entry);
-  void addOddities(const FiltersCommon::FiltersEntry& entry);
   Report take() { return report_.take(); }
  private:
   FiltersCommon::filtersGroupId_t group_;

@@ -3,6 +3,9 @@
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <sstream>
+
 #include "tiny_checks.h"
 
 using namespace tiny;
@@ -159,6 +162,309 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
     if (random.below(2) == 0) maker.add(&b, static_cast<filtersEntryId_t>(b.rules.size()));
     for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i;
   }
+}
+
+// --- What hardly any sender means ----------------------------------------------------------------
+
+// What is said of an entry in a group of this stage and type, a line each.
+std::string odditiesOf(const std::string& head, const std::string& entry) {
+  const auto parsed = groupsFromText("filter-groups 1\ngroup 1 priority=0 stage=" + head +
+                                     "\nentry 1 priority=0 " + entry);
+  if (parsed.groups.size() != 1) return (std::ostringstream() << parsed.report).str();
+  std::ostringstream report;
+  report << unusualValues(parsed.groups[0]);
+  return std::regex_replace(report.str(), std::regex("warning: entry 1: | \\[value-unusual\\]"),
+                            "");
+}
+
+struct Odd {
+  const char* head;
+  const char* entry;
+  const char* said;
+};
+const Odd kOdd[] = {
+    {"ingress type=3", "if src_ipv4=198.51.100.64/24 then permit",
+     "match src_ipv4: '198.51.100.64/24': the bits outside of the mask do not count, and it takes "
+     "198.51.100.0/24; write that, or a longer mask, as in 198.51.100.64/26, if that was meant\n"},
+    {"ingress type=3", "if src_ipv4=192.0.2.1/24 then permit",
+     "match src_ipv4: '192.0.2.1/24': the bits outside of the mask do not count, and it takes "
+     "192.0.2.0/24; write that, or 192.0.2.1 if that alone was meant\n"},
+    {"ingress type=3", "if src_ipv4=192.0.2.0/0 then permit",
+     "match src_ipv4: '192.0.2.0/0': the bits outside of the mask do not count, and it takes "
+     "0.0.0.0/0; write that, or a longer mask, as in 192.0.2.0/24, if that was meant\n"},
+    {"ingress type=3", "if src_ipv4=192.0.2.16/255.255.255.24 then permit",
+     "match src_ipv4: '192.0.2.16/255.255.255.24': its mask has a hole, a 0 in front of a 1; write "
+     "the mask 255.255.255.240 or 255.255.255.248 if that was meant\n"},
+    {"ingress type=3", "if src_ipv4=10.0.0.1/255.0.0.255 then permit",
+     "match src_ipv4: '10.0.0.1/255.0.0.255': its mask has a hole, a 0 in front of a 1; write the "
+     "mask 255.255.255.255 if that was meant\n"},
+    {"ingress type=3", "if src_ipv4=10.0.0.0/0.0.0.255 then permit",
+     "match src_ipv4: '10.0.0.0/0.0.0.255': the bits outside of the mask do not count, and it "
+     "takes 0.0.0.0/0.0.0.255; write that if the mask is right\n"
+     "match src_ipv4: '10.0.0.0/0.0.0.255': its mask has a hole, a 0 in front of a 1; write the "
+     "mask 255.255.255.0 if that was meant\n"},
+    {"ingress type=3", "if dst_l4_port=6000/0x3f00 ip_protocol=17 then permit",
+     "match dst_l4_port: '6000/0x3f00': the bits outside of the mask do not count, and it takes "
+     "5888/0x3f00; write that if the mask is right\n"
+     "match dst_l4_port: '6000/0x3f00': its mask has a hole, a 0 in front of a 1; write the mask "
+     "0xff00 if that was meant\n"},
+    {"ingress type=3", "if dst_l4_port=6000/0xff00 ip_protocol=17 then permit",
+     "match dst_l4_port: '6000/0xff00': the bits outside of the mask do not count, and it takes "
+     "5888/0xff00; write that, or a longer mask, as in 6000/0xfff0, if that was meant\n"},
+    {"ingress type=3", "if src_l4_port=179/0x0010 ip_protocol=6 then permit",
+     "match src_l4_port: '179/0x10': the bits outside of the mask do not count, and it takes "
+     "16/0x10; write that if the mask is right\n"
+     "match src_l4_port: '179/0x10': its mask has a hole, a 0 in front of a 1; write the mask "
+     "0xfff0 if that was meant\n"},
+    {"ingress type=3", "if dst_l4_port=179/0 then permit",
+     "match dst_l4_port: '179/0x0': its mask of 0 may mean that value alone; write 179/0xffff for "
+     "that port, or leave the match out for every port\n"},
+    {"ingress type=8", "if dst_ipv6=2001:db8:0:5::/48 then permit",
+     "match dst_ipv6: '2001:db8:0:5::/48': the bits outside of the mask do not count, and it takes "
+     "2001:db8::/48; write that, or a longer mask, as in 2001:db8:0:5::/64, if that was meant\n"},
+    {"ingress type=8", "if dst_ipv6=2001:db8::/ffff:ff0f:: then permit",
+     "match dst_ipv6: '2001:db8::/ffff:ff0f::': the bits outside of the mask do not count, and it "
+     "takes 2001:d08::/ffff:ff0f::; write that if the mask is right\n"
+     "match dst_ipv6: '2001:db8::/ffff:ff0f::': its mask has a hole, a 0 in front of a 1; write "
+     "the mask ffff:fff8:: or ffff:ffff:: if that was meant\n"},
+    {"lookup type=6", "if dst_mac=01:80:c2:00:00:0e/ff:ff:ff:ff:ff:f0 then permit",
+     "match dst_mac: '01:80:c2:00:00:0e/ff:ff:ff:ff:ff:f0': the bits outside of the mask do not "
+     "count, and it takes 01:80:c2:00:00:00/ff:ff:ff:ff:ff:f0; write that, or 01:80:c2:00:00:0e if "
+     "that alone was meant\n"},
+    {"lookup type=6", "if src_mac=00:1b:01:00:00:00/ff:ff:0f:00:00:00 then permit",
+     "match src_mac: '00:1b:01:00:00:00/ff:ff:0f:00:00:00': its mask has a hole, a 0 in front of a "
+     "1; write the mask ff:ff:ff:00:00:00 if that was meant\n"},
+    {"ingress type=3", "if src_ipv4=10.0.0.0 then deny",
+     "match src_ipv4: '10.0.0.0': it is one address; write a mask, as in 10.0.0.0/8, if a network "
+     "was meant\n"},
+    {"ingress type=8", "if dst_ipv6=2001:db8:: then deny",
+     "match dst_ipv6: '2001:db8::': it is one address; write a mask, as in 2001:db8::/32, if a "
+     "network was meant\n"},
+    {"ingress type=3", "if dst_ipv4=0.0.0.0 then deny",
+     "match dst_ipv4: '0.0.0.0': it is no destination (RFC 1122); write 0.0.0.0/0 if every address "
+     "was meant\n"},
+    {"ingress type=8", "if dst_ipv6=:: then deny",
+     "match dst_ipv6: '::': it is no destination (RFC 4291); write ::/0 if every address was "
+     "meant\n"},
+    {"ingress type=3", "if src_ipv4=224.0.0.5 ip_protocol=89 then permit",
+     "match src_ipv4: '224.0.0.5': a multicast address is no source (RFC 1112); write it as "
+     "dst_ipv4, or deny it\n"},
+    {"ingress type=3", "if src_ipv4=255.255.255.255 then permit",
+     "match src_ipv4: '255.255.255.255': it is reserved or for broadcasts, and no source (RFC "
+     "1112); write another, or deny it\n"},
+    {"ingress type=3", "if src_ipv4=127.0.0.0/8 then permit",
+     "match src_ipv4: '127.0.0.0/8': a loopback address is no source on a wire (RFC 1122); write "
+     "another, or deny it\n"},
+    {"lookup type=6", "if src_mac=ff:ff:ff:ff:ff:ff then permit",
+     "match src_mac: 'ff:ff:ff:ff:ff:ff': a group address is no source (IEEE 802.3); write it as "
+     "dst_mac, or deny it\n"},
+    {"lookup type=6", "if src_mac=00:00:00:00:00:00 then permit",
+     "match src_mac: '00:00:00:00:00:00': it is no source; leave the match out if every address "
+     "was meant, or deny it\n"},
+    {"lookup type=6", "if dst_mac=00:00:00:00:00:00 then permit",
+     "match dst_mac: '00:00:00:00:00:00': it is no destination; leave the match out if every "
+     "address was meant, or deny it\n"},
+    {"ingress type=3", "if src_l4_port=0/0xffff dst_l4_port=0/0xffff then permit",
+     "match dst_l4_port: '0/0xffff': port 0 is reserved (IANA); leave the match out if every port "
+     "was meant, or deny it\n"
+     "match src_l4_port: '0/0xffff': port 0 is reserved (IANA); leave the match out if every port "
+     "was meant, or deny it\n"},
+    {"ingress type=3", "if ttl=0 then permit",
+     "match ttl: '0': no such packet is passed on (RFC 1812); write 1 for packets that end here, "
+     "or deny it\n"},
+    {"ingress type=3", "if ip_protocol=255 then permit",
+     "match ip_protocol: '255': it is reserved (IANA); leave the match out if every protocol was "
+     "meant, or deny it\n"},
+    {"ingress type=3", "if ip_protocol=179 then permit",
+     "match ip_protocol: '179': it is assigned to no protocol (IANA); write a port beside "
+     "ip_protocol=6 or 17 if one was meant, or deny it\n"},
+    {"ingress type=3", "if ip_protocol=80 then permit",
+     "match ip_protocol: '80': it is a protocol of the past; write dst_l4_port=80/0xffff "
+     "ip_protocol=6 if HTTP was meant\n"},
+    {"ingress type=3", "if ip_protocol=22 then permit",
+     "match ip_protocol: '22': it is a protocol of the past; write dst_l4_port=22/0xffff "
+     "ip_protocol=6 if SSH was meant\n"},
+    {"ingress type=3", "if ip_protocol=53 then permit",
+     "match ip_protocol: '53': it is a protocol of the past; write dst_l4_port=53/0xffff "
+     "ip_protocol=17 if DNS was meant\n"},
+    {"ingress type=3", "if tpid=0x0081 then deny",
+     "match tpid: '0x0081': it is a length and no EtherType (IEEE 802.3); write 0x8100 or "
+     "0x88a8\n"},
+    {"ingress type=3", "if tpid=0x0800 then deny",
+     "match tpid: '0x0800': it is the EtherType of IPv4, which begins no tag; write 0x8100 or "
+     "0x88a8\n"},
+    {"ingress type=3", "if tpid=0x0806 then deny",
+     "match tpid: '0x0806': it is the EtherType of ARP, which begins no tag; write 0x8100 or "
+     "0x88a8\n"},
+    {"ingress type=3", "if tpid=0x86dd then deny",
+     "match tpid: '0x86dd': it is the EtherType of IPv6, which begins no tag; write 0x8100 or "
+     "0x88a8\n"},
+    {"ingress type=3", "if tpid=8100 then deny",
+     "match tpid: '0x1fa4': it is 8100 in decimal; write 0x8100\n"},
+    {"ingress type=3", "if tpid=9100 then deny",
+     "match tpid: '0x238c': it is 9100 in decimal; write 0x9100\n"},
+    {"none type=4", "if tos=46 then permit",
+     "match tos: '46': the whole byte is DSCP 11 and ECN 2; write tos=184 if DSCP 46 was meant\n"},
+    {"none type=11", "if dst_l4_port_range=2000-1000 then permit",
+     "match dst_l4_port_range: '2000-1000': its range ends before it begins; write 1000-2000\n"},
+    {"lookup type=6", "if external_vlan_id={} pcp={} internal_pcp={9} then permit",
+     "match external_vlan_id: '{}': its set is empty; write what is meant, or leave the match out\n"
+     "match pcp: '{}': its set is empty; write what is meant, or leave the match out\n"},
+    {"lookup type=6", "if external_vlan_id={10,4095} pcp={3,8,9} then permit",
+     "match external_vlan_id: '{10,4095}': no frame carries 4095, which is reserved (IEEE 802.1Q); "
+     "write numbers of 0 to 4094\n"
+     "match pcp: '{3,8,9}': no frame carries 8 (IEEE 802.1Q); write numbers of 0 to 7\n"},
+    {"ingress type=3", "if external_vlan_id={4096} then permit",
+     "match external_vlan_id: '{4096}': no frame carries 4096 (IEEE 802.1Q); write numbers of 0 to "
+     "4094\n"},
+    {"lookup type=6", "if vlan_tagging=7 ingress_ports=[]!7 then permit",
+     "match ingress_ports: '[]!7': no name is known for 7; write one that is known: cpu\n"
+     "match vlan_tagging: '7': no name is known for 7; write one that is known: untagged, "
+     "tagged\n"},
+    {"lookup type=6",
+     "if external_vlan_id={10} tpid=0x8100 pcp={3} vlan_tagging=untagged then permit",
+     "match external_vlan_id: '{10}': untagged frames have none; write vlan_tagging=tagged, or "
+     "leave one of the two out\n"
+     "match tpid: '0x8100': untagged frames have none; write vlan_tagging=tagged, or leave one of "
+     "the two out\n"
+     "match pcp: '{3}': untagged frames have none; write vlan_tagging=tagged, or leave one of the "
+     "two out\n"},
+    {"ingress type=3", "if dst_l4_port=22/0xffff src_l4_port=22/0xffff ip_protocol=1 then permit",
+     "match dst_l4_port: '22/0xffff': packets of ip_protocol=1 have no ports; write ip_protocol=6 "
+     "for TCP or 17 for UDP, or leave the ports out\n"
+     "match src_l4_port: '22/0xffff': packets of ip_protocol=1 have no ports; write ip_protocol=6 "
+     "for TCP or 17 for UDP, or leave the ports out\n"},
+    {"none type=11", "if dst_l4_port_range=1-2 ip_protocol=89 then permit",
+     "match dst_l4_port_range: '1-2': packets of ip_protocol=89 have no ports; write ip_protocol=6 "
+     "for TCP or 17 for UDP, or leave the ports out\n"},
+    {"ingress type=3", "if ip_protocol=58 src_ipv4=192.0.2.1 then deny",
+     "match ip_protocol: '58': it is of IPv6, beside an IPv4 address; write another protocol, or "
+     "leave the match out if every one was meant\n"},
+    {"ingress type=3", "if ip_protocol=6 dst_ipv4=224.0.0.5 then permit",
+     "match dst_ipv4: '224.0.0.5': TCP goes to no multicast address (RFC 9293); write the protocol "
+     "that does, or another address\n"},
+    {"ingress type=3", "if src_ipv4=10.0.0.1 dst_ipv4=10.0.0.1 then permit",
+     "match dst_ipv4: '10.0.0.1': source and destination are one address; write the two that were "
+     "meant\n"},
+    {"lookup type=6", "if src_mac=00:1b:21:00:00:01 dst_mac=00:1b:21:00:00:01 then permit",
+     "match dst_mac: '00:1b:21:00:00:01': source and destination are one address; write the two "
+     "that were meant\n"},
+    {"ingress type=3", "if all ttl=1 then permit",
+     "match all: it asks nothing beside other matches; leave it out, or the others if every packet "
+     "was meant\n"},
+    {"ingress type=3", "if ttl=1 count 1=packets",
+     "it has no action, and what becomes of its packets is the device's choice; write permit or "
+     "deny\n"},
+    {"ingress type=3", "then permit deny set_pcp=7",
+     "action deny: it stands beside permit, and only one of the two can be done; leave the other "
+     "out\n"},
+    {"ingress type=3", "then permit black_hole",
+     "action black_hole: it stands beside permit, and only one of the two can be done; leave the "
+     "other out\n"},
+    {"ingress type=3", "then copy_to_cpu copy_to_cpu_cancel=copy_to_cpu_cancel",
+     "action copy_to_cpu_cancel: it stands beside copy_to_cpu, and only one of the two can be "
+     "done; leave the other out\n"},
+    {"ingress type=3", "then redirect=[0x01000003] redirect_cancel",
+     "action redirect_cancel: it stands beside redirect, and only one of the two can be done; "
+     "leave the other out\n"},
+    {"lookup type=6", "then permit set_inner_pcp=1 copy_inner_pcp",
+     "action copy_inner_pcp: it stands beside set_inner_pcp, and only one of the two can be done; "
+     "leave the other out\n"},
+    {"ingress type=3", "then deny set_dscp=46 redirect=[0x01000003]",
+     "action set_dscp: it stands beside deny, and does nothing to what is dropped; leave it out\n"
+     "action redirect: it stands beside deny, and does nothing to what is dropped; leave it out\n"},
+    {"ingress type=3", "then black_hole l3_switch=1",
+     "action l3_switch: it stands beside black_hole, and does nothing to what is dropped; leave it "
+     "out\n"},
+    {"ingress type=3", "then set_pcp=8 set_dscp=184 map_to_cos_queue=8 map_to_cpu_cos_queue=8",
+     "action set_pcp: '8': there are eight priorities (IEEE 802.1Q); write 0 to 7\n"
+     "action set_dscp: '184': a DSCP has six bits (RFC 2474); write 0 to 63, 46 if this is a whole "
+     "ToS byte\n"
+     "action map_to_cos_queue: '8': there are eight classes of service (IEEE 802.1Q); write 0 to "
+     "7, unless the device has a queue of this number\n"
+     "action map_to_cpu_cos_queue: '8': there are eight classes of service (IEEE 802.1Q); write 0 "
+     "to 7, unless the device has a queue of this number\n"},
+    {"lookup type=6", "then set_pcp_and_queue=8 set_inner_pcp=8",
+     "action set_pcp_and_queue: '8': there are eight priorities (IEEE 802.1Q); write 0 to 7\n"
+     "action set_inner_pcp: '8': there are eight priorities (IEEE 802.1Q); write 0 to 7\n"},
+    {"ingress type=3", "then block_egress_ports=[] redirect=[]",
+     "action block_egress_ports: '[]': it names no port; write the ports, or leave the action out\n"
+     "action redirect: '[]': it names no port; write the ports, or leave the action out\n"},
+    {"ingress type=3", "then replace_dst_mac=00:00:00:00:00:00 replace_src_mac=01:00:5e:00:00:01",
+     "action replace_dst_mac: '00:00:00:00:00:00': it is no station's (IEEE 802.3); write the "
+     "address of one\n"
+     "action replace_src_mac: '01:00:5e:00:00:01': a group address is no source (IEEE 802.3); "
+     "write the address of one\n"},
+    {"ingress type=3", "then permit copy_to_cpu_cancel=7",
+     "action copy_to_cpu_cancel: '7': no name is known for 7; write one that is known: "
+     "copy_to_cpu_cancel, switch_to_cpu_cancel\n"},
+};
+
+TEST(AnalyseTest, SaysWhatHardlyAnySenderMeans) {
+  for (const auto& [head, entry, said] : kOdd) EXPECT_EQ(odditiesOf(head, entry), said) << entry;
+}
+
+TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
+  const std::pair<const char*, std::vector<const char*>> usual[] = {
+      {"ingress type=3",
+       {"if src_ipv4=0.0.0.0/0 dst_ipv4=0.0.0.0/0 then permit",
+        "if src_ipv4=0.0.0.0 dst_ipv4=255.255.255.255 ip_protocol=17 then permit",
+        "if dst_ipv4=239.1.0.0 ip_protocol=17 then permit",
+        "if src_ipv4=224.0.0.0/4 ttl=0 ip_protocol=255 then deny",
+        "if src_ipv4=127.0.0.0/8 dst_l4_port=0/0xffff then deny copy_to_cpu set_dscp=8",
+        "if src_ipv4=192.0.2.0/24 dst_ipv4=192.0.2.0/24 dst_l4_port=0/0x8000 then permit",
+        "if ip_protocol=6 src_l4_port=22/0xffff then permit",
+        "if external_vlan_id={0,4094} then deny",
+        "if ip_protocol=17 dst_l4_port=53/0xffff then permit", "if tpid=0x88a8 then permit",
+        "if ip_protocol=33 dst_l4_port=5/0xffff then permit", "if ip_protocol=0 then deny",
+        "if ip_protocol=132 dst_l4_port=5/0xffff then permit", "if all then permit",
+        "if ip_protocol=136 dst_l4_port=5/0xffff then permit set_pcp=7 set_dscp=63",
+        "then copy_to_cpu copy_to_cpu_cancel=switch_to_cpu_cancel map_to_cpu_cos_queue=7",
+        "if ttl=1 police 120f080110d00f180020002800300038001800780a",
+        "if ttl=1 parent 120e0804100018002000280030003800180278ffffffff0f"}},
+      {"ingress type=8",
+       {"if dst_ipv6=::5/::ffff:ffff:ffff:ffff then permit",
+        "if dst_ipv6=2001:db8:0:1:: then permit", "if dst_ipv6=::/0 then permit",
+        "if dst_ipv6=ff02:: then permit"}},
+      {"lookup type=6",
+       {"if dst_mac=01:00:00:00:00:00/01:00:00:00:00:00 then permit",
+        "if src_mac=00:1b:21:00:00:00/fe:ff:ff:00:00:00 then permit",
+        "if dst_mac=00:00:00:00:00:00/00:00:00:00:00:00 vlan_tagging=untagged then permit",
+        "if src_mac=01:00:00:00:00:00/01:00:00:00:00:00 then deny",
+        "if pcp={0,7} internal_pcp={8} internal_vlan_id={4095,5000} vlan_tagging=tagged then "
+        "deny"}},
+      {"none type=11", {"if dst_l4_port_range=7-7 ip_protocol=6 then permit"}},
+      {"none type=4", {"if tos=184 then permit", "if tos=3 then permit", "if tos=186 then permit"}},
+  };
+  for (const auto& [head, entries] : usual) {
+    for (const char* entry : entries) EXPECT_EQ(odditiesOf(head, entry), "") << entry;
+  }
+}
+
+// Codes and other codes, which programs go by.
+TEST(AnalyseTest, TellsWhatAnOddityIsAbout) {
+  const auto parsed = groupsFromText(
+      "filter-groups 1\ngroup 5 priority=0 stage=ingress type=3\n"
+      "entry 1 priority=0 if dst_l4_port=1/0xffff ip_protocol=1 then deny permit\n"
+      "entry 2 priority=0");
+  ASSERT_EQ(parsed.groups.size(), 1u) << parsed.report;
+  const Report report = unusualValues(parsed.groups[0]);
+  ASSERT_EQ(report.findings.size(), 3u) << report;
+  const auto expect = [&](std::size_t i, Subject subject, std::uint32_t offender,
+                          std::optional<std::uint32_t> other, filtersEntryId_t entry) {
+    const Finding& finding = report.findings[i];
+    EXPECT_EQ(finding.code, Code::kValueUnusual);
+    EXPECT_EQ(finding.subject, subject);
+    EXPECT_EQ(finding.offender, offender);
+    EXPECT_EQ(finding.others, other ? std::vector{*other} : std::vector<std::uint32_t>());
+    EXPECT_EQ(finding.entry, entry);
+    EXPECT_EQ(finding.group, 5);
+  };
+  expect(0, Subject::kMatch, FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_IP_PROTOCOL, 1);
+  expect(1, Subject::kAction, FILTERS_ACTION_DENY, FILTERS_ACTION_PERMIT, 1);
+  expect(2, Subject::kEntry, 0, std::nullopt, 2);
+  EXPECT_NE(toJson(report).find("\"permit\""), std::string::npos);
+  EXPECT_EQ(unusualValues(parsed.groups[0], 1).left_out, 2u);
 }
 
 }  // namespace
