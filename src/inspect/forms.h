@@ -90,7 +90,7 @@ constexpr bool isInEveryPacket(Layer layer) {
 struct PacketField {
   Kind kind = Kind::kNone;
   Layer layer = Layer::kSome;
-  const char* usual = nullptr;  // a value that is shown where nothing else is asked
+  const char* usual = nullptr;  // values to show, the best first, with blanks between
   const char* name = nullptr;   // null: the match's own
   Reading reading = Reading::kPlain;
   std::uint8_t carried = 0;  // bits that a frame has for it, where the match takes more

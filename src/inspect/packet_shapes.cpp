@@ -95,7 +95,7 @@ void complete(Packet* packet) {
   };
   const auto addAll = [&](Layer layer) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual);
+      if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
@@ -153,13 +153,13 @@ Packet packetOf(const Space& space, const Point& point) {
     }
     // The lower half of an address can be asked of where the upper one is not.
     const bool told = fields.count(field) != 0;
-    auto& whole = fields.try_emplace(field, packetFields()[field].usual).first->second;
+    auto& whole = fields.try_emplace(field, packetFields()[field].usual[0]).first->second;
     if (!told) (*whole)[1] = 0;
     if (whole && value) (*whole)[1] = *value;
   }
   complete(&packet);
   // Where no set asks anything any packet will do, but it has to tell something.
-  if (fields.empty()) fields[0] = packetFields()[0].usual;
+  if (fields.empty()) fields[0] = packetFields()[0].usual[0];
   return packet;
 }
 

@@ -1,6 +1,7 @@
 #include "readings.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "rows.h"
 
@@ -52,7 +53,10 @@ struct Fields {
           const PacketField& packet = row.packet[which];
           rows.push_back({name, formOfOne(row, which), bits, row.names, packet.layer, {}});
           found = rows.end() - 1;
-          if (packet.usual != nullptr) found->usual = *parseField(*found, packet.usual);
+          std::istringstream usual(packet.usual == nullptr ? "0" : packet.usual);
+          for (std::string value; usual >> value;) {
+            found->usual.push_back(*parseField(*found, value));
+          }
         }
         numbers[match.code][which] = static_cast<std::uint8_t>(found - rows.begin());
       }
@@ -269,8 +273,12 @@ void appendField(const FieldRow& row, const FieldValue& value, std::string* out)
 std::vector<Space::Field> spaceFields() {
   std::vector<Space::Field> halves;
   for (const FieldRow& row : packetFields()) {
-    halves.push_back({std::min<unsigned>(row.bits, 64), !isInEveryPacket(row.layer), row.usual[0]});
-    halves.push_back({64, false, row.usual[1]});
+    halves.push_back({std::min<unsigned>(row.bits, 64), !isInEveryPacket(row.layer), {}});
+    halves.push_back({64, false, {}});
+    for (const FieldValue& value : row.usual) {
+      halves.end()[-2].usual.push_back(value[0]);
+      halves.end()[-1].usual.push_back(value[1]);
+    }
   }
   return halves;
 }

@@ -28,7 +28,7 @@ struct FieldRow {
   std::uint8_t bits;
   Enumeration names;  // of kName
   Layer layer;
-  FieldValue usual;
+  std::vector<FieldValue> usual;  // at least one
 };
 
 // Every field that the rows of forms.def name, in their order and each once.

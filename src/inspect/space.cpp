@@ -128,7 +128,7 @@ void Space::divideFields() {
       if (!ends) continue;
       const bool first = parts_of_.back() == parts_.size();
       if ((part & use.bits) != 0 || (bit == 0 && first)) {
-        parts_.push_back({static_cast<std::uint32_t>(field), part, {}, 0});
+        parts_.push_back({static_cast<std::uint32_t>(field), part, {}, {}});
         lacking_.push_back(first && fields_[field].may_lack);
       }
       part = 0;
@@ -178,7 +178,9 @@ void Space::findRanks() {
     part.starts.push_back(0);
     sortUnique(&part.starts);
     part.starts.shrink_to_fit();
-    part.usual = rankOf(part, fields_[part.field].usual & part.bits);
+    for (std::uint64_t value : fields_[part.field].usual) {
+      part.usual.push_back(rankOf(part, value & part.bits));
+    }
     sizes_.push_back(static_cast<std::uint32_t>(part.starts.size() + (lacking_[i] ? 1 : 0)));
   }
 }
@@ -264,17 +266,22 @@ const Space::Term* Space::termOf(SetId set, std::uint32_t dimension) const {
 }
 
 std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_t count) const {
-  const std::uint32_t usual = parts_[dimension].usual;
-  const auto* found =
-      std::lower_bound(ranges, ranges + count, usual,
-                       [](const Range& one, std::uint32_t r) { return one.last < r; });
-  return found != ranges + count && found->first <= usual ? usual : ranges[0].first;
+  const auto isIn = [&](std::uint32_t rank) {
+    return std::any_of(ranges, ranges + count, [rank](const Range& range) {
+      return range.first <= rank && rank <= range.last;
+    });
+  };
+  const auto& usual = parts_[dimension].usual;
+  const auto found = std::find_if(usual.begin(), usual.end(), isIn);
+  return found != usual.end() ? *found : ranges[0].first;
 }
 
-// The usual value where it is one of the rank's; else the lowest one, or the odd one behind it:
+// A usual value where there is one of the rank's; else the lowest one, or the odd one behind it:
 // hosts and ports have such numbers, networks and nothing at all have the lowest.
 std::uint64_t Space::shown(const Part& part, std::uint32_t rank) const {
-  if (rank == part.usual) return fields_[part.field].usual & part.bits;
+  for (std::size_t i = 0; i < part.usual.size(); ++i) {
+    if (part.usual[i] == rank) return fields_[part.field].usual[i] & part.bits;
+  }
   const std::uint64_t lowest = part.starts[rank], next = lowest | (part.bits & 1);
   const bool last = rank + 1 == part.starts.size();
   return last || next < part.starts[rank + 1] ? next : lowest;

@@ -45,9 +45,9 @@ using Point = std::vector<std::uint32_t>;
 class Space {
  public:
   struct Field {
-    unsigned width;           // in bits, 1 to 64
-    bool may_lack;            // whether there are packets without it
-    std::uint64_t usual = 0;  // shown where nothing else is asked
+    unsigned width;                         // in bits, 1 to 64
+    bool may_lack;                          // whether there are packets without it
+    std::vector<std::uint64_t> usual = {};  // values to show, the best first
   };
   // A field that some set asks ranges of takes no masks but prefixes.
   explicit Space(std::vector<Field> fields) : fields_(std::move(fields)) {}
@@ -91,15 +91,15 @@ class Space {
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
-  // The rank out of a list of ranges that a packet shown to people has best: the usual one, else
-  // the first, which lacks the field only if there is no other.
+  // The rank out of a list of ranges that a packet shown to people has best: a usual one, else the
+  // first, which lacks the field only if there is no other.
   std::uint32_t best(std::size_t dimension, const Range* ranges, std::size_t count) const;
  private:
   struct Part {
     std::uint32_t field;
     std::uint64_t bits;                 // which of the field's, where they stand
     std::vector<std::uint64_t> starts;  // of each rank the lowest value
-    std::uint32_t usual;                // the rank of the usual value
+    std::vector<std::uint32_t> usual;   // the ranks of the usual values
   };
   using Values = std::pair<std::uint64_t, std::uint64_t>;  // the lowest and the highest
   // What a set asks of a field, until it is terms.

@@ -290,19 +290,19 @@ static void analyse(void) {
   FIRST(filtersUnusualValues(shorter), "empty");
   FIRST(filtersUnusualValues(NULL), "null");
   FIRST(filtersAnalyse(group, -1), "null");
-  FIRST(filtersAnalyse(group, 4), "null");
+  FIRST(filtersAnalyse(group, 8), "null");
   FIRST(filtersAnalyse(group, 256), "null");
   FIRST(filtersCompareTreatment(group, shorter, 257), "null");
   FIRST(filtersAnalyse(NULL, 0), "null");
-  FIRST(filtersCompareTreatment(group, shorter, 4), "null");
+  FIRST(filtersCompareTreatment(group, shorter, 8), "null");
   FIRST(filtersCompareTreatment(group, NULL, 0), "null");
   FIRST(filtersCompareTreatment(NULL, group, 0), "null");
 
-  EXPECT(traced(group, "ttl=3", FILTERS_ORDER_HIGHEST_PRIORITY, "hit: entry 10\n") == 10);
+  EXPECT(traced(group, "ttl=3", FILTERS_ORDER_HIGHEST_PRIORITY, "hit: entry 10 (permit)\n") == 10);
   EXPECT(traced(group, "ttl=3", FILTERS_ORDER_UNSPECIFIED, "  20 undecided: ip_protocol") == -4);
   EXPECT(traced(group, "ttl=4 dst_l4_port=none", FILTERS_ORDER_ASCENDING_ID, "miss\n") == -2);
   EXPECT(traced(group, "ttl=4 ttl=5", FILTERS_ORDER_ASCENDING_ID, "[text-repeated]") == -5);
-  EXPECT(traced(group, "ttl=3", 4, "") == -5 && traced(NULL, "ttl=3", 0, "") == -5);
+  EXPECT(traced(group, "ttl=3", 8, "") == -5 && traced(NULL, "ttl=3", 0, "") == -5);
   EXPECT(traced(group, NULL, 0, "") == -5);
   deleteFiltersGroup(shorter);
   deleteFiltersGroup(group);

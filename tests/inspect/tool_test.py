@@ -217,9 +217,9 @@ TABLE = [
     ("analyse rules.txt --order=highest-priority", 1,
      r"rules.txt:5:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
      r"rules.txt:4:1: warning: entry 20: .*entry 10 .*\[entry-unreachable\]\n"
-     r"  packet: [^\n]*src_ipv4=192.0.2.128 [^\n]*\n(  [^\n]*\n)?"
+     r"  packet: [^\n]*src_ipv4=192.0.2.129 [^\n]*\n  deny becomes permit\n"
      r"rules.txt:5:1: warning: entry 30: entry 40 .*\[entries-tie\]\n"
-     r"  packet: [^\n]*ttl=1[^\n]*\n(  [^\n]*\n)?"
+     r"  packet: [^\n]*ttl=1[^\n]*\n  entry 30: permit; entry 40: deny\n"
      r"rules.txt: 1 group, 4 entries, 3 warnings \(order: highest-priority; "
      r"assumptions A1-A5: filter-inspect\(1\)\)\n", NONE),
     ("analyse rules.txt", 1,
@@ -243,12 +243,12 @@ TABLE = [
      r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
     ("analyse g.bin --order=priority", 2, NONE, ".*did you mean lowest-priority\\?\n"),
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
-     "rules.txt:3:1: hit: entry 10\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
+     "rules.txt:3:1: hit: entry 10 \\(permit\\)\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
-     "rules.txt:2:1: undecided: entry 10 or 20 or 30 or 40, or none\n(  \\d+ undecided: .*){4}",
+     "rules.txt:2:1: undecided: entry 10 or 30 or 40, or none\n(  \\d+ undecided: .*){4}",
      NONE),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
-     "packets.txt:2: rules.txt:3:1: hit: entry 10\n"
+     "packets.txt:2: rules.txt:3:1: hit: entry 10 \\(permit\\)\n"
      "packets.txt:4: rules.txt:2:1: undecided: entry 30 or 40\n"
      "packets.txt:5: rules.txt:2:1: miss\n", NONE),
     ("trace g.bin --order=highest-priority --packets=- <packets.txt", 1,
@@ -275,7 +275,7 @@ TABLE = [
      "filter-inspect: either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
      "---.*\\+entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
-     "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.128[^\n]*\n.*"
+     "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.129[^\n]*\n  permit becomes deny\n"
      "rules.txt, turned.txt: 1 pair of rules treats packets differently"
      "[^\n]*\\(order: highest-priority; .*",
      NONE),
@@ -561,7 +561,8 @@ def try_picture():
     expect("what it leaves out", "rows by id" in foot and "left out: 1 note;" in foot, foot)
     # One group of more rows than are drawn whole, in which entry 3 takes the packets of entry 40,
     # and one of just as many.
-    rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row}\n"
+    rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row} "
+            "then permit\n"
             for row in range(61)]
     groups = [f"group {number} priority=1 stage=ingress type=3\n" for number in (1, 2)]
     text = ["filter-groups 1\n", groups[0], *rows, groups[1], *rows[:60]]
