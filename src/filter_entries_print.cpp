@@ -1,7 +1,8 @@
 #include <filter_common/filter_entries.h>
 
+#include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <iterator>
 #include <ostream>
 
 namespace FiltersCommon {
@@ -10,9 +11,10 @@ namespace {
 constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
 
 // Deliberate: in decimal even when the stream is left in hexadecimal; rates and sizes are not.
-void printDecimal(std::ostream& os, std::uint32_t value) {
-  char text[sizeof "4294967295"];
-  std::snprintf(text, sizeof text, "%u", static_cast<unsigned>(value));
+template <class Value>
+void printDecimal(std::ostream& os, Value value) {
+  char text[sizeof "-2147483648"] = {};
+  std::to_chars(text, std::end(text), value);
   os << text;
 }
 
@@ -83,11 +85,11 @@ void printPolicerAction(std::ostream& os, const policer::Action& action) {
       return;
     case policer::ActionType::SetPcp:
       os << "Set PCP ";
-      printDecimal(os, action.GetPcp());
+      printDecimal<int>(os, action.GetPcp());
       return;
     case policer::ActionType::SetDscp:
       os << "Set DSCP ";
-      printDecimal(os, action.GetDscp());
+      printDecimal<int>(os, action.GetDscp());
       return;
   }
 }
@@ -99,7 +101,7 @@ void printPolicer(std::ostream& os, const policer::Policer& policer) {
   if (policer.GetId() == kInvalidPolicerId) {
     os << "Invalid";
   } else {
-    printDecimal(os, policer.GetId());
+    printDecimal<std::uint32_t>(os, policer.GetId());
   }
   os << "\nStage: " << stageName(policer.GetStage()) << "\nMode: ";
   printMode(os, policer.GetMode());

@@ -2,6 +2,8 @@
 
 #include <arpa/inet.h>
 
+#include <charconv>
+#include <iterator>
 #include <ostream>
 
 #include "match_visit.h"
@@ -104,10 +106,12 @@ std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match) {
   return os;
 }
 
-// Deliberate: the stream stays in hexadecimal.
+// Deliberate: the stream stays in hexadecimal. The TPID itself goes by none of its flags.
 std::ostream& operator<<(std::ostream& os, const MatchTPID& match) {
+  char text[sizeof "ffff"] = {};
+  std::to_chars(text, std::end(text), match.getTPID(), 16);
   printHead(os, "    =MatchTPID=", match);
-  return os << "      TPID: 0x" << std::hex << match.getTPID() << '\n';
+  return os << std::hex << "      TPID: 0x" << text << '\n';
 }
 
 std::ostream& operator<<(std::ostream& os, const MatchDstMac& match) {

@@ -40,6 +40,15 @@ TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
             "  =Counter=\nID: 12c\nType: Octets\n");
 }
 
+// The TPID looks the same whatever the stream is told of numbers; the numbers behind it do not.
+TEST(EntryPrinting, WritesATpidInSmallDigitsAndLeavesTheFlagsOfTheStream) {
+  std::ostringstream os;
+  os << std::uppercase << std::showbase << MatchTPID(0x88a8) << MatchTTL(30);
+  EXPECT_EQ(os.str(),
+            "    =MatchTPID=\n      Match Type ID: 3\n      TPID: 0x88a8\n"
+            "    =MatchTTL=\n      Match Type ID: 0X1A\n      TTL: 0X1E\n");
+}
+
 TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
   const std::pair<Policer, const char*> cases[] = {
       {Policer(), "Invalid\nStage: None\nMode: None\nActions:\n"},

@@ -26,7 +26,9 @@ int main() {
                 lag = limid_make(limid_type_lag, 0, 1);
   const limid_t vpls = limid_make(limid_type_bridgedomain, limid_bridgedomain_type_vpls, 9);
   const policer::Policer policer(5, policer::Stage::Ingress,
-                                 policer::Mode::TrTcmDs(1000, 1500, 2000, 3000), {});
+                                 policer::Mode::TrTcmDs(1000, 1500, 2000, 3000),
+                                 {policer::Action::SetPcp(policer::Color::Red, -1),
+                                  policer::Action::SetDscp(policer::Color::Green, -128)});
   FiltersEntry entry(1);
   entry.setPolicer(policer);
   entry.setPolicerParent(policer::Policer());
@@ -45,7 +47,8 @@ int main() {
   check(FiltersGroup(bytes) == group, "rebuilt group differs");
   std::ostringstream os;
   os << group;
-  for (const char* text : {"\"ge-0/0/3\" \"ae1\"", "Port: ge-0/0/3\n", "Policer Id: 5\n"}) {
+  for (const char* text : {"\"ge-0/0/3\" \"ae1\"", "Port: ge-0/0/3\n", "Policer Id: 5\n",
+                           "+ Red Set PCP -1\n+ Green Set DSCP -128\n"}) {
     check(os.str().find(text) != std::string::npos, text);
   }
   const FiltersEntryPB sent = group.convertToFiltersGroupPB().entries_(0);

@@ -1,5 +1,5 @@
 // Policers of another device. What differs from the stand-in: a policer is 32 bytes without heap,
-// its bytes are a copy of them, and what it holds is returned by value.
+// its bytes are a copy of them, what it holds is returned by value, and code points are signed.
 #ifndef DEVICE_POLICER_POLICER_H_
 #define DEVICE_POLICER_POLICER_H_
 
@@ -38,17 +38,18 @@ struct Mode {
 // What happens to the packets of one colour.
 struct Action {
   static Action Drop(Color color) { return {ActionType::Drop, color, 0}; }
-  static Action SetDscp(Color color, std::uint8_t dscp) {
+  static Action SetPcp(Color color, std::int8_t pcp) { return {ActionType::SetPcp, color, pcp}; }
+  static Action SetDscp(Color color, std::int8_t dscp) {
     return {ActionType::SetDscp, color, dscp};
   }
   ActionType GetType() const { return type; }
   Color GetColor() const { return color; }
-  std::uint8_t GetPcp() const { return type == ActionType::SetPcp ? value : std::uint8_t{0}; }
-  std::uint8_t GetDscp() const { return type == ActionType::SetDscp ? value : std::uint8_t{0}; }
+  std::int8_t GetPcp() const { return type == ActionType::SetPcp ? value : std::int8_t{0}; }
+  std::int8_t GetDscp() const { return type == ActionType::SetDscp ? value : std::int8_t{0}; }
 
   ActionType type;
   Color color;
-  std::uint8_t value;
+  std::int8_t value;
 };
 
 // The actions of a policer; valid as long as it lives and does not change.
