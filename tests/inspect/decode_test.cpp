@@ -3,6 +3,7 @@
 
 #include "../golden.h"
 #include "decoding.h"
+#include "sentences.h"
 
 #include <random>
 #include <regex>
@@ -95,6 +96,9 @@ const Planted kInEntries[] = {
     {"DamagedParent", "3a 02 08 01",
      "policer-rewritten 0+4 policer_parent_ "
      "0801>120e0804100018002000280030003800180278ffffffff0f\n"},
+    {"RewrittenParent", "3a ( 120e0804100018002000280030003800 1802 7805 7805 )",
+     "policer-rewritten 0+24 policer_parent_ "
+     "120e0804100018002000280030003800180278057805>120e080410001800200028003000380018027805\n"},
     {"ThrowingAction", "2a ( 0812 5001 )", "rebuild-throws 0+6 actions_[0]\n"},
     {"TrailingZero", "00", "trailing-zero 0+1 \n"},
     {"TrailingZeroAndCounter", "32 ( 0801 1000 ) 00",
@@ -196,7 +200,9 @@ std::string withoutBytes(const std::string& line) {
 
 TEST(Findings, AreWrittenAsTheirDocumentShows) {
   std::set<std::string> lines;
+  Sentences said;
   const auto add = [&](const Report& report) {
+    said.add(report);
     for (const Finding& finding : report.findings) {
       std::ostringstream line;
       line << "    " << finding;
@@ -206,6 +212,7 @@ TEST(Findings, AreWrittenAsTheirDocumentShows) {
   const std::string start = bytesOf(kEntryStart);
   for (const Planted& planted : kInEntries) add(decodeEntry(start + bytesOf(planted.bytes)).report);
   for (const Planted& planted : kInGroups) add(decodeGroup(bytesOf(planted.bytes)).report);
+  said.expectGolden("sentences_decode.txt");
   std::ifstream document(FILTERS_GOLDEN_DIR "/../../docs/findings.md");
   std::set<std::string> shown;
   bool inBytes = false;
@@ -321,6 +328,7 @@ TEST(Decode, ReadsNothingBeyondItsLimit) {
   const auto [group, report] = decodeGroup(bytes, limits);
   EXPECT_FALSE(group);
   EXPECT_EQ(textOf(report, 0), "bytes-broken 0+" + std::to_string(bytes.size()) + " \n");
+  EXPECT_EQ(report.findings[0].message, "there are more bytes than the limit, and none is read");
   EXPECT_FALSE(decodeEntry(bytes, limits).entry);
 }
 

@@ -3,6 +3,7 @@
 #include <filter_inspect/filter_diff.h>
 
 #include <random>
+#include <regex>
 
 #include "../entry_samples.h"
 
@@ -142,6 +143,22 @@ TEST(Diff, NamesEveryOtherPart) {
   });
   expectPart(Subject::kMatch, 26, nullptr, "ttl=3",
              [](FiltersEntry& entry) { EXPECT_EQ(entry.setMatch(MatchTTL(3)), FILTERS_OK); });
+}
+
+TEST(Diff, SaysWhatBecameOfEachPart) {
+  FiltersEntry before = entryOf({26}), after = entryOf({}, {1});
+  before.setPolicerParent(policer::Policer());
+  EXPECT_EQ(before.setMatch(MatchTTL(1)), FILTERS_OK);
+  EXPECT_EQ(before.setCounter({5, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
+  EXPECT_EQ(after.setCounter({5, counter_type_t(-9)}), FILTERS_OK);
+  std::ostringstream os;
+  os << diff(holding(before), holding(after, 2));
+  EXPECT_EQ(std::regex_replace(os.str(), std::regex("[0-9a-f]{9,}"), "bytes"),
+            "note: stage=none became stage=ingress [head-changed]\n"
+            "note: entry 7: match ttl: removed: ttl=1 [entry-changed]\n"
+            "note: entry 7: action deny: added: deny [entry-changed]\n"
+            "note: entry 7: counter 5: 5=packets became 5=-9 [entry-changed]\n"
+            "note: entry 7: parent: removed: bytes [entry-changed]\n");
 }
 
 TEST(Diff, NamesHeadsAndWholeEntries) {

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "../entry_samples.h"
+#include "sentences.h"
 
 namespace {
 
@@ -238,6 +239,19 @@ TEST(ExplainMatch, SaysWhatIsInTheWay) {
   EXPECT_EQ(explainMatch(entryOf({9, 10}), FILTERS_MATCH_SRC_IPV6).findings.size(), 2u);
 }
 
+TEST(Explain, SaysEachSentence) {
+  const FiltersEntry entry = fullEntry();
+  Sentences said;
+  for (const auto& [stage, type] : {std::pair(1, 3), {4, 12}}) {
+    const FiltersGroup group = groupOf(stage, type);
+    said.add(explainInsert(group, entry));
+    said.add(explainStage(group, group.getStage()));
+  }
+  for (const int code : {14, 34, 35}) said.add(explainMatch(entry, filtersMatch_t(code)));
+  for (const int type : {0, 1}) said.add(explainCounter(entry, {1, counter_type_t(type)}));
+  said.expectGolden("sentences_explain.txt");
+}
+
 TEST(ExplainCounter, NamesTheHolder) {
   FiltersEntry entry = fullEntry();  // 2 counts octets that are not green, 300 packets
   for (int type = 0; type < 10; ++type) {
@@ -247,6 +261,7 @@ TEST(ExplainCounter, NamesTheHolder) {
       EXPECT_EQ(resultOf(report), FiltersEntry(entry).setCounter(counter)) << type << ' ' << id;
       if (type != 1 && type != 8 && type != 0) continue;
       const auto& finding = report.findings.at(0);
+      EXPECT_EQ(finding.offender, id);
       EXPECT_EQ(finding.code, type == 0 ? Code::kCounterTypeInvalid : Code::kCounterTypeTaken);
       EXPECT_EQ(finding.others, type == 0 ? Codes() : type == 1 ? Codes{300} : Codes{2});
     }

@@ -6,12 +6,11 @@
 
 #include <filter_inspect/filter_text.h>
 
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <sstream>
 
 #include "../entry_samples.h"
+#include "sentences.h"
 
 namespace catalogue {
 
@@ -198,12 +197,6 @@ inline FiltersGroup randomGroup(std::mt19937& random) {
     fillEntry(message.add_entries_(), stage, type, random);
   }
   return FiltersGroup(message.SerializeAsString());
-}
-
-inline std::string textOfFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  EXPECT_TRUE(file) << path;
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace catalogue

@@ -81,6 +81,11 @@ TEST(Json, RefusesMatches) {
       {R"("src_ipv4": {"address": "1.2.3.4"})", "3:46 text-syntax"},
       {R"("src_ipv4": {"address": "1.2.3.4", "mask": "8"})", "3:56 text-value"},
       {R"("src_ipv4": {"address": 1})", "3:37 text-syntax"},
+      {R"("src_ipv4": {"address": "1.2.3.4\u0000"})", "3:37 text-value"},
+      {R"("src_ipv4": {"address\"": "1.2.3.4"})", "3:26 text-syntax"},
+      {R"("drop": 1)", "3:21 text-syntax"},
+      {R"("ip_protocol": 1, "l2_src_entry_type": "no")", "3:52 text-value"},
+      {R"("ingress_ports": {"ports": [{"limid": 1, "name": 1}]})", "3:62 text-syntax"},
       {R"("src_ipv4": {"": 1})", "3:26 text-syntax"},
       {R"("src_ipv4": {"address": "1.2.3.4", "address": "1.2.3.4"})", "3:48 text-repeated"},
       {R"("dst_l4_port": {"port": 1, "mask": 65536})", "3:48 text-value"},
@@ -92,10 +97,13 @@ TEST(Json, RefusesMatches) {
       {"\"ingress_ports\": {\"ports\": [\n{\"name\": \"lag-1\",\n\"limid\": 16777219}]}",
        "4:10 text-contradiction"},
   };
+  Sentences said;
   for (const auto& [match, findings] : refused) {
     EXPECT_EQ(findingsOf(groupsFromJson(withMatch(match))), findings) << match;
     EXPECT_EQ(faultIn(kJson, withMatch(match)), "") << match;
+    said.add(groupsFromJson(withMatch(match)).report);
   }
+  said.expectGolden("sentences_json_matches.txt");
 }
 
 TEST(Json, RefusesAllElse) {
@@ -118,6 +126,10 @@ TEST(Json, RefusesAllElse) {
       {kHead + "{}]}", "1:55 text-syntax"},
       {kHead + "\n" + kGroup + "]}\n,]}", "3:2 text-syntax"},
       {kHead + "\n{\"id\": 65536}]}", "2:8 text-value"},
+      {kHead + "\n{\"entries\": 1}]}", "2:13 text-syntax"},
+      {kHead + "\n{\"id\\", "2:6 text-syntax"},
+      {"{\"groups\": 1}", "1:12 text-syntax"},
+      {"{\"format\": \"a\nb\"}", "1:14 text-syntax"},
       {kHead + "\n{\"stage\": \"no\"}]}", "2:11 text-value"},
       {kHead + "\n{\"stage\":\xff}]}", "2:10 text-syntax"},
       {kHead + std::string(100000, '['), "1:54 text-syntax"},
@@ -128,6 +140,14 @@ TEST(Json, RefusesAllElse) {
       {entry(R"("id": 2)"), "3:1 text-repeated"},
       {entry(R"("parent": {"about": {}})"), "3:23 text-syntax"},
       {entry(R"("policer": {"bytes": "0"})"), "3:22 text-value"},
+      {entry(R"("policer": {"bytes": "0g"})"), "3:22 text-value"},
+      {entry(R"("policer": {"bytes": 1})"), "3:22 text-syntax"},
+      {entry(R"("policer": {"about": 1})"), "3:22 text-syntax"},
+      {entry(R"("policer": {"about": {"id": null}})"), "3:29 text-syntax"},
+      {entry(R"("policer": 1)"), "3:12 text-syntax"},
+      {entry(R"("counters": 1)"), "3:13 text-syntax"},
+      {entry(R"("counters": {})"), "3:13 text-syntax"},
+      {entry(R"("matches": [])"), "3:12 text-syntax"},
       {entry(R"("policer": {"bytes": "ff"})"), "2:1 policer-rewritten"},
       {entry(R"("policer": {"about": {"colour": 1}})"), "3:23 text-syntax"},
       {entry(R"("policer": {"about": {"id": 301}, "bytes": ")" + bytes + "\"}"),
@@ -139,10 +159,13 @@ TEST(Json, RefusesAllElse) {
       {entry(R"("actions": {"mpls_port_set": {"vpn": {"limid": 0}, "access_port": {"limid": 0}}})"),
        "2:1 rebuild-throws"},
   };
+  Sentences said;
   for (const auto& [text, findings] : refused) {
     EXPECT_EQ(findingsOf(groupsFromJson(text)), findings) << text;
     EXPECT_EQ(faultIn(kJson, text), "") << text;
+    said.add(groupsFromJson(text).report);
   }
+  said.expectGolden("sentences_json.txt");
 }
 
 }  // namespace

@@ -65,6 +65,9 @@ TEST(Text, ReadsWhatPeopleWrite) {
        "entry 1 priority=0 if src_ipv4=192.0.2.7/12"},
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/255.0.0.0",
        "entry 1 priority=0 if src_ipv4=1.2.3.4/8"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3.4/32", "entry 1 priority=0 if src_ipv4=1.2.3.4"},
+      {"entry 1 priority=0 if src_ipv4=1.2.3.4/0 count 1=0x7fffffff 2=-2147483648",
+       "entry 1 priority=0 if src_ipv4=1.2.3.4/0 count 1=2147483647 2=-2147483648"},
       {"entry 1 priority=0 if tpid=33024 dst_l4_port=0xb3/65535",
        "entry 1 priority=0 if tpid=0x8100 dst_l4_port=179/0xffff"},
       {"entry 2 priority=0\nentry 1 priority=0 then deny permit",
@@ -112,9 +115,18 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/", "3:40 text-value"},
       {"entry 1 priority=0 if dst_l4_port=1", "3:36 text-value"},
       {"entry 1 priority=0 if dst_l4_port=1/0x10000", "3:37 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=a/b", "3:35 text-value"},
+      {"entry 1 priority=0 if dst_l4_port_range=1-65536", "3:43 text-value"},
+      {"entry 1 priority=0 if l2_src_entry_type=4294967296", "3:41 text-value"},
+      {"entry 1 priority=0 if drop=1", "3:28 text-value"},
+      {"entry 1 priority=0 if pcp={x,y}", "3:28 text-value"},
       {"entry 1 priority=0 if dst_l4_port_range=2-1 dst_l4_port=1/0",
        "3:1 match-refused 3:1 entry-refused 3:1 match-not-admitted"},
       {"entry 1 priority=0 if dst_mac=00:00:00:00:00:0g", "3:31 text-value"},
+      {"entry 1 priority=0 if dst_mac=00:00:00-00:00:00", "3:31 text-value"},
+      {"entry 1 priority=0 if dst_mac=00:00:00:00:00:00/40", "3:49 text-value"},
+      {"entry 1 priority=0 then redirect=1", "3:34 text-value"},
+      {"entry 1 priority=0 then redirect=[1]!cpu", "3:37 text-value"},
       {"entry 1 priority=0 if vrf_id=1", "3:1 entry-refused 3:1 match-not-admitted"},
       {"entry 1 priority=0 then permit permit", "3:32 text-repeated"},
       {"entry 1 priority=0 then replace_dst_mac=00:00:00:00:00:00/ff:ff:ff:ff:ff:ff",
@@ -126,6 +138,8 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 count 1=-2147483649", "3:28 text-value"},
       {"entry 1 priority=0 count 1=1 1=2", "3:1 counter-replaced"},
       {"entry 1 priority=0 police 0", "3:27 text-value"},
+      {"entry 1 priority=0 police 0g", "3:27 text-value"},
+      {"entry 1 priority=0 parent", "3:26 text-syntax"},
       {"entry 1 priority=0 police ff", "3:1 policer-rewritten"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
@@ -141,10 +155,12 @@ TEST(Text, RefusesAllElse) {
       {"group 1 priority=0 stage=no type=none", "3:26 text-value"},
       {"group 1 priority=0 stage=none type=1 entries", "3:38 text-syntax"},
   };
+  Sentences said;
   for (const auto& [text, findings] : refused) {
     const std::string whole = kHead + "group 1 priority=2 stage=none type=4\n" + text;
     EXPECT_EQ(findingsOf(groupsFromText(whole)), findings) << text;
     EXPECT_EQ(faultIn(kText, whole), "") << text;
+    said.add(groupsFromText(whole).report);
   }
   const std::string kZero(1, '\0');
   for (const auto& [text, findings] :
@@ -158,7 +174,9 @@ TEST(Text, RefusesAllElse) {
         {"filter-groups 1 2", "1:17 text-syntax"},
         {"filter-groups 1\nentry 1 priority=0", "2:1 text-syntax"}}) {
     EXPECT_EQ(findingsOf(groupsFromText(text)), findings) << text;
+    said.add(groupsFromText(text).report);
   }
+  said.expectGolden("sentences_text.txt");
 }
 
 // What is only worth a note is no fault, however often it stands there.
