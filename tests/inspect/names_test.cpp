@@ -82,6 +82,7 @@ TEST(Report, IsWrittenAsJson) {
     if (i % 4 != 0) finding.admitted = {1, 27, 900};
     if (i % 5 != 0) finding.others = {0xffffffff};
     if (i % 6 != 0) finding.entry = finding.group = 65535;
+    finding.after = "\\";
     finding.before = "\"a\\\n\x01\xff\xc3\xa4";
     report.findings.push_back(finding);
   }
