@@ -67,6 +67,7 @@ const Planted kInEntries[] = {
     {"UnusedList", "22 ( 081a 180a 180b b00140 )", "field-unused 4+4 matches_[0].vlan_id_\n"},
     {"UnknownField", "22 ( 081a b00140 fa0102abcd )", "field-unknown 7+5 matches_[0]\n"},
     {"UnknownGroup", "22 ( 081a b00140 fb01 0801 fc01 )", "field-unknown 7+6 matches_[0]\n"},
+    {"OtherEndOfAGroup", "22 ( 081a b00140 fb01 0801 f401 )", "bytes-broken 7+6 matches_[0]\n"},
     {"OtherWireType", "22 ( 081a b2010101 )",
      "field-wire-type 4+4 matches_[0]\n"
      "field-defaulted 0+8 matches_[0].ttl_ >0\n"},
@@ -74,6 +75,13 @@ const Planted kInEntries[] = {
     {"WideVarint", "22 ( 0808 688280808010 )", "value-cut 4+6 matches_[0].l2_src_ 4294967298>2\n"},
     {"LongVarint", "22 ( 081a b001c000 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
     {"LongTag", "22 ( 081a b0810040 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
+    {"WideTag", "22 ( 081a b08180801040 )", "encoding-differs 4+6 matches_[0].ttl_\n"},
+    {"TagOfSixBytes", "22 ( 081a b0818080800040 )",
+     "bytes-broken 4+7 matches_[0]\n"
+     "field-defaulted 0+11 matches_[0].ttl_ >0\n"},
+    {"BitsBeyondAVarint", "32 ( 0801 10ffffffffffffffffff7f )",
+     "encoding-differs 4+11 counters_[0].type\n"
+     "counter-unusual 0+15 counters_[0]\n"},
     {"OddFlag", "22 ( 081c c00102 )", "encoding-differs 4+3 matches_[0].drop_flag_\n"},
     {"FieldsInOtherOrder", "22 ( b00140 081a )", "order-differs 5+2 matches_[0]\n"},
     {"UnknownMatch", "22 ( 0823 1801 )", "match-unknown 0+6 matches_[0]\n"},
