@@ -249,7 +249,6 @@ void Entries::noteRefusal(const Report& refusal, const Place& place) {
     if (finding == nullptr) continue;
     finding->result = reason.result;
     finding->admitted = reason.admitted;
-    finding->others = reason.others;
     finding->message = reason.message;
   }
 }

@@ -93,7 +93,7 @@ const Planted kInEntries[] = {
     {"ReplacedCounter", "32 ( 0801 1001 ) 32 ( 08818004 1002 )",
      "value-cut 8+4 counters_[1].id 65537>1\n"
      "counter-replaced 0+6 counters_[0]\n"},
-    {"PartsInOtherOrder", "22 ( 081b b80101 ) 22 ( 081a b00140 )",
+    {"PartsInOtherOrder", "22 ( 081b b80101 ) 22 ( 081a b00140 ) 22 ( 0800 )",
      "order-differs 7+7 matches_[1]\n"},
     {"CounterOfNoType", "32 ( 0801 1000 )", "counter-unusual 0+6 counters_[0]\n"},
     {"CounterOfUnnamedType", "32 ( 0801 1009 )", "counter-unusual 0+6 counters_[0]\n"},
@@ -172,7 +172,8 @@ const Planted kInGroups[] = {
      "entry-refused 47+39 entries_[1]\n"
      "policer-stage 53+33 entries_[1].policer_\n"},
     {"EntriesInOtherOrder",
-     "0807 1000 1800 2003 2a ( 0802 1000 1a @policer-none ) 2a ( 0801 1001 1a @policer-none )",
+     "0807 1000 1800 2003 2a ( 0803 1000 1a @policer-none ) 2a ( 0802 1001 1a @policer-none ) "
+     "2a ( 0801 1001 1a @policer-none )",
      "order-differs 47+39 entries_[1]\n"},
     {"LongLength", "0807 1000 1800 2003 2a 8400 0801 1000",
      "encoding-differs 8+7 entries_[0]\n"
@@ -262,6 +263,19 @@ TEST(Decode, TellsWhatItsFindingsAreAbout) {
     EXPECT_EQ(finding.offender, FILTERS_MATCH_VRF_ID);
     const auto& admitted = FiltersGroup::TypeDescription_.at(FILTERS_GROUP_TYPE_3);
     EXPECT_EQ(finding.admitted, std::vector<std::uint32_t>(admitted.begin(), admitted.end()));
+  }
+  const auto only = [](const std::string& rest) {
+    const Report report = decodeEntry(bytesOf(kEntryStart) + rest).report;
+    EXPECT_EQ(report.findings.size(), 1u) << report;
+    return report.findings.at(0);
+  };
+  EXPECT_EQ(only(bytesOf("32 ( 0801 1001 ) 32 ( 0802 1001 )")).others, std::vector{1u});
+  // Of long bytes the first 256 are shown.
+  for (const std::size_t size : {256u, 257u}) {
+    const std::string mac =
+        bytesOf("0804 2a") + withLength(std::string(size, 1)) + bytesOf("3a06ffffffffffff");
+    const std::string shown = toHex(std::string(256, 1)) + (size == 256 ? "" : "...");
+    EXPECT_EQ(only('\x22' + withLength(mac)).before, shown);
   }
 }
 

@@ -159,4 +159,25 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
+// What its numbers are codes of depends on subject and result, and in tables on the subject.
+TEST(Report, NamesTheCodesInIt) {
+  catalogue::Sentences said;
+  for (int i = 0; i < 7 * 10; ++i) {
+    Finding finding{};
+    finding.code = i < 7 * 9 ? Code::kEntryRefused : Code::kAdmits;
+    finding.subject = static_cast<Subject>(i % 7);
+    finding.result = namesOf<filtersErr_t>()[static_cast<std::size_t>(i / 7 % 9)].first;
+    finding.offender = finding.entry.emplace(2);
+    finding.admitted = finding.others = {0, 77};
+    if (i % 2 != 0) finding.bytes = ByteRange{1, 2};
+    Report report;
+    report.findings = {finding};
+    std::ostringstream line;
+    line << report;
+    const auto json = nlohmann::ordered_json::parse(toJson(report));
+    said.add(line.str() + json["inputs"][0]["findings"][0].dump());
+  }
+  said.expectGolden("report.txt");
+}
+
 }  // namespace

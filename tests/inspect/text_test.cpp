@@ -52,6 +52,20 @@ TEST(Text, OfEachClass) {
   EXPECT_EQ(linesOf(EveryClass()), textOfFile(FILTERS_GOLDEN_DIR "/entries.txt"));
 }
 
+TEST(Text, SaysWhatPolicersDo) {
+  using policer::Mode;
+  for (const auto& [mode, said] : {std::pair(Mode::None(), "none"),
+                                   {Mode::SrTcm(1, 2, 3), "srtcm cir=1 cbs=2 ebs=3"},
+                                   {Mode::TrTcm(1, 2, 3, 4), "trtcm cir=1 cbs=2 pir=3 pbs=4"},
+                                   {Mode::TrTcmDs(1, 2, 3, 4), "trtcmds cir=1 cbs=2 eir=3 ebs=4"},
+                                   {Mode::Flow(1, 2), "flow cir=1 cbs=2"}}) {
+    FiltersEntry entry(7);
+    entry.setPolicer({5, policer::Stage::Egress, mode, {}});
+    const std::string text = toText(entry);
+    EXPECT_EQ(text.substr(text.find('#')), std::string("# policer 5 egress ") + said);
+  }
+}
+
 const std::string kHead = "filter-groups 1\n";
 
 // Other ways to write the same.
@@ -196,6 +210,11 @@ TEST(Text, CountsWhatItDoesNotTell) {
   const auto report = groupsFromText(text).report;
   EXPECT_EQ(report.findings.size(), 1000u);
   EXPECT_EQ(report.left_out, 500u);
+  const std::string group =
+      "group 1 priority=0 stage=none type=1\nentry 1 priority=0 count 1=1 1=2 1=3\n";
+  const auto one = groupsFromText(kHead + group + group, 1).report;  // each loses two counters
+  EXPECT_EQ(one.findings.size(), 1u);
+  EXPECT_EQ(one.left_out, 3u);
 }
 
 }  // namespace

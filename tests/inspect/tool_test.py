@@ -431,7 +431,7 @@ TABLE = [
 
 # Documents: arguments, exit code, whether results and trouble are there, and words in them.
 DOCUMENTS = [
-    ("check lost.bin g.bin", 1, True, False, {"match-unknown"}),
+    ("check lost.bin g.bin", 1, True, False, {"match-unknown", '"groups": 2'}),
     ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),
     ("check cut.bin --framing=be32", 1, True, False, {"bytes-broken"}),
     ("check bad.txt", 2, False, True, {"text-syntax"}),
