@@ -68,6 +68,10 @@ def prepare():
     write("refused.bin", first.replace(b"\x18\x02\x20\x03", b"\x18\x02\x20\x01"))
     write("notes.bin", b"\x08\x81\x00" + first[2:])  # an id that is longer than it needs to be
     write("many.bin", b"\0" * 40)  # ten frames of nothing
+    # An action without its interfaces, which throws, and a group behind it.
+    thrown = bytes.fromhex("0809 1000 1802 2003 2a0a 08011000 1a00 2a020812")
+    write("thrown.bin", b"".join(struct.pack(">I", len(each)) + each for each in (thrown, first)))
+    write("framed.bin", struct.pack(">I", len(first)) + first)
     write("brace.bin", b" {")  # type 123, behind what JSON may begin with
     write("empty", b"")
     write("large.bin", b"")
@@ -165,6 +169,8 @@ TABLE = [
     ("show empty", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
     ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
     ("show brace.bin", 0, "filter-groups 1\ngroup 0 [^\n]* type=123\n", "(brace.bin:1: [^\n]*\n){3}"),
+    ("show thrown.bin", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
+     r"thrown.bin:1: error: entry 1: action mpls_port_set: ActionMplsPortSet: .*"),
     ("show empty --framing=be32", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
     ("show nosuch.bin g.bin", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
     # --- What is checked
@@ -180,6 +186,8 @@ TABLE = [
      r"g.bin: group 2: (?!.*field-repeated).*\[match-not-admitted\].*", NONE),
     ("check one.bin --stage=ingress --type=3", 0,
      "one.bin: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check thrown.bin --type=3", 1,
+     r"thrown.bin:1: error: [^\n]*\[rebuild-throws\]\n.*thrown.bin: 2 groups, 7 entries, .*", NONE),
     ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),
     ("check one.bin --stage lookup --type 3", 1,
      r"one.bin: group 1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
@@ -190,8 +198,9 @@ TABLE = [
     ("convert lost.bin --to=text -o kept.txt", 1, NONE,
      r"lost.bin: group 1: warning: .*\nfilter-inspect: lost.bin: not converted[^\n]*\n"),
     ("convert g.txt --to=bytes --framing=none", 2,
-     NONE, "filter-inspect: g.txt: [^\n]*--framing.*"),
-    ("convert none.txt --to=bytes", 2, NONE, "filter-inspect: none.txt: there is no group[^\n]*\n"),
+     NONE, "filter-inspect: g.txt: bytes of several groups need --framing=be32 or varint\n"),
+    ("convert none.txt --to=bytes", 2, NONE,
+     "filter-inspect: none.txt: there is no group, and no bytes are a group of zeros\n"),
     ("convert g.bin --to=text -o folder/no/file", 2,
      NONE, "filter-inspect: folder/no/file: " + ENOENT),
     ("convert g.bin --to=text -o ''", 2, NONE, "filter-inspect: '': " + ENOENT),
@@ -407,6 +416,7 @@ TABLE = [
     ("capabilities --type=12", 2, NONE, ".*did you mean [12]\\?\n"),
     ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
     ("show", 2, NONE, "filter-inspect: FILE is required\n"),
+    ("xxshow g.bin", 2, NONE, "filter-inspect: there is no command xxshow; did you mean show\\?\n"),
     ("show -x g.bin", 2, NONE, "filter-inspect: there is no option -x; did you mean -[a-z]\\?\n"),
     ("show --jsn=1 g.bin", 2, NONE, ".* no option --jsn; did you mean --json\\?\n"),
     ("check --max-groups=9x g.bin", 2, NONE, ".*--max-groups: '9x' is no number that it can have\n"),
@@ -552,6 +562,9 @@ def try_forms():
             there = inspect("convert", name, "--to", form, "--framing", framing)
             back = inspect("convert", "-", "--to=bytes", "--framing", framing, stdin=there.stdout)
             expect(f"{name} by way of {form}", back.stdout == original, there.stderr, back.stderr)
+    with open("framed.bin", "rb") as file:
+        done = inspect("convert", "framed.bin", "--to=bytes")
+        expect("a length stays", done.stdout == file.read(), done.stderr)
 
 
 def try_output():
