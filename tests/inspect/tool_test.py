@@ -72,7 +72,8 @@ def prepare():
     thrown = bytes.fromhex("0809 1000 1802 2003 2a0a 08011000 1a00 2a020812")
     write("thrown.bin", b"".join(struct.pack(">I", len(each)) + each for each in (thrown, first)))
     write("framed.bin", struct.pack(">I", len(first)) + first)
-    write("brace.bin", b" {")  # type 123, behind what JSON may begin with
+    write("brace.bin", b" {\x08\x05")  # type 123, behind what JSON may begin with
+    write("zeros.bin", b"\0\0\0\0\x22")
     write("empty", b"")
     write("large.bin", b"")
     os.truncate("large.bin", (64 << 20) + 1)
@@ -168,9 +169,9 @@ TABLE = [
      r"lost.bin: group 1: warning: entry 1000: match 99: .* \[match-unknown\]\n"),
     ("show empty", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
     ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
-    ("show brace.bin", 0, "filter-groups 1\ngroup 0 [^\n]* type=123\n", "(brace.bin:1: [^\n]*\n){3}"),
+    ("show brace.bin", 0, "filter-groups 1\ngroup 5 [^\n]* type=123\n", "(brace.bin: group 1: [^\n]*\n){2}"),
     ("show thrown.bin", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
-     r"thrown.bin:1: error: entry 1: action mpls_port_set: ActionMplsPortSet: .*"),
+     r"thrown.bin: group 1: error: entry 1: action mpls_port_set: ActionMplsPortSet: .*"),
     ("show empty --framing=be32", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
     ("show nosuch.bin g.bin", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
     # --- What is checked
@@ -187,7 +188,7 @@ TABLE = [
     ("check one.bin --stage=ingress --type=3", 0,
      "one.bin: 1 group, 7 entries, nothing to say\n", NONE),
     ("check thrown.bin --type=3", 1,
-     r"thrown.bin:1: error: [^\n]*\[rebuild-throws\]\n.*thrown.bin: 2 groups, 7 entries, .*", NONE),
+     r"thrown.bin: group 1: error: [^\n]*\[rebuild-throws\]\n.*thrown.bin: 2 groups, 7 entries, .*", NONE),
     ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),
     ("check one.bin --stage lookup --type 3", 1,
      r"one.bin: group 1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
@@ -367,6 +368,7 @@ TABLE = [
     ("convert cut.bin --framing=be32 --to=text", 2, NONE, r"cut.bin: group 2: error: .*"),
     ("diff g.bin cut.bin --framing=be32", 2, NONE, r"cut.bin: group 2: error: .*"),
     ("plan cut.bin g.bin --framing=be32", 2, NONE, r"cut.bin: group 2: error: its length is [^\n]*\n"),
+    ("check zeros.bin", 1, r".*\[bytes-broken\].*", NONE),
     ("check cut_group.bin", 1, r".*\[bytes-broken\].*", NONE),
     ("show cut_group.bin --max-findings=0", 2,
      "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
@@ -377,19 +379,19 @@ TABLE = [
     # --- Limits
     ("check large.bin", 2,
      NONE, "filter-inspect: large.bin: [^\n]*67108864[^\n]*--max-bytes=N[^\n]*\n"),
-    ("check many.bin --max-bytes=40 --max-findings=40", 1, "(many.bin:\\d+: [^\n]*\n){40}.*", NONE),
+    ("check many.bin --max-bytes=40 --max-findings=40", 1, "(many.bin: group \\d+: [^\n]*\n){40}.*", NONE),
     ("check many.bin --max-bytes=39", 2, NONE, "filter-inspect: many.bin: there are more than 39 .*"),
     ("check g.txt --max-groups=1", 2, "g.txt: 1 group, 7 entries, nothing to say\n",
      "filter-inspect: g.txt: there are more than 1 group, and only those are read; --max-.*"),
-    ("check rules.txt --max-findings=0", 1, "rules.txt: 1 group, 4 entries, 1 left out; .*", NONE),
+    ("check rules.txt --max-findings=0", 1, "rules.txt: 1 group, 4 entries; left out: 1 warning; .*", NONE),
     ("check twice.txt --max-findings=1", 1,
-     "twice.txt:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 1 warning, 1 left out; [^\n]*\n", NONE),
+     "twice.txt:5:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 1 warning; left out: 1 warning; .*", NONE),
     ("check refused.bin --stage=egress --type=1 --max-findings=2", 1,
-     "(refused.bin:1: [^\n]*\n){2}refused.bin: 1 group, 0 entries, 1 error, 1 warning, 35 left out; "
-     "[^\n]*\n", NONE),
+     "(refused.bin: group 1: [^\n]*\n){2}refused.bin: 1 group, 0 entries, 2 errors; left out: 28 "
+     "errors, .*", NONE),
     ("analyse twice.txt --order=highest-priority --max-findings=4", 1,
-     "(twice.txt:1: [^\n]*\n){3}twice.txt:2: [^\n]*\ntwice.txt: 2 groups, 8 entries, 4 warnings, "
-     "2 left out; [^\n]*\n", NONE),
+     "(twice.txt:[3-5]:1: .*){3}twice.txt:10:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 4 warnings; "
+     "left out: 2 warnings; [^\n]*\n", NONE),
     ("check g.bin --max-bytes=1000", 2, NONE, "filter-inspect: g.bin: .*--max-bytes=N.*"),
     ("check many.bin --max-groups=9 --max-findings=2", 2,
      r"(many.bin: group 1: warning: [^\n]*\n){2}many.bin: 9 groups, 0 entries, 2 warnings; "
@@ -470,6 +472,7 @@ DOCUMENTS = [
      {"treatment-differs", "entry-changed"}),
     ("analyse late.txt --order=highest-priority --max-findings=1", 1, True, False,
      {"entries-tie"}),
+    ("analyse g.bin --svg", 2, False, True, {"usage", '"command": "analyse"'}),
     ("analyse rules.txt nosuch.bin", 2, True, True, {"entries-overlap", "file-unreadable"}),
     ("capabilities --type=6", 0, True, False,
      {"admits", '"after": "none, lookup"', '"admitted": [\n            "all"'}),
@@ -562,6 +565,13 @@ def try_forms():
             there = inspect("convert", name, "--to", form, "--framing", framing)
             back = inspect("convert", "-", "--to=bytes", "--framing", framing, stdin=there.stdout)
             expect(f"{name} by way of {form}", back.stdout == original, there.stderr, back.stderr)
+    sizes = "".join(f"group 1 priority={priority} stage=none type=none\nentry 1 priority=1 then"
+                    f" redirect=[{','.join(ports * ['1'])}]\n"
+                    for ports in range(20, 60) for priority in (1, 128))
+    write("sizes.txt", b"filter-groups 1\n" + sizes.encode())
+    framed = inspect("convert", "sizes.txt", "--to=bytes", "--framing=varint").stdout
+    done = inspect("diff", "-", "sizes.txt", "--framing=varint", stdin=framed)
+    expect("lengths of one and of two bytes", done.returncode == 0 and framed, done.stderr)
     with open("framed.bin", "rb") as file:
         done = inspect("convert", "framed.bin", "--to=bytes")
         expect("a length stays", done.stdout == file.read(), done.stderr)
