@@ -2,6 +2,7 @@
 // make_form_seeds FOLDER. The same on every machine.
 
 #include <filesystem>
+#include <fstream>
 
 #include "../tests/inspect/form_samples.h"
 

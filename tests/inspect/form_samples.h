@@ -10,7 +10,6 @@
 #include <sstream>
 
 #include "../entry_samples.h"
-#include "sentences.h"
 
 namespace catalogue {
 

@@ -734,7 +734,7 @@ def try_progress():
                              "--packets=-")
     expect("it waits for packets", reads)
     works = seen_on_terminal(rb"analysing hard\.txt:2:1 \.\.\. \d+ %", "analyse", "hard.txt",
-                             "--order=highest-priority", "--max-steps=1000000000")
+                             "--order=highest-priority", "--max-steps=500000")
     expect("it analyses", works)
 
 
