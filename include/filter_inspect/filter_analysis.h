@@ -18,8 +18,8 @@
 // set of VLAN ids, a range whose ends are swapped, the two low bits of a ToS byte, ... For each
 // match this library knows two sets of packets: those it takes under every reading (must) and those
 // it takes under some reading (may). Equal matches take equal packets, whatever the device makes of
-// them. What is claimed holds under every reading; what does not is left undecided. docs/analysis.md lists the readings, and the assumptions that every claim rests
-// on.
+// them. What is claimed holds under every reading; what does not is left undecided.
+// docs/analysis.md lists the readings, and the assumptions that every claim rests on.
 //
 // All of this may be called from any thread, as long as nobody changes the arguments meanwhile. It
 // throws std::bad_alloc, what a progress function throws, and nothing else.
