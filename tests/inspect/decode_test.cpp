@@ -76,9 +76,7 @@ const Planted kInEntries[] = {
     {"LongVarint", "22 ( 081a b001c000 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
     {"LongTag", "22 ( 081a b0810040 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
     {"WideTag", "22 ( 081a b08180801040 )", "encoding-differs 4+6 matches_[0].ttl_\n"},
-    {"TagOfSixBytes", "22 ( 081a b0818080800040 )",
-     "bytes-broken 4+7 matches_[0]\n"
-     "field-defaulted 0+11 matches_[0].ttl_ >0\n"},
+    {"TagOfSixBytes", "22 ( 081a b0818080800040 )", "bytes-broken 4+7 matches_[0]\n"},
     {"BitsBeyondAVarint", "32 ( 0801 10ffffffffffffffffff7f )",
      "encoding-differs 4+11 counters_[0].type\n"
      "counter-unusual 0+15 counters_[0]\n"},
