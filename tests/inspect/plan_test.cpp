@@ -375,6 +375,8 @@ TEST(Apply, StopsAtTheFirstRefusal) {
   EXPECT_EQ(applied({{Kind::kSetType, 0, 4}, insert}, 0), FILTERS_ERR_TYPE_NOT_ALLOWED);
   EXPECT_EQ(applied({insert, {Kind::kRemove, 8}}, 1), FILTERS_ERR_NOT_FOUND);
   EXPECT_EQ(applied({{Kind::kInsert, 8}, insert}, 0), FILTERS_ERR_NOT_FOUND);
+  EXPECT_EQ(toText(Step{Kind::kInsert, 8}, to), "insert entry 8");
+  EXPECT_EQ(toText(Step{Kind::kSetPriority, 0, 9}, to), "set-priority 9");
   EXPECT_EQ(applied({{Kind::kSetPriority, 0, 65536}}, 0), FILTERS_ERR_INVALID_ARGUMENT);
   EXPECT_EQ(applied({{Kind(5)}}, 0), FILTERS_ERR_INVALID_ARGUMENT);
 }

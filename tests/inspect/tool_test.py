@@ -418,7 +418,6 @@ TABLE = [
     ("capabilities --type=12", 2, NONE, ".*did you mean [12]\\?\n"),
     ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
     ("show", 2, NONE, "filter-inspect: FILE is required\n"),
-    ("xxshow g.bin", 2, NONE, "filter-inspect: there is no command xxshow; did you mean show\\?\n"),
     ("show -x g.bin", 2, NONE, "filter-inspect: there is no option -x; did you mean -[a-z]\\?\n"),
     ("show --jsn=1 g.bin", 2, NONE, ".* no option --jsn; did you mean --json\\?\n"),
     ("check --max-groups=9x g.bin", 2, NONE, ".*--max-groups: '9x' is no number that it can have\n"),
@@ -678,6 +677,7 @@ def try_picture():
 def on_terminal(*arguments, **environment):
     master, terminal = pty.openpty()
     environment = {**run_env, "TERM": "xterm", **environment}
+    environment = {key: value for key, value in environment.items() if value is not None}
     done = subprocess.Popen([*emulator, tool, *arguments], env=environment, stdout=terminal)
     done.wait(60)
     os.close(terminal)
@@ -691,7 +691,8 @@ def try_terminal():
     expect("colours on a terminal", b"\33[33mwarning" in on_terminal(*command))
     expect("NO_COLOR", b"\33" not in on_terminal(*command, NO_COLOR="1"))
     expect("an empty NO_COLOR", b"\33[33mwarning" in on_terminal(*command, NO_COLOR=""))
-    expect("a dumb terminal", b"\33" not in on_terminal(*command, TERM="dumb"))
+    for term in ("dumb", None):
+        expect(f"the terminal {term}", b"\33" not in on_terminal(*command, TERM=term))
     expect("--color=never", b"\33" not in on_terminal(*command, "--color=never"))
 
 
