@@ -117,28 +117,47 @@ class Analysis {
 
   // --- Some packets of a rule, to see quickly what most rules are ---
 
-  // One of what both sets have, which meet or are the same one.
-  Point pointOf(SetId a, SetId b, unsigned which) {
+  // One of what the sets have in common, which is not nothing; the first one is what people expect.
+  Point pointOf(const std::vector<SetId>& sets, unsigned which) {
     const Space& space = space_.space();
     const auto choose = [&](std::uint32_t first, std::uint32_t last) {
-      if (which == 0) return first;
-      if (which == 1) return last;
+      if (which < 3) return which == 1 ? first : last;
       seed_ = seed_ * 6364136223846793005U + 1442695040888963407U;
       return first + static_cast<std::uint32_t>((seed_ >> 33) % (std::uint64_t{last} - first + 1));
     };
     Point point(space.dimensions());
     for (std::uint32_t d = 0; d < point.size(); ++d) {
-      const Space::Term *x = space.termOf(a, d), *y = space.termOf(b, d);
-      const Space::Range all = {0, static_cast<std::uint32_t>(space.size(d) - 1)};
-      shared_.clear();
-      appendShared(x != nullptr ? space.ranges() + x->begin : &all, x != nullptr ? x->count : 1,
-                   y != nullptr ? space.ranges() + y->begin : &all, y != nullptr ? y->count : 1,
-                   &shared_);
+      appendCommon(sets, d, &shared_);
+      if (which == 0) {
+        point[d] = space.best(d, shared_.data(), shared_.size());
+        continue;
+      }
       const Space::Range& range =
           shared_[choose(0, static_cast<std::uint32_t>(shared_.size() - 1))];
       point[d] = choose(range.first, range.last);
     }
     return point;
+  }
+
+  // What the sets have in common in one dimension.
+  void appendCommon(const std::vector<SetId>& sets, std::uint32_t d,
+                    std::vector<Space::Range>* out) {
+    const Space& space = space_.space();
+    out->assign(1, {0, static_cast<std::uint32_t>(space.size(d) - 1)});
+    for (SetId set : sets) {
+      const Space::Term* term = space.termOf(set, d);
+      if (term == nullptr) continue;
+      was_.swap(*out);
+      out->clear();
+      appendShared(was_.data(), was_.size(), space.ranges() + term->begin, term->count, out);
+    }
+  }
+  bool haveCommon(const std::vector<SetId>& sets) {
+    for (std::uint32_t d = 0; d < space_.space().dimensions(); ++d) {
+      appendCommon(sets, d, &shared_);
+      if (shared_.empty()) return false;
+    }
+    return true;
   }
 
   // Whether some rule of those before `end` must take a packet that all of `takers` take.
@@ -164,7 +183,7 @@ class Analysis {
         return Cut::Outcome::kNothingLeft;
       }
       for (unsigned k = 0; k < kTried + met / kCheaper; ++k) {
-        const Point point = pointOf(rule.may, rule.may, k);
+        const Point point = pointOf({rule.may}, k);
         if (!isTakenBefore(rule.ranks_begin, {i}, point)) return Cut::Outcome::kLeft;
       }
     }
@@ -218,9 +237,11 @@ class Analysis {
   // say how the packets are treated.
   void reportUnreachable(std::uint32_t i, const Positions& blockers) {
     constexpr std::size_t kNamed = 4;
-    met_by_.meeting(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
+    // Behind the last blocker none comes first. The blockers are looked at before others: they are
+    // named anyway.
+    const std::uint32_t end = rules_[blockers.back()].ranks_end;
+    met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
-    // The blockers are looked at first: they are named anyway.
     Positions all = blockers, differing, alike;
     std::set_difference(before.begin(), before.end(), blockers.begin(), blockers.end(),
                         std::back_inserter(all));
@@ -259,10 +280,46 @@ class Analysis {
     }
     const Positions& shown = differing.empty() ? alike : differing;
     if (shown.empty()) return;
-    addTreatments(i, shown[0], &finding);
+    Witness witness(space_);
+    std::uint32_t taker = shown[0];
+    for (std::size_t k = 0; k < shown.size() && !witness.isGood(); ++k) {
+      const std::size_t before_it = witness.shape();
+      showFirst(i, shown[k], before, &witness);
+      if (witness.shape() < before_it) taker = shown[k];
+    }
+    addTreatments(i, taker, &finding);
+    finding.witness = witness.text();
+  }
+
+  // Looks for a packet of one rule that the one at `p` is the first to take.
+  void showFirst(std::uint32_t i, std::uint32_t p, const Positions& before, Witness* witness) {
+    if (tryPackets(i, p, rules_[p].ranks_begin, witness)) return;
     Leftover left(space_);
-    findPacket(i, shown[0], takenBefore(i, shown[0], before), &left);
-    finding.witness = left.witness.text();
+    std::vector<Candidate> list = takenBefore(i, p, before);
+    spare_.runBriefly({rules_[i].may, rules_[p].may}, &list, &left);
+    witness->take(left.witness);
+  }
+
+  // Tries some packets of both rules, shape by shape: first those that no rule before `end` may
+  // take and that both surely take, then those that none before must take.
+  bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
+    const Rule &a = rules_[i], &b = rules_[p];
+    for (const bool surely : {true, false}) {
+      if (surely && (a.must == kNothing || b.must == kNothing)) continue;
+      const SetId x = surely ? a.must : a.may, y = surely ? b.must : b.may;
+      for (std::size_t shape = 0; shape < witness->shape(); ++shape) {
+        const std::vector<SetId> sets = {x, y, space_.shapes()[shape]};
+        if (!haveCommon(sets)) continue;
+        for (unsigned k = 0; k < kTried; ++k) {
+          const Point point = pointOf(sets, k);
+          if (surely) met_by_.holding(point, 0, end, &tried_);
+          if (surely ? !tried_.empty() : isTakenBefore(end, {i, p}, point)) continue;
+          witness->take(point, shape);
+          return true;
+        }
+      }
+    }
+    return false;
   }
 
   // What rules before the one at `p` must take of the packets that it shares with another one.
@@ -277,7 +334,7 @@ class Analysis {
   // Whether the rule at `p` comes first for some packet of another one: kLeft when it does.
   Cut::Outcome findFirst(std::uint32_t i, std::uint32_t p, const Positions& before) {
     for (unsigned k = 0; k < kTried; ++k) {
-      const Point point = pointOf(rules_[i].may, rules_[p].may, k);
+      const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
       if (!isTakenBefore(rules_[p].ranks_begin, {i, p}, point)) return Cut::Outcome::kLeft;
     }
     std::vector<Candidate> list = takenBefore(i, p, before);
@@ -311,7 +368,12 @@ class Analysis {
                       takers.tags.end());
     Finding& finding = findings_.add(Code::kEntryRedundant, rule.id);
     finding.others = idsOf(takers.tags);
-    finding.witness = takers.witness.text();
+    Witness witness(space_);
+    for (std::size_t k = 0; k < takers.tags.size() && !witness.isGood() && k < kFew; ++k) {
+      tryPackets(i, takers.tags[k], rule.ranks_begin, &witness);
+    }
+    witness.take(takers.witness);
+    finding.witness = witness.text();
     finding.message = "without it nothing changes: " + entriesText(finding.others) +
                       (finding.others.size() == 1 ? " takes its packets and treats"
                                                   : " take its packets and treat") +
@@ -355,7 +417,7 @@ class Analysis {
   // Whether some packet shows that it is, out of a few.
   bool isSurelyMissed(std::uint32_t i) {
     for (unsigned k = 0; k < kTried; ++k) {
-      const Point point = pointOf(rules_[i].may, rules_[i].may, k);
+      const Point point = pointOf({rules_[i].may}, k);
       const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
       if (!taken && isMissedFor(i, point)) return true;
     }
@@ -368,7 +430,7 @@ class Analysis {
     for (std::uint32_t p : next) {
       if (!differ(p, i)) continue;
       for (unsigned k = 0; k < 4; ++k) {
-        const Point point = pointOf(rules_[i].may, rules_[p].may, k);
+        const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
         const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
         if (!taken && isMissedFor(i, point)) return true;
       }
@@ -393,23 +455,16 @@ class Analysis {
 
   // --- Two rules ---
 
-  // Looks for a packet of both that none of the candidates takes: if there is one under every
-  // reading, such a one. kLeft when there is a packet.
-  Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p,
-                          const std::vector<Candidate>& candidates, Leftover* left) {
-    const Rule &a = rules_[i], &b = rules_[p];
-    std::vector<std::vector<SetId>> readings;
-    if (!(isClosed(a) && isClosed(b)) && space_.space().meet(a.must, b.must)) {
-      readings.push_back({a.must, b.must});
-    }
-    readings.push_back({a.may, b.may});
-    Cut::Outcome outcome = Cut::Outcome::kUndecided;
-    for (const std::vector<SetId>& sets : readings) {
-      std::vector<Candidate> list = candidates;
-      outcome = ties_.runThrough(sets, &list, left);
-      if (left->witness.found()) return Cut::Outcome::kLeft;
-    }
-    return outcome;
+  // Looks for a packet of both that none of the candidates takes, which are rules before `end`: if
+  // there is one under every reading, such a one. kLeft when there is a packet.
+  Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
+                          const std::vector<Candidate>& candidates, Witness* witness) {
+    if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
+    std::vector<Candidate> list = candidates;
+    Leftover left(space_);
+    const Cut::Outcome outcome = ties_.runThrough({rules_[i].may, rules_[p].may}, &list, &left);
+    witness->take(left.witness);
+    return left.witness.found() ? Cut::Outcome::kLeft : outcome;
   }
 
   void reportPair(Code code, std::uint32_t i, std::uint32_t p, const std::string& message,
@@ -451,8 +506,8 @@ class Analysis {
   bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);
-    Leftover left(space_);
-    const Cut::Outcome outcome = findPacket(i, p, list, &left);
+    Witness witness(space_);
+    const Cut::Outcome outcome = findPacket(i, p, rules_[i].ranks_begin, list, &witness);
     if (outcome == Cut::Outcome::kUndecided) return false;
     if (outcome != Cut::Outcome::kLeft) {
       if (options_.overlaps) findOverlap(i, p);
@@ -460,7 +515,7 @@ class Analysis {
       reportPair(Code::kEntriesTie, i, p,
                  " takes packets of it too and treats them differently: nothing says which of the "
                  "two comes first",
-                 left.witness);
+                 witness);
     }
     return true;
   }
@@ -480,27 +535,27 @@ class Analysis {
     }
     if (!differing) redundant_[p] = true;
     if (!findings_.room(code)) return;
-    Leftover left(space_);
-    findPacket(i, p, {}, &left);
+    Witness witness(space_);
+    findPacket(i, p, 0, {}, &witness);
     if (differing) {
       reportPair(code, i, p,
                  " takes the same packets and treats them differently: in any order at most one of "
                  "the two takes effect",
-                 left.witness);
+                 witness);
     } else {
       reportPair(code, p, i,
                  " takes the same packets and treats them alike: in any order at most one of the "
                  "two takes effect",
-                 left.witness);
+                 witness);
     }
   }
 
   void findOverlap(std::uint32_t i, std::uint32_t p) {
     if (!findings_.room(Code::kEntriesOverlap)) return;
-    Leftover left(space_);
-    findPacket(i, p, {}, &left);
+    Witness witness(space_);
+    findPacket(i, p, 0, {}, &witness);
     reportPair(Code::kEntriesOverlap, i, p, " takes packets of it too and treats them differently",
-               left.witness);
+               witness);
   }
 
   // --- Rules within others, without an order ---
@@ -543,15 +598,15 @@ class Analysis {
     for (const auto& [i, holders] : held_) {
       if (!findings_.room(Code::kEntriesOverlap)) continue;
       space_.forget();
-      Leftover left(space_);
-      findPacket(i, holders[0], {}, &left);
+      Witness witness(space_);
+      findPacket(i, holders[0], 0, {}, &witness);
       Finding& finding = findings_.add(Code::kEntriesOverlap, rules_[i].id);
       finding.others = idsOf(holders);
       finding.message = entriesText(finding.others) +
                         (holders.size() == 1 ? " takes" : " each take") +
                         " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
                         " them differently";
-      finding.witness = left.witness.text();
+      finding.witness = witness.text();
       const bool alike = std::all_of(holders.begin(), holders.end(),
                                      [&](std::uint32_t p) { return !differ(p, holders[0]); });
       if (alike) addTreatments(i, holders[0], &finding);
@@ -603,7 +658,7 @@ class Analysis {
   std::vector<bool> reached_, redundant_;
   std::vector<std::pair<std::uint32_t, Positions>> held_;  // by whom
   Positions met_, tried_;
-  std::vector<Space::Range> shared_;
+  std::vector<Space::Range> shared_, was_;
   std::vector<std::uint32_t> numbers_;  // of takers
   std::uint64_t seed_ = 1;
 };

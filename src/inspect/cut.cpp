@@ -9,6 +9,8 @@ namespace {
 constexpr double kSurelyLess = 1 - 1e-9;
 // So many ranges are looked at in one step.
 constexpr std::uint64_t kLooksAStep = 256;
+constexpr std::uint64_t kLooksAtMany =
+    4;  // for one of a set of several, which has to be searched for
 
 // The first range behind `range`, which ends before the value, that does not.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
@@ -72,8 +74,9 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   if (span.count == 1 && term.count == 1) {
     return std::min(a->last, term.last) - std::max(a->first, term.first) + 1;
   }
+  const std::uint64_t looks = term.count > 1 ? kLooksAtMany : 1;
   std::uint32_t count = 0;
-  for (; a != aEnd && b != bEnd; ++looks_) {
+  for (; a != aEnd && b != bEnd; looks_ += looks) {
     if (a->last < b->first) {
       a = reach(a, aEnd, b->first);
     } else if (b->last < a->first) {

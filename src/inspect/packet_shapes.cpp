@@ -93,24 +93,25 @@ void complete(Packet* packet) {
       return field.second && rows[field.first].layer == layer;
     });
   };
+  const auto isHalf = [&](Layer layer) {
+    return std::any_of(values.begin(), values.end(), [&](const auto& field) {
+      return !field.second && rows[field.first].layer == layer;
+    });
+  };
   const auto addAll = [&](Layer layer) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
       if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
+  // Where a header is told to be there in part, nothing makes it whole.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
-    if (hasOne(layer)) addAll(layer);
+    if (hasOne(layer) && !isHalf(layer)) addAll(layer);
   }
+  if (isHalf(Layer::kPorts)) return;
   if (hasOne(Layer::kPorts)) addAll(Layer::kIpProtocol);
   for (const auto& [field, value] : values) {
-    if (rows[field].layer != Layer::kIpProtocol || !value) continue;
-    const std::uint64_t protocol = (*value)[0];
-    for (const Protocols& one : protocols()) {
-      const bool among = std::any_of(one.ranges.begin(), one.ranges.end(), [&](const auto& range) {
-        return range.first <= protocol && protocol <= range.second;
-      });
-      if (among && one.ports) return addAll(Layer::kPorts);
-    }
+    const bool its = value && rows[field].layer == Layer::kIpProtocol;
+    if (its && hasPorts(static_cast<std::uint32_t>((*value)[0]))) return addAll(Layer::kPorts);
   }
 }
 

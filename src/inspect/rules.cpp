@@ -11,7 +11,7 @@ namespace {
 using namespace FiltersCommon;
 
 constexpr std::uint64_t kRulesAtTheirLimit = 20;
-constexpr std::uint64_t kHardlyAny = 100;
+constexpr std::uint64_t kHardlyAny = 100, kFew = 2000;
 // So many ranges are looked at to find which rules meet, for each step that one rule may take.
 constexpr std::uint64_t kLooksAStep = 20000;
 
@@ -207,8 +207,9 @@ Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
   return outcome;
 }
 
-Cut::Outcome Cuts::runShortly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates) {
-  return runFor(std::min(of_one_, kHardlyAny), sets, candidates, true, nullptr);
+Cut::Outcome Cuts::runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
+                              Cut::Watcher* watcher) {
+  return runFor(std::min(of_one_, kFew), sets, candidates, false, watcher);
 }
 
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {

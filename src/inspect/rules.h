@@ -86,8 +86,9 @@ class Cuts {
                    Cut::Watcher* watcher = nullptr) {
     return runFor(of_one_, sets, candidates, true, watcher);
   }
-  // Within hardly any steps.
-  Cut::Outcome runShortly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates);
+  // The same for packets to show, within a few steps: there are others to show.
+  Cut::Outcome runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
+                          Cut::Watcher* watcher);
   // Not quick: the watcher hears of everything.
   Cut::Outcome runThrough(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher) {

@@ -252,8 +252,12 @@ bool Space::holds(SetId outer, SetId inner) const {
 
 bool Space::isIn(SetId set, const Point& point) const {
   return std::all_of(begin(set), end(set), [&](const Term& term) {
-    const Range rank = {point[term.dimension], point[term.dimension]};
-    return holdsIn(&ranges_[term.begin], term.count, &rank, 1);
+    const std::uint32_t rank = point[term.dimension];
+    const Range* last = &ranges_[term.begin] + term.count;
+    const Range* found =
+        std::lower_bound(&ranges_[term.begin], last, rank,
+                         [](const Range& one, std::uint32_t r) { return one.last < r; });
+    return found != last && found->first <= rank;
   });
 }
 

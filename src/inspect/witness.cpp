@@ -1,5 +1,7 @@
 #include "witness.h"
 
+#include <utility>
+
 #include "packet_shapes.h"
 
 namespace FiltersInspect {
@@ -14,6 +16,17 @@ void Witness::consider(const Cut& cut) {
     return;
   }
   if (!point_) point_ = cut.point();
+}
+
+void Witness::take(Point point, std::size_t shape) {
+  if (point_ && shape >= shape_) return;
+  shape_ = shape;
+  point_ = std::move(point);
+}
+
+void Witness::take(const Witness& other) {
+  looks_ += other.looks_;
+  if (other.point_) take(*other.point_, other.shape_);
 }
 
 std::string Witness::text() const {

@@ -18,6 +18,10 @@ class Witness {
   explicit Witness(const RuleSpace& space) : space_(space), shape_(space.shapes().size()) {}
   // Looks at what the cut talks about.
   void consider(const Cut& cut);
+  // Takes a packet of a shape, or of another search, if it is better.
+  void take(Point point, std::size_t shape);
+  void take(const Witness& other);
+  std::size_t shape() const { return shape_; }  // in the space's list
   bool found() const { return point_.has_value(); }
   // Whether there is hardly anything better.
   bool isGood() const {

@@ -305,7 +305,7 @@ TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
     return Cut(space, steps).run({inner}, &list, false);
   };
   EXPECT_EQ(outcome(10, {{outer, 0, false, 0}}), Outcome::kUndecided);
-  EXPECT_EQ(outcome(100, {{outer, 0, false, 0}}), Outcome::kLeft);
+  EXPECT_EQ(outcome(200, {{outer, 0, false, 0}}), Outcome::kLeft);
   std::vector<std::uint32_t> met;
   const std::vector<SetId> sets = {between, between, outer};
   Meetings patient(space, sets, 8 * kRanges), hasty(space, sets, kRanges);
