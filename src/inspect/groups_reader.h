@@ -21,7 +21,7 @@
 namespace FiltersInspect {
 
 // What is said of a byte that ends the text for many who read it.
-inline constexpr const char* kZeroByte = "a zero byte may stand nowhere";
+inline constexpr const char* kZeroByte = "no zero byte is allowed here";
 
 // Takes groups entry by entry, as bytes, so that no message of a whole group is held.
 class GroupsReader {

@@ -121,7 +121,11 @@ class TextReader {
   bool fail(Code code, std::string_view piece, std::string message) {
     if (!piece.empty() && piece.back() == '\r') message = "a carriage return ends no line here";
     const std::size_t zero = piece.find('\0');
-    if (zero != piece.npos) piece.remove_prefix(zero), message = kZeroByte;
+    if (zero != piece.npos) {
+      piece.remove_prefix(zero);
+      code = Code::kTextSyntax;
+      message = kZeroByte;
+    }
     groups_.fail(code, placeOf(piece), std::move(message));
     return false;
   }
