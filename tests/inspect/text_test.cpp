@@ -181,7 +181,7 @@ TEST(Text, RefusesAllElse) {
   for (const auto& [text, findings] :
        {std::pair(kHead + "group 1 priority=0 stage=none type=none # no" + kZero + "te\n" + kZero,
                   "2:45 text-syntax 3:1 text-syntax"),
-        {kHead + "group 1 priority=0" + kZero + " stage=none type=none", "2:19 text-value"},
+        {kHead + "group 1 priority=0" + kZero + " stage=none type=none", "2:19 text-syntax"},
         {"", "1:1 text-syntax"},
         {"group 1 priority=0 stage=none type=1", "1:1 text-syntax"},
         {"filter-groups", "1:14 text-version"},
