@@ -94,7 +94,7 @@ FILTERS_API size_t filtersReportCount(const FiltersReport* r);
 FILTERS_API int32_t filtersReportGet(const FiltersReport* r, size_t index, filtersFinding_t* out);
 // How many findings there were beyond the limit of those that a report keeps.
 FILTERS_API size_t filtersReportLeftOut(const FiltersReport* r);
-// Of them those of one severity: the most severe are kept.
+// How many of them have one severity: the most severe are kept.
 FILTERS_API size_t filtersReportLeftOutOf(const FiltersReport* r, filtersSeverity_t severity);
 // The highest severity of all, kept or left out; that of notes when there are none.
 FILTERS_API filtersSeverity_t filtersReportWorst(const FiltersReport* r);

@@ -48,7 +48,7 @@ struct GroupPlaces {
   TextPlace group;
   std::vector<std::pair<FiltersCommon::filtersEntryId_t, TextPlace>> entries;  // by ascending id
 
-  // Of the entry, or of the group where it has no such entry.
+  // The place of the entry, or of the group if it has no such entry.
   FILTERS_API TextPlace of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
 };
 

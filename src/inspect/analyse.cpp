@@ -237,8 +237,8 @@ class Analysis {
   // say how the packets are treated.
   void reportUnreachable(std::uint32_t i, const Positions& blockers) {
     constexpr std::size_t kNamed = 4;
-    // Behind the last blocker none comes first. The blockers are looked at before others: they are
-    // named anyway.
+    // No rule behind the last blocker comes first. The blockers are looked at before others: they
+    // are named anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
@@ -607,8 +607,9 @@ class Analysis {
                         " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
                         " them differently";
       finding.witness = witness.text();
+      const std::uint32_t first = holders[0];
       const bool alike = std::all_of(holders.begin(), holders.end(),
-                                     [&](std::uint32_t p) { return !differ(p, holders[0]); });
+                                     [&](std::uint32_t p) { return !differ(p, first); });
       if (alike) addTreatments(i, holders[0], &finding);
       if (finding.others.size() > kMostHolders) finding.others.resize(kMostHolders);
     }

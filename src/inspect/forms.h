@@ -145,8 +145,8 @@ constexpr std::size_t sizeOf(Form address) {
 }
 AddressBytes addressIn(const AnyMessage& message, int field, Form form);
 
-// Of so many bytes: the ones in front of the first 0, and the bits up to the last 1. Where both are
-// the same, it is the mask of a prefix of this length.
+// For an address of so many bytes: the ones in front of the first 0, and the bits up to the last 1.
+// Where both are the same, it is the mask of a prefix of this length.
 unsigned leadingOnes(const AddressBytes& bytes, std::size_t size);
 unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size);
 AddressBytes prefixMask(unsigned length);
@@ -167,7 +167,7 @@ std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
 
-// Of a row's value, behind `out`: nothing of a flag, else '=' and the value. And the value alone.
+// Appends a row's value to `out`: nothing for a flag, else '=' and the value; and the value alone.
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
 std::string valueText(const FormRow& row, const AnyMessage& message);
 

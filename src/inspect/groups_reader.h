@@ -43,7 +43,7 @@ class GroupsReader {
   // head that has some nobody knows what is refused.
   void endGroup();
 
-  // Of the entry at hand, or of the head.
+  // The place of the entry at hand, or of the head.
   void fail(Code code, TextPlace place, std::string message);
   // All groups, or none and the findings.
   ParsedGroups finish();

@@ -27,7 +27,7 @@ class TokenPlaces {
  private:
   static constexpr std::string_view kBetween = " \t\r\n,:";
 
-  // Of the byte-order mark of UTF-8, which the parser skips and no column counts.
+  // The length of the byte-order mark of UTF-8, which the parser skips and no column counts.
   static std::size_t lengthOfMark(std::string_view text) {
     return text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0;
   }

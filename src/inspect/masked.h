@@ -33,7 +33,7 @@ struct Masked {
 };
 
 bool hasMask(const FormRow& row);
-// Of such a row.
+// The value and mask of such a row.
 Masked maskedIn(const MatchPB& match, const FormRow& row);
 // The match with this value and mask, as text without its name.
 std::string maskedText(const FormRow& row, const AddressBytes& value, const AddressBytes& mask);
