@@ -162,11 +162,17 @@ class Analysis {
 
   // Whether some rule of those before `end` must take a packet that all of `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
-    met_by_.holding(point, 0, end, &tried_);
+    met_by_.mayHold(point, 0, end, &tried_);
     return std::any_of(tried_.begin(), tried_.end(), [&](std::uint32_t p) {
       const SetId set = mustBeside(p, takers);
-      return set != kNothing && (set == rules_[p].may || space_.space().isIn(set, point));
+      return set != kNothing && space_.space().isIn(set, point);
     });
+  }
+
+  bool mayBeTakenBefore(std::uint32_t end, const Point& point) {
+    met_by_.mayHold(point, 0, end, &tried_);
+    return std::any_of(tried_.begin(), tried_.end(),
+                       [&](std::uint32_t p) { return space_.space().isIn(rules_[p].may, point); });
   }
 
   // --- Whether a rule takes effect ---
@@ -312,8 +318,7 @@ class Analysis {
         if (!haveCommon(sets)) continue;
         for (unsigned k = 0; k < kTried; ++k) {
           const Point point = pointOf(sets, k);
-          if (surely) met_by_.holding(point, 0, end, &tried_);
-          if (surely ? !tried_.empty() : isTakenBefore(end, {i, p}, point)) continue;
+          if (surely ? mayBeTakenBefore(end, point) : isTakenBefore(end, {i, p}, point)) continue;
           witness->take(point, shape);
           return true;
         }
@@ -441,10 +446,10 @@ class Analysis {
 
   // The same of a packet that nobody before takes.
   bool isMissedFor(std::uint32_t i, const Point& point) {
-    met_by_.holding(point, rules_[i].ranks_begin, rules_.size(), &tried_);
+    met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;
     for (std::uint32_t p : tried_) {
-      if (p == i) continue;
+      if (p == i || !space_.space().isIn(rules_[p].may, point)) continue;
       if (taker != nullptr && p >= taker->ranks_end) return false;
       if (!isSettledBeside(p, i)) return false;
       if (differ(p, i)) return true;

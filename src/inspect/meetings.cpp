@@ -166,7 +166,7 @@ std::size_t Meetings::count(SetId set, std::size_t begin, std::size_t end) {
   return count;
 }
 
-void Meetings::holding(const Point& point, std::size_t begin, std::size_t end,
+void Meetings::mayHold(const Point& point, std::size_t begin, std::size_t end,
                        std::vector<std::uint32_t>* positions) {
   positions->clear();
   if (begin >= end) return;
@@ -175,8 +175,6 @@ void Meetings::holding(const Point& point, std::size_t begin, std::size_t end,
     if (!intersect(d, point[d], point[d])) return;
   }
   append(positions);
-  const auto isApart = [&](std::uint32_t i) { return !plain_[i] && !space_.isIn(sets_[i], point); };
-  positions->erase(std::remove_if(positions->begin(), positions->end(), isApart), positions->end());
 }
 
 void Meetings::holding(SetId set, std::size_t begin, std::size_t end,

@@ -30,9 +30,10 @@ class Meetings {
                std::vector<std::uint32_t>* positions);
   // How many that may be, at most.
   std::size_t count(SetId set, std::size_t begin, std::size_t end);
-  // The same for the sets that a packet is in, and for those that hold all of another one.
-  void holding(const Point& point, std::size_t begin, std::size_t end,
+  // The same for the sets that a packet may be in: its ranks lie within their hulls.
+  void mayHold(const Point& point, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
+  // The same for those that hold all of another one.
   void holding(SetId set, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
  private:

@@ -193,7 +193,7 @@ std::uint64_t looksFor(std::uint64_t max_steps) {
 
 Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
     : cut_(space, 0), of_one_(max_steps) {
-  const std::uint64_t at_limit = std::max<std::uint64_t>(kRulesAtTheirLimit, rules / 100);
+  const std::uint64_t at_limit = std::max<std::uint64_t>(kRulesAtTheirLimit, rules / 1000);
   of_all_ = std::min(max_steps, ~std::uint64_t{0} / at_limit) * at_limit;
 }
 

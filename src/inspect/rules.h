@@ -77,7 +77,7 @@ class EntryFindings {
 std::uint64_t looksFor(std::uint64_t max_steps);
 
 // Cuts of many rules: each may take so many steps, and all together as many as twenty rules, or as
-// one in a hundred of them.
+// one in a thousand of them.
 class Cuts {
  public:
   Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);
