@@ -150,6 +150,11 @@ TEST(AnalyseTest, SaysEachSentence) {
                              entry(80, 2, "src_ipv4=10.128.0.0/9 then deny");
   const std::string twins = entry(50, 7, "ttl=1 then deny") + entry(51, 7, "ttl=1 then deny") +
                             entry(60, 7, "ttl=2 then deny") + entry(61, 7, "ttl=2 then permit");
+  const std::string policed =
+      entry(52, 7, "ttl=3 police 120f080110d00f180020002800300038001800780a") +
+      entry(53, 7, "ttl=3 parent 120e0804100018002000280030003800180278ffffffff0f") +
+      entry(54, 7, "src_ipv4=10.0.0.0/8 then permit") +
+      entry(55, 7, "src_ipv4=10.0.0.0/9 then set_pcp=1");
   const std::string open = entry(63, 7, "dst_l4_port=179/0 then deny");
   const Order none = Order::kUnspecified, first = Order::kHighestPriority;
   const struct {
@@ -163,6 +168,7 @@ TEST(AnalyseTest, SaysEachSentence) {
       {first, entry(65, 4, "src_ipv4=10.0.0.0/8 then deny") + halves, ""},
       {first, twins, ""},
       {none, twins, ""},
+      {none, policed + narrow, ""},
       {none, networks + narrow, ""},
       {none, narrow + networks.substr(0, networks.find('\n') + 1), ""},
       {first, wide, twins},
@@ -522,6 +528,7 @@ TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
         "if src_mac=00:1b:21:00:00:00/fe:ff:ff:00:00:00 then permit",
         "if dst_mac=00:00:00:00:00:00/00:00:00:00:00:00 vlan_tagging=untagged then permit",
         "if src_mac=01:00:00:00:00:00/01:00:00:00:00:00 then deny",
+        "if src_mac=02:00:00:00:00:00/03:00:00:00:00:00 then permit",
         "if pcp={0,7} internal_pcp={8} internal_vlan_id={4095,5000} vlan_tagging=tagged then "
         "deny"}},
       {"none type=11", {"if dst_l4_port_range=7-7 ip_protocol=6 then permit"}},
