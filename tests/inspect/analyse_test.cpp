@@ -6,6 +6,7 @@
 #include <regex>
 #include <sstream>
 
+#include "sentences.h"
 #include "tiny_checks.h"
 
 using namespace tiny;
@@ -128,9 +129,79 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   }
 }
 
+// Every sentence about entries and about two groups, what is done with packets, and how many other
+// entries are named.
+TEST(AnalyseTest, SaysEachSentence) {
+  const auto entry = [](unsigned id, unsigned priority, const std::string& rest) {
+    return "entry " + std::to_string(id) + " priority=" + std::to_string(priority) + " if " + rest +
+           '\n';
+  };
+  std::string hosts, networks;
+  for (unsigned i = 1; i <= 6; ++i) {
+    hosts += entry(i, 9, "src_ipv4=10.0.0." + std::to_string(i) + " then permit");
+  }
+  for (unsigned i = 8; i <= 24; ++i) {
+    networks += entry(i, 9, "src_ipv4=10.0.0.0/" + std::to_string(i) + " then permit");
+  }
+  const std::string wide = entry(90, 1, "src_ipv4=10.0.0.0/8 then deny");
+  const std::string narrow = entry(91, 0, "src_ipv4=10.0.0.0/24 then deny");
+  const std::string other = entry(92, 0, "src_ipv4=10.0.0.0/24 then permit");
+  const std::string halves = entry(70, 3, "src_ipv4=10.0.0.0/9 then deny") +
+                             entry(80, 2, "src_ipv4=10.128.0.0/9 then deny");
+  const std::string twins = entry(50, 7, "ttl=1 then deny") + entry(51, 7, "ttl=1 then deny") +
+                            entry(60, 7, "ttl=2 then deny") + entry(61, 7, "ttl=2 then permit");
+  const std::string policed =
+      entry(52, 7, "ttl=3 police 120f080110d00f180020002800300038001800780a") +
+      entry(53, 7, "ttl=3 parent 120e0804100018002000280030003800180278ffffffff0f") +
+      entry(54, 7, "src_ipv4=10.0.0.0/8 then permit") +
+      entry(55, 7, "src_ipv4=10.0.0.0/9 then set_pcp=1");
+  const std::string open = entry(63, 7, "dst_l4_port=179/0 then deny");
+  const Order none = Order::kUnspecified, first = Order::kHighestPriority;
+  const struct {
+    Order order;
+    std::string a, b;
+  } rows[] = {
+      {first, wide + narrow + other, ""},
+      {first, halves + wide + other, ""},
+      {first, hosts + wide + narrow, ""},
+      {first, hosts + halves + wide, ""},
+      {first, entry(65, 4, "src_ipv4=10.0.0.0/8 then deny") + halves, ""},
+      {first, twins, ""},
+      {none, twins, ""},
+      {none, policed + narrow, ""},
+      {none, networks + narrow, ""},
+      {none, narrow + networks.substr(0, networks.find('\n') + 1), ""},
+      {first, wide, twins},
+      {first, wide, hosts + wide},
+      {first, open + wide, twins + open},
+      {first, wide, open + wide},
+  };
+  catalogue::Sentences sentences;
+  for (const auto& [order, a, b] : rows) {
+    for (const std::uint64_t steps : {0, 1, 2, 1000}) {
+      AnalysisOptions options = by(order);
+      options.max_steps = steps;
+      const auto group = [](const std::string& entries) {
+        return groupsFromText("filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n" +
+                              entries)
+            .groups.at(0);
+      };
+      const Report report =
+          b.empty() ? analyse(group(a), options) : compareTreatment(group(a), group(b), options);
+      for (const Finding& finding : report.findings) {
+        if (finding.code == Code::kValueUnusual) continue;
+        sentences.add(std::string(nameOf(finding.code)) + ": " + finding.message + " (" +
+                      finding.before + '/' + finding.after + ", " +
+                      std::to_string(finding.others.size()) + ')');
+      }
+    }
+  }
+  sentences.expectGolden("sentences_analysis.txt");
+}
+
 // Many entries within others are told in one line, and the exceptions of a rest not at all.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
-  for (const unsigned count : {7U, 20U}) {
+  for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
     for (unsigned i = 1; i <= count; ++i) {
       text += "entry " + std::to_string(i) + " priority=9 if ip_protocol=" + std::to_string(i % 2) +
@@ -143,12 +214,14 @@ TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
     const ParsedGroups parsed = groupsFromText(text);
     ASSERT_EQ(parsed.groups.size(), 1U) << parsed.report;
     const Report report = analyse(parsed.groups[0]);
-    ASSERT_EQ(report.findings.size(), count == 7 ? 7U : 1U) << report;
+    ASSERT_EQ(report.findings.size(), count == 8 ? 8U : 1U) << report;
     const Finding& finding = report.findings[0];
-    EXPECT_EQ(finding.entry.has_value(), count == 7);
-    EXPECT_EQ(finding.message.rfind(count == 7 ? "entry 91 takes all" : "20 entries take only", 0),
-              0U)
-        << report;
+    EXPECT_EQ(finding.entry.has_value(), count == 8);
+    EXPECT_EQ(finding.message,
+              count == 8 ? "entry 91 takes all its packets too, and treats them differently"
+                         : "20 entries take only packets that another entry takes too and treats "
+                           "differently: an order tells which of them never take effect");
+    EXPECT_EQ(finding.others.size(), count == 8 ? 1U : 16U);
   }
 }
 
@@ -219,9 +292,9 @@ const Odd kOdd[] = {
     {"ingress type=3", "if dst_l4_port=179/0 then permit",
      "match dst_l4_port: '179/0x0': its mask of 0 may mean that value alone; write 179/0xffff for "
      "that port, or leave the match out for every port\n"},
-    {"ingress type=8", "if dst_ipv6=2001:db8:0:5::/48 then permit",
-     "match dst_ipv6: '2001:db8:0:5::/48': the bits outside of the mask do not count, and it takes "
-     "2001:db8::/48; write that, or a longer mask, as in 2001:db8:0:5::/64, if that was meant\n"},
+    {"ingress type=8", "if dst_ipv6=2001:db8:0:4::/48 then permit",
+     "match dst_ipv6: '2001:db8:0:4::/48': the bits outside of the mask do not count, and it takes "
+     "2001:db8::/48; write that, or a longer mask, as in 2001:db8:0:4::/64, if that was meant\n"},
     {"ingress type=8", "if dst_ipv6=2001:db8::/ffff:ff0f:: then permit",
      "match dst_ipv6: '2001:db8::/ffff:ff0f::': the bits outside of the mask do not count, and it "
      "takes 2001:d08::/ffff:ff0f::; write that if the mask is right\n"
@@ -278,6 +351,12 @@ const Odd kOdd[] = {
     {"ingress type=3", "if ip_protocol=179 then permit",
      "match ip_protocol: '179': it is assigned to no protocol (IANA); write a port beside "
      "ip_protocol=6 or 17 if one was meant, or deny it\n"},
+    {"ingress type=3", "if ip_protocol=148 then permit",
+     "match ip_protocol: '148': it is assigned to no protocol (IANA); write a port beside "
+     "ip_protocol=6 or 17 if one was meant, or deny it\n"},
+    {"ingress type=3", "if ip_protocol=252 then permit",
+     "match ip_protocol: '252': it is assigned to no protocol (IANA); write a port beside "
+     "ip_protocol=6 or 17 if one was meant, or deny it\n"},
     {"ingress type=3", "if ip_protocol=80 then permit",
      "match ip_protocol: '80': it is a protocol of the past; write dst_l4_port=80/0xffff "
      "ip_protocol=6 if HTTP was meant\n"},
@@ -289,6 +368,9 @@ const Odd kOdd[] = {
      "ip_protocol=17 if DNS was meant\n"},
     {"ingress type=3", "if tpid=0x0081 then deny",
      "match tpid: '0x0081': it is a length and no EtherType (IEEE 802.3); write 0x8100 or "
+     "0x88a8\n"},
+    {"ingress type=3", "if tpid=0x05ff then deny",
+     "match tpid: '0x05ff': it is a length and no EtherType (IEEE 802.3); write 0x8100 or "
      "0x88a8\n"},
     {"ingress type=3", "if tpid=0x0800 then deny",
      "match tpid: '0x0800': it is the EtherType of IPv4, which begins no tag; write 0x8100 or "
@@ -305,6 +387,8 @@ const Odd kOdd[] = {
      "match tpid: '0x238c': it is 9100 in decimal; write 0x9100\n"},
     {"none type=4", "if tos=46 then permit",
      "match tos: '46': the whole byte is DSCP 11 and ECN 2; write tos=184 if DSCP 46 was meant\n"},
+    {"none type=4", "if tos=63 then permit",
+     "match tos: '63': the whole byte is DSCP 15 and ECN 3; write tos=252 if DSCP 63 was meant\n"},
     {"none type=11", "if dst_l4_port_range=2000-1000 then permit",
      "match dst_l4_port_range: '2000-1000': its range ends before it begins; write 1000-2000\n"},
     {"lookup type=6", "if external_vlan_id={} pcp={} internal_pcp={9} then permit",
@@ -314,6 +398,14 @@ const Odd kOdd[] = {
      "match external_vlan_id: '{10,4095}': no frame carries 4095, which is reserved (IEEE 802.1Q); "
      "write numbers of 0 to 4094\n"
      "match pcp: '{3,8,9}': no frame carries 8 (IEEE 802.1Q); write numbers of 0 to 7\n"},
+    {"ingress type=3",
+     "if "
+     "external_vlan_id={4080,4081,4082,4083,4084,4085,4086,4087,4088,4089,4090,4091,4092,4093,4094,"
+     "4095} "
+     "then deny",
+     "match external_vlan_id: '{4080,4081,4082,4083,4084,4085,4086,4087,4088,4089,4090,4091...': "
+     "no frame "
+     "carries 4095, which is reserved (IEEE 802.1Q); write numbers of 0 to 4094\n"},
     {"ingress type=3", "if external_vlan_id={4096} then permit",
      "match external_vlan_id: '{4096}': no frame carries 4096 (IEEE 802.1Q); write numbers of 0 to "
      "4094\n"},
@@ -409,15 +501,20 @@ TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
       {"ingress type=3",
        {"if src_ipv4=0.0.0.0/0 dst_ipv4=0.0.0.0/0 then permit",
         "if src_ipv4=0.0.0.0 dst_ipv4=255.255.255.255 ip_protocol=17 then permit",
-        "if dst_ipv4=239.1.0.0 ip_protocol=17 then permit",
+        "if dst_ipv4=224.1.0.0 ip_protocol=17 then permit",
         "if src_ipv4=224.0.0.0/4 ttl=0 ip_protocol=255 then deny",
         "if src_ipv4=127.0.0.0/8 dst_l4_port=0/0xffff then deny copy_to_cpu set_dscp=8",
         "if src_ipv4=192.0.2.0/24 dst_ipv4=192.0.2.0/24 dst_l4_port=0/0x8000 then permit",
         "if ip_protocol=6 src_l4_port=22/0xffff then permit",
         "if external_vlan_id={0,4094} then deny",
-        "if ip_protocol=17 dst_l4_port=53/0xffff then permit", "if tpid=0x88a8 then permit",
-        "if ip_protocol=33 dst_l4_port=5/0xffff then permit", "if ip_protocol=0 then deny",
-        "if ip_protocol=132 dst_l4_port=5/0xffff then permit", "if all then permit",
+        "if ip_protocol=17 dst_l4_port=53/0xffff then permit",
+        "if tpid=0x0600 then permit",
+        "if ip_protocol=147 then permit",
+        "if ip_protocol=253 then permit",
+        "if ip_protocol=33 dst_l4_port=5/0xffff then permit",
+        "if ip_protocol=0 then deny",
+        "if ip_protocol=132 dst_l4_port=5/0xffff then permit",
+        "if all then permit",
         "if ip_protocol=136 dst_l4_port=5/0xffff then permit set_pcp=7 set_dscp=63",
         "then copy_to_cpu copy_to_cpu_cancel=switch_to_cpu_cancel map_to_cpu_cos_queue=7",
         "if ttl=1 police 120f080110d00f180020002800300038001800780a",
@@ -431,6 +528,7 @@ TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
         "if src_mac=00:1b:21:00:00:00/fe:ff:ff:00:00:00 then permit",
         "if dst_mac=00:00:00:00:00:00/00:00:00:00:00:00 vlan_tagging=untagged then permit",
         "if src_mac=01:00:00:00:00:00/01:00:00:00:00:00 then deny",
+        "if src_mac=02:00:00:00:00:00/03:00:00:00:00:00 then permit",
         "if pcp={0,7} internal_pcp={8} internal_vlan_id={4095,5000} vlan_tagging=tagged then "
         "deny"}},
       {"none type=11", {"if dst_l4_port_range=7-7 ip_protocol=6 then permit"}},

@@ -91,9 +91,10 @@ def prepare():
     write("marked.json", b"\xef\xbb\xbf" + as_json)
     write("wide.json", as_json.replace(b'"priority": 100', b'"priority": 1' + 30 * b"0", 1))
     write("swapped.txt", head + two + one)
-    write("changed.txt", re.sub(b"entry 1000 .*\n", b"", text).replace(b"ttl=255", b"ttl=254"))
+    changed = re.sub(b"entry 1000 .*\n", b"", text).replace(b"ttl=255", b"ttl=254")
+    write("changed.txt", re.sub(b"entry 40 priority=", b"entry 40 priority=1", changed, count=1))
     write("moved.txt", text.replace(b"group 1 priority=10", b"group 1 priority=11"))
-    write("renamed.txt", text.replace(b"group 2", b"group 3"))
+    write("renamed.txt", text.replace(b"ttl=255", b"ttl=254").replace(b"group 2", b"group 3"))
     write("none.txt", head)
     write("bad.txt", text.replace(b"ttl=255", b"tttl=255"))
     write("bad.json", b'{\n  "format": "filter-groups",\n  "version": 1,\n  "groups": [}\n')
@@ -109,6 +110,7 @@ entry 40 priority=60 if ttl=1 then deny
     with open("rules.txt", "rb") as file:
         rules = file.read()
     write("twice.txt", rules + rules[rules.index(b"group 7") :].replace(b"group 7", b"group 8"))
+    write("fewer.txt", re.sub(b"entry 30 .*\n", b"", rules))
     write("turned.txt", rules.replace(b"priority=90", b"priority=110"))
     # Group 1 has notes alone, group 2 has a warning.
     write("late.txt", b"""filter-groups 1
@@ -124,10 +126,10 @@ entry 5 priority=5 if ip_protocol=6 then deny
     write("lines.txt", rules.replace(b"\n", b"\r\n"))
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
-
+\r
 ttl=1 dst_l4_port=179 src_ipv4=none
 \tttl=2 dst_l4_port=none src_ipv4=none""")
-    write("wrong.txt", b"ttl=1 foo=3 ttl=999\nttl=1\n")
+    write("wrong.txt", b"ttl=1 foo=3 ttl=999\nttl=1\nttl\n")
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
 
@@ -234,7 +236,9 @@ TABLE = [
      "[^\n]*\nremove entry 1000\ninsert entry 40 .*\n", NONE),
     ("plan one.bin one.txt", 0, NONE, NONE),
     ("plan g.bin renamed.txt", 1, NONE,
-     "g.bin: group 2: error: [^\n]*\nrenamed.txt:10:1: error: [^\n]*\n"),
+     r"g.bin: group 2: error: no step takes a whole group away \[no-plan\]\n"
+     r"renamed.txt:10:1: error: no step makes a new group \[no-plan\]\n"),
+    ("plan rules.txt turned.txt", 0, "(insert|remove) entry 20.*", NONE),
     # --- What rules do to each other
     ("analyse rules.txt --order=highest-priority", 1,
      r"rules.txt:5:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
@@ -279,7 +283,10 @@ TABLE = [
      "-:2: rules.txt:\\d:1: [^\n]*\n",
      r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
     ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
-     "wrong.txt:1:7: [^\n]*\nwrong.txt: left out: 1 error; --max-findings=N shows more\n"),
+     "wrong.txt:1:7: [^\n]*\nwrong.txt: left out: 2 errors; --max-findings=N shows more\n"),
+    ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=38", 0, NONE, NONE),
+    ("trace rules.txt --order=highest-priority --packet=ttl=2 --color=always", 1,
+     "\33\\[33mrules.txt:2:1: undecided: [^\n]*\33\\[0m\n.*", NONE),
     ("trace cut.bin --framing=be32 --order=ascending-id --packet=ttl=1", 2, "cut.bin: group 1: .*",
      r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
     ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=20", 2, NONE,
@@ -301,6 +308,11 @@ TABLE = [
      "rules.txt, turned.txt: 1 pair of rules treats packets differently"
      "[^\n]*\\(order: highest-priority; .*",
      NONE),
+    ("diff rules.txt fewer.txt --order=highest-priority", 1,
+     ".*\nrules.txt, fewer.txt: 1 pair of rules treats packets differently, 1 not decided .*",
+     NONE),
+    ("diff rules.txt turned.txt --order=highest-priority --max-findings=0", 1,
+     ".*: 1 pair of rules treats packets differently; left out: 1 warning; [^\n]*\n", NONE),
     ("diff rules.txt turned.txt --order=ascending-id", 1,
      ".*rules.txt, turned.txt: no packet is treated differently \\(order: ascending-id; .*", NONE),
     ("check rules.txt", 1, r".*entry 30: .*\[value-unusual\]\nrules.txt: .*, 1 warning\n", NONE),
@@ -388,7 +400,12 @@ TABLE = [
      "twice.txt:5:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 1 warning; left out: 1 warning; .*", NONE),
     ("check refused.bin --stage=egress --type=1 --max-findings=2", 1,
      "(refused.bin: group 1: [^\n]*\n){2}refused.bin: 1 group, 0 entries, 2 errors; left out: 28 "
-     "errors, .*", NONE),
+     "errors, 7 warnings; .*", NONE),
+    ("check refused.bin --stage=egress --type=1 --max-findings=33", 1,
+     "(refused.bin: group 1: [^\n]*\n){33}[^\n]* 30 errors, 3 warnings; left out: 4 warnings; .*",
+     NONE),
+    ("check cut_group.bin --stage=egress --type=1", 1,
+     r"cut_group.bin: group 1: error: entry 1000: counter 1: [^\n]* \[bytes-broken\]\n.*", NONE),
     ("analyse twice.txt --order=highest-priority --max-findings=4", 1,
      "(twice.txt:[3-5]:1: .*){3}twice.txt:10:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 4 warnings; "
      "left out: 2 warnings; [^\n]*\n", NONE),
@@ -455,16 +472,20 @@ DOCUMENTS = [
     ("check bad.txt faulty.txt --max-findings=1", 2, False, True,
      {'"path": "7:', '"left_out": 1002'}),
     ("diff g.bin changed.txt", 1, True, False, {"entry-changed", "entry-removed"}),
-    ("diff g.bin one.bin", 1, True, False, {"head-changed", "entry-removed"}),
+    ("diff g.bin one.bin", 1, True, False,
+     {"head-changed", "entry-removed", '"the group is gone"', '"before": "group 2 '}),
+    ("diff one.bin g.bin", 1, True, False, {'"the group is new"', '"after": "group 2 '}),
     ("diff g.bin g.txt", 0, True, False, set()),
     ("plan g.bin changed.txt", 0, True, False, {"plan-step"}),
     ("plan g.bin renamed.txt", 1, True, False, {"no-plan"}),
     ("analyse rules.txt g.bin --order=ascending-id", 1, True, False,
      {"value-unusual", "entry-unreachable"}),
     ("trace rules.txt --order=ascending-id --packet=ttl=1", 1, True, False,
-     {"trace-undecided", "traced-entry"}),
+     {"trace-undecided", "traced-entry", '"after": "hit"'}),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1, True, False,
-     {"trace-undecided", "traced"}),
+     {"trace-undecided", "traced", '"path": "packets.txt:2"'}),
+    ("trace rules.txt --order=highest-priority --packets=packets.txt --max-findings=1", 1, True,
+     False, {"trace-undecided", '"left_out": 2'}),
     ("trace rules.txt --order=highest-priority --packets=wrong.txt", 2, True, True,
      {"text-value"}),
     ("diff rules.txt turned.txt --order=highest-priority", 1, True, False,
@@ -633,19 +654,24 @@ def try_picture():
     """A row for each entry, coloured by what was found, in XML whatever the file is called."""
     name = "a&<\">\u00e9.txt"
     os.symlink("rules.txt", name)
-    arguments = ("--order=highest-priority", "--svg", "rules.svg")
+    arguments = ("--order=highest-priority", "--overlaps", "--svg", "rules.svg")
     done = inspect("analyse", name, "g.bin", *arguments)
     svg = "{http://www.w3.org/2000/svg}"
     root = ElementTree.parse("rules.svg").getroot()
     marks = [rect.get("class") for rect in root.iter(svg + "rect")][1:]
     texts = [text.text for text in root.iter(svg + "text")]
     expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
-    expect("its marks", marks[:4] == ["plain", "unreachable", "tie", "tie"], marks)
+    expect("its marks", marks[:4] == ["noted", "unreachable", "tie", "tie"], marks)
     words = {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:2:1 (id 7)', "never takes effect: 10"}
     expect("its words", words <= set(texts), texts)
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
-    foot = [*ElementTree.parse("left.svg").iter(svg + "text")][-1].text
+    *texts, foot = [text.text for text in ElementTree.parse("left.svg").iter(svg + "text")]
     expect("what it leaves out", "rows by id" in foot and "left out: 1 note;" in foot, foot)
+    expect("an unusual value", "unusual value" in texts, texts)
+    inspect("analyse", "late.txt", "--order=highest-priority", "--max-steps=0", "--svg=open.svg")
+    root = ElementTree.parse("open.svg").getroot()
+    expect("what is not decided", "not decided" in {text.text for text in root.iter(svg + "text")} and
+           "noted" in {rect.get("class") for rect in root.iter(svg + "rect")})
     # One group of more rows than are drawn whole, in which entry 3 takes the packets of entry 40,
     # and one of just as many.
     rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row} "

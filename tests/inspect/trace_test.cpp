@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "sentences.h"
 #include "tiny_checks.h"
 
 using namespace tiny;
@@ -62,6 +63,17 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "  10 undecided: dst_l4_port: its mask of 0 may mean that value alone\n"
             "  50 undecided: ttl is not told\n"
             "  1000 hit\n");
+  EXPECT_EQ(traced(group, "dst_l4_port=80", order),
+            "undecided: entry 10 or 50, or 1000 (all: no action)\n"
+            "  10 undecided: dst_l4_port: its mask of 0 may mean that value alone; src_ipv4 is not "
+            "told\n"
+            "  50 undecided: ttl is not told\n"
+            "  1000 hit\n");
+  EXPECT_EQ(traced(group, "ttl=64", order),
+            "undecided: entry 10 or 1000 (both: no action)\n"
+            "  10 undecided: dst_l4_port, src_ipv4 are not told\n"
+            "  50 miss: ttl\n"
+            "  1000 hit\n");
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 dst_l4_port=179", order).substr(0, 27),
             "hit: entry 10 (no action)\n ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", order).substr(0, 16), "hit: entry 1000 ");
@@ -85,6 +97,22 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   ASSERT_EQ(group.removeEntry(1000), FILTERS_OK);
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.1", order).substr(0, 29),
             "undecided: entry 50, or none\n");
+}
+
+// Of many entries it takes too long to say which can be the one: all are named.
+TEST(TraceTest, NamesAtMostThoseThatMayBe) {
+  std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
+  for (unsigned i = 0; i < 3000; ++i) {
+    text += "entry " + std::to_string(i) + " priority=" + std::to_string(3000 - i) +
+            " if src_ipv4=10.0." + std::to_string(i / 256) + '.' + std::to_string(i % 256) +
+            " then permit\n";
+  }
+  const ParsedGroups parsed = groupsFromText(text);
+  ASSERT_EQ(parsed.groups.size(), 1U) << parsed.report;
+  const std::string said = traced(parsed.groups[0], "", Order::kHighestPriority);
+  const std::string line = said.substr(0, said.find('\n'));
+  EXPECT_EQ(line.substr(0, 36), "undecided: at most entry 0 or 1 or 2");
+  EXPECT_EQ(line.substr(line.size() - 21), "2998 or 2999, or none");
 }
 
 // What is written of a packet is what it was read from.
@@ -128,13 +156,16 @@ TEST(PacketTest, SaysWhatItCannotRead) {
       {"ttl=1 ttl=1", Code::kTextRepeated},
       {"ttl=none ttl=1", Code::kTextRepeated},
   };
+  catalogue::Sentences sentences;
   for (const auto& [text, code] : faults) {
     Report report;
     EXPECT_FALSE(Packet::parse(text, &report)) << text;
     ASSERT_EQ(report.findings.size(), 1U) << text;
     EXPECT_EQ(report.findings[0].code, code) << report;
     EXPECT_FALSE(Packet::parse(text, nullptr));
+    sentences.add(report);
   }
+  sentences.expectGolden("sentences_packet.txt");
   Report report;
   EXPECT_FALSE(Packet::parse("ttl=1 a=1 b", &report));
   ASSERT_EQ(report.findings.size(), 2U);

@@ -41,23 +41,53 @@ Report explainHead(const FiltersGroup& group) {
   return report;
 }
 
+constexpr std::size_t kMostOfSuffix = 4;  // findings
+
+// Whether something is said of the suffix, which stands behind so many bytes, and not of these.
+bool isOfSuffix(const Finding& finding, std::size_t size) {
+  const bool isHead = finding.subject == Subject::kGroup && !finding.entry;
+  const bool isTwice = finding.code == Code::kFieldRepeated || finding.code == Code::kStageTypePair;
+  return (finding.bytes && finding.bytes->offset + finding.bytes->length > size) ||
+         (isHead && isTwice);
+}
+
+// How many findings the suffix makes behind a head.
+SeverityCounts countOfSuffix(const std::string& head, const std::string& suffix) {
+  SeverityCounts counts = {};
+  for (const Finding& finding : decodeGroup(head + suffix).report.findings) {
+    if (isOfSuffix(finding, head.size())) ++counts[static_cast<std::size_t>(finding.severity)];
+  }
+  return counts;
+}
+
 Report checkAgainst(const Against& against, const std::string& bytes, DecodeLimits limits,
                     std::size_t* entries) {
+  FiltersGroupPB head;
+  // Behind broken bytes a suffix would be read as what they lack.
+  const std::string suffix = head.ParsePartialFromString(bytes) ? against.suffix() : "";
+  const bool hasEntries = head.entries__size() != 0;
+  head.clear_entries_();
+  if (hasEntries) head.add_entries_();  // behind one the suffix is out of order
+  SeverityCounts of_suffix = {};
+  if (!suffix.empty()) of_suffix = countOfSuffix(head.SerializePartialAsString(), suffix);
   const std::size_t room = limits.max_findings;
-  limits.max_findings = std::min(room, SIZE_MAX - 3) + 3;  // those that come of the suffix
-  DecodedGroup decoded = decodeGroup(bytes + against.suffix(), limits);
+  limits.max_findings = room + std::min(SIZE_MAX - room, kMostOfSuffix);
+  DecodedGroup decoded = decodeGroup(bytes + suffix, limits);
   Report all = decoded.group ? explainHead(*decoded.group) : Report();
   *entries += decoded.group ? decoded.group->getEntriesRef().size() : 0;
   for (Finding& finding : decoded.report.findings) {
-    const bool isHead = finding.subject == Subject::kGroup && !finding.entry;
-    const bool isOurs =
-        finding.bytes && finding.bytes->offset + finding.bytes->length > bytes.size();
-    const bool isTwice =
-        finding.code == Code::kFieldRepeated || finding.code == Code::kStageTypePair;
-    if (!isOurs && !(isHead && isTwice)) all.findings.push_back(std::move(finding));
+    if (suffix.empty() || !isOfSuffix(finding, bytes.size())) {
+      all.findings.push_back(std::move(finding));
+    } else {
+      std::size_t& left = of_suffix[static_cast<std::size_t>(finding.severity)];
+      left -= std::min<std::size_t>(left, 1);
+    }
   }
-  decoded.report.findings.clear();
-  all.append(std::move(decoded.report));
+  for (const Severity severity : {Severity::kNote, Severity::kWarning, Severity::kError}) {
+    const auto i = static_cast<std::size_t>(severity);
+    const std::size_t left = decoded.report.left_out_by_severity[i];
+    all.leaveOut(severity, left - std::min(left, of_suffix[i]));
+  }
   all.keep(room);
   return all;
 }

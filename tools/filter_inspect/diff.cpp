@@ -125,16 +125,17 @@ Report compareTreatment(const Pair& pair, const Options& options, Console* conso
 
 // "a.bin, b.bin: 2 pairs of rules treat packets differently (order: ...)"
 std::string treatmentSummary(const std::string (&files)[2], const Report& all, Order order) {
-  const auto isWarning = [](const Finding& finding) {
-    return finding.severity == Severity::kWarning;
+  const auto countOf = [&all](Severity severity) {
+    const auto shown = std::count_if(all.findings.begin(), all.findings.end(),
+                                     [=](const Finding& one) { return one.severity == severity; });
+    return static_cast<std::size_t>(shown) +
+           all.left_out_by_severity[static_cast<std::size_t>(severity)];
   };
-  const auto differing =
-      static_cast<std::size_t>(std::count_if(all.findings.begin(), all.findings.end(), isWarning));
+  const std::size_t differing = countOf(Severity::kWarning), open = countOf(Severity::kNote);
   std::string text = printable(files[0] + ", " + files[1]) + ": ";
   text += all.empty() ? "no packet is treated differently"
                       : counted(differing, "pair") + " of rules treat" +
                             (differing == 1 ? "s" : "") + " packets differently";
-  const std::size_t open = all.findings.size() - differing;
   if (open != 0) text += ", " + std::to_string(open) + " not decided";
   if (all.left_out != 0) text += "; " + leftOutText(all);
   return text + " (" + restsOn(order) + ")";
