@@ -275,6 +275,7 @@ class Analysis {
                        : one ? " matches"
                              : " match") +
                       " all its packets" + (only ? " first" : "");
+    const Positions shown = differing.empty() ? alike : differing;
     if (!differing.empty() && (!alike.empty() || !known)) {
       const bool more = differing.size() > most;
       if (more) differing.resize(most);
@@ -284,7 +285,6 @@ class Analysis {
       finding.message +=
           differing.empty() ? "; the treatment is the same" : "; the treatment differs";
     }
-    const Positions& shown = differing.empty() ? alike : differing;
     if (shown.empty()) return;
     Witness witness(space_);
     std::uint32_t taker = shown[0];
@@ -306,23 +306,32 @@ class Analysis {
     witness->take(left.witness);
   }
 
-  // Tries some packets of both rules, shape by shape: first those that no rule before `end` may
-  // take and that both surely take, then those that none before must take.
+  // Tries some packets of both rules, those that lack the fewest fields first. Of these, such come
+  // first that both surely take and that no rule before `end` may take; then such that none must
+  // take. True if none can be found that lacks less.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
-    for (const bool surely : {true, false}) {
-      if (surely && (a.must == kNothing || b.must == kNothing)) continue;
-      const SetId x = surely ? a.must : a.may, y = surely ? b.must : b.may;
-      for (std::size_t shape = 0; shape < witness->shape(); ++shape) {
-        const std::vector<SetId> sets = {x, y, space_.shapes()[shape]};
-        if (!haveCommon(sets)) continue;
-        for (unsigned k = 0; k < kTried; ++k) {
-          const Point point = pointOf(sets, k);
-          if (surely ? mayBeTakenBefore(end, point) : isTakenBefore(end, {i, p}, point)) continue;
-          witness->take(point, shape);
-          return true;
+    std::optional<std::size_t> least;  // fields that a packet of both has to lack
+    for (std::size_t begin = 0; begin < witness->shape();) {
+      const std::size_t lacking = space_.lacking(begin);
+      std::size_t last = begin;
+      while (last < witness->shape() && space_.lacking(last) == lacking) ++last;
+      for (const bool surely : {true, false}) {
+        if (surely && (a.must == kNothing || b.must == kNothing)) continue;
+        for (std::size_t shape = begin; shape < last; ++shape) {
+          const std::vector<SetId> sets = {surely ? a.must : a.may, surely ? b.must : b.may,
+                                           space_.shapes()[shape]};
+          if (!haveCommon(sets)) continue;
+          if (!least) least = lacking;
+          for (unsigned k = 0; k < kTried; ++k) {
+            const Point point = pointOf(sets, k);
+            if (surely ? mayBeTakenBefore(end, point) : isTakenBefore(end, {i, p}, point)) continue;
+            witness->take(point, shape);
+            return lacking == *least;
+          }
         }
       }
+      begin = last;
     }
     return false;
   }

@@ -140,7 +140,15 @@ std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& field
     }
   }
   for (const bool tagged : {true, false}) add({tagged, Version::kNone, nullptr});
+  std::stable_sort(shapes.begin(), shapes.end(), [](const auto& a, const auto& b) {
+    return fieldsLacking(a) < fieldsLacking(b);
+  });
   return shapes;
+}
+
+std::size_t fieldsLacking(const std::vector<Constraint>& shape) {
+  return static_cast<std::size_t>(std::count_if(
+      shape.begin(), shape.end(), [](const Constraint& one) { return one.asks == Asks::kLack; }));
 }
 
 Packet packetOf(const Space& space, const Point& point) {

@@ -29,7 +29,10 @@ void RuleSpace::add(const std::vector<Asked>& asked) {
 void RuleSpace::seal(bool shapes) {
   if (shapes) {
     fields_.resize(packetFields().size());
-    for (auto& shape : packetShapes(fields_)) shapes_.push_back(space_.add(std::move(shape)));
+    for (auto& shape : packetShapes(fields_)) {
+      lacking_.push_back(fieldsLacking(shape));
+      shapes_.push_back(space_.add(std::move(shape)));
+    }
   }
   space_.seal();
   sealed_ = space_.count();

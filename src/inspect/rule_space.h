@@ -26,6 +26,8 @@ class RuleSpace {
 
   const Space& space() const { return space_; }
   const std::vector<SetId>& shapes() const { return shapes_; }
+  // How many fields that some rule asks of a shape lacks.
+  std::size_t lacking(std::size_t shape) const { return lacking_[shape]; }
   std::size_t size() const { return rules_.size(); }
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
@@ -53,6 +55,7 @@ class RuleSpace {
   std::vector<OpenMatch> open_;
   std::vector<bool> fields_;  // those that some rule asks of
   std::vector<SetId> shapes_;
+  std::vector<std::size_t> lacking_;
   SetId sealed_ = 0;  // how many sets there are for good
 };
 

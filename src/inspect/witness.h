@@ -25,7 +25,8 @@ class Witness {
   bool found() const { return point_.has_value(); }
   // Whether there is hardly anything better.
   bool isGood() const {
-    return shape_ == 0 || (looks_ >= kLooks && shape_ < space_.shapes().size());
+    return shape_ < space_.shapes().size() &&
+           (space_.lacking(shape_) == space_.lacking(0) || looks_ >= kLooks);
   }
   std::string text() const;
  private:

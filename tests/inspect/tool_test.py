@@ -189,6 +189,7 @@ TABLE = [
      r"g.bin: group 2: (?!.*field-repeated).*\[match-not-admitted\].*", NONE),
     ("check one.bin --stage=ingress --type=3", 0,
      "one.bin: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check thrown.bin --type=3 --max-findings=0", 1, "thrown.bin: [^\n]*left out: 1 error.*", NONE),
     ("check thrown.bin --type=3", 1,
      r"thrown.bin: group 1: error: [^\n]*\[rebuild-throws\]\n.*thrown.bin: 2 groups, 7 entries, .*", NONE),
     ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),

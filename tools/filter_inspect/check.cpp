@@ -130,6 +130,12 @@ class Checker {
   // What is said of groups as they are; but of those that could not be made nothing else is known.
   static void dropOwn(Input& input) {
     Report own;
+    // An error that was left out may be about one of them.
+    const bool areMade =
+        std::all_of(input.groups.begin(), input.groups.end(),
+                    [](const InputGroup& group) { return group.group.has_value(); });
+    const auto errors = static_cast<std::size_t>(Severity::kError);
+    if (!areMade) own.leaveOut(Severity::kError, input.report.left_out_by_severity[errors]);
     for (Finding& finding : input.report.findings) {
       const bool isMade = input.groups[*finding.group_number - 1].group.has_value();
       if (!isMade) own.findings.push_back(std::move(finding));
