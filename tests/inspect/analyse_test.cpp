@@ -178,7 +178,7 @@ TEST(AnalyseTest, SaysEachSentence) {
   };
   catalogue::Sentences sentences;
   for (const auto& [order, a, b] : rows) {
-    for (const std::uint64_t steps : {0, 1, 2, 1000}) {
+    for (const std::uint64_t steps : {0U, 1U, 2U, 1000U}) {
       AnalysisOptions options = by(order);
       options.max_steps = steps;
       const auto group = [](const std::string& entries) {
