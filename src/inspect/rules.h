@@ -47,7 +47,7 @@ class Rules {
   Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order);
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // Of what they may take, by positions.
+  // Finds rules by what they may take, by positions.
   Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);

@@ -162,7 +162,7 @@ class Oddities {
     }
     return nullptr;
   }
-  // Of a match that holds one number.
+  // For a match that holds one number.
   std::optional<std::uint32_t> numberOf(filtersMatch_t code) const {
     const MatchPB* match = held(code);
     if (match == nullptr) return std::nullopt;

@@ -268,7 +268,7 @@ TEST(Decode, TellsWhatItsFindingsAreAbout) {
     return report.findings.at(0);
   };
   EXPECT_EQ(only(bytesOf("32 ( 0801 1001 ) 32 ( 0802 1001 )")).others, std::vector{1u});
-  // Of long bytes the first 256 are shown.
+  // The first 256 of long bytes are shown.
   for (const std::size_t size : {256u, 257u}) {
     const std::string mac =
         bytesOf("0804 2a") + withLength(std::string(size, 1)) + bytesOf("3a06ffffffffffff");

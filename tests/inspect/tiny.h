@@ -366,7 +366,7 @@ struct Case {
     }
     return packets;
   }
-  // Of every packet, and of those that can be built; most have the same.
+  // The rows of every packet, and of those that can be built; most have the same.
   struct Rows {
     std::set<Row> all, built;
   };

@@ -99,7 +99,7 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "undecided: entry 50, or none\n");
 }
 
-// Of many entries it takes too long to say which can be the one: all are named.
+// It takes too long to say which of many entries can be the one: all are named.
 TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
   for (unsigned i = 0; i < 3000; ++i) {

@@ -63,7 +63,7 @@ SeverityCounts countOfSuffix(const std::string& head, const std::string& suffix)
 Report checkAgainst(const Against& against, const std::string& bytes, DecodeLimits limits,
                     std::size_t* entries) {
   FiltersGroupPB head;
-  // Behind broken bytes a suffix would be read as what they lack.
+  // A suffix behind broken bytes would be read as what they lack.
   const std::string suffix = head.ParsePartialFromString(bytes) ? against.suffix() : "";
   const bool hasEntries = head.entries__size() != 0;
   head.clear_entries_();

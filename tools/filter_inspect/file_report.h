@@ -15,9 +15,9 @@ class FileReport {
  public:
   FileReport(const Options& options, const Input& input) : options_(options), input_(input) {}
 
-  // Of one of the input's groups.
+  // A report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);
-  // Of several ones, which it names.
+  // A report about several groups, which it names.
   void add(Report&& report);
   // All that was added: one group after the other, but where not all is told, what weighs most
   // comes first.
