@@ -76,7 +76,10 @@ const Planted kInEntries[] = {
     {"LongVarint", "22 ( 081a b001c000 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
     {"LongTag", "22 ( 081a b0810040 )", "encoding-differs 4+4 matches_[0].ttl_\n"},
     {"WideTag", "22 ( 081a b08180801040 )", "encoding-differs 4+6 matches_[0].ttl_\n"},
-    {"TagOfSixBytes", "22 ( 081a b0818080800040 )", "bytes-broken 4+7 matches_[0]\n"},
+    // Runtimes from 3.21.0 refuse a tag of more than five bytes; 3.6.0 reads it.
+    {"TagOfSixBytes", "22 ( 081a b0818080800040 )",
+     GOOGLE_PROTOBUF_VERSION < 3021000 ? "encoding-differs 4+7 matches_[0].ttl_\n"
+                                       : "bytes-broken 4+7 matches_[0]\n"},
     {"BitsBeyondAVarint", "32 ( 0801 10ffffffffffffffffff7f )",
      "encoding-differs 4+11 counters_[0].type\n"
      "counter-unusual 0+15 counters_[0]\n"},
