@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <stdexcept>
 
-#include "arena.h"
+#include "shared/arena.h"
 
 namespace FiltersCommon {
 

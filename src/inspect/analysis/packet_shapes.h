@@ -1,0 +1,32 @@
+#ifndef FILTER_INSPECT_SRC_ANALYSIS_PACKET_SHAPES_H_
+#define FILTER_INSPECT_SRC_ANALYSIS_PACKET_SHAPES_H_
+
+// What packets look like that exist: which fields go together. A packet that is shown to people
+// should be one that can be built and sent. For example, a TCP packet over IPv4 has both IPv4
+// addresses, no IPv6 ones, and both ports.
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <filter_inspect/filter_analysis.h>
+
+#include "space.h"
+
+namespace FiltersInspect {
+
+// Whether packets of this IP protocol have layer-4 ports.
+bool hasPorts(std::uint32_t protocol);
+
+// Each shape as a set of packets, those that lack the fewest fields first. Only the fields given,
+// which are those that some rule asks of, are asked of; shapes that do not differ in them stand
+// once.
+std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& fields);
+std::size_t fieldsLacking(const std::vector<Constraint>& shape);
+
+// A packet of a space, with the fields that go together with those it has.
+Packet packetOf(const Space& space, const Point& point);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_ANALYSIS_PACKET_SHAPES_H_

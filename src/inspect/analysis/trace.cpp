@@ -1,0 +1,242 @@
+#include <filter_inspect/filter_analysis.h>
+
+#include <algorithm>
+#include <ostream>
+
+#include "shared/arena.h"
+#include "packet_fields.h"
+#include "rules.h"
+
+namespace FiltersInspect {
+
+using namespace FiltersCommon;
+
+// An entry, and what it asks of a packet.
+struct PreparedEntry {
+  std::uint64_t rank;
+  filtersEntryId_t id;
+  std::size_t treatment;  // in the list of those that differ
+  std::vector<Asked> asked;
+};
+
+struct Tracer::Prepared {
+  std::vector<PreparedEntry> entries;
+  std::vector<std::string> treatments;
+};
+
+namespace {
+
+// To say which candidates are possible, so many steps are taken for a packet.
+constexpr std::uint64_t kSteps = 20000;
+
+// Whether every packet is one that is asked for: it has the field, and the mask is 0.
+bool surelyHolds(const Asked& asked) {
+  const auto takesAll = [](const Constraint& one) {
+    return one.asks == Asks::kMasked && one.last == 0;
+  };
+  return asked.open == nullptr && isInEveryPacket(packetFields()[asked.field].layer) &&
+         std::all_of(asked.may.begin(), asked.may.end(), takesAll);
+}
+
+// What an entry makes of the fields that are told. A field that misses decides; the first one found
+// is the reason.
+Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Packet& packet) {
+  Traced traced{id, Hit::kHit, {}, {}};
+  const auto& told = PacketFields::of(packet);
+  for (const Asked& asked : all) {
+    const std::string_view name = packetFields()[asked.field].name;
+    const auto field = told.find(asked.field);
+    if (field == told.end()) {
+      if (surelyHolds(asked)) continue;
+      traced.hit = Hit::kUndecided;
+      traced.lacking.emplace_back(name);
+    } else if (!field->second || !isAmong(asked.may, *field->second)) {
+      return {id, Hit::kMiss, {}, std::string(name)};
+    } else if (asked.open != nullptr && !isAmong(asked.must, *field->second)) {
+      traced.hit = Hit::kUndecided;
+      if (traced.reason.empty()) traced.reason = std::string(name) + ": " + asked.open;
+    }
+  }
+  return traced;
+}
+
+// What an entry asks of the fields that are not told. A told value that the entry takes under some
+// reading only leaves a match that may take every packet.
+std::vector<Asked> untold(const std::vector<Asked>& all, const Packet& packet) {
+  const auto& told = PacketFields::of(packet);
+  std::vector<Asked> rest;
+  for (const Asked& asked : all) {
+    const auto field = told.find(asked.field);
+    if (field == told.end()) {
+      rest.push_back(asked);
+    } else if (asked.open != nullptr && !isAmong(asked.must, *field->second)) {
+      rest.push_back({asked.field, asked.which, {}, asked.open, {}, asked.match});
+    }
+  }
+  return rest;
+}
+
+// The entries that may be the one, in their order, as rules of what is not told: an entry is
+// possible if some packet of it is taken by none before.
+class Candidates {
+ public:
+  Candidates(const std::vector<const PreparedEntry*>& entries, const Packet& packet)
+      : entries_(entries) {
+    for (const PreparedEntry* entry : entries) space_.add(untold(entry->asked, packet));
+    space_.seal(false);
+  }
+
+  // Null when it takes too long.
+  std::optional<bool> isPossible(std::uint32_t i) { return isLeft({space_.may(i)}, {i}, rank(i)); }
+  std::optional<bool> mayBeNone() { return isLeft({}, {}, ~std::uint64_t{0}); }
+ private:
+  std::uint64_t rank(std::uint32_t i) const { return entries_[i]->rank; }
+
+  std::optional<bool> isLeft(const std::vector<SetId>& sets,
+                             const std::vector<std::uint32_t>& takers, std::uint64_t end) {
+    space_.forget();
+    std::vector<Candidate> before;
+    for (std::uint32_t p = 0; p < entries_.size() && (takers.empty() || rank(p) < end); ++p) {
+      const SetId set = space_.mustBeside(p, takers);
+      if (set != kNothing) before.push_back({set, 0, false, p});
+    }
+    const std::uint64_t work = before.size() / 64;  // to go through them once
+    if (steps_left_ <= work) return std::nullopt;
+    Cut cut(space_.space(), steps_left_ - work);
+    const Cut::Outcome outcome = cut.run(sets, &before, true);
+    steps_left_ = cut.stepsLeft();
+    if (outcome == Cut::Outcome::kUndecided) return std::nullopt;
+    return outcome == Cut::Outcome::kLeft;
+  }
+
+  const std::vector<const PreparedEntry*>& entries_;
+  RuleSpace space_;
+  std::uint64_t steps_left_ = kSteps;
+};
+
+// Those of the entries that are possible.
+void narrow(std::vector<const PreparedEntry*>* entries, const Packet& packet, Trace* trace) {
+  Candidates candidates(*entries, packet);
+  std::vector<const PreparedEntry*> possible;
+  for (std::uint32_t i = 0; i < entries->size(); ++i) {
+    const std::optional<bool> known = candidates.isPossible(i);
+    if (!known) trace->at_most = true;
+    if (known.value_or(true)) possible.push_back((*entries)[i]);
+  }
+  if (trace->may_be_none) {
+    const std::optional<bool> known = candidates.mayBeNone();
+    if (!known) trace->at_most = true;
+    trace->may_be_none = known.value_or(true);
+  }
+  *entries = std::move(possible);
+}
+
+void settle(const std::vector<const PreparedEntry*>& entries,
+            const std::vector<std::string>& treatments, Trace* trace) {
+  if (entries.empty()) {
+    trace->may_be_none = false;
+    return;
+  }
+  const std::size_t treatment = entries[0]->treatment;
+  const bool alike = std::all_of(entries.begin(), entries.end(), [&](const PreparedEntry* entry) {
+    return entry->treatment == treatment;
+  });
+  if (alike && !trace->may_be_none) trace->treatment = treatments[treatment];
+  if (entries.size() == 1 && !trace->may_be_none) {
+    trace->outcome = Hit::kHit;
+    trace->entry = entries[0]->id;
+    trace->at_most = false;
+    return;
+  }
+  trace->outcome = Hit::kUndecided;
+  for (const PreparedEntry* entry : entries) trace->candidates.push_back(entry->id);
+}
+
+}  // namespace
+
+Tracer::Tracer(const FiltersGroup& group, Order order) {
+  auto prepared = std::make_shared<Prepared>();
+  prepared->entries.reserve(group.getEntriesRef().size());
+  MatchNumbers numbers;
+  std::map<std::string, std::size_t> treatments;
+  for (const auto& [id, entry] : group.getEntriesRef()) {
+    MessageArena arena;
+    auto& message = *arena.make<FiltersEntryPB>();
+    entry.convertToFiltersEntryPB(&message);
+    const auto [treatment, isNew] =
+        treatments.emplace(treatmentKey(message), prepared->treatments.size());
+    if (isNew) prepared->treatments.push_back(treatmentText(entry));
+    std::vector<Asked> asked;
+    for (const MatchPB& match : message.matches_()) appendAsked(match, &asked, &numbers);
+    prepared->entries.push_back(
+        {rankOf(order, id, entry.getPriority()), id, treatment->second, std::move(asked)});
+  }
+  std::stable_sort(prepared->entries.begin(), prepared->entries.end(),
+                   [](const auto& a, const auto& b) { return a.rank < b.rank; });
+  prepared_ = std::move(prepared);
+}
+
+Trace Tracer::trace(const Packet& packet) const {
+  Trace trace;
+  trace.may_be_none = true;
+  trace.entries.reserve(prepared_->entries.size());
+  // Those that do not miss, up to the first rank that has a hit.
+  std::vector<const PreparedEntry*> entries;
+  std::uint64_t rank = 0;
+  for (const PreparedEntry& one : prepared_->entries) {
+    const Traced& traced = trace.entries.emplace_back(traceEntry(one.id, one.asked, packet));
+    const bool reached = trace.may_be_none || one.rank == rank;
+    rank = reached ? one.rank : rank;
+    if (!reached || traced.hit == Hit::kMiss) continue;
+    entries.push_back(&one);
+    if (traced.hit == Hit::kHit) trace.may_be_none = false;
+  }
+  if (entries.size() > 1 || (entries.size() == 1 && trace.may_be_none))
+    narrow(&entries, packet, &trace);
+  settle(entries, prepared_->treatments, &trace);
+  return trace;
+}
+
+Trace trace(const FiltersGroup& group, const Packet& packet, Order order) {
+  return Tracer(group, order).trace(packet);
+}
+
+std::string_view nameOf(Hit hit) {
+  switch (hit) {
+    case Hit::kMiss:
+      return "miss";
+    case Hit::kHit:
+      return "hit";
+    case Hit::kUndecided:
+      return "undecided";
+  }
+  return {};
+}
+
+std::ostream& operator<<(std::ostream& os, const Trace& trace) {
+  std::string text(nameOf(trace.outcome));
+  if (trace.entry) text += ": entry " + std::to_string(*trace.entry);
+  const std::size_t count = trace.candidates.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool last = count > 2 && i + 1 == count && !trace.may_be_none;
+    text += i == 0 ? (trace.at_most ? ": at most entry " : ": entry ") : last ? ", or " : " or ";
+    text += std::to_string(trace.candidates[i]);
+  }
+  if (trace.may_be_none) text += ", or none";
+  if (!trace.treatment.empty()) {
+    text += (count == 0 ? " (" : count == 2 ? " (both: " : " (all: ") + trace.treatment + ')';
+  }
+  text += '\n';
+  for (const Traced& one : trace.entries) {
+    text += "  " + std::to_string(one.entry) + ' ' + std::string(nameOf(one.hit));
+    std::string why = one.reason;
+    for (std::size_t i = 0; i < one.lacking.size(); ++i) {
+      why += (i == 0 ? (why.empty() ? "" : "; ") : ", ") + one.lacking[i];
+    }
+    if (!one.lacking.empty()) why += one.lacking.size() == 1 ? " is not told" : " are not told";
+    text += (why.empty() ? "" : ": " + why) + '\n';
+  }
+  return os << text;
+}
+
+}  // namespace FiltersInspect

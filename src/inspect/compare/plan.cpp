@@ -1,0 +1,245 @@
+#include <filter_inspect/filter_diff.h>
+
+#include <filter_common/filter_groups.pb.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include <filter_inspect/filter_explain.h>
+#include <filter_inspect/filter_text.h>
+
+#include "side_by_side.h"
+#include "catalogue/name_or_number.h"
+#include "route.h"
+
+namespace FiltersInspect {
+
+using namespace FiltersCommon;
+
+namespace {
+
+// An entry on both sides, null where it is not, and where the library admits it.
+struct Pair {
+  const FiltersEntry* before;
+  const FiltersEntry* after;
+  bool same;
+  Places beforePlaces = 0, afterPlaces = 0;
+};
+
+// Those of which a plan has to think: the ones that differ, and when stage or type change, all.
+std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
+  const bool moves = !(headOf(from) == headOf(to));
+  std::vector<Pair> pairs;
+  forEachOfBoth(
+      from.getEntriesRef(), to.getEntriesRef(), [](const auto& held) { return held.first; },
+      [&](const auto* a, const auto* b) {
+        const bool same = a != nullptr && b != nullptr && a->second == b->second;
+        if (same && !moves) return;
+        Pair pair{a ? &a->second : nullptr, b ? &b->second : nullptr, same};
+        if (b != nullptr) pair.afterPlaces = placesOf(*pair.after);
+        if (moves && a != nullptr) {
+          pair.beforePlaces = same ? pair.afterPlaces : placesOf(*pair.before);
+        }
+        pairs.push_back(pair);
+      });
+  return pairs;
+}
+
+// What the route has to spare: entries that could stay, or be replaced in one step.
+std::vector<Kind> kindsOf(const std::vector<Pair>& pairs) {
+  std::map<std::tuple<Places, Places, bool>, std::uint64_t> losses;
+  for (const Pair& pair : pairs) {
+    if (pair.before == nullptr || pair.after == nullptr) continue;
+    losses[{pair.beforePlaces, pair.afterPlaces, pair.same}] += pair.same ? 2 : 1;
+  }
+  std::vector<Kind> kinds;
+  for (const auto& [key, loss] : losses) {
+    const auto& [before, after, same] = key;
+    kinds.push_back({before, after, same, loss});
+  }
+  return kinds;
+}
+
+// The steps between two setters, which the order of the plan puts one way or the other.
+struct Stay {
+  std::vector<Step> removals, insertions;
+};
+
+// When each entry goes and comes.
+std::vector<Stay> scheduleOf(const std::vector<Pair>& pairs, const Route& route, PlanOrder order) {
+  std::vector<Stay> stays(route.size());
+  const auto remove = [&](std::size_t stop, const FiltersEntry& entry) {
+    stays[stop].removals.push_back({Step::Kind::kRemove, entry.getId()});
+  };
+  const auto insert = [&](std::size_t stop, const FiltersEntry& entry) {
+    stays[stop].insertions.push_back({Step::Kind::kInsert, entry.getId()});
+  };
+  const bool early = order == PlanOrder::kAddFirst;
+  for (const Pair& pair : pairs) {
+    const std::size_t last = lastStop(route, pair.beforePlaces);
+    const std::size_t first = firstStop(route, pair.afterPlaces);
+    if (pair.after == nullptr) {
+      remove(early ? last : 0, *pair.before);
+    } else if (pair.before == nullptr) {
+      insert(early ? first : route.size() - 1, *pair.after);
+    } else if (pair.same && last + 1 == route.size()) {
+      continue;
+    } else {
+      if (pair.same || last < first) remove(last, *pair.before);
+      insert(first, *pair.after);
+    }
+  }
+  return stays;
+}
+
+Step setterTo(const Head& head, const Head& next) {
+  if (head.stage != next.stage) return {Step::Kind::kSetStage, 0, next.stage};
+  return {Step::Kind::kSetType, 0, next.type};
+}
+
+void addSteps(const std::vector<Stay>& stays, const Route& route, PlanOrder order,
+              std::vector<Step>* steps) {
+  for (std::size_t i = 0; i < route.size(); ++i) {
+    if (i > 0) steps->push_back(setterTo(route[i - 1].head, route[i].head));
+    const auto& [removals, insertions] = stays[i];
+    const bool addFirst = order == PlanOrder::kAddFirst;
+    const auto& first = addFirst ? insertions : removals;
+    const auto& second = addFirst ? removals : insertions;
+    steps->insert(steps->end(), first.begin(), first.end());
+    steps->insert(steps->end(), second.begin(), second.end());
+  }
+}
+
+void append(Report more, Report* report) {
+  for (Finding& finding : more.findings) report->findings.push_back(std::move(finding));
+}
+
+// Of the setters alone, as of a group without entries.
+FiltersGroup bare(const FiltersGroup& group) {
+  FiltersGroupPB message;
+  message.set_id_(group.getId());
+  message.set_stage_(static_cast<std::uint32_t>(group.getStage()));
+  message.set_type_(static_cast<std::uint32_t>(group.getType()));
+  FiltersGroup head(0);
+  head.convertFromFiltersGroupPB(&message);
+  return head;
+}
+
+filtersErr_t take(const Step& step, const FiltersGroup& to, FiltersGroup* group) {
+  switch (step.kind) {
+    case Step::Kind::kRemove:
+      return group->removeEntry(step.entry);
+    case Step::Kind::kInsert: {
+      const auto held = to.getEntriesRef().find(step.entry);
+      if (held == to.getEntriesRef().end()) return FILTERS_ERR_NOT_FOUND;
+      return group->insertEntry(held->second);
+    }
+    case Step::Kind::kSetPriority: {
+      const auto priority = static_cast<filtersGroupPriority_t>(step.value);
+      if (priority != step.value) return FILTERS_ERR_INVALID_ARGUMENT;
+      group->setPriority(priority);
+      return FILTERS_OK;
+    }
+    case Step::Kind::kSetStage:
+      return group->setStage(static_cast<filtersGroupStage_t>(step.value));
+    case Step::Kind::kSetType:
+      return group->setType(static_cast<filtersGroupType_t>(step.value));
+  }
+  return FILTERS_ERR_INVALID_ARGUMENT;
+}
+
+// An entry that the target holds and would refuse. It can be left as it is, and not be inserted.
+bool isStray(const Pair& pair, Places goal) {
+  return pair.after != nullptr && !contains(pair.afterPlaces, goal);
+}
+
+// Why the target cannot be reached.
+Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
+                  const std::vector<Pair>& pairs) {
+  Report report;
+  if (!(headOf(from) == headOf(to))) {
+    append(explainStage(bare(to), to.getStage()), &report);
+    // Where the target's are well, no setter leads away from where the group is.
+    if (report.empty() && findRoute(headOf(from), headOf(to), ~Places{0}, {}).route.empty()) {
+      append(explainStage(bare(from), to.getStage()), &report);
+    }
+  }
+  for (const Pair& pair : pairs) {
+    if (isStray(pair, placesOf(headOf(to)))) append(explainInsert(to, *pair.after), &report);
+  }
+  return report;
+}
+
+// The route, which has to let stay what could not come back; none when it would have to.
+Found routeOf(const FiltersGroup& from, const FiltersGroup& to, const std::vector<Pair>& pairs) {
+  Places allowed = ~Places{0};
+  for (const Pair& pair : pairs) {
+    if (!isStray(pair, placesOf(headOf(to)))) continue;
+    if (!pair.same) return {};
+    allowed &= pair.afterPlaces;
+  }
+  return findRoute(headOf(from), headOf(to), allowed, kindsOf(pairs));
+}
+
+// Steps that have not been taken yet.
+Plan draft(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
+  const std::vector<Pair> pairs = pairsOf(from, to);
+  const Found found = routeOf(from, to, pairs);
+  if (found.route.empty()) return {false, false, {}, refusalsOf(from, to, pairs)};
+  Plan plan{true, found.best, {}, {}};
+  if (from.getPriority() != to.getPriority()) {
+    plan.steps.push_back({Step::Kind::kSetPriority, 0, to.getPriority()});
+  }
+  addSteps(scheduleOf(pairs, found.route, order), found.route, order, &plan.steps);
+  return plan;
+}
+
+}  // namespace
+
+Plan plan(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
+  if (from.getId() != to.getId()) {
+    Report report = diff(FiltersGroup(from.getId()), FiltersGroup(to.getId()));
+    Finding& why = report.findings.front();
+    why.code = Code::kNoPlan;
+    why.severity = severityOf(why.code);
+    why.message = "no step changes the id of a group: " + why.message;
+    return {false, false, {}, std::move(report)};
+  }
+  Plan plan = draft(from, to, order);
+  if (!plan.possible) return plan;
+  FiltersGroup reached(from);
+  if (apply(plan.steps, to, &reached) == FILTERS_OK && reached == to) return plan;
+  return {false, false, {}, diff(reached, to)};
+}
+
+std::string toText(const Step& step, const FiltersGroup& to) {
+  switch (step.kind) {
+    case Step::Kind::kRemove:
+      return "remove entry " + std::to_string(step.entry);
+    case Step::Kind::kInsert: {
+      const auto held = to.getEntriesRef().find(step.entry);
+      if (held != to.getEntriesRef().end()) return "insert " + toText(held->second);
+      return "insert entry " + std::to_string(step.entry);
+    }
+    case Step::Kind::kSetPriority:
+      return "set-priority " + std::to_string(step.value);
+    case Step::Kind::kSetStage:
+      return "set-stage " + nameOrNumber(static_cast<filtersGroupStage_t>(step.value));
+    case Step::Kind::kSetType:
+      return "set-type " + nameOrNumber(static_cast<filtersGroupType_t>(step.value));
+  }
+  return {};
+}
+
+filtersErr_t apply(const std::vector<Step>& steps, const FiltersGroup& to, FiltersGroup* group) {
+  for (const Step& step : steps) {
+    const filtersErr_t result = take(step, to, group);
+    if (result != FILTERS_OK) return result;
+  }
+  return FILTERS_OK;
+}
+
+}  // namespace FiltersInspect

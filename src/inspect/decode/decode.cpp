@@ -1,0 +1,147 @@
+#include <filter_inspect/filter_decode.h>
+
+#include <climits>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <filter_common/filter_groups.pb.h>
+
+#include "shared/arena.h"
+#include "entry_reader.h"
+#include "message_check.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+// Nothing when the constructor throws for what is in the bytes.
+template <class T>
+void make(std::string_view bytes, std::optional<T>* object) {
+  try {
+    object->emplace(std::string(bytes));
+  } catch (const std::invalid_argument&) {
+    object->reset();
+  }
+}
+
+template <class T>
+bool writesAgain(const std::optional<T>& object, std::string_view bytes) {
+  if (!object) return false;
+  std::string again;
+  object->serialize(&again);
+  return again == bytes;
+}
+
+bool fits(std::string_view bytes, const DecodeLimits& limits, Findings* findings) {
+  if (bytes.size() <= limits.max_bytes && bytes.size() <= INT_MAX) return true;
+  findings->add(Code::kBytesBroken, {nullptr, {}, Place::kAlone, {0, bytes.size()}},
+                "there are more bytes than the limit, and none is read");
+  return false;
+}
+
+template <class Message>
+std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
+  auto* message = arena->make<Message>();
+  const auto size = static_cast<int>(bytes.size());
+  const bool whole = message->ParsePartialFromArray(bytes.data(), size);
+  return {message, whole};
+}
+
+// What must be said of all bytes together, where nothing else has said it. `ended` says that a
+// finding tells where they end.
+void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
+              Findings* findings) {
+  const Place all = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
+  findings->entry.reset();
+  findings->subject = Subject::kGroup;
+  findings->offender = 0;
+  if (!whole && !ended) {
+    findings->add(Code::kBytesBroken, all, "they cannot be read to their end");
+  }
+  if (unmade) findings->add(Code::kRebuildThrows, all, "nothing can be made of them");
+  if (!same && findings->empty()) {
+    findings->add(Code::kEncodingDiffers, all, "other bytes are written");
+  }
+}
+
+// The entries of the group, which are written as the bytes say and have nothing unusual.
+bool areUsual(const FiltersGroup& group) {
+  if (group.groupStageValidation(group.getStage(), group.getType()) != FILTERS_OK) return false;
+  for (const auto& [id, entry] : group.getEntriesRef()) {
+    if (!isUsual(entry.getCounters())) return false;
+  }
+  return true;
+}
+
+void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimits& limits,
+               Findings* findings) {
+  MessageArena arena;
+  const auto [head, whole] = parse<FiltersGroupPB>(bytes, &arena);
+  auto* const rest = arena.make<FiltersGroupPB>();
+  rest->mutable_entries_()->Swap(head->mutable_entries_());
+  FiltersGroup blank(0);
+  blank.convertFromFiltersGroupPB(head);
+  findings->group = blank.getId();
+  // What the head loses comes first, wherever in the bytes it stands.
+  Findings ofEntries(limits);
+  ofEntries.group = findings->group;
+  Entries entries(bytes, whole, &arena, &ofEntries);
+  const auto visit = [&, parsed = rest](const MessageCheck::Field&, const Place& part) {
+    const auto index = static_cast<int>(part.index);
+    return index >= parsed->entries__size() ||
+           entries.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
+  };
+  MessageCheck check(FiltersGroupPB::descriptor());
+  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
+  const bool walked = check.walk(bytes, place, WireReader::kDepth, whole, findings, visit);
+  check.compare(*head, blank.convertToFiltersGroupPB(), place, findings);
+  if (blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
+    findings->add(Code::kStageTypePair, check.placeOf(FiltersGroupPB::kTypeFieldNumber, place),
+                  "setters would not give a group this stage and type together");
+  }
+  findings->append(std::move(ofEntries));
+  noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
+}
+
+void noteEntry(std::string_view bytes, bool isMade, bool same, Findings* findings) {
+  MessageArena arena;
+  const auto [message, whole] = parse<FiltersEntryPB>(bytes, &arena);
+  Entries entries(bytes, whole, &arena, findings);
+  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
+  const bool walked = entries.read(*message, place, WireReader::kDepth, nullptr);
+  noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
+}
+
+}  // namespace
+
+DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
+  DecodedGroup decoded;
+  Findings findings(limits);
+  if (fits(bytes, limits, &findings)) {
+    make(bytes, &decoded.group);
+    const bool same = writesAgain(decoded.group, bytes);
+    if (!same || !areUsual(*decoded.group)) {
+      noteGroup(bytes, decoded.group.has_value(), same, limits, &findings);
+    }
+  }
+  decoded.report = findings.take();
+  return decoded;
+}
+
+DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits) {
+  DecodedEntry decoded;
+  Findings findings(limits);
+  if (fits(bytes, limits, &findings)) {
+    make(bytes, &decoded.entry);
+    const bool same = writesAgain(decoded.entry, bytes);
+    if (!same || !isUsual(decoded.entry->getCounters())) {
+      noteEntry(bytes, decoded.entry.has_value(), same, &findings);
+    }
+  }
+  decoded.report = findings.take();
+  return decoded;
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,91 @@
+#ifndef FILTER_INSPECT_SRC_DECODE_ENTRY_READER_H_
+#define FILTER_INSPECT_SRC_DECODE_ENTRY_READER_H_
+
+// What is lost of entries when they are read from bytes.
+
+#include <filter_common/filter_entries.pb.h>
+#include <filter_common/filter_groups.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "shared/arena.h"
+#include "message_check.h"
+
+namespace FiltersInspect {
+
+// Whether setCounter() would have taken each counter, of types that have names.
+bool isUsual(const std::map<unsigned short, FiltersCommon::Counter>& counters);
+
+// Reads entries beside their bytes, one after the other.
+class Entries {
+ public:
+  Entries(std::string_view bytes, bool lenient, FiltersCommon::MessageArena* arena,
+          Findings* findings)
+      : bytes_(bytes),
+        lenient_(lenient),
+        findings_(findings),
+        out_(arena->make<FiltersCommon::FiltersEntryPB>()),
+        matchOut_(arena->make<FiltersCommon::MatchPB>()),
+        actionOut_(arena->make<FiltersCommon::ActionPB>()),
+        counterOut_(arena->make<FiltersCommon::CounterPB>()) {}
+
+  // Of a group that holds nothing but its head; without one every entry is taken. False when the
+  // bytes end in it.
+  bool read(const FiltersCommon::FiltersEntryPB& in, const Place& place, int depth,
+            const FiltersCommon::FiltersGroup* group);
+
+  // Whether something of them made the constructor throw.
+  bool threw() const { return threw_; }
+ private:
+  // What of a kind is kept so far, by code or by id, and where it came from.
+  struct Kept {
+    std::size_t index;
+    ByteRange bytes;
+  };
+  using KeptByCode = std::map<std::uint32_t, Kept>;
+
+  bool readParts(const FiltersCommon::FiltersEntryPB& in, const Place& place, int depth);
+  bool readMatch(const FiltersCommon::MatchPB& in, const Place& place, int depth);
+  bool readAction(const FiltersCommon::ActionPB& in, const Place& place, int depth);
+  bool readCounter(const FiltersCommon::CounterPB& in, const Place& place, int depth);
+  void keep(Code replaced, KeptByCode* all, const Place& place);
+  void notePolicer(const std::string& in, Subject subject, int field, const Place& place);
+  void noteCounters(const FiltersCommon::FiltersEntry& entry, const Place& place);
+  void noteRefusal(const Report& refusal, const Place& place);
+  void noteHeld(std::uint32_t id, const Place& place);
+  void about(Subject subject, std::uint32_t offender = 0) {
+    findings_->subject = subject;
+    findings_->offender = offender;
+  }
+
+  const std::string_view bytes_;
+  const bool lenient_;
+  Findings* const findings_;
+  FiltersCommon::FiltersEntryPB* const out_;
+  FiltersCommon::MatchPB* const matchOut_;
+  FiltersCommon::ActionPB* const actionOut_;
+  FiltersCommon::CounterPB* const counterOut_;
+  std::string scratch_;
+  MessageCheck entryCheck_{FiltersCommon::FiltersEntryPB::descriptor()},
+      matchCheck_{FiltersCommon::MatchPB::descriptor()},
+      actionCheck_{FiltersCommon::ActionPB::descriptor()},
+      counterCheck_{FiltersCommon::CounterPB::descriptor()};
+
+  // Of the entry that is read.
+  FiltersCommon::FiltersEntry blanks_;  // a blank match of each code that is kept
+  KeptByCode matches_, actions_, counters_;
+  bool partsAscend_ = true;
+
+  // Of the group.
+  KeptByCode held_;
+  bool entriesAscend_ = true;
+  bool threw_ = false;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_DECODE_ENTRY_READER_H_

@@ -1,0 +1,405 @@
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+#include <filter_inspect/filter_text.h>
+#include <nlohmann/json.hpp>
+
+#include "form_rows.h"
+#include "group_builder.h"
+#include "json_keys.h"
+#include "json_nesting.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+// A number, text, true or false, as it stands there.
+struct Scalar {
+  enum Type : std::uint8_t { kNumber, kText, kBoolean, kOther } type;
+  std::int64_t number = 0;  // also of true; the nearest for all that are wider
+  std::string_view text = {};
+};
+
+// Called by the parser with one token after another; false ends it. What may stand where limits how
+// deep values nest.
+class JsonReader {
+ public:
+  JsonReader(std::string_view text, std::size_t maxFindings)
+      : text_(text), places_(text), groups_(maxFindings) {}
+
+  ParsedGroups read() {
+    const char* const begin = text_.data();
+    nlohmann::json::sax_parse(Characters(begin), Characters(begin + text_.size()), this);
+    return groups_.finish();
+  }
+
+  bool null() { return scalar({Scalar::kOther}); }
+  bool boolean(bool value) { return scalar({Scalar::kBoolean, value ? 1 : 0}); }
+  bool number_integer(std::int64_t value) { return scalar({Scalar::kNumber, value}); }
+  bool number_unsigned(std::uint64_t value) {
+    constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
+    return scalar({Scalar::kNumber, static_cast<std::int64_t>(std::min(value, kMax))});
+  }
+  // Whole numbers beyond 64 bits come here too.
+  bool number_float(double value, const std::string& digits) {
+    if (digits.find_first_of(".eE") != digits.npos) return scalar({Scalar::kOther});
+    using Limits = std::numeric_limits<std::int64_t>;
+    return scalar({Scalar::kNumber, value < 0 ? Limits::min() : Limits::max()});
+  }
+  bool string(const std::string& value) { return scalar({Scalar::kText, 0, value}); }
+  bool binary(const nlohmann::json::binary_t&) { return scalar({Scalar::kOther}); }
+
+  bool start_object(std::size_t) { return begin('{'); }
+  bool start_array(std::size_t) { return begin('['); }
+  bool end_object() { return end(); }
+  bool end_array() { return end(); }
+  bool key(const std::string& name);
+  bool parse_error(std::size_t position, const std::string&, const std::exception&) {
+    const std::size_t read = std::min(position == 0 ? 0 : position - 1, text_.size());
+    place_ = TokenPlaces::of(text_.substr(0, read));
+    const bool isZero = read < text_.size() && text_[read] == '\0';
+    return fail(Code::kTextSyntax,
+                isZero ? kZeroByte : "what stands here, or ends here, is no JSON");
+  }
+ private:
+  struct Frame {
+    In in = In::kNowhere;
+    std::size_t key = 0;     // the last one
+    std::uint32_t seen = 0;  // a bit a key
+  };
+
+  bool begin(char bracket);
+  bool end();
+  bool scalar(const Scalar& value);
+  template <class Code_, class Messages>
+  bool keyOfOne(const std::string& name, Messages* messages);
+
+  bool scalarOfFile(const Scalar& value);
+  bool scalarOfGroup(const Scalar& value);
+  bool scalarOfCounter(const Scalar& value);
+  bool scalarOfPolicer(const Scalar& value);
+  bool scalarOfForm(const Scalar& value, int field);
+  bool endLimid();
+  bool endPolicer();
+
+  Frame& top() { return frames_[depth_]; }
+  Frame& outer() { return frames_[depth_ - 1]; }
+
+  bool fail(Code code, std::string message) {
+    groups_.fail(code, place_, std::move(message));
+    return false;
+  }
+  bool wanted(const std::string& what) { return fail(Code::kTextSyntax, what + " is wanted"); }
+
+  // Sets a number of so many bits, or one that has a name.
+  template <class Set>
+  bool number(const Scalar& value, unsigned bits, Set set) {
+    if (value.type != Scalar::kNumber) return wanted("a whole number");
+    if (value.number < 0 || value.number >> bits != 0) {
+      return fail(Code::kTextValue,
+                  "a number of up to " + std::to_string(bits) + " bits is wanted");
+    }
+    set(static_cast<std::uint32_t>(value.number));
+    return true;
+  }
+  template <class Set>
+  bool named(const Enumeration& names, const Scalar& value, Set set) {
+    if (value.type != Scalar::kText) return number(value, 32, set);
+    const auto code = names.fromName(value.text);
+    if (!code) return fail(Code::kTextValue, "no such name is known here");
+    set(*code);
+    return true;
+  }
+
+  std::string_view text_;
+  TokenPlaces places_;
+  TextPlace place_;  // of the token at hand
+  GroupsReader groups_;
+  std::array<Frame, 10> frames_;
+  std::size_t depth_ = 0;
+
+  // The match or action at hand, and what is read of it or of a policer until it ends.
+  AnyMessage* message_ = nullptr;
+  const FormRow* row_ = nullptr;
+  std::uint32_t limid_ = 0;
+  std::optional<std::string> name_;
+  TextPlace namePlace_;
+  std::string bytes_;
+  struct Fact {
+    bool given = false;
+    bool isText = false;
+    std::int64_t number = 0;
+    std::string text;
+    TextPlace place;
+  };
+  std::array<Fact, std::tuple_size_v<PolicerFacts>> facts_;
+};
+
+bool JsonReader::begin(char bracket) {
+  place_ = places_.next();
+  const Nesting nesting = nestingOf(top().in, top().key, row_);
+  if (nesting.bracket != bracket) {
+    return fail(Code::kTextSyntax,
+                bracket == '{' ? "no object may stand here" : "no list may stand here");
+  }
+  frames_[++depth_] = {nesting.inner, 0, 0};
+  switch (nesting.inner) {
+    case In::kGroup:
+      groups_.beginGroup(place_);
+      break;
+    case In::kEntry:
+      groups_.beginEntry(place_);
+      break;
+    case In::kCounter:
+      groups_.entry()->add_counters_();
+      break;
+    case In::kLimid:
+      name_.reset();
+      break;
+    case In::kPolicer:
+      facts_ = {};
+      break;
+    default:
+      break;
+  }
+  return true;
+}
+
+bool JsonReader::key(const std::string& name) {
+  place_ = places_.next();
+  if (top().in == In::kMatches) {
+    return keyOfOne<filtersMatch_t>(name, groups_.entry()->mutable_matches_());
+  }
+  if (top().in == In::kActions) {
+    return keyOfOne<filtersAction_t>(name, groups_.entry()->mutable_actions_());
+  }
+  const Keys keys = keysOf(top().in, row_);
+  const auto found = std::find(std::begin(keys.names), std::end(keys.names), name);
+  if (found == std::end(keys.names) || name.empty()) {
+    return fail(Code::kTextSyntax, "no such key is known here");
+  }
+  top().key = static_cast<std::size_t>(found - std::begin(keys.names));
+  const std::uint32_t bit = std::uint32_t{1} << top().key;
+  if ((top().seen & bit) != 0) return fail(Code::kTextRepeated, name + " stands here twice");
+  top().seen |= bit;
+  return true;
+}
+
+// Of a match or action, whose message is made here.
+template <class Code_, class Messages>
+bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
+  const auto code = fromName<Code_>(name);
+  if (!code) return fail(Code::kTextSyntax, "no such name is known here");
+  for (const auto& held : *messages) {
+    if (held.type_() == static_cast<std::uint32_t>(*code)) {
+      return fail(Code::kTextRepeated, name + " stands here twice");
+    }
+  }
+  auto* message = messages->Add();
+  message->set_type_(static_cast<std::uint32_t>(*code));
+  message_ = message;
+  row_ = formOf(*code);
+  return true;
+}
+
+bool JsonReader::end() {
+  place_ = places_.next();
+  const Keys keys = keysOf(top().in, row_);
+  for (std::size_t i = 0; i < keys.required; ++i) {
+    if ((top().seen >> i & 1) == 0) {
+      return fail(Code::kTextSyntax, "there is no " + std::string(keys.names[i]));
+    }
+  }
+  const In ended = top().in;
+  bool good = true;
+  if (ended == In::kGroup) groups_.endGroup();
+  if (ended == In::kEntry) groups_.endEntry();
+  if (ended == In::kLimid) good = endLimid();
+  if (ended == In::kPolicer) good = endPolicer();
+  --depth_;
+  return good;
+}
+
+bool JsonReader::endLimid() {
+  if (name_ && *name_ != interfaceName(limid_)) {
+    place_ = namePlace_;
+    return fail(Code::kTextContradiction, "the interface is called " + interfaceName(limid_));
+  }
+  const std::uint32_t value = limidToField(*row_, limid_);
+  if (outer().in == In::kPorts) {
+    addNumber(message_, row_->fields[0], value);
+  } else {
+    setNumber(message_, row_->fields[outer().in == In::kMplsPorts ? outer().key : 0], value);
+  }
+  return true;
+}
+
+bool JsonReader::endPolicer() {
+  if ((top().seen & 2) != 0) {
+    const PolicerFacts said = factsOf(policer::Policer(bytes_));
+    for (std::size_t i = 0; i < said.size(); ++i) {
+      const Fact& fact = facts_[i];
+      const bool same = fact.isText ? fact.text == said[i].name : fact.number == said[i].number;
+      if (!fact.given || same) continue;
+      place_ = fact.place;
+      return fail(Code::kTextContradiction, "the policer's bytes say something else");
+    }
+  }
+  constexpr std::size_t kParent = 6;
+  if (outer().key == kParent) {
+    groups_.entry()->set_policer_parent_(bytes_);
+  } else {
+    groups_.entry()->set_policer_(bytes_);
+  }
+  return true;
+}
+
+bool JsonReader::scalar(const Scalar& value) {
+  place_ = places_.next();
+  const std::size_t key = top().key;
+  switch (top().in) {
+    case In::kFile:
+      return scalarOfFile(value);
+    case In::kGroup:
+      return scalarOfGroup(value);
+    case In::kEntry: {
+      FiltersEntryPB* entry = groups_.entry();
+      if (key == 0) return number(value, 32, [&](std::uint32_t id) { entry->set_id_(id); });
+      if (key == 1) return number(value, 32, [&](std::uint32_t n) { entry->set_priority_(n); });
+      return wanted(key == 4 ? "a list" : "an object");
+    }
+    case In::kCounter:
+      return scalarOfCounter(value);
+    case In::kPolicer:
+    case In::kAbout:
+      return scalarOfPolicer(value);
+    case In::kMatches:
+    case In::kActions:
+      if (nestingOf(top().in, key, row_).bracket != '\0') return wanted("an object or a list");
+      return scalarOfForm(value, row_->fields[0]);
+    case In::kPair:
+      return scalarOfForm(value, row_->fields[key]);
+    case In::kNumbers:
+      return number(value, row_->bits,
+                    [&](std::uint32_t n) { addNumber(message_, row_->fields[0], n); });
+    case In::kTypes:
+      return named(row_->names, value,
+                   [&](std::uint32_t n) { addNumber(message_, row_->fields[1], n); });
+    case In::kLimid:
+      if (key == 0) return number(value, 32, [&](std::uint32_t limid) { limid_ = limid; });
+      if (value.type != Scalar::kText) return wanted("a text");
+      name_ = value.text;
+      namePlace_ = place_;
+      return true;
+    case In::kNowhere:
+    case In::kGroups:
+    case In::kEntries:
+    case In::kCounters:
+    case In::kLimids:
+    case In::kPorts:
+    case In::kMplsPorts:
+      break;
+  }
+  return wanted("an object or a list");
+}
+
+bool JsonReader::scalarOfFile(const Scalar& value) {
+  if (top().key == 0) {
+    if (value.type == Scalar::kText && value.text == kFormat) return true;
+    return wanted('"' + std::string(kFormat) + '"');
+  }
+  if (top().key == 2) return wanted("a list");
+  if (value.type == Scalar::kNumber && value.number == kJsonVersion) return true;
+  return fail(Code::kTextVersion, "only version 1 is read here");
+}
+
+bool JsonReader::scalarOfGroup(const Scalar& value) {
+  FiltersGroupPB* head = groups_.head();
+  switch (top().key) {
+    case 0:
+      return number(value, 16, [&](std::uint32_t id) { head->set_id_(id); });
+    case 1:
+      return number(value, 16, [&](std::uint32_t priority) { head->set_priority_(priority); });
+    case 2:
+      return named(kNamesOf<filtersGroupStage_t>, value,
+                   [&](std::uint32_t stage) { head->set_stage_(stage); });
+    case 3:
+      return number(value, 32, [&](std::uint32_t type) { head->set_type_(type); });
+    default:
+      return wanted("a list");
+  }
+}
+
+bool JsonReader::scalarOfCounter(const Scalar& value) {
+  auto* counters = groups_.entry()->mutable_counters_();
+  CounterPB* counter = counters->Mutable(counters->size() - 1);
+  if (top().key == 0) {
+    return number(value, 16,
+                  [&](std::uint32_t id) { counter->set_id(static_cast<std::int32_t>(id)); });
+  }
+  if (value.type == Scalar::kText) {
+    return named(kNamesOf<counter_type_t>, value,
+                 [&](std::uint32_t type) { counter->set_type(static_cast<std::int32_t>(type)); });
+  }
+  if (value.type != Scalar::kNumber) return wanted("a whole number");
+  if (value.number != static_cast<std::int32_t>(value.number)) {
+    return fail(Code::kTextValue, "a signed number of up to 32 bits is wanted");
+  }
+  counter->set_type(static_cast<std::int32_t>(value.number));
+  return true;
+}
+
+bool JsonReader::scalarOfPolicer(const Scalar& value) {
+  if (top().in == In::kAbout) {
+    if (value.type != Scalar::kNumber && value.type != Scalar::kText) return wanted("a fact");
+    facts_[top().key] = {true, value.type == Scalar::kText, value.number, std::string(value.text),
+                         place_};
+    return true;
+  }
+  if (top().key != 0) return wanted("an object");
+  if (value.type != Scalar::kText) return wanted("a text");
+  auto bytes = parseHex(value.text);
+  if (!bytes) return fail(Code::kTextValue, "bytes in pairs of hexadecimal digits are wanted");
+  bytes_ = std::move(*bytes);
+  return true;
+}
+
+// Of a value without brackets, or of one part of a pair.
+bool JsonReader::scalarOfForm(const Scalar& value, int field) {
+  const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
+  switch (row_->form) {
+    case Form::kFlag:
+      return (value.type == Scalar::kBoolean && value.number == 1) || wanted("true");
+    case Form::kBoolean:
+      if (value.type != Scalar::kBoolean) return wanted("true or false");
+      setNumber(message_, field, value.number != 0 ? 1 : 0);
+      return true;
+    case Form::kName:
+      return named(row_->names, value, set);
+    case Form::kMac:
+    case Form::kIPv4:
+    case Form::kIPv6: {
+      if (value.type != Scalar::kText) return wanted("a text");
+      const auto bytes = parseAddress(row_->form, value.text);
+      if (!bytes) return fail(Code::kTextValue, "this is no address of the kind wanted");
+      setAddress(message_, field, row_->form, *bytes);
+      return true;
+    }
+    default:
+      return number(value, row_->bits, set);
+  }
+}
+
+}  // namespace
+
+ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings) {
+  return JsonReader(json, max_findings).read();
+}
+
+ParsedGroups groupsFromJson(std::string_view json) {
+  return groupsFromJson(json, GroupsReader::kMaxFindings);
+}
+
+}  // namespace FiltersInspect
