@@ -1,7 +1,7 @@
 // Tiny groups, beside every packet of theirs, and any group that bytes make: what is said of it can
 // be replayed, and beside itself nothing differs.
 
-#include "../tests/inspect/tiny_checks.h"
+#include "../tests/inspect/analysis/tiny_checks.h"
 #include "fuzz.h"
 
 using namespace tiny;

@@ -1,6 +1,6 @@
 // Any JSON: reading it gives groups or findings, and what is read is written and read alike.
 
-#include "../tests/inspect/form_samples.h"
+#include "../tests/inspect/forms/form_samples.h"
 #include "fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

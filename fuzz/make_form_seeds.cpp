@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "../tests/inspect/form_samples.h"
+#include "../tests/inspect/forms/form_samples.h"
 
 int main(int, char** argv) {
   using namespace catalogue;

@@ -1,6 +1,6 @@
 // Strict decoding keeps its promises for any bytes, as an entry and as a group.
 
-#include "../tests/inspect/decoding.h"
+#include "../tests/inspect/decode/decoding.h"
 #include "fuzz.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

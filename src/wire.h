@@ -1,33 +1,17 @@
 #ifndef FILTER_COMMON_SRC_WIRE_H_
 #define FILTER_COMMON_SRC_WIRE_H_
 
-// How opaque ids and addresses stand in messages, and the one place that looks at their bytes.
-
-#include <limid/limid.h>
+// How opaque ids and addresses stand in messages.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <type_traits>
+
+#include "shared/limid_number.h"
 
 namespace FiltersCommon {
-
-static_assert(sizeof(limid_t) == sizeof(std::uint32_t), "a limid travels as 32 bits");
-static_assert(std::is_trivially_copyable_v<limid_t>, "a limid is copied as bytes");
-
-inline std::uint32_t limidToWire(limid_t limid) {
-  std::uint32_t value;
-  std::memcpy(&value, &limid, sizeof value);
-  return value;
-}
-
-inline limid_t limidFromWire(std::uint32_t value) {
-  limid_t limid;
-  std::memcpy(&limid, &value, sizeof limid);
-  return limid;
-}
 
 inline bool sameBytes(const limid_t& a, const limid_t& b) {
   return limidToWire(a) == limidToWire(b);

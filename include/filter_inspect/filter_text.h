@@ -37,19 +37,19 @@ FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& g
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 
 // Where something begins in text or JSON: both count from 1.
-struct TextPlace {
+struct TextPosition {
   std::size_t line = 1;
   std::size_t column = 1;
 };
-FILTERS_API std::string toText(TextPlace place);  // "12:7"
+FILTERS_API std::string toText(TextPosition position);  // "12:7"
 
 // Where a group and each of its entries begin.
-struct GroupPlaces {
-  TextPlace group;
-  std::vector<std::pair<FiltersCommon::filtersEntryId_t, TextPlace>> entries;  // by ascending id
+struct GroupPositions {
+  TextPosition group;
+  std::vector<std::pair<FiltersCommon::filtersEntryId_t, TextPosition>> entries;  // by ascending id
 
-  // The place of the entry, or of the group if it has no such entry.
-  FILTERS_API TextPlace of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
+  // The position of the entry, or of the group if it has no such entry.
+  FILTERS_API TextPosition of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
 };
 
 // All or nothing: `report` is empty, or `groups` is. Findings name line and column in `path`
@@ -62,7 +62,7 @@ struct GroupPlaces {
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
-  std::vector<GroupPlaces> places;  // of each of the groups
+  std::vector<GroupPositions> positions;  // of each of the groups
 };
 FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);

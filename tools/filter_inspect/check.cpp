@@ -124,7 +124,8 @@ class Checker {
     const DecodeLimits limits = {options_.maxFindings, SIZE_MAX};  // the file was not too large
     if (against_.isGiven()) return checkAgainst(against_, input.bytesOf(group), limits, entries);
     *entries += group.group->getEntriesRef().size();
-    return input.form == Form::kBytes ? Report() : decodeGroup(input.bytesOf(group), limits).report;
+    return input.form == FileForm::kBytes ? Report()
+                                          : decodeGroup(input.bytesOf(group), limits).report;
   }
 
   // What is said of groups as they are; but of those that could not be made nothing else is known.

@@ -8,7 +8,7 @@ namespace {
 
 // With --framing as told; else as the input has it; else lengths where there are several groups.
 std::string framingOf(const Options& options, const Input& input) {
-  if (input.form == Form::kBytes) return input.framing;
+  if (input.form == FileForm::kBytes) return input.framing;
   if (options.framing != "auto") return options.framing;
   return input.groups.size() == 1 ? "none" : "be32";
 }

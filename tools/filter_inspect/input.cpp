@@ -62,14 +62,14 @@ bool looksLikeJson(std::string_view content) {
   return next != content.npos && content[next] == '"';
 }
 
-Form formOf(std::string_view content, const std::string& forced) {
-  if (forced == "text") return Form::kText;
-  if (forced == "json") return Form::kJson;
-  if (forced == "bytes") return Form::kBytes;
+FileForm formOf(std::string_view content, const std::string& forced) {
+  if (forced == "text") return FileForm::kText;
+  if (forced == "json") return FileForm::kJson;
+  if (forced == "bytes") return FileForm::kBytes;
   constexpr std::string_view kMark = "\xef\xbb\xbf", kText = "filter-groups";  // of UTF-8
   if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
-  if (content.substr(0, kText.size()) == kText) return Form::kText;
-  return looksLikeJson(content) ? Form::kJson : Form::kBytes;
+  if (content.substr(0, kText.size()) == kText) return FileForm::kText;
+  return looksLikeJson(content) ? FileForm::kJson : FileForm::kBytes;
 }
 
 // --- Frames --------------------------------------------------------------------------------------
@@ -158,7 +158,7 @@ class Reader {
 
   // False when there is something that cannot be read.
   bool readForm() {
-    const bool isText = input_.form == Form::kText;
+    const bool isText = input_.form == FileForm::kText;
     // What cannot be read is told of, however few findings are wanted.
     const std::size_t most = std::max(options_.maxFindings, std::size_t{1});
     FiltersInspect::ParsedGroups parsed =
@@ -167,15 +167,15 @@ class Reader {
     const bool wasRead = parsed.report.empty();
     tell(parsed.report);
     for (std::size_t i = 0; i < parsed.groups.size() && hasRoom(); ++i) {
-      add(std::move(parsed.places[i])).group = std::move(parsed.groups[i]);
+      add(std::move(parsed.positions[i])).group = std::move(parsed.groups[i]);
     }
     return wasRead;
   }
  private:
-  InputGroup& add(FiltersInspect::GroupPlaces places) {
+  InputGroup& add(FiltersInspect::GroupPositions positions) {
     InputGroup& group = input_.groups.emplace_back();
     group.number = input_.groups.size();
-    group.places = std::move(places);
+    group.positions = std::move(positions);
     Finding its = {};
     input_.locate(group, &its);
     group.place = placeOf(input_.file, its);
@@ -249,7 +249,7 @@ std::optional<Input> readInput(const std::string& file, const Options& options, 
   }
   input.form = formOf(input.content, options.from);
   Reader reader(options, least, console, &input);
-  if (input.form == Form::kBytes) {
+  if (input.form == FileForm::kBytes) {
     reader.readBytes();
   } else if (!reader.readForm()) {
     return std::nullopt;
@@ -267,7 +267,7 @@ bool Input::isBroken() const {
 }
 
 std::string Input::bytesOf(const InputGroup& group) const {
-  if (form == Form::kBytes) return content.substr(group.range.offset, group.range.length);
+  if (form == FileForm::kBytes) return content.substr(group.range.offset, group.range.length);
   std::string bytes;
   group.group->serialize(&bytes);
   return bytes;
@@ -276,8 +276,8 @@ std::string Input::bytesOf(const InputGroup& group) const {
 void Input::locate(const InputGroup& group, Finding* finding) const {
   finding->group_number = group.number;
   if (!finding->group && group.group) finding->group = group.group->getId();
-  if (form == Form::kBytes) return;
-  finding->path = FiltersInspect::toText(group.places.of(finding->entry));
+  if (form == FileForm::kBytes) return;
+  finding->path = FiltersInspect::toText(group.positions.of(finding->entry));
   finding->bytes.reset();
 }
 

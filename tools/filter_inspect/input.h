@@ -23,7 +23,7 @@ namespace FilterInspectTool {
 using FiltersCommon::FiltersEntry;
 using FiltersCommon::FiltersGroup;
 
-enum class Form { kBytes, kText, kJson };
+enum class FileForm { kBytes, kText, kJson };
 
 struct InputGroup {
   std::size_t number = 0;  // of the file's groups, counted from 1
@@ -31,15 +31,15 @@ struct InputGroup {
   // What a device would hold; nothing where it would refuse to build it, or where a frame is
   // broken.
   std::optional<FiltersGroup> group;
-  FiltersInspect::ByteRange range;     // of bytes: where they stand in the content
-  FiltersInspect::GroupPlaces places;  // of text and JSON
-  bool isBroken = false;               // whether some of the bytes could not be read
+  FiltersInspect::ByteRange range;           // of bytes: where they stand in the content
+  FiltersInspect::GroupPositions positions;  // of text and JSON
+  bool isBroken = false;                     // whether some of the bytes could not be read
 };
 
 struct Input {
   std::string file;
   std::string content;
-  Form form = Form::kBytes;
+  FileForm form = FileForm::kBytes;
   std::string framing;  // of bytes: "none", "be32" or "varint"
   std::vector<InputGroup> groups;
   Report report;  // of bytes: what strict decoding says of the groups

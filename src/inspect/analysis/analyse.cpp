@@ -4,8 +4,11 @@
 #include <iterator>
 #include <utility>
 
+#include "entry_findings.h"
+#include "limited_cuts.h"
 #include "packet_shapes.h"
 #include "rules.h"
+#include "treatment.h"
 #include "unusual.h"
 #include "witness.h"
 

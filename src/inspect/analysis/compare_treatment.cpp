@@ -5,7 +5,10 @@
 #include <unordered_map>
 #include <utility>
 
+#include "entry_findings.h"
+#include "limited_cuts.h"
 #include "rules.h"
+#include "treatment.h"
 #include "witness.h"
 
 namespace FiltersInspect {

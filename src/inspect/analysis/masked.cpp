@@ -1,5 +1,6 @@
 #include "masked.h"
 
+#include "report/hex.h"
 #include "shared/arena.h"
 
 namespace FiltersInspect {
@@ -23,10 +24,10 @@ bool isPrefix(const AddressBytes& mask, std::size_t size) {
   return leadingOnes(mask, size) == bitsToLastOne(mask, size);
 }
 
-std::string maskText(Form form, const AddressBytes& mask) {
+std::string maskText(ValueForm form, const AddressBytes& mask) {
   std::string text;
-  if (form == Form::kPortMask) {
-    appendHexadecimal(portIn(mask), 1, &text);
+  if (form == ValueForm::kPortMask) {
+    appendHexNumber(portIn(mask), 1, &text);
   } else {
     appendAddress(form, mask, &text);
   }
@@ -44,7 +45,7 @@ bool Masked::isOf(unsigned char first, unsigned length) const {
 
 bool Masked::hasHole() const {
   if (isPrefix(mask, size)) return false;
-  if (form == Form::kMac) {
+  if (form == ValueForm::kMac) {
     AddressBytes rest = mask;
     rest[0] = static_cast<unsigned char>(mask[0] & ~3u);
     if (rest == AddressBytes()) return false;
@@ -53,15 +54,15 @@ bool Masked::hasHole() const {
   }
   static constexpr AddressBytes kIdentifier = {0,   0,   0,   0,   0,   0,   0,   0,
                                                255, 255, 255, 255, 255, 255, 255, 255};
-  return form != Form::kIPv6 || mask != kIdentifier;
+  return form != ValueForm::kIPv6 || mask != kIdentifier;
 }
 
 unsigned Masked::lengthForAll() const {
-  if (form == Form::kMac) return bits();
+  if (form == ValueForm::kMac) return bits();
   const unsigned length = bitsToLastOne(value, size);
   unsigned unit = 1;
-  if (form == Form::kIPv4 && length <= 24) unit = 8;
-  if (form == Form::kIPv6 && length <= 64) unit = 16;
+  if (form == ValueForm::kIPv4 && length <= 24) unit = 8;
+  if (form == ValueForm::kIPv6 && length <= 64) unit = 16;
   return (length + unit - 1) / unit * unit;
 }
 
@@ -79,13 +80,13 @@ std::string Masked::meantMasks() const {
 }
 
 bool hasMask(const FormRow& row) {
-  return row.form == Form::kPortMask ||
-         (row.fields[1] != 0 &&
-          (row.form == Form::kMac || row.form == Form::kIPv4 || row.form == Form::kIPv6));
+  return row.form == ValueForm::kPortMask ||
+         (row.fields[1] != 0 && (row.form == ValueForm::kMac || row.form == ValueForm::kIPv4 ||
+                                 row.form == ValueForm::kIPv6));
 }
 
 Masked maskedIn(const MatchPB& match, const FormRow& row) {
-  if (row.form == Form::kPortMask) {
+  if (row.form == ValueForm::kPortMask) {
     return {row.form, 2, bytesOf(numberIn(match, row.fields[0])),
             bytesOf(numberIn(match, row.fields[1]))};
   }
@@ -96,7 +97,7 @@ Masked maskedIn(const MatchPB& match, const FormRow& row) {
 std::string maskedText(const FormRow& row, const AddressBytes& value, const AddressBytes& mask) {
   FiltersCommon::MessageArena arena;
   auto* match = arena.make<MatchPB>();
-  if (row.form == Form::kPortMask) {
+  if (row.form == ValueForm::kPortMask) {
     setNumber(match, row.fields[0], portIn(value));
     setNumber(match, row.fields[1], portIn(mask));
   } else {

@@ -6,12 +6,12 @@
 #include <cstddef>
 #include <string>
 
-#include "forms/form_rows.h"
+#include "forms/value_text.h"
 
 namespace FiltersInspect {
 
 struct Masked {
-  Form form;
+  ValueForm form;
   std::size_t size;  // in bytes
   AddressBytes value, mask;
 

@@ -1,8 +1,8 @@
 #include <filter_inspect/filter_analysis.h>
 
-#include "report/limited_report.h"
 #include "packet_fields.h"
 #include "readings.h"
+#include "report/limited_report.h"
 
 namespace FiltersInspect {
 namespace {

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "catalogue/class_rows.h"
+#include "report/hex.h"
 
 namespace FiltersInspect {
 namespace {
@@ -14,26 +15,26 @@ constexpr std::uint64_t kMost = ~std::uint64_t{0};
 constexpr std::uint64_t kDscpBits = 0xfc;
 
 // The form of one value of a field.
-Form formOfOne(const MatchForm& row, std::size_t which) {
+ValueForm formOfOne(const MatchForm& row, std::size_t which) {
   switch (row.form) {
-    case Form::kFlag:
-      return Form::kBoolean;
-    case Form::kLimids:
-      return which == 0 ? Form::kLimid : Form::kName;
-    case Form::kPortMask:
-    case Form::kPortRange:
-    case Form::kNumbers:
-    case Form::kVlanInfo:
-    case Form::kMplsPorts:
-      return Form::kNumber;
-    case Form::kNumber:
-    case Form::kHexadecimal:
-    case Form::kName:
-    case Form::kBoolean:
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6:
-    case Form::kLimid:
+    case ValueForm::kFlag:
+      return ValueForm::kBoolean;
+    case ValueForm::kLimids:
+      return which == 0 ? ValueForm::kLimid : ValueForm::kName;
+    case ValueForm::kPortMask:
+    case ValueForm::kPortRange:
+    case ValueForm::kNumbers:
+    case ValueForm::kVlanInfo:
+    case ValueForm::kMplsPorts:
+      return ValueForm::kNumber;
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
+    case ValueForm::kName:
+    case ValueForm::kBoolean:
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
+    case ValueForm::kLimid:
       break;
   }
   return row.form;
@@ -49,7 +50,7 @@ struct Fields {
         auto found = std::find_if(rows.begin(), rows.end(),
                                   [&](const FieldRow& field) { return field.name == name; });
         if (found == rows.end()) {
-          const auto bits = row.form == Form::kFlag ? std::uint8_t{1} : row.bits;
+          const auto bits = row.form == ValueForm::kFlag ? std::uint8_t{1} : row.bits;
           const PacketField& packet = row.packet[which];
           rows.push_back({name, formOfOne(row, which), bits, row.names, packet.layer, {}});
           found = rows.end() - 1;
@@ -71,17 +72,17 @@ const Fields& fields() {
   return fields;
 }
 
-bool isAddress(Form form) {
-  return form == Form::kMac || form == Form::kIPv4 || form == Form::kIPv6;
+bool isAddress(ValueForm form) {
+  return form == ValueForm::kMac || form == ValueForm::kIPv4 || form == ValueForm::kIPv6;
 }
 
-FieldValue valueOf(Form form, const AddressBytes& bytes) {
+FieldValue valueOf(ValueForm form, const AddressBytes& bytes) {
   FieldValue value = {};
   for (std::size_t i = 0; i < sizeOf(form); ++i) value[i / 8] = value[i / 8] << 8 | bytes[i];
   return value;
 }
 
-AddressBytes bytesOf(Form form, const FieldValue& value) {
+AddressBytes bytesOf(ValueForm form, const FieldValue& value) {
   AddressBytes bytes = {};
   const std::size_t size = sizeOf(form);
   for (std::size_t i = 0; i < size; ++i) {
@@ -104,24 +105,24 @@ class Reader {
   // Nothing when the match does not ask of the field after all.
   std::optional<Asked> read() {
     switch (packet_.kind) {
-      case Kind::kNone:
+      case FieldTest::kNone:
         return std::nullopt;
-      case Kind::kFlag:
+      case FieldTest::kFlag:
         range(1, 1, &asked_.may);
         break;
-      case Kind::kValue:
+      case FieldTest::kValue:
         readValue();
         break;
-      case Kind::kTernary:
+      case FieldTest::kTernary:
         readTernary();
         break;
-      case Kind::kRange:
+      case FieldTest::kRange:
         readRange();
         break;
-      case Kind::kSet:
+      case FieldTest::kSet:
         if (!readSet()) return std::nullopt;
         break;
-      case Kind::kNotIn:
+      case FieldTest::kNotIn:
         if (!readNotIn()) return std::nullopt;
         break;
     }
@@ -190,7 +191,7 @@ class Reader {
   bool readSet() {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
     // Who leaves out kinds of port names no ports.
-    const bool leavesOut = row_.packet[1].kind == Kind::kNotIn;
+    const bool leavesOut = row_.packet[1].kind == FieldTest::kNotIn;
     if (set.empty() && leavesOut && countIn(match_, row_.fields[1]) != 0) return false;
     if (set.empty()) openToAnything("its set is empty");
     for (std::uint64_t number : set) {
@@ -240,9 +241,9 @@ std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text)
     return bytes ? std::optional(valueOf(row.form, *bytes)) : std::nullopt;
   }
   std::optional<std::uint32_t> number;
-  if (row.form == Form::kName) {
+  if (row.form == ValueForm::kName) {
     number = parseName(row.names, text);
-  } else if (row.form == Form::kBoolean && (text == "true" || text == "false")) {
+  } else if (row.form == ValueForm::kBoolean && (text == "true" || text == "false")) {
     number = text == "true" ? 1 : 0;
   } else {
     number = parseNumber(text, row.bits);
@@ -254,17 +255,17 @@ void appendField(const FieldRow& row, const FieldValue& value, std::string* out)
   const auto number = static_cast<std::uint32_t>(value[0]);
   if (isAddress(row.form)) {
     appendAddress(row.form, bytesOf(row.form, value), out);
-  } else if (row.form == Form::kName) {
+  } else if (row.form == ValueForm::kName) {
     // "none" says that a packet lacks the field.
     std::string name;
     appendName(row.names, number, &name);
     *out += name == "none" ? std::to_string(number) : name;
-  } else if (row.form == Form::kBoolean) {
+  } else if (row.form == ValueForm::kBoolean) {
     *out += number != 0 ? "true" : "false";
-  } else if (row.form == Form::kLimid) {
+  } else if (row.form == ValueForm::kLimid) {
     appendLimid(number, out);
-  } else if (row.form == Form::kHexadecimal) {
-    appendHexadecimal(number, row.bits / 4, out);
+  } else if (row.form == ValueForm::kHexadecimal) {
+    appendHexNumber(number, row.bits / 4, out);
   } else {
     appendNumber(number, out);
   }

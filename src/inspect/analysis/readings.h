@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "forms/form_rows.h"
+#include "forms/value_text.h"
 #include "space.h"
 
 namespace FiltersInspect {
@@ -24,7 +24,7 @@ using FieldValue = std::array<std::uint64_t, 2>;
 
 struct FieldRow {
   std::string_view name;
-  Form form;  // of one value: a flag is a boolean
+  ValueForm form;  // of one value: a flag is a boolean
   std::uint8_t bits;
   Enumeration names;  // of kName
   Layer layer;

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <ostream>
 
-#include "shared/arena.h"
 #include "packet_fields.h"
 #include "rules.h"
+#include "shared/arena.h"
+#include "treatment.h"
 
 namespace FiltersInspect {
 

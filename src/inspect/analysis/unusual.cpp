@@ -1,13 +1,16 @@
 #include "unusual.h"
 
+#include <filter_common/filter_entries.pb.h>
+
 #include <algorithm>
 #include <initializer_list>
 #include <utility>
 
-#include "shared/arena.h"
-#include "forms/group_builder.h"
+#include "forms/policer_facts.h"
 #include "masked.h"
 #include "packet_shapes.h"
+#include "readings.h"
+#include "shared/arena.h"
 
 namespace FiltersInspect {
 namespace {
@@ -198,9 +201,9 @@ class Oddities {
   void addMatch(const MatchPB& match, const MatchForm& row) {
     const bool isOpen = addOpen(match, row);
     if (hasMask(row) && !isOpen) addMasked(match, row);
-    if (row.form == Form::kNumbers) addUncarried(match, row);
-    if (row.form == Form::kName) addUnnamed(match, row, numberIn(match, row.fields[0]));
-    if (row.form == Form::kLimids && row.fields[1] != 0) {
+    if (row.form == ValueForm::kNumbers) addUncarried(match, row);
+    if (row.form == ValueForm::kName) addUnnamed(match, row, numberIn(match, row.fields[0]));
+    if (row.form == ValueForm::kLimids && row.fields[1] != 0) {
       for (std::size_t i = 0; i < countIn(match, row.fields[1]); ++i) {
         addUnnamed(match, row, numberIn(match, row.fields[1], i));
       }
@@ -210,19 +213,20 @@ class Oddities {
 
   // What it takes is the device's choice.
   bool addOpen(const MatchPB& match, const MatchForm& row) {
-    const Kind kind = row.packet[0].kind;
-    if (kind != Kind::kTernary && kind != Kind::kSet && kind != Kind::kRange) return false;
+    const FieldTest kind = row.packet[0].kind;
+    if (kind != FieldTest::kTernary && kind != FieldTest::kSet && kind != FieldTest::kRange)
+      return false;
     std::vector<Asked> asked;
     MatchNumbers ignored;
     appendAsked(match, &asked, &ignored);
     if (asked.empty() || asked[0].open == nullptr) return false;
     std::string why = asked[0].open;
-    if (kind == Kind::kRange) {
+    if (kind == FieldTest::kRange) {
       const auto end = [&](int which) {
         return std::to_string(numberIn(match, row.fields[which]));
       };
       why += "; write " + end(1) + '-' + end(0);
-    } else if (kind == Kind::kTernary) {
+    } else if (kind == FieldTest::kTernary) {
       why += "; write " + maskedText(row, maskedIn(match, row).value, prefixMask(row.bits)) +
              " for that port, or leave the match out for every port";
     } else {
@@ -270,8 +274,8 @@ class Oddities {
 
   // One address that ends in zeros: its mask was left out. Multicast addresses end so.
   void addNetwork(const MatchPB& match, const FormRow& row, const Masked& masked) {
-    const bool is4 = row.form == Form::kIPv4;
-    if (!masked.isOne() || (!is4 && row.form != Form::kIPv6)) return;
+    const bool is4 = row.form == ValueForm::kIPv4;
+    if (!masked.isOne() || (!is4 && row.form != ValueForm::kIPv6)) return;
     const unsigned length = masked.lengthForAll();
     if (length == 0 || length > (is4 ? 16 : 48) || masked.value[0] >= (is4 ? 224 : 255)) return;
     add(match, "it is one address; write a mask, as in " +
@@ -303,7 +307,7 @@ class Oddities {
   }
 
   void addNumber(const MatchPB& match, const MatchForm& row) {
-    if (row.form != Form::kNumber && row.form != Form::kHexadecimal) return;
+    if (row.form != ValueForm::kNumber && row.form != ValueForm::kHexadecimal) return;
     const std::uint32_t number = numberIn(match, row.fields[0]);
     for (const OddNumber& odd : kOddNumbers) {
       if (match.type_() == static_cast<std::uint32_t>(odd.code) && odd.first <= number &&
@@ -401,11 +405,11 @@ class Oddities {
       }
       if (number > few.most) add(action, why);
     }
-    if (row.form == Form::kName) addUnnamed(action, row, numberIn(action, row.fields[0]));
-    if (row.form == Form::kLimids && countIn(action, row.fields[0]) == 0) {
+    if (row.form == ValueForm::kName) addUnnamed(action, row, numberIn(action, row.fields[0]));
+    if (row.form == ValueForm::kLimids && countIn(action, row.fields[0]) == 0) {
       add(action, "it names no port; write the ports, or leave the action out");
     }
-    if (row.form != Form::kMac) return;
+    if (row.form != ValueForm::kMac) return;
     const AddressBytes address = addressIn(action, row.fields[0], row.form);
     const bool isGroup = action.type_() == FILTERS_ACTION_REPLACE_SRC_MAC && (address[0] & 1) != 0;
     if (isGroup || address == AddressBytes()) {

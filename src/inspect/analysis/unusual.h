@@ -5,7 +5,7 @@
 
 #include <filter_common/filter_entries.h>
 
-#include "rules.h"
+#include "entry_findings.h"
 
 namespace FiltersInspect {
 

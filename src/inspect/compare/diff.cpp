@@ -7,11 +7,12 @@
 
 #include <filter_inspect/filter_text.h>
 
-#include "side_by_side.h"
-#include "forms/form_rows.h"
-#include "forms/group_builder.h"
-#include "catalogue/name_or_number.h"
 #include "catalogue/class_rows.h"
+#include "catalogue/name_or_number.h"
+#include "forms/policer_facts.h"
+#include "forms/value_text.h"
+#include "report/hex.h"
+#include "side_by_side.h"
 
 namespace FiltersInspect {
 

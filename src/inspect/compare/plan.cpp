@@ -11,9 +11,9 @@
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_text.h>
 
-#include "side_by_side.h"
 #include "catalogue/name_or_number.h"
 #include "route.h"
+#include "side_by_side.h"
 
 namespace FiltersInspect {
 
@@ -26,7 +26,7 @@ struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;
   bool same;
-  Places beforePlaces = 0, afterPlaces = 0;
+  StageTypeSet admits_before = 0, admits_after = 0;
 };
 
 // Those of which a plan has to think: the ones that differ, and when stage or type change, all.
@@ -39,9 +39,9 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
         const bool same = a != nullptr && b != nullptr && a->second == b->second;
         if (same && !moves) return;
         Pair pair{a ? &a->second : nullptr, b ? &b->second : nullptr, same};
-        if (b != nullptr) pair.afterPlaces = placesOf(*pair.after);
+        if (b != nullptr) pair.admits_after = stageTypeSetOf(*pair.after);
         if (moves && a != nullptr) {
-          pair.beforePlaces = same ? pair.afterPlaces : placesOf(*pair.before);
+          pair.admits_before = same ? pair.admits_after : stageTypeSetOf(*pair.before);
         }
         pairs.push_back(pair);
       });
@@ -49,13 +49,13 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
 }
 
 // What the route has to spare: entries that could stay, or be replaced in one step.
-std::vector<Kind> kindsOf(const std::vector<Pair>& pairs) {
-  std::map<std::tuple<Places, Places, bool>, std::uint64_t> losses;
+std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
+  std::map<std::tuple<StageTypeSet, StageTypeSet, bool>, std::uint64_t> losses;
   for (const Pair& pair : pairs) {
     if (pair.before == nullptr || pair.after == nullptr) continue;
-    losses[{pair.beforePlaces, pair.afterPlaces, pair.same}] += pair.same ? 2 : 1;
+    losses[{pair.admits_before, pair.admits_after, pair.same}] += pair.same ? 2 : 1;
   }
-  std::vector<Kind> kinds;
+  std::vector<EntryKind> kinds;
   for (const auto& [key, loss] : losses) {
     const auto& [before, after, same] = key;
     kinds.push_back({before, after, same, loss});
@@ -64,23 +64,24 @@ std::vector<Kind> kindsOf(const std::vector<Pair>& pairs) {
 }
 
 // The steps between two setters, which the order of the plan puts one way or the other.
-struct Stay {
+struct StepsAtWaypoint {
   std::vector<Step> removals, insertions;
 };
 
 // When each entry goes and comes.
-std::vector<Stay> scheduleOf(const std::vector<Pair>& pairs, const Route& route, PlanOrder order) {
-  std::vector<Stay> stays(route.size());
-  const auto remove = [&](std::size_t stop, const FiltersEntry& entry) {
-    stays[stop].removals.push_back({Step::Kind::kRemove, entry.getId()});
+std::vector<StepsAtWaypoint> scheduleOf(const std::vector<Pair>& pairs, const Route& route,
+                                        PlanOrder order) {
+  std::vector<StepsAtWaypoint> schedule(route.size());
+  const auto remove = [&](std::size_t waypoint, const FiltersEntry& entry) {
+    schedule[waypoint].removals.push_back({Step::Kind::kRemove, entry.getId()});
   };
-  const auto insert = [&](std::size_t stop, const FiltersEntry& entry) {
-    stays[stop].insertions.push_back({Step::Kind::kInsert, entry.getId()});
+  const auto insert = [&](std::size_t waypoint, const FiltersEntry& entry) {
+    schedule[waypoint].insertions.push_back({Step::Kind::kInsert, entry.getId()});
   };
   const bool early = order == PlanOrder::kAddFirst;
   for (const Pair& pair : pairs) {
-    const std::size_t last = lastStop(route, pair.beforePlaces);
-    const std::size_t first = firstStop(route, pair.afterPlaces);
+    const std::size_t last = lastWaypoint(route, pair.admits_before);
+    const std::size_t first = firstWaypoint(route, pair.admits_after);
     if (pair.after == nullptr) {
       remove(early ? last : 0, *pair.before);
     } else if (pair.before == nullptr) {
@@ -92,7 +93,7 @@ std::vector<Stay> scheduleOf(const std::vector<Pair>& pairs, const Route& route,
       insert(first, *pair.after);
     }
   }
-  return stays;
+  return schedule;
 }
 
 Step setterTo(const Head& head, const Head& next) {
@@ -100,11 +101,11 @@ Step setterTo(const Head& head, const Head& next) {
   return {Step::Kind::kSetType, 0, next.type};
 }
 
-void addSteps(const std::vector<Stay>& stays, const Route& route, PlanOrder order,
+void addSteps(const std::vector<StepsAtWaypoint>& schedule, const Route& route, PlanOrder order,
               std::vector<Step>* steps) {
   for (std::size_t i = 0; i < route.size(); ++i) {
     if (i > 0) steps->push_back(setterTo(route[i - 1].head, route[i].head));
-    const auto& [removals, insertions] = stays[i];
+    const auto& [removals, insertions] = schedule[i];
     const bool addFirst = order == PlanOrder::kAddFirst;
     const auto& first = addFirst ? insertions : removals;
     const auto& second = addFirst ? removals : insertions;
@@ -152,8 +153,8 @@ filtersErr_t take(const Step& step, const FiltersGroup& to, FiltersGroup* group)
 }
 
 // An entry that the target holds and would refuse. It can be left as it is, and not be inserted.
-bool isStray(const Pair& pair, Places goal) {
-  return pair.after != nullptr && !contains(pair.afterPlaces, goal);
+bool isStray(const Pair& pair, StageTypeSet goal) {
+  return pair.after != nullptr && !contains(pair.admits_after, goal);
 }
 
 // Why the target cannot be reached.
@@ -163,23 +164,24 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   if (!(headOf(from) == headOf(to))) {
     append(explainStage(bare(to), to.getStage()), &report);
     // Where the target's are well, no setter leads away from where the group is.
-    if (report.empty() && findRoute(headOf(from), headOf(to), ~Places{0}, {}).route.empty()) {
+    if (report.empty() && findRoute(headOf(from), headOf(to), ~StageTypeSet{0}, {}).route.empty()) {
       append(explainStage(bare(from), to.getStage()), &report);
     }
   }
   for (const Pair& pair : pairs) {
-    if (isStray(pair, placesOf(headOf(to)))) append(explainInsert(to, *pair.after), &report);
+    if (isStray(pair, stageTypeSetOf(headOf(to)))) append(explainInsert(to, *pair.after), &report);
   }
   return report;
 }
 
 // The route, which has to let stay what could not come back; none when it would have to.
-Found routeOf(const FiltersGroup& from, const FiltersGroup& to, const std::vector<Pair>& pairs) {
-  Places allowed = ~Places{0};
+FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
+                   const std::vector<Pair>& pairs) {
+  StageTypeSet allowed = ~StageTypeSet{0};
   for (const Pair& pair : pairs) {
-    if (!isStray(pair, placesOf(headOf(to)))) continue;
+    if (!isStray(pair, stageTypeSetOf(headOf(to)))) continue;
     if (!pair.same) return {};
-    allowed &= pair.afterPlaces;
+    allowed &= pair.admits_after;
   }
   return findRoute(headOf(from), headOf(to), allowed, kindsOf(pairs));
 }
@@ -187,7 +189,7 @@ Found routeOf(const FiltersGroup& from, const FiltersGroup& to, const std::vecto
 // Steps that have not been taken yet.
 Plan draft(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
   const std::vector<Pair> pairs = pairsOf(from, to);
-  const Found found = routeOf(from, to, pairs);
+  const FoundRoute found = routeOf(from, to, pairs);
   if (found.route.empty()) return {false, false, {}, refusalsOf(from, to, pairs)};
   Plan plan{true, found.best, {}, {}};
   if (from.getPriority() != to.getPriority()) {

@@ -13,59 +13,62 @@ namespace {
 constexpr unsigned kHalf = 32;
 
 template <class Code>
-Places bitOf(Code code, unsigned start) {
+StageTypeSet bitOf(Code code, unsigned start) {
   const auto value = static_cast<std::uint32_t>(code);
-  return Places{1} << (start + std::min(value, kHalf - 1));
+  return StageTypeSet{1} << (start + std::min(value, kHalf - 1));
 }
-Places bitOf(filtersGroupStage_t stage) { return bitOf(stage, 0); }
-Places bitOf(filtersGroupType_t type) { return bitOf(type, kHalf); }
+StageTypeSet bitOf(filtersGroupStage_t stage) { return bitOf(stage, 0); }
+StageTypeSet bitOf(filtersGroupType_t type) { return bitOf(type, kHalf); }
 
 // Every stage and type that a group may have together.
-std::vector<Stop> allStops() {
-  std::vector<Stop> stops;
+std::vector<Waypoint> allWaypoints() {
+  std::vector<Waypoint> waypoints;
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
     for (const filtersGroupType_t type : types) {
-      stops.push_back({{stage, type}, placesOf(Head{stage, type}), 0});
+      waypoints.push_back({{stage, type}, stageTypeSetOf(Head{stage, type}), 0});
     }
   }
-  return stops;
+  return waypoints;
 }
 
 // What can still be of the entries of a kind without loss: the old version is still held, or the
 // new one is, having replaced it.
-using Fate = std::uint8_t;
-constexpr Fate kOld = 1, kNew = 2;
+using HeldVersions = std::uint8_t;
+constexpr HeldVersions kOld = 1, kNew = 2;
 
-Fate fateAt(const Stop& stop, const Kind& kind, Fate fate) {
-  if (!contains(kind.before, stop.set)) fate &= static_cast<Fate>(~kOld);
-  if (!contains(kind.after, stop.set)) fate &= static_cast<Fate>(~kNew);
-  if (!kind.same && (fate & kOld) != 0 && contains(kind.after, stop.places)) fate |= kNew;
-  return fate;
+HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersions held) {
+  if (!contains(kind.before, waypoint.changed)) held &= static_cast<HeldVersions>(~kOld);
+  if (!contains(kind.after, waypoint.changed)) held &= static_cast<HeldVersions>(~kNew);
+  if (!kind.same && (held & kOld) != 0 && contains(kind.after, waypoint.bits)) held |= kNew;
+  return held;
 }
 
-// Walks through the stages and types, short routes first, never twice through one: who can take a
-// roundabout way can take it without the loop, an entry that comes in within it being admitted
-// where it closes. A walk ends where it has cost as much as the best that is known.
+// Walks through the stages and types, short routes first, never twice through one. Loops never
+// help: an entry insertable inside one is insertable where it closes. A walk ends where it has cost
+// as much as the best that is known.
 class Search {
  public:
-  Search(const Head& from, const Head& to, Places allowed)
-      : goal_(placesOf(to)), allowed_(allowed), stops_(allStops()), visited_(stops_.size()) {
-    route_.push_back({from, placesOf(from), 0});
-    for (std::size_t i = 0; i < stops_.size(); ++i) {
-      visited_[i] = stops_[i].places == route_[0].places;
+  Search(const Head& from, const Head& to, StageTypeSet allowed)
+      : goal_(stageTypeSetOf(to)),
+        allowed_(allowed),
+        waypoints_(allWaypoints()),
+        visited_(waypoints_.size()) {
+    route_.push_back({from, stageTypeSetOf(from), 0});
+    for (std::size_t i = 0; i < waypoints_.size(); ++i) {
+      visited_[i] = waypoints_[i].bits == route_[0].bits;
     }
   }
 
-  Found run(const std::vector<Kind>& kinds) {
+  FoundRoute run(const std::vector<EntryKind>& kinds) {
     if (!canKeep({allowed_, allowed_, true, 0})) return {};
-    std::vector<Fate> fates;
-    for (const Kind& kind : kinds) {
+    std::vector<HeldVersions> held;
+    for (const EntryKind& kind : kinds) {
       if (!canKeep(kind)) continue;
       kinds_.push_back(kind);
-      fates.push_back(fateAt(route_[0], kind, kOld));
+      held.push_back(heldAt(route_[0], kind, kOld));
     }
-    for (limit_ = 1; limit_ <= stops_.size() && limit_ < cost_ && !outOfWork(); ++limit_) {
-      extend(fates, 0);
+    for (limit_ = 1; limit_ <= waypoints_.size() && limit_ < cost_ && !outOfWork(); ++limit_) {
+      extend(held, 0);
     }
     return {best_, !outOfWork()};
   }
@@ -75,64 +78,64 @@ class Search {
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 
   // Whether any route at all spares the kind its loss: those that none spares decide nothing.
-  bool canKeep(const Kind& kind) const {
-    const Fate start = fateAt(route_[0], kind, kOld);
-    std::vector<Fate> reached(stops_.size());
+  bool canKeep(const EntryKind& kind) const {
+    const HeldVersions start = heldAt(route_[0], kind, kOld);
+    std::vector<HeldVersions> reached(waypoints_.size());
     for (bool more = true; more;) {
       more = false;
-      for (std::size_t i = 0; i < stops_.size(); ++i) {
-        Fate fate = reached[i];
-        const auto from = [&](const Stop& stop, Fate its) {
-          if ((stop.places & stops_[i].places) == 0) return;
-          fate |= fateAt(by(stop, stops_[i]), kind, its);
+      for (std::size_t i = 0; i < waypoints_.size(); ++i) {
+        HeldVersions held = reached[i];
+        const auto from = [&](const Waypoint& waypoint, HeldVersions its) {
+          if ((waypoint.bits & waypoints_[i].bits) == 0) return;
+          held |= heldAt(by(waypoint, waypoints_[i]), kind, its);
         };
         from(route_[0], start);
-        for (std::size_t j = 0; j < stops_.size(); ++j) from(stops_[j], reached[j]);
-        more = more || fate != reached[i];
-        reached[i] = fate;
-        if (fate != 0 && stops_[i].places == goal_) return true;
+        for (std::size_t j = 0; j < waypoints_.size(); ++j) from(waypoints_[j], reached[j]);
+        more = more || held != reached[i];
+        reached[i] = held;
+        if (held != 0 && waypoints_[i].bits == goal_) return true;
       }
     }
     return false;
   }
 
-  // The next stop, as it is when it is reached from this one.
-  static Stop by(const Stop& stop, const Stop& next) {
-    return {next.head, next.places, next.places & ~stop.places};
+  // The next waypoint, as it is when it is reached from this one.
+  static Waypoint by(const Waypoint& waypoint, const Waypoint& next) {
+    return {next.head, next.bits, next.bits & ~waypoint.bits};
   }
 
   // At least so many setters are still to come.
-  std::uint64_t distance(const Stop& stop) const {
-    const Places same = stop.places & goal_;
+  std::uint64_t distance(const Waypoint& waypoint) const {
+    const StageTypeSet same = waypoint.bits & goal_;
     return same == goal_ ? 0 : same == 0 ? 2 : 1;
   }
 
-  void extend(const std::vector<Fate>& fates, std::uint64_t lost) {
-    const Stop here = route_.back();
+  void extend(const std::vector<HeldVersions>& held, std::uint64_t lost) {
+    const Waypoint here = route_.back();
     const std::size_t setters = route_.size() - 1;
-    if (here.places == goal_) {
+    if (here.bits == goal_) {
       if (setters != limit_) return;  // found before
       best_ = route_;
       cost_ = setters + lost;
       return;
     }
-    for (std::size_t i = 0; i < stops_.size() && !outOfWork(); ++i) {
-      if (visited_[i] || (stops_[i].places & here.places) == 0) continue;
-      const Stop next = by(here, stops_[i]);
-      if (!contains(allowed_, next.set)) continue;
+    for (std::size_t i = 0; i < waypoints_.size() && !outOfWork(); ++i) {
+      if (visited_[i] || (waypoints_[i].bits & here.bits) == 0) continue;
+      const Waypoint next = by(here, waypoints_[i]);
+      if (!contains(allowed_, next.changed)) continue;
       const std::uint64_t least = setters + 1 + distance(next);
       if (least > limit_ || least + lost >= cost_) continue;
-      go(i, next, fates, lost, least);
+      go(i, next, held, lost, least);
     }
   }
 
-  void go(std::size_t i, const Stop& next, const std::vector<Fate>& fates, std::uint64_t lost,
-          std::uint64_t least) {
+  void go(std::size_t i, const Waypoint& next, const std::vector<HeldVersions>& held,
+          std::uint64_t lost, std::uint64_t least) {
     work_ += kinds_.size() + 1;
-    std::vector<Fate> then(fates);
+    std::vector<HeldVersions> then(held);
     for (std::size_t k = 0; k < kinds_.size(); ++k) {
-      if (fates[k] == 0) continue;
-      then[k] = fateAt(next, kinds_[k], fates[k]);
+      if (held[k] == 0) continue;
+      then[k] = heldAt(next, kinds_[k], held[k]);
       if (then[k] == 0) lost += kinds_[k].loss;
     }
     if (least + lost >= cost_) return;
@@ -143,10 +146,10 @@ class Search {
     visited_[i] = false;
   }
 
-  const Places goal_;
-  const Places allowed_;
-  std::vector<Kind> kinds_;
-  const std::vector<Stop> stops_;
+  const StageTypeSet goal_;
+  const StageTypeSet allowed_;
+  std::vector<EntryKind> kinds_;
+  const std::vector<Waypoint> waypoints_;
   std::vector<bool> visited_;
   Route route_;
   std::size_t limit_ = 0;
@@ -157,37 +160,39 @@ class Search {
 
 }  // namespace
 
-Places placesOf(const Head& head) { return bitOf(head.stage) | bitOf(head.type); }
+StageTypeSet stageTypeSetOf(const Head& head) { return bitOf(head.stage) | bitOf(head.type); }
 
-Places placesOf(const FiltersEntry& entry) {
+StageTypeSet stageTypeSetOf(const FiltersEntry& entry) {
   static const FiltersGroup checks(0);  // members of a group, which look at their arguments alone
-  Places places = 0;
+  StageTypeSet admitting = 0;
   for (const auto& row : FiltersGroup::StageActionsDescription_) {
     if (checks.groupActionValidation(entry, row.first) == FILTERS_OK &&
         checks.groupPolicerValidation(entry.getPolicer(), row.first) == FILTERS_OK) {
-      places |= bitOf(row.first);
+      admitting |= bitOf(row.first);
     }
   }
   for (const auto& row : FiltersGroup::TypeDescription_) {
-    if (checks.groupMatchValidation(entry, row.first) == FILTERS_OK) places |= bitOf(row.first);
+    if (checks.groupMatchValidation(entry, row.first) == FILTERS_OK) admitting |= bitOf(row.first);
   }
-  return places;
+  return admitting;
 }
 
-std::size_t lastStop(const Route& route, Places places) {
-  std::size_t stop = 0;
-  while (stop + 1 < route.size() && contains(places, route[stop + 1].set)) ++stop;
-  return stop;
+std::size_t lastWaypoint(const Route& route, StageTypeSet admitting) {
+  std::size_t waypoint = 0;
+  while (waypoint + 1 < route.size() && contains(admitting, route[waypoint + 1].changed))
+    ++waypoint;
+  return waypoint;
 }
 
-std::size_t firstStop(const Route& route, Places places) {
-  std::size_t stop = route.size() - 1;
-  while (stop > 0 && contains(places, route[stop - 1].places)) --stop;
-  return stop;
+std::size_t firstWaypoint(const Route& route, StageTypeSet admitting) {
+  std::size_t waypoint = route.size() - 1;
+  while (waypoint > 0 && contains(admitting, route[waypoint - 1].bits)) --waypoint;
+  return waypoint;
 }
 
-Found findRoute(const Head& from, const Head& to, Places allowed, const std::vector<Kind>& kinds) {
-  if (from == to) return {{{from, placesOf(from), 0}}};
+FoundRoute findRoute(const Head& from, const Head& to, StageTypeSet allowed,
+                     const std::vector<EntryKind>& kinds) {
+  if (from == to) return {{{from, stageTypeSetOf(from), 0}}};
   return Search(from, to, allowed).run(kinds);
 }
 

@@ -13,7 +13,7 @@ namespace FiltersInspect {
 
 // A set of stages and types. Those that the library does not know share a bit each, which admits
 // nothing.
-using Places = std::uint64_t;
+using StageTypeSet = std::uint64_t;
 
 struct Head {
   FiltersCommon::filtersGroupStage_t stage;
@@ -26,41 +26,41 @@ inline bool operator==(const Head& a, const Head& b) {
   return a.stage == b.stage && a.type == b.type;
 }
 
-Places placesOf(const Head& head);
+StageTypeSet stageTypeSetOf(const Head& head);
 // The stages that admit the entry's actions and policer, the types that admit its matches.
-Places placesOf(const FiltersCommon::FiltersEntry& entry);
-// Whether all of `these` are among `places`: insertEntry() admits an entry where its places contain
-// the head's, and a setter lets it stay where they contain the new stage or type.
-inline bool contains(Places places, Places these) { return (places & these) == these; }
+StageTypeSet stageTypeSetOf(const FiltersCommon::FiltersEntry& entry);
+// True if all of `these` are in `all`. insertEntry() admits an entry whose set contains the head's
+// stage and type; a setter lets it stay if the set contains the new stage or type.
+inline bool contains(StageTypeSet all, StageTypeSet these) { return (all & these) == these; }
 
 // A stage and type that a group has after a setter, and before the next.
-struct Stop {
+struct Waypoint {
   Head head;
-  Places places;  // of the head
-  Places set;     // the one that the setter before changed; none of the first stop
+  StageTypeSet bits;     // the stage and the type of the head
+  StageTypeSet changed;  // the one that the setter before changed; none of the first waypoint
 };
 // The first is where the group is, the last where it shall be.
-using Route = std::vector<Stop>;
+using Route = std::vector<Waypoint>;
 
-// The last stop up to which an entry that is held from the start on can stay; the first from which
-// on an entry can be held that the last stop admits.
-std::size_t lastStop(const Route& route, Places places);
-std::size_t firstStop(const Route& route, Places places);
+// For an entry that `admitting` admits: the last waypoint that it can reach if it is held from the
+// start, and the first from which it can stay held until the end.
+std::size_t lastWaypoint(const Route& route, StageTypeSet admitting);
+std::size_t firstWaypoint(const Route& route, StageTypeSet admitting);
 
-// Entries that fare alike: they are there at the start in a version that `before` admits, and at
-// the end in one that `after` admits.
-struct Kind {
-  Places before, after;
-  bool same;           // one version: it can stay, or be removed and inserted
-  std::uint64_t loss;  // how many steps more where they cannot stay until they are replaced
+// Entries that fare alike on every route. Each has a version at the start and one at the end.
+struct EntryKind {
+  StageTypeSet before, after;  // what admits the version at the start, and the one at the end
+  bool same;                   // both versions are equal: an entry that can stay needs no step
+  std::uint64_t loss;          // steps more if the entries must go before they can be replaced
 };
 
-struct Found {
+struct FoundRoute {
   Route route;       // empty when there is none
   bool best = true;  // whether every other has been shown to cost as much
 };
 // The route of the fewest steps. Every setter of it changes to one of `allowed`.
-Found findRoute(const Head& from, const Head& to, Places allowed, const std::vector<Kind>& kinds);
+FoundRoute findRoute(const Head& from, const Head& to, StageTypeSet allowed,
+                     const std::vector<EntryKind>& kinds);
 
 }  // namespace FiltersInspect
 

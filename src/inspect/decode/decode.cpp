@@ -7,9 +7,9 @@
 
 #include <filter_common/filter_groups.pb.h>
 
-#include "shared/arena.h"
 #include "entry_reader.h"
 #include "message_check.h"
+#include "shared/arena.h"
 
 namespace FiltersInspect {
 namespace {
@@ -34,9 +34,9 @@ bool writesAgain(const std::optional<T>& object, std::string_view bytes) {
   return again == bytes;
 }
 
-bool fits(std::string_view bytes, const DecodeLimits& limits, Findings* findings) {
+bool fits(std::string_view bytes, const DecodeLimits& limits, DecodeFindings* findings) {
   if (bytes.size() <= limits.max_bytes && bytes.size() <= INT_MAX) return true;
-  findings->add(Code::kBytesBroken, {nullptr, {}, Place::kAlone, {0, bytes.size()}},
+  findings->add(Code::kBytesBroken, {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}},
                 "there are more bytes than the limit, and none is read");
   return false;
 }
@@ -52,8 +52,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
 // What must be said of all bytes together, where nothing else has said it. `ended` says that a
 // finding tells where they end.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
-              Findings* findings) {
-  const Place all = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
+              DecodeFindings* findings) {
+  const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
   findings->entry.reset();
   findings->subject = Subject::kGroup;
   findings->offender = 0;
@@ -76,7 +76,7 @@ bool areUsual(const FiltersGroup& group) {
 }
 
 void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimits& limits,
-               Findings* findings) {
+               DecodeFindings* findings) {
   MessageArena arena;
   const auto [head, whole] = parse<FiltersGroupPB>(bytes, &arena);
   auto* const rest = arena.make<FiltersGroupPB>();
@@ -85,32 +85,32 @@ void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimit
   blank.convertFromFiltersGroupPB(head);
   findings->group = blank.getId();
   // What the head loses comes first, wherever in the bytes it stands.
-  Findings ofEntries(limits);
+  DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
-  Entries entries(bytes, whole, &arena, &ofEntries);
-  const auto visit = [&, parsed = rest](const MessageCheck::Field&, const Place& part) {
+  EntryReader entries(bytes, whole, &arena, &ofEntries);
+  const auto visit = [&, parsed = rest](const MessageCheck::Field&, const MessagePart& part) {
     const auto index = static_cast<int>(part.index);
     return index >= parsed->entries__size() ||
            entries.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
   };
   MessageCheck check(FiltersGroupPB::descriptor());
-  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
-  const bool walked = check.walk(bytes, place, WireReader::kDepth, whole, findings, visit);
-  check.compare(*head, blank.convertToFiltersGroupPB(), place, findings);
+  const MessagePart part = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
+  const bool walked = check.walk(bytes, part, WireReader::kDepth, whole, findings, visit);
+  check.compare(*head, blank.convertToFiltersGroupPB(), part, findings);
   if (blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
-    findings->add(Code::kStageTypePair, check.placeOf(FiltersGroupPB::kTypeFieldNumber, place),
+    findings->add(Code::kStageTypePair, check.partOf(FiltersGroupPB::kTypeFieldNumber, part),
                   "setters would not give a group this stage and type together");
   }
   findings->append(std::move(ofEntries));
   noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
 }
 
-void noteEntry(std::string_view bytes, bool isMade, bool same, Findings* findings) {
+void noteEntry(std::string_view bytes, bool isMade, bool same, DecodeFindings* findings) {
   MessageArena arena;
   const auto [message, whole] = parse<FiltersEntryPB>(bytes, &arena);
-  Entries entries(bytes, whole, &arena, findings);
-  const Place place = {nullptr, {}, Place::kAlone, {0, bytes.size()}};
-  const bool walked = entries.read(*message, place, WireReader::kDepth, nullptr);
+  EntryReader entries(bytes, whole, &arena, findings);
+  const MessagePart part = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
+  const bool walked = entries.read(*message, part, WireReader::kDepth, nullptr);
   noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
 }
 
@@ -118,7 +118,7 @@ void noteEntry(std::string_view bytes, bool isMade, bool same, Findings* finding
 
 DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
   DecodedGroup decoded;
-  Findings findings(limits);
+  DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     make(bytes, &decoded.group);
     const bool same = writesAgain(decoded.group, bytes);
@@ -132,7 +132,7 @@ DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
 
 DecodedEntry decodeEntry(std::string_view bytes, const DecodeLimits& limits) {
   DecodedEntry decoded;
-  Findings findings(limits);
+  DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     make(bytes, &decoded.entry);
     const bool same = writesAgain(decoded.entry, bytes);

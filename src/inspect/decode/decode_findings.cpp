@@ -1,17 +1,17 @@
 #include "decode_findings.h"
 
+#include "report/hex.h"
+
 namespace FiltersInspect {
 
-std::string hexOf(std::string_view bytes) {
+std::string shownBytes(std::string_view bytes) {
   constexpr std::size_t kShownBytes = 256;
   std::string hex;
-  for (const char c : bytes.substr(0, kShownBytes)) {
-    for (const int digit : {c >> 4 & 15, c & 15}) hex += "0123456789abcdef"[digit];
-  }
+  appendHex(bytes.substr(0, kShownBytes), &hex);
   return bytes.size() > kShownBytes ? hex + "..." : hex;
 }
 
-std::string Place::path() const {
+std::string MessagePart::path() const {
   std::string path = outer == nullptr ? "" : outer->path();
   if (field.empty()) return path;
   if (!path.empty()) path += '.';
@@ -19,7 +19,7 @@ std::string Place::path() const {
   return index == kAlone ? path : path + '[' + std::to_string(index) + ']';
 }
 
-Finding* Findings::add(Code code, const Place& place, const char* message) {
+Finding* DecodeFindings::add(Code code, const MessagePart& part, const char* message) {
   if (severityOf(code) < least_) return nullptr;
   if (!report_.takes(severityOf(code))) return nullptr;
   Finding& finding = report_.add(code);
@@ -27,8 +27,8 @@ Finding* Findings::add(Code code, const Place& place, const char* message) {
   finding.group = group;
   finding.entry = entry;
   finding.offender = offender;
-  finding.path = place.path();
-  finding.bytes = place.bytes;
+  finding.path = part.path();
+  finding.bytes = part.bytes;
   finding.message = message;
   return &finding;
 }

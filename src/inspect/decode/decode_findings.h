@@ -15,14 +15,14 @@
 
 namespace FiltersInspect {
 
-// The bytes in hexadecimal, of many the first.
-std::string hexOf(std::string_view bytes);
+// The bytes in hexadecimal digits for a finding: the first ones and "..." if there are many.
+std::string shownBytes(std::string_view bytes);
 
 // A part of the message that is read, which stands in another one unless it is all of it.
-struct Place {
+struct MessagePart {
   static constexpr std::size_t kAlone = static_cast<std::size_t>(-1);
 
-  const Place* outer = nullptr;
+  const MessagePart* outer = nullptr;
   std::string_view field = {};
   std::size_t index = kAlone;  // among the field's elements
   ByteRange bytes = {};
@@ -37,15 +37,15 @@ struct Place {
 
 // Takes findings, up to a limit. What a finding says beside its code is told by the caller, when
 // there is a place for it.
-class Findings {
+class DecodeFindings {
  public:
-  explicit Findings(const DecodeLimits& limits)
+  explicit DecodeFindings(const DecodeLimits& limits)
       : report_(limits.max_findings), least_(limits.least) {}
 
   // Null for what nobody asks for, and beyond the limit, where the finding is counted alone.
-  Finding* add(Code code, const Place& place, const char* message = "");
+  Finding* add(Code code, const MessagePart& part, const char* message = "");
   // Puts others behind those added.
-  void append(Findings&& others) { report_.append(others.take()); }
+  void append(DecodeFindings&& others) { report_.append(others.take()); }
   bool empty() const { return report_.empty(); }
   Report take() { return report_.take(); }
 

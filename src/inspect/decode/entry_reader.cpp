@@ -35,8 +35,8 @@ bool isUsual(const std::map<unsigned short, Counter>& counters) {
   return true;
 }
 
-bool Entries::read(const FiltersEntryPB& in, const Place& place, int depth,
-                   const FiltersGroup* group) {
+bool EntryReader::read(const FiltersEntryPB& in, const MessagePart& part, int depth,
+                       const FiltersGroup* group) {
   findings_->entry = in.id_();
   FiltersEntry entry;
   bool thrown = false;
@@ -51,65 +51,65 @@ bool Entries::read(const FiltersEntryPB& in, const Place& place, int depth,
   if (group != nullptr && !thrown) {
     refusal = explainInsert(group->getStage(), group->getType(), entry);
   }
-  const std::string_view body = place.content(bytes_);
+  const std::string_view body = part.content(bytes_);
   bool whole = true;
   if (thrown || !refusal.empty() || !isUsual(entry.getCounters()) ||
       out_->ByteSizeLong() != body.size() || writtenBy(*out_, &scratch_) != body) {
-    whole = readParts(in, place, depth);
+    whole = readParts(in, part, depth);
     about(Subject::kEntry);
     if (entryCheck_.hasCome(FiltersEntryPB::kPolicerFieldNumber)) {
-      notePolicer(in.policer_(), Subject::kPolicer, FiltersEntryPB::kPolicerFieldNumber, place);
+      notePolicer(in.policer_(), Subject::kPolicer, FiltersEntryPB::kPolicerFieldNumber, part);
     }
     if (entryCheck_.hasCome(FiltersEntryPB::kPolicerParentFieldNumber)) {
       notePolicer(in.policer_parent_(), Subject::kParent, FiltersEntryPB::kPolicerParentFieldNumber,
-                  place);
+                  part);
     }
-    if (!entryCheck_.isBroken()) noteCounters(entry, place);
+    if (!entryCheck_.isBroken()) noteCounters(entry, part);
   }
   about(Subject::kEntry);
   if (!refusal.empty()) {
-    noteRefusal(refusal, place);
+    noteRefusal(refusal, part);
   } else if (group != nullptr && !thrown) {
-    noteHeld(in.id_(), place);
+    noteHeld(in.id_(), part);
   }
   return whole;
 }
 
-bool Entries::readParts(const FiltersEntryPB& in, const Place& place, int depth) {
+bool EntryReader::readParts(const FiltersEntryPB& in, const MessagePart& part, int depth) {
   if (!matches_.empty()) blanks_ = FiltersEntry();
   for (KeptByCode* kept : {&matches_, &actions_, &counters_}) kept->clear();
   partsAscend_ = true;
-  const auto visit = [&](const MessageCheck::Field& field, const Place& part) {
-    const auto index = static_cast<int>(part.index);
+  const auto visit = [&](const MessageCheck::Field& field, const MessagePart& inner) {
+    const auto index = static_cast<int>(inner.index);
     bool whole = true;
     // Of bytes that end midway, the runtime may have kept less.
     if (field.number() == FiltersEntryPB::kMatchesFieldNumber && index < in.matches__size()) {
-      whole = readMatch(in.matches_(index), part, depth - 1);
+      whole = readMatch(in.matches_(index), inner, depth - 1);
     }
     if (field.number() == FiltersEntryPB::kActionsFieldNumber && index < in.actions__size()) {
-      whole = readAction(in.actions_(index), part, depth - 1);
+      whole = readAction(in.actions_(index), inner, depth - 1);
     }
     if (field.number() == FiltersEntryPB::kCountersFieldNumber && index < in.counters__size()) {
-      whole = readCounter(in.counters_(index), part, depth - 1);
+      whole = readCounter(in.counters_(index), inner, depth - 1);
     }
     about(Subject::kEntry);
     return whole;
   };
   about(Subject::kEntry);
-  return entryCheck_.walk(bytes_, place, depth, lenient_, findings_, visit);
+  return entryCheck_.walk(bytes_, part, depth, lenient_, findings_, visit);
 }
 
-bool Entries::readMatch(const MatchPB& in, const Place& place, int depth) {
+bool EntryReader::readMatch(const MatchPB& in, const MessagePart& part, int depth) {
   const auto code = static_cast<filtersMatch_t>(in.type_());
   const MatchRow* row = rowOf(code);
   about(Subject::kMatch, in.type_());
   const bool refused =
       row != nullptr && matches_.count(in.type_()) == 0 && !row->putBlank(&blanks_);
   if (row == nullptr || refused) {
-    if (!matchCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
+    if (!matchCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
     if (row == nullptr) {
-      findings_->add(Code::kMatchUnknown, place, "no class has this code; the match is dropped");
-    } else if (Finding* finding = findings_->add(Code::kMatchRefused, place)) {
+      findings_->add(Code::kMatchUnknown, part, "no class has this code; the match is dropped");
+    } else if (Finding* finding = findings_->add(Code::kMatchRefused, part)) {
       finding->message = "it cannot stand beside an earlier match, and is dropped";
       for (const Finding& conflict : explainMatch(blanks_, code).findings) {
         finding->others.insert(finding->others.end(), conflict.others.begin(),
@@ -120,23 +120,23 @@ bool Entries::readMatch(const MatchPB& in, const Place& place, int depth) {
   }
   matchOut_->Clear();
   row->echo(in, matchOut_);
-  const std::string_view body = place.content(bytes_);
+  const std::string_view body = part.content(bytes_);
   if (writtenBy(*matchOut_, &scratch_) != body) {
-    if (!matchCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
-    matchCheck_.compare(in, *matchOut_, place, findings_, [row](const auto& one, auto* kept) {
+    if (!matchCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    matchCheck_.compare(in, *matchOut_, part, findings_, [row](const auto& one, auto* kept) {
       row->echo(static_cast<const MatchPB&>(one), static_cast<MatchPB*>(kept));
     });
   }
-  keep(Code::kMatchReplaced, &matches_, place);
+  keep(Code::kMatchReplaced, &matches_, part);
   return true;
 }
 
-bool Entries::readAction(const ActionPB& in, const Place& place, int depth) {
+bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int depth) {
   const ActionRow* row = rowOf(static_cast<filtersAction_t>(in.type_()));
   about(Subject::kAction, in.type_());
   if (row == nullptr) {
-    if (!actionCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
-    findings_->add(Code::kActionUnknown, place, "no class has this code; the action is dropped");
+    if (!actionCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    findings_->add(Code::kActionUnknown, part, "no class has this code; the action is dropped");
     return true;
   }
   const MessageCheck::Echo echo = [row](const auto& one, auto* kept) {
@@ -150,61 +150,62 @@ bool Entries::readAction(const ActionPB& in, const Place& place, int depth) {
     refusal = thrown.what();
   }
   bool whole = true;
-  const std::string_view body = place.content(bytes_);
+  const std::string_view body = part.content(bytes_);
   if (!refusal.empty()) {
     threw_ = true;
-    whole = actionCheck_.walk(bytes_, place, depth, lenient_, findings_);
-    if (Finding* finding = findings_->add(Code::kRebuildThrows, place)) finding->message = refusal;
+    whole = actionCheck_.walk(bytes_, part, depth, lenient_, findings_);
+    if (Finding* finding = findings_->add(Code::kRebuildThrows, part)) finding->message = refusal;
   } else if (writtenBy(*actionOut_, &scratch_) != body) {
-    whole = actionCheck_.walk(bytes_, place, depth, lenient_, findings_);
-    if (whole) actionCheck_.compare(in, *actionOut_, place, findings_, echo);
+    whole = actionCheck_.walk(bytes_, part, depth, lenient_, findings_);
+    if (whole) actionCheck_.compare(in, *actionOut_, part, findings_, echo);
   }
-  if (whole) keep(Code::kActionReplaced, &actions_, place);
+  if (whole) keep(Code::kActionReplaced, &actions_, part);
   return whole;
 }
 
-bool Entries::readCounter(const CounterPB& in, const Place& place, int depth) {
+bool EntryReader::readCounter(const CounterPB& in, const MessagePart& part, int depth) {
   const Counter counter(in);
   about(Subject::kCounter, counter.GetId());
   counterOut_->Clear();
   counter.Serialize(counterOut_);
-  const std::string_view body = place.content(bytes_);
+  const std::string_view body = part.content(bytes_);
   if (writtenBy(*counterOut_, &scratch_) != body) {
-    if (!counterCheck_.walk(bytes_, place, depth, lenient_, findings_)) return false;
-    counterCheck_.compare(in, *counterOut_, place, findings_);
+    if (!counterCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    counterCheck_.compare(in, *counterOut_, part, findings_);
   }
-  keep(Code::kCounterReplaced, &counters_, place);
+  keep(Code::kCounterReplaced, &counters_, part);
   return true;
 }
 
 // The part is kept, in place of an earlier one of its code or id.
-void Entries::keep(Code replaced, KeptByCode* all, const Place& place) {
+void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) {
   const std::uint32_t code = findings_->offender;
-  const Kept kept = {place.index, place.bytes};
+  const Kept kept = {part.index, part.bytes};
   const auto [it, isNew] = all->try_emplace(code, kept);
   if (!isNew) {
-    findings_->add(replaced, {place.outer, place.field, it->second.index, it->second.bytes},
+    findings_->add(replaced, {part.outer, part.field, it->second.index, it->second.bytes},
                    "a later one takes its place: it is lost");
     it->second = kept;
   } else if (std::next(it) != all->end() && std::exchange(partsAscend_, false)) {
-    findings_->add(Code::kOrderDiffers, place, "it is written before the one in front of it");
+    findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
   }
 }
 
-void Entries::notePolicer(const std::string& in, Subject subject, int field, const Place& place) {
+void EntryReader::notePolicer(const std::string& in, Subject subject, int field,
+                              const MessagePart& part) {
   const std::string out = policer::Policer(in).Serialize();
   if (in == out) return;
   const bool isDefault = out == policer::Policer().Serialize();
   about(subject);
-  Finding* finding = findings_->add(Code::kPolicerRewritten, entryCheck_.placeOf(field, place));
+  Finding* finding = findings_->add(Code::kPolicerRewritten, entryCheck_.partOf(field, part));
   if (finding == nullptr) return;
-  finding->before = hexOf(in);
-  finding->after = hexOf(out);
+  finding->before = shownBytes(in);
+  finding->after = shownBytes(out);
   finding->message = isDefault ? "it is read as the default policer, which every stage admits"
                                : "the policer library writes other bytes of it";
 }
 
-void Entries::noteCounters(const FiltersEntry& entry, const Place& place) {
+void EntryReader::noteCounters(const FiltersEntry& entry, const MessagePart& part) {
   std::map<counter_type_t, std::uint32_t> holders;
   for (const auto& [id, counter] : entry.getCounters()) {
     const counter_type_t type = counter.GetType();
@@ -214,8 +215,8 @@ void Entries::noteCounters(const FiltersEntry& entry, const Place& place) {
     const auto kept = counters_.find(id);
     if (kept == counters_.end()) continue;
     about(Subject::kCounter, id);
-    Finding* finding = findings_->add(
-        Code::kCounterUnusual, {&place, "counters_", kept->second.index, kept->second.bytes});
+    Finding* finding = findings_->add(Code::kCounterUnusual,
+                                      {&part, "counters_", kept->second.index, kept->second.bytes});
     if (finding == nullptr) continue;
     finding->message = isInvalid ? "its type says that it counts nothing"
                        : isFirst ? "its type " + std::to_string(type) + " has no name"
@@ -224,25 +225,25 @@ void Entries::noteCounters(const FiltersEntry& entry, const Place& place) {
   }
 }
 
-void Entries::noteRefusal(const Report& refusal, const Place& place) {
+void EntryReader::noteRefusal(const Report& refusal, const MessagePart& part) {
   const Finding& first = refusal.findings.front();
-  if (Finding* finding = findings_->add(Code::kEntryRefused, place)) {
+  if (Finding* finding = findings_->add(Code::kEntryRefused, part)) {
     finding->result = first.result;
     finding->offender = first.offender;
     finding->admitted = first.admitted;
     finding->message = "the group refuses it, and it is dropped";
   }
   for (const Finding& reason : refusal.findings) {
-    Place its = place;
+    MessagePart its = part;
     const bool isMatch = reason.subject == Subject::kMatch;
     if (isMatch || reason.subject == Subject::kAction) {
-      const KeptByCode& parts = isMatch ? matches_ : actions_;
-      const auto part = parts.find(reason.offender);
-      if (part == parts.end()) continue;  // the half that broken bytes end in
-      its = {&place, isMatch ? "matches_" : "actions_", part->second.index, part->second.bytes};
+      const KeptByCode& all = isMatch ? matches_ : actions_;
+      const auto kept = all.find(reason.offender);
+      if (kept == all.end()) continue;  // the half that broken bytes end in
+      its = {&part, isMatch ? "matches_" : "actions_", kept->second.index, kept->second.bytes};
     }
     if (reason.subject == Subject::kPolicer) {
-      its = entryCheck_.placeOf(FiltersEntryPB::kPolicerFieldNumber, place);
+      its = entryCheck_.partOf(FiltersEntryPB::kPolicerFieldNumber, part);
     }
     about(reason.subject, reason.offender);
     Finding* finding = findings_->add(reason.code, its);
@@ -253,16 +254,16 @@ void Entries::noteRefusal(const Report& refusal, const Place& place) {
   }
 }
 
-void Entries::noteHeld(std::uint32_t id, const Place& place) {
-  const Kept kept = {place.index, place.bytes};
+void EntryReader::noteHeld(std::uint32_t id, const MessagePart& part) {
+  const Kept kept = {part.index, part.bytes};
   const auto it = held_.try_emplace(held_.end(), id, kept);
-  if (it->second.index != place.index) {
+  if (it->second.index != part.index) {
     findings_->add(Code::kEntryReplaced,
-                   {place.outer, place.field, it->second.index, it->second.bytes},
+                   {part.outer, part.field, it->second.index, it->second.bytes},
                    "a later one of its id takes its place: it is lost");
     it->second = kept;
   } else if (std::next(it) != held_.end() && std::exchange(entriesAscend_, false)) {
-    findings_->add(Code::kOrderDiffers, place, "it is written before the one in front of it");
+    findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
   }
 }
 

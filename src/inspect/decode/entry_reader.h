@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
-#include "shared/arena.h"
 #include "message_check.h"
+#include "shared/arena.h"
 
 namespace FiltersInspect {
 
@@ -21,10 +21,10 @@ namespace FiltersInspect {
 bool isUsual(const std::map<unsigned short, FiltersCommon::Counter>& counters);
 
 // Reads entries beside their bytes, one after the other.
-class Entries {
+class EntryReader {
  public:
-  Entries(std::string_view bytes, bool lenient, FiltersCommon::MessageArena* arena,
-          Findings* findings)
+  EntryReader(std::string_view bytes, bool lenient, FiltersCommon::MessageArena* arena,
+              DecodeFindings* findings)
       : bytes_(bytes),
         lenient_(lenient),
         findings_(findings),
@@ -35,7 +35,7 @@ class Entries {
 
   // Of a group that holds nothing but its head; without one every entry is taken. False when the
   // bytes end in it.
-  bool read(const FiltersCommon::FiltersEntryPB& in, const Place& place, int depth,
+  bool read(const FiltersCommon::FiltersEntryPB& in, const MessagePart& part, int depth,
             const FiltersCommon::FiltersGroup* group);
 
   // Whether something of them made the constructor throw.
@@ -48,15 +48,15 @@ class Entries {
   };
   using KeptByCode = std::map<std::uint32_t, Kept>;
 
-  bool readParts(const FiltersCommon::FiltersEntryPB& in, const Place& place, int depth);
-  bool readMatch(const FiltersCommon::MatchPB& in, const Place& place, int depth);
-  bool readAction(const FiltersCommon::ActionPB& in, const Place& place, int depth);
-  bool readCounter(const FiltersCommon::CounterPB& in, const Place& place, int depth);
-  void keep(Code replaced, KeptByCode* all, const Place& place);
-  void notePolicer(const std::string& in, Subject subject, int field, const Place& place);
-  void noteCounters(const FiltersCommon::FiltersEntry& entry, const Place& place);
-  void noteRefusal(const Report& refusal, const Place& place);
-  void noteHeld(std::uint32_t id, const Place& place);
+  bool readParts(const FiltersCommon::FiltersEntryPB& in, const MessagePart& part, int depth);
+  bool readMatch(const FiltersCommon::MatchPB& in, const MessagePart& part, int depth);
+  bool readAction(const FiltersCommon::ActionPB& in, const MessagePart& part, int depth);
+  bool readCounter(const FiltersCommon::CounterPB& in, const MessagePart& part, int depth);
+  void keep(Code replaced, KeptByCode* all, const MessagePart& part);
+  void notePolicer(const std::string& in, Subject subject, int field, const MessagePart& part);
+  void noteCounters(const FiltersCommon::FiltersEntry& entry, const MessagePart& part);
+  void noteRefusal(const Report& refusal, const MessagePart& part);
+  void noteHeld(std::uint32_t id, const MessagePart& part);
   void about(Subject subject, std::uint32_t offender = 0) {
     findings_->subject = subject;
     findings_->offender = offender;
@@ -64,7 +64,7 @@ class Entries {
 
   const std::string_view bytes_;
   const bool lenient_;
-  Findings* const findings_;
+  DecodeFindings* const findings_;
   FiltersCommon::FiltersEntryPB* const out_;
   FiltersCommon::MatchPB* const matchOut_;
   FiltersCommon::ActionPB* const actionOut_;

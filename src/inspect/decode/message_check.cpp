@@ -43,7 +43,7 @@ std::int64_t numberIn(const google::protobuf::Message& message, const Field& fie
 
 std::string textIn(const google::protobuf::Message& message, const Field& field) {
   if (field.cpp_type() != Field::CPPTYPE_STRING) return std::to_string(numberIn(message, field));
-  return hexOf(message.GetReflection()->GetString(message, &field));
+  return shownBytes(message.GetReflection()->GetString(message, &field));
 }
 
 std::vector<std::uint32_t> numbersIn(const google::protobuf::Message& message, const Field& field) {
@@ -84,13 +84,13 @@ ByteRange MessageCheck::Occurrences::hull() const {
   return {begin, elements.back().offset + elements.back().length - begin};
 }
 
-bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, bool lenient,
-                        Findings* findings, const Visit& visit) {
+bool MessageCheck::walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
+                        DecodeFindings* findings, const Visit& visit) {
   for (Occurrences& field : fields_) {
     field.count = 0;
     field.elements.clear();
   }
-  WireReader reader(bytes, place.bytes.offset + place.head, place.bytes.offset + place.bytes.length,
+  WireReader reader(bytes, part.bytes.offset + part.head, part.bytes.offset + part.bytes.length,
                     depth, lenient);
   std::uint32_t highest = 0;
   bool ascending = true, whole = true;
@@ -100,40 +100,41 @@ bool MessageCheck::walk(std::string_view bytes, const Place& place, int depth, b
     const bool packed =
         field != nullptr && field->is_repeated() && !isMessage(*field) && wire.wireType == kLength;
     if (field == nullptr || (wire.wireType != wireTypeOf(*field) && !packed)) {
-      if (!reader.broken()) noteDropped(wire, field != nullptr, place, findings);
+      if (!reader.broken()) noteDropped(wire, field != nullptr, part, findings);
       continue;
     }
     if (std::exchange(highest, std::max(highest, wire.number)) > wire.number && ascending) {
       ascending = false;
-      findings->add(Code::kOrderDiffers, {&place, {}, Place::kAlone, range},
+      findings->add(Code::kOrderDiffers, {&part, {}, MessagePart::kAlone, range},
                     "fields are written in the order of their numbers");
     }
     Occurrences& seen = fields_[static_cast<std::size_t>(field->index())];
     if (isMessage(*field)) {
-      const Place inner = {&place, field->name(), seen.count++, range, wire.value - wire.begin};
+      const MessagePart inner = {&part, field->name(), seen.count++, range,
+                                 wire.value - wire.begin};
       if (!wire.plain && !reader.broken()) {
         findings->add(Code::kEncodingDiffers, inner, "its length is written in other bytes");
       }
       whole = visit(*field, inner);
     } else if (packed) {
-      whole = notePacked(wire, *field, bytes, place, findings);
+      whole = notePacked(wire, *field, bytes, part, findings);
     } else if (!reader.broken()) {
-      note(wire, *field, place, findings);
+      note(wire, *field, part, findings);
     }
   }
   broken_ = !whole;
   if (whole && reader.broken()) {
-    noteEnd(reader.position(), bytes, place, findings);
+    noteEnd(reader.position(), bytes, part, findings);
     whole = false;
   }
-  if (!broken_) noteMissing(place, findings);
+  if (!broken_) noteMissing(part, findings);
   return whole;
 }
 
-void MessageCheck::noteEnd(std::size_t at, std::string_view bytes, const Place& place,
-                           Findings* findings) {
-  const Place rest = {&place, {}, Place::kAlone, {at, bytes.size() - at}};
-  if (place.outer == nullptr && at + 1 == bytes.size() && bytes[at] == '\0') {
+void MessageCheck::noteEnd(std::size_t at, std::string_view bytes, const MessagePart& part,
+                           DecodeFindings* findings) {
+  const MessagePart rest = {&part, {}, MessagePart::kAlone, {at, bytes.size() - at}};
+  if (part.outer == nullptr && at + 1 == bytes.size() && bytes[at] == '\0') {
     findings->add(Code::kTrailingZero, rest, "the zero byte that ends a buffer");
   } else {
     broken_ = true;
@@ -141,11 +142,11 @@ void MessageCheck::noteEnd(std::size_t at, std::string_view bytes, const Place& 
   }
 }
 
-void MessageCheck::noteDropped(const WireField& wire, bool isKnown, const Place& place,
-                               Findings* findings) {
+void MessageCheck::noteDropped(const WireField& wire, bool isKnown, const MessagePart& part,
+                               DecodeFindings* findings) {
   const ByteRange range = {wire.begin, wire.end - wire.begin};
   Finding* finding = findings->add(isKnown ? Code::kFieldWireType : Code::kFieldUnknown,
-                                   {&place, {}, Place::kAlone, range});
+                                   {&part, {}, MessagePart::kAlone, range});
   if (finding == nullptr) return;
   finding->message = "field " + std::to_string(wire.number) +
                      (isKnown ? " is written as another kind of value" : " is not known") +
@@ -153,16 +154,16 @@ void MessageCheck::noteDropped(const WireField& wire, bool isKnown, const Place&
 }
 
 // A field that stands once in a message, or one element of a repeated number.
-void MessageCheck::note(const WireField& wire, const Field& field, const Place& place,
-                        Findings* findings) {
+void MessageCheck::note(const WireField& wire, const Field& field, const MessagePart& part,
+                        DecodeFindings* findings) {
   Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
   const ByteRange range = {wire.begin, wire.end - wire.begin};
-  Place its = {&place, field.name(), Place::kAlone, range};
+  MessagePart its = {&part, field.name(), MessagePart::kAlone, range};
   if (field.is_repeated()) {
     its.index = seen.count;
     seen.elements.push_back(range);
   } else if (seen.count != 0) {
-    const Place earlier = {&place, field.name(), Place::kAlone, seen.last};
+    const MessagePart earlier = {&part, field.name(), MessagePart::kAlone, seen.last};
     if (Finding* finding = findings->add(Code::kFieldRepeated, earlier)) {
       finding->message = nameOf(field) + " stands there again: this one is lost";
     }
@@ -177,22 +178,22 @@ void MessageCheck::note(const WireField& wire, const Field& field, const Place& 
 }
 
 void MessageCheck::noteNumber(const Field& field, std::uint64_t varint, bool plain,
-                              const Place& place, Findings* findings) {
+                              const MessagePart& part, DecodeFindings* findings) {
   const std::int64_t stored = storedOf(field, varint);
   const bool isBool = field.cpp_type() == Field::CPPTYPE_BOOL;
   if (static_cast<std::uint64_t>(stored) != varint && !isBool) {
-    if (Finding* finding = findings->add(Code::kValueCut, place))
+    if (Finding* finding = findings->add(Code::kValueCut, part))
       sayCut(finding, std::to_string(varint), varint, stored);
   } else if (!plain || static_cast<std::uint64_t>(stored) != varint) {
-    findings->add(Code::kEncodingDiffers, place, "it is written in other bytes");
+    findings->add(Code::kEncodingDiffers, part, "it is written in other bytes");
   }
 }
 
 bool MessageCheck::notePacked(const WireField& wire, const Field& field, std::string_view bytes,
-                              const Place& place, Findings* findings) {
+                              const MessagePart& part, DecodeFindings* findings) {
   Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
   const ByteRange range = {wire.begin, wire.end - wire.begin};
-  findings->add(Code::kEncodingDiffers, {&place, field.name(), Place::kAlone, range},
+  findings->add(Code::kEncodingDiffers, {&part, field.name(), MessagePart::kAlone, range},
                 "its numbers are packed");
   seen.last = range;
   WireReader reader(bytes, wire.value, wire.end, 0, false);
@@ -202,23 +203,23 @@ bool MessageCheck::notePacked(const WireField& wire, const Field& field, std::st
     bool plain = true;
     if (!reader.readVarint(&varint, &plain)) {
       findings->add(Code::kBytesBroken,
-                    {&place, field.name(), Place::kAlone, {begin, bytes.size() - begin}},
+                    {&part, field.name(), MessagePart::kAlone, {begin, bytes.size() - begin}},
                     "nothing can be read from here on");
       return false;
     }
     const ByteRange element = {begin, reader.position() - begin};
-    noteNumber(field, varint, plain, {&place, field.name(), seen.count++, element}, findings);
+    noteNumber(field, varint, plain, {&part, field.name(), seen.count++, element}, findings);
     seen.elements.push_back(element);
   }
   return true;
 }
 
-void MessageCheck::noteMissing(const Place& place, Findings* findings) {
+void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings) {
   for (int i = 0; i < descriptor_->field_count(); ++i) {
     const Field& field = *descriptor_->field(i);
     if (!field.is_required() || fields_[static_cast<std::size_t>(i)].count != 0) continue;
-    Finding* finding =
-        findings->add(Code::kRequiredMissing, {&place, field.name(), Place::kAlone, place.bytes});
+    Finding* finding = findings->add(Code::kRequiredMissing,
+                                     {&part, field.name(), MessagePart::kAlone, part.bytes});
     if (finding == nullptr) continue;
     finding->message =
         nameOf(field) + " is not there, and read as " + (isBytes(field) ? "no bytes" : "0");
@@ -240,30 +241,30 @@ bool MessageCheck::hasCome(int fieldNumber) const {
   return fields_[static_cast<std::size_t>(field.index())].count != 0;
 }
 
-Place MessageCheck::placeOf(int fieldNumber, const Place& outer) const {
+MessagePart MessageCheck::partOf(int fieldNumber, const MessagePart& outer) const {
   const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
   const Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
-  return {&outer, field.name(), Place::kAlone, seen.count == 0 ? outer.bytes : seen.last};
+  return {&outer, field.name(), MessagePart::kAlone, seen.count == 0 ? outer.bytes : seen.last};
 }
 
 void MessageCheck::compare(const google::protobuf::Message& in,
-                           const google::protobuf::Message& out, const Place& place,
-                           Findings* findings, const Echo& echo) {
+                           const google::protobuf::Message& out, const MessagePart& part,
+                           DecodeFindings* findings, const Echo& echo) {
   for (int i = 0; i < descriptor_->field_count(); ++i) {
     const Field& field = *descriptor_->field(i);
     if (isMessage(field) || (isBytes(field) && echo == nullptr)) continue;
     if (field.is_repeated()) {
-      compareAll(field, in, out, place, findings, echo);
+      compareAll(field, in, out, part, findings, echo);
     } else {
-      compareOne(field, in, out, place, findings);
+      compareOne(field, in, out, part, findings);
     }
   }
 }
 
 // Bytes at their place, of which something is kept.
 void MessageCheck::compareBytes(const Field& field, const google::protobuf::Message& in,
-                                const google::protobuf::Message& out, const Place& place,
-                                Findings* findings) {
+                                const google::protobuf::Message& out, const MessagePart& part,
+                                DecodeFindings* findings) {
   const Reflection& reflection = *in.GetReflection();
   const bool came = hasCome(field.number());
   std::string inScratch, outScratch;
@@ -275,10 +276,10 @@ void MessageCheck::compareBytes(const Field& field, const google::protobuf::Mess
                     : before.size() > after.size() ? Code::kBytesLong
                                                    : Code::kValueCut;
   if (before == after || (!came && field.is_required())) return;
-  Finding* finding = findings->add(code, place);
+  Finding* finding = findings->add(code, part);
   if (finding == nullptr) return;
-  finding->before = hexOf(before);
-  finding->after = hexOf(after);
+  finding->before = shownBytes(before);
+  finding->after = shownBytes(after);
   finding->message = nameOf(field) +
                      (came ? " has " + std::to_string(before.size()) + " bytes, and is kept as "
                            : " is not there, and read as ") +
@@ -286,14 +287,14 @@ void MessageCheck::compareBytes(const Field& field, const google::protobuf::Mess
 }
 
 void MessageCheck::compareOne(const Field& field, const google::protobuf::Message& in,
-                              const google::protobuf::Message& out, const Place& place,
-                              Findings* findings) {
+                              const google::protobuf::Message& out, const MessagePart& part,
+                              DecodeFindings* findings) {
   const Reflection& reflection = *in.GetReflection();
   // Where the bytes end midway, the runtime may have stored something that did not come.
   const bool came = hasCome(field.number());
   const bool kept = reflection.HasField(out, &field);
   if (!came && (!kept || broken_)) return;
-  const Place its = placeOf(field.number(), place);
+  const MessagePart its = partOf(field.number(), part);
   if (!kept) {
     if (Finding* finding = findings->add(Code::kFieldUnused, its)) {
       finding->before = textIn(in, field);
@@ -317,11 +318,9 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
 }
 
 // Keeps each element alone, to see what becomes of it. What should be kept of all, in order.
-std::vector<std::uint32_t> MessageCheck::compareElements(const Field& field,
-                                                         const google::protobuf::Message& in,
-                                                         const std::vector<std::uint32_t>& came,
-                                                         const Place& all, Findings* findings,
-                                                         const Echo& echo) {
+std::vector<std::uint32_t> MessageCheck::compareElements(
+    const Field& field, const google::protobuf::Message& in, const std::vector<std::uint32_t>& came,
+    const MessagePart& all, DecodeFindings* findings, const Echo& echo) {
   const std::vector<ByteRange>& ranges = fields_[static_cast<std::size_t>(field.index())].elements;
   const Reflection& reflection = *in.GetReflection();
   const Field& type = *descriptor_->field(0);  // it chooses the class
@@ -331,7 +330,7 @@ std::vector<std::uint32_t> MessageCheck::compareElements(const Field& field,
   std::vector<std::uint32_t> expected;
   std::set<std::uint32_t> distinct;
   for (std::size_t i = 0; i < came.size(); ++i) {
-    const Place its = {all.outer, all.field, i, i < ranges.size() ? ranges[i] : all.bytes};
+    const MessagePart its = {all.outer, all.field, i, i < ranges.size() ? ranges[i] : all.bytes};
     reflection.SetRepeatedUInt32(single.get(), &field, 0, came[i]);
     echoed->Clear();
     echo(*single, echoed.get());
@@ -353,16 +352,16 @@ std::vector<std::uint32_t> MessageCheck::compareElements(const Field& field,
 }
 
 void MessageCheck::compareAll(const Field& field, const google::protobuf::Message& in,
-                              const google::protobuf::Message& out, const Place& place,
-                              Findings* findings, const Echo& echo) {
+                              const google::protobuf::Message& out, const MessagePart& part,
+                              DecodeFindings* findings, const Echo& echo) {
   const Reflection& reflection = *in.GetReflection();
   if (reflection.FieldSize(in, &field) == 0 && reflection.FieldSize(out, &field) == 0) return;
   const std::vector<std::uint32_t> came = numbersIn(in, field);
   std::vector<std::uint32_t> kept = numbersIn(out, field);
   if (came == kept) return;
   const Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
-  const Place all = {&place, field.name(), Place::kAlone,
-                     seen.count == 0 ? place.bytes : seen.hull()};
+  const MessagePart all = {&part, field.name(), MessagePart::kAlone,
+                           seen.count == 0 ? part.bytes : seen.hull()};
   if (kept.empty()) {
     if (Finding* finding = findings->add(Code::kFieldUnused, all)) {
       finding->message = nameOf(field) + " means nothing here, and is dropped";

@@ -25,7 +25,7 @@ class MessageCheck {
   using Field = google::protobuf::FieldDescriptor;
   // Is told of each message within, and its number among those of its field; says whether the walk
   // goes on.
-  using Visit = std::function<bool(const Field& field, const Place& place)>;
+  using Visit = std::function<bool(const Field& field, const MessagePart& part)>;
   // Has the library read one message and write another.
   using Echo =
       std::function<void(const google::protobuf::Message& in, google::protobuf::Message* out)>;
@@ -33,14 +33,14 @@ class MessageCheck {
   explicit MessageCheck(const Descriptor* descriptor);
 
   // Goes through the bytes and notes what they show by themselves. False when they end there.
-  bool walk(std::string_view bytes, const Place& place, int depth, bool lenient, Findings* findings,
-            const Visit& visit = nullptr);
+  bool walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
+            DecodeFindings* findings, const Visit& visit = nullptr);
 
   // Notes where what came differs from what is kept of it, after the walk over it. `echo` shows
   // what is kept of one element of a repeated number; without it only numbers that stand alone are
   // compared.
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
-               const Place& place, Findings* findings, const Echo& echo = nullptr);
+               const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
   // Whether the bytes ended in the message before their time: what they end in has said half of
   // itself, and what may have followed is not called missing.
@@ -48,7 +48,7 @@ class MessageCheck {
 
   // Whether the walk met the field, and where its last occurrence stands.
   bool hasCome(int fieldNumber) const;
-  Place placeOf(int fieldNumber, const Place& outer) const;
+  MessagePart partOf(int fieldNumber, const MessagePart& outer) const;
  private:
   struct Occurrences {
     std::size_t count = 0;
@@ -57,25 +57,30 @@ class MessageCheck {
     ByteRange hull() const;
   };
 
-  void note(const WireField& wire, const Field& field, const Place& place, Findings* findings);
-  void noteNumber(const Field& field, std::uint64_t varint, bool plain, const Place& place,
-                  Findings* findings);
+  void note(const WireField& wire, const Field& field, const MessagePart& part,
+            DecodeFindings* findings);
+  void noteNumber(const Field& field, std::uint64_t varint, bool plain, const MessagePart& part,
+                  DecodeFindings* findings);
   bool notePacked(const WireField& wire, const Field& field, std::string_view bytes,
-                  const Place& place, Findings* findings);
-  void noteEnd(std::size_t at, std::string_view bytes, const Place& place, Findings* findings);
-  void noteDropped(const WireField& wire, bool isKnown, const Place& place, Findings* findings);
-  void noteMissing(const Place& place, Findings* findings);
+                  const MessagePart& part, DecodeFindings* findings);
+  void noteEnd(std::size_t at, std::string_view bytes, const MessagePart& part,
+               DecodeFindings* findings);
+  void noteDropped(const WireField& wire, bool isKnown, const MessagePart& part,
+                   DecodeFindings* findings);
+  void noteMissing(const MessagePart& part, DecodeFindings* findings);
   void compareBytes(const Field& field, const google::protobuf::Message& in,
-                    const google::protobuf::Message& out, const Place& place, Findings* findings);
+                    const google::protobuf::Message& out, const MessagePart& part,
+                    DecodeFindings* findings);
   void compareOne(const Field& field, const google::protobuf::Message& in,
-                  const google::protobuf::Message& out, const Place& place, Findings* findings);
+                  const google::protobuf::Message& out, const MessagePart& part,
+                  DecodeFindings* findings);
   void compareAll(const Field& field, const google::protobuf::Message& in,
-                  const google::protobuf::Message& out, const Place& place, Findings* findings,
-                  const Echo& echo);
+                  const google::protobuf::Message& out, const MessagePart& part,
+                  DecodeFindings* findings, const Echo& echo);
   std::vector<std::uint32_t> compareElements(const Field& field,
                                              const google::protobuf::Message& in,
                                              const std::vector<std::uint32_t>& came,
-                                             const Place& all, Findings* findings,
+                                             const MessagePart& all, DecodeFindings* findings,
                                              const Echo& echo);
 
   const Descriptor* descriptor_;

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "catalogue/name_or_number.h"
 #include "catalogue/class_rows.h"
+#include "catalogue/name_or_number.h"
 
 namespace FiltersInspect {
 

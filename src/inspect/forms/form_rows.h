@@ -1,33 +1,19 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_FORM_ROWS_H_
 #define FILTER_INSPECT_SRC_FORMS_FORM_ROWS_H_
 
-// What forms.def says of each match and action, and the text of one of them, to and from its
-// message: values that no setter makes survive, since no object stands between.
+// What forms.def says of each match and action.
 
-#include <google/protobuf/message.h>
-
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
-#include <filter_common/filter_actions.pb.h>
-#include <filter_common/filter_counter.pb.h>
-#include <filter_common/filter_matches.pb.h>
 #include <filter_inspect/filter_names.h>
 
 namespace FiltersInspect {
 
-using FiltersCommon::ActionPB;
-using FiltersCommon::CounterPB;
-using FiltersCommon::MatchPB;
-
-// --- Rows ---
-
 // How a value is written, text beside JSON.
-enum class Form : std::uint8_t {
+enum class ValueForm : std::uint8_t {
   kFlag,         // nothing: the name says it      true
   kNumber,       // 6                              6
   kHexadecimal,  // 0x8100                         33024
@@ -45,14 +31,28 @@ enum class Form : std::uint8_t {
   kMplsPorts,    // 0x03000007/0x01000003          {"vpn": {...}, "access_port": {...}}
 };
 
+// The bits of an address.
+constexpr std::uint8_t bitsOf(ValueForm address) {
+  return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;
+}
+
 // Names of an enumeration, whose values travel as numbers.
 struct Enumeration {
   std::string_view (*nameOf)(std::uint32_t value);
   std::optional<std::uint32_t> (*fromName)(std::string_view name);
 };
 
+template <class Enum>
+constexpr Enumeration kNamesOf = {
+    [](std::uint32_t value) { return nameOf(static_cast<Enum>(value)); },
+    [](std::string_view name) -> std::optional<std::uint32_t> {
+      const auto value = fromName<Enum>(name);
+      if (!value) return std::nullopt;
+      return static_cast<std::uint32_t>(*value);
+    }};
+
 // What a match asks of a packet field.
-enum class Kind : std::uint8_t {
+enum class FieldTest : std::uint8_t {
   kNone,     // there is no such field
   kFlag,     // that it holds
   kValue,    // that it is the number of the message's field
@@ -88,7 +88,7 @@ constexpr bool isInEveryPacket(Layer layer) {
 }
 
 struct PacketField {
-  Kind kind = Kind::kNone;
+  FieldTest kind = FieldTest::kNone;
   Layer layer = Layer::kSome;
   const char* usual = nullptr;  // values to show, the best first, with blanks between
   const char* name = nullptr;   // null: the match's own
@@ -113,7 +113,7 @@ struct PacketField {
 };
 
 struct FormRow {
-  Form form = Form::kFlag;
+  ValueForm form = ValueForm::kFlag;
   std::uint8_t bits = 0;  // of each number or address
   // Numbers of the message's fields, 0 where there is none. The second is the mask of an address,
   // the excluded types beside ports, the second of a pair.
@@ -131,76 +131,6 @@ const FormRow* formOf(FiltersCommon::filtersAction_t code);
 
 // Of the first or second packet field of a match; empty where there is none.
 std::string_view packetFieldName(FiltersCommon::filtersMatch_t code, std::size_t which);
-
-// --- Fields of a message, by their numbers ---
-
-using AnyMessage = google::protobuf::Message;
-std::uint32_t numberIn(const AnyMessage& message, int field);  // of bool 0 or 1; 0 when absent
-std::size_t countIn(const AnyMessage& message, int field);     // of a repeated one
-std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index);
-// In the order of transmission, filled with zeros or cut to the form's size as the library does.
-using AddressBytes = std::array<unsigned char, 16>;
-constexpr std::size_t sizeOf(Form address) {
-  return address == Form::kMac ? 6 : address == Form::kIPv4 ? 4 : 16;
-}
-AddressBytes addressIn(const AnyMessage& message, int field, Form form);
-
-// For an address of so many bytes: the ones in front of the first 0, and the bits up to the last 1.
-// Where both are the same, it is the mask of a prefix of this length.
-unsigned leadingOnes(const AddressBytes& bytes, std::size_t size);
-unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size);
-AddressBytes prefixMask(unsigned length);
-
-void setNumber(AnyMessage* message, int field, std::uint32_t value);
-void addNumber(AnyMessage* message, int field, std::uint32_t value);
-void setAddress(AnyMessage* message, int field, Form form, const AddressBytes& bytes);
-
-// The number of a limid, as text and JSON have it, for the field of a row's limid: the field's own
-// number, but for MPLS ports, whose fields are interface indexes.
-std::uint32_t limidToField(const FormRow& row, std::uint32_t limid);
-std::uint32_t limidFromField(const FormRow& row, std::uint32_t value);
-
-// --- Text ---
-
-// "dst_l4_port=179/0xffff", "permit", "1=packets"; a code or type without a name is its number.
-std::string textOf(const MatchPB& match);
-std::string textOf(const ActionPB& action);
-std::string textOf(const CounterPB& counter);
-
-// Appends a row's value to `out`: nothing for a flag, else '=' and the value; and the value alone.
-void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
-std::string valueText(const FormRow& row, const AnyMessage& message);
-
-// Why a text is no value of the row, and where in the text.
-struct ValueFault {
-  std::string why;
-  std::size_t at = 0;
-};
-// Sets the message's fields; the code is the caller's.
-std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
-
-// Parts of values. A number is decimal or hexadecimal behind 0x; nothing when the text is none or
-// has more bits. A name is one of the enumeration's or a number. An address is the form's alone:
-// "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1".
-std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
-std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
-std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as it travels
-std::optional<AddressBytes> parseAddress(Form form, std::string_view text);
-
-void appendNumber(std::uint32_t value, std::string* out);
-void appendName(const Enumeration& names, std::uint32_t value, std::string* out);
-void appendAddress(Form form, const AddressBytes& bytes, std::string* out);
-void appendHexadecimal(std::uint32_t value, int digits, std::string* out);  // at least so many
-void appendLimid(std::uint32_t limid, std::string* out);                    // 0x01000003
-
-template <class Enum>
-constexpr Enumeration kNamesOf = {
-    [](std::uint32_t value) { return nameOf(static_cast<Enum>(value)); },
-    [](std::string_view name) -> std::optional<std::uint32_t> {
-      const auto value = fromName<Enum>(name);
-      if (!value) return std::nullopt;
-      return static_cast<std::uint32_t>(*value);
-    }};
 
 }  // namespace FiltersInspect
 

@@ -5,10 +5,14 @@
 #include <filter_inspect/filter_text.h>
 #include <nlohmann/json.hpp>
 
-#include "form_rows.h"
 #include "group_builder.h"
+#include "interface_ids.h"
 #include "json_keys.h"
 #include "json_nesting.h"
+#include "json_tokens.h"
+#include "policer_facts.h"
+#include "report/hex.h"
+#include "value_text.h"
 
 namespace FiltersInspect {
 namespace {
@@ -27,7 +31,7 @@ struct Scalar {
 class JsonReader {
  public:
   JsonReader(std::string_view text, std::size_t maxFindings)
-      : text_(text), places_(text), groups_(maxFindings) {}
+      : text_(text), positions_(text), groups_(maxFindings) {}
 
   ParsedGroups read() {
     const char* const begin = text_.data();
@@ -58,7 +62,7 @@ class JsonReader {
   bool key(const std::string& name);
   bool parse_error(std::size_t position, const std::string&, const std::exception&) {
     const std::size_t read = std::min(position == 0 ? 0 : position - 1, text_.size());
-    place_ = TokenPlaces::of(text_.substr(0, read));
+    position_ = TokenPositions::of(text_.substr(0, read));
     const bool isZero = read < text_.size() && text_[read] == '\0';
     return fail(Code::kTextSyntax,
                 isZero ? kZeroByte : "what stands here, or ends here, is no JSON");
@@ -73,7 +77,7 @@ class JsonReader {
   bool begin(char bracket);
   bool end();
   bool scalar(const Scalar& value);
-  template <class Code_, class Messages>
+  template <class CodeEnum, class Messages>
   bool keyOfOne(const std::string& name, Messages* messages);
 
   bool scalarOfFile(const Scalar& value);
@@ -88,7 +92,7 @@ class JsonReader {
   Frame& outer() { return frames_[depth_ - 1]; }
 
   bool fail(Code code, std::string message) {
-    groups_.fail(code, place_, std::move(message));
+    groups_.fail(code, position_, std::move(message));
     return false;
   }
   bool wanted(const std::string& what) { return fail(Code::kTextSyntax, what + " is wanted"); }
@@ -114,9 +118,9 @@ class JsonReader {
   }
 
   std::string_view text_;
-  TokenPlaces places_;
-  TextPlace place_;  // of the token at hand
-  GroupsReader groups_;
+  TokenPositions positions_;
+  TextPosition position_;  // of the token at hand
+  GroupBuilder groups_;
   std::array<Frame, 10> frames_;
   std::size_t depth_ = 0;
 
@@ -125,20 +129,20 @@ class JsonReader {
   const FormRow* row_ = nullptr;
   std::uint32_t limid_ = 0;
   std::optional<std::string> name_;
-  TextPlace namePlace_;
+  TextPosition name_position_;
   std::string bytes_;
   struct Fact {
     bool given = false;
     bool isText = false;
     std::int64_t number = 0;
     std::string text;
-    TextPlace place;
+    TextPosition position;
   };
   std::array<Fact, std::tuple_size_v<PolicerFacts>> facts_;
 };
 
 bool JsonReader::begin(char bracket) {
-  place_ = places_.next();
+  position_ = positions_.next();
   const Nesting nesting = nestingOf(top().in, top().key, row_);
   if (nesting.bracket != bracket) {
     return fail(Code::kTextSyntax,
@@ -147,10 +151,10 @@ bool JsonReader::begin(char bracket) {
   frames_[++depth_] = {nesting.inner, 0, 0};
   switch (nesting.inner) {
     case In::kGroup:
-      groups_.beginGroup(place_);
+      groups_.beginGroup(position_);
       break;
     case In::kEntry:
-      groups_.beginEntry(place_);
+      groups_.beginEntry(position_);
       break;
     case In::kCounter:
       groups_.entry()->add_counters_();
@@ -168,7 +172,7 @@ bool JsonReader::begin(char bracket) {
 }
 
 bool JsonReader::key(const std::string& name) {
-  place_ = places_.next();
+  position_ = positions_.next();
   if (top().in == In::kMatches) {
     return keyOfOne<filtersMatch_t>(name, groups_.entry()->mutable_matches_());
   }
@@ -188,9 +192,9 @@ bool JsonReader::key(const std::string& name) {
 }
 
 // Of a match or action, whose message is made here.
-template <class Code_, class Messages>
+template <class CodeEnum, class Messages>
 bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
-  const auto code = fromName<Code_>(name);
+  const auto code = fromName<CodeEnum>(name);
   if (!code) return fail(Code::kTextSyntax, "no such name is known here");
   for (const auto& held : *messages) {
     if (held.type_() == static_cast<std::uint32_t>(*code)) {
@@ -205,7 +209,7 @@ bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
 }
 
 bool JsonReader::end() {
-  place_ = places_.next();
+  position_ = positions_.next();
   const Keys keys = keysOf(top().in, row_);
   for (std::size_t i = 0; i < keys.required; ++i) {
     if ((top().seen >> i & 1) == 0) {
@@ -224,7 +228,7 @@ bool JsonReader::end() {
 
 bool JsonReader::endLimid() {
   if (name_ && *name_ != interfaceName(limid_)) {
-    place_ = namePlace_;
+    position_ = name_position_;
     return fail(Code::kTextContradiction, "the interface is called " + interfaceName(limid_));
   }
   const std::uint32_t value = limidToField(*row_, limid_);
@@ -243,7 +247,7 @@ bool JsonReader::endPolicer() {
       const Fact& fact = facts_[i];
       const bool same = fact.isText ? fact.text == said[i].name : fact.number == said[i].number;
       if (!fact.given || same) continue;
-      place_ = fact.place;
+      position_ = fact.position;
       return fail(Code::kTextContradiction, "the policer's bytes say something else");
     }
   }
@@ -257,7 +261,7 @@ bool JsonReader::endPolicer() {
 }
 
 bool JsonReader::scalar(const Scalar& value) {
-  place_ = places_.next();
+  position_ = positions_.next();
   const std::size_t key = top().key;
   switch (top().in) {
     case In::kFile:
@@ -291,7 +295,7 @@ bool JsonReader::scalar(const Scalar& value) {
       if (key == 0) return number(value, 32, [&](std::uint32_t limid) { limid_ = limid; });
       if (value.type != Scalar::kText) return wanted("a text");
       name_ = value.text;
-      namePlace_ = place_;
+      name_position_ = position_;
       return true;
     case In::kNowhere:
     case In::kGroups:
@@ -355,7 +359,7 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
   if (top().in == In::kAbout) {
     if (value.type != Scalar::kNumber && value.type != Scalar::kText) return wanted("a fact");
     facts_[top().key] = {true, value.type == Scalar::kText, value.number, std::string(value.text),
-                         place_};
+                         position_};
     return true;
   }
   if (top().key != 0) return wanted("an object");
@@ -370,17 +374,17 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
 bool JsonReader::scalarOfForm(const Scalar& value, int field) {
   const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
   switch (row_->form) {
-    case Form::kFlag:
+    case ValueForm::kFlag:
       return (value.type == Scalar::kBoolean && value.number == 1) || wanted("true");
-    case Form::kBoolean:
+    case ValueForm::kBoolean:
       if (value.type != Scalar::kBoolean) return wanted("true or false");
       setNumber(message_, field, value.number != 0 ? 1 : 0);
       return true;
-    case Form::kName:
+    case ValueForm::kName:
       return named(row_->names, value, set);
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6: {
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6: {
       if (value.type != Scalar::kText) return wanted("a text");
       const auto bytes = parseAddress(row_->form, value.text);
       if (!bytes) return fail(Code::kTextValue, "this is no address of the kind wanted");
@@ -399,7 +403,7 @@ ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings) {
 }
 
 ParsedGroups groupsFromJson(std::string_view json) {
-  return groupsFromJson(json, GroupsReader::kMaxFindings);
+  return groupsFromJson(json, GroupBuilder::kMaxFindings);
 }
 
 }  // namespace FiltersInspect

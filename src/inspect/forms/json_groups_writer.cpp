@@ -1,9 +1,13 @@
 #include <filter_inspect/filter_text.h>
 
-#include "form_rows.h"
-#include "group_builder.h"
+#include <filter_common/filter_entries.pb.h>
+
+#include "interface_ids.h"
 #include "json_keys.h"
+#include "policer_facts.h"
+#include "report/hex.h"
 #include "report/json_writer.h"
+#include "value_text.h"
 
 namespace FiltersInspect {
 namespace {
@@ -11,18 +15,18 @@ namespace {
 using namespace FiltersCommon;
 
 template <class Value>
-void write(std::string_view key, Value value, JsonText* out) {
+void write(std::string_view key, Value value, JsonWriter* out) {
   out->key(key);
   out->value(value);
 }
 
-void writeName(const Enumeration& names, std::uint32_t value, JsonText* out) {
+void writeName(const Enumeration& names, std::uint32_t value, JsonWriter* out) {
   const std::string_view name = names.nameOf(value);
   if (name.empty()) return out->value(value);
   out->value(name);
 }
 
-void writeLimid(std::uint32_t limid, JsonText* out) {
+void writeLimid(std::uint32_t limid, JsonWriter* out) {
   out->open('{');
   write(kLimidKey, limid, out);
   const std::string name = interfaceName(limid);
@@ -30,21 +34,21 @@ void writeLimid(std::uint32_t limid, JsonText* out) {
   out->close('}');
 }
 
-void writeAddress(const FormRow& row, const AnyMessage& message, int field, JsonText* out) {
+void writeAddress(const FormRow& row, const AnyMessage& message, int field, JsonWriter* out) {
   std::string text;
   appendAddress(row.form, addressIn(message, field, row.form), &text);
   out->value(std::string_view(text));
 }
 
 template <class Write>
-void writeList(const AnyMessage& message, int field, JsonText* out, Write writeOne) {
+void writeList(const AnyMessage& message, int field, JsonWriter* out, Write writeOne) {
   out->open('[');
   const std::size_t count = countIn(message, field);
   for (std::size_t i = 0; i < count; ++i) writeOne(numberIn(message, field, i));
   out->close(']');
 }
 
-void writeLimids(const FormRow& row, const AnyMessage& message, JsonText* out) {
+void writeLimids(const FormRow& row, const AnyMessage& message, JsonWriter* out) {
   const auto [ports, types] = keysOf(row.form);
   out->open('{');
   out->key(ports);
@@ -59,7 +63,7 @@ void writeLimids(const FormRow& row, const AnyMessage& message, JsonText* out) {
 
 // Both parts of a value under their keys.
 template <class Write>
-void writePair(const FormRow& row, JsonText* out, Write writeOne) {
+void writePair(const FormRow& row, JsonWriter* out, Write writeOne) {
   const auto [first, second] = keysOf(row.form);
   out->open('{');
   out->key(first);
@@ -69,54 +73,54 @@ void writePair(const FormRow& row, JsonText* out, Write writeOne) {
   out->close('}');
 }
 
-void writeValue(const FormRow& row, const AnyMessage& message, JsonText* out) {
+void writeValue(const FormRow& row, const AnyMessage& message, JsonWriter* out) {
   const int field = row.fields[0];
   switch (row.form) {
-    case Form::kFlag:
+    case ValueForm::kFlag:
       return out->flag(true);
-    case Form::kBoolean:
+    case ValueForm::kBoolean:
       return out->flag(numberIn(message, field) != 0);
-    case Form::kNumber:
-    case Form::kHexadecimal:
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
       return out->value(numberIn(message, field));
-    case Form::kName:
+    case ValueForm::kName:
       return writeName(row.names, numberIn(message, field), out);
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6:
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
       if (row.fields[1] == 0) return writeAddress(row, message, field, out);
       return writePair(row, out, [&](int which) { writeAddress(row, message, which, out); });
-    case Form::kPortMask:
-    case Form::kPortRange:
-    case Form::kVlanInfo:
+    case ValueForm::kPortMask:
+    case ValueForm::kPortRange:
+    case ValueForm::kVlanInfo:
       return writePair(row, out, [&](int which) { out->value(numberIn(message, which)); });
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       return writePair(row, out, [&](int which) {
         writeLimid(limidFromField(row, numberIn(message, which)), out);
       });
-    case Form::kNumbers:
+    case ValueForm::kNumbers:
       return writeList(message, field, out, [&](std::uint32_t number) { out->value(number); });
-    case Form::kLimid:
+    case ValueForm::kLimid:
       return writeLimid(numberIn(message, field), out);
-    case Form::kLimids:
+    case ValueForm::kLimids:
       return writeLimids(row, message, out);
   }
 }
 
-template <class Code_, class Messages>
-void writeAll(std::string_view key, const Messages& messages, JsonText* out) {
+template <class CodeEnum, class Messages>
+void writeAll(std::string_view key, const Messages& messages, JsonWriter* out) {
   if (messages.empty()) return;
   out->key(key);
   out->open('{');
   for (const auto& message : messages) {
-    const auto code = static_cast<Code_>(message.type_());
+    const auto code = static_cast<CodeEnum>(message.type_());
     out->key(nameOf(code));
     writeValue(*formOf(code), message, out);
   }
   out->close('}');
 }
 
-void writeCounter(const CounterPB& counter, JsonText* out) {
+void writeCounter(const CounterPB& counter, JsonWriter* out) {
   out->open('{');
   write(kIdKey, static_cast<std::uint64_t>(counter.id()), out);
   out->key(kTypeKey);
@@ -130,7 +134,7 @@ void writeCounter(const CounterPB& counter, JsonText* out) {
 }
 
 void writePolicer(std::string_view key, std::string_view bytes, const policer::Policer& policer,
-                  JsonText* out) {
+                  JsonWriter* out) {
   std::string digits;
   appendHex(bytes, &digits);
   out->key(key);
@@ -139,7 +143,7 @@ void writePolicer(std::string_view key, std::string_view bytes, const policer::P
   out->key(kAboutKey);
   out->open('{');
   for (const PolicerFact& fact : factsOf(policer)) {
-    if (fact.figure && fact.number == 0) continue;
+    if (fact.isFigure && fact.number == 0) continue;
     out->key(fact.key);
     if (fact.name.empty()) {
       out->value(fact.number);
@@ -151,7 +155,7 @@ void writePolicer(std::string_view key, std::string_view bytes, const policer::P
   out->close('}');
 }
 
-void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonText* out) {
+void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonWriter* out) {
   message->Clear();
   entry.convertToFiltersEntryPB(message);
   out->open('{');
@@ -177,7 +181,7 @@ void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonText* ou
 }  // namespace
 
 std::string toJson(const std::vector<FiltersGroup>& groups) {
-  JsonText out;
+  JsonWriter out;
   FiltersEntryPB message;
   out.open('{');
   write(kFormatKey, kFormat, &out);

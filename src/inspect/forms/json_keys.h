@@ -32,29 +32,29 @@ inline constexpr std::string_view kLimidKey = "limid";
 inline constexpr std::string_view kNameKey = "name";
 
 // Of the message's fields, for a form of two parts; the second of a list of ports is optional.
-inline std::pair<std::string_view, std::string_view> keysOf(Form form) {
+inline std::pair<std::string_view, std::string_view> keysOf(ValueForm form) {
   switch (form) {
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6:
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
       return {"address", "mask"};
-    case Form::kPortMask:
+    case ValueForm::kPortMask:
       return {"port", "mask"};
-    case Form::kPortRange:
+    case ValueForm::kPortRange:
       return {"min", "max"};
-    case Form::kVlanInfo:
+    case ValueForm::kVlanInfo:
       return {"svc_vlan_type", "proto_cpu_vlan_type"};
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       return {"vpn", "access_port"};
-    case Form::kLimids:
+    case ValueForm::kLimids:
       return {"ports", "excluded_types"};
-    case Form::kFlag:
-    case Form::kNumber:
-    case Form::kHexadecimal:
-    case Form::kName:
-    case Form::kBoolean:
-    case Form::kNumbers:
-    case Form::kLimid:
+    case ValueForm::kFlag:
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
+    case ValueForm::kName:
+    case ValueForm::kBoolean:
+    case ValueForm::kNumbers:
+    case ValueForm::kLimid:
       break;
   }
   return {};

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "json_keys.h"
+#include "policer_facts.h"
 
 namespace FiltersInspect {
 namespace {
@@ -22,13 +23,13 @@ constexpr Nesting kNestings[] = {
 // The same for the value of a match or action; nowhere for what is written without brackets.
 Nesting nestingOfValue(In outer, const FormRow& row) {
   switch (row.form) {
-    case Form::kNumbers:
+    case ValueForm::kNumbers:
       return {outer, 0, '[', In::kNumbers};
-    case Form::kLimid:
+    case ValueForm::kLimid:
       return {outer, 0, '{', In::kLimid};
-    case Form::kLimids:
+    case ValueForm::kLimids:
       return {outer, 0, '{', In::kLimids};
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       return {outer, 0, '{', In::kMplsPorts};
     default:
       if (row.fields[1] != 0) return {outer, 0, '{', In::kPair};
@@ -38,28 +39,6 @@ Nesting nestingOfValue(In outer, const FormRow& row) {
 
 }  // namespace
 
-TextPlace TokenPlaces::next() {
-  for (; at_ < text_.size() && kBetween.find(text_[at_]) != kBetween.npos; ++at_) {
-    if (text_[at_] == '\n') ++line_, lineStart_ = at_ + 1;
-  }
-  const std::size_t start = at_++;
-  const char first = start < text_.size() ? text_[start] : '\0';
-  if (first == '"') {
-    while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2 : 1;
-    ++at_;
-  } else if (first != '{' && first != '[' && first != '}' && first != ']') {
-    at_ = text_.find_first_of(" \t\r\n,:]}", at_);
-  }
-  at_ = std::min(at_, text_.size());
-  return {line_, start - lineStart_ + 1};
-}
-
-TextPlace TokenPlaces::of(std::string_view before) {
-  const std::size_t end = before.rfind('\n');
-  const std::size_t line = end == before.npos ? lengthOfMark(before) : end + 1;
-  const auto lines = std::count(before.begin(), before.end(), '\n');
-  return {static_cast<std::size_t>(lines) + 1, before.size() - line + 1};
-}
 Keys keysOf(In in, const FormRow* row) {
   switch (in) {
     case In::kFile:

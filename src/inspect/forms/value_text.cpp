@@ -1,27 +1,23 @@
-#include <arpa/inet.h>
+#include "value_text.h"
 
 #include <charconv>
 #include <limits>
 
-#include "form_rows.h"
+#include "interface_ids.h"
+#include "message_fields.h"
+#include "report/hex.h"
 
 namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
 
-constexpr std::string_view kHexDigits = "0123456789abcdef";
-
-bool isOne(const AddressBytes& bytes, unsigned bit) {
-  return (bytes[bit / 8] >> (7 - bit % 8) & 1) != 0;
-}
-
-void appendMask(Form form, const AddressBytes& mask, std::string* out) {
+void appendMask(ValueForm form, const AddressBytes& mask, std::string* out) {
   const std::size_t size = sizeOf(form);
   const unsigned length = leadingOnes(mask, size);
   if (length == 8 * size) return;
   *out += '/';
-  if (length == bitsToLastOne(mask, size) && form != Form::kMac) {
+  if (length == bitsToLastOne(mask, size) && form != ValueForm::kMac) {
     appendNumber(length, out);
   } else {
     appendAddress(form, mask, out);
@@ -118,7 +114,7 @@ class ValueReader {
 
   std::optional<AddressBytes> readMask(std::string_view text) {
     if (auto mask = parseAddress(row_.form, text)) return mask;
-    const auto length = row_.form == Form::kMac ? std::nullopt : parseNumber(text, 8);
+    const auto length = row_.form == ValueForm::kMac ? std::nullopt : parseNumber(text, 8);
     if (length && *length <= row_.bits) return prefixMask(*length);
     fail(text, "this is no mask for the address");
     return std::nullopt;
@@ -152,31 +148,31 @@ class ValueReader {
     const auto asNumber = [this](std::string_view piece) { return number(piece); };
     const auto asLimid = [&](std::string_view piece) { return limidToField(row_, number(piece)); };
     switch (row_.form) {
-      case Form::kFlag:
+      case ValueForm::kFlag:
         return;
-      case Form::kNumber:
-      case Form::kHexadecimal:
-      case Form::kLimid:
+      case ValueForm::kNumber:
+      case ValueForm::kHexadecimal:
+      case ValueForm::kLimid:
         return setNumber(message_, row_.fields[0], number(text_));
-      case Form::kName:
+      case ValueForm::kName:
         return setNumber(message_, row_.fields[0], named(text_));
-      case Form::kBoolean:
+      case ValueForm::kBoolean:
         if (text_ != "true" && text_ != "false") return fail(text_, "true or false is wanted");
         return setNumber(message_, row_.fields[0], text_ == "true" ? 1 : 0);
-      case Form::kMac:
-      case Form::kIPv4:
-      case Form::kIPv6:
+      case ValueForm::kMac:
+      case ValueForm::kIPv4:
+      case ValueForm::kIPv6:
         return readAddress();
-      case Form::kPortMask:
-      case Form::kVlanInfo:
+      case ValueForm::kPortMask:
+      case ValueForm::kVlanInfo:
         return pair('/', asNumber);
-      case Form::kPortRange:
+      case ValueForm::kPortRange:
         return pair('-', asNumber);
-      case Form::kMplsPorts:
+      case ValueForm::kMplsPorts:
         return pair('/', asLimid);
-      case Form::kNumbers:
+      case ValueForm::kNumbers:
         return readNumbers();
-      case Form::kLimids:
+      case ValueForm::kLimids:
         return readLimids();
     }
   }
@@ -198,26 +194,6 @@ std::string textOfCode(const PB& message) {
 
 }  // namespace
 
-unsigned leadingOnes(const AddressBytes& bytes, std::size_t size) {
-  unsigned length = 0;
-  while (length < 8 * size && isOne(bytes, length)) ++length;
-  return length;
-}
-
-unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size) {
-  auto length = static_cast<unsigned>(8 * size);
-  while (length > 0 && !isOne(bytes, length - 1)) --length;
-  return length;
-}
-
-AddressBytes prefixMask(unsigned length) {
-  AddressBytes mask = {};
-  for (unsigned bit = 0; bit < length; ++bit) {
-    mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
-  }
-  return mask;
-}
-
 std::string textOf(const MatchPB& match) { return textOfCode<filtersMatch_t>(match); }
 std::string textOf(const ActionPB& action) { return textOfCode<filtersAction_t>(action); }
 
@@ -228,46 +204,46 @@ std::string textOf(const CounterPB& counter) {
 }
 
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out) {
-  if (row.form == Form::kFlag) return;
+  if (row.form == ValueForm::kFlag) return;
   *out += '=';
   const auto number = [&](int which) { return numberIn(message, row.fields[which]); };
   switch (row.form) {
-    case Form::kFlag:
+    case ValueForm::kFlag:
       return;
-    case Form::kNumber:
+    case ValueForm::kNumber:
       return appendNumber(number(0), out);
-    case Form::kHexadecimal:
-      return appendHexadecimal(number(0), row.bits / 4, out);
-    case Form::kName:
+    case ValueForm::kHexadecimal:
+      return appendHexNumber(number(0), row.bits / 4, out);
+    case ValueForm::kName:
       return appendName(row.names, number(0), out);
-    case Form::kBoolean:
+    case ValueForm::kBoolean:
       *out += number(0) != 0 ? "true" : "false";
       return;
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6:
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
       appendAddress(row.form, addressIn(message, row.fields[0], row.form), out);
       if (row.fields[1] == 0) return;
       return appendMask(row.form, addressIn(message, row.fields[1], row.form), out);
-    case Form::kPortMask:
+    case ValueForm::kPortMask:
       appendNumber(number(0), out);
       *out += '/';
-      return appendHexadecimal(number(1), 1, out);
-    case Form::kPortRange:
-    case Form::kVlanInfo:
+      return appendHexNumber(number(1), 1, out);
+    case ValueForm::kPortRange:
+    case ValueForm::kVlanInfo:
       appendNumber(number(0), out);
-      *out += row.form == Form::kPortRange ? '-' : '/';
+      *out += row.form == ValueForm::kPortRange ? '-' : '/';
       return appendNumber(number(1), out);
-    case Form::kNumbers:
+    case ValueForm::kNumbers:
       *out += '{';
       appendList(message, row.fields[0], out, [&](std::uint32_t n) { appendNumber(n, out); });
       *out += '}';
       return;
-    case Form::kLimid:
+    case ValueForm::kLimid:
       return appendLimid(number(0), out);
-    case Form::kLimids:
+    case ValueForm::kLimids:
       return appendLimids(row, message, out);
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       appendLimid(limidFromField(row, number(0)), out);
       *out += '/';
       return appendLimid(limidFromField(row, number(1)), out);
@@ -315,27 +291,6 @@ std::optional<std::int32_t> parseCounterType(std::string_view text) {
   return static_cast<std::int32_t>(negative ? -std::int64_t{*value} : std::int64_t{*value});
 }
 
-std::optional<AddressBytes> parseAddress(Form form, std::string_view text) {
-  AddressBytes bytes = {};
-  if (form == Form::kMac) {
-    if (text.size() != sizeof "00:00:00:00:00:00" - 1) return std::nullopt;
-    for (std::size_t i = 0; i < sizeOf(form); ++i) {
-      const char* digits = &text[3 * i];
-      const auto [end, fault] = std::from_chars(digits, digits + 2, bytes[i], 16);
-      if (fault != std::errc() || end != digits + 2) return std::nullopt;
-      if (i != 0 && digits[-1] != ':') return std::nullopt;
-    }
-    return bytes;
-  }
-  char copy[INET6_ADDRSTRLEN] = {};
-  if (text.size() >= sizeof copy || text.find('\0') != text.npos) return std::nullopt;
-  text.copy(copy, text.size());
-  if (inet_pton(form == Form::kIPv4 ? AF_INET : AF_INET6, copy, bytes.data()) != 1) {
-    return std::nullopt;
-  }
-  return bytes;
-}
-
 void appendNumber(std::uint32_t value, std::string* out) {
   char digits[std::numeric_limits<std::uint32_t>::digits10 + 1];
   out->append(digits, std::to_chars(digits, std::end(digits), value).ptr);
@@ -347,27 +302,6 @@ void appendName(const Enumeration& names, std::uint32_t value, std::string* out)
   *out += name;
 }
 
-void appendAddress(Form form, const AddressBytes& bytes, std::string* out) {
-  if (form == Form::kMac) {
-    for (std::size_t i = 0; i < sizeOf(form); ++i) {
-      if (i != 0) *out += ':';
-      *out += kHexDigits[bytes[i] >> 4];
-      *out += kHexDigits[bytes[i] & 15];
-    }
-    return;
-  }
-  char text[INET6_ADDRSTRLEN] = {};
-  inet_ntop(form == Form::kIPv4 ? AF_INET : AF_INET6, bytes.data(), text, sizeof text);
-  *out += text;
-}
-
-void appendHexadecimal(std::uint32_t value, int digits, std::string* out) {
-  *out += "0x";
-  for (int digit = 7; digit >= 0; --digit) {
-    if (digit < digits || value >> 4 * digit != 0) *out += kHexDigits[value >> 4 * digit & 15];
-  }
-}
-
-void appendLimid(std::uint32_t limid, std::string* out) { appendHexadecimal(limid, 8, out); }
+void appendLimid(std::uint32_t limid, std::string* out) { appendHexNumber(limid, 8, out); }
 
 }  // namespace FiltersInspect

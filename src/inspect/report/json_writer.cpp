@@ -9,27 +9,27 @@ namespace FiltersInspect {
 
 using Json = nlohmann::json;
 
-void JsonText::open(char bracket) {
+void JsonWriter::open(char bracket) {
   begin();
   text_ += bracket;
   ++depth_;
   first_ = true;
 }
 
-void JsonText::close(char bracket) {
+void JsonWriter::close(char bracket) {
   --depth_;
   if (!first_) startLine();
   text_ += bracket;
   first_ = false;
 }
 
-void JsonText::key(std::string_view name) {
+void JsonWriter::key(std::string_view name) {
   value(name);
   text_ += ": ";
   keyed_ = true;
 }
 
-void JsonText::value(std::string_view text) {
+void JsonWriter::value(std::string_view text) {
   begin();
   const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
   if (std::all_of(text.begin(), text.end(), isPlain)) {
@@ -39,27 +39,27 @@ void JsonText::value(std::string_view text) {
   text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-void JsonText::value(std::uint64_t number) {
+void JsonWriter::value(std::uint64_t number) {
   begin();
   text_ += std::to_string(number);
 }
 
-void JsonText::signedValue(std::int64_t number) {
+void JsonWriter::signedValue(std::int64_t number) {
   begin();
   text_ += std::to_string(number);
 }
 
-void JsonText::flag(bool value) {
+void JsonWriter::flag(bool value) {
   begin();
   text_ += value ? "true" : "false";
 }
 
-std::string JsonText::take() {
+std::string JsonWriter::take() {
   text_ += '\n';
   return std::move(text_);
 }
 
-void JsonText::begin() {
+void JsonWriter::begin() {
   if (!std::exchange(keyed_, false)) {
     if (!first_) text_ += ',';
     if (depth_ != 0) startLine();
@@ -67,7 +67,7 @@ void JsonText::begin() {
   first_ = false;
 }
 
-void JsonText::startLine() {
+void JsonWriter::startLine() {
   text_ += '\n';
   text_.append(2 * depth_, ' ');
 }

@@ -11,7 +11,7 @@
 
 namespace FiltersInspect {
 
-class JsonText {
+class JsonWriter {
  public:
   // An object or an array, and its end: '{' and '}', '[' and ']'.
   void open(char bracket);

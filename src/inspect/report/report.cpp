@@ -92,7 +92,7 @@ std::string_view nameIn(CodesOf codes, std::uint32_t value) {
   return {};
 }
 
-void write(CodesOf codes, std::uint32_t value, JsonText* json) {
+void write(CodesOf codes, std::uint32_t value, JsonWriter* json) {
   const std::string_view name = nameIn(codes, value);
   if (name.empty()) {
     json->value(value);
@@ -102,7 +102,7 @@ void write(CodesOf codes, std::uint32_t value, JsonText* json) {
 }
 
 void write(const char* key, CodesOf codes, const std::vector<std::uint32_t>& values,
-           JsonText* json) {
+           JsonWriter* json) {
   if (values.empty()) return;
   json->key(key);
   json->open('[');
@@ -111,12 +111,12 @@ void write(const char* key, CodesOf codes, const std::vector<std::uint32_t>& val
 }
 
 template <class Value>
-void write(const char* key, Value value, JsonText* json) {
+void write(const char* key, Value value, JsonWriter* json) {
   json->key(key);
   json->value(value);
 }
 
-void write(const Finding& finding, JsonText* json) {
+void write(const Finding& finding, JsonWriter* json) {
   const CodesOf codes = offenderOf(finding);
   json->open('{');
   write("code", nameOf(finding.code), json);
@@ -164,7 +164,7 @@ std::string treatmentsText(const Finding& finding) {
          finding.after;
 }
 
-void write(const ReportInput& input, JsonText* json) {
+void write(const ReportInput& input, JsonWriter* json) {
   json->open('{');
   write("file", std::string_view(input.file), json);
   if (input.groups) write("groups", std::uint64_t{*input.groups}, json);
@@ -185,7 +185,7 @@ void write(const ReportInput& input, JsonText* json) {
 
 std::string document(const std::vector<ReportInput>& inputs, std::string_view command,
                      std::optional<Order> order) {
-  JsonText json;
+  JsonWriter json;
   json.open('{');
   write("format", std::string_view("filter-report"), &json);
   write("version", std::uint64_t{1}, &json);

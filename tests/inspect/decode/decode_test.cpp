@@ -1,9 +1,9 @@
 // What is lost when bytes are read, by losses that were planted and by the promises that hold for
 // any bytes.
 
-#include "../golden.h"
+#include "../../golden.h"
+#include "../sentences.h"
 #include "decoding.h"
-#include "sentences.h"
 
 #include <random>
 #include <regex>

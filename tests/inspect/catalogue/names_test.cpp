@@ -9,7 +9,7 @@
 #include <set>
 #include <sstream>
 
-#include "sentences.h"
+#include "../sentences.h"
 
 using namespace FiltersCommon;
 using namespace FiltersInspect;

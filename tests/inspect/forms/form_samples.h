@@ -9,7 +9,7 @@
 #include <random>
 #include <sstream>
 
-#include "../entry_samples.h"
+#include "../../entry_samples.h"
 
 namespace catalogue {
 
@@ -29,16 +29,16 @@ inline bool placesAreRight(std::string_view text, const ParsedGroups& parsed) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\n') lines.push_back(i + 1);
   }
-  const auto idAt = [&](const FiltersInspect::TextPlace& place) {
+  const auto idAt = [&](const FiltersInspect::TextPosition& place) {
     const std::size_t at = lines.at(place.line - 1) + place.column - 1;
     return std::stoul(std::string(text.substr(text.find_first_of("0123456789", at), 10)));
   };
-  bool right = parsed.places.size() == parsed.groups.size();
+  bool right = parsed.positions.size() == parsed.groups.size();
   for (std::size_t i = 0; i < parsed.groups.size() && right; ++i) {
     const auto& entries = parsed.groups[i].getEntriesRef();
-    right = idAt(parsed.places[i].group) == parsed.groups[i].getId() &&
-            parsed.places[i].entries.size() == entries.size();
-    for (const auto& [id, entry] : entries) right = right && idAt(parsed.places[i].of(id)) == id;
+    right = idAt(parsed.positions[i].group) == parsed.groups[i].getId() &&
+            parsed.positions[i].entries.size() == entries.size();
+    for (const auto& [id, entry] : entries) right = right && idAt(parsed.positions[i].of(id)) == id;
   }
   return right;
 }

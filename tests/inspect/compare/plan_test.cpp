@@ -8,7 +8,7 @@
 #include <random>
 #include <sstream>
 
-#include "../entry_samples.h"
+#include "../../entry_samples.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <locale>
 #include <string>
 
-#include "../memory_control.h"
+#include "../../memory_control.h"
 
 using namespace FiltersCommon;
 using namespace FiltersInspect;

@@ -6,7 +6,7 @@
 #include <regex>
 #include <sstream>
 
-#include "sentences.h"
+#include "../sentences.h"
 #include "tiny_checks.h"
 
 using namespace tiny;

@@ -5,8 +5,8 @@
 
 #include <random>
 
-#include "../entry_samples.h"
-#include "sentences.h"
+#include "../../entry_samples.h"
+#include "../sentences.h"
 
 namespace {
 

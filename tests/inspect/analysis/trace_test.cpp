@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "sentences.h"
+#include "../sentences.h"
 #include "tiny_checks.h"
 
 using namespace tiny;

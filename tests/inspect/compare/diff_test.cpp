@@ -5,7 +5,7 @@
 #include <random>
 #include <regex>
 
-#include "../entry_samples.h"
+#include "../../entry_samples.h"
 
 namespace {
 

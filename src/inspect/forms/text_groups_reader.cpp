@@ -2,82 +2,14 @@
 
 #include <algorithm>
 
-#include "form_rows.h"
 #include "group_builder.h"
+#include "report/hex.h"
+#include "value_text.h"
 
 namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
-
-// --- Writing -------------------------------------------------------------------------------------
-
-void appendNumberFor(std::string_view key, std::uint32_t value, std::string* out) {
-  *out += key;
-  appendNumber(value, out);
-}
-
-// The names of a row's limids, behind the name of their match or action.
-void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& message,
-                 std::string* out) {
-  const auto append = [&](std::uint32_t limid) { *out += ' ' + interfaceName(limid); };
-  if (row.form == Form::kLimids) {
-    const std::size_t count = countIn(message, row.fields[0]);
-    if (count == 0) return;
-    (*out += ", ") += name;
-    for (std::size_t i = 0; i < count; ++i) append(numberIn(message, row.fields[0], i));
-  } else if (row.form == Form::kLimid || row.form == Form::kMplsPorts) {
-    (*out += ", ") += name;
-    append(limidFromField(row, numberIn(message, row.fields[0])));
-    if (row.fields[1] != 0) append(limidFromField(row, numberIn(message, row.fields[1])));
-  }
-}
-
-// Matches or actions, and into the comment what is to be said of them.
-template <class Code, class Messages>
-void appendAll(const char* keyword, const Messages& messages, std::string* out,
-               std::string* comment) {
-  if (messages.empty()) return;
-  *out += keyword;
-  for (const auto& message : messages) {
-    const auto code = static_cast<Code>(message.type_());
-    const FormRow& row = *formOf(code);
-    *out += ' ';
-    *out += nameOf(code);
-    appendValue(row, message, out);
-    appendPorts(nameOf(code), row, message, comment);
-  }
-}
-
-// A policer's bytes; none are a sign, since something must stand behind the keyword.
-void appendPolicer(std::string_view bytes, std::string* out) {
-  if (bytes.empty()) *out += '-';
-  appendHex(bytes, out);
-}
-
-// The message is the caller's, to be used again.
-void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
-  message->Clear();
-  entry.convertToFiltersEntryPB(message);
-  std::string comment;
-  appendNumberFor("entry ", message->id_(), out);
-  appendNumberFor(" priority=", message->priority_(), out);
-  appendAll<filtersMatch_t>(" if", message->matches_(), out, &comment);
-  appendAll<filtersAction_t>(" then", message->actions_(), out, &comment);
-  if (!message->counters_().empty()) *out += " count";
-  for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
-  if (message->policer_() != defaultPolicer()) {
-    appendPolicer(message->policer_(), &(*out += " police "));
-    appendFacts(entry.getPolicer(), &(comment += ", policer"));
-  }
-  if (const auto parent = entry.getPolicerParent()) {
-    appendPolicer(message->policer_parent_(), &(*out += " parent "));
-    appendFacts(*parent, &(comment += ", parent"));
-  }
-  if (!comment.empty()) (*out += "  #").append(comment, 1);
-}
-
-// --- Reading -------------------------------------------------------------------------------------
 
 class TextReader {
  public:
@@ -94,8 +26,8 @@ class TextReader {
  private:
   // Makes the next line the one that words come from, without its comment. False behind the last.
   bool nextLine() {
-    if (place_.line != 0 && rest_.empty()) return false;
-    ++place_.line;
+    if (position_.line != 0 && rest_.empty()) return false;
+    ++position_.line;
     const std::size_t end = std::min(rest_.find('\n'), rest_.size());
     line_ = rest_.substr(0, end);
     rest_.remove_prefix(std::min(end + 1, rest_.size()));
@@ -115,8 +47,8 @@ class TextReader {
     words_.remove_prefix(end);
   }
 
-  TextPlace placeOf(std::string_view piece) const {
-    return {place_.line, static_cast<std::size_t>(piece.data() - line_.data()) + 1};
+  TextPosition positionOf(std::string_view piece) const {
+    return {position_.line, static_cast<std::size_t>(piece.data() - line_.data()) + 1};
   }
   bool fail(Code code, std::string_view piece, std::string message) {
     if (!piece.empty() && piece.back() == '\r') message = "a carriage return ends no line here";
@@ -126,7 +58,7 @@ class TextReader {
       code = Code::kTextSyntax;
       message = kZeroByte;
     }
-    groups_.fail(code, placeOf(piece), std::move(message));
+    groups_.fail(code, positionOf(piece), std::move(message));
     return false;
   }
   bool wanted(const std::string& what) {
@@ -150,10 +82,10 @@ class TextReader {
 
   void readLine() {
     if (word_.empty()) return;
-    const TextPlace place = placeOf(word_);
+    const TextPosition position = positionOf(word_);
     // A line with a stage was to be a head: what follows does not belong to the group before it.
     if (word_ == "group" || (word_ != "entry" && words_.find("stage=") != words_.npos)) {
-      beginGroup(place);
+      beginGroup(position);
       if (!take("group")) {
         wanted("'group' or 'entry'");
       } else if (readHead() && !word_.empty()) {
@@ -164,10 +96,10 @@ class TextReader {
     // Every other line is taken for an entry, so that it hides nothing about the others.
     const bool isEntry = take("entry");
     if (isEntry && !inGroup_) {
-      beginGroup(place);
-      groups_.fail(Code::kTextSyntax, place, "an entry before any group");
+      beginGroup(position);
+      groups_.fail(Code::kTextSyntax, position, "an entry before any group");
     }
-    groups_.beginEntry(place);
+    groups_.beginEntry(position);
     if (!isEntry) {
       wanted("'group' or 'entry'");
     } else if (readEntry() && !word_.empty()) {
@@ -176,10 +108,10 @@ class TextReader {
     groups_.endEntry();
   }
 
-  void beginGroup(TextPlace place) {
+  void beginGroup(TextPosition position) {
     if (inGroup_) groups_.endGroup();
     inGroup_ = true;
-    groups_.beginGroup(place);
+    groups_.beginGroup(position);
   }
 
   // A whole word, or what follows in it behind a key.
@@ -257,21 +189,21 @@ class TextReader {
   }
 
   // One match or action.
-  template <class Code_, class Messages>
+  template <class CodeEnum, class Messages>
   bool readOne(Messages* messages) {
     const std::size_t equals = std::min(word_.find('='), word_.size());
     const std::string_view name = word_.substr(0, equals);
     std::string_view value = word_.substr(std::min(equals + 1, word_.size()));
-    if constexpr (std::is_same_v<Code_, filtersMatch_t>) {
+    if constexpr (std::is_same_v<CodeEnum, filtersMatch_t>) {
       if (name == "dscp") return readDscp(value, messages);
     }
-    const auto code = fromName<Code_>(name);
+    const auto code = fromName<CodeEnum>(name);
     if (!code) return fail(Code::kTextSyntax, name, "no such name is known here");
     const FormRow& row = *formOf(*code);
-    if ((row.form == Form::kFlag) != (equals == word_.size())) {
+    if ((row.form == ValueForm::kFlag) != (equals == word_.size())) {
       return fail(
           Code::kTextSyntax, word_.substr(equals),
-          row.form == Form::kFlag ? "no value may stand here" : "'=' and a value is wanted");
+          row.form == ValueForm::kFlag ? "no value may stand here" : "'=' and a value is wanted");
     }
     auto* message = addNew(*code, messages);
     if (message == nullptr) return false;
@@ -283,8 +215,8 @@ class TextReader {
   }
 
   // Null and a finding for a code that the entry has already.
-  template <class Code_, class Messages>
-  auto addNew(Code_ code, Messages* messages) -> decltype(messages->Add()) {
+  template <class CodeEnum, class Messages>
+  auto addNew(CodeEnum code, Messages* messages) -> decltype(messages->Add()) {
     for (const auto& held : *messages) {
       if (held.type_() == static_cast<std::uint32_t>(code)) {
         fail(Code::kTextRepeated, word_, std::string(nameOf(code)) + " stands here twice");
@@ -339,47 +271,19 @@ class TextReader {
   std::string_view line_;   // the one at hand
   std::string_view words_;  // of the line, behind word_
   std::string_view word_;
-  TextPlace place_ = {0, 1};
+  TextPosition position_ = {0, 1};
   bool inGroup_ = false;
-  GroupsReader groups_;
+  GroupBuilder groups_;
 };
 
 }  // namespace
-
-std::string toText(const std::vector<FiltersGroup>& groups) {
-  std::string text = "filter-groups ";
-  appendNumber(kTextVersion, &text);
-  text += '\n';
-  FiltersEntryPB message;
-  for (const FiltersGroup& group : groups) {
-    appendNumberFor("group ", group.getId(), &text);
-    appendNumberFor(" priority=", group.getPriority(), &text);
-    text += " stage=";
-    appendName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group.getStage()), &text);
-    text += " type=";
-    appendName(kNamesOf<filtersGroupType_t>, static_cast<std::uint32_t>(group.getType()), &text);
-    text += '\n';
-    for (const auto& [id, entry] : group.getEntriesRef()) {
-      appendEntry(entry, &message, &text);
-      text += '\n';
-    }
-  }
-  return text;
-}
-
-std::string toText(const FiltersEntry& entry) {
-  std::string text;
-  FiltersEntryPB message;
-  appendEntry(entry, &message, &text);
-  return text;
-}
 
 ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings) {
   return TextReader(text, max_findings).read();
 }
 
 ParsedGroups groupsFromText(std::string_view text) {
-  return groupsFromText(text, GroupsReader::kMaxFindings);
+  return groupsFromText(text, GroupBuilder::kMaxFindings);
 }
 
 }  // namespace FiltersInspect

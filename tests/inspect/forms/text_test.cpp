@@ -1,7 +1,7 @@
 // The text form: what is written is read back, and nothing else is taken.
 
+#include "../sentences.h"
 #include "form_samples.h"
-#include "sentences.h"
 
 namespace {
 

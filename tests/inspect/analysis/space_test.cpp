@@ -1,7 +1,7 @@
 // Sets of packets beside every packet of small spaces.
 
-#include "../../src/inspect/analysis/cut.h"
-#include "../../src/inspect/analysis/meetings.h"
+#include "../../../src/inspect/analysis/cut.h"
+#include "../../../src/inspect/analysis/meetings.h"
 
 #include <gtest/gtest.h>
 

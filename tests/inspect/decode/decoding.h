@@ -8,7 +8,7 @@
 
 #include <numeric>
 
-#include "../meaning.h"
+#include "../../meaning.h"
 
 namespace catalogue {
 

@@ -1,0 +1,44 @@
+#include "limited_cuts.h"
+
+#include <algorithm>
+
+namespace FiltersInspect {
+namespace {
+
+constexpr std::uint64_t kRulesAtTheirLimit = 20;
+constexpr std::uint64_t kHardlyAny = 100, kFew = 2000;
+// So many ranges are looked at to find which rules meet, for each step that one rule may take.
+constexpr std::uint64_t kLooksAStep = 20000;
+
+}  // namespace
+
+std::uint64_t looksFor(std::uint64_t max_steps) {
+  return std::min(max_steps, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
+}
+
+Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
+    : cut_(space, 0), of_one_(max_steps) {
+  const std::uint64_t at_limit = std::max<std::uint64_t>(kRulesAtTheirLimit, rules / 1000);
+  of_all_ = std::min(max_steps, ~std::uint64_t{0} / at_limit) * at_limit;
+}
+
+Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
+                          std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher) {
+  // What takes hardly any steps is done even when all have been used.
+  steps = std::min(steps, std::max(of_all_, kHardlyAny));
+  cut_.setSteps(steps);
+  const Cut::Outcome outcome = cut_.run(sets, candidates, quick, watcher);
+  of_all_ -= std::min(of_all_, steps - cut_.stepsLeft());
+  return outcome;
+}
+
+Cut::Outcome Cuts::runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
+                              Cut::Watcher* watcher) {
+  return runFor(std::min(of_one_, kFew), sets, candidates, false, watcher);
+}
+
+void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {
+  if (options.progress) options.progress(done, all);
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,72 @@
+#include "addresses.h"
+
+#include <arpa/inet.h>
+
+#include <charconv>
+
+#include "report/hex.h"
+
+namespace FiltersInspect {
+namespace {
+
+bool isOne(const AddressBytes& bytes, unsigned bit) {
+  return (bytes[bit / 8] >> (7 - bit % 8) & 1) != 0;
+}
+
+}  // namespace
+
+unsigned leadingOnes(const AddressBytes& bytes, std::size_t size) {
+  unsigned length = 0;
+  while (length < 8 * size && isOne(bytes, length)) ++length;
+  return length;
+}
+
+unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size) {
+  auto length = static_cast<unsigned>(8 * size);
+  while (length > 0 && !isOne(bytes, length - 1)) --length;
+  return length;
+}
+
+AddressBytes prefixMask(unsigned length) {
+  AddressBytes mask = {};
+  for (unsigned bit = 0; bit < length; ++bit) {
+    mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
+  }
+  return mask;
+}
+
+std::optional<AddressBytes> parseAddress(ValueForm form, std::string_view text) {
+  AddressBytes bytes = {};
+  if (form == ValueForm::kMac) {
+    if (text.size() != sizeof "00:00:00:00:00:00" - 1) return std::nullopt;
+    for (std::size_t i = 0; i < sizeOf(form); ++i) {
+      const char* digits = &text[3 * i];
+      const auto [end, fault] = std::from_chars(digits, digits + 2, bytes[i], 16);
+      if (fault != std::errc() || end != digits + 2) return std::nullopt;
+      if (i != 0 && digits[-1] != ':') return std::nullopt;
+    }
+    return bytes;
+  }
+  char copy[INET6_ADDRSTRLEN] = {};
+  if (text.size() >= sizeof copy || text.find('\0') != text.npos) return std::nullopt;
+  text.copy(copy, text.size());
+  if (inet_pton(form == ValueForm::kIPv4 ? AF_INET : AF_INET6, copy, bytes.data()) != 1) {
+    return std::nullopt;
+  }
+  return bytes;
+}
+
+void appendAddress(ValueForm form, const AddressBytes& bytes, std::string* out) {
+  if (form == ValueForm::kMac) {
+    for (std::size_t i = 0; i < sizeOf(form); ++i) {
+      if (i != 0) *out += ':';
+      appendHex({reinterpret_cast<const char*>(&bytes[i]), 1}, out);
+    }
+    return;
+  }
+  char text[INET6_ADDRSTRLEN] = {};
+  inet_ntop(form == ValueForm::kIPv4 ? AF_INET : AF_INET6, bytes.data(), text, sizeof text);
+  *out += text;
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,24 @@
+#ifndef FILTER_INSPECT_SRC_FORMS_INTERFACE_IDS_H_
+#define FILTER_INSPECT_SRC_FORMS_INTERFACE_IDS_H_
+
+// Interface ids (limids) as numbers. An id is opaque and belongs to the platform; text and JSON
+// write its four bytes as a number of this machine.
+
+#include <cstdint>
+#include <string>
+
+#include "form_rows.h"
+
+namespace FiltersInspect {
+
+// The name of an interface as the platform gives it; what is not printable ASCII is '?'.
+std::string interfaceName(std::uint32_t limid);
+
+// The number that a message's field has for a row's interface id, and back: the same number, but
+// for MPLS ports, whose fields hold interface indexes. An id that the platform cannot convert is 0.
+std::uint32_t limidToField(const FormRow& row, std::uint32_t limid);
+std::uint32_t limidFromField(const FormRow& row, std::uint32_t value);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_FORMS_INTERFACE_IDS_H_

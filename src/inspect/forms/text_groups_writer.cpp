@@ -1,0 +1,109 @@
+#include <filter_common/filter_entries.pb.h>
+#include <filter_inspect/filter_text.h>
+
+#include "interface_ids.h"
+#include "policer_facts.h"
+#include "report/hex.h"
+#include "value_text.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+void appendNumberFor(std::string_view key, std::uint32_t value, std::string* out) {
+  *out += key;
+  appendNumber(value, out);
+}
+
+// The names of a row's limids, behind the name of their match or action.
+void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& message,
+                 std::string* out) {
+  const auto append = [&](std::uint32_t limid) { *out += ' ' + interfaceName(limid); };
+  if (row.form == ValueForm::kLimids) {
+    const std::size_t count = countIn(message, row.fields[0]);
+    if (count == 0) return;
+    (*out += ", ") += name;
+    for (std::size_t i = 0; i < count; ++i) append(numberIn(message, row.fields[0], i));
+  } else if (row.form == ValueForm::kLimid || row.form == ValueForm::kMplsPorts) {
+    (*out += ", ") += name;
+    append(limidFromField(row, numberIn(message, row.fields[0])));
+    if (row.fields[1] != 0) append(limidFromField(row, numberIn(message, row.fields[1])));
+  }
+}
+
+// Matches or actions, and into the comment what is to be said of them.
+template <class Code, class Messages>
+void appendAll(const char* keyword, const Messages& messages, std::string* out,
+               std::string* comment) {
+  if (messages.empty()) return;
+  *out += keyword;
+  for (const auto& message : messages) {
+    const auto code = static_cast<Code>(message.type_());
+    const FormRow& row = *formOf(code);
+    *out += ' ';
+    *out += nameOf(code);
+    appendValue(row, message, out);
+    appendPorts(nameOf(code), row, message, comment);
+  }
+}
+
+// A policer's bytes; none are a sign, since something must stand behind the keyword.
+void appendPolicer(std::string_view bytes, std::string* out) {
+  if (bytes.empty()) *out += '-';
+  appendHex(bytes, out);
+}
+
+// The message is the caller's, to be used again.
+void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
+  message->Clear();
+  entry.convertToFiltersEntryPB(message);
+  std::string comment;
+  appendNumberFor("entry ", message->id_(), out);
+  appendNumberFor(" priority=", message->priority_(), out);
+  appendAll<filtersMatch_t>(" if", message->matches_(), out, &comment);
+  appendAll<filtersAction_t>(" then", message->actions_(), out, &comment);
+  if (!message->counters_().empty()) *out += " count";
+  for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
+  if (message->policer_() != defaultPolicer()) {
+    appendPolicer(message->policer_(), &(*out += " police "));
+    appendFacts(entry.getPolicer(), &(comment += ", policer"));
+  }
+  if (const auto parent = entry.getPolicerParent()) {
+    appendPolicer(message->policer_parent_(), &(*out += " parent "));
+    appendFacts(*parent, &(comment += ", parent"));
+  }
+  if (!comment.empty()) (*out += "  #").append(comment, 1);
+}
+
+}  // namespace
+
+std::string toText(const std::vector<FiltersGroup>& groups) {
+  std::string text = "filter-groups ";
+  appendNumber(kTextVersion, &text);
+  text += '\n';
+  FiltersEntryPB message;
+  for (const FiltersGroup& group : groups) {
+    appendNumberFor("group ", group.getId(), &text);
+    appendNumberFor(" priority=", group.getPriority(), &text);
+    text += " stage=";
+    appendName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group.getStage()), &text);
+    text += " type=";
+    appendName(kNamesOf<filtersGroupType_t>, static_cast<std::uint32_t>(group.getType()), &text);
+    text += '\n';
+    for (const auto& [id, entry] : group.getEntriesRef()) {
+      appendEntry(entry, &message, &text);
+      text += '\n';
+    }
+  }
+  return text;
+}
+
+std::string toText(const FiltersEntry& entry) {
+  std::string text;
+  FiltersEntryPB message;
+  appendEntry(entry, &message, &text);
+  return text;
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,55 @@
+#ifndef FILTER_INSPECT_SRC_FORMS_VALUE_TEXT_H_
+#define FILTER_INSPECT_SRC_FORMS_VALUE_TEXT_H_
+
+// The text of one match, action or counter, from its message and back. Works on messages, not
+// objects, so values no setter accepts survive a round trip.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <filter_common/filter_actions.pb.h>
+#include <filter_common/filter_counter.pb.h>
+#include <filter_common/filter_matches.pb.h>
+
+#include "form_rows.h"
+#include "message_fields.h"
+
+namespace FiltersInspect {
+
+using FiltersCommon::ActionPB;
+using FiltersCommon::CounterPB;
+using FiltersCommon::MatchPB;
+
+// "dst_l4_port=179/0xffff", "permit", "1=packets"; a code or type without a name is its number.
+std::string textOf(const MatchPB& match);
+std::string textOf(const ActionPB& action);
+std::string textOf(const CounterPB& counter);
+
+// Appends a row's value to `out`: nothing for a flag, else '=' and the value; and the value alone.
+void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
+std::string valueText(const FormRow& row, const AnyMessage& message);
+
+// Why a text is no value of the row, and where in the text.
+struct ValueFault {
+  std::string why;
+  std::size_t at = 0;
+};
+// Sets the message's fields; the code is the caller's.
+std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
+
+// Parts of values. A number is decimal or hexadecimal behind 0x; nothing when the text is none or
+// has more bits. A name is one of the enumeration's or a number.
+std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
+std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
+std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as it travels
+
+void appendNumber(std::uint32_t value, std::string* out);
+void appendName(const Enumeration& names, std::uint32_t value, std::string* out);
+void appendLimid(std::uint32_t limid, std::string* out);  // 0x01000003
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_FORMS_VALUE_TEXT_H_

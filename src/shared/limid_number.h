@@ -1,0 +1,32 @@
+#ifndef FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
+#define FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
+
+// Interface ids as the numbers that messages hold. An id is opaque and belongs to the platform; its
+// four bytes travel as the number that they are on the machine that sends.
+
+#include <limid/limid.h>
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace FiltersCommon {
+
+static_assert(sizeof(limid_t) == sizeof(std::uint32_t), "a limid travels as 32 bits");
+static_assert(std::is_trivially_copyable_v<limid_t>, "a limid is copied as bytes");
+
+inline std::uint32_t limidToWire(limid_t limid) {
+  std::uint32_t value;
+  std::memcpy(&value, &limid, sizeof value);
+  return value;
+}
+
+inline limid_t limidFromWire(std::uint32_t value) {
+  limid_t limid;
+  std::memcpy(&limid, &value, sizeof limid);
+  return limid;
+}
+
+}  // namespace FiltersCommon
+
+#endif  // FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
