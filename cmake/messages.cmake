@@ -38,5 +38,6 @@ target_compile_options(filter_common_messages PRIVATE -w $<$<CONFIG:MinSizeRel>:
 set_target_properties(
   filter_common_messages
   PROPERTIES POSITION_INDEPENDENT_CODE ON
+             UNITY_BUILD OFF # its files use the same names
              CXX_VISIBILITY_PRESET default
              VISIBILITY_INLINES_HIDDEN ON)

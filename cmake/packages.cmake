@@ -42,13 +42,14 @@ set(changelog_sources ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_BINARY_DIR}/p
 set(changelogs changelog.gz changelog.Debian.gz)
 set(packed_sources ${changelog_sources} ${PROJECT_SOURCE_DIR}/tools/filter_inspect/filter-inspect.1)
 set(packed_files ${changelogs} filter-inspect.1.gz)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${packed_sources})
 foreach(source packed IN ZIP_LISTS packed_sources packed_files)
-  execute_process(
-    COMMAND gzip -9nc ${source}
-    OUTPUT_FILE ${PROJECT_BINARY_DIR}/${packed}
-    COMMAND_ERROR_IS_FATAL ANY)
+  add_custom_command(
+    OUTPUT ${packed}
+    COMMAND gzip -9nc ${source} > ${packed}
+    DEPENDS ${source}
+    VERBATIM)
 endforeach()
+add_custom_target(packed_documents ALL DEPENDS ${packed_files})
 list(TRANSFORM changelogs PREPEND ${PROJECT_BINARY_DIR}/)
 
 foreach(kind IN LISTS kinds)

@@ -1,0 +1,83 @@
+# What comes from elsewhere: the message runtime, the device's two libraries, libraries of headers
+# alone and GoogleTest.
+
+# --- The message runtime, protobuf::libprotobuf, and its compiler, ${protoc} ---------------------
+
+include(${CMAKE_CURRENT_LIST_DIR}/find_protobuf.cmake)
+if(NOT "${Protobuf_VERSION}" VERSION_GREATER_EQUAL 3.6.0)
+  message(FATAL_ERROR "The protocol-buffer runtime is needed, release 3.6.0 or later; "
+                      "found '${Protobuf_VERSION}'")
+endif()
+message(STATUS "Protocol buffers ${Protobuf_VERSION}")
+
+# The compiler is the build machine's: the runtime of another machine may bring one along that does
+# not run here.
+set(protoc protobuf::protoc)
+if(CMAKE_CROSSCOMPILING)
+  find_program(Protobuf_PROTOC_EXECUTABLE protoc REQUIRED)
+  set(protoc ${Protobuf_PROTOC_EXECUTABLE})
+endif()
+
+# --- The two libraries of the device: limid::limid and policer::policer --------------------------
+
+set(FILTER_COMMON_PLATFORM standin CACHE STRING
+    "Where limid and policer come from: the stand-ins in platform/, or the device's own packages")
+set_property(CACHE FILTER_COMMON_PLATFORM PROPERTY STRINGS standin device)
+
+if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+  add_subdirectory(platform/limid)
+  add_subdirectory(platform/policer)
+  target_link_libraries(limid PRIVATE filter_common_shipped filter_common_warnings)
+  target_link_libraries(policer PRIVATE filter_common_shipped filter_common_warnings)
+elseif(FILTER_COMMON_PLATFORM STREQUAL "device")
+  find_package(limid REQUIRED)
+  find_package(policer REQUIRED)
+else()
+  message(FATAL_ERROR "FILTER_COMMON_PLATFORM is '${FILTER_COMMON_PLATFORM}'; "
+                      "it must be 'standin' or 'device'")
+endif()
+
+# --- Libraries of headers alone ------------------------------------------------------------------
+
+# They are the same for every machine, so that those of the build machine serve where the target
+# has none.
+#
+# Finds a package that offers a target whose headers stand in a folder, and says who needs it and
+# how to do without: filter_common_find_headers(<package> <release> <target> <folder> <who> <option>)
+function(filter_common_find_headers package release target folder who option)
+  find_package(${package} ${release} QUIET GLOBAL CMAKE_FIND_ROOT_PATH_BOTH)
+  if(NOT ${package}_FOUND)
+    message(FATAL_ERROR "${who} needs ${package}, ${release} or later: run scripts/setup, or build "
+                        "without it, with -D${option}=OFF")
+  endif()
+  # The folder that holds them may be the build machine's /usr/include, which is no place to look
+  # for anything else: they are reached through a link of their own.
+  if(CMAKE_CROSSCOMPILING)
+    get_target_property(found ${target} INTERFACE_INCLUDE_DIRECTORIES)
+    list(GET found 0 found)
+    set(link ${PROJECT_BINARY_DIR}/headers_of_${package})
+    file(MAKE_DIRECTORY ${link})
+    file(CREATE_LINK ${found}/${folder} ${link}/${folder} SYMBOLIC)
+    set_target_properties(${target} PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${link})
+  endif()
+endfunction()
+
+# --- GoogleTest ----------------------------------------------------------------------------------
+
+set(FILTER_COMMON_GOOGLETEST_SOURCE "" CACHE PATH
+    "Folder of GoogleTest's sources, to build it instead of looking for it")
+
+# GTest::gmock and GTest::gtest_main, for this folder and those below: from the system, or for a
+# target that has no package of them built from the sources that Debian's package googletest
+# installs.
+macro(filter_common_find_googletest)
+  if(NOT FILTER_COMMON_GOOGLETEST_SOURCE)
+    find_package(GTest 1.12)
+    if(NOT GTest_FOUND)
+      message(FATAL_ERROR "The tests need GoogleTest 1.12 or later: run scripts/setup, or build "
+                          "without tests, with -DBUILD_TESTING=OFF")
+    endif()
+  elseif(NOT TARGET GTest::gtest)
+    add_subdirectory(${FILTER_COMMON_GOOGLETEST_SOURCE} googletest EXCLUDE_FROM_ALL SYSTEM)
+  endif()
+endmacro()
