@@ -17,18 +17,15 @@ const T& as(void* a) {
 
 extern "C" {
 
-// The two assertions report their lines, which are part of the interface: 23 here.
+// The lines that the two assertions report are part of the interface.
 void deleteAction(void* a) {
-  constexpr char signature[] = "void FiltersCommon::deleteAction(void*)";
-  FILTERS_ASSERT(a != nullptr, signature);
+  FILTERS_ASSERT_AT(a != nullptr, 23, "void FiltersCommon::deleteAction(void*)");
   delete &fromHandle<Action>(a);
 }
 
-// And 31 here. Whoever adds a line above takes one away;
-// a test holds both lines.
 filtersAction_t actionGetType(void* a) {
-  constexpr char signature[] = "FiltersCommon::filtersAction_t FiltersCommon::actionGetType(void*)";
-  FILTERS_ASSERT(a != nullptr, signature);
+  FILTERS_ASSERT_AT(a != nullptr, 31,
+                    "FiltersCommon::filtersAction_t FiltersCommon::actionGetType(void*)");
   return as<Action>(a).getType();
 }
 

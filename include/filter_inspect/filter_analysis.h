@@ -172,6 +172,10 @@ struct Trace {
   // Empty where that is open, and where none takes it.
   std::string treatment;
 };
+// "undecided: entry 10 or 60, or 1000"; "hit", "miss: the field that missed".
+FILTERS_API std::string toText(const Trace& trace);
+FILTERS_API std::string toText(const Traced& traced);
+
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
 

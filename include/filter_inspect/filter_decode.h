@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_report.h>
@@ -41,6 +42,21 @@ struct DecodedGroup {
   Report report;
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
+// Also adds the entries as they came, in the order of the bytes. Those that the group refuses and
+// those that a later one replaces are among them, those that throw are not.
+FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
+                                     std::vector<FiltersCommon::FiltersEntry>* entries);
+
+// A stage or a type, or both, in place of those that a group came with.
+struct StageTypeInstead {
+  std::optional<FiltersCommon::filtersGroupStage_t> stage;
+  std::optional<FiltersCommon::filtersGroupType_t> type;
+};
+// Decodes the group as if its bytes said these. Every finding is about the bytes as they are;
+// whether a group may have such a stage and type together is not looked at (explainStage(),
+// explainType()).
+FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead,
+                                     const DecodeLimits& limits = {});
 
 struct DecodedEntry {
   std::optional<FiltersCommon::FiltersEntry> entry;

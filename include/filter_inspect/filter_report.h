@@ -102,6 +102,28 @@ struct Report {
   FILTERS_API void keep(std::size_t most);
 };
 
+// A report of at most so many findings. While it grows it holds up to twice as many, so that each
+// costs the same however many there are.
+class LimitedReport {
+ public:
+  explicit LimitedReport(std::size_t most) : most_(most) {}
+
+  // A finding to fill in, valid until the next one. Null if more severe findings, or earlier ones
+  // of the same severity, take all places: then it has been counted, and nothing needs to be made.
+  FILTERS_API Finding* add(Code code);
+  // Adds the findings of another report, and counts what it left out.
+  FILTERS_API void append(Report&& other);
+  bool empty() const { return report_.empty(); }
+  FILTERS_API Report take();
+ private:
+  bool hasRoom(Severity severity);
+  Finding& addNew(Severity severity);
+
+  std::size_t most_;
+  SeverityCounts added_ = {};
+  Report report_;
+};
+
 // One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Below it, two
 // blanks further in, the witness where there is one, and what the entry and others do with it. Of a
 // report also how many were left out.

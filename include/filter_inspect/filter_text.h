@@ -16,6 +16,7 @@
 // texts of others limits that.
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,8 +34,20 @@ inline constexpr int kJsonVersion = 1;
 FILTERS_API std::string toText(const std::vector<FiltersCommon::FiltersGroup>& groups);
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups);
 
+// The lines of one group, without the line that begins the text form.
+FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
+
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
+
+// What the line of an entry says, taken apart for tables and pictures.
+struct EntryColumns {
+  // Values as the text form writes them: "192.0.2.0/24", nothing for a match without a value.
+  std::vector<std::pair<FiltersCommon::filtersMatch_t, std::string>> matches;
+  std::vector<std::string> actions;              // "permit", "set_pcp=5"
+  std::optional<std::uint32_t> policer, parent;  // the ids of those that the entry was given
+};
+FILTERS_API EntryColumns columnsOf(const FiltersCommon::FiltersEntry& entry);
 
 // Where something begins in text or JSON: both count from 1.
 struct TextPosition {

@@ -406,6 +406,7 @@ TABLE = [
      "(refused.bin: group 1: [^\n]*\n){33}[^\n]* 30 errors, 3 warnings; left out: 4 warnings; .*",
      NONE),
     ("check cut_group.bin --stage=egress --type=1", 1,
+     r"cut_group.bin: group 1: error: the stage egress [^\n]*\n.*"
      r"cut_group.bin: group 1: error: entry 1000: counter 1: [^\n]* \[bytes-broken\]\n.*", NONE),
     ("analyse twice.txt --order=highest-priority --max-findings=4", 1,
      "(twice.txt:[3-5]:1: .*){3}twice.txt:10:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 4 warnings; "

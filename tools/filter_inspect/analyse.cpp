@@ -42,7 +42,7 @@ Exit runAnalyse(const Options& options, Console* console) {
   std::vector<ReportInput> documents;
   Picture picture(order);
   bool found = false;
-  forEachInput(options, Severity::kWarning, console, [&](Input& input) {
+  forEachInput(options, {}, console, [&](Input& input) {
     tellLosses(input, console);
     FileReport all(options, input);
     std::size_t entries = 0;

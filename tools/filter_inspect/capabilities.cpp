@@ -1,5 +1,3 @@
-#include <filter_common/filter_groups.pb.h>
-#include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
 
@@ -89,18 +87,6 @@ Report tablesOf(const Options& options) {
   return report;
 }
 
-// The entries that a group came with, also those that it had to refuse.
-std::vector<FiltersEntry> entriesOf(const Input& input, const InputGroup& group) {
-  std::vector<FiltersEntry> entries;
-  FiltersGroupPB message;
-  message.ParsePartialFromString(input.bytesOf(group));
-  for (const FiltersEntryPB& entry : message.entries_()) {
-    DecodedEntry decoded = decodeEntry(entry.SerializePartialAsString());
-    if (decoded.entry) entries.push_back(*std::move(decoded.entry));
-  }
-  return entries;
-}
-
 Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& types) {
   std::string places;
   for (const Placement& placement : placementsOf(entry)) {
@@ -154,7 +140,7 @@ class Placer {
   }
  private:
   void place(const Input& input, const InputGroup& group, Report* all) {
-    for (const FiltersEntry& entry : entriesOf(input, group)) {
+    for (const FiltersEntry& entry : group.entries) {
       Finding finding = placeFor(entry, stages_, types_);
       input.locate(group, &finding);
       if (finding.severity != Severity::kNote) exit_ = kExitFound;
@@ -180,7 +166,8 @@ class Placer {
 Exit runCapabilities(const Options& options, Console* console) {
   if (!options.files.empty()) {
     Placer placer(options, console);
-    forEachInput(options, Severity::kWarning, console, [&](Input& input) { placer.place(input); });
+    forEachInput(options, {Severity::kWarning, true}, console,
+                 [&](Input& input) { placer.place(input); });
     return placer.finish();
   }
   const Report tables = tablesOf(options);

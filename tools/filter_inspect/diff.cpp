@@ -1,5 +1,5 @@
-#include <filter_common/filter_groups.pb.h>
 #include <filter_inspect/filter_diff.h>
+#include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_text.h>
 
 #include <algorithm>
@@ -49,22 +49,6 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// The group without its entries.
-FiltersGroup headOf(const FiltersGroup& group) {
-  FiltersGroupPB head;
-  head.set_id_(group.getId());
-  head.set_priority_(group.getPriority());
-  head.set_stage_(static_cast<std::uint32_t>(group.getStage()));
-  head.set_type_(static_cast<std::uint32_t>(group.getType()));
-  return FiltersGroup(head.SerializeAsString());
-}
-
-std::string headLine(const FiltersGroup& group) {
-  const std::string text = toText(std::vector{headOf(group)});
-  const std::size_t line = text.find('\n') + 1;
-  return text.substr(line, text.find('\n', line) - line);
-}
-
 // What the library says, and of a group that is alone that it is.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
@@ -72,9 +56,9 @@ Report compare(const Pair& pair) {
   Finding alone =
       findingOf(Code::kHeadChanged, pair.a != nullptr ? "the group is gone" : "the group is new");
   alone.group = group.getId();
-  (pair.a != nullptr ? alone.before : alone.after) = headLine(group);
-  const FiltersGroup head = headOf(group);
-  Report report = pair.a != nullptr ? diff(group, head) : diff(head, group);
+  (pair.a != nullptr ? alone.before : alone.after) = toText(headOf(group));
+  const FiltersGroup empty = emptyGroup(headOf(group));
+  Report report = pair.a != nullptr ? diff(group, empty) : diff(empty, group);
   report.findings.insert(report.findings.begin(), std::move(alone));
   return report;
 }
@@ -89,7 +73,8 @@ void printEntry(const InputGroup* group, filtersEntryId_t id, char sign, Console
 
 void printHead(const InputGroup* group, char sign, Console* console) {
   if (group == nullptr) return;
-  console->writeLine(sign + headLine(*group->group), sign == '-' ? Color::kRemoved : Color::kAdded);
+  console->writeLine(sign + toText(headOf(*group->group)),
+                     sign == '-' ? Color::kRemoved : Color::kAdded);
 }
 
 // Lines of text, one for each head and entry that differ: what the findings are about.

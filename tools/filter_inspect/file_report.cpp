@@ -23,20 +23,15 @@ void FileReport::add(const InputGroup& group, Report&& report) {
   add(std::move(report));
 }
 
-void FileReport::add(Report&& report) {
-  all_.append(std::move(report));
-  if (all_.findings.size() / 2 >= options_.maxFindings) all_.keep(options_.maxFindings);
-}
-
 Report FileReport::take() {
-  all_.keep(options_.maxFindings);
-  const bool isAll = all_.left_out == 0;
-  std::stable_sort(all_.findings.begin(), all_.findings.end(),
+  Report all = all_.take();
+  const bool isAll = all.left_out == 0;
+  std::stable_sort(all.findings.begin(), all.findings.end(),
                    [isAll](const Finding& a, const Finding& b) {
                      if (!isAll && a.severity != b.severity) return a.severity > b.severity;
                      return a.group_number < b.group_number;
                    });
-  return std::move(all_);
+  return all;
 }
 
 ReportInput FileReport::write(std::size_t entries, const std::string& tail, Console* console) {

@@ -13,12 +13,13 @@ namespace FilterInspectTool {
 
 class FileReport {
  public:
-  FileReport(const Options& options, const Input& input) : options_(options), input_(input) {}
+  FileReport(const Options& options, const Input& input)
+      : options_(options), input_(input), all_(options.maxFindings) {}
 
   // A report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);
   // A report about several groups, which it names.
-  void add(Report&& report);
+  void add(Report&& report) { all_.append(std::move(report)); }
   // All that was added: one group after the other, but where not all is told, what weighs most
   // comes first.
   Report take();
@@ -27,7 +28,7 @@ class FileReport {
  private:
   const Options& options_;
   const Input& input_;
-  Report all_;
+  FiltersInspect::LimitedReport all_;
 };
 
 }  // namespace FilterInspectTool

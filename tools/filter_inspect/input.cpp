@@ -1,15 +1,14 @@
 #include "input.h"
 
-#include <fcntl.h>
 #include <filter_common/filter_groups.pb.h>
 #include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_text.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <utility>
+
+#include "input_file.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -18,39 +17,21 @@ using FiltersInspect::ByteRange;
 
 // --- Files ---------------------------------------------------------------------------------------
 
-class File {
- public:
-  explicit File(const std::string& name)
-      : handle_(name == "-" ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)),
-        isOwn_(name != "-") {}
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() {
-    if (isOwn_ && handle_ >= 0) ::close(handle_);
+// Up to `limit` bytes, and one more where there are more. 0, or why the system refuses.
+int readAll(const std::string& name, std::size_t limit, std::string* content) {
+  constexpr std::size_t kAtOnce = 64 << 10;
+  InputFile file(name);
+  limit = std::min(limit, SIZE_MAX / 4);
+  std::size_t held = 0;
+  while (held <= limit) {
+    content->resize(std::min(std::max(2 * held, kAtOnce), limit + 1));
+    const std::size_t count = file.read(content->data() + held, content->size() - held);
+    if (count == 0) break;
+    held += count;
   }
-
-  // Up to `limit` bytes, and one more where there are more. 0, or why the system refuses.
-  int read(std::size_t limit, std::string* content) {
-    if (handle_ < 0) return error_;
-    limit = std::min(limit, SIZE_MAX / 4);
-    std::size_t held = 0;
-    while (held <= limit) {
-      content->resize(std::min(std::max(2 * held, kAtOnce), limit + 1));
-      const ssize_t count = ::read(handle_, content->data() + held, content->size() - held);
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) return errno;
-      if (count == 0) break;
-      held += static_cast<std::size_t>(count);
-    }
-    content->resize(held);
-    return 0;
-  }
- private:
-  static constexpr std::size_t kAtOnce = 64 << 10;
-  const int handle_;
-  const int error_ = errno;  // of opening it, where that failed
-  const bool isOwn_;
-};
+  content->resize(held);
+  return file.error();
+}
 
 // JSON begins with an object, also behind blanks; no bytes of a group begin like one with a key.
 bool looksLikeJson(std::string_view content) {
@@ -134,8 +115,12 @@ bool breaks(const Report& report, std::string_view bytes) {
 // Fills an input with its groups.
 class Reader {
  public:
-  Reader(const Options& options, Severity least, Console* console, Input* input)
-      : options_(options), least_(least), console_(*console), input_(*input) {}
+  Reader(const Options& options, const Wanted& wanted, Console* console, Input* input)
+      : options_(options),
+        wanted_(wanted),
+        console_(*console),
+        input_(*input),
+        report_(options.maxFindings) {}
 
   void readBytes() {
     input_.framing = options_.framing;
@@ -156,6 +141,8 @@ class Reader {
     keep({{findingOf(Code::kBytesBroken, broken)}});
   }
 
+  Report takeReport() { return report_.take(); }
+
   // False when there is something that cannot be read.
   bool readForm() {
     const bool isText = input_.form == FileForm::kText;
@@ -167,7 +154,10 @@ class Reader {
     const bool wasRead = parsed.report.empty();
     tell(parsed.report);
     for (std::size_t i = 0; i < parsed.groups.size() && hasRoom(); ++i) {
-      add(std::move(parsed.positions[i])).group = std::move(parsed.groups[i]);
+      InputGroup& group = add(std::move(parsed.positions[i]));
+      group.group = std::move(parsed.groups[i]);
+      if (!wanted_.entries) continue;
+      for (const auto& [id, entry] : group.group->getEntriesRef()) group.entries.push_back(entry);
     }
     return wasRead;
   }
@@ -185,19 +175,20 @@ class Reader {
   // About the last group.
   void keep(Report&& report) {
     input_.locate(input_.groups.back(), &report);
-    input_.report.append(std::move(report));
-    const std::size_t most = options_.maxFindings;
-    if (input_.report.findings.size() / 2 >= most) input_.report.keep(most);
+    report_.append(std::move(report));
   }
 
   void addBytes(ByteRange range) {
     const std::string_view bytes =
         std::string_view(input_.content).substr(range.offset, range.length);
+    std::vector<FiltersEntry> entries;
     FiltersInspect::DecodedGroup decoded =
-        FiltersInspect::decodeGroup(bytes, {options_.maxFindings, options_.maxBytes, least_});
+        FiltersInspect::decodeGroup(bytes, {options_.maxFindings, options_.maxBytes, wanted_.least},
+                                    wanted_.entries ? &entries : nullptr);
     InputGroup& group = add({});
     group.isBroken = !decoded.group || breaks(decoded.report, bytes);
     group.group = std::move(decoded.group);
+    group.entries = std::move(entries);
     group.range = range;
     keep(std::move(decoded.report));
   }
@@ -227,17 +218,18 @@ class Reader {
   }
 
   const Options& options_;
-  const Severity least_;
+  const Wanted wanted_;
   Console& console_;
   Input& input_;
+  FiltersInspect::LimitedReport report_;
 };
 
-std::optional<Input> readInput(const std::string& file, const Options& options, Severity least,
-                               Console* console) {
+std::optional<Input> readInput(const std::string& file, const Options& options,
+                               const Wanted& wanted, Console* console) {
   Input input;
   input.file = file;
   console->showProgress(file);
-  if (const int error = File(file).read(options.maxBytes, &input.content)) {
+  if (const int error = readAll(file, options.maxBytes, &input.content)) {
     console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, error);
     return std::nullopt;
   }
@@ -248,13 +240,13 @@ std::optional<Input> readInput(const std::string& file, const Options& options, 
     return std::nullopt;
   }
   input.form = formOf(input.content, options.from);
-  Reader reader(options, least, console, &input);
+  Reader reader(options, wanted, console, &input);
   if (input.form == FileForm::kBytes) {
     reader.readBytes();
   } else if (!reader.readForm()) {
     return std::nullopt;
   }
-  input.report.keep(options.maxFindings);
+  input.report = reader.takeReport();
   console->hideProgress();
   return input;
 }
@@ -285,13 +277,13 @@ void Input::locate(const InputGroup& group, Report* all) const {
   for (Finding& finding : all->findings) locate(group, &finding);
 }
 
-void forEachInput(const Options& options, Severity least, Console* console,
+void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit) {
   bool tookStandardInput = false;
   for (const std::string& file : options.files) {
     if (file == "-" && std::exchange(tookStandardInput, true)) {
       console->trouble(Code::kUsage, file, "standard input is read once");
-    } else if (std::optional<Input> input = readInput(file, options, least, console)) {
+    } else if (std::optional<Input> input = readInput(file, options, wanted, console)) {
       visit(*input);
     }
   }
@@ -299,8 +291,7 @@ void forEachInput(const Options& options, Severity least, Console* console,
 
 std::vector<Input> readInputs(const Options& options, Console* console) {
   std::vector<Input> inputs;
-  forEachInput(options, Severity::kWarning, console,
-               [&](Input& input) { inputs.push_back(std::move(input)); });
+  forEachInput(options, {}, console, [&](Input& input) { inputs.push_back(std::move(input)); });
   return inputs;
 }
 

@@ -31,6 +31,7 @@ struct InputGroup {
   // What a device would hold; nothing where it would refuse to build it, or where a frame is
   // broken.
   std::optional<FiltersGroup> group;
+  std::vector<FiltersEntry> entries;         // as they came, refused ones too, if they were wanted
   FiltersInspect::ByteRange range;           // of bytes: where they stand in the content
   FiltersInspect::GroupPositions positions;  // of text and JSON
   bool isBroken = false;                     // whether some of the bytes could not be read
@@ -55,9 +56,15 @@ struct Input {
 // Tells what a device would lose of it; what is broken is trouble.
 void tellLosses(const Input& input, Console* console);
 
+// What a command needs of bytes.
+struct Wanted {
+  Severity least = Severity::kWarning;  // findings below are left out
+  bool entries = false;                 // InputGroup::entries
+};
+
 // Visits each file of the command line, "-" for standard input, that can be read; of others the
-// trouble is told. Of bytes, findings below a severity are left out.
-void forEachInput(const Options& options, Severity least, Console* console,
+// trouble is told.
+void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit);
 
 // All of them, with what is lost of bytes.

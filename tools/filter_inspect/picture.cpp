@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <sstream>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -63,39 +63,23 @@ struct Row {
   std::size_t skipped = 0;  // so many rows in front of it are not drawn
 };
 
-// The id that the comment of a line tells of a policer.
-std::string idIn(std::string_view line, std::string_view which) {
-  std::string_view comment = line.substr(std::min(line.find('#'), line.size()));
-  const std::size_t at = comment.rfind(which);
-  if (at == comment.npos) return "yes";
-  comment.remove_prefix(at + which.size());
-  return std::string(comment.substr(0, comment.find_first_of(" ,")));
+std::string idText(const std::optional<std::uint32_t>& id) {
+  return id ? std::to_string(*id) : std::string();
 }
 
-// The line of an entry in the text form, taken apart: no value has a blank in it.
 Row rowOf(const FiltersEntry& entry) {
+  const EntryColumns columns = columnsOf(entry);
   Row row{};
   row.id = entry.getId();
   row.priority = entry.getPriority();
-  const std::string line = toText(entry);
-  std::istringstream words(line);
-  std::string part;
-  for (std::string word; words >> word && word != "#";) {
-    if (word == "if" || word == "then" || word == "count" || word == "police" || word == "parent") {
-      part = word;
-    } else if (part == "if") {
-      const std::size_t sign = std::min(word.find('='), word.size());
-      if (const auto match = fromName<filtersMatch_t>(word.substr(0, sign))) {
-        row.values[*match] = sign == word.size() ? "yes" : word.substr(sign + 1);
-      }
-    } else if (part == "then") {
-      row.actions += (row.actions.empty() ? "" : " ") + word;
-    } else if (part == "police") {
-      row.policer = idIn(line, " policer ");
-    } else if (part == "parent") {
-      row.parent = idIn(line, " parent ");
-    }
+  for (const auto& [match, value] : columns.matches) {
+    row.values[match] = value.empty() ? "yes" : value;
   }
+  for (const std::string& action : columns.actions) {
+    row.actions += (row.actions.empty() ? "" : " ") + action;
+  }
+  row.policer = idText(columns.policer);
+  row.parent = idText(columns.parent);
   return row;
 }
 
@@ -179,7 +163,7 @@ struct Column {
   }
 };
 
-std::vector<Column> columnsOf(const std::vector<Row>& rows) {
+std::vector<Column> tableOf(const std::vector<Row>& rows) {
   std::vector<Column> columns = {{"entry", {}}, {"priority", {}}};
   std::map<filtersMatch_t, Column> fields;
   Column actions{"then", {}}, policer{"policer", {}}, parent{"parent", {}};
@@ -250,7 +234,7 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
   Report rest = report;
   rest.findings.clear();
   left_out_.append(std::move(rest));
-  const std::vector<Column> columns = columnsOf(rows);
+  const std::vector<Column> columns = tableOf(rows);
   std::vector<std::string_view> head;
   std::size_t wide = 0;
   widths_.clear();

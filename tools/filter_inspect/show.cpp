@@ -20,11 +20,8 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   for (const Input& input : inputs) {
     for (const InputGroup& group : input.groups) {
       if (!group.group) continue;
-      const std::string text =
-          asText ? FiltersInspect::toText(std::vector{*group.group}) : dumped(*group.group);
-      const std::size_t head = asText ? text.find('\n') + 1 : 0;
       if (inputs.size() > 1) console->writeLine("# " + printable(group.place));
-      console->write(text.substr(head));
+      console->write(asText ? FiltersInspect::groupLines(*group.group) : dumped(*group.group));
     }
   }
 }

@@ -1,12 +1,8 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <sstream>
 
 #include "analysis.h"
 #include "input.h"
+#include "input_file.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -19,23 +15,14 @@ constexpr char kPacketPlace[] = "--packet";
 // Takes lines from a file one at a time, as they come.
 class Lines {
  public:
-  Lines(const std::string& file, std::size_t longest)
-      : handle_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)),
-        error_(handle_ < 0 ? errno : 0),
-        is_own_(file != "-"),
-        longest_(longest) {}
-  Lines(const Lines&) = delete;
-  Lines& operator=(const Lines&) = delete;
-  ~Lines() {
-    if (is_own_ && handle_ >= 0) ::close(handle_);
-  }
+  Lines(const std::string& file, std::size_t longest) : file_(file), longest_(longest) {}
 
   // False at the end, at what the system refuses, and at a line that is too long. `wait` is called
   // before there is something to wait for.
   template <class Wait>
   bool next(std::string* line, const Wait& wait) {
     std::size_t end = held_.find('\n', begin_);
-    while (end == held_.npos && !ended_ && error_ == 0 && !isTooLong()) {
+    while (end == held_.npos && !ended_ && error() == 0 && !isTooLong()) {
       held_.erase(0, begin_);
       begin_ = 0;
       const std::size_t looked = held_.size();
@@ -43,44 +30,29 @@ class Lines {
       read();
       end = held_.find('\n', looked);
     }
-    if (error_ != 0 || (end == held_.npos && (isTooLong() || begin_ == held_.size()))) return false;
+    if (error() != 0 || (end == held_.npos && (isTooLong() || begin_ == held_.size())))
+      return false;
     end = std::min(end, held_.size());
     line->assign(held_, begin_, end - begin_);
     begin_ = std::min(end + 1, held_.size());
     return true;
   }
 
-  int error() const { return error_; }
+  int error() const { return file_.error(); }
   bool isTooLong() const { return held_.size() - begin_ > longest_; }
  private:
   void read() {
     char bytes[16 << 10];
-    const ssize_t count = ::read(handle_, bytes, sizeof bytes);
-    if (count < 0 && errno != EINTR) error_ = errno;
-    if (count == 0) ended_ = true;
-    if (count > 0) held_.append(bytes, static_cast<std::size_t>(count));
+    const std::size_t count = file_.read(bytes, sizeof bytes);
+    ended_ = count == 0;
+    held_.append(bytes, count);
   }
 
-  const int handle_;
-  int error_;
-  const bool is_own_;
+  InputFile file_;
   const std::size_t longest_;
   std::string held_;
   std::size_t begin_ = 0;  // of the next line
   bool ended_ = false;
-};
-
-// "undecided: entry 10 or 60, or 1000", and behind it a line for each entry.
-struct TraceText {
-  explicit TraceText(const Trace& trace) {
-    std::ostringstream os;
-    os << trace;
-    lines = os.str();
-    const std::size_t end = lines.find('\n');
-    outcome = lines.substr(0, end);
-    lines.erase(0, end + 1);
-  }
-  std::string outcome, lines;
 };
 
 // Takes packets through the groups of a file.
@@ -112,9 +84,8 @@ class Packets {
   // `place` is where all packets stand.
   Exit finish(const std::string& place) {
     console_.aside(place, untold_);
-    report_.keep(options_.maxFindings);
     if (options_.json)
-      console_.write({{input_.file, input_.groups.size(), std::move(report_)}}, orderOf(options_));
+      console_.write({{input_.file, input_.groups.size(), report_.take()}}, orderOf(options_));
     return is_decided_ ? kExitFine : kExitFound;
   }
  private:
@@ -129,8 +100,8 @@ class Packets {
     if (!isAlone()) traced.entries.clear();
     const bool isDecided = traced.outcome != Hit::kUndecided;
     is_decided_ = is_decided_ && isDecided;
-    const TraceText text(traced);
-    Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, text.outcome);
+    const std::string outcome = toText(traced);
+    Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, outcome);
     whole.entry = traced.entry;
     input_.locate(group, &whole);
     if (options_.json) {
@@ -138,42 +109,40 @@ class Packets {
       whole.after = nameOf(traced.outcome);
       whole.witness = packet.toText();
       if (!isAlone()) whole.path = place;
-      return keep(std::move(whole), traced, group, text);
+      return keep(std::move(whole), traced, group);
     }
     console_.writeLine((isAlone() ? "" : printable(place) + ": ") +
-                           printable(placeOf(input_.file, whole)) + ": " + text.outcome,
+                           printable(placeOf(input_.file, whole)) + ": " + outcome,
                        isDecided ? Color::kNone : Color::kWarning);
-    if (isAlone()) console_.write(text.lines);
+    for (const Traced& one : traced.entries) {
+      console_.writeLine("  " + std::to_string(one.entry) + ' ' + toText(one));
+    }
   }
 
   // A finding of the packet, and where it is the only one also of each entry.
-  void keep(Finding&& whole, const Trace& traced, const InputGroup& group, const TraceText& text) {
+  void keep(Finding&& whole, const Trace& traced, const InputGroup& group) {
     add(std::move(whole));
-    if (!isAlone()) return;
-    std::istringstream lines(text.lines);
-    std::string line;
     for (const Traced& one : traced.entries) {
-      std::getline(lines, line);
-      const std::string_view outcome = nameOf(one.hit);
-      Finding finding = findingOf(Code::kTracedEntry, line.substr(line.find(outcome, 2)));
+      Finding finding = findingOf(Code::kTracedEntry, toText(one));
       finding.subject = Subject::kEntry;
       finding.entry = one.entry;
-      finding.after = outcome;
+      finding.after = nameOf(one.hit);
       input_.locate(group, &finding);
       add(std::move(finding));
     }
   }
 
   void add(Finding&& finding) {
-    report_.findings.push_back(std::move(finding));
-    if (report_.findings.size() / 2 >= options_.maxFindings) report_.keep(options_.maxFindings);
+    Report one;
+    one.findings.push_back(std::move(finding));
+    report_.append(std::move(one));
   }
 
   const Options& options_;
   const Input& input_;
   Console& console_;
   std::vector<Prepared> prepared_;
-  Report report_;
+  FiltersInspect::LimitedReport report_{options_.maxFindings};
   // Of what cannot be read something is told, however few findings are wanted.
   std::size_t room_ = std::max(options_.maxFindings, std::size_t{1});
   Report untold_;

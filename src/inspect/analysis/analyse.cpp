@@ -188,7 +188,7 @@ class Analysis {
     const std::size_t met = met_by_.count(rule.may, 0, rule.ranks_begin);
     if (met > kFew) {
       if (const auto holder = findHolder(i)) {
-        if (findings_.room(Code::kEntryUnreachable)) reportUnreachable(i, {*holder});
+        if (Finding* finding = addUnreachable(i)) tellUnreachable(i, {*holder}, finding);
         return Cut::Outcome::kNothingLeft;
       }
       for (unsigned k = 0; k < kTried + met / kCheaper; ++k) {
@@ -203,10 +203,14 @@ class Analysis {
     }
     if (outcome == Cut::Outcome::kUndecided) reportUndecided(rule, "whether it ever takes effect");
     if (outcome != Cut::Outcome::kNothingLeft) return outcome;
-    if (findings_.room(Code::kEntryUnreachable)) {
-      reportUnreachable(i, withoutSpare(i, std::move(takers.tags)));
+    if (Finding* finding = addUnreachable(i)) {
+      tellUnreachable(i, withoutSpare(i, std::move(takers.tags)), finding);
     }
     return outcome;
+  }
+
+  Finding* addUnreachable(std::uint32_t i) {
+    return findings_.add(Code::kEntryUnreachable, rules_[i].id);
   }
 
   // The first rule that alone takes all packets of another one.
@@ -244,7 +248,7 @@ class Analysis {
 
   // The blockers are as few as it takes. Those that come first for some packet may be others: they
   // say how the packets are treated.
-  void reportUnreachable(std::uint32_t i, const Positions& blockers) {
+  void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
     // No rule behind the last blocker comes first. The blockers are looked at before others: they
     // are named anyway.
@@ -270,22 +274,21 @@ class Analysis {
     only = only && known;
     const bool one = blockers.size() == 1;
 
-    Finding& finding = findings_.add(Code::kEntryUnreachable, rules_[i].id);
-    finding.others = idsOf(blockers);
-    finding.message = "never takes effect: " + entriesText(finding.others) +
-                      (only ? "" : " before it") + (one ? "" : " together") +
-                      (only  ? one ? " takes" : " take"
-                       : one ? " matches"
-                             : " match") +
-                      " all its packets" + (only ? " first" : "");
+    finding->others = idsOf(blockers);
+    finding->message = "never takes effect: " + entriesText(finding->others) +
+                       (only ? "" : " before it") + (one ? "" : " together") +
+                       (only  ? one ? " takes" : " take"
+                        : one ? " matches"
+                              : " match") +
+                       " all its packets" + (only ? " first" : "");
     const Positions shown = differing.empty() ? alike : differing;
     if (!differing.empty() && (!alike.empty() || !known)) {
       const bool more = differing.size() > most;
       if (more) differing.resize(most);
-      finding.message +=
+      finding->message +=
           "; part of its packets are treated otherwise by " + entriesText(idsOf(differing), more);
     } else if (known) {
-      finding.message +=
+      finding->message +=
           differing.empty() ? "; the treatment is the same" : "; the treatment differs";
     }
     if (shown.empty()) return;
@@ -296,8 +299,8 @@ class Analysis {
       showFirst(i, shown[k], before, &witness);
       if (witness.shape() < before_it) taker = shown[k];
     }
-    addTreatments(i, taker, &finding);
-    finding.witness = witness.text();
+    addTreatments(i, taker, finding);
+    finding->witness = witness.text();
   }
 
   // Looks for a packet of one rule that the one at `p` is the first to take.
@@ -379,23 +382,23 @@ class Analysis {
       return reportUndecided(rule, "whether it is redundant");
     if (outcome != Cut::Outcome::kNothingLeft) return;
     redundant_[i] = true;
-    if (!findings_.room(Code::kEntryRedundant)) return;
+    Finding* finding = findings_.add(Code::kEntryRedundant, rule.id);
+    if (finding == nullptr) return;
     const auto isBefore = [&](std::uint32_t p) { return p < rule.ranks_begin; };
     takers.tags.erase(std::remove_if(takers.tags.begin(), takers.tags.end(), isBefore),
                       takers.tags.end());
-    Finding& finding = findings_.add(Code::kEntryRedundant, rule.id);
-    finding.others = idsOf(takers.tags);
+    finding->others = idsOf(takers.tags);
     Witness witness(space_);
     for (std::size_t k = 0; k < takers.tags.size() && !witness.isGood() && k < kFew; ++k) {
       tryPackets(i, takers.tags[k], rule.ranks_begin, &witness);
     }
     witness.take(takers.witness);
-    finding.witness = witness.text();
-    finding.message = "without it nothing changes: " + entriesText(finding.others) +
-                      (finding.others.size() == 1 ? " takes its packets and treats"
-                                                  : " take its packets and treat") +
-                      " them alike";
-    addTreatments(i, takers.tags[0], &finding);
+    finding->witness = witness.text();
+    finding->message = "without it nothing changes: " + entriesText(finding->others) +
+                       (finding->others.size() == 1 ? " takes its packets and treats"
+                                                    : " take its packets and treat") +
+                       " them alike";
+    addTreatments(i, takers.tags[0], finding);
   }
 
   // Takes rules from the packets of another one: those before it, and then rank by rank those that
@@ -484,13 +487,12 @@ class Analysis {
     return left.witness.found() ? Cut::Outcome::kLeft : outcome;
   }
 
-  void reportPair(Code code, std::uint32_t i, std::uint32_t p, const std::string& message,
-                  const Witness& witness) {
-    Finding& finding = findings_.add(code, rules_[i].id);
-    finding.others = {rules_[p].id};
-    finding.witness = witness.text();
-    finding.message = entriesText({rules_[p].id}) + message;
-    addTreatments(i, p, &finding);
+  void tellPair(std::uint32_t i, std::uint32_t p, const std::string& message,
+                const Witness& witness, Finding* finding) const {
+    finding->others = {rules_[p].id};
+    finding->witness = witness.text();
+    finding->message = entriesText({rules_[p].id}) + message;
+    addTreatments(i, p, finding);
   }
 
   // False when that takes too long.
@@ -528,11 +530,11 @@ class Analysis {
     if (outcome == Cut::Outcome::kUndecided) return false;
     if (outcome != Cut::Outcome::kLeft) {
       if (options_.overlaps) findOverlap(i, p);
-    } else if (findings_.room(Code::kEntriesTie)) {
-      reportPair(Code::kEntriesTie, i, p,
-                 " takes packets of it too and treats them differently: nothing says which of the "
-                 "two comes first",
-                 witness);
+    } else if (Finding* finding = findings_.add(Code::kEntriesTie, rules_[i].id)) {
+      tellPair(i, p,
+               " takes packets of it too and treats them differently: nothing says which of the "
+               "two comes first",
+               witness, finding);
     }
     return true;
   }
@@ -551,28 +553,30 @@ class Analysis {
       return;
     }
     if (!differing) redundant_[p] = true;
-    if (!findings_.room(code)) return;
+    const auto [of, other] = differing ? std::pair(i, p) : std::pair(p, i);
+    Finding* finding = findings_.add(code, rules_[of].id);
+    if (finding == nullptr) return;
     Witness witness(space_);
     findPacket(i, p, 0, {}, &witness);
     if (differing) {
-      reportPair(code, i, p,
-                 " takes the same packets and treats them differently: in any order at most one of "
-                 "the two takes effect",
-                 witness);
+      tellPair(of, other,
+               " takes the same packets and treats them differently: in any order at most one of "
+               "the two takes effect",
+               witness, finding);
     } else {
-      reportPair(code, p, i,
-                 " takes the same packets and treats them alike: in any order at most one of the "
-                 "two takes effect",
-                 witness);
+      tellPair(of, other,
+               " takes the same packets and treats them alike: in any order at most one of the "
+               "two takes effect",
+               witness, finding);
     }
   }
 
   void findOverlap(std::uint32_t i, std::uint32_t p) {
-    if (!findings_.room(Code::kEntriesOverlap)) return;
+    Finding* finding = findings_.add(Code::kEntriesOverlap, rules_[i].id);
+    if (finding == nullptr) return;
     Witness witness(space_);
     findPacket(i, p, 0, {}, &witness);
-    reportPair(Code::kEntriesOverlap, i, p, " takes packets of it too and treats them differently",
-               witness);
+    tellPair(i, p, " takes packets of it too and treats them differently", witness, finding);
   }
 
   // --- Rules within others, without an order ---
@@ -613,33 +617,33 @@ class Analysis {
     dropRests();
     if (held_.size() > kMostHeld) return reportHeldTogether();
     for (const auto& [i, holders] : held_) {
-      if (!findings_.room(Code::kEntriesOverlap)) continue;
+      Finding* finding = findings_.add(Code::kEntriesOverlap, rules_[i].id);
+      if (finding == nullptr) continue;
       space_.forget();
       Witness witness(space_);
       findPacket(i, holders[0], 0, {}, &witness);
-      Finding& finding = findings_.add(Code::kEntriesOverlap, rules_[i].id);
-      finding.others = idsOf(holders);
-      finding.message = entriesText(finding.others) +
-                        (holders.size() == 1 ? " takes" : " each take") +
-                        " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
-                        " them differently";
-      finding.witness = witness.text();
+      finding->others = idsOf(holders);
+      finding->message = entriesText(finding->others) +
+                         (holders.size() == 1 ? " takes" : " each take") +
+                         " all its packets too, and treat" + (holders.size() == 1 ? "s" : "") +
+                         " them differently";
+      finding->witness = witness.text();
       const std::uint32_t first = holders[0];
       const bool alike = std::all_of(holders.begin(), holders.end(),
                                      [&](std::uint32_t p) { return !differ(p, first); });
-      if (alike) addTreatments(i, holders[0], &finding);
-      if (finding.others.size() > kMostHolders) finding.others.resize(kMostHolders);
+      if (alike) addTreatments(i, holders[0], finding);
+      if (finding->others.size() > kMostHolders) finding->others.resize(kMostHolders);
     }
   }
 
   void reportHeldTogether() {
-    if (!findings_.room(Code::kEntriesOverlap)) return;
-    Finding& finding = findings_.add(Code::kEntriesOverlap, std::nullopt);
-    finding.message = std::to_string(held_.size()) +
-                      " entries take only packets that another entry takes too and treats "
-                      "differently: an order tells which of them never take effect";
+    Finding* finding = findings_.add(Code::kEntriesOverlap, std::nullopt);
+    if (finding == nullptr) return;
+    finding->message = std::to_string(held_.size()) +
+                       " entries take only packets that another entry takes too and treats "
+                       "differently: an order tells which of them never take effect";
     for (const auto& [i, holders] : held_) {
-      if (finding.others.size() < kMostHolders) finding.others.push_back(rules_[i].id);
+      if (finding->others.size() < kMostHolders) finding->others.push_back(rules_[i].id);
     }
   }
 
@@ -659,9 +663,8 @@ class Analysis {
   }
 
   void reportUndecided(const Rule& rule, const char* what) {
-    if (!findings_.room(Code::kNotDecided)) return;
-    findings_.add(Code::kNotDecided, rule.id).message =
-        std::string(what) + " takes too many steps to say";
+    Finding* finding = findings_.add(Code::kNotDecided, rule.id);
+    if (finding != nullptr) finding->message = std::string(what) + " takes too many steps to say";
   }
 
   const FiltersGroup& group_;
@@ -682,61 +685,6 @@ class Analysis {
 };
 
 }  // namespace
-
-std::string_view nameOf(Order order) {
-  switch (order) {
-    case Order::kUnspecified:
-      return "unspecified";
-    case Order::kHighestPriority:
-      return "highest-priority";
-    case Order::kLowestPriority:
-      return "lowest-priority";
-    case Order::kAscendingId:
-      return "ascending-id";
-    case Order::kHighestPriorityAscendingId:
-      return "highest-priority,ascending-id";
-    case Order::kHighestPriorityDescendingId:
-      return "highest-priority,descending-id";
-    case Order::kLowestPriorityAscendingId:
-      return "lowest-priority,ascending-id";
-    case Order::kLowestPriorityDescendingId:
-      return "lowest-priority,descending-id";
-  }
-  return {};
-}
-
-std::optional<Order> orderFromName(std::string_view name) {
-  for (Order order : kAllOrders) {
-    if (nameOf(order) == name) return order;
-  }
-  return std::nullopt;
-}
-
-const std::vector<std::string_view>& assumptions() {
-  static const std::string lacking = [] {
-    std::string text =
-        "A3: a match on a field that a packet lacks does not hold, not even under a mask of 0; "
-        "every "
-        "packet has ";
-    std::vector<std::string_view> names;
-    for (const FieldRow& field : packetFields()) {
-      if (isInEveryPacket(field.layer)) names.push_back(field.name);
-    }
-    for (std::size_t i = 0; i < names.size(); ++i) {
-      text += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + std::string(names[i]);
-    }
-    return text;
-  }();
-  static const std::vector<std::string_view> assumptions = {
-      "A1: the matches of a rule all have to hold; a rule without matches takes every packet",
-      "A2: under a mask means (field & mask) == (value & mask)",
-      lacking,
-      "A4: fields do not depend on each other; a packet that shows something may never occur",
-      "A5: the first entry that takes a packet ends the search; all that depends on an order rests "
-      "on this",
-  };
-  return assumptions;
-}
 
 Report analyse(const FiltersGroup& group, const AnalysisOptions& options) {
   return Analysis(group, options).run();

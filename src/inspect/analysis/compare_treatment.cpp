@@ -173,29 +173,29 @@ class Comparison {
     const auto pair = side_ == 0 ? std::pair(i, other) : std::pair(other, i);
     if (!pairs_.insert(pair).second) return;
     involved_.insert(pair.second);
-    if (!findings_.room(Code::kTreatmentDiffers)) return;
     const auto idOf = [&](std::size_t side, std::uint32_t p) {
       return p == kNoRule ? std::nullopt : std::optional(all_.of(side)[p].id);
     };
     const auto a = idOf(0, pair.first), b = idOf(1, pair.second);
-    Finding& finding = findings_.add(Code::kTreatmentDiffers, a);
-    if (b) finding.others.push_back(*b);
+    Finding* finding = findings_.add(Code::kTreatmentDiffers, a);
+    if (finding == nullptr) return;
+    if (b) finding->others.push_back(*b);
     Witness witness(all_.space());
     witness.consider(cut);
-    finding.witness = witness.text();
-    if (a) finding.before = treatmentText(groups_[0]->getEntriesRef().at(*a));
-    if (b) finding.after = treatmentText(groups_[1]->getEntriesRef().at(*b));
-    finding.message = !a   ? "takes a packet that none surely takes in the first group"
-                      : !b ? "none surely takes its packet in the second group"
-                           : "takes its packet in the second group and treats it differently";
-    if (b) finding.message = entriesText({*b}) + ' ' + finding.message;
+    finding->witness = witness.text();
+    if (a) finding->before = treatmentText(groups_[0]->getEntriesRef().at(*a));
+    if (b) finding->after = treatmentText(groups_[1]->getEntriesRef().at(*b));
+    finding->message = !a   ? "takes a packet that none surely takes in the first group"
+                       : !b ? "none surely takes its packet in the second group"
+                            : "takes its packet in the second group and treats it differently";
+    if (b) finding->message = entriesText({*b}) + ' ' + finding->message;
   }
 
   void reportUndecided(const char* why) {
-    if (!findings_.room(Code::kNotDecided)) return;
-    Finding& finding = findings_.add(Code::kNotDecided, rule_->id);
-    finding.message = std::string("whether the ") + (side_ == 0 ? "second" : "first") +
-                      " group treats its packets differently " + why;
+    Finding* finding = findings_.add(Code::kNotDecided, rule_->id);
+    if (finding == nullptr) return;
+    finding->message = std::string("whether the ") + (side_ == 0 ? "second" : "first") +
+                       " group treats its packets differently " + why;
   }
 
   const FiltersGroup* groups_[2];

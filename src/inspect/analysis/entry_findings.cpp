@@ -4,11 +4,12 @@ namespace FiltersInspect {
 
 using namespace FiltersCommon;
 
-Finding& EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
-  Finding& finding = report_.add(code);
-  finding.subject = entry ? Subject::kEntry : Subject::kGroup;
-  finding.group = group_;
-  finding.entry = entry;
+Finding* EntryFindings::add(Code code, std::optional<filtersEntryId_t> entry) {
+  Finding* finding = report_.add(code);
+  if (finding == nullptr) return nullptr;
+  finding->subject = entry ? Subject::kEntry : Subject::kGroup;
+  finding->group = group_;
+  finding->entry = entry;
   return finding;
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "report/limited_report.h"
+#include <filter_inspect/filter_report.h>
 
 namespace FiltersInspect {
 
@@ -18,9 +18,8 @@ class EntryFindings {
  public:
   EntryFindings(FiltersCommon::filtersGroupId_t group, std::size_t most)
       : group_(group), report_(most) {}
-  // Whether one more is kept: then add() is to follow, else it has been counted.
-  bool room(Code code) { return report_.takes(severityOf(code)); }
-  Finding& add(Code code, std::optional<FiltersCommon::filtersEntryId_t> entry);
+  // As LimitedReport::add(): about the entry, or about the group where there is none.
+  Finding* add(Code code, std::optional<FiltersCommon::filtersEntryId_t> entry);
   Report take() { return report_.take(); }
  private:
   FiltersCommon::filtersGroupId_t group_;

@@ -2,7 +2,6 @@
 
 #include "packet_fields.h"
 #include "readings.h"
-#include "report/limited_report.h"
 
 namespace FiltersInspect {
 namespace {
@@ -12,11 +11,11 @@ constexpr std::string_view kLacking = "none";
 // `at` counts from 0; people count from 1.
 void addFault(Code code, std::size_t at, std::string_view text, const char* why,
               LimitedReport* faults) {
-  if (!faults->takes(severityOf(code))) return;
-  Finding& finding = faults->add(code);
-  finding.path = "1:" + std::to_string(at + 1);
-  finding.before = text;
-  finding.message = '\'' + finding.before + "': " + why;
+  Finding* finding = faults->add(code);
+  if (finding == nullptr) return;
+  finding->path = "1:" + std::to_string(at + 1);
+  finding->before = text;
+  finding->message = '\'' + finding->before + "': " + why;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "order.h"
 #include "shared/arena.h"
 #include "treatment.h"
 
@@ -55,31 +56,6 @@ void noteRanges(const FiltersEntry& entry, std::vector<bool>* ranged) {
 }
 
 }  // namespace
-
-std::uint64_t rankOf(Order order, filtersEntryId_t id, filtersEntryPriority_t priority) {
-  const auto then = [](std::uint32_t first, std::uint32_t second) {
-    return std::uint64_t{first} << 32 | second;
-  };
-  switch (order) {
-    case Order::kUnspecified:
-      break;
-    case Order::kHighestPriority:
-      return ~priority;
-    case Order::kLowestPriority:
-      return priority;
-    case Order::kAscendingId:
-      return id;
-    case Order::kHighestPriorityAscendingId:
-      return then(~priority, id);
-    case Order::kHighestPriorityDescendingId:
-      return then(~priority, ~id);
-    case Order::kLowestPriorityAscendingId:
-      return then(priority, id);
-    case Order::kLowestPriorityDescendingId:
-      return then(priority, ~id);
-  }
-  return 0;
-}
 
 Rules::Rules(std::initializer_list<const FiltersGroup*> groups, Order order) {
   if (groups.size() > 1) {

@@ -20,10 +20,6 @@
 
 namespace FiltersInspect {
 
-// Smaller comes first.
-std::uint64_t rankOf(Order order, FiltersCommon::filtersEntryId_t id,
-                     FiltersCommon::filtersEntryPriority_t priority);
-
 struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;

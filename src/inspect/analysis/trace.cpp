@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "order.h"
 #include "packet_fields.h"
 #include "rules.h"
 #include "shared/arena.h"
@@ -214,7 +215,7 @@ std::string_view nameOf(Hit hit) {
   return {};
 }
 
-std::ostream& operator<<(std::ostream& os, const Trace& trace) {
+std::string toText(const Trace& trace) {
   std::string text(nameOf(trace.outcome));
   if (trace.entry) text += ": entry " + std::to_string(*trace.entry);
   const std::size_t count = trace.candidates.size();
@@ -227,15 +228,22 @@ std::ostream& operator<<(std::ostream& os, const Trace& trace) {
   if (!trace.treatment.empty()) {
     text += (count == 0 ? " (" : count == 2 ? " (both: " : " (all: ") + trace.treatment + ')';
   }
-  text += '\n';
+  return text;
+}
+
+std::string toText(const Traced& traced) {
+  std::string why = traced.reason;
+  for (std::size_t i = 0; i < traced.lacking.size(); ++i) {
+    why += (i == 0 ? (why.empty() ? "" : "; ") : ", ") + traced.lacking[i];
+  }
+  if (!traced.lacking.empty()) why += traced.lacking.size() == 1 ? " is not told" : " are not told";
+  return std::string(nameOf(traced.hit)) + (why.empty() ? "" : ": " + why);
+}
+
+std::ostream& operator<<(std::ostream& os, const Trace& trace) {
+  std::string text = toText(trace) + '\n';
   for (const Traced& one : trace.entries) {
-    text += "  " + std::to_string(one.entry) + ' ' + std::string(nameOf(one.hit));
-    std::string why = one.reason;
-    for (std::size_t i = 0; i < one.lacking.size(); ++i) {
-      why += (i == 0 ? (why.empty() ? "" : "; ") : ", ") + one.lacking[i];
-    }
-    if (!one.lacking.empty()) why += one.lacking.size() == 1 ? " is not told" : " are not told";
-    text += (why.empty() ? "" : ": " + why) + '\n';
+    text += "  " + std::to_string(one.entry) + ' ' + toText(one) + '\n';
   }
   return os << text;
 }

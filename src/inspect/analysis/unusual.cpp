@@ -174,12 +174,12 @@ class Oddities {
 
   void add(Subject subject, std::uint32_t offender, std::string message,
            std::vector<std::uint32_t> others = {}) {
-    if (!findings_.room(Code::kValueUnusual)) return;
-    Finding& finding = findings_.add(Code::kValueUnusual, message_.id_());
-    finding.subject = subject;
-    finding.offender = offender;
-    finding.others = std::move(others);
-    finding.message = std::move(message);
+    Finding* finding = findings_.add(Code::kValueUnusual, message_.id_());
+    if (finding == nullptr) return;
+    finding->subject = subject;
+    finding->offender = offender;
+    finding->others = std::move(others);
+    finding->message = std::move(message);
   }
   // What is odd about a value, behind it as the text form writes it.
   void add(const MatchPB& match, const std::string& why, std::vector<std::uint32_t> others = {}) {

@@ -1,7 +1,5 @@
 #include <filter_inspect/filter_diff.h>
 
-#include <filter_common/filter_groups.pb.h>
-
 #include <algorithm>
 #include <map>
 #include <string>
@@ -9,6 +7,7 @@
 #include <utility>
 
 #include <filter_inspect/filter_explain.h>
+#include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_text.h>
 
 #include "catalogue/name_or_number.h"
@@ -31,7 +30,7 @@ struct Pair {
 
 // Those of which a plan has to think: the ones that differ, and when stage or type change, all.
 std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
-  const bool moves = !(headOf(from) == headOf(to));
+  const bool moves = !(stageAndTypeOf(from) == stageAndTypeOf(to));
   std::vector<Pair> pairs;
   forEachOfBoth(
       from.getEntriesRef(), to.getEntriesRef(), [](const auto& held) { return held.first; },
@@ -96,15 +95,15 @@ std::vector<StepsAtWaypoint> scheduleOf(const std::vector<Pair>& pairs, const Ro
   return schedule;
 }
 
-Step setterTo(const Head& head, const Head& next) {
-  if (head.stage != next.stage) return {Step::Kind::kSetStage, 0, next.stage};
-  return {Step::Kind::kSetType, 0, next.type};
+Step setterTo(const StageAndType& from, const StageAndType& to) {
+  if (from.stage != to.stage) return {Step::Kind::kSetStage, 0, to.stage};
+  return {Step::Kind::kSetType, 0, to.type};
 }
 
 void addSteps(const std::vector<StepsAtWaypoint>& schedule, const Route& route, PlanOrder order,
               std::vector<Step>* steps) {
   for (std::size_t i = 0; i < route.size(); ++i) {
-    if (i > 0) steps->push_back(setterTo(route[i - 1].head, route[i].head));
+    if (i > 0) steps->push_back(setterTo(route[i - 1].place, route[i].place));
     const auto& [removals, insertions] = schedule[i];
     const bool addFirst = order == PlanOrder::kAddFirst;
     const auto& first = addFirst ? insertions : removals;
@@ -116,17 +115,6 @@ void addSteps(const std::vector<StepsAtWaypoint>& schedule, const Route& route, 
 
 void append(Report more, Report* report) {
   for (Finding& finding : more.findings) report->findings.push_back(std::move(finding));
-}
-
-// Of the setters alone, as of a group without entries.
-FiltersGroup bare(const FiltersGroup& group) {
-  FiltersGroupPB message;
-  message.set_id_(group.getId());
-  message.set_stage_(static_cast<std::uint32_t>(group.getStage()));
-  message.set_type_(static_cast<std::uint32_t>(group.getType()));
-  FiltersGroup head(0);
-  head.convertFromFiltersGroupPB(&message);
-  return head;
 }
 
 filtersErr_t take(const Step& step, const FiltersGroup& to, FiltersGroup* group) {
@@ -161,15 +149,17 @@ bool isStray(const Pair& pair, StageTypeSet goal) {
 Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
                   const std::vector<Pair>& pairs) {
   Report report;
-  if (!(headOf(from) == headOf(to))) {
-    append(explainStage(bare(to), to.getStage()), &report);
+  if (!(stageAndTypeOf(from) == stageAndTypeOf(to))) {
+    append(explainStage(emptyGroup(headOf(to)), to.getStage()), &report);
     // Where the target's are well, no setter leads away from where the group is.
-    if (report.empty() && findRoute(headOf(from), headOf(to), ~StageTypeSet{0}, {}).route.empty()) {
-      append(explainStage(bare(from), to.getStage()), &report);
+    if (report.empty() &&
+        findRoute(stageAndTypeOf(from), stageAndTypeOf(to), ~StageTypeSet{0}, {}).route.empty()) {
+      append(explainStage(emptyGroup(headOf(from)), to.getStage()), &report);
     }
   }
   for (const Pair& pair : pairs) {
-    if (isStray(pair, stageTypeSetOf(headOf(to)))) append(explainInsert(to, *pair.after), &report);
+    if (isStray(pair, stageTypeSetOf(stageAndTypeOf(to))))
+      append(explainInsert(to, *pair.after), &report);
   }
   return report;
 }
@@ -179,11 +169,11 @@ FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
                    const std::vector<Pair>& pairs) {
   StageTypeSet allowed = ~StageTypeSet{0};
   for (const Pair& pair : pairs) {
-    if (!isStray(pair, stageTypeSetOf(headOf(to)))) continue;
+    if (!isStray(pair, stageTypeSetOf(stageAndTypeOf(to)))) continue;
     if (!pair.same) return {};
     allowed &= pair.admits_after;
   }
-  return findRoute(headOf(from), headOf(to), allowed, kindsOf(pairs));
+  return findRoute(stageAndTypeOf(from), stageAndTypeOf(to), allowed, kindsOf(pairs));
 }
 
 // Steps that have not been taken yet.

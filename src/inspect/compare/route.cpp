@@ -25,7 +25,7 @@ std::vector<Waypoint> allWaypoints() {
   std::vector<Waypoint> waypoints;
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
     for (const filtersGroupType_t type : types) {
-      waypoints.push_back({{stage, type}, stageTypeSetOf(Head{stage, type}), 0});
+      waypoints.push_back({{stage, type}, stageTypeSetOf(StageAndType{stage, type}), 0});
     }
   }
   return waypoints;
@@ -48,7 +48,7 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
 // as much as the best that is known.
 class Search {
  public:
-  Search(const Head& from, const Head& to, StageTypeSet allowed)
+  Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
       : goal_(stageTypeSetOf(to)),
         allowed_(allowed),
         waypoints_(allWaypoints()),
@@ -101,7 +101,7 @@ class Search {
 
   // The next waypoint, as it is when it is reached from this one.
   static Waypoint by(const Waypoint& waypoint, const Waypoint& next) {
-    return {next.head, next.bits, next.bits & ~waypoint.bits};
+    return {next.place, next.bits, next.bits & ~waypoint.bits};
   }
 
   // At least so many setters are still to come.
@@ -160,7 +160,9 @@ class Search {
 
 }  // namespace
 
-StageTypeSet stageTypeSetOf(const Head& head) { return bitOf(head.stage) | bitOf(head.type); }
+StageTypeSet stageTypeSetOf(const StageAndType& place) {
+  return bitOf(place.stage) | bitOf(place.type);
+}
 
 StageTypeSet stageTypeSetOf(const FiltersEntry& entry) {
   static const FiltersGroup checks(0);  // members of a group, which look at their arguments alone
@@ -190,7 +192,7 @@ std::size_t firstWaypoint(const Route& route, StageTypeSet admitting) {
   return waypoint;
 }
 
-FoundRoute findRoute(const Head& from, const Head& to, StageTypeSet allowed,
+FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds) {
   if (from == to) return {{{from, stageTypeSetOf(from), 0}}};
   return Search(from, to, allowed).run(kinds);

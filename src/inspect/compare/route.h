@@ -15,28 +15,28 @@ namespace FiltersInspect {
 // nothing.
 using StageTypeSet = std::uint64_t;
 
-struct Head {
+struct StageAndType {
   FiltersCommon::filtersGroupStage_t stage;
   FiltersCommon::filtersGroupType_t type;
 };
-inline Head headOf(const FiltersCommon::FiltersGroup& group) {
+inline StageAndType stageAndTypeOf(const FiltersCommon::FiltersGroup& group) {
   return {group.getStage(), group.getType()};
 }
-inline bool operator==(const Head& a, const Head& b) {
+inline bool operator==(const StageAndType& a, const StageAndType& b) {
   return a.stage == b.stage && a.type == b.type;
 }
 
-StageTypeSet stageTypeSetOf(const Head& head);
+StageTypeSet stageTypeSetOf(const StageAndType& place);
 // The stages that admit the entry's actions and policer, the types that admit its matches.
 StageTypeSet stageTypeSetOf(const FiltersCommon::FiltersEntry& entry);
-// True if all of `these` are in `all`. insertEntry() admits an entry whose set contains the head's
+// True if all of `these` are in `all`. insertEntry() admits an entry whose set contains the group's
 // stage and type; a setter lets it stay if the set contains the new stage or type.
 inline bool contains(StageTypeSet all, StageTypeSet these) { return (all & these) == these; }
 
 // A stage and type that a group has after a setter, and before the next.
 struct Waypoint {
-  Head head;
-  StageTypeSet bits;     // the stage and the type of the head
+  StageAndType place;
+  StageTypeSet bits;     // those of the place
   StageTypeSet changed;  // the one that the setter before changed; none of the first waypoint
 };
 // The first is where the group is, the last where it shall be.
@@ -59,7 +59,7 @@ struct FoundRoute {
   bool best = true;  // whether every other has been shown to cost as much
 };
 // The route of the fewest steps. Every setter of it changes to one of `allowed`.
-FoundRoute findRoute(const Head& from, const Head& to, StageTypeSet allowed,
+FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds);
 
 }  // namespace FiltersInspect

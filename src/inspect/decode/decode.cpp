@@ -75,10 +75,30 @@ bool areUsual(const FiltersGroup& group) {
   return true;
 }
 
-void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimits& limits,
+void replaceHead(const StageTypeInstead& instead, FiltersGroupPB* message) {
+  if (instead.stage) message->set_stage_(static_cast<std::uint32_t>(*instead.stage));
+  if (instead.type) message->set_type_(static_cast<std::uint32_t>(*instead.type));
+}
+
+// The same as make(), with the other stage or type.
+void makeInstead(std::string_view bytes, const StageTypeInstead& instead,
+                 std::optional<FiltersGroup>* group) {
+  MessageArena arena;
+  FiltersGroupPB* message = parse<FiltersGroupPB>(bytes, &arena).first;
+  replaceHead(instead, message);
+  try {
+    group->emplace(filtersGroupId_t{0}).convertFromFiltersGroupPB(message);
+  } catch (const std::invalid_argument&) {
+    group->reset();
+  }
+}
+
+void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool same,
+               const DecodeLimits& limits, bool isMade, std::vector<FiltersEntry>* entries,
                DecodeFindings* findings) {
   MessageArena arena;
   const auto [head, whole] = parse<FiltersGroupPB>(bytes, &arena);
+  if (instead != nullptr) replaceHead(*instead, head);
   auto* const rest = arena.make<FiltersGroupPB>();
   rest->mutable_entries_()->Swap(head->mutable_entries_());
   FiltersGroup blank(0);
@@ -87,22 +107,26 @@ void noteGroup(std::string_view bytes, bool isMade, bool same, const DecodeLimit
   // What the head loses comes first, wherever in the bytes it stands.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
-  EntryReader entries(bytes, whole, &arena, &ofEntries);
+  EntryReader reader(bytes, whole, &arena, &ofEntries);
+  reader.keepEntries(entries);
   const auto visit = [&, parsed = rest](const MessageCheck::Field&, const MessagePart& part) {
     const auto index = static_cast<int>(part.index);
     return index >= parsed->entries__size() ||
-           entries.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
+           reader.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
   };
   MessageCheck check(FiltersGroupPB::descriptor());
+  if (instead != nullptr && instead->stage) check.assume(FiltersGroupPB::kStageFieldNumber);
+  if (instead != nullptr && instead->type) check.assume(FiltersGroupPB::kTypeFieldNumber);
   const MessagePart part = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
   const bool walked = check.walk(bytes, part, WireReader::kDepth, whole, findings, visit);
   check.compare(*head, blank.convertToFiltersGroupPB(), part, findings);
-  if (blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
+  if (instead == nullptr &&
+      blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
     findings->add(Code::kStageTypePair, check.partOf(FiltersGroupPB::kTypeFieldNumber, part),
                   "setters would not give a group this stage and type together");
   }
   findings->append(std::move(ofEntries));
-  noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
+  noteRest(bytes, whole, !walked, !isMade && !reader.threw(), same, findings);
 }
 
 void noteEntry(std::string_view bytes, bool isMade, bool same, DecodeFindings* findings) {
@@ -117,14 +141,36 @@ void noteEntry(std::string_view bytes, bool isMade, bool same, DecodeFindings* f
 }  // namespace
 
 DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
+  return decodeGroup(bytes, limits, nullptr);
+}
+
+DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
+                         std::vector<FiltersEntry>* entries) {
   DecodedGroup decoded;
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     make(bytes, &decoded.group);
     const bool same = writesAgain(decoded.group, bytes);
     if (!same || !areUsual(*decoded.group)) {
-      noteGroup(bytes, decoded.group.has_value(), same, limits, &findings);
+      noteGroup(bytes, nullptr, same, limits, decoded.group.has_value(), entries, &findings);
+    } else if (entries != nullptr) {
+      for (const auto& [id, entry] : decoded.group->getEntriesRef()) {
+        entries->push_back(entry);
+      }
     }
+  }
+  decoded.report = findings.take();
+  return decoded;
+}
+
+DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead,
+                         const DecodeLimits& limits) {
+  DecodedGroup decoded;
+  DecodeFindings findings(limits);
+  if (fits(bytes, limits, &findings)) {
+    makeInstead(bytes, instead, &decoded.group);
+    // The stage or the type differs from what the bytes say, so that they cannot be compared whole.
+    noteGroup(bytes, &instead, true, limits, decoded.group.has_value(), nullptr, &findings);
   }
   decoded.report = findings.take();
   return decoded;

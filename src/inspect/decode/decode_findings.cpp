@@ -21,16 +21,16 @@ std::string MessagePart::path() const {
 
 Finding* DecodeFindings::add(Code code, const MessagePart& part, const char* message) {
   if (severityOf(code) < least_) return nullptr;
-  if (!report_.takes(severityOf(code))) return nullptr;
-  Finding& finding = report_.add(code);
-  finding.subject = subject;
-  finding.group = group;
-  finding.entry = entry;
-  finding.offender = offender;
-  finding.path = part.path();
-  finding.bytes = part.bytes;
-  finding.message = message;
-  return &finding;
+  Finding* finding = report_.add(code);
+  if (finding == nullptr) return nullptr;
+  finding->subject = subject;
+  finding->group = group;
+  finding->entry = entry;
+  finding->offender = offender;
+  finding->path = part.path();
+  finding->bytes = part.bytes;
+  finding->message = message;
+  return finding;
 }
 
 }  // namespace FiltersInspect

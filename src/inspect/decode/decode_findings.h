@@ -11,8 +11,6 @@
 #include <string>
 #include <string_view>
 
-#include "report/limited_report.h"
-
 namespace FiltersInspect {
 
 // The bytes in hexadecimal digits for a finding: the first ones and "..." if there are many.

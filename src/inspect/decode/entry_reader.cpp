@@ -66,6 +66,7 @@ bool EntryReader::read(const FiltersEntryPB& in, const MessagePart& part, int de
     }
     if (!entryCheck_.isBroken()) noteCounters(entry, part);
   }
+  if (entries_ != nullptr && !thrown) entries_->push_back(std::move(entry));
   about(Subject::kEntry);
   if (!refusal.empty()) {
     noteRefusal(refusal, part);

@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "message_check.h"
 #include "shared/arena.h"
@@ -33,10 +34,13 @@ class EntryReader {
         actionOut_(arena->make<FiltersCommon::ActionPB>()),
         counterOut_(arena->make<FiltersCommon::CounterPB>()) {}
 
-  // Of a group that holds nothing but its head; without one every entry is taken. False when the
-  // bytes end in it.
+  // `group`, if given, must be empty; its stage and type decide admission. False if the bytes end
+  // inside this entry.
   bool read(const FiltersCommon::FiltersEntryPB& in, const MessagePart& part, int depth,
             const FiltersCommon::FiltersGroup* group);
+
+  // Where entries go that could be made, if anywhere.
+  void keepEntries(std::vector<FiltersCommon::FiltersEntry>* entries) { entries_ = entries; }
 
   // Whether something of them made the constructor throw.
   bool threw() const { return threw_; }
@@ -83,6 +87,7 @@ class EntryReader {
   // Of the group.
   KeptByCode held_;
   bool entriesAscend_ = true;
+  std::vector<FiltersCommon::FiltersEntry>* entries_ = nullptr;
   bool threw_ = false;
 };
 

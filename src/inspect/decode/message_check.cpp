@@ -217,7 +217,8 @@ bool MessageCheck::notePacked(const WireField& wire, const Field& field, std::st
 void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings) {
   for (int i = 0; i < descriptor_->field_count(); ++i) {
     const Field& field = *descriptor_->field(i);
-    if (!field.is_required() || fields_[static_cast<std::size_t>(i)].count != 0) continue;
+    const Occurrences& seen = fields_[static_cast<std::size_t>(i)];
+    if (!field.is_required() || seen.count != 0 || seen.assumed) continue;
     Finding* finding = findings->add(Code::kRequiredMissing,
                                      {&part, field.name(), MessagePart::kAlone, part.bytes});
     if (finding == nullptr) continue;
@@ -235,6 +236,11 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
 }
 
 // --- The comparison ------------------------------------------------------------------------------
+
+void MessageCheck::assume(int fieldNumber) {
+  const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
+  fields_[static_cast<std::size_t>(field.index())].assumed = true;
+}
 
 bool MessageCheck::hasCome(int fieldNumber) const {
   const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);

@@ -42,6 +42,9 @@ class MessageCheck {
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
+  // Says that the caller has a value for the field, which is then not called missing.
+  void assume(int fieldNumber);
+
   // Whether the bytes ended in the message before their time: what they end in has said half of
   // itself, and what may have followed is not called missing.
   bool isBroken() const { return broken_; }
@@ -52,6 +55,7 @@ class MessageCheck {
  private:
   struct Occurrences {
     std::size_t count = 0;
+    bool assumed = false;
     ByteRange last;
     std::vector<ByteRange> elements;  // of repeated numbers
     ByteRange hull() const;

@@ -73,10 +73,10 @@ ParsedGroups GroupBuilder::finish() {
 
 void GroupBuilder::fail(Code code, TextPosition position, std::string message) {
   (inEntry_ ? isEntryFaulty_ : isHeadFaulty_) = true;
-  if (!report_.takes(severityOf(code))) return;
-  Finding& finding = report_.add(code);
-  finding.path = toText(position);
-  finding.message = std::move(message);
+  Finding* finding = report_.add(code);
+  if (finding == nullptr) return;
+  finding->path = toText(position);
+  finding->message = std::move(message);
 }
 
 // Of the entry whose number the path begins with, else of the group.

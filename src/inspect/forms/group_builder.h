@@ -14,7 +14,6 @@
 #include <filter_common/filter_groups.pb.h>
 #include <filter_inspect/filter_text.h>
 
-#include "report/limited_report.h"
 #include "shared/arena.h"
 
 namespace FiltersInspect {

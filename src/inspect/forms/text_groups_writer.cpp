@@ -1,4 +1,5 @@
 #include <filter_common/filter_entries.pb.h>
+#include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_text.h>
 
 #include "interface_ids.h"
@@ -54,7 +55,6 @@ void appendPolicer(std::string_view bytes, std::string* out) {
   appendHex(bytes, out);
 }
 
-// The message is the caller's, to be used again.
 void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
   message->Clear();
   entry.convertToFiltersEntryPB(message);
@@ -76,6 +76,16 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
 
+// The message is the caller's, to be used again.
+void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string* out) {
+  *out += toText(headOf(group));
+  *out += '\n';
+  for (const auto& [id, entry] : group.getEntriesRef()) {
+    appendEntry(entry, message, out);
+    *out += '\n';
+  }
+}
+
 }  // namespace
 
 std::string toText(const std::vector<FiltersGroup>& groups) {
@@ -83,20 +93,29 @@ std::string toText(const std::vector<FiltersGroup>& groups) {
   appendNumber(kTextVersion, &text);
   text += '\n';
   FiltersEntryPB message;
-  for (const FiltersGroup& group : groups) {
-    appendNumberFor("group ", group.getId(), &text);
-    appendNumberFor(" priority=", group.getPriority(), &text);
-    text += " stage=";
-    appendName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group.getStage()), &text);
-    text += " type=";
-    appendName(kNamesOf<filtersGroupType_t>, static_cast<std::uint32_t>(group.getType()), &text);
-    text += '\n';
-    for (const auto& [id, entry] : group.getEntriesRef()) {
-      appendEntry(entry, &message, &text);
-      text += '\n';
-    }
-  }
+  for (const FiltersGroup& group : groups) appendGroup(group, &message, &text);
   return text;
+}
+
+std::string groupLines(const FiltersGroup& group) {
+  std::string text;
+  FiltersEntryPB message;
+  appendGroup(group, &message, &text);
+  return text;
+}
+
+EntryColumns columnsOf(const FiltersEntry& entry) {
+  FiltersEntryPB message;
+  entry.convertToFiltersEntryPB(&message);
+  EntryColumns columns;
+  for (const MatchPB& match : message.matches_()) {
+    const auto code = static_cast<filtersMatch_t>(match.type_());
+    columns.matches.emplace_back(code, valueText(*formOf(code), match));
+  }
+  for (const ActionPB& action : message.actions_()) columns.actions.push_back(textOf(action));
+  if (message.policer_() != defaultPolicer()) columns.policer = entry.getPolicer().GetId();
+  if (const auto parent = entry.getPolicerParent()) columns.parent = parent->GetId();
+  return columns;
 }
 
 std::string toText(const FiltersEntry& entry) {

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <iterator>
 #include <ostream>
+#include <utility>
 
-#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_names.h>
 
 #include "json_writer.h"
+#include "report_json.h"
 
 namespace FiltersInspect {
 namespace {
@@ -183,28 +184,6 @@ void write(const ReportInput& input, JsonWriter* json) {
   json->close('}');
 }
 
-std::string document(const std::vector<ReportInput>& inputs, std::string_view command,
-                     std::optional<Order> order) {
-  JsonWriter json;
-  json.open('{');
-  write("format", std::string_view("filter-report"), &json);
-  write("version", std::uint64_t{1}, &json);
-  write("command", command, &json);
-  if (order) {
-    write("order", *order == Order::kAscendingId ? std::string_view("id") : nameOf(*order), &json);
-    json.key("assumptions");
-    json.open('[');
-    for (std::string_view assumption : assumptions()) json.value(assumption);
-    json.close(']');
-  }
-  json.key("inputs");
-  json.open('[');
-  for (const ReportInput& input : inputs) write(input, &json);
-  json.close(']');
-  json.close('}');
-  return json.take();
-}
-
 }  // namespace
 
 std::string_view nameOf(Code code) {
@@ -310,6 +289,43 @@ void Report::keep(std::size_t most) {
   findings.erase(std::remove_if(findings.begin(), findings.end(), isLeftOut), findings.end());
 }
 
+bool LimitedReport::hasRoom(Severity severity) {
+  std::size_t ahead = 0;  // findings that are kept rather than this one
+  for (auto i = static_cast<std::size_t>(severity); i < added_.size(); ++i) ahead += added_[i];
+  if (ahead < most_) return true;
+  report_.leaveOut(severity);
+  return false;
+}
+
+Finding& LimitedReport::addNew(Severity severity) {
+  if (report_.findings.size() / 2 >= most_) report_.keep(most_);
+  ++added_[static_cast<std::size_t>(severity)];
+  return report_.findings.emplace_back();
+}
+
+Finding* LimitedReport::add(Code code) {
+  const Severity severity = severityOf(code);
+  if (!hasRoom(severity)) return nullptr;
+  Finding& finding = addNew(severity);
+  finding.code = code;
+  finding.severity = severity;
+  return &finding;
+}
+
+void LimitedReport::append(Report&& other) {
+  for (Finding& finding : other.findings) {
+    if (hasRoom(finding.severity)) addNew(finding.severity) = std::move(finding);
+  }
+  other.findings.clear();
+  report_.append(std::move(other));
+}
+
+Report LimitedReport::take() {
+  report_.keep(most_);
+  added_ = {};
+  return std::exchange(report_, {});
+}
+
 std::ostream& operator<<(std::ostream& os, const Finding& finding) {
   std::string line(nameOf(finding.severity));
   line += ": ";
@@ -346,21 +362,34 @@ std::ostream& operator<<(std::ostream& os, const Report& report) {
   return os;
 }
 
+std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
+                       const ReportBasis* basis) {
+  JsonWriter json;
+  json.open('{');
+  write("format", std::string_view("filter-report"), &json);
+  write("version", std::uint64_t{1}, &json);
+  write("command", command, &json);
+  if (basis != nullptr) {
+    write("order", basis->order, &json);
+    json.key("assumptions");
+    json.open('[');
+    for (std::string_view assumption : basis->assumptions) json.value(assumption);
+    json.close(']');
+  }
+  json.key("inputs");
+  json.open('[');
+  for (const ReportInput& input : inputs) write(input, &json);
+  json.close(']');
+  json.close('}');
+  return json.take();
+}
+
 std::string toJson(const Report& report, std::string_view command, std::string_view file) {
   return toJson({{std::string(file), std::nullopt, report}}, command);
 }
 
 std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command) {
-  return document(inputs, command, std::nullopt);
-}
-
-std::string toJson(const Report& report, Order order, std::string_view command,
-                   std::string_view file) {
-  return toJson({{std::string(file), std::nullopt, report}}, order, command);
-}
-
-std::string toJson(const std::vector<ReportInput>& inputs, Order order, std::string_view command) {
-  return document(inputs, command, order);
+  return reportJson(inputs, command, nullptr);
 }
 
 }  // namespace FiltersInspect

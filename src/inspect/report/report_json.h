@@ -1,0 +1,24 @@
+#ifndef FILTER_INSPECT_SRC_REPORT_REPORT_JSON_H_
+#define FILTER_INSPECT_SRC_REPORT_REPORT_JSON_H_
+
+#include <filter_inspect/filter_report.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace FiltersInspect {
+
+// What the claims of an analysis rest on.
+struct ReportBasis {
+  std::string_view order;
+  const std::vector<std::string_view>& assumptions;
+};
+
+// The document of reports, with what they rest on unless that is null.
+std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
+                       const ReportBasis* basis);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_REPORT_REPORT_JSON_H_
