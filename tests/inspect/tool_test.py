@@ -809,16 +809,34 @@ def try_progress():
 
 
 def try_manual():
-    """Every command and option of the help is in the manual page and in the completion."""
-    texts = []
-    for name in ("filter-inspect.1", "filter-inspect.bash"):
-        with open(f"{sources}/tools/filter_inspect/{name}", encoding="ascii") as file:
-            texts.append(file.read().replace("\\-", "-"))
-    overview = inspect("--help").stdout.decode()
-    commands = re.findall(r"^  ([a-z]+) ", overview.split("Subcommands:")[1], re.MULTILINE)
-    helps = [overview] + [inspect(command, "--help").stdout.decode() for command in commands]
-    for word in set(commands) | set(re.findall(r"--[a-z-]+", "".join(helps))):
-        expect(f"{word} is described", all(word in text for text in texts))
+    """Every command has its section in the manual page, and trouble of each fits the schema. The
+    options are made of the help, and the test manual_options holds them to it."""
+    commands = re.findall(r"^  ([a-z]+) ", inspect("--help").stdout.decode().split("Subcommands:")[1],
+                          re.MULTILINE)
+    described = re.findall(r'^\.B[IR] "([a-z]+) "', source("tools/filter_inspect/filter-inspect.1"),
+                           re.MULTILINE)
+    expect("commands are described", described == commands, described)
+    schema = json.loads(source("docs/schema/filter-report-1.schema.json"))
+    known = schema["properties"]["command"]["enum"]
+    expect("commands in reports", set(known) == {*commands, "usage"}, known)
+    orders = re.search(r"--order (\S+)", inspect("diff", "--help").stdout.decode())[1].split("|")
+    known = schema["properties"]["order"]["enum"]
+    expect("orders in reports", known == ["id" if order == "ascending-id" else order for order in orders], known)
+
+
+def try_completion():
+    """The completion on its own, without the package whose functions it calls."""
+    script = ("_init_completion() { words=(\"${given[@]}\"); cword=$((${#words[@]} - 1)); split=false\n"
+              "cur=${words[cword]}; prev=${words[cword - 1]}; }\n"
+              "_filedir() { COMPREPLY=(FILES); }; compopt() { COMPREPLY+=(nospace); }\n"
+              f". {sources}/tools/filter_inspect/filter-inspect.bash\n"
+              "given=(filter-inspect \"$@\"); _filter_inspect; echo \"${COMPREPLY[@]}\"")
+    for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "text json dump"),
+                           ("analyse --over", "--overlaps"), ("convert -o ", "FILES"),
+                           ("--framing v", "varint"), ("diff --ord", "--order= nospace"),
+                           ("check --max-bytes ", ""), ("--vers", "--version")):
+        done = subprocess.run(["bash", "-c", script, "bash", *line.split(" ")], stdout=subprocess.PIPE)
+        expect(f"completion of {line}", done.stdout.decode().strip() == expected, done.stdout)
 
 
 def try_start():
@@ -848,6 +866,7 @@ def main():
         try_terminal()
         try_progress()
         try_manual()
+        try_completion()
         try_start()
         os.chdir("/")
     print(f"{len(TABLE) + len(DOCUMENTS)} command lines, {len(failures)} failures")
