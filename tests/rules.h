@@ -94,14 +94,12 @@ inline const Table kMatchesOfType = {
      MATCH_CODE(VLAN_INFO), MATCH_CODE(CPU_INJECTED_PACKETS), MATCH_CODE(DST_L4_PORT_RANGE)},
 };
 inline const Table kActionsOfStage = {
-    // stage none
-    {ACTION_CODE(PERMIT), ACTION_CODE(DENY), ACTION_CODE(COPY_TO_CPU),
-     ACTION_CODE(BLOCK_EGRESS_PORTS), ACTION_CODE(COPY_TO_CPU_CANCEL), ACTION_CODE(SET_PCP),
-     ACTION_CODE(SET_PCP_AND_QUEUE), ACTION_CODE(SET_INNER_PCP), ACTION_CODE(SET_DSCP),
-     ACTION_CODE(MAP_TO_COS_QUEUE), ACTION_CODE(REDIRECT), ACTION_CODE(REPLACE_DST_MAC),
-     ACTION_CODE(REDIRECT_CANCEL), ACTION_CODE(REPLACE_SRC_MAC), ACTION_CODE(L3_SWITCH),
-     ACTION_CODE(BLACK_HOLE), ACTION_CODE(COPY_INNER_PCP), ACTION_CODE(MPLS_PORT_SET),
-     ACTION_CODE(L2_TO_CPU_DROP)},
+    // stage none: every action but one
+    [] {
+      CodeSet codes(kActionCodes.begin(), kActionCodes.end());
+      codes.erase(ACTION_CODE(MAP_TO_CPU_COS_QUEUE));
+      return codes;
+    }(),
     // lookup
     {ACTION_CODE(PERMIT), ACTION_CODE(DENY), ACTION_CODE(SET_PCP_AND_QUEUE),
      ACTION_CODE(SET_INNER_PCP), ACTION_CODE(COPY_INNER_PCP), ACTION_CODE(MPLS_PORT_SET)},
@@ -115,14 +113,19 @@ inline const Table kActionsOfStage = {
     // egress
     {ACTION_CODE(PERMIT), ACTION_CODE(DENY)},
 };
+inline const auto kTypes = static_cast<int>(kMatchesOfType.size());
 inline const Table kTypesOfStage = {
-    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
+    // stage none: every type
+    [] {
+      CodeSet types;
+      for (int type = 0; type < kTypes; ++type) types.insert(unsigned(type));
+      return types;
+    }(),
     {0, 4, 6},
     {0, 1, 2, 3, 7, 8, 9, 10, 11},
     {0, 5},
 };
-inline const auto kTypes = static_cast<int>(kMatchesOfType.size()),
-                  kStages = static_cast<int>(kTypesOfStage.size());
+inline const auto kStages = static_cast<int>(kTypesOfStage.size());
 #undef MATCH_CODE
 #undef ACTION_CODE
 
