@@ -42,42 +42,44 @@ Json object(const Json& properties, const std::vector<std::string_view>& require
           {"additionalProperties", false}};
 }
 
-Json pair(Form form, const Json& value) {
+Json pair(ValueForm form, const Json& value) {
   const auto [first, second] = keysOf(form);
   return object({{std::string(first), value}, {std::string(second), value}}, {first, second});
 }
 
 Json shapeOf(const FormRow& row) {
   switch (row.form) {
-    case Form::kFlag:
+    case ValueForm::kFlag:
       return {{"const", true}};
-    case Form::kBoolean:
+    case ValueForm::kBoolean:
       return {{"type", "boolean"}};
-    case Form::kNumber:
-    case Form::kHexadecimal:
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
       return number(row.bits);
-    case Form::kName:
+    case ValueForm::kName:
       return nameOr(number(32), row.names);
-    case Form::kMac:
-    case Form::kIPv4:
-    case Form::kIPv6: {
-      const char* name = row.form == Form::kMac ? "mac" : row.form == Form::kIPv4 ? "ipv4" : "ipv6";
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6: {
+      const char* name = row.form == ValueForm::kMac    ? "mac"
+                         : row.form == ValueForm::kIPv4 ? "ipv4"
+                                                        : "ipv6";
       return row.fields[1] == 0 ? definition(name) : pair(row.form, definition(name));
     }
-    case Form::kPortMask:
-    case Form::kPortRange:
-    case Form::kVlanInfo:
+    case ValueForm::kPortMask:
+    case ValueForm::kPortRange:
+    case ValueForm::kVlanInfo:
       return pair(row.form, number(row.bits));
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       return pair(row.form, definition("limid"));
-    case Form::kNumbers: {
+    case ValueForm::kNumbers: {
       Json list = listOf(number(row.bits));
       list["uniqueItems"] = true;
       return list;
     }
-    case Form::kLimid:
+    case ValueForm::kLimid:
       return definition("limid");
-    case Form::kLimids: {
+    case ValueForm::kLimids: {
       const auto [ports, types] = keysOf(row.form);
       Json shape = object({{std::string(ports), listOf(definition("limid"))}}, {ports});
       if (row.fields[1] != 0) {
@@ -156,35 +158,35 @@ std::string rangeOf(const FormRow& row) {
   const std::string bits = std::to_string(row.bits) + " bits";
   const bool masked = row.fields[1] != 0;
   switch (row.form) {
-    case Form::kFlag:
+    case ValueForm::kFlag:
       return "no value";
-    case Form::kNumber:
-    case Form::kHexadecimal:
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
       return bits;
-    case Form::kName:
+    case ValueForm::kName:
       return listed(row.names) + "or a number";
-    case Form::kBoolean:
+    case ValueForm::kBoolean:
       return "`true`, `false`";
-    case Form::kMac:
+    case ValueForm::kMac:
       return masked ? "a mask is an address" : "no mask";
-    case Form::kIPv4:
-    case Form::kIPv6:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
       return masked ? "a mask is a length or an address" : "no mask";
-    case Form::kPortMask:
+    case ValueForm::kPortMask:
       return "port and mask, " + bits + " each";
-    case Form::kPortRange:
+    case ValueForm::kPortRange:
       return "both ends belong to it, " + bits + " each";
-    case Form::kNumbers:
+    case ValueForm::kNumbers:
       return "a set, " + bits + " each";
-    case Form::kLimid:
+    case ValueForm::kLimid:
       return "an interface id";
-    case Form::kLimids:
+    case ValueForm::kLimids:
       return "interface ids in their order" +
              (masked ? "; behind `!` kinds of port left out: " + listed(row.names) + "or a number"
                      : "");
-    case Form::kVlanInfo:
+    case ValueForm::kVlanInfo:
       return "the service's class, then the protocol's; " + bits + " each";
-    case Form::kMplsPorts:
+    case ValueForm::kMplsPorts:
       return "the VPN's interface id, then the access port's";
   }
   return "";
