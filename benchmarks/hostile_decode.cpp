@@ -46,7 +46,7 @@ std::vector<hostile::Group> groups(std::size_t size) {
       {"overlong numbers", entryOf(repeated("\x90\x80\x80\x80\0\x81\x80\x80\x80\0"s, size))},
       {"refused matches", entryOf(match(9, "") + repeated(match(14, ""), size))},
       {"refused entries", repeated(entryOf(match(27, "")), size)},
-      {"entries of an unknown stage", "\x18\x09" + repeated(entryOf(""), size)},
+      {"entries of an unknown stage", "\x18\x63" + repeated(entryOf(""), size)},
       {"actions that throw", entryOf(repeated(action(18, ""), size))},
       {"groups within groups", std::string(size / 2, '\x7b') + std::string(size / 2, '\x7c')},
       {"short groups within groups",

@@ -14,8 +14,9 @@ template <class Code>
 class CodeSet {
  public:
   constexpr CodeSet(std::initializer_list<Code> codes) {
-    for (Code code : codes) bits_ |= bit(code);
+    for (Code code : codes) insert(code);
   }
+  constexpr void insert(Code code) { bits_ |= bit(code); }
   constexpr bool contains(Code code) const {
     return static_cast<std::uint32_t>(code) < kCodes && (bits_ & bit(code)) != 0;
   }
@@ -40,7 +41,7 @@ constexpr CodeSet<filtersGroupType_t> kTypes = {codes...};
 
 // The matches that a group type admits, null for an unknown type. Deliberate: none admits an IPv6
 // source.
-const CodeSet<filtersMatch_t>* matchesOf(filtersGroupType_t type) {
+constexpr const CodeSet<filtersMatch_t>* matchesOf(filtersGroupType_t type) {
   switch (type) {
     case FILTERS_GROUP_TYPE_NONE:
       return &kMatches<>;
@@ -100,6 +101,24 @@ const CodeSet<filtersMatch_t>* matchesOf(filtersGroupType_t type) {
   return nullptr;
 }
 
+constexpr CodeSet<filtersGroupType_t> kEveryType = [] {
+  CodeSet<filtersGroupType_t> types = {};
+  for (std::uint32_t value = 0; value < kCodes; ++value) {
+    const auto type = static_cast<filtersGroupType_t>(value);
+    if (matchesOf(type) != nullptr) types.insert(type);
+  }
+  return types;
+}();
+
+// Deliberate: the queue towards the CPU is admitted by ingress alone.
+constexpr CodeSet<filtersAction_t> kEveryActionButCpuQueue = [] {
+  CodeSet<filtersAction_t> actions = {};
+#define FILTERS_ACTION(code, T, blank) \
+  if (code != FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE) actions.insert(code);
+#include <filter_common/filter_actions.def>
+  return actions;
+}();
+
 // What a stage admits and requires.
 struct StageRules {
   const CodeSet<filtersGroupType_t>& types;
@@ -111,23 +130,7 @@ struct StageRules {
 std::optional<StageRules> rulesOf(filtersGroupStage_t stage) {
   switch (stage) {
     case FILTERS_GROUP_STAGE_NONE:
-      // Every type. Deliberate: every action but the queue towards the CPU, which ingress alone
-      // admits.
-      return StageRules{
-          kTypes<FILTERS_GROUP_TYPE_NONE, FILTERS_GROUP_TYPE_1, FILTERS_GROUP_TYPE_2,
-                 FILTERS_GROUP_TYPE_3, FILTERS_GROUP_TYPE_4, FILTERS_GROUP_TYPE_5,
-                 FILTERS_GROUP_TYPE_6, FILTERS_GROUP_TYPE_7, FILTERS_GROUP_TYPE_8,
-                 FILTERS_GROUP_TYPE_9, FILTERS_GROUP_TYPE_10, FILTERS_GROUP_TYPE_11>,
-          kActions<FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY, FILTERS_ACTION_COPY_TO_CPU,
-                   FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_COPY_TO_CPU_CANCEL,
-                   FILTERS_ACTION_SET_PCP, FILTERS_ACTION_SET_PCP_AND_QUEUE,
-                   FILTERS_ACTION_SET_INNER_PCP, FILTERS_ACTION_SET_DSCP,
-                   FILTERS_ACTION_MAP_TO_COS_QUEUE, FILTERS_ACTION_REDIRECT,
-                   FILTERS_ACTION_REPLACE_DST_MAC, FILTERS_ACTION_REDIRECT_CANCEL,
-                   FILTERS_ACTION_REPLACE_SRC_MAC, FILTERS_ACTION_L3_SWITCH,
-                   FILTERS_ACTION_BLACK_HOLE, FILTERS_ACTION_COPY_INNER_PCP,
-                   FILTERS_ACTION_MPLS_PORT_SET, FILTERS_ACTION_L2_TO_CPU_DROP>,
-          policer::Stage::None};
+      return StageRules{kEveryType, kEveryActionButCpuQueue, policer::Stage::None};
     case FILTERS_GROUP_STAGE_LOOKUP:
       return StageRules{kTypes<FILTERS_GROUP_TYPE_NONE, FILTERS_GROUP_TYPE_4, FILTERS_GROUP_TYPE_6>,
                         kActions<FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY,

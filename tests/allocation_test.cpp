@@ -142,10 +142,17 @@ TYPED_TEST(FailingMemoryOf, AClassLeavesItsObjectsAndTheirEntryAsTheyWere) {
 
 TEST(FailingMemory, LeavesAnEntryAsItWas) {
   const E full = fullEntry();
-  const auto matches = matchesOf({1, 2, 12, 26}), further = matchesOf({4, 14, 15});
-  const auto actions = actionsOf({1, 3, 11, 18}), more = actionsOf({5, 12});
+  const auto matches = matchesOf({FILTERS_MATCH_INGRESS_PORTS, FILTERS_MATCH_EXTERNAL_VLAN_ID,
+                                  FILTERS_MATCH_PCP, FILTERS_MATCH_TTL}),
+             further =
+                 matchesOf({FILTERS_MATCH_DST_MAC, FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6});
+  const auto actions = actionsOf({FILTERS_ACTION_DENY, FILTERS_ACTION_BLOCK_EGRESS_PORTS,
+                                  FILTERS_ACTION_REDIRECT, FILTERS_ACTION_MPLS_PORT_SET}),
+             more = actionsOf({FILTERS_ACTION_SET_PCP, FILTERS_ACTION_REPLACE_DST_MAC});
   const FiltersEntryPB message = messageOf(full);
-  E small = entryOf({14, 15, 34}, {3, 11});
+  E small =
+      entryOf({FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6, FILTERS_MATCH_DST_L4_PORT_RANGE},
+              {FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_REDIRECT});
   small.setPolicer(policer::Policer());
   trial<E>(small, {{"setMatches", [&](E& e) { return e.setMatches(matches); }},
                    {"copyMatches", [&](E& e) { return e.copyMatches(further); }, Valid},
@@ -167,10 +174,14 @@ void getEntries(G& group) {
 }
 
 TEST(FailingMemory, LeavesAGroupAsItWasButForTheEntryToBeReplaced) {
-  const E entry = entryOf({0, 1, 2, 4, 7}, {3, 5, 11}, policer::Stage::Ingress);
+  const E entry =
+      entryOf({FILTERS_MATCH_ALL, FILTERS_MATCH_INGRESS_PORTS, FILTERS_MATCH_EXTERNAL_VLAN_ID,
+               FILTERS_MATCH_DST_MAC, FILTERS_MATCH_SRC_MAC},
+              {FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_SET_PCP, FILTERS_ACTION_REDIRECT},
+              policer::Stage::Ingress);
   E another(entry);
   another.setId(9);
-  G full = groupOf(2, 1);
+  G full = groupOf(kIngress, 1);
   ASSERT_EQ(full.insertEntry(entry), FILTERS_OK);
   ASSERT_EQ(full.insertEntry(E(8)), FILTERS_OK);
   const FiltersGroupPB message = full.convertToFiltersGroupPB();
@@ -197,7 +208,7 @@ TEST(FailingMemory, LeavesNothingBehind) {
     return fromHex("2a" + varint(static_cast<std::uint32_t>(entry.size()))) + entry;
   };
   const std::string head = bytesOf(G(7)), entry = bytesOf(fullEntry());
-  const std::string unknown = entry + fromHex("7a03616263 7a10") + std::string(16, 'x');
+  const std::string unknown = entry + fromHex("a20603616263 a20610") + std::string(16, 'x');
   const std::string unknownInside = head + inGroup(unknown);
   const std::string twice = head + inGroup(entry) + inGroup(entry);
   const std::string refused = twice + inGroup(fromHex("2a020812"));  // no interfaces for MPLS

@@ -82,7 +82,7 @@ TEST(GroupBytes, OfAlmostTheUsualShapeMeanWhatTheWholeMessageMeans) {
 
 // One rule with many values says nothing about the others: no room is taken for them as if it did.
 TEST(GroupBytes, OfOneLargeRuleAndManySmallOnesTakeNoMoreRoomThanTwice) {
-  FiltersGroup group = groupOf(0, 1);
+  FiltersGroup group = groupOf(kNoStage, 1);
   FiltersEntry large(0);
   ASSERT_EQ(large.setMatch(MatchIngressPorts(Ports(100000))), FILTERS_OK);
   ASSERT_EQ(group.insertEntry(large), FILTERS_OK);
@@ -127,8 +127,11 @@ void expectGolden(const std::string& name, const T& object) {
 }
 
 TEST(WireGolden, HoldsEntriesOfEveryField) {
-  expectGolden("entry.hex", fullEntry());
-  FiltersEntry entry = entryOf({14, 15, 34}, {}, Stage::Ingress);
+  expectGolden("entry.hex", fullEntry(upTo(kLastGoldenMatch, kMatchCodes),
+                                      upTo(kLastGoldenAction, kActionCodes)));
+  FiltersEntry entry =
+      entryOf({FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6, FILTERS_MATCH_DST_L4_PORT_RANGE}, {},
+              Stage::Ingress);
   entry.setId(4294967295);
   EXPECT_EQ(entry.setMatch(MatchIngressPorts(PortTypes{port_type_t(0), port_type_t(7)})),
             FILTERS_OK);
@@ -144,11 +147,27 @@ void expectGoldenGroup(const std::string& name, FiltersGroup group, const Filter
 }
 
 TEST(WireGolden, HoldsGroupsOfSeveralTypes) {
-  expectGoldenGroup("group_ports.hex", groupOf(2, 1),
-                    entryOf({1, 2, 3, 4, 7, 23, 28}, {3, 10, 11, 12}, Stage::Ingress));
-  expectGoldenGroup("group_ipv4.hex", groupOf(0, 3), entryOf({5, 6, 9, 10, 17, 26}, {1, 4, 8, 15}));
-  expectGoldenGroup("group_ipv6.hex", groupOf(2, 8), entryOf({15, 27}, {0}, Stage::Ingress));
-  expectGoldenGroup("group_mpls.hex", groupOf(1, 4), entryOf({11, 12, 13, 20}, {6, 7, 17, 18}));
+  expectGoldenGroup("group_ports.hex", groupOf(kIngress, 1),
+                    entryOf({FILTERS_MATCH_INGRESS_PORTS, FILTERS_MATCH_EXTERNAL_VLAN_ID,
+                             FILTERS_MATCH_TPID, FILTERS_MATCH_DST_MAC, FILTERS_MATCH_SRC_MAC,
+                             FILTERS_MATCH_INGRESS_STP_STATE, FILTERS_MATCH_DROP},
+                            {FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE,
+                             FILTERS_ACTION_REDIRECT, FILTERS_ACTION_REPLACE_DST_MAC},
+                            Stage::Ingress));
+  expectGoldenGroup(
+      "group_ipv4.hex", groupOf(kNoStage, 3),
+      entryOf({FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_SRC_L4_PORT, FILTERS_MATCH_SRC_IPV4,
+               FILTERS_MATCH_DST_IPV4, FILTERS_MATCH_IP_PROTOCOL, FILTERS_MATCH_TTL},
+              {FILTERS_ACTION_DENY, FILTERS_ACTION_COPY_TO_CPU_CANCEL, FILTERS_ACTION_SET_DSCP,
+               FILTERS_ACTION_L3_SWITCH}));
+  expectGoldenGroup("group_ipv6.hex", groupOf(kIngress, 8),
+                    entryOf({FILTERS_MATCH_DST_IPV6, FILTERS_MATCH_VRF_ID}, {FILTERS_ACTION_PERMIT},
+                            Stage::Ingress));
+  expectGoldenGroup("group_mpls.hex", groupOf(kLookup, 4),
+                    entryOf({FILTERS_MATCH_INTERNAL_VLAN_ID, FILTERS_MATCH_PCP,
+                             FILTERS_MATCH_INTERNAL_PCP, FILTERS_MATCH_TOS},
+                            {FILTERS_ACTION_SET_PCP_AND_QUEUE, FILTERS_ACTION_SET_INNER_PCP,
+                             FILTERS_ACTION_COPY_INNER_PCP, FILTERS_ACTION_MPLS_PORT_SET}));
 }
 
 TEST(WireGolden, HoldsAGroupOfTwoEntries) {
@@ -156,13 +175,15 @@ TEST(WireGolden, HoldsAGroupOfTwoEntries) {
   group.setPriority(300);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_INGRESS), FILTERS_OK);
   EXPECT_EQ(group.setType(FILTERS_GROUP_TYPE_11), FILTERS_OK);
-  FiltersEntry entry = entryOf({0}, {}, Stage::Ingress);
+  FiltersEntry entry = entryOf({FILTERS_MATCH_ALL}, {}, Stage::Ingress);
   entry.setId(128);
   entry.setPriority(1);
   entry.setPolicerParent(policerAt(Stage::Egress, 301));
   EXPECT_EQ(entry.setCounter({1, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
   EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
-  expectGoldenGroup("group.hex", group, entryOf({34}, {1}, Stage::Ingress));
+  expectGoldenGroup(
+      "group.hex", group,
+      entryOf({FILTERS_MATCH_DST_L4_PORT_RANGE}, {FILTERS_ACTION_DENY}, Stage::Ingress));
 }
 
 // --- The buffer ----------------------------------------------------------------------------------

@@ -69,7 +69,7 @@ struct Contrary : T {
 
 // Deliberate: these comparisons can be overridden, the others cannot. The object on the left is
 // asked.
-TYPED_TEST(EachClass, HasAVirtualComparisonIfItIsOneOfFifteen) {
+TYPED_TEST(EachClass, HasAVirtualComparisonIfItIsOneOfThese) {
   const Contrary<TypeParam> contrary(samples<TypeParam>().front());
   EXPECT_NE(generic<TypeParam>(contrary) == samples<TypeParam>().front(),
             (isOneOf<TypeParam, MatchIngressStpState, MatchVlanInfo, MatchVrfId, MatchDrop,
@@ -313,7 +313,7 @@ TEST(MatchDSCP, IsComparedByItsDSCPOnlyWhenCalledDirectly) {
 
 // Deliberate: a match of an unknown code equals nothing, not even itself; an action its like.
 TEST(Classes, OfUnknownCodesHoldAndPrintNothing) {
-  for (unsigned code : {40u, 1000u, kMax}) {
+  for (unsigned code : {99u, 1000u, kMax}) {
     Match match{filtersMatch_t(code)};
     readInto(&match, "0805 b00109");
     EXPECT_EQ(wireOf(match) + printed(match), "08" + varint(code));
@@ -402,12 +402,16 @@ TEST(Counter, WritesItsFieldsAndReadsTheLowBitsOfTheId) {
 }
 
 TEST(Counter, PrintsItsTypeByName) {
-  int type = -1;
-  for (const std::string name :
-       {"Unknown", "Invalid", "Packets", "Octets", "Red Octets", "Not Red Octets", "Yellow Octets",
-        "Not Yellow Octets", "Green Octets", "Not Green Octets", "Unknown"}) {
-    EXPECT_EQ(printed(Counter(40000, counter_type_t(type++))), "ID: 40000\nType: " + name + "\n");
+  const auto expectName = [](int type, const std::string& name) {
+    EXPECT_EQ(printed(Counter(40000, counter_type_t(type))), "ID: 40000\nType: " + name + "\n");
+  };
+  int type = 0;
+  for (const char* name :
+       {"Invalid", "Packets", "Octets", "Red Octets", "Not Red Octets", "Yellow Octets",
+        "Not Yellow Octets", "Green Octets", "Not Green Octets"}) {
+    expectName(type++, name);
   }
+  for (int unknown : {-1, 99}) expectName(unknown, "Unknown");
 }
 
 // The library writes these itself.

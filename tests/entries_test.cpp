@@ -32,9 +32,12 @@ TEST(Entries, PublishWhatTheSettersGoBy) {
   EXPECT_EQ(FiltersEntry::validMatchTypes.size(), kMatchCodes.size() + 1);  // MatchDSCP
   EXPECT_EQ(FiltersEntry::validActionTypes.size(), kActionCodes.size());
   using Set = std::set<filtersMatch_t>;
-  EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes, (Set{filtersMatch_t(9), filtersMatch_t(10)}));
-  EXPECT_EQ(FiltersEntry::ipv6OnlyMatchTypes, (Set{filtersMatch_t(14), filtersMatch_t(15)}));
-  EXPECT_EQ(FiltersEntry::l4DstPortMatchTypes, (Set{filtersMatch_t(5), filtersMatch_t(34)}));
+  EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes,
+            (Set{FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4}));
+  EXPECT_EQ(FiltersEntry::ipv6OnlyMatchTypes,
+            (Set{FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6}));
+  EXPECT_EQ(FiltersEntry::l4DstPortMatchTypes,
+            (Set{FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE}));
 }
 
 // A caller's class: it has a base of the library, its own content, and cannot be copied.
@@ -60,14 +63,14 @@ TEST(Entries, RefuseClassesThatAreNotTheLibrarys) {
 
 // --- Which matches stand together ----------------------------------------------------------------
 
-TEST(Entries, RefuseFivePairsOfMatchesAndNoOther) {
+TEST(Entries, RefuseTheExcludedPairsOfMatchesAndNoOther) {
   const auto matches = oneMatchOfEachCode();
   for (unsigned held : kMatchCodes) {
     const FiltersEntry before = entryOf({held});
     for (unsigned added : kMatchCodes) {
       SCOPED_TRACE(testing::Message() << held << " then " << added);
       const bool fits = kExcludedPairs.count({held, added}) == 0;
-      const bool ofPorts = held == 5 || held == 34;
+      const bool ofPorts = FiltersEntry::l4DstPortMatchTypes.count(filtersMatch_t(held)) != 0;
       EXPECT_EQ(before.isL3CompatibleMatch(*matches[added].second), fits || ofPorts);
       EXPECT_EQ(before.isL4DstPortCompatibleMatch(*matches[added].second), fits || !ofPorts);
       FiltersEntry entry(before);
@@ -78,13 +81,13 @@ TEST(Entries, RefuseFivePairsOfMatchesAndNoOther) {
 }
 
 TEST(Entries, PassOverTheNullsOfAList) {
-  auto matches = matchesOf({0, 26});
-  auto actions = actionsOf({0, 5});
-  matches[filtersMatch_t(0)] = nullptr;
-  actions[filtersAction_t(0)] = nullptr;
+  auto matches = matchesOf({FILTERS_MATCH_ALL, FILTERS_MATCH_TTL});
+  auto actions = actionsOf({FILTERS_ACTION_PERMIT, FILTERS_ACTION_SET_PCP});
+  matches[FILTERS_MATCH_ALL] = nullptr;
+  actions[FILTERS_ACTION_PERMIT] = nullptr;
   FiltersEntry entry = entryOf({});
   EXPECT_EQ(entry.copyMatches(matches) + entry.copyActions(actions), FILTERS_OK);
-  EXPECT_TRUE(entry == entryOf({26}, {5}));
+  EXPECT_TRUE(entry == entryOf({FILTERS_MATCH_TTL}, {FILTERS_ACTION_SET_PCP}));
 }
 
 TEST(CopyMap, HandsTheObjectsThemselvesOver) {
@@ -115,7 +118,9 @@ TEST(Entries, DifferByTheirPriorityAndPolicers) {
 
 TEST(Entries, MoveTheirContentAndDropWhatTheyHeld) {
   FiltersEntry source = fullEntry();
-  FiltersEntry target = entryOf({14, 26}, {2}, policer::Stage::None, 8);  // of another id
+  FiltersEntry target =
+      entryOf({FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_TTL}, {FILTERS_ACTION_COPY_TO_CPU},
+              policer::Stage::None, 8);  // of another id
   target.setPolicerParent(policerAt(policer::Stage::None));
   const std::weak_ptr<policer::Policer> dropped = target.getPolicerParent();
   const auto parent = source.getPolicerParent();
@@ -162,15 +167,25 @@ FiltersEntry fromMessage(const FiltersEntryPB& message) {
 
 TEST(EntryMessage, LosesElementsOfUnknownCodesAndMatchesThatAnEarlierOneExcludes) {
   const std::pair<Codes, Codes> cases[] = {
-      {{kMatchCodes.back() + 1, 0, 40, kMax, 26}, {0, 26}},
-      {{9, 14, 15, 10, 5, 34, 26}, {5, 9, 10, 26}},
-      {{15, 10, 34, 14, 5, 9, 6}, {6, 14, 15, 34}},
+      {{kUnknown, FILTERS_MATCH_ALL, 1000, kMax, FILTERS_MATCH_TTL},
+       {FILTERS_MATCH_ALL, FILTERS_MATCH_TTL}},
+      {{FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6,
+        FILTERS_MATCH_DST_IPV4, FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE,
+        FILTERS_MATCH_TTL},
+       {FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4,
+        FILTERS_MATCH_TTL}},
+      {{FILTERS_MATCH_DST_IPV6, FILTERS_MATCH_DST_IPV4, FILTERS_MATCH_DST_L4_PORT_RANGE,
+        FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_SRC_IPV4,
+        FILTERS_MATCH_SRC_L4_PORT},
+       {FILTERS_MATCH_SRC_L4_PORT, FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6,
+        FILTERS_MATCH_DST_L4_PORT_RANGE}},
   };
   for (const auto& [sent, held] : cases) {
     EXPECT_EQ(heldMatches(fromMessage(messageWith(sent, {}))), held);
   }
-  const Codes actions = {kActionCodes.back() + 1, 1, kMax, 16};
-  EXPECT_EQ(heldActions(fromMessage(messageWith({}, actions))), (Codes{1, 16}));
+  const Codes actions = {kUnknown, FILTERS_ACTION_DENY, kMax, FILTERS_ACTION_BLACK_HOLE};
+  EXPECT_EQ(heldActions(fromMessage(messageWith({}, actions))),
+            (Codes{FILTERS_ACTION_DENY, FILTERS_ACTION_BLACK_HOLE}));
 }
 
 // Deliberate: what another process counts is not for this one to refuse.
@@ -184,15 +199,16 @@ TEST(EntryMessage, KeepsRepeatedAndInvalidCounterTypes) {
 }
 
 TEST(EntryMessage, PassesTheMplsActionsExceptionOnAndKeepsWhatCameBeforeIt) {
-  FiltersEntryPB message = messageOf(entryOf({26}, {0}));
-  message.add_actions_()->set_type_(18);
-  message.add_actions_()->set_type_(1);
+  FiltersEntryPB message = messageOf(entryOf({FILTERS_MATCH_TTL}, {FILTERS_ACTION_PERMIT}));
+  message.add_actions_()->set_type_(FILTERS_ACTION_MPLS_PORT_SET);
+  message.add_actions_()->set_type_(FILTERS_ACTION_DENY);
   EXPECT_THROW(FiltersEntry(message.SerializeAsString()), std::invalid_argument);
-  FiltersEntry entry = entryOf({}, {18});
+  FiltersEntry entry = entryOf({}, {FILTERS_ACTION_MPLS_PORT_SET});
   EXPECT_THAT([&] { entry.convertFromFiltersEntryPB(&message); },
               testing::ThrowsMessage<std::invalid_argument>(
                   "ActionMplsPortSet: ActionPB missing vpn_id and mpls_access_port"));
-  EXPECT_TRUE(entry == entryOf({26}, {0, 18}));
+  EXPECT_TRUE(entry ==
+              entryOf({FILTERS_MATCH_TTL}, {FILTERS_ACTION_PERMIT, FILTERS_ACTION_MPLS_PORT_SET}));
 }
 
 }  // namespace

@@ -37,11 +37,13 @@ inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
   return entry;
 }
 
-// Of every match that can stand beside IPv4 addresses and a destination port, and every action.
-inline FiltersEntry fullEntry() {
-  Codes matches = kMatchCodes;
-  for (int code : {34, 15, 14}) matches.erase(matches.begin() + code);
-  FiltersEntry entry = entryOf(matches, kActionCodes, policer::Stage::Ingress);
+// An entry of all these actions, and of all these matches but the later ones of excluded pairs.
+inline FiltersEntry fullEntry(const Codes& matches = kMatchCodes,
+                              const Codes& actions = kActionCodes) {
+  CodeSet compatible(matches.begin(), matches.end());
+  for (const CodeSet& pair : kExcludedPairs) compatible.erase(*pair.rbegin());
+  FiltersEntry entry =
+      entryOf({compatible.begin(), compatible.end()}, actions, policer::Stage::Ingress);
   entry.setPriority(300);
   entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
   EXPECT_EQ(entry.setCounter({300, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);

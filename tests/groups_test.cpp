@@ -23,13 +23,15 @@ FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0)
 // fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
 
 TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
-  const FiltersEntry acting = entryOf({}, {10}, policer::Stage::Ingress);
-  const FiltersEntry all = entryOf({14}, {10}, policer::Stage::Ingress);
-  EXPECT_EQ(groupOf(kUnknownStage, kUnknownType).insertEntry(all), FILTERS_ERR_INVALID);
-  EXPECT_EQ(groupOf(kUnknownStage, 0).insertEntry(all), FILTERS_ERR_MATCH_NOT_ALLOWED);
-  EXPECT_EQ(groupOf(kUnknownStage, 0).insertEntry(acting), FILTERS_ERR_INVALID_STAGE);
-  EXPECT_EQ(groupOf(0, 0).insertEntry(acting), FILTERS_ERR_ACTION_NOT_ALLOWED);
-  FiltersGroup group = groupOf(2, 0);
+  const FiltersEntry acting =
+      entryOf({}, {FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE}, policer::Stage::Ingress);
+  const FiltersEntry all = entryOf({FILTERS_MATCH_SRC_IPV6}, {FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE},
+                                   policer::Stage::Ingress);
+  EXPECT_EQ(groupOf(kUnknown, kUnknown).insertEntry(all), FILTERS_ERR_INVALID);
+  EXPECT_EQ(groupOf(kUnknown, 0).insertEntry(all), FILTERS_ERR_MATCH_NOT_ALLOWED);
+  EXPECT_EQ(groupOf(kUnknown, 0).insertEntry(acting), FILTERS_ERR_INVALID_STAGE);
+  EXPECT_EQ(groupOf(kNoStage, 0).insertEntry(acting), FILTERS_ERR_ACTION_NOT_ALLOWED);
+  FiltersGroup group = groupOf(kIngress, 0);
   EXPECT_EQ(group.insertEntry(acting), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
   EXPECT_EQ(group.insertEntry(entryOf({}, {}, policer::Stage::Ingress, 1)), FILTERS_OK);
@@ -69,8 +71,7 @@ TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriorityAndBringsAnyStageAndType) {
   message.set_priority_(0xfffe0005);
   EXPECT_EQ(fromMessage(message).getId(), 1);
   EXPECT_EQ(fromMessage(message).getPriority(), 5);
-  for (const auto& [stage, type] :
-       {std::pair(1, 1), {kUnknownStage, kUnknownType}, {-1, -2147483647 - 1}}) {
+  for (const auto& [stage, type] : {std::pair(1, 1), {kUnknown, kUnknown}, {-1, -2147483647 - 1}}) {
     const FiltersGroup group = groupOf(stage, type);
     EXPECT_TRUE(group.getStage() == stage && group.getType() == type);
     EXPECT_TRUE(FiltersGroup(bytesOf(group)) == group);
@@ -79,28 +80,31 @@ TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriorityAndBringsAnyStageAndType) {
 
 TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   FiltersGroupPB message;
-  message.set_stage_(3);
+  message.set_stage_(kEgress);
   message.set_type_(5);
   addEntry(&message, 7, 1)->set_policer_parent_("");
-  addEntry(&message, 2)->add_matches_()->set_type_(30);
-  addEntry(&message, 3)->add_actions_()->set_type_(16);
+  addEntry(&message, 2)->add_matches_()->set_type_(FILTERS_MATCH_CPU_PORT);
+  addEntry(&message, 3)->add_actions_()->set_type_(FILTERS_ACTION_BLACK_HOLE);
   addEntry(&message, 4)->set_policer_(policerAt(policer::Stage::Ingress).Serialize());
   addEntry(&message, 5)->set_policer_(policerAt(policer::Stage::Egress).Serialize());
   addEntry(&message, 7, 2);
-  addEntry(&message, 7, 3)->add_actions_()->set_type_(16);
+  addEntry(&message, 7, 3)->add_actions_()->set_type_(FILTERS_ACTION_BLACK_HOLE);
   const FiltersGroup group = fromMessage(message);
   EXPECT_EQ(prioritiesOf(group), (Priorities{{5, 0}, {7, 2}}));
   EXPECT_EQ(group.getEntries().at(7).getPolicerParent(), nullptr);
-  message.set_type_(unsigned(kUnknownType));
+  message.set_type_(unsigned(kUnknown));
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 
 // A part of a group, read on top of the whole. Deliberate: its head goes in as it comes, and what
 // is refused at that stage and type leaves the rule that it should replace.
 TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
-  FiltersGroup group = groupOf(2, 3);
+  FiltersGroup group = groupOf(kIngress, 3);
   for (unsigned id : {1u, 2u, 3u}) {
-    EXPECT_EQ(group.insertEntry(entryOf({26}, {0, 1}, policer::Stage::None, id)), FILTERS_OK);
+    EXPECT_EQ(
+        group.insertEntry(entryOf({FILTERS_MATCH_TTL}, {FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY},
+                                  policer::Stage::None, id)),
+        FILTERS_OK);
   }
   const FiltersGroup before(group);
   FiltersGroupPB part;
@@ -108,29 +112,33 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   part.set_priority_(5);
   part.set_stage_(2);
   part.set_type_(3);
-  *part.add_entries_() = messageOf(entryOf({17}, {2}, policer::Stage::Ingress, 2));
-  *part.add_entries_() = messageOf(entryOf({15}, {}, policer::Stage::None, 3));  // refused
-  *part.add_entries_() = messageOf(entryOf({17}, {}, policer::Stage::None, 4));
+  *part.add_entries_() = messageOf(entryOf(
+      {FILTERS_MATCH_IP_PROTOCOL}, {FILTERS_ACTION_COPY_TO_CPU}, policer::Stage::Ingress, 2));
+  *part.add_entries_() =
+      messageOf(entryOf({FILTERS_MATCH_DST_IPV6}, {}, policer::Stage::None, 3));  // refused
+  *part.add_entries_() =
+      messageOf(entryOf({FILTERS_MATCH_IP_PROTOCOL}, {}, policer::Stage::None, 4));
   group.convertFromFiltersGroupPB(&part);
   EXPECT_TRUE(group.getId() == 8 && group.getPriority() == 5);
   EXPECT_EQ(prioritiesOf(group).size(), 4u);
   const auto& entries = group.getEntriesRef();
-  EXPECT_EQ(heldMatches(entries.at(2)), Codes{17});
-  EXPECT_EQ(heldActions(entries.at(2)), Codes{2});
+  EXPECT_EQ(heldMatches(entries.at(2)), Codes{FILTERS_MATCH_IP_PROTOCOL});
+  EXPECT_EQ(heldActions(entries.at(2)), Codes{FILTERS_ACTION_COPY_TO_CPU});
   for (unsigned id : {1u, 3u}) EXPECT_EQ(entries.at(id), before.getEntriesRef().at(id));
 
   part.Clear();  // no head is one of zeros, at which rules with a match are refused
-  *part.add_entries_() = messageOf(entryOf({26}, {}, policer::Stage::None, 1));
+  *part.add_entries_() = messageOf(entryOf({FILTERS_MATCH_TTL}, {}, policer::Stage::None, 1));
   group.convertFromFiltersGroupPB(&part);
   EXPECT_TRUE(group.getId() == 0 && group.getPriority() == 0 && group.getStage() == 0 &&
               group.getType() == 0);
-  EXPECT_EQ(heldActions(group.getEntriesRef().at(1)), (Codes{0, 1}));
+  EXPECT_EQ(heldActions(group.getEntriesRef().at(1)),
+            (Codes{FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY}));
 }
 
 // --- The checks ----------------------------------------------------------------------------------
 
 // They read their arguments alone: this group's own stage and type are unknown.
-const FiltersGroup kAnyGroup = groupOf(99, 99);
+const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
 // The check and the published table say what the table by hand says, and no row of it forgets a
 // code but those that are admitted nowhere.
@@ -153,7 +161,7 @@ void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
 }
 
 TEST(GroupValidation, AdmitsMatchesByType) {
-  expectTable(kMatchesOfType, kMatchCodes, {14}, FILTERS_ERR_MATCH_NOT_ALLOWED,
+  expectTable(kMatchesOfType, kMatchCodes, {FILTERS_MATCH_SRC_IPV6}, FILTERS_ERR_MATCH_NOT_ALLOWED,
               FiltersGroup::TypeDescription_, [](Type type, unsigned code) {
                 return kAnyGroup.groupMatchValidation(entryOf({0, code}), type);
               });
@@ -179,7 +187,7 @@ filtersErr_t checkPolicer(unsigned of, int stage) {
 }
 
 TEST(GroupValidation, AdmitsPolicersByStage) {
-  for (int stage = 0; stage < kUnknownStage; ++stage) {
+  for (int stage = 0; stage < kStages; ++stage) {
     for (unsigned of = 0; of < 4; ++of) {
       const bool fits = admits(kPolicersOfStage, static_cast<unsigned>(stage), of);
       EXPECT_EQ(checkPolicer(of, stage), fits ? FILTERS_OK : FILTERS_ERR_POLICER_STAGE)
@@ -190,12 +198,13 @@ TEST(GroupValidation, AdmitsPolicersByStage) {
 
 TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
   const FiltersEntry bare;
-  for (int unknown : {-1, INT_MIN, INT_MAX, kUnknownType, 32, 63, 64, 65, 68, 128, 256, 65536}) {
+  for (int unknown :
+       {-1, INT_MIN, INT_MAX, kTypes, kUnknown, 32, 63, 64, 65, 68, 128, 256, 65536}) {
     EXPECT_EQ(kAnyGroup.groupMatchValidation(bare, Type(unknown)), FILTERS_ERR_INVALID);
     EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(groupOf(unknown, 0).setType(Type(unknown)), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(groupOf(0, unknown).setStage(Stage(unknown)), FILTERS_ERR_INVALID_STAGE);
-    for (int stage = 0; stage < kUnknownStage; ++stage) {
+    for (int stage = 0; stage < kStages; ++stage) {
       EXPECT_EQ(groupOf(stage, 0).setType(Type(unknown)), FILTERS_ERR_TYPE_NOT_ALLOWED);
       EXPECT_EQ(groupOf(0, unknown).setStage(Stage(stage)), FILTERS_ERR_TYPE_NOT_ALLOWED);
     }
@@ -203,7 +212,7 @@ TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
     EXPECT_EQ(checkPolicer(0, unknown), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(checkPolicer(1, unknown), FILTERS_ERR_INVALID_STAGE);
   }
-  EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(kUnknownStage)), FILTERS_ERR_INVALID_STAGE);
+  EXPECT_EQ(kAnyGroup.groupActionValidation(bare, Stage(kStages)), FILTERS_ERR_INVALID_STAGE);
 }
 
 }  // namespace

@@ -20,9 +20,9 @@ bool actionPrints(void* action, const char* line);
 // Makes an object x and holds it against its code and what is expected.
 static void* x;
 #define MATCH(code, made, expected) \
-  (x = (made), EXPECT(matchGetType(x) == code && (expected)), deleteMatch(x))
+  (x = (made), EXPECT(matchGetType(x) == FILTERS_MATCH_##code && (expected)), deleteMatch(x))
 #define ACTION(code, made, expected) \
-  (x = (made), EXPECT(actionGetType(x) == code && (expected)), deleteAction(x))
+  (x = (made), EXPECT(actionGetType(x) == FILTERS_ACTION_##code && (expected)), deleteAction(x))
 #define SAME(a, b) (memcmp((a), (b), sizeof *(a)) == 0)
 #define MAC(mac, mask) (SAME(matchMacGetMac(x), mac) && SAME(matchMacGetMask(x), mask))
 #define IPV4(ip, mask) (SAME(matchIPv4GetIPv4(x), ip) && SAME(matchIPv4GetIPv4Mask(x), mask))
@@ -38,70 +38,70 @@ static void makeMatches(const limid_t* ports) {
   const vlan_info_t info = {3, 70000};
   char ones[16];
   memset(ones, 0xff, sizeof ones);
-  MATCH(0, newMatchAll(), true);
-  MATCH(1, newMatchIngressPorts(ports, 3), matchPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" \"lag-1\" "));
-  MATCH(1, newMatchIngressPorts(ports, 1), matchPrints(x, "LIMIDs: \"lag-1\" "));
-  MATCH(1, newMatchIngressPorts(NULL, 0), matchPrints(x, "LIMIDs: "));
-  MATCH(2, newMatchExternalVlanId(4095), matchPrints(x, "VLAN IDs: [ 4095 ]"));
-  MATCH(3, newMatchTPID(0x88a8), matchGetTPID(x) == 0x88a8);
-  MATCH(4, newMatchDstMac(&mac), MAC(&mac, ones));
-  MATCH(4, newMatchDstMacMask(&mac, &mac2), MAC(&mac, &mac2));
-  MATCH(5, newMatchDstL4Port(80), PORT(80, 0));
-  MATCH(5, newMatchDstL4PortMask(80, 0xff00), PORT(80, 0xff00));
-  MATCH(6, newMatchSrcL4Port(80), PORT(80, 0));
-  MATCH(6, newMatchSrcL4PortMask(80, 0xff00), PORT(80, 0xff00));
-  MATCH(7, newMatchSrcMac(&mac), MAC(&mac, ones));
-  MATCH(7, newMatchSrcMacMask(&mac, &mac2), MAC(&mac, &mac2));
-  MATCH(8, newMatchL2SrcEntryType(70007), matchGetL2SrcEntryType(x) == 70007);
-  MATCH(9, newMatchSrcIPv4(&ip), IPV4(&ip, ones));
-  MATCH(9, newMatchSrcIPv4Mask(&ip, &ip2), IPV4(&ip, &ip2));
-  MATCH(10, newMatchDstIPv4(&ip), IPV4(&ip, ones));
-  MATCH(10, newMatchDstIPv4Mask(&ip, &ip2), IPV4(&ip, &ip2));
-  MATCH(11, newMatchInternalVlanId(4095), matchPrints(x, "VLAN IDs: [ 4095 ]"));
-  MATCH(12, newMatchPcp(7), matchPrints(x, "PCPs: [ \7 ]"));
-  MATCH(13, newMatchInternalPcp(7), matchPrints(x, "PCPs: [ \7 ]"));
-  MATCH(14, newMatchSrcIPv6(&v6), IPV6(&v6, ones));
-  MATCH(15, newMatchDstIPv6(&v6), IPV6(&v6, ones));
-  MATCH(15, newMatchDstIPv6Mask(&v6, &v62), IPV6(&v6, &v62));
-  MATCH(16, newMatchVlanTagging(FILTERS_VLAN_TAGGED), matchPrints(x, "Tagging: tagged"));
-  MATCH(17, newMatchIpProtocol(200), matchIpProtocolGetIpProt(x) == 200);
-  MATCH(18, newMatchPacketRes(70007), matchPacketResGet(x) == 70007);
-  MATCH(19, newMatchMplsTerm(true), matchMplsTermGet(x));
-  MATCH(20, newMatchDSCP(46), matchDSCPGet(x) == 46);
-  MATCH(21, newMatchVirtualPort(ports), matchGetLimId(x) == ports[0]);
-  MATCH(22, newMatchEgressPorts(ports, 3), matchPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" \"lag-1\" "));
-  MATCH(23, newMatchIngressStpState(70007), matchIngressStpStateGet(x) == 70007);
-  MATCH(24, newMatchVlanInfo(&info), matchPrints(x, "Protocol2CPU VLAN Type: 70000") && matchVlanInfoGet(x).svc_vlan_type == 3);
-  MATCH(25, newMatchSrcPort(ports), matchGetLimId(x) == ports[0]);
-  MATCH(26, newMatchTTL(255), matchTTLGet(x) == 255);
-  MATCH(27, newMatchVrfId(300), matchVrfIdGet(x) == 300);
-  MATCH(28, newMatchDrop(false), !matchDropGet(x));
-  MATCH(30, newMatchCpuPort(), true);
-  MATCH(33, newMatchCPUInjectedPackets(true), MatchCPUInjectedPacketsGet(x));
-  MATCH(34, newMatchDstL4PortRange(10, 20), PORT(10, 20) && RANGE(10, 20));
+  MATCH(ALL, newMatchAll(), true);
+  MATCH(INGRESS_PORTS, newMatchIngressPorts(ports, 3), matchPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" \"lag-1\" "));
+  MATCH(INGRESS_PORTS, newMatchIngressPorts(ports, 1), matchPrints(x, "LIMIDs: \"lag-1\" "));
+  MATCH(INGRESS_PORTS, newMatchIngressPorts(NULL, 0), matchPrints(x, "LIMIDs: "));
+  MATCH(EXTERNAL_VLAN_ID, newMatchExternalVlanId(4095), matchPrints(x, "VLAN IDs: [ 4095 ]"));
+  MATCH(TPID, newMatchTPID(0x88a8), matchGetTPID(x) == 0x88a8);
+  MATCH(DST_MAC, newMatchDstMac(&mac), MAC(&mac, ones));
+  MATCH(DST_MAC, newMatchDstMacMask(&mac, &mac2), MAC(&mac, &mac2));
+  MATCH(DST_L4_PORT, newMatchDstL4Port(80), PORT(80, 0));
+  MATCH(DST_L4_PORT, newMatchDstL4PortMask(80, 0xff00), PORT(80, 0xff00));
+  MATCH(SRC_L4_PORT, newMatchSrcL4Port(80), PORT(80, 0));
+  MATCH(SRC_L4_PORT, newMatchSrcL4PortMask(80, 0xff00), PORT(80, 0xff00));
+  MATCH(SRC_MAC, newMatchSrcMac(&mac), MAC(&mac, ones));
+  MATCH(SRC_MAC, newMatchSrcMacMask(&mac, &mac2), MAC(&mac, &mac2));
+  MATCH(L2_SRC_ENTRY_TYPE, newMatchL2SrcEntryType(70007), matchGetL2SrcEntryType(x) == 70007);
+  MATCH(SRC_IPV4, newMatchSrcIPv4(&ip), IPV4(&ip, ones));
+  MATCH(SRC_IPV4, newMatchSrcIPv4Mask(&ip, &ip2), IPV4(&ip, &ip2));
+  MATCH(DST_IPV4, newMatchDstIPv4(&ip), IPV4(&ip, ones));
+  MATCH(DST_IPV4, newMatchDstIPv4Mask(&ip, &ip2), IPV4(&ip, &ip2));
+  MATCH(INTERNAL_VLAN_ID, newMatchInternalVlanId(4095), matchPrints(x, "VLAN IDs: [ 4095 ]"));
+  MATCH(PCP, newMatchPcp(7), matchPrints(x, "PCPs: [ \7 ]"));
+  MATCH(INTERNAL_PCP, newMatchInternalPcp(7), matchPrints(x, "PCPs: [ \7 ]"));
+  MATCH(SRC_IPV6, newMatchSrcIPv6(&v6), IPV6(&v6, ones));
+  MATCH(DST_IPV6, newMatchDstIPv6(&v6), IPV6(&v6, ones));
+  MATCH(DST_IPV6, newMatchDstIPv6Mask(&v6, &v62), IPV6(&v6, &v62));
+  MATCH(VLAN_TAGGING, newMatchVlanTagging(FILTERS_VLAN_TAGGED), matchPrints(x, "Tagging: tagged"));
+  MATCH(IP_PROTOCOL, newMatchIpProtocol(200), matchIpProtocolGetIpProt(x) == 200);
+  MATCH(PACKET_RES, newMatchPacketRes(70007), matchPacketResGet(x) == 70007);
+  MATCH(MPLS_TERM, newMatchMplsTerm(true), matchMplsTermGet(x));
+  MATCH(TOS, newMatchDSCP(46), matchDSCPGet(x) == 46);
+  MATCH(VIRTUAL_PORT, newMatchVirtualPort(ports), matchGetLimId(x) == ports[0]);
+  MATCH(EGRESS_PORTS, newMatchEgressPorts(ports, 3), matchPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" \"lag-1\" "));
+  MATCH(INGRESS_STP_STATE, newMatchIngressStpState(70007), matchIngressStpStateGet(x) == 70007);
+  MATCH(VLAN_INFO, newMatchVlanInfo(&info), matchPrints(x, "Protocol2CPU VLAN Type: 70000") && matchVlanInfoGet(x).svc_vlan_type == 3);
+  MATCH(SRC_PORT, newMatchSrcPort(ports), matchGetLimId(x) == ports[0]);
+  MATCH(TTL, newMatchTTL(255), matchTTLGet(x) == 255);
+  MATCH(VRF_ID, newMatchVrfId(300), matchVrfIdGet(x) == 300);
+  MATCH(DROP, newMatchDrop(false), !matchDropGet(x));
+  MATCH(CPU_PORT, newMatchCpuPort(), true);
+  MATCH(CPU_INJECTED_PACKETS, newMatchCPUInjectedPackets(true), MatchCPUInjectedPacketsGet(x));
+  MATCH(DST_L4_PORT_RANGE, newMatchDstL4PortRange(10, 20), PORT(10, 20) && RANGE(10, 20));
 }
 
 static void makeActions(const limid_t* ports) {
   const struct ether_addr mac = {{2, 0, 0, 0, 0, 1}};
-  ACTION(0, newActionPermit(), true);
-  ACTION(1, newActionDeny(), true);
-  ACTION(2, newActionCopyToCpu(), true);
-  ACTION(3, newActionBlockEgressPorts(ports, 2), actionPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" "));
-  ACTION(3, newActionBlockEgressPorts(NULL, 0), actionPrints(x, "LIMIDs: "));
-  ACTION(4, newActionCopyToCpuCancel(), actionCopyToCpuCancelGetTypeOfCancel(x) == COPY_TO_CPU_CANCEL);
-  ACTION(4, newActionSwitchToCpuCancel(), actionCopyToCpuCancelGetTypeOfCancel(x) == SWITCH_TO_CPU_CANCEL);
-  ACTION(5, newActionSetPcp(7), actionSetPcpGetPcp(x) == 7);
-  ACTION(6, newActionSetPcpAndQueue(255), actionSetPcpAndQueueGetPcpAndQueue(x) == 255);
-  ACTION(8, newActionSetDSCP(46), actionSetDSCPGetDSCP(x) == 46);
-  ACTION(9, newActionMapToCosQueue(5), actionMapToCosQueueGetCosQueue(x) == 5);
-  ACTION(10, newActionMapToCpuCosQueue(255), actionPrints(x, "CPU CoS Queue: 255"));
-  ACTION(11, newActionRedirect(ports[1]), actionPrints(x, "\"eth-3\" "));
-  ACTION(12, newReplaceDstMac(mac), actionPrints(x, "Replace MAC: 2:0:0:0:0:1"));
-  ACTION(13, newActionRedirectCancel(), true);
-  ACTION(14, newReplaceSrcMac(mac), actionPrints(x, "Replace MAC: 2:0:0:0:0:1"));
-  ACTION(15, newActionL3Switch(100000), actionL3SwitchGetL3DestinationId(x) == 100000);
-  ACTION(17, newActionCopyInnerPcp(), true);
-  ACTION(18, newActionMplsPortSet(limid_make_mpls_vpws(7), ports[0]), actionPrints(x, "MPLS Access Port: lag-1"));
+  ACTION(PERMIT, newActionPermit(), true);
+  ACTION(DENY, newActionDeny(), true);
+  ACTION(COPY_TO_CPU, newActionCopyToCpu(), true);
+  ACTION(BLOCK_EGRESS_PORTS, newActionBlockEgressPorts(ports, 2), actionPrints(x, "LIMIDs: \"lag-1\" \"eth-3\" "));
+  ACTION(BLOCK_EGRESS_PORTS, newActionBlockEgressPorts(NULL, 0), actionPrints(x, "LIMIDs: "));
+  ACTION(COPY_TO_CPU_CANCEL, newActionCopyToCpuCancel(), actionCopyToCpuCancelGetTypeOfCancel(x) == COPY_TO_CPU_CANCEL);
+  ACTION(COPY_TO_CPU_CANCEL, newActionSwitchToCpuCancel(), actionCopyToCpuCancelGetTypeOfCancel(x) == SWITCH_TO_CPU_CANCEL);
+  ACTION(SET_PCP, newActionSetPcp(7), actionSetPcpGetPcp(x) == 7);
+  ACTION(SET_PCP_AND_QUEUE, newActionSetPcpAndQueue(255), actionSetPcpAndQueueGetPcpAndQueue(x) == 255);
+  ACTION(SET_DSCP, newActionSetDSCP(46), actionSetDSCPGetDSCP(x) == 46);
+  ACTION(MAP_TO_COS_QUEUE, newActionMapToCosQueue(5), actionMapToCosQueueGetCosQueue(x) == 5);
+  ACTION(MAP_TO_CPU_COS_QUEUE, newActionMapToCpuCosQueue(255), actionPrints(x, "CPU CoS Queue: 255"));
+  ACTION(REDIRECT, newActionRedirect(ports[1]), actionPrints(x, "\"eth-3\" "));
+  ACTION(REPLACE_DST_MAC, newReplaceDstMac(mac), actionPrints(x, "Replace MAC: 2:0:0:0:0:1"));
+  ACTION(REDIRECT_CANCEL, newActionRedirectCancel(), true);
+  ACTION(REPLACE_SRC_MAC, newReplaceSrcMac(mac), actionPrints(x, "Replace MAC: 2:0:0:0:0:1"));
+  ACTION(L3_SWITCH, newActionL3Switch(100000), actionL3SwitchGetL3DestinationId(x) == 100000);
+  ACTION(COPY_INNER_PCP, newActionCopyInnerPcp(), true);
+  ACTION(MPLS_PORT_SET, newActionMplsPortSet(limid_make_mpls_vpws(7), ports[0]), actionPrints(x, "MPLS Access Port: lag-1"));
 }
 // clang-format on
 
@@ -117,10 +117,14 @@ static void useEntries(void) {
   EXPECT(filtersEntrySetAction(entry, pcp) == ok && filtersEntrySetAction(entry, deny) == ok);
   FiltersEntry* copy = copyFiltersEntry(entry);
   EXPECT(filtersEntryGetId(copy) == 70000 && filtersEntryGetPriority(copy) == 80000);
-  EXPECT(filtersEntryDeleteMatch(entry, 20) == ok && filtersEntryGetMatch(entry, vrf) == ok);
-  EXPECT(filtersEntryDeleteMatch(entry, 20) == none && filtersEntryGetMatch(entry, dscp) == none);
-  EXPECT(filtersEntryDeleteAction(entry, 5) == ok && filtersEntryGetAction(entry, deny) == ok);
-  EXPECT(filtersEntryDeleteAction(entry, 5) == none && filtersEntryGetAction(entry, pcp) == none);
+  EXPECT(filtersEntryDeleteMatch(entry, FILTERS_MATCH_TOS) == ok &&
+         filtersEntryGetMatch(entry, vrf) == ok);
+  EXPECT(filtersEntryDeleteMatch(entry, FILTERS_MATCH_TOS) == none &&
+         filtersEntryGetMatch(entry, dscp) == none);
+  EXPECT(filtersEntryDeleteAction(entry, FILTERS_ACTION_SET_PCP) == ok &&
+         filtersEntryGetAction(entry, deny) == ok);
+  EXPECT(filtersEntryDeleteAction(entry, FILTERS_ACTION_SET_PCP) == none &&
+         filtersEntryGetAction(entry, pcp) == none);
   EXPECT(filtersEntryGetMatch(copy, readDscp) == ok && matchDSCPGet(readDscp) == 46);
   EXPECT(filtersEntryGetAction(copy, readPcp) == ok && actionSetPcpGetPcp(readPcp) == 7);
   EXPECT(filtersEntryGetMatch(NULL, dscp) == null && filtersEntryGetMatch(copy, NULL) == null);
@@ -140,7 +144,8 @@ static void useGroups(void) {
   FiltersGroup* group = newFiltersGroup(500);
   filtersGroupSetPriority(group, 600);
   EXPECT(filtersGroupGetId(group) == 500 && filtersGroupGetPriority(group) == 600);
-  EXPECT(filtersGroupSetType(group, 5) == FILTERS_OK && filtersGroupGetType(group) == 5);
+  EXPECT(filtersGroupSetType(group, FILTERS_GROUP_TYPE_5) == FILTERS_OK &&
+         filtersGroupGetType(group) == 5);
   filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);  // refused, without a word
   EXPECT(filtersGroupGetStage(group) == FILTERS_GROUP_STAGE_NONE);
   filtersGroupSetStage(group, FILTERS_GROUP_STAGE_EGRESS);

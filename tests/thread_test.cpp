@@ -30,7 +30,11 @@ void onManyThreads(const std::function<void(std::size_t)>& work) {
 
 TEST(Threads, ReadOneGroupAndTheTables) {
   FiltersGroup group = groupOf(FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_9);
-  ASSERT_EQ(group.insertEntry(entryOf({1, 2, 12}, {3, 11}, policer::Stage::Ingress)), FILTERS_OK);
+  ASSERT_EQ(
+      group.insertEntry(entryOf(
+          {FILTERS_MATCH_INGRESS_PORTS, FILTERS_MATCH_EXTERNAL_VLAN_ID, FILTERS_MATCH_PCP},
+          {FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_REDIRECT}, policer::Stage::Ingress)),
+      FILTERS_OK);
   const std::string bytes = bytesOf(group), text = printed(group);
   onManyThreads([&](std::size_t) {
     EXPECT_TRUE(printed(group) == text && bytesOf(group) == bytes && FiltersGroup(bytes) == group);

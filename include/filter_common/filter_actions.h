@@ -17,7 +17,7 @@
 //   as 0 (but see ActionMplsPortSet), absent ports as none, and does not look at type_. Numbers are
 //   cut to the width of the field; missing address bytes become zero.
 // - No value is range-checked, except by ActionMplsPortSet.
-// - Deliberate: the comparison of six classes is virtual, that of the others is not.
+// - Deliberate: the comparison of some classes is virtual, that of the others is not.
 // - An object of a base class that was made with a leaf's code, as Action(FILTERS_ACTION_REDIRECT),
 //   must not be compared, printed or copied into an entry as an Action: it would be read as the
 //   leaf.

@@ -65,7 +65,7 @@ FILTERS_API void* newReplaceSrcMac(struct ether_addr mac);
 FILTERS_API void deleteAction(void* a);
 FILTERS_API filtersAction_t actionGetType(void* a);
 
-// --- Reading -------------------------------------------------------------------------------------
+// --- Reading, null handles undefined -------------------------------------------------------------
 
 FILTERS_API cp2cpuCancelParam_t actionCopyToCpuCancelGetTypeOfCancel(void* a);
 FILTERS_API unsigned char actionSetPcpGetPcp(void* a);

@@ -8,7 +8,7 @@
 // until deleteFiltersEntry(). Matches and actions (filter_matches_c.h, filter_actions_c.h) passed
 // in are copied and stay the caller's; their own type code says what they are and is trusted.
 // Assertions. A null handle stops the process with the C library's assertion message, in every kind
-// of build; the four functions that get and set matches and actions return
+// of build; the functions that get and set matches and actions return
 // FILTERS_ERR_INVALID_ARGUMENT instead.
 // Exceptions. Functions that allocate (new..., copy..., Set..., and Get... of a class that holds a
 // list) may throw std::bad_alloc through their C callers, which are then compiled with

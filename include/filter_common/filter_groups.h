@@ -31,7 +31,7 @@ class FiltersSerialized;
 //     std::cout << group;
 //
 // Invariants: every entry is the group's own copy, stored under its own id. An entry that came in
-// by insertEntry(), and every later setStage() and setType(), passed the four checks below.
+// by insertEntry(), and every later setStage() and setType(), passed the checks below.
 //
 // Refusals are result codes and leave the group unchanged. Building a group from bytes reports
 // nothing: entries that the checks refuse are left out. WARNING: of bytes that were cut off or
@@ -39,7 +39,7 @@ class FiltersSerialized;
 // zeros, and then apply to more packets; see FiltersEntry.
 //
 // Objects are not synchronised: any number of threads may read one group at a time, a writer needs
-// it alone. The three tables never change and may be read from any thread.
+// it alone. The tables never change and may be read from any thread.
 class FILTERS_API FiltersGroup {
  public:
   // Priority 0, stage and type NONE, no entries.

@@ -18,7 +18,7 @@
 //   numbers and addresses as 0, absent sets as empty, absent ports as none more; it looks neither
 //   at type_ nor at presence. Numbers are cut to the width of the field, addresses to their size;
 //   missing address bytes become zero.
-// - Deliberate: the comparison of nine classes is virtual, that of the others is not.
+// - Deliberate: the comparison of some classes is virtual, that of the others is not.
 // - An object of a base class that was made with a leaf's code, as Match(FILTERS_MATCH_TTL), must
 //   not be compared, printed or copied into an entry as a Match: it would be read as the leaf.
 // - Nothing fails but memory: std::bad_alloc from the classes that hold lists, and from writing
@@ -54,7 +54,8 @@ class FILTERS_API Match {
   virtual void convertFromMatchPB(const MatchPB* message);
 
   // The generic comparison: false when the codes differ or are unknown, else the comparison of the
-  // code's class; both objects must be of that class. Code 20 compares whole ToS bytes.
+  // code's class; both objects must be of that class. MatchToS and MatchDSCP share a code, under
+  // which whole ToS bytes are compared.
   virtual bool operator==(const Match& other) const;
 
   filtersMatch_t getType() const { return type_; }
@@ -84,7 +85,7 @@ class MatchInternalVlanId;
 
 // The ports of a packet: logical interface ids in the caller's order, or else kinds of port that
 // are left out; only reading a message can make a match hold both. Order and duplicates count when
-// two are compared. Used through its two leaves.
+// two are compared. Used through its leaves.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
@@ -129,7 +130,7 @@ class FILTERS_API MatchEgressPorts : public MatchPorts {
   void convertFromMatchPB(const MatchPB* message) override;
 };
 
-// One logical interface id, compared as its four bytes. Used through its two leaves.
+// One logical interface id, compared as its four bytes. Used through its leaves.
 class FILTERS_API MatchLimId : public Match {
  public:
   MatchLimId(filtersMatch_t type, limid_t limId) : Match(type), limId_(limId) {}
@@ -261,7 +262,7 @@ class FILTERS_API MatchMplsTerm : public Match {
 // --- Layer 2 -------------------------------------------------------------------------------------
 
 // A MAC address under a mask; the mask is all ones unless given. Compared byte by byte, without
-// applying the mask. The getters point into the object. Used through its two leaves.
+// applying the mask. The getters point into the object. Used through its leaves.
 class FILTERS_API MatchMac : public Match {
  public:
   MatchMac(filtersMatch_t type, ether_addr mac);
@@ -327,7 +328,7 @@ class FILTERS_API MatchVlanTagging : public Match {
   vlan_tagging_t tagging_;
 };
 
-// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its two leaves. Empty
+// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its leaves. Empty
 // braces, MatchExternalVlanId({}), are the one id 0; the empty set is std::set<unsigned short>().
 class FILTERS_API MatchVlanId : public Match {
  public:
@@ -404,7 +405,7 @@ class FILTERS_API MatchVlanInfo : public Match {
 
 // An IPv4 address under a mask, both in network byte order; the mask is 255.255.255.255 unless
 // given. Compared byte by byte, without applying the mask: 10.0.0.1/255.0.0.0 and
-// 10.0.0.2/255.0.0.0 differ. The getters point into the object. Used through its two leaves.
+// 10.0.0.2/255.0.0.0 differ. The getters point into the object. Used through its leaves.
 class FILTERS_API MatchIPv4 : public Match {
  public:
   MatchIPv4(filtersMatch_t type, in_addr ip);
@@ -432,7 +433,7 @@ class FILTERS_API MatchDstIPv4 : public MatchIPv4 {
 };
 
 // An IPv6 address under a mask, both in network byte order; the mask is all ones unless given.
-// Compared byte by byte. The getters point into the object. Used through its two leaves.
+// Compared byte by byte. The getters point into the object. Used through its leaves.
 class FILTERS_API MatchIPv6 : public Match {
  public:
   MatchIPv6(filtersMatch_t type, in6_addr ip);

@@ -82,33 +82,19 @@ FILTERS_ENUM(filtersGroupStage_t, int32_t){
 } filtersGroupStage_t;
 
 // What kind of table a group is: each type admits one fixed set of matches, readable as
-// FiltersGroup::TypeDescription_. Besides what stands here, all but NONE admit MatchAll, and
-// all of these but 8 and 11 the ingress ports. None admits an IPv6 source.
+// FiltersGroup::TypeDescription_ and shown by name in docs/capabilities.md.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
-    FILTERS_GROUP_TYPE_NONE = 0,  // no matches at all
-    // Both MACs, external VLAN id, TPID, layer-2 source entry, packet resolution, MPLS termination,
-    // spanning-tree state, drop, CPU port.
+    FILTERS_GROUP_TYPE_NONE = 0,
     FILTERS_GROUP_TYPE_1 = 1,
-    // Source MAC, both VLAN ids, TPID, source IPv4, virtual port.
     FILTERS_GROUP_TYPE_2 = 2,
-    // Control-plane protection: external VLAN id, TPID, both IPv4 addresses, IP protocol, TTL, both
-    // layer-4 ports (no range), station hit, forwarding type, destination CPU.
     FILTERS_GROUP_TYPE_3 = 3,
-    // Both VLAN ids, both PCPs, TPID, both IPv4 addresses, IP protocol, ToS, destination layer-4
-    // port (no range).
     FILTERS_GROUP_TYPE_4 = 4,
-    // Egress ports, destination MAC, both VLAN ids, both PCPs, TPID.
     FILTERS_GROUP_TYPE_5 = 5,
-    // Both MACs, both VLAN ids, both PCPs, TPID, VLAN tagging.
     FILTERS_GROUP_TYPE_6 = 6,
-    // Destination MAC, TPID, VLAN information, layer-2 source entry, source port, IP protocol,
-    // destination layer-4 port (no range), forwarding type.
     FILTERS_GROUP_TYPE_7 = 7,
-    FILTERS_GROUP_TYPE_8 = 8,    // VRF, IPv6 destination
-    FILTERS_GROUP_TYPE_9 = 9,    // both VLAN ids, both PCPs, ToS
-    FILTERS_GROUP_TYPE_10 = 10,  // TPID, both IPv4 addresses
-    // CPU-injected packets, destination MAC, TPID, VLAN information, IP protocol, destination
-    // layer-4 port range.
+    FILTERS_GROUP_TYPE_8 = 8,
+    FILTERS_GROUP_TYPE_9 = 9,
+    FILTERS_GROUP_TYPE_10 = 10,
     FILTERS_GROUP_TYPE_11 = 11,
 } filtersGroupType_t;
 

@@ -115,8 +115,8 @@ FILTERS_API FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filte
                                                     const FiltersEntry* e);
 FILTERS_API FiltersReport* filtersExplainStage(const FiltersGroup* g, filtersGroupStage_t s);
 FILTERS_API FiltersReport* filtersExplainType(const FiltersGroup* g, filtersGroupType_t t);
-// The classes' setMatch(): the two codes that filtersEntrySetMatch() does not take are explained as
-// every other.
+// The classes' setMatch(): codes that filtersEntrySetMatch() does not take are explained as every
+// other.
 FILTERS_API FiltersReport* filtersExplainMatch(const FiltersEntry* e, filtersMatch_t m);
 
 // What a group of this type, or stage, admits: ascending, at most count codes; returned is how many

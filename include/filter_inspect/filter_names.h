@@ -22,7 +22,7 @@ namespace FiltersInspect {
 // One overload an enumeration. Empty for a value that has no name; callers then write the number.
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersErr_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupStage_t);
-FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupType_t);  // "1" to "11", "none"
+FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupType_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersMatch_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersAction_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::counter_type_t);

@@ -77,7 +77,7 @@ void declareLimit(CLI::App* to, const char* name, Number* value, const std::stri
 }
 
 void declareCommon(CLI::App* app, Options* options) {
-  app->set_help_flag("-h,--help", "Print this, or of a command what it takes");
+  app->set_help_flag("-h,--help", "Show help for filter-inspect or for one command");
   app->set_version_flag("--version", kVersion);
   app->add_flag("--json", options->json, "Print documents of JSON, trouble too");
   declareChoice(app, "--color", &options->color, {"auto", "always", "never"},

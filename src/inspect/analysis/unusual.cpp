@@ -115,15 +115,6 @@ constexpr std::pair<filtersAction_t, filtersAction_t> kContradictions[] = {
     {FILTERS_ACTION_REDIRECT, FILTERS_ACTION_REDIRECT_CANCEL},
     {FILTERS_ACTION_SET_INNER_PCP, FILTERS_ACTION_COPY_INNER_PCP},
 };
-// Actions that do nothing to a packet which is dropped, unless a copy of it goes on.
-constexpr filtersAction_t kNotOfTheDropped[] = {
-    FILTERS_ACTION_BLOCK_EGRESS_PORTS, FILTERS_ACTION_SET_PCP,
-    FILTERS_ACTION_SET_PCP_AND_QUEUE,  FILTERS_ACTION_SET_INNER_PCP,
-    FILTERS_ACTION_SET_DSCP,           FILTERS_ACTION_MAP_TO_COS_QUEUE,
-    FILTERS_ACTION_REDIRECT,           FILTERS_ACTION_REPLACE_DST_MAC,
-    FILTERS_ACTION_REPLACE_SRC_MAC,    FILTERS_ACTION_L3_SWITCH,
-    FILTERS_ACTION_COPY_INNER_PCP,     FILTERS_ACTION_MPLS_PORT_SET,
-};
 
 // --- What is odd ---------------------------------------------------------------------------------
 
@@ -427,8 +418,10 @@ class Oddities {
     if (!onlyDrops_) return;
     const filtersAction_t drop =
         has(FILTERS_ACTION_DENY) ? FILTERS_ACTION_DENY : FILTERS_ACTION_BLACK_HOLE;
-    for (const filtersAction_t code : kNotOfTheDropped) {
-      if (has(code)) addBeside(code, drop, "and does nothing to what is dropped; leave it out");
+    for (const ActionPB& action : message_.actions_()) {
+      const auto code = static_cast<filtersAction_t>(action.type_());
+      if (formOf(code)->effect != Effect::kUnlessDropped) continue;
+      addBeside(code, drop, "and does nothing to what is dropped; leave it out");
     }
   }
   void addBeside(filtersAction_t code, filtersAction_t other, const char* why) {

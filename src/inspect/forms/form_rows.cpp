@@ -67,12 +67,12 @@ const MatchForm* formOf(filtersMatch_t code) {
   return nullptr;
 }
 
-const FormRow* formOf(filtersAction_t code) {
+const ActionForm* formOf(filtersAction_t code) {
   switch (code) {
-#define ACTION_FORM(code, form)          \
-  case code: {                           \
-    static constexpr FormRow row = form; \
-    return &row;                         \
+#define ACTION_FORM(code, form, effect)                 \
+  case code: {                                          \
+    static constexpr ActionForm row = {{form}, effect}; \
+    return &row;                                        \
   }
 #include "forms.def"
   }

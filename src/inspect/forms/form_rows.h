@@ -125,9 +125,16 @@ struct MatchForm : FormRow {
   PacketField packet[2] = {};
 };
 
+// Whether an action does something to a packet that is dropped and of which no copy goes on.
+enum class Effect : std::uint8_t { kAlways, kUnlessDropped };
+
+struct ActionForm : FormRow {
+  Effect effect = Effect::kAlways;
+};
+
 // Null for a code that no class carries.
 const MatchForm* formOf(FiltersCommon::filtersMatch_t code);
-const FormRow* formOf(FiltersCommon::filtersAction_t code);
+const ActionForm* formOf(FiltersCommon::filtersAction_t code);
 
 // Of the first or second packet field of a match; empty where there is none.
 std::string_view packetFieldName(FiltersCommon::filtersMatch_t code, std::size_t which);

@@ -21,13 +21,12 @@ FiltersGroup holding(const FiltersEntry& entry, int stage = 0, int type = 3) {
 
 // Entries of matches that no one type admits, in groups all the same.
 FiltersGroup received(FiltersEntry entry) {
-  const int types = static_cast<int>(kMatchesOfType.size());
-  for (int type = 0; type < types; ++type) {
+  for (int type = 0; type < kTypes; ++type) {
     FiltersGroup group = groupOf(0, type);
     if (group.insertEntry(entry) == FILTERS_OK) return group;
   }
   ADD_FAILURE() << entry;
-  return groupOf(0, 0);
+  return groupOf(kNoStage, 0);
 }
 
 // Empty exactly when equal; and the other way round the same, with before and after exchanged.
@@ -46,10 +45,12 @@ void expectTrue(const FiltersGroup& a, const FiltersGroup& b) {
 }
 
 TEST(Diff, IsEmptyExactlyWhenEqual) {
-  FiltersGroup group = groupOf(2, 3);
+  FiltersGroup group = groupOf(kIngress, 3);
   for (unsigned id : {1u, 300u, 70000u}) {
-    FiltersEntry entry = entryOf(Codes(kMatchesOfType[3].begin(), kMatchesOfType[3].end()),
-                                 {0, 5, 11}, policer::Stage::Ingress, id);
+    FiltersEntry entry =
+        entryOf(Codes(kMatchesOfType[3].begin(), kMatchesOfType[3].end()),
+                {FILTERS_ACTION_PERMIT, FILTERS_ACTION_SET_PCP, FILTERS_ACTION_REDIRECT},
+                policer::Stage::Ingress, id);
     entry.setPolicerParent(policerAt(policer::Stage::Egress, 301));
     EXPECT_EQ(entry.setCounter({2, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
     EXPECT_EQ(group.insertEntry(entry), FILTERS_OK);
@@ -123,7 +124,7 @@ TEST(Diff, NamesEveryMatchAndAction) {
 TEST(Diff, NamesEveryOtherPart) {
   const auto expectPart = [&](Subject subject, std::uint32_t offender, const char* before,
                               const char* after, auto change) {
-    FiltersEntry entry = entryOf({26}, {0});
+    FiltersEntry entry = entryOf({FILTERS_MATCH_TTL}, {FILTERS_ACTION_PERMIT});
     EXPECT_EQ(entry.setCounter({5, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
     const FiltersGroup group = holding(entry, 2);
     change(entry);
@@ -141,12 +142,12 @@ TEST(Diff, NamesEveryOtherPart) {
   expectPart(Subject::kCounter, 5, "5=packets", "5=octets", [](FiltersEntry& entry) {
     EXPECT_EQ(entry.setCounter({5, FILTERS_COUNTER_TYPE_OCTETS}), FILTERS_OK);
   });
-  expectPart(Subject::kMatch, 26, nullptr, "ttl=3",
+  expectPart(Subject::kMatch, FILTERS_MATCH_TTL, nullptr, "ttl=3",
              [](FiltersEntry& entry) { EXPECT_EQ(entry.setMatch(MatchTTL(3)), FILTERS_OK); });
 }
 
 TEST(Diff, SaysWhatBecameOfEachPart) {
-  FiltersEntry before = entryOf({26}), after = entryOf({}, {1});
+  FiltersEntry before = entryOf({FILTERS_MATCH_TTL}), after = entryOf({}, {FILTERS_ACTION_DENY});
   before.setPolicerParent(policer::Policer());
   EXPECT_EQ(before.setMatch(MatchTTL(1)), FILTERS_OK);
   EXPECT_EQ(before.setCounter({5, FILTERS_COUNTER_TYPE_PACKETS}), FILTERS_OK);
@@ -162,12 +163,13 @@ TEST(Diff, SaysWhatBecameOfEachPart) {
 }
 
 TEST(Diff, NamesHeadsAndWholeEntries) {
-  const FiltersGroup empty = groupOf(2, 3), full = holding(entryOf({26}), 2);
+  const FiltersGroup empty = groupOf(kIngress, 3), full = holding(entryOf({FILTERS_MATCH_TTL}), 2);
   expectOne(empty, full, Code::kEntryAdded, Subject::kEntry, 0, "", nullptr);
   expectOne(full, empty, Code::kEntryRemoved, Subject::kEntry, 0, nullptr, "");
-  expectOne(empty, groupOf(0, 3), Code::kHeadChanged, Subject::kGroup, 0, "stage=ingress",
+  expectOne(empty, groupOf(kNoStage, 3), Code::kHeadChanged, Subject::kGroup, 0, "stage=ingress",
             "stage=none");
-  expectOne(empty, groupOf(2, 12), Code::kHeadChanged, Subject::kGroup, 0, "type=3", "type=12");
+  expectOne(empty, groupOf(kIngress, kUnknown), Code::kHeadChanged, Subject::kGroup, 0, "type=3",
+            "type=99");
   FiltersGroup other = empty;
   other.setPriority(9);
   expectOne(empty, other, Code::kHeadChanged, Subject::kGroup, 0, "priority=0", "priority=9");

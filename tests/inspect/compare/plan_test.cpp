@@ -7,6 +7,7 @@
 #include <optional>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 #include "../../entry_samples.h"
 
@@ -38,11 +39,9 @@ struct Version {
     return std::all_of(codes.begin(), codes.end(),
                        [&](unsigned code) { return admits(table, std::uint32_t(row), code); });
   }
-  bool fitsType(int type) const {
-    return type < kUnknownType && isFor(kMatchesOfType, type, matches);
-  }
+  bool fitsType(int type) const { return type < kTypes && isFor(kMatchesOfType, type, matches); }
   bool fitsStage(int stage) const {
-    return stage < kUnknownStage && isFor(kActionsOfStage, stage, actions) &&
+    return stage < kStages && isFor(kActionsOfStage, stage, actions) &&
            admits(kPolicersOfStage, std::uint32_t(stage), policer);
   }
 };
@@ -121,13 +120,13 @@ class Oracle {
   }
 
   void takeAll(const State& state, std::size_t steps) {
-    for (int stage = 0; stage < kUnknownStage; ++stage) {
+    for (int stage = 0; stage < kStages; ++stage) {
       State next{{stage, state.head.type}, state.held};
       if (next.head.isValid() && all(next, [&](auto& v) { return v.fitsStage(stage); })) {
         reach(next, steps);
       }
     }
-    for (int type = 0; type < kUnknownType; ++type) {
+    for (int type = 0; type < kTypes; ++type) {
       State next{{state.head.stage, type}, state.held};
       if (next.head.isValid() && all(next, [&](auto& v) { return v.fitsType(type); })) {
         reach(next, steps);
@@ -157,21 +156,23 @@ class Oracle {
   }
 
   void reach(const State& state, std::size_t steps) {
-    if (seen_.insert({state.head.stage * 16 + state.head.type, state.held}).second) {
+    if (seen_.insert({state.head.stage, state.head.type, state.held}).second) {
       queue_.emplace_back(state, steps);
     }
   }
 
   Head to_;
   std::map<unsigned, Both> entries_;
-  std::set<std::pair<int, std::string>> seen_;
+  std::set<std::tuple<int, int, std::string>> seen_;
   std::deque<std::pair<State, std::size_t>> queue_;
 };
 
 Head randomHead(Random& random, bool valid = true) {
   for (;;) {
-    const Head head = {int(random(kTypesOfStage.size() + !valid)),
-                       int(random(kMatchesOfType.size() + !valid))};
+    const auto rowOf = [&](const Table& table) {
+      return rowsAndUnknown(table)[random(table.size() + !valid)];
+    };
+    const Head head = {rowOf(kTypesOfStage), rowOf(kMatchesOfType)};
     if (!valid || head.isValid()) return head;
   }
 }
@@ -254,13 +255,17 @@ TEST(Plan, TakesTheFewestSteps) {
 
 // Empty groups of every pair of heads, those included that setters refuse.
 TEST(Plan, FindsTheShortestWayBetweenAllHeads) {
-  for (int i = 0; i < 5 * 13; ++i) {
-    for (int j = 0; j < 5 * 13; ++j) {
-      const Model a{{i / 13, i % 13}, {}}, b{{j / 13, j % 13}, {}};
+  std::vector<Head> heads;
+  for (int stage : rowsAndUnknown(kTypesOfStage)) {
+    for (int type : rowsAndUnknown(kMatchesOfType)) heads.push_back({stage, type});
+  }
+  for (const Head& i : heads) {
+    for (const Head& j : heads) {
+      const Model a{i, {}}, b{j, {}};
       const auto distance = Oracle(a, b).distance();
       const Plan plan = FiltersInspect::plan(made(a), made(b));
-      ASSERT_EQ(plan.possible, distance.has_value()) << i << ' ' << j;
-      ASSERT_EQ(plan.steps.size(), distance.value_or(0)) << i << ' ' << j;
+      ASSERT_EQ(plan.possible, distance.has_value()) << shown(plan, made(a), made(b));
+      ASSERT_EQ(plan.steps.size(), distance.value_or(0)) << shown(plan, made(a), made(b));
       if (plan.possible) expectWorks(plan, made(a), made(b));
     }
   }
@@ -273,13 +278,14 @@ std::string linesOf(const Plan& plan, const FiltersGroup& to) {
 }
 
 TEST(Plan, GoesByWayOfOthers) {
-  const FiltersGroup to = groupOf(3, 5);
-  EXPECT_EQ(linesOf(plan(groupOf(1, 6), to), to), "set-stage none\nset-type 5\nset-stage egre\n");
+  const FiltersGroup to = groupOf(kEgress, 5);
+  EXPECT_EQ(linesOf(plan(groupOf(kLookup, 6), to), to),
+            "set-stage none\nset-type 5\nset-stage egre\n");
   // Type 6 alone admits what was and what comes: a setter more, and a step less for each entry.
   Model a{{0, 4}, {}}, b{{0, 1}, {}};
   for (unsigned id = 1; id <= 2; ++id) {
-    a.entries[id] = {{12}, {}};
-    b.entries[id] = {{7}, {}};
+    a.entries[id] = {{FILTERS_MATCH_PCP}, {}};
+    b.entries[id] = {{FILTERS_MATCH_SRC_MAC}, {}};
   }
   EXPECT_EQ(linesOf(plan(made(a), made(b)), made(b)),
             "set-type 6\ninsert entry 1\ninsert entry 2\nset-type 1\n");
@@ -356,14 +362,16 @@ TEST(Plan, SaysWhyThereIsNone) {
     EXPECT_EQ(none.report.worst(), Severity::kError);
   };
   expectWhy(FiltersGroup(1), FiltersGroup(2), Code::kNoPlan);
-  expectWhy(groupOf(0, 0), groupOf(1, 3), Code::kTypeNotAdmitted);
-  expectWhy(groupOf(0, 0), groupOf(4, 3), Code::kStageUnknown);
-  expectWhy(groupOf(4, 12), groupOf(0, 3), Code::kTypeNotAdmitted);  // no setter leads away
-  expectWhy(made({{0, 3}, {}}), made({{0, 3}, {{7, {{27}, {}}}}}), Code::kMatchNotAdmitted);
+  expectWhy(groupOf(kNoStage, 0), groupOf(kLookup, 3), Code::kTypeNotAdmitted);
+  expectWhy(groupOf(kNoStage, 0), groupOf(kUnknown, 3), Code::kStageUnknown);
+  expectWhy(groupOf(kUnknown, kUnknown), groupOf(kNoStage, 3),
+            Code::kTypeNotAdmitted);  // no setter leads away
+  expectWhy(made({{0, 3}, {}}), made({{0, 3}, {{7, {{FILTERS_MATCH_VRF_ID}, {}}}}}),
+            Code::kMatchNotAdmitted);
 }
 
 TEST(Apply, StopsAtTheFirstRefusal) {
-  const FiltersGroup to = made({{2, 3}, {{7, {{26}, {}}}}});
+  const FiltersGroup to = made({{2, 3}, {{7, {{FILTERS_MATCH_TTL}, {}}}}});
   const auto applied = [&](const std::vector<Step>& steps, std::size_t held) {
     FiltersGroup group = made({{2, 3}, {}});
     const filtersErr_t result = apply(steps, to, &group);

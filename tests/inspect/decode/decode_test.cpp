@@ -65,9 +65,9 @@ const Planted kInEntries[] = {
     {"SetInOtherOrder", "22 ( 080c 4807 4803 )", "order-differs 4+4 matches_[0].pcp_\n"},
     {"UnusedField", "22 ( 081a b00140 b80101 )", "field-unused 7+3 matches_[0].vrf_id_ 1>\n"},
     {"UnusedList", "22 ( 081a 180a 180b b00140 )", "field-unused 4+4 matches_[0].vlan_id_\n"},
-    {"UnknownField", "22 ( 081a b00140 fa0102abcd )", "field-unknown 7+5 matches_[0]\n"},
-    {"UnknownGroup", "22 ( 081a b00140 fb01 0801 fc01 )", "field-unknown 7+6 matches_[0]\n"},
-    {"OtherEndOfAGroup", "22 ( 081a b00140 fb01 0801 f401 )", "bytes-broken 7+6 matches_[0]\n"},
+    {"UnknownField", "22 ( 081a b00140 a20602abcd )", "field-unknown 7+5 matches_[0]\n"},
+    {"UnknownGroup", "22 ( 081a b00140 a306 0801 a406 )", "field-unknown 7+6 matches_[0]\n"},
+    {"OtherEndOfAGroup", "22 ( 081a b00140 a306 0801 9c06 )", "bytes-broken 7+6 matches_[0]\n"},
     {"OtherWireType", "22 ( 081a b2010101 )",
      "field-wire-type 4+4 matches_[0]\n"
      "field-defaulted 0+8 matches_[0].ttl_ >0\n"},
@@ -85,8 +85,8 @@ const Planted kInEntries[] = {
      "counter-unusual 0+15 counters_[0]\n"},
     {"OddFlag", "22 ( 081c c00102 )", "encoding-differs 4+3 matches_[0].drop_flag_\n"},
     {"FieldsInOtherOrder", "22 ( b00140 081a )", "order-differs 5+2 matches_[0]\n"},
-    {"UnknownMatch", "22 ( 0823 1801 )", "match-unknown 0+6 matches_[0]\n"},
-    {"UnknownAction", "2a ( 0814 )", "action-unknown 0+4 actions_[0]\n"},
+    {"UnknownMatch", "22 ( 0863 1801 )", "match-unknown 0+6 matches_[0]\n"},
+    {"UnknownAction", "2a ( 0863 )", "action-unknown 0+4 actions_[0]\n"},
     {"RefusedMatch", "22 ( 0809 420401020304 520401020304 ) 22 ( 080f )",
      "match-refused 16+4 matches_[1]\n"},
     {"ReplacedMatch", "22 ( 081a b00140 ) 22 ( 081a b00141 )", "match-replaced 0+7 matches_[0]\n"},
@@ -97,7 +97,7 @@ const Planted kInEntries[] = {
     {"PartsInOtherOrder", "22 ( 081b b80101 ) 22 ( 081a b00140 ) 22 ( 0800 )",
      "order-differs 7+7 matches_[1]\n"},
     {"CounterOfNoType", "32 ( 0801 1000 )", "counter-unusual 0+6 counters_[0]\n"},
-    {"CounterOfUnnamedType", "32 ( 0801 1009 )", "counter-unusual 0+6 counters_[0]\n"},
+    {"CounterOfUnnamedType", "32 ( 0801 1063 )", "counter-unusual 0+6 counters_[0]\n"},
     {"CountersOfOneType", "32 ( 0801 1001 ) 32 ( 0802 1001 )",
      "counter-unusual 6+6 counters_[1]\n"},
     {"NegativeCounter", "32 ( 08ffffffffffffffffff01 1001 )",
@@ -158,7 +158,7 @@ const Planted kInGroups[] = {
     {"RefusedPolicer", "0807 1000 1800 2003 2a ( 0801 1000 1a @policer )",
      "entry-refused 8+39 entries_[0]\n"
      "policer-stage 14+33 entries_[0].policer_\n"},
-    {"UnknownStage", "0807 1000 1809 2003 2a ( 0801 1000 1a @policer-none )",
+    {"UnknownStage", "0807 1000 1863 2003 2a ( 0801 1000 1a @policer-none )",
      "stage-type-pair 6+2 type_\n"
      "entry-refused 8+39 entries_[0]\n"
      "stage-unknown 8+39 entries_[0]\n"},

@@ -92,8 +92,8 @@ Said operator+(Said said, const Said& more) {
 
 template <class F>
 void forEachStageAndType(F f) {
-  for (int stage = 0; stage <= kUnknownStage; ++stage) {
-    for (int type = 0; type <= kUnknownType; ++type) f(stage, type);
+  for (int stage : rowsAndUnknown(kTypesOfStage)) {
+    for (int type : rowsAndUnknown(kMatchesOfType)) f(stage, type);
   }
 }
 
@@ -105,9 +105,9 @@ void expectAdmitted(const Report& report, int stage, int type) {
     if (finding.code == Code::kPolicerStage) expected = kPolicersOfStage[unsigned(stage)];
     if (finding.code == Code::kPolicerStage) expected.insert(2);
     if (finding.code == Code::kTypeNotAdmitted) expected = kTypesOfStage[unsigned(stage)];
-    for (int i = 0; finding.code == Code::kStageUnknown && i < kUnknownStage; ++i)
+    for (int i = 0; finding.code == Code::kStageUnknown && i < kStages; ++i)
       expected.insert(unsigned(i));
-    for (int i = 0; finding.code == Code::kTypeUnknown && i < kUnknownType; ++i)
+    for (int i = 0; finding.code == Code::kTypeUnknown && i < kTypes; ++i)
       expected.insert(unsigned(i));
     EXPECT_EQ(finding.admitted, Codes(expected.begin(), expected.end())) << finding;
   }
@@ -184,7 +184,7 @@ TEST(CapabilityOf, IsWhatTheTablesSay) {
       const filtersErr_t verdict = FiltersGroup(0).groupPolicerValidation(
           policerAt(policer::Stage(of)), static_cast<filtersGroupStage_t>(stage));
       // Where nothing is known of a stage, a policer of no stage passes all the same.
-      const bool listed = policers.count(of) != 0 || (stage == kUnknownStage && of == 2);
+      const bool listed = policers.count(of) != 0 || (stage == kUnknown && of == 2);
       EXPECT_EQ(listed, verdict == FILTERS_OK) << stage << ' ' << of;
     }
   });
@@ -193,17 +193,19 @@ TEST(CapabilityOf, IsWhatTheTablesSay) {
 TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
   std::mt19937 random(3);
   for (int i = 0; i < 500; ++i) {
-    Codes codes = {5, 9, 10, 14, 15, 20, 34, 34};
+    Codes codes = {FILTERS_MATCH_TTL, FILTERS_MATCH_DST_L4_PORT_RANGE};
+    for (const CodeSet& pair : kExcludedPairs) codes.insert(codes.end(), pair.begin(), pair.end());
     std::shuffle(codes.begin(), codes.end(), random);
     codes.resize(1 + random() % codes.size());
     auto matches = matchesOf(codes);
-    matches[filtersMatch_t(3)];  // a null pointer
+    matches[FILTERS_MATCH_TPID];  // a null pointer
     std::set<CodeSet> pairs, expected;
     const Report report = explainMatches(matches);
     for (const Finding& finding : report.findings) {
       pairs.insert({finding.offender, finding.others.at(0)});
-      EXPECT_EQ(finding.code,
-                finding.offender == 34 ? Code::kDstPortConflict : Code::kIpVersionConflict);
+      EXPECT_EQ(finding.code, finding.offender == FILTERS_MATCH_DST_L4_PORT_RANGE
+                                  ? Code::kDstPortConflict
+                                  : Code::kIpVersionConflict);
     }
     for (const CodeSet& pair : kExcludedPairs) {
       const auto there = [&](unsigned code) { return matches.count(filtersMatch_t(code)) != 0; };
@@ -217,10 +219,14 @@ TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
 // By the code that the match itself has, whatever it stands under.
 TEST(ExplainMatches, GoesByTheMatchesOwnCodes) {
   FiltersEntry::Matches matches;
-  matches[filtersMatch_t(50)] = std::move(matchesOf({9})[filtersMatch_t(9)]);
-  matches[filtersMatch_t(60)] = std::move(matchesOf({14})[filtersMatch_t(14)]);
-  matches[filtersMatch_t(70)] = std::move(matchesOf({9})[filtersMatch_t(9)]);
-  EXPECT_EQ(said(explainMatches(matches)), Said({{Code::kIpVersionConflict, 14}}));
+  matches[filtersMatch_t(1000)] =
+      std::move(matchesOf({FILTERS_MATCH_SRC_IPV4})[FILTERS_MATCH_SRC_IPV4]);
+  matches[filtersMatch_t(1001)] =
+      std::move(matchesOf({FILTERS_MATCH_SRC_IPV6})[FILTERS_MATCH_SRC_IPV6]);
+  matches[filtersMatch_t(1002)] =
+      std::move(matchesOf({FILTERS_MATCH_SRC_IPV4})[FILTERS_MATCH_SRC_IPV4]);
+  EXPECT_EQ(said(explainMatches(matches)),
+            Said({{Code::kIpVersionConflict, FILTERS_MATCH_SRC_IPV6}}));
 }
 
 TEST(ExplainMatch, SaysWhatIsInTheWay) {
@@ -233,21 +239,27 @@ TEST(ExplainMatch, SaysWhatIsInTheWay) {
       for (const Finding& finding : report.findings) EXPECT_EQ(finding.others, Codes{held});
     }
   }
-  const Report unknown = explainMatch(FiltersEntry(1), filtersMatch_t(35));
+  const Report unknown = explainMatch(FiltersEntry(1), filtersMatch_t(kUnknown));
   EXPECT_EQ(resultOf(unknown), FILTERS_ERR_INVALID);
-  EXPECT_EQ(said(unknown), Said({{Code::kMatchCodeUnknown, 35}}));
-  EXPECT_EQ(explainMatch(entryOf({9, 10}), FILTERS_MATCH_SRC_IPV6).findings.size(), 2u);
+  EXPECT_EQ(said(unknown), Said({{Code::kMatchCodeUnknown, kUnknown}}));
+  EXPECT_EQ(explainMatch(entryOf({FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4}),
+                         FILTERS_MATCH_SRC_IPV6)
+                .findings.size(),
+            2u);
 }
 
 TEST(Explain, SaysEachSentence) {
   const FiltersEntry entry = fullEntry();
   Sentences said;
-  for (const auto& [stage, type] : {std::pair(1, 3), {4, 12}}) {
+  for (const auto& [stage, type] : {std::pair<int, int>(kLookup, 3), {kUnknown, kUnknown}}) {
     const FiltersGroup group = groupOf(stage, type);
     said.add(explainInsert(group, entry));
     said.add(explainStage(group, group.getStage()));
   }
-  for (const int code : {14, 34, 35}) said.add(explainMatch(entry, filtersMatch_t(code)));
+  for (const unsigned code :
+       {FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_L4_PORT_RANGE, filtersMatch_t(kUnknown)}) {
+    said.add(explainMatch(entry, filtersMatch_t(code)));
+  }
   for (const int type : {0, 1}) said.add(explainCounter(entry, {1, counter_type_t(type)}));
   said.expectGolden("sentences_explain.txt");
 }

@@ -1,0 +1,230 @@
+// Prints what follows from the rows of forms.def: form_reference schema is the schema of groups in
+// JSON, form_reference values the tables of docs/text-format.md.
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "../../src/inspect/forms/form_rows.h"
+#include "../../src/inspect/forms/json_keys.h"
+#include "../samples.h"
+
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+using Json = nlohmann::ordered_json;
+
+// The names of an enumeration's values.
+std::vector<std::string> namesIn(const Enumeration& names) {
+  std::vector<std::string> list;
+  for (std::uint32_t value = 0; value < 256; ++value) {
+    if (const auto name = names.nameOf(value); !name.empty()) list.emplace_back(name);
+  }
+  return list;
+}
+
+// --- The schema ----------------------------------------------------------------------------------
+
+Json definition(const std::string& name) { return {{"$ref", "#/$defs/" + name}}; }
+Json number(unsigned bits) { return definition("number" + std::to_string(bits)); }
+
+Json nameOr(const Json& number, const Enumeration& names) {
+  return {{"oneOf", {{{"enum", namesIn(names)}}, number}}};
+}
+
+Json listOf(const Json& items) { return {{"type", "array"}, {"items", items}}; }
+
+// The keys named here must stand there, and no others than these properties.
+Json object(const Json& properties, const std::vector<std::string_view>& required) {
+  return {{"type", "object"},
+          {"properties", properties},
+          {"required", std::vector<std::string>(required.begin(), required.end())},
+          {"additionalProperties", false}};
+}
+
+Json pair(ValueForm form, const Json& value) {
+  const auto [first, second] = keysOf(form);
+  return object({{std::string(first), value}, {std::string(second), value}}, {first, second});
+}
+
+Json shapeOf(const FormRow& row) {
+  switch (row.form) {
+    case ValueForm::kFlag:
+      return {{"const", true}};
+    case ValueForm::kBoolean:
+      return {{"type", "boolean"}};
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
+      return number(row.bits);
+    case ValueForm::kName:
+      return nameOr(number(32), row.names);
+    case ValueForm::kMac:
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6: {
+      const char* name = row.form == ValueForm::kMac    ? "mac"
+                         : row.form == ValueForm::kIPv4 ? "ipv4"
+                                                        : "ipv6";
+      return row.fields[1] == 0 ? definition(name) : pair(row.form, definition(name));
+    }
+    case ValueForm::kPortMask:
+    case ValueForm::kPortRange:
+    case ValueForm::kVlanInfo:
+      return pair(row.form, number(row.bits));
+    case ValueForm::kMplsPorts:
+      return pair(row.form, definition("limid"));
+    case ValueForm::kNumbers: {
+      Json list = listOf(number(row.bits));
+      list["uniqueItems"] = true;
+      return list;
+    }
+    case ValueForm::kLimid:
+      return definition("limid");
+    case ValueForm::kLimids: {
+      const auto [ports, types] = keysOf(row.form);
+      Json shape = object({{std::string(ports), listOf(definition("limid"))}}, {ports});
+      if (row.fields[1] != 0) {
+        shape["properties"][std::string(types)] = listOf(nameOr(number(32), row.names));
+      }
+      return shape;
+    }
+  }
+  return {};
+}
+
+template <class Code>
+Json shapesOf() {
+  Json shapes = Json::object();
+  for (const auto& [code, name] : namesOf<Code>()) {
+    shapes[std::string(name)] = shapeOf(*formOf(code));
+  }
+  return object(shapes, {});
+}
+
+Json definitions() {
+  Json made = Json::object();
+  for (const unsigned bits : {8u, 16u, 32u}) {
+    made["number" + std::to_string(bits)] = {
+        {"type", "integer"}, {"minimum", 0}, {"maximum", (std::uint64_t{1} << bits) - 1}};
+  }
+  made["mac"] = {{"type", "string"}, {"pattern", "^([0-9a-f]{2}:){5}[0-9a-f]{2}$"}};
+  made["ipv4"] = {{"type", "string"}, {"pattern", "^([0-9]{1,3}\\.){3}[0-9]{1,3}$"}};
+  made["ipv6"] = {{"type", "string"}, {"pattern", "^[0-9a-f:.]+$"}};
+  made["limid"] = object({{"limid", number(32)}, {"name", {{"type", "string"}}}}, {kLimidKey});
+  made["policer"] = object(
+      {{"bytes", {{"type", "string"}, {"pattern", "^([0-9a-f]{2})*$"}}},
+       {"about", {{"type", "object"}, {"description", "may be left out; else it fits the bytes"}}}},
+      {kBytesKey});
+  return made;
+}
+
+Json schema() {
+  const Json integer = {{"type", "integer"}};
+  const Json counter =
+      object({{"id", number(16)}, {"type", nameOr(integer, kNamesOf<counter_type_t>)}},
+             {kIdKey, kTypeKey});
+  const Json entry = object({{"id", number(32)},
+                             {"priority", number(32)},
+                             {"matches", shapesOf<filtersMatch_t>()},
+                             {"actions", shapesOf<filtersAction_t>()},
+                             {"counters", listOf(counter)},
+                             {"policer", definition("policer")},
+                             {"parent", definition("policer")}},
+                            {kIdKey, kPriorityKey});
+  const Json group = object({{"id", number(16)},
+                             {"priority", number(16)},
+                             {"stage", nameOr(integer, kNamesOf<filtersGroupStage_t>)},
+                             {"type", integer},
+                             {"entries", listOf(entry)}},
+                            {kIdKey, kPriorityKey, kStageKey, kTypeKey, kEntriesKey});
+  Json whole = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
+                {"title", "filter groups, version 1"}};
+  whole.update(object(
+      {{"format", {{"const", kFormat}}}, {"version", {{"const", 1}}}, {"groups", listOf(group)}},
+      {kFormatKey, kVersionKey, kGroupsKey}));
+  whole["$defs"] = definitions();
+  return whole;
+}
+
+// --- The tables ----------------------------------------------------------------------------------
+
+std::string listed(const Enumeration& names) {
+  std::string list;
+  for (const std::string& name : namesIn(names)) list += '`' + name + "`, ";
+  return list;
+}
+
+// What a value may be.
+std::string rangeOf(const FormRow& row) {
+  const std::string bits = std::to_string(row.bits) + " bits";
+  const bool masked = row.fields[1] != 0;
+  switch (row.form) {
+    case ValueForm::kFlag:
+      return "no value";
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
+      return bits;
+    case ValueForm::kName:
+      return listed(row.names) + "or a number";
+    case ValueForm::kBoolean:
+      return "`true`, `false`";
+    case ValueForm::kMac:
+      return masked ? "a mask is an address" : "no mask";
+    case ValueForm::kIPv4:
+    case ValueForm::kIPv6:
+      return masked ? "a mask is a length or an address" : "no mask";
+    case ValueForm::kPortMask:
+      return "port and mask, " + bits + " each";
+    case ValueForm::kPortRange:
+      return "both ends belong to it, " + bits + " each";
+    case ValueForm::kNumbers:
+      return "a set, " + bits + " each";
+    case ValueForm::kLimid:
+      return "an interface id";
+    case ValueForm::kLimids:
+      return "interface ids in their order" +
+             (masked ? "; behind `!` kinds of port left out: " + listed(row.names) + "or a number"
+                     : "");
+    case ValueForm::kVlanInfo:
+      return "the service's class, then the protocol's; " + bits + " each";
+    case ValueForm::kMplsPorts:
+      return "the VPN's interface id, then the access port's";
+  }
+  return "";
+}
+
+// The first sample of a class as text.
+template <class T>
+std::string example() {
+  std::istringstream words(catalogue::rowOf<T>().text);
+  std::string name, value;
+  words >> name >> value;
+  return value.empty() ? name : name + '=' + value;
+}
+
+template <class T, class Code>
+void printRow(Code code) {
+  std::cout << "| `" << nameOf(code) << "` | `" << example<T>() << "` | " << rangeOf(*formOf(code))
+            << " |\n";
+}
+
+void printValues() {
+  std::cout << "\n| match | example | value |\n| --- | --- | --- |\n";
+#define FILTERS_MATCH(code, T, blank) printRow<T>(code);
+#include <filter_common/filter_matches.def>
+  std::cout << "\n| action | example | value |\n| --- | --- | --- |\n";
+#define FILTERS_ACTION(code, T, blank) printRow<T>(code);
+#include <filter_common/filter_actions.def>
+  std::cout << '\n';
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view what = argc > 1 ? argv[1] : "";
+  if (what == "schema") {
+    std::cout << schema().dump(1) << '\n';
+  } else if (what == "values") {
+    printValues();
+  }
+  return std::cout.flush() ? 0 : 1;
+}

@@ -1,0 +1,34 @@
+"""Holds the headers for C programs to the catalogues and to the table of assertions.
+
+    procedural_headers_test.py SOURCES
+
+Each class is made by a function or named as a gap, and each function that stops at a null handle
+has its row in procedural_test.cpp.
+"""
+
+import re
+import sys
+
+SOURCES = sys.argv[1]
+
+
+def read(name):
+    with open(f"{SOURCES}/{name}", encoding="ascii") as file:
+        return file.read()
+
+
+faults = []
+assertions = set(re.findall(r'CALL\("[^"]*", (\w+),', read("tests/procedural_test.cpp")))
+for kind in ("matches", "actions"):
+    header = read(f"include/filter_common/filter_{kind}_c.h")
+    words = set(re.findall(r"\w+", header))
+    for name in re.findall(r"^FILTERS_\w+\(\w+, (\w+),", read(f"include/filter_common/filter_{kind}.def"), re.M):
+        if not words & {name, "new" + name, "new" + name.replace("Action", "")}:
+            faults.append(f"filter_{kind}_c.h neither makes {name} nor names it as a gap")
+    for part in header.split("// --- ")[1:]:
+        if "undefined" not in part.split("\n")[0]:
+            for function in re.findall(r"(\w+)\((?:void|\w+)\* [am]\)", part):
+                if function not in assertions:
+                    faults.append(f"{function}() has no row in kAssertions")
+print(*faults, sep="\n", end="")
+sys.exit(1 if faults else 0)
