@@ -6,14 +6,14 @@ namespace FiltersInspect {
 namespace {
 
 constexpr std::uint64_t kRulesAtTheirLimit = 20;
-constexpr std::uint64_t kHardlyAny = 100, kFew = 2000;
+constexpr std::uint64_t kHardlyAny = 100, kCheap = 2000;
 // So many ranges are looked at to find which rules meet, for each step that one rule may take.
-constexpr std::uint64_t kLooksAStep = 20000;
+constexpr std::uint64_t kRangesAStep = 20000;
 
 }  // namespace
 
 std::uint64_t looksFor(std::uint64_t max_steps) {
-  return std::min(max_steps, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
+  return std::min(max_steps, ~std::uint64_t{0} / kRangesAStep) * kRangesAStep;
 }
 
 Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
@@ -34,7 +34,7 @@ Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
 
 Cut::Outcome Cuts::runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                               Cut::Watcher* watcher) {
-  return runFor(std::min(of_one_, kFew), sets, candidates, false, watcher);
+  return runFor(std::min(of_one_, kCheap), sets, candidates, false, watcher);
 }
 
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {

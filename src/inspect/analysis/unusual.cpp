@@ -184,8 +184,8 @@ class Oddities {
   }
 
   static std::string quoted(const std::string& text) {
-    constexpr std::size_t kMost = 60;
-    return '\'' + text.substr(0, kMost) + (text.size() > kMost ? "...': " : "': ");
+    constexpr std::size_t kLongest = 60;
+    return '\'' + text.substr(0, kLongest) + (text.size() > kLongest ? "...': " : "': ");
   }
   // --- One match ---
 
