@@ -154,7 +154,8 @@ void FiltersEntry::storeMatch(std::unique_ptr<Match> match) {
   storeIn(&matches_, std::move(match));
 }
 
-// Every setMatch<T>() calls these two: inlined, they would stand in the library once for each class.
+// Every setMatch<T>() calls these two: inlined, they would stand in the library once for each
+// class.
 [[gnu::noinline]] bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
   const auto holdsNone = [&](const Codes& others) {
     return findMatch(others[0]) == nullptr && findMatch(others[1]) == nullptr;

@@ -84,18 +84,10 @@ FILTERS_ENUM(filtersGroupStage_t, int32_t){
 // What kind of table a group is: each type admits one fixed set of matches, readable as
 // FiltersGroup::TypeDescription_ and shown by name in docs/capabilities.md.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
-    FILTERS_GROUP_TYPE_NONE = 0,
-    FILTERS_GROUP_TYPE_1 = 1,
-    FILTERS_GROUP_TYPE_2 = 2,
-    FILTERS_GROUP_TYPE_3 = 3,
-    FILTERS_GROUP_TYPE_4 = 4,
-    FILTERS_GROUP_TYPE_5 = 5,
-    FILTERS_GROUP_TYPE_6 = 6,
-    FILTERS_GROUP_TYPE_7 = 7,
-    FILTERS_GROUP_TYPE_8 = 8,
-    FILTERS_GROUP_TYPE_9 = 9,
-    FILTERS_GROUP_TYPE_10 = 10,
-    FILTERS_GROUP_TYPE_11 = 11,
+    FILTERS_GROUP_TYPE_NONE = 0, FILTERS_GROUP_TYPE_1 = 1,   FILTERS_GROUP_TYPE_2 = 2,
+    FILTERS_GROUP_TYPE_3 = 3,    FILTERS_GROUP_TYPE_4 = 4,   FILTERS_GROUP_TYPE_5 = 5,
+    FILTERS_GROUP_TYPE_6 = 6,    FILTERS_GROUP_TYPE_7 = 7,   FILTERS_GROUP_TYPE_8 = 8,
+    FILTERS_GROUP_TYPE_9 = 9,    FILTERS_GROUP_TYPE_10 = 10, FILTERS_GROUP_TYPE_11 = 11,
 } filtersGroupType_t;
 
 // The kind of a match: one code a criterion. An entry holds at most one match of each code.

@@ -18,8 +18,8 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
   how.redundant = options.redundant;
-  how.max_findings = options.maxFindings;
-  how.max_steps = options.maxSteps;
+  how.max_findings = options.max_findings;
+  how.max_steps = options.max_steps;
   how.progress = console->progressOf("analysing", place);
   return how;
 }

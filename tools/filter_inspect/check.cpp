@@ -39,7 +39,7 @@ class Checker {
     for (const InputGroup& group : input.groups) {
       if (!group.group) continue;
       all.add(group, check(input, group, &entries));
-      all.add(group, unusualValues(*group.group, options_.maxFindings));
+      all.add(group, unusualValues(*group.group, options_.max_findings));
     }
     ReportInput document = all.write(entries, "", &console_);
     const bool found = document.report.worst() != Severity::kNote;
@@ -53,7 +53,7 @@ class Checker {
  private:
   // What is said of a group beside what was said when it was read.
   Report check(const Input& input, const InputGroup& group, std::size_t* entries) const {
-    const DecodeLimits limits = {options_.maxFindings, SIZE_MAX};  // the file was not too large
+    const DecodeLimits limits = {options_.max_findings, SIZE_MAX};  // the file was not too large
     if (isAgainstOthers()) return checkInstead(input.bytesOf(group), limits, entries);
     *entries += group.group->getEntriesRef().size();
     return input.form == FileForm::kBytes ? Report()

@@ -86,10 +86,10 @@ void declareCommon(CLI::App* app, Options* options) {
                 "What stands in front of each group's bytes: nothing, or a length");
   declareChoice(app, "--from", &options->from, {"auto", "bytes", "text", "json"},
                 "The form of the files");
-  declareLimit(app, "--max-bytes", &options->maxBytes, "The largest file that is read");
-  declareLimit(app, "--max-findings", &options->maxFindings,
+  declareLimit(app, "--max-bytes", &options->max_bytes, "The largest file that is read");
+  declareLimit(app, "--max-findings", &options->max_findings,
                "How many findings of a file are kept");
-  declareLimit(app, "--max-groups", &options->maxGroups, "How many groups of a file are read");
+  declareLimit(app, "--max-groups", &options->max_groups, "How many groups of a file are read");
 }
 
 // Codes are known by their numbers too.
@@ -156,7 +156,7 @@ void declareDiff(CLI::App* command, Options* options) {
 
 void declarePlan(CLI::App* command, Options* options) {
   declareFiles(command, options, 2, 2);
-  command->add_flag("--remove-first", options->removeFirst,
+  command->add_flag("--remove-first", options->remove_first,
                     "Never more entries than the larger group has; else entries come in first, so "
                     "that no packet is without its rule meanwhile");
 }
@@ -169,7 +169,7 @@ void declareAnalyse(CLI::App* command, Options* options) {
   command->add_flag_callback(
       "--no-redundant", [options] { options->redundant = false; },
       "Not which entries could be taken away, which takes most of the time");
-  declareLimit(command, "--max-steps", &options->maxSteps,
+  declareLimit(command, "--max-steps", &options->max_steps,
                "How much work one entry may take before it is not decided");
   command
       ->add_option("--svg", options->picture, "Also draw the groups with what was found, to a file")

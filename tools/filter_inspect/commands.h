@@ -22,9 +22,9 @@ struct Options {
   std::string color = "auto";
   std::string framing = "auto";
   std::string from = "auto";
-  std::size_t maxBytes = std::size_t{64} << 20;
-  std::size_t maxFindings = 1000;
-  std::size_t maxGroups = 1000000;
+  std::size_t max_bytes = std::size_t{64} << 20;
+  std::size_t max_findings = 1000;
+  std::size_t max_groups = 1000000;
 
   std::vector<std::string> files;
   std::string as;
@@ -32,7 +32,7 @@ struct Options {
   std::string output = "-";
   std::string stage;
   std::string type;
-  bool removeFirst = false;
+  bool remove_first = false;
   std::string enumeration;
   std::string order;
   bool overlaps = false;
@@ -40,7 +40,7 @@ struct Options {
   std::optional<std::string> picture;
   std::optional<std::string> packet;
   std::optional<std::string> packets;
-  std::uint64_t maxSteps = 100000;
+  std::uint64_t max_steps = 100000;
 };
 
 class Console;

@@ -106,10 +106,10 @@ std::string leftOutText(const Report& report) {
 // --- Results -------------------------------------------------------------------------------------
 
 Console::Console(const Options* options)
-    : options_(*options), sharesTerminal_(::isatty(STDOUT_FILENO) != 0) {}
+    : options_(*options), shares_terminal_(::isatty(STDOUT_FILENO) != 0) {}
 
 void Console::write(std::string_view text) {
-  if (sharesTerminal_) hideProgress();
+  if (shares_terminal_) hideProgress();
   results_ += text;
   if (results_.size() >= kWrittenAtOnce) flush();
 }

@@ -93,8 +93,8 @@ class Console {
   void say(const std::string& text);
 
   const Options& options_;
-  const bool sharesTerminal_;  // whether results stand where the progress line does
-  std::string results_;        // not yet written
+  const bool shares_terminal_;  // whether results stand where the progress line does
+  std::string results_;         // not yet written
   std::vector<ReportInput> troubles_;
   bool failed_ = false;
   bool closed_ = false;  // standard output takes no more

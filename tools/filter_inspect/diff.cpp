@@ -195,7 +195,7 @@ Exit runDiff(const Options& options, Console* console) {
 Exit runPlan(const Options& options, Console* console) {
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
-  const PlanOrder order = options.removeFirst ? PlanOrder::kRemoveFirst : PlanOrder::kAddFirst;
+  const PlanOrder order = options.remove_first ? PlanOrder::kRemoveFirst : PlanOrder::kAddFirst;
   Document document(*inputs);
   std::vector<std::pair<Pair, Report>> all;
   Exit exit = kExitFine;

@@ -14,7 +14,7 @@ namespace FilterInspectTool {
 class FileReport {
  public:
   FileReport(const Options& options, const Input& input)
-      : options_(options), input_(input), all_(options.maxFindings) {}
+      : options_(options), input_(input), all_(options.max_findings) {}
 
   // A report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);

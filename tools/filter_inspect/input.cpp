@@ -120,7 +120,7 @@ class Reader {
         wanted_(wanted),
         console_(*console),
         input_(*input),
-        report_(options.maxFindings) {}
+        report_(options.max_findings) {}
 
   void readBytes() {
     input_.framing = options_.framing;
@@ -137,7 +137,7 @@ class Reader {
           return true;
         });
     if (broken.empty()) return;
-    add({}).isBroken = true;
+    add({}).is_broken = true;
     keep({{findingOf(Code::kBytesBroken, broken)}});
   }
 
@@ -147,7 +147,7 @@ class Reader {
   bool readForm() {
     const bool isText = input_.form == FileForm::kText;
     // What cannot be read is told of, however few findings are wanted.
-    const std::size_t most = std::max(options_.maxFindings, std::size_t{1});
+    const std::size_t most = std::max(options_.max_findings, std::size_t{1});
     FiltersInspect::ParsedGroups parsed =
         isText ? FiltersInspect::groupsFromText(input_.content, most)
                : FiltersInspect::groupsFromJson(input_.content, most);
@@ -182,11 +182,11 @@ class Reader {
     const std::string_view bytes =
         std::string_view(input_.content).substr(range.offset, range.length);
     std::vector<FiltersEntry> entries;
-    FiltersInspect::DecodedGroup decoded =
-        FiltersInspect::decodeGroup(bytes, {options_.maxFindings, options_.maxBytes, wanted_.least},
-                                    wanted_.entries ? &entries : nullptr);
+    FiltersInspect::DecodedGroup decoded = FiltersInspect::decodeGroup(
+        bytes, {options_.max_findings, options_.max_bytes, wanted_.least},
+        wanted_.entries ? &entries : nullptr);
     InputGroup& group = add({});
-    group.isBroken = !decoded.group || breaks(decoded.report, bytes);
+    group.is_broken = !decoded.group || breaks(decoded.report, bytes);
     group.group = std::move(decoded.group);
     group.entries = std::move(entries);
     group.range = range;
@@ -194,9 +194,9 @@ class Reader {
   }
 
   bool hasRoom() {
-    if (input_.groups.size() < options_.maxGroups) return true;
+    if (input_.groups.size() < options_.max_groups) return true;
     console_.trouble(Code::kLimitExceeded, input_.file,
-                     "there are more than " + counted(options_.maxGroups, "group") +
+                     "there are more than " + counted(options_.max_groups, "group") +
                          ", and only those are read; --max-groups=N reads more");
     return false;
   }
@@ -229,13 +229,13 @@ std::optional<Input> readInput(const std::string& file, const Options& options,
   Input input;
   input.file = file;
   console->showProgress(file);
-  if (const int error = readAll(file, options.maxBytes, &input.content)) {
+  if (const int error = readAll(file, options.max_bytes, &input.content)) {
     console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, error);
     return std::nullopt;
   }
-  if (input.content.size() > options.maxBytes) {
+  if (input.content.size() > options.max_bytes) {
     console->trouble(Code::kLimitExceeded, file,
-                     "there are more than " + counted(options.maxBytes, "byte") +
+                     "there are more than " + counted(options.max_bytes, "byte") +
                          ", and none is read; --max-bytes=N raises the limit");
     return std::nullopt;
   }
@@ -255,7 +255,7 @@ std::optional<Input> readInput(const std::string& file, const Options& options,
 
 bool Input::isBroken() const {
   return std::any_of(groups.begin(), groups.end(),
-                     [](const InputGroup& group) { return group.isBroken; });
+                     [](const InputGroup& group) { return group.is_broken; });
 }
 
 std::string Input::bytesOf(const InputGroup& group) const {
@@ -305,7 +305,7 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 void tellLosses(const Input& input, Console* console) {
   bool isTold = false;  // of some broken group why it is
   for (const Finding& finding : input.report.findings) {
-    if (input.groups[*finding.group_number - 1].isBroken) {
+    if (input.groups[*finding.group_number - 1].is_broken) {
       console->trouble(input.file, finding);
       isTold = true;
     } else {
@@ -313,7 +313,7 @@ void tellLosses(const Input& input, Console* console) {
     }
   }
   for (const InputGroup& group : input.groups) {
-    if (!group.isBroken || std::exchange(isTold, true)) continue;  // beyond the limit
+    if (!group.is_broken || std::exchange(isTold, true)) continue;  // beyond the limit
     Finding broken = findingOf(Code::kBytesBroken, "it cannot be read to its end");
     input.locate(group, &broken);
     console->trouble(input.file, broken);

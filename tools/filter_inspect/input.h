@@ -34,7 +34,7 @@ struct InputGroup {
   std::vector<FiltersEntry> entries;         // as they came, refused ones too, if they were wanted
   FiltersInspect::ByteRange range;           // of bytes: where they stand in the content
   FiltersInspect::GroupPositions positions;  // of text and JSON
-  bool isBroken = false;                     // whether some of the bytes could not be read
+  bool is_broken = false;                    // whether some of the bytes could not be read
 };
 
 struct Input {

@@ -142,9 +142,9 @@ class Packets {
   const Input& input_;
   Console& console_;
   std::vector<Prepared> prepared_;
-  FiltersInspect::LimitedReport report_{options_.maxFindings};
+  FiltersInspect::LimitedReport report_{options_.max_findings};
   // Of what cannot be read something is told, however few findings are wanted.
-  std::size_t room_ = std::max(options_.maxFindings, std::size_t{1});
+  std::size_t room_ = std::max(options_.max_findings, std::size_t{1});
   Report untold_;
   bool is_decided_ = true;
 };
@@ -157,7 +157,7 @@ bool isPacket(std::string_view line) {
 
 void traceLines(const Options& options, Packets* packets, Console* console) {
   const std::string& file = *options.packets;
-  Lines lines(file, options.maxBytes);
+  Lines lines(file, options.max_bytes);
   std::string line;
   console->showProgress(file);
   // Whoever writes the packets one by one sees what became of each.
@@ -169,7 +169,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
     console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, lines.error());
   } else if (lines.isTooLong()) {
     console->trouble(Code::kLimitExceeded, file,
-                     "a line is longer than " + counted(options.maxBytes, "byte") +
+                     "a line is longer than " + counted(options.max_bytes, "byte") +
                          "; --max-bytes=N raises the limit");
   }
 }

@@ -126,7 +126,7 @@ class Oddities {
     for (const ActionPB& action : message_.actions_()) actions_ |= 1u << action.type_();
     const bool drops = has(FILTERS_ACTION_DENY) || has(FILTERS_ACTION_BLACK_HOLE);
     permits_ = has(FILTERS_ACTION_PERMIT) && !drops;
-    onlyDrops_ = drops && !has(FILTERS_ACTION_PERMIT) && !has(FILTERS_ACTION_COPY_TO_CPU);
+    only_drops_ = drops && !has(FILTERS_ACTION_PERMIT) && !has(FILTERS_ACTION_COPY_TO_CPU);
   }
 
   void addAll() {
@@ -415,7 +415,7 @@ class Oddities {
         addBeside(other, one, "and only one of the two can be done; leave the other out");
       }
     }
-    if (!onlyDrops_) return;
+    if (!only_drops_) return;
     const filtersAction_t drop =
         has(FILTERS_ACTION_DENY) ? FILTERS_ACTION_DENY : FILTERS_ACTION_BLACK_HOLE;
     for (const ActionPB& action : message_.actions_()) {
@@ -442,7 +442,7 @@ class Oddities {
   FiltersEntryPB& message_;
   EntryFindings& findings_;
   std::uint32_t actions_ = 0;  // a bit a code
-  bool permits_, onlyDrops_;
+  bool permits_, only_drops_;
 };
 
 }  // namespace

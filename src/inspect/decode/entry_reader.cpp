@@ -57,14 +57,14 @@ bool EntryReader::read(const FiltersEntryPB& in, const MessagePart& part, int de
       out_->ByteSizeLong() != body.size() || writtenBy(*out_, &scratch_) != body) {
     whole = readParts(in, part, depth);
     about(Subject::kEntry);
-    if (entryCheck_.hasCome(FiltersEntryPB::kPolicerFieldNumber)) {
+    if (entry_check_.hasCome(FiltersEntryPB::kPolicerFieldNumber)) {
       notePolicer(in.policer_(), Subject::kPolicer, FiltersEntryPB::kPolicerFieldNumber, part);
     }
-    if (entryCheck_.hasCome(FiltersEntryPB::kPolicerParentFieldNumber)) {
+    if (entry_check_.hasCome(FiltersEntryPB::kPolicerParentFieldNumber)) {
       notePolicer(in.policer_parent_(), Subject::kParent, FiltersEntryPB::kPolicerParentFieldNumber,
                   part);
     }
-    if (!entryCheck_.isBroken()) noteCounters(entry, part);
+    if (!entry_check_.isBroken()) noteCounters(entry, part);
   }
   if (entries_ != nullptr && !thrown) entries_->push_back(std::move(entry));
   about(Subject::kEntry);
@@ -79,7 +79,7 @@ bool EntryReader::read(const FiltersEntryPB& in, const MessagePart& part, int de
 bool EntryReader::readParts(const FiltersEntryPB& in, const MessagePart& part, int depth) {
   if (!matches_.empty()) blanks_ = FiltersEntry();
   for (KeptByCode* kept : {&matches_, &actions_, &counters_}) kept->clear();
-  partsAscend_ = true;
+  parts_ascend_ = true;
   const auto visit = [&](const MessageCheck::Field& field, const MessagePart& inner) {
     const auto index = static_cast<int>(inner.index);
     bool whole = true;
@@ -97,7 +97,7 @@ bool EntryReader::readParts(const FiltersEntryPB& in, const MessagePart& part, i
     return whole;
   };
   about(Subject::kEntry);
-  return entryCheck_.walk(bytes_, part, depth, lenient_, findings_, visit);
+  return entry_check_.walk(bytes_, part, depth, lenient_, findings_, visit);
 }
 
 bool EntryReader::readMatch(const MatchPB& in, const MessagePart& part, int depth) {
@@ -107,7 +107,7 @@ bool EntryReader::readMatch(const MatchPB& in, const MessagePart& part, int dept
   const bool refused =
       row != nullptr && matches_.count(in.type_()) == 0 && !row->putBlank(&blanks_);
   if (row == nullptr || refused) {
-    if (!matchCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    if (!match_check_.walk(bytes_, part, depth, lenient_, findings_)) return false;
     if (row == nullptr) {
       findings_->add(Code::kMatchUnknown, part, "no class has this code; the match is dropped");
     } else if (Finding* finding = findings_->add(Code::kMatchRefused, part)) {
@@ -119,12 +119,12 @@ bool EntryReader::readMatch(const MatchPB& in, const MessagePart& part, int dept
     }
     return true;
   }
-  matchOut_->Clear();
-  row->echo(in, matchOut_);
+  match_out_->Clear();
+  row->echo(in, match_out_);
   const std::string_view body = part.content(bytes_);
-  if (writtenBy(*matchOut_, &scratch_) != body) {
-    if (!matchCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
-    matchCheck_.compare(in, *matchOut_, part, findings_, [row](const auto& one, auto* kept) {
+  if (writtenBy(*match_out_, &scratch_) != body) {
+    if (!match_check_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    match_check_.compare(in, *match_out_, part, findings_, [row](const auto& one, auto* kept) {
       row->echo(static_cast<const MatchPB&>(one), static_cast<MatchPB*>(kept));
     });
   }
@@ -136,7 +136,7 @@ bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int de
   const ActionRow* row = rowOf(static_cast<filtersAction_t>(in.type_()));
   about(Subject::kAction, in.type_());
   if (row == nullptr) {
-    if (!actionCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    if (!action_check_.walk(bytes_, part, depth, lenient_, findings_)) return false;
     findings_->add(Code::kActionUnknown, part, "no class has this code; the action is dropped");
     return true;
   }
@@ -144,9 +144,9 @@ bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int de
     row->echo(static_cast<const ActionPB&>(one), static_cast<ActionPB*>(kept));
   };
   std::string refusal;
-  actionOut_->Clear();
+  action_out_->Clear();
   try {
-    row->echo(in, actionOut_);
+    row->echo(in, action_out_);
   } catch (const std::invalid_argument& thrown) {
     refusal = thrown.what();
   }
@@ -154,11 +154,11 @@ bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int de
   const std::string_view body = part.content(bytes_);
   if (!refusal.empty()) {
     threw_ = true;
-    whole = actionCheck_.walk(bytes_, part, depth, lenient_, findings_);
+    whole = action_check_.walk(bytes_, part, depth, lenient_, findings_);
     if (Finding* finding = findings_->add(Code::kRebuildThrows, part)) finding->message = refusal;
-  } else if (writtenBy(*actionOut_, &scratch_) != body) {
-    whole = actionCheck_.walk(bytes_, part, depth, lenient_, findings_);
-    if (whole) actionCheck_.compare(in, *actionOut_, part, findings_, echo);
+  } else if (writtenBy(*action_out_, &scratch_) != body) {
+    whole = action_check_.walk(bytes_, part, depth, lenient_, findings_);
+    if (whole) action_check_.compare(in, *action_out_, part, findings_, echo);
   }
   if (whole) keep(Code::kActionReplaced, &actions_, part);
   return whole;
@@ -167,12 +167,12 @@ bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int de
 bool EntryReader::readCounter(const CounterPB& in, const MessagePart& part, int depth) {
   const Counter counter(in);
   about(Subject::kCounter, counter.GetId());
-  counterOut_->Clear();
-  counter.Serialize(counterOut_);
+  counter_out_->Clear();
+  counter.Serialize(counter_out_);
   const std::string_view body = part.content(bytes_);
-  if (writtenBy(*counterOut_, &scratch_) != body) {
-    if (!counterCheck_.walk(bytes_, part, depth, lenient_, findings_)) return false;
-    counterCheck_.compare(in, *counterOut_, part, findings_);
+  if (writtenBy(*counter_out_, &scratch_) != body) {
+    if (!counter_check_.walk(bytes_, part, depth, lenient_, findings_)) return false;
+    counter_check_.compare(in, *counter_out_, part, findings_);
   }
   keep(Code::kCounterReplaced, &counters_, part);
   return true;
@@ -187,7 +187,7 @@ void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) 
     findings_->add(replaced, {part.outer, part.field, it->second.index, it->second.bytes},
                    "a later one takes its place: it is lost");
     it->second = kept;
-  } else if (std::next(it) != all->end() && std::exchange(partsAscend_, false)) {
+  } else if (std::next(it) != all->end() && std::exchange(parts_ascend_, false)) {
     findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
   }
 }
@@ -198,7 +198,7 @@ void EntryReader::notePolicer(const std::string& in, Subject subject, int field,
   if (in == out) return;
   const bool isDefault = out == policer::Policer().Serialize();
   about(subject);
-  Finding* finding = findings_->add(Code::kPolicerRewritten, entryCheck_.partOf(field, part));
+  Finding* finding = findings_->add(Code::kPolicerRewritten, entry_check_.partOf(field, part));
   if (finding == nullptr) return;
   finding->before = shownBytes(in);
   finding->after = shownBytes(out);
@@ -244,7 +244,7 @@ void EntryReader::noteRefusal(const Report& refusal, const MessagePart& part) {
       its = {&part, isMatch ? "matches_" : "actions_", kept->second.index, kept->second.bytes};
     }
     if (reason.subject == Subject::kPolicer) {
-      its = entryCheck_.partOf(FiltersEntryPB::kPolicerFieldNumber, part);
+      its = entry_check_.partOf(FiltersEntryPB::kPolicerFieldNumber, part);
     }
     about(reason.subject, reason.offender);
     Finding* finding = findings_->add(reason.code, its);
@@ -263,7 +263,7 @@ void EntryReader::noteHeld(std::uint32_t id, const MessagePart& part) {
                    {part.outer, part.field, it->second.index, it->second.bytes},
                    "a later one of its id takes its place: it is lost");
     it->second = kept;
-  } else if (std::next(it) != held_.end() && std::exchange(entriesAscend_, false)) {
+  } else if (std::next(it) != held_.end() && std::exchange(entries_ascend_, false)) {
     findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
   }
 }

@@ -30,9 +30,9 @@ class EntryReader {
         lenient_(lenient),
         findings_(findings),
         out_(arena->make<FiltersCommon::FiltersEntryPB>()),
-        matchOut_(arena->make<FiltersCommon::MatchPB>()),
-        actionOut_(arena->make<FiltersCommon::ActionPB>()),
-        counterOut_(arena->make<FiltersCommon::CounterPB>()) {}
+        match_out_(arena->make<FiltersCommon::MatchPB>()),
+        action_out_(arena->make<FiltersCommon::ActionPB>()),
+        counter_out_(arena->make<FiltersCommon::CounterPB>()) {}
 
   // `group`, if given, must be empty; its stage and type decide admission. False if the bytes end
   // inside this entry.
@@ -70,23 +70,23 @@ class EntryReader {
   const bool lenient_;
   DecodeFindings* const findings_;
   FiltersCommon::FiltersEntryPB* const out_;
-  FiltersCommon::MatchPB* const matchOut_;
-  FiltersCommon::ActionPB* const actionOut_;
-  FiltersCommon::CounterPB* const counterOut_;
+  FiltersCommon::MatchPB* const match_out_;
+  FiltersCommon::ActionPB* const action_out_;
+  FiltersCommon::CounterPB* const counter_out_;
   std::string scratch_;
-  MessageCheck entryCheck_{FiltersCommon::FiltersEntryPB::descriptor()},
-      matchCheck_{FiltersCommon::MatchPB::descriptor()},
-      actionCheck_{FiltersCommon::ActionPB::descriptor()},
-      counterCheck_{FiltersCommon::CounterPB::descriptor()};
+  MessageCheck entry_check_{FiltersCommon::FiltersEntryPB::descriptor()},
+      match_check_{FiltersCommon::MatchPB::descriptor()},
+      action_check_{FiltersCommon::ActionPB::descriptor()},
+      counter_check_{FiltersCommon::CounterPB::descriptor()};
 
   // Of the entry that is read.
   FiltersCommon::FiltersEntry blanks_;  // a blank match of each code that is kept
   KeptByCode matches_, actions_, counters_;
-  bool partsAscend_ = true;
+  bool parts_ascend_ = true;
 
   // Of the group.
   KeptByCode held_;
-  bool entriesAscend_ = true;
+  bool entries_ascend_ = true;
   std::vector<FiltersCommon::FiltersEntry>* entries_ = nullptr;
   bool threw_ = false;
 };

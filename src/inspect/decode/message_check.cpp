@@ -98,8 +98,8 @@ bool MessageCheck::walk(std::string_view bytes, const MessagePart& part, int dep
     const Field* field = descriptor_->FindFieldByNumber(static_cast<int>(wire.number));
     const ByteRange range = {wire.begin, wire.end - wire.begin};
     const bool packed =
-        field != nullptr && field->is_repeated() && !isMessage(*field) && wire.wireType == kLength;
-    if (field == nullptr || (wire.wireType != wireTypeOf(*field) && !packed)) {
+        field != nullptr && field->is_repeated() && !isMessage(*field) && wire.wire_type == kLength;
+    if (field == nullptr || (wire.wire_type != wireTypeOf(*field) && !packed)) {
       if (!reader.broken()) noteDropped(wire, field != nullptr, part, findings);
       continue;
     }

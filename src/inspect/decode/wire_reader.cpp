@@ -39,7 +39,7 @@ bool WireReader::readTag(WireField* field) {
   if (!lenient_ && position_ - begin > kMaxVarint32) return false;
   if (tag > std::numeric_limits<std::uint32_t>::max()) field->plain = false;
   field->number = static_cast<std::uint32_t>(tag) >> 3;
-  field->wireType = static_cast<std::uint32_t>(tag) & 7;
+  field->wire_type = static_cast<std::uint32_t>(tag) & 7;
   return field->number != 0;
 }
 
@@ -64,10 +64,10 @@ bool WireReader::skipGroup(std::uint32_t number) {
   int count = 0;
   WireField inner{number, kGroupStart};
   for (;;) {
-    if (inner.wireType == kGroupStart) {
+    if (inner.wire_type == kGroupStart) {
       if (count == std::min(depth_, kDepth)) return false;
       open[count++] = inner.number;
-    } else if (inner.wireType == kGroupEnd) {
+    } else if (inner.wire_type == kGroupEnd) {
       if (open[--count] != inner.number) return false;
       if (count == 0) return true;
     } else if (!readValue(&inner)) {
@@ -79,7 +79,7 @@ bool WireReader::skipGroup(std::uint32_t number) {
 
 bool WireReader::readValue(WireField* field) {
   field->value = position_;
-  switch (field->wireType) {
+  switch (field->wire_type) {
     case kVarint:
       return readVarint(&field->varint, &field->plain);
     case kFixed64:
@@ -116,7 +116,7 @@ bool WireReader::next(WireField* field) {
   broken_ = true;
   field->end = end_;
   position_ = field->begin;
-  return field->number != 0 && field->wireType == kLength;
+  return field->number != 0 && field->wire_type == kLength;
 }
 
 }  // namespace FiltersInspect

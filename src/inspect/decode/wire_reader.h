@@ -22,7 +22,7 @@ enum WireType : std::uint32_t {
 
 struct WireField {
   std::uint32_t number = 0;  // 0 as long as no tag could be read
-  std::uint32_t wireType = 0;
+  std::uint32_t wire_type = 0;
   std::size_t begin = 0;  // of the tag
   std::size_t value = 0;  // behind the tag, and behind the length
   std::size_t end = 0;

@@ -166,14 +166,14 @@ class Refusals {
  private:
   // Of these one finding is enough: they are the same for every entry and check.
   void addUnknownStage(filtersGroupStage_t stage) {
-    if (std::exchange(stageIsUnknown_, true)) return;
+    if (std::exchange(stage_is_unknown_, true)) return;
     Finding& finding = add(Code::kStageUnknown, FILTERS_ERR_INVALID_STAGE);
     finding.offender = static_cast<std::uint32_t>(stage);
     finding.admitted = keysOf(FiltersGroup::StageTypesDescription_);
     finding.message = "there is no stage " + std::to_string(stage);
   }
   void addUnknownType(filtersGroupType_t type) {
-    if (std::exchange(typeIsUnknown_, true)) return;
+    if (std::exchange(type_is_unknown_, true)) return;
     Finding& finding = add(Code::kTypeUnknown, FILTERS_ERR_INVALID);
     finding.offender = static_cast<std::uint32_t>(type);
     finding.admitted = keysOf(FiltersGroup::TypeDescription_);
@@ -182,7 +182,7 @@ class Refusals {
 
   std::optional<filtersGroupId_t> group_;
   Report report_;
-  bool stageIsUnknown_ = false, typeIsUnknown_ = false;
+  bool stage_is_unknown_ = false, type_is_unknown_ = false;
 };
 
 // An entry that holds a blank match of the code, and nothing when no class carries it.

@@ -23,7 +23,7 @@ TextPosition GroupPositions::of(std::optional<filtersEntryId_t> entry) const {
 }
 
 void GroupBuilder::beginGroup(TextPosition position) {
-  isHeadFaulty_ = false;
+  is_head_faulty_ = false;
   head_->Clear();
   bytes_.clear();
   positions_ = {position, {}};
@@ -31,15 +31,15 @@ void GroupBuilder::beginGroup(TextPosition position) {
 
 void GroupBuilder::beginEntry(TextPosition position) {
   positions_.entries.emplace_back(0, position);
-  inEntry_ = true;
-  isEntryFaulty_ = false;
+  in_entry_ = true;
+  is_entry_faulty_ = false;
   entries_->Clear();
   entries_->add_entries_();
 }
 
 void GroupBuilder::endEntry() {
-  inEntry_ = false;
-  if (isEntryFaulty_) return positions_.entries.pop_back();
+  in_entry_ = false;
+  if (is_entry_faulty_) return positions_.entries.pop_back();
   positions_.entries.back().first = entry()->id_();
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
   // Fields written one behind the other are the bytes of one message of all of them.
@@ -47,10 +47,10 @@ void GroupBuilder::endEntry() {
 }
 
 void GroupBuilder::endGroup() {
-  if (isHeadFaulty_) return;
+  if (is_head_faulty_) return;
   const std::string bytes = head_->SerializePartialAsString() + bytes_;
   DecodeLimits limits;
-  limits.max_findings = maxFindings_;
+  limits.max_findings = max_findings_;
   limits.max_bytes = bytes.size();
   limits.least = Severity::kWarning;  // what is only noted is not lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
@@ -72,7 +72,7 @@ ParsedGroups GroupBuilder::finish() {
 }
 
 void GroupBuilder::fail(Code code, TextPosition position, std::string message) {
-  (inEntry_ ? isEntryFaulty_ : isHeadFaulty_) = true;
+  (in_entry_ ? is_entry_faulty_ : is_head_faulty_) = true;
   Finding* finding = report_.add(code);
   if (finding == nullptr) return;
   finding->path = toText(position);

@@ -26,8 +26,8 @@ class GroupBuilder {
  public:
   static constexpr std::size_t kMaxFindings = 1000;  // where the caller wants no other number
 
-  explicit GroupBuilder(std::size_t maxFindings)
-      : maxFindings_(maxFindings), report_(maxFindings) {}
+  explicit GroupBuilder(std::size_t max_findings)
+      : max_findings_(max_findings), report_(max_findings) {}
 
   // What the caller fills.
   FiltersCommon::FiltersGroupPB* head() { return head_; }
@@ -48,7 +48,7 @@ class GroupBuilder {
  private:
   TextPosition positionOf(const std::string& path) const;
 
-  const std::size_t maxFindings_;
+  const std::size_t max_findings_;
   std::vector<FiltersCommon::FiltersGroup> groups_;
   std::vector<GroupPositions> positions_of_groups_;
   LimitedReport report_;
@@ -58,8 +58,8 @@ class GroupBuilder {
   FiltersCommon::FiltersGroupPB* const entries_ =  // of the one entry at hand
       arena_.make<FiltersCommon::FiltersGroupPB>();
   std::string bytes_;  // of the entries before it
-  bool isHeadFaulty_ = false;
-  bool inEntry_ = false, isEntryFaulty_ = false;
+  bool is_head_faulty_ = false;
+  bool in_entry_ = false, is_entry_faulty_ = false;
   GroupPositions positions_;  // of the group at hand, its entries in `bytes_` and the one at hand
 };
 

@@ -30,8 +30,8 @@ struct Scalar {
 // deep values nest.
 class JsonReader {
  public:
-  JsonReader(std::string_view text, std::size_t maxFindings)
-      : text_(text), positions_(text), groups_(maxFindings) {}
+  JsonReader(std::string_view text, std::size_t max_findings)
+      : text_(text), positions_(text), groups_(max_findings) {}
 
   ParsedGroups read() {
     const char* const begin = text_.data();
@@ -70,8 +70,11 @@ class JsonReader {
  private:
   struct Frame {
     In in = In::kNowhere;
-    std::size_t key = 0;     // the last one
-    std::uint32_t seen = 0;  // a bit a key
+    std::size_t key = 0;          // the last one
+    std::uint32_t seen_keys = 0;  // a bit a key
+
+    bool hasSeen(std::size_t one) const { return (seen_keys >> one & 1) != 0; }
+    void see(std::size_t one) { seen_keys |= std::uint32_t{1} << (key = one); }
   };
 
   bool begin(char bracket);
@@ -184,10 +187,9 @@ bool JsonReader::key(const std::string& name) {
   if (found == std::end(keys.names) || name.empty()) {
     return fail(Code::kTextSyntax, "no such key is known here");
   }
-  top().key = static_cast<std::size_t>(found - std::begin(keys.names));
-  const std::uint32_t bit = std::uint32_t{1} << top().key;
-  if ((top().seen & bit) != 0) return fail(Code::kTextRepeated, name + " stands here twice");
-  top().seen |= bit;
+  const auto place = static_cast<std::size_t>(found - std::begin(keys.names));
+  if (top().hasSeen(place)) return fail(Code::kTextRepeated, name + " stands here twice");
+  top().see(place);
   return true;
 }
 
@@ -212,7 +214,7 @@ bool JsonReader::end() {
   position_ = positions_.next();
   const Keys keys = keysOf(top().in, row_);
   for (std::size_t i = 0; i < keys.required; ++i) {
-    if ((top().seen >> i & 1) == 0) {
+    if (!top().hasSeen(i)) {
       return fail(Code::kTextSyntax, "there is no " + std::string(keys.names[i]));
     }
   }
@@ -241,7 +243,7 @@ bool JsonReader::endLimid() {
 }
 
 bool JsonReader::endPolicer() {
-  if ((top().seen & 2) != 0) {
+  if (top().hasSeen(kPolicerAbout)) {
     const PolicerFacts said = factsOf(policer::Policer(bytes_));
     for (std::size_t i = 0; i < said.size(); ++i) {
       const Fact& fact = facts_[i];
@@ -251,8 +253,7 @@ bool JsonReader::endPolicer() {
       return fail(Code::kTextContradiction, "the policer's bytes say something else");
     }
   }
-  constexpr std::size_t kParent = 6;
-  if (outer().key == kParent) {
+  if (outer().key == kEntryParent) {
     groups_.entry()->set_policer_parent_(bytes_);
   } else {
     groups_.entry()->set_policer_(bytes_);
@@ -270,9 +271,11 @@ bool JsonReader::scalar(const Scalar& value) {
       return scalarOfGroup(value);
     case In::kEntry: {
       FiltersEntryPB* entry = groups_.entry();
-      if (key == 0) return number(value, 32, [&](std::uint32_t id) { entry->set_id_(id); });
-      if (key == 1) return number(value, 32, [&](std::uint32_t n) { entry->set_priority_(n); });
-      return wanted(key == 4 ? "a list" : "an object");
+      if (key == kEntryId) return number(value, 32, [&](std::uint32_t id) { entry->set_id_(id); });
+      if (key == kEntryPriority) {
+        return number(value, 32, [&](std::uint32_t n) { entry->set_priority_(n); });
+      }
+      return wanted(key == kEntryCounters ? "a list" : "an object");
     }
     case In::kCounter:
       return scalarOfCounter(value);
@@ -292,7 +295,9 @@ bool JsonReader::scalar(const Scalar& value) {
       return named(row_->names, value,
                    [&](std::uint32_t n) { addNumber(message_, row_->fields[1], n); });
     case In::kLimid:
-      if (key == 0) return number(value, 32, [&](std::uint32_t limid) { limid_ = limid; });
+      if (key == kLimidNumber) {
+        return number(value, 32, [&](std::uint32_t limid) { limid_ = limid; });
+      }
       if (value.type != Scalar::kText) return wanted("a text");
       name_ = value.text;
       name_position_ = position_;
@@ -310,11 +315,11 @@ bool JsonReader::scalar(const Scalar& value) {
 }
 
 bool JsonReader::scalarOfFile(const Scalar& value) {
-  if (top().key == 0) {
+  if (top().key == kFileFormat) {
     if (value.type == Scalar::kText && value.text == kFormat) return true;
     return wanted('"' + std::string(kFormat) + '"');
   }
-  if (top().key == 2) return wanted("a list");
+  if (top().key == kFileGroups) return wanted("a list");
   if (value.type == Scalar::kNumber && value.number == kJsonVersion) return true;
   return fail(Code::kTextVersion, "only version 1 is read here");
 }
@@ -322,14 +327,14 @@ bool JsonReader::scalarOfFile(const Scalar& value) {
 bool JsonReader::scalarOfGroup(const Scalar& value) {
   FiltersGroupPB* head = groups_.head();
   switch (top().key) {
-    case 0:
+    case kGroupId:
       return number(value, 16, [&](std::uint32_t id) { head->set_id_(id); });
-    case 1:
+    case kGroupPriority:
       return number(value, 16, [&](std::uint32_t priority) { head->set_priority_(priority); });
-    case 2:
+    case kGroupStage:
       return named(kNamesOf<filtersGroupStage_t>, value,
                    [&](std::uint32_t stage) { head->set_stage_(stage); });
-    case 3:
+    case kGroupType:
       return number(value, 32, [&](std::uint32_t type) { head->set_type_(type); });
     default:
       return wanted("a list");
@@ -339,7 +344,7 @@ bool JsonReader::scalarOfGroup(const Scalar& value) {
 bool JsonReader::scalarOfCounter(const Scalar& value) {
   auto* counters = groups_.entry()->mutable_counters_();
   CounterPB* counter = counters->Mutable(counters->size() - 1);
-  if (top().key == 0) {
+  if (top().key == kCounterId) {
     return number(value, 16,
                   [&](std::uint32_t id) { counter->set_id(static_cast<std::int32_t>(id)); });
   }
@@ -362,7 +367,7 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
                          position_};
     return true;
   }
-  if (top().key != 0) return wanted("an object");
+  if (top().key != kPolicerBytes) return wanted("an object");
   if (value.type != Scalar::kText) return wanted("a text");
   auto bytes = parseHex(value.text);
   if (!bytes) return fail(Code::kTextValue, "bytes in pairs of hexadecimal digits are wanted");

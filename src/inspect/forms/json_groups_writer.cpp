@@ -143,7 +143,7 @@ void writePolicer(std::string_view key, std::string_view bytes, const policer::P
   out->key(kAboutKey);
   out->open('{');
   for (const PolicerFact& fact : factsOf(policer)) {
-    if (fact.isFigure && fact.number == 0) continue;
+    if (fact.is_figure && fact.number == 0) continue;
     out->key(fact.key);
     if (fact.name.empty()) {
       out->value(fact.number);

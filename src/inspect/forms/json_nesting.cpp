@@ -8,15 +8,25 @@
 namespace FiltersInspect {
 namespace {
 
+// Lists have no keys, and objects of MPLS ports have two of one kind.
+constexpr std::size_t kInList = 0;
 constexpr Nesting kNestings[] = {
-    {In::kNowhere, 0, '{', In::kFile},     {In::kFile, 2, '[', In::kGroups},
-    {In::kGroups, 0, '{', In::kGroup},     {In::kGroup, 4, '[', In::kEntries},
-    {In::kEntries, 0, '{', In::kEntry},    {In::kEntry, 2, '{', In::kMatches},
-    {In::kEntry, 3, '{', In::kActions},    {In::kEntry, 4, '[', In::kCounters},
-    {In::kEntry, 5, '{', In::kPolicer},    {In::kEntry, 6, '{', In::kPolicer},
-    {In::kCounters, 0, '{', In::kCounter}, {In::kPolicer, 1, '{', In::kAbout},
-    {In::kLimids, 0, '[', In::kPorts},     {In::kLimids, 1, '[', In::kTypes},
-    {In::kPorts, 0, '{', In::kLimid},      {In::kMplsPorts, 0, '{', In::kLimid},
+    {In::kNowhere, kInList, '{', In::kFile},
+    {In::kFile, kFileGroups, '[', In::kGroups},
+    {In::kGroups, kInList, '{', In::kGroup},
+    {In::kGroup, kGroupEntries, '[', In::kEntries},
+    {In::kEntries, kInList, '{', In::kEntry},
+    {In::kEntry, kEntryMatches, '{', In::kMatches},
+    {In::kEntry, kEntryActions, '{', In::kActions},
+    {In::kEntry, kEntryCounters, '[', In::kCounters},
+    {In::kEntry, kEntryPolicer, '{', In::kPolicer},
+    {In::kEntry, kEntryParent, '{', In::kPolicer},
+    {In::kCounters, kInList, '{', In::kCounter},
+    {In::kPolicer, kPolicerAbout, '{', In::kAbout},
+    {In::kLimids, kLimidsPorts, '[', In::kPorts},
+    {In::kLimids, kLimidsTypes, '[', In::kTypes},
+    {In::kPorts, kInList, '{', In::kLimid},
+    {In::kMplsPorts, 0, '{', In::kLimid},
     {In::kMplsPorts, 1, '{', In::kLimid},
 };
 

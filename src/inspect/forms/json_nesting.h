@@ -34,6 +34,23 @@ enum class In : std::uint8_t {
   kMplsPorts,
 };
 
+// The places of keys in the lists of keysOf().
+enum FileKey : std::size_t { kFileFormat, kFileVersion, kFileGroups };
+enum GroupKey : std::size_t { kGroupId, kGroupPriority, kGroupStage, kGroupType, kGroupEntries };
+enum EntryKey : std::size_t {
+  kEntryId,
+  kEntryPriority,
+  kEntryMatches,
+  kEntryActions,
+  kEntryCounters,
+  kEntryPolicer,
+  kEntryParent,
+};
+enum CounterKey : std::size_t { kCounterId, kCounterType };
+enum PolicerKey : std::size_t { kPolicerBytes, kPolicerAbout };
+enum LimidsKey : std::size_t { kLimidsPorts, kLimidsTypes };
+enum LimidKey : std::size_t { kLimidNumber, kLimidName };
+
 // The keys of an object; the first `required` of them must stand there.
 struct Keys {
   std::string_view names[9] = {};

@@ -6,7 +6,7 @@ namespace FiltersInspect {
 
 TextPosition TokenPositions::next() {
   for (; at_ < text_.size() && kBetween.find(text_[at_]) != kBetween.npos; ++at_) {
-    if (text_[at_] == '\n') ++line_, lineStart_ = at_ + 1;
+    if (text_[at_] == '\n') ++line_, line_start_ = at_ + 1;
   }
   const std::size_t start = at_++;
   const char first = start < text_.size() ? text_[start] : '\0';
@@ -17,7 +17,7 @@ TextPosition TokenPositions::next() {
     at_ = text_.find_first_of(" \t\r\n,:]}", at_);
   }
   at_ = std::min(at_, text_.size());
-  return {line_, start - lineStart_ + 1};
+  return {line_, start - line_start_ + 1};
 }
 
 TextPosition TokenPositions::of(std::string_view before) {

@@ -27,11 +27,11 @@ class Characters {
   char operator*() const {
     if (*at_ == '\0') return '\x01';
     const bool isBlank = *at_ == '\n' || *at_ == '\r' || *at_ == '\t';
-    return isBlank && !inText_ ? ' ' : *at_;
+    return isBlank && !in_text_ ? ' ' : *at_;
   }
   Characters& operator++() {
-    if (*at_ == '"' && !escaped_) inText_ = !inText_;
-    escaped_ = inText_ && *at_ == '\\' && !escaped_;
+    if (*at_ == '"' && !escaped_) in_text_ = !in_text_;
+    escaped_ = in_text_ && *at_ == '\\' && !escaped_;
     ++at_;
     return *this;
   }
@@ -39,7 +39,7 @@ class Characters {
   friend bool operator!=(const Characters& a, const Characters& b) { return !(a == b); }
  private:
   const char* at_;
-  bool inText_ = false;
+  bool in_text_ = false;
   bool escaped_ = false;  // by a backslash
 };
 
@@ -48,7 +48,7 @@ class Characters {
 class TokenPositions {
  public:
   explicit TokenPositions(std::string_view text)
-      : text_(text), at_(lengthOfMark(text)), lineStart_(at_) {}
+      : text_(text), at_(lengthOfMark(text)), line_start_(at_) {}
 
   TextPosition next();
 
@@ -65,7 +65,7 @@ class TokenPositions {
   std::string_view text_;
   std::size_t at_;
   std::size_t line_ = 1;
-  std::size_t lineStart_;
+  std::size_t line_start_;
 };
 
 }  // namespace FiltersInspect

@@ -49,9 +49,9 @@ PolicerFacts factsOf(const policer::Policer& policer) {
 
 void appendFacts(const policer::Policer& policer, std::string* out) {
   for (const PolicerFact& fact : factsOf(policer)) {
-    if (fact.isFigure && fact.number == 0) continue;
+    if (fact.is_figure && fact.number == 0) continue;
     *out += ' ';
-    if (fact.isFigure) (*out += fact.key) += '=';
+    if (fact.is_figure) (*out += fact.key) += '=';
     *out += fact.name;
     if (fact.name.empty()) *out += std::to_string(fact.number);
   }

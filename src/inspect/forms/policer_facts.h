@@ -20,7 +20,7 @@ struct PolicerFact {
   const char* key;
   std::string_view name;  // empty: the number
   std::uint32_t number;
-  bool isFigure;  // a rate or a burst size, which is left out when it is 0
+  bool is_figure;  // a rate or a burst size, which is left out when it is 0
 };
 using PolicerFacts = std::array<PolicerFact, 9>;
 PolicerFacts factsOf(const policer::Policer& policer);

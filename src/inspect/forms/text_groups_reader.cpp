@@ -13,13 +13,14 @@ using namespace FiltersCommon;
 
 class TextReader {
  public:
-  TextReader(std::string_view text, std::size_t maxFindings) : rest_(text), groups_(maxFindings) {}
+  TextReader(std::string_view text, std::size_t max_findings)
+      : rest_(text), groups_(max_findings) {}
 
   ParsedGroups read() {
     nextLine();
     if (readVersion()) {
       while (nextLine()) readLine();
-      if (inGroup_) groups_.endGroup();
+      if (in_group_) groups_.endGroup();
     }
     return groups_.finish();
   }
@@ -95,7 +96,7 @@ class TextReader {
     }
     // Every other line is taken for an entry, so that it hides nothing about the others.
     const bool isEntry = take("entry");
-    if (isEntry && !inGroup_) {
+    if (isEntry && !in_group_) {
       beginGroup(position);
       groups_.fail(Code::kTextSyntax, position, "an entry before any group");
     }
@@ -109,8 +110,8 @@ class TextReader {
   }
 
   void beginGroup(TextPosition position) {
-    if (inGroup_) groups_.endGroup();
-    inGroup_ = true;
+    if (in_group_) groups_.endGroup();
+    in_group_ = true;
     groups_.beginGroup(position);
   }
 
@@ -272,7 +273,7 @@ class TextReader {
   std::string_view words_;  // of the line, behind word_
   std::string_view word_;
   TextPosition position_ = {0, 1};
-  bool inGroup_ = false;
+  bool in_group_ = false;
   GroupBuilder groups_;
 };
 
