@@ -1,25 +1,29 @@
 #ifndef FILTER_INSPECT_FILTER_DECODE_H_
 #define FILTER_INSPECT_FILTER_DECODE_H_
 
-// Reads a group's or an entry's bytes as their constructors do, and says what those do silently.
+// Reads the bytes of a group or an entry as their constructors do, and reports what those lose or
+// change silently.
 //
-// Promises, for any bytes: `group` equals FiltersGroup(bytes), and is absent exactly when that
-// constructor throws (or when there are more bytes than the limit). No finding: writing the group
-// gives the very bytes again. No finding above Severity::kNote: the group says all that the bytes
-// said. Every range lies inside the bytes. Memory: that of a parse of the whole message, and
-// `max_findings` findings; time grows with the number of bytes, whatever they are.
+// Promises, for any bytes:
+// - `group` equals FiltersGroup(bytes). It is absent exactly when that constructor throws, or when
+//   there are more bytes than the limit.
+// - If there is no finding, writing the group gives the same bytes again.
+// - If no finding is above Severity::kNote, the group holds all that the bytes said.
+// - Every range lies inside the bytes.
+// - Memory is that of a parse of the whole message, and of `max_findings` findings. Time grows with
+//   the number of bytes, whatever they are.
 //
-// What the head of a group loses comes first, then what each entry loses, in the order of the
-// bytes. A range covers a whole field: its tag, its length and its value; of packed numbers one
-// number; of what is missing, the part that misses it; of broken bytes, all from there to the end.
+// Losses of the group's head come first, then those of each entry, in the order of the bytes. A
+// range covers a whole field: its tag, its length and its value. For packed numbers it covers one
+// number, for something missing the part that lacks it, and for broken bytes the rest to the end.
 //
-// Where the bytes are broken the constructors keep what came before, and what they make of half a
-// match, action, counter or number. Nothing is said of that half beside kBytesBroken, and
-// kEntryRefused where the group refuses its entry, nor is what may have followed called missing;
-// the entry and the offender of both are as they are kept. Bytes that end exactly before an entry
-// are those of a shorter group, and not broken.
+// If the bytes break off, the constructors keep what came before, and what they make of half a
+// match, action, counter or number. Only kBytesBroken, and kEntryRefused if the group refuses the
+// entry, are reported about that half; both name the entry and the offender as they are kept. What
+// may have followed is not called missing. Bytes that end exactly before an entry are not broken:
+// they are those of a shorter group.
 //
-// May be called from any thread. It may throw std::bad_alloc, and nothing else.
+// The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 
 #include <cstddef>
 #include <optional>
@@ -42,19 +46,19 @@ struct DecodedGroup {
   Report report;
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
-// Also adds the entries as they came, in the order of the bytes. Those that the group refuses and
-// those that a later one replaces are among them, those that throw are not.
+// Also appends the entries as they came, in the order of the bytes. Entries that the group refuses
+// or that a later one replaces are among them; entries that cannot be made are not.
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
                                      std::vector<FiltersCommon::FiltersEntry>* entries);
 
-// A stage or a type, or both, in place of those that a group came with.
+// A stage or a type, or both, that replace those of the bytes.
 struct StageTypeInstead {
   std::optional<FiltersCommon::filtersGroupStage_t> stage;
   std::optional<FiltersCommon::filtersGroupType_t> type;
 };
-// Decodes the group as if its bytes said these. Every finding is about the bytes as they are;
-// whether a group may have such a stage and type together is not looked at (explainStage(),
-// explainType()).
+// Decodes the group as if it had come with this stage or type. Every finding is about the bytes as
+// they are. Nothing is said about whether a group may have this stage and type together: ask
+// explainStage() and explainType().
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead,
                                      const DecodeLimits& limits = {});
 

@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_FILTER_HEAD_H_
 #define FILTER_INSPECT_FILTER_HEAD_H_
 
-// The head of a group as a value: everything but its entries.
+// The head of a group as a value: all of the group but its entries.
 //
-// May be called from any thread. It may throw std::bad_alloc, and nothing else.
+// The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 
 #include <string>
 
@@ -19,8 +19,8 @@ struct GroupHead {
 };
 FILTERS_API GroupHead headOf(const FiltersCommon::FiltersGroup& group);
 
-// A group of this head without entries. Stage and type are taken unchecked, as from bytes: a group
-// may come to hold a pair that no setter would give it.
+// Makes a group with this head and no entries. Stage and type are not checked, as in a group that
+// is read from bytes: they can be a pair that no setter would give.
 FILTERS_API FiltersCommon::FiltersGroup emptyGroup(const GroupHead& head);
 
 // The head's line of the text form: "group 7 priority=10 stage=ingress type=3".

@@ -1,13 +1,13 @@
 #ifndef FILTER_INSPECT_FILTER_NAMES_H_
 #define FILTER_INSPECT_FILTER_NAMES_H_
 
-// Names of every code, both ways. A name is the enumerator's own, in lower case, without the prefix
-// that its enumeration shares: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port". Of results the prefix is
-// FILTERS_ERR_, and FILTERS_ of the one that is no error: "not_found", "ok". Names are part of the
-// text and JSON forms: they are never changed. C callers: filter_inspect_c.h.
+// Turns every code into its name, and back. A name is the enumerator in lower case, without the
+// prefix that its enumeration shares: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port". The prefix of
+// results is FILTERS_ERR_, as in "not_found"; FILTERS_OK is "ok". Names are part of the text and
+// JSON forms, and never change. C programs use filter_inspect_c.h.
 //
-// All of this may be called from any thread. The texts live as long as the library is loaded, and
-// each is followed by a zero.
+// The functions may be called from any thread. The texts live as long as the library is loaded, and
+// a zero byte follows each.
 
 #include <optional>
 #include <string_view>
@@ -19,7 +19,8 @@
 
 namespace FiltersInspect {
 
-// One overload an enumeration. Empty for a value that has no name; callers then write the number.
+// Each enumeration has an overload. A value without a name gives an empty text; write its number
+// then.
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersErr_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupStage_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupType_t);
@@ -69,7 +70,7 @@ FILTERS_API const Names<FiltersCommon::port_type_t>& namesOf();
 template <>
 FILTERS_API const Names<policer::Stage>& namesOf();
 
-// The way back: the code of a name, exactly as written.
+// The code of a name. Capital letters count.
 template <class Enum>
 std::optional<Enum> fromName(std::string_view name) {
   for (const auto& [code, itsName] : namesOf<Enum>()) {
@@ -78,8 +79,8 @@ std::optional<Enum> fromName(std::string_view name) {
   return std::nullopt;
 }
 
-// One sentence for a person: what a result of the library means and what to look at. For a value
-// that is none, a sentence that says so.
+// A sentence for people that says what a result means and what to look at. An unknown result has a
+// sentence too.
 FILTERS_API std::string_view describe(FiltersCommon::filtersErr_t);
 
 }  // namespace FiltersInspect

@@ -1,12 +1,13 @@
 #ifndef FILTER_INSPECT_FILTER_REPORT_H_
 #define FILTER_INSPECT_FILTER_REPORT_H_
 
-// What this library answers with: a report is a list of findings, in the order in which the
-// filter_common library itself would have met them. An empty report means: nothing to say.
+// Every function of this library answers with a report: a list of findings, in the order in which
+// the filter_common library itself would have met them. An empty report means that there is nothing
+// to say.
 //
 // Codes, severities and the typed fields are stable; `message` is for people and may be reworded.
-// The layout of these structures may change with every minor release: programs are built anew then.
-// Who cannot promise that uses filter_inspect_c.h, which is stable.
+// The layout of these structures may change with every minor release, and programs must be rebuilt
+// then. Programs that cannot be rebuilt use filter_inspect_c.h, which is stable.
 
 #include <array>
 #include <cstddef>
@@ -21,28 +22,30 @@
 
 namespace FiltersInspect {
 
-// The levels of compilers and of SARIF. Error: refused, or unreadable. Warning: something is lost
-// or never takes effect. Note: worth knowing, nothing is lost.
+// The levels are those of compilers and of SARIF. An error means that something is refused or
+// unreadable. A warning means that something is lost or never takes effect. A note is worth
+// knowing, but nothing is lost.
 enum class Severity : std::uint8_t { kNote, kWarning, kError };
 
-// Why: the rows of findings.def. docs/findings.md has a section each.
+// The reason for a finding. Each row of findings.def makes one code; docs/findings.md explains
+// each.
 enum class Code : std::uint16_t {
 #define FINDING(code, name, severity) code,
 #include <filter_inspect/findings.def>
 };
 
-// What a finding is about.
+// A finding is about one of these.
 enum class Subject : std::uint8_t { kGroup, kEntry, kMatch, kAction, kPolicer, kParent, kCounter };
 
-// "match-not-admitted"; "warning"; "entry". Each is followed by a zero.
+// The names are "match-not-admitted", "warning" and "entry", for example. A zero byte follows each.
 FILTERS_API std::string_view nameOf(Code);
 FILTERS_API std::string_view nameOf(Severity);
 FILTERS_API std::string_view nameOf(Subject);
 
 FILTERS_API Severity severityOf(Code);
 
-// A part of the bytes that were read, counted from the first byte of the group (of the entry, where
-// an entry alone was read).
+// A part of the bytes that were read. Offsets count from the first byte of the group, or of the
+// entry if an entry alone was read.
 struct ByteRange {
   std::size_t offset = 0;
   std::size_t length = 0;
@@ -51,45 +54,47 @@ struct ByteRange {
 struct Finding {
   Code code;
   Severity severity;
-  // What the library returns for this; FILTERS_OK where it returns nothing (silent loss, analysis).
+  // The code that the library returns for this. FILTERS_OK if it returns none, as for a silent
+  // loss.
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
-  // Which group of its file it is, counted from 1: set by whoever reads files, not by this library.
+  // The number of the group in its file, counted from 1. Programs that read files set it; this
+  // library does not.
   std::optional<std::size_t> group_number;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
-  // Code of the match or action, id of the counter; of a refusal what is refused: the stage, the
-  // type, the policer's stage.
+  // The code of the match or action, or the id of the counter. If a stage, a type or a policer's
+  // stage is refused, it is that stage or type.
   std::uint32_t offender = 0;
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, codes of other matches or actions
-  // "entries_[3].matches_[1].vlan_id_[2]" where `bytes` are told; line and column in text and JSON,
-  // "12:7".
+  // For bytes, the path of the field: "entries_[3].matches_[1].vlan_id_[2]". For text and JSON, the
+  // line and the column: "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
-  // Values as text: what came, what is kept. Beside a witness: what the entry does with packets,
-  // and what is done with them by others.
+  // Values as text: the one that came, and the one that is kept. Beside a witness, what this entry
+  // does with the packet, and what another entry does with it.
   std::string before, after;
   std::string witness;  // a packet that shows it
   std::string message;  // one English sentence without its full stop
 };
 
-// How many findings there are of each severity.
+// The number of findings for each severity.
 using SeverityCounts = std::array<std::size_t, 3>;
 
-// "1 error, 3 warnings, 101 notes", without those that there are none of.
+// For example "1 error, 101 notes": severities without findings are left out.
 FILTERS_API std::string countsText(const SeverityCounts& counts);
 
 struct Report {
   std::vector<Finding> findings;
-  // Findings beyond the caller's limit are counted, not kept: all of them, and by severity. Those
-  // kept are the most severe, of equal ones the first.
+  // Findings beyond the caller's limit are counted, not kept. The most severe findings are kept,
+  // and among equally severe ones the first.
   std::size_t left_out = 0;
   SeverityCounts left_out_by_severity = {};
 
   bool empty() const { return findings.empty() && left_out == 0; }
-  // The highest severity of those kept and those left out; kNote when empty.
+  // The highest severity of all findings, kept or left out; kNote if there is none.
   FILTERS_API Severity worst() const;
   // Counts findings that are not kept.
   void leaveOut(Severity severity, std::size_t number = 1) {
@@ -98,18 +103,19 @@ struct Report {
   }
   // Puts the findings of another report behind these ones, and counts what it left out.
   FILTERS_API void append(Report&& other);
-  // Leaves out all but the `most` most severe findings. Those stay in their order.
+  // Keeps the `most` most severe findings, in their order, and leaves out the others.
   FILTERS_API void keep(std::size_t most);
 };
 
-// A report of at most so many findings. While it grows it holds up to twice as many, so that each
-// costs the same however many there are.
+// A report with a limit of findings. While it grows it holds up to twice as many, so that adding
+// one costs the same at any size.
 class LimitedReport {
  public:
   explicit LimitedReport(std::size_t most) : most_(most) {}
 
-  // A finding to fill in, valid until the next one. Null if more severe findings, or earlier ones
-  // of the same severity, take all places: then it has been counted, and nothing needs to be made.
+  // Returns a new finding to fill in, which is valid until the next call. Returns null if the limit
+  // is reached by findings that are more severe, or as severe and earlier: the new one has then
+  // been counted as left out.
   FILTERS_API Finding* add(Code code);
   // Adds the findings of another report, and counts what it left out.
   FILTERS_API void append(Report&& other);
@@ -124,23 +130,23 @@ class LimitedReport {
   Report report_;
 };
 
-// One line a finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". Below it, two
-// blanks further in, the witness where there is one, and what the entry and others do with it. Of a
-// report also how many were left out.
+// Writes one line for each finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". If
+// there is a witness, it follows on the next lines, with what the entry and others do with it. A
+// report ends with the number of findings left out.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 
-// As JSON by docs/schema/filter-report-1.schema.json, the same bytes on every machine, with a
-// newline at the end. `command` is what the report answers; the schema admits "check", "diff",
-// "plan", "analyse", "trace", "capabilities", "show", "convert", "names" and "usage", and any other
-// text makes a document that it refuses. `file` is what the one input is called.
+// Writes JSON by docs/schema/filter-report-1.schema.json, with a newline at the end. The bytes are
+// the same on every machine. `command` is the question that the report answers; the schema accepts
+// "check", "diff", "plan", "analyse", "trace", "capabilities", "show", "convert", "names" and
+// "usage", and refuses a document with any other. `file` is the name of the input.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 
-// The same of several inputs: what each is called, how many groups it holds, what is said of them.
+// One of several inputs: its name, its number of groups, and the findings about it.
 struct ReportInput {
   std::string file;
-  std::optional<std::size_t> groups;  // left out of the document where there is none
+  std::optional<std::size_t> groups;  // the document leaves it out if unset
   Report report;
 };
 FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command);

@@ -1,19 +1,20 @@
 #ifndef FILTER_INSPECT_FILTER_TEXT_H_
 #define FILTER_INSPECT_FILTER_TEXT_H_
 
-// Groups as concise text and as JSON, both ways, whatever bytes can hold: reading what was written
-// gives equal groups. Both forms carry a version; readers take those they know and refuse others.
-// docs/text-format.md and docs/schema/ describe them. The same groups give the same bytes on every
-// machine on which the platform gives interfaces the same names.
+// Writes groups as concise text and as JSON, and reads both. Whatever bytes can hold survives:
+// reading what was written gives equal groups. Both forms carry a version; readers accept the
+// versions that they know and refuse others. docs/text-format.md and docs/schema/ describe the
+// forms. The same groups give the same bytes on every machine, if the platform gives interfaces the
+// same names.
 //
-// Policers are written as the bytes that the platform's library makes of them, with what they say
-// beside them for people; ports as their ids, with the interface's name beside. Only bytes and ids
-// are read back. JSON whose names or descriptions contradict them is refused; what stands in the
-// comments of text is not looked at.
+// A policer is written as the bytes that the platform's library makes of it, and a port as its id.
+// Beside them stand the policer's rates and the interface's name, for people. Readers use the bytes
+// and ids. They refuse JSON whose names or descriptions contradict these, and ignore the comments
+// of text.
 //
-// May be called from any thread, as long as nobody changes the arguments meanwhile. It may throw
-// std::bad_alloc, and nothing else. Time and memory grow with the size of the argument: who reads
-// texts of others limits that.
+// The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
+// throw std::bad_alloc, and nothing else. Time and memory grow with the size of the argument, so
+// limit the size of texts from strangers.
 
 #include <cstddef>
 #include <cstdint>
@@ -40,23 +41,23 @@ FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 
-// What the line of an entry says, taken apart for tables and pictures.
+// The parts of an entry's line, for tables and pictures.
 struct EntryColumns {
-  // Values as the text form writes them: "192.0.2.0/24", nothing for a match without a value.
+  // Values as the text form writes them, "192.0.2.0/24"; empty for a match without a value.
   std::vector<std::pair<FiltersCommon::filtersMatch_t, std::string>> matches;
   std::vector<std::string> actions;              // "permit", "set_pcp=5"
-  std::optional<std::uint32_t> policer, parent;  // the ids of those that the entry was given
+  std::optional<std::uint32_t> policer, parent;  // ids; none if the entry was given none
 };
 FILTERS_API EntryColumns columnsOf(const FiltersCommon::FiltersEntry& entry);
 
-// Where something begins in text or JSON: both count from 1.
+// The place in text or JSON where something begins. Both numbers count from 1.
 struct TextPosition {
   std::size_t line = 1;
   std::size_t column = 1;
 };
 FILTERS_API std::string toText(TextPosition position);  // "12:7"
 
-// Where a group and each of its entries begin.
+// The places where a group and each of its entries begin.
 struct GroupPositions {
   TextPosition group;
   std::vector<std::pair<FiltersCommon::filtersEntryId_t, TextPosition>> entries;  // by ascending id
@@ -65,21 +66,21 @@ struct GroupPositions {
   FILTERS_API TextPosition of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
 };
 
-// All or nothing: `report` is empty, or `groups` is. Findings name line and column in `path`
-// ("12:7", both from 1), those about what an entry or group holds the place where it begins.
-// Nothing is dropped on the way: an unknown name, one given twice, a number too large, a match that
-// cannot stand beside another and an entry that its group refuses are findings. Text is read on
-// behind a faulty line, which hides nothing about other entries unless it is the head of their
-// group; JSON is read up to its first fault. Findings beyond `max_findings` are counted in
-// Report::left_out.
+// Reading gives all groups or none: either `report` is empty, or `groups` is. A finding has its
+// line and column in `path`, "12:7". If it is about the content of an entry or group, that is the
+// place where the entry or group begins. Nothing is dropped silently: an unknown name, a repeated
+// one, a number that is too large, a match that excludes another one and an entry that its group
+// refuses are findings. After a faulty line the reader of text goes on, and still finds every fault
+// of other entries; only a faulty head hides those of its own group. The reader of JSON stops at
+// the first fault. Findings beyond `max_findings` are counted in Report::left_out.
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
-  std::vector<GroupPositions> positions;  // of each of the groups
+  std::vector<GroupPositions> positions;  // one for each group
 };
 FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);
-// The same with 1,000 findings.
+// The same with a limit of 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
 
