@@ -145,7 +145,7 @@ def names():
     text = ""
     header = source("include/filter_common/filter_types.h")
     for enum, body in re.findall(r"^FILTERS_ENUM\((\w+), \w+\)\{\n(.*?)^\}", header, re.DOTALL | re.MULTILINE):
-        codes = re.findall(r"^ +(\w+) = (-?\d+)", body, re.MULTILINE)
+        codes = re.findall(r"(\w+) = (-?\d+)", re.sub("//.*", "", body))
         shared = os.path.commonprefix([name for name, code in codes]).rpartition("_")[0] + "_"
         prefix = prefixes.get(enum, shared)
         text += rf"\w+ \({enum}\)\n"

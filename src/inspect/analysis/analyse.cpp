@@ -17,14 +17,15 @@ namespace {
 
 using namespace FiltersCommon;
 
-// So many other entries are named by a finding about what holds an entry.
+// A finding about what holds an entry names at most so many other entries.
 constexpr std::size_t kMostHolders = 16;
-// Entries within others are told one by one, if there are no more of them.
+// Entries within others get a finding each if there are at most so many.
 constexpr std::size_t kMostHeld = 8;
-// A rule that so few others meet is compared with each of them; else some packets are tried first.
+// A rule that at most so many others meet is compared with each of them. For others, some packets
+// are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
-constexpr std::size_t kCheaper = 256;  // one more is cheaper than so many comparisons
+constexpr std::size_t kCheaper = 256;  // trying one more costs as much as so many comparisons
 
 using Positions = std::vector<std::uint32_t>;
 
@@ -33,7 +34,7 @@ void sortUnique(std::vector<std::uint32_t>* numbers) {
   numbers->erase(std::unique(numbers->begin(), numbers->end()), numbers->end());
 }
 
-// Keeps what took something away, and a packet that something behind level 0 took.
+// Remembers which candidates took something, and a packet that one above level 0 took.
 struct Takers : Cut::Watcher {
   explicit Takers(const RuleSpace& space) : witness(space) {}
   void took(const Candidate& candidate, const Cut& cut) override {
@@ -97,7 +98,7 @@ class Analysis {
     return rules_[a].treatment != rules_[b].treatment;
   }
 
-  // What the rule at `p` must take of packets that those at `takers` take.
+  // The packets that the rule at `p` must take among those that the rules at `takers` take.
   SetId mustBeside(std::uint32_t p, const Positions& takers) {
     if (isClosed(rules_[p])) return rules_[p].must;
     numbers_.clear();
@@ -120,7 +121,8 @@ class Analysis {
 
   // --- Some packets of a rule, to see quickly what most rules are ---
 
-  // One of what the sets have in common, which is not nothing; the first one is what people expect.
+  // A packet that all sets have, which must not be disjoint. For `k` = 0 it is the one that people
+  // expect.
   Point pointOf(const std::vector<SetId>& sets, unsigned which) {
     const Space& space = space_.space();
     const auto choose = [&](std::uint32_t first, std::uint32_t last) {
@@ -142,7 +144,7 @@ class Analysis {
     return point;
   }
 
-  // What the sets have in common in one dimension.
+  // The ranks of one dimension that all sets have.
   void appendCommon(const std::vector<SetId>& sets, std::uint32_t d,
                     std::vector<Space::Range>* out) {
     const Space& space = space_.space();
@@ -163,7 +165,7 @@ class Analysis {
     return true;
   }
 
-  // Whether some rule of those before `end` must take a packet that all of `takers` take.
+  // True if some rule before `end` must take a packet that all of `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
     met_by_.mayHold(point, 0, end, &tried_);
     return std::any_of(tried_.begin(), tried_.end(), [&](std::uint32_t p) {
@@ -180,7 +182,8 @@ class Analysis {
 
   // --- Whether a rule takes effect ---
 
-  // kLeft when it does. Reports when not, and when it cannot be said.
+  // Returns kLeft if the rule takes effect. Reports a rule that does not, and one that needs too
+  // many steps.
   Cut::Outcome findReached(std::uint32_t i) {
     const Rule& rule = rules_[i];
     Cut::Outcome outcome = Cut::Outcome::kUndecided;
@@ -222,8 +225,7 @@ class Analysis {
     return std::nullopt;
   }
 
-  // Those of the takers without which something would be left: each is dropped if the others take
-  // what it shares with the rule.
+  // Drops each taker whose share the others take, so that none of the rest can be left out.
   Positions withoutSpare(std::uint32_t i, Positions takers) {
     sortUnique(&takers);
     if (takers.size() == 1) return takers;
@@ -246,19 +248,19 @@ class Analysis {
     return kept;
   }
 
-  // The blockers are as few as it takes. Those that come first for some packet may be others: they
-  // say how the packets are treated.
+  // No blocker can be left out. Other rules may come first for some packets; those rules decide how
+  // the packets are treated.
   void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
-    // No rule behind the last blocker comes first. The blockers are looked at before others: they
-    // are named anyway.
+    // No rule after the last blocker comes first. The blockers are looked at before others, since
+    // the finding names them anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
     Positions all = blockers, differing, alike;
     std::set_difference(before.begin(), before.end(), blockers.begin(), blockers.end(),
                         std::back_inserter(all));
-    bool known = true, only = true;  // no others come first
+    bool known = true, only = true;  // whether only blockers come first
     std::size_t most = kNamed;
     for (std::size_t k = 0; k < all.size(); ++k) {
       const bool differs = differ(all[k], i), other = k >= blockers.size();
@@ -303,7 +305,7 @@ class Analysis {
     finding->witness = witness.text();
   }
 
-  // Looks for a packet of one rule that the one at `p` is the first to take.
+  // Looks for a packet of one rule that the rule at `p` is the first to take.
   void showFirst(std::uint32_t i, std::uint32_t p, const Positions& before, Witness* witness) {
     if (tryPackets(i, p, rules_[p].ranks_begin, witness)) return;
     Leftover left(space_);
@@ -312,12 +314,12 @@ class Analysis {
     witness->take(left.witness);
   }
 
-  // Tries some packets of both rules, those that lack the fewest fields first. Of these, such come
-  // first that both surely take and that no rule before `end` may take; then such that none must
-  // take. True if none can be found that lacks less.
+  // Tries some packets of both rules; those that lack the fewest fields come first. Among these, a
+  // packet is best if both rules surely take it and no rule before `end` may take it, and second
+  // best if no rule before `end` must take it. Returns true if no packet can lack fewer fields.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
-    std::optional<std::size_t> least;  // fields that a packet of both has to lack
+    std::optional<std::size_t> least;  // the fewest fields that a packet of both can lack
     for (std::size_t begin = 0; begin < witness->shape();) {
       const std::size_t lacking = space_.lacking(begin);
       std::size_t last = begin;
@@ -342,7 +344,8 @@ class Analysis {
     return false;
   }
 
-  // What rules before the one at `p` must take of the packets that it shares with another one.
+  // The packets that rules before the one at `p` must take, among those that it shares with another
+  // rule.
   std::vector<Candidate> takenBefore(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) {
@@ -351,7 +354,7 @@ class Analysis {
     return list;
   }
 
-  // Whether the rule at `p` comes first for some packet of another one: kLeft when it does.
+  // Returns kLeft if the rule at `p` comes first for some packet of another rule.
   Cut::Outcome findFirst(std::uint32_t i, std::uint32_t p, const Positions& before) {
     for (unsigned k = 0; k < kTried; ++k) {
       const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
@@ -363,8 +366,8 @@ class Analysis {
 
   // --- Whether a rule is missed ---
 
-  // A rule that is removed must leave every packet that it gets to rules that treat it alike,
-  // before any other.
+  // A rule is redundant if, without it, every packet that it gets goes first to a rule that treats
+  // it alike.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
     if (isSurelyMissed(i)) return;
@@ -401,10 +404,10 @@ class Analysis {
     addTreatments(i, takers.tags[0], finding);
   }
 
-  // Takes rules from the packets of another one: those before it, and then rank by rank those that
-  // treat packets alike. Others stop, but only under some reading. If that reading makes a rule
-  // before them take the packet, they do not come first after all: such rules are looked at by
-  // themselves.
+  // Takes rules away from the packets of another one: those before it, and then, rank by rank,
+  // those that treat packets alike. A rule that treats packets differently stops the cut, but only
+  // under some reading. If that reading makes an earlier rule take the packet, the stopping rule
+  // does not come first after all. Such rules are looked at one by one.
   Cut::Outcome runByRank(std::uint32_t i, const Positions& before, const Positions& next,
                          Takers* takers) {
     Positions doubtful;
@@ -434,7 +437,7 @@ class Analysis {
     return outcome;
   }
 
-  // Whether some packet shows that it is, out of a few.
+  // Tries a few packets: true if one shows that the rule takes effect.
   bool isSurelyMissed(std::uint32_t i) {
     for (unsigned k = 0; k < kTried; ++k) {
       const Point point = pointOf({rules_[i].may}, k);
@@ -444,7 +447,7 @@ class Analysis {
     return false;
   }
 
-  // The same, out of those that it shares with the next that treat them differently.
+  // The same for packets that it shares with the next rules that treat them differently.
   bool isSurelyMissedBy(std::uint32_t i, const Positions& next) {
     unsigned tried = 0;
     for (std::uint32_t p : next) {
@@ -459,7 +462,7 @@ class Analysis {
     return false;
   }
 
-  // The same of a packet that nobody before takes.
+  // The same for a packet that no rule before takes.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;
@@ -475,8 +478,8 @@ class Analysis {
 
   // --- Two rules ---
 
-  // Looks for a packet of both that none of the candidates takes, which are rules before `end`: if
-  // there is one under every reading, such a one. kLeft when there is a packet.
+  // Looks for a packet of both rules that none of the candidates takes, which are rules before
+  // `end`. Prefers one that is sure under every reading. Returns kLeft if there is a packet.
   Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
                           const std::vector<Candidate>& candidates, Witness* witness) {
     if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
@@ -495,7 +498,7 @@ class Analysis {
     addTreatments(i, p, finding);
   }
 
-  // False when that takes too long.
+  // Returns false if that takes too many steps.
   bool findPairs(std::uint32_t i) {
     const Rule& rule = rules_[i];
     const std::size_t end = options_.overlaps ? rules_.size() : rule.ranks_end;
@@ -521,7 +524,8 @@ class Analysis {
     return known;
   }
 
-  // Two of one rank, for packets that reach them. False when that takes too long.
+  // For two rules of one rank: looks for a packet that reaches both. Returns false if that takes
+  // too many steps.
   bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);
@@ -539,8 +543,8 @@ class Analysis {
     return true;
   }
 
-  // Without an order. Which of two comes first is not known, but of two that take the very same
-  // packets only one takes effect.
+  // Without an order, nobody knows which of two rules comes first. But if two take exactly the same
+  // packets, only one of them takes effect.
   void findPair(std::uint32_t i, std::uint32_t p) {
     const bool differing = differ(i, p);
     const bool same = surelyHolds(i, p) && surelyHolds(p, i);
@@ -581,8 +585,8 @@ class Analysis {
 
   // --- Rules within others, without an order ---
 
-  // Finds the rules that take all that this one takes, and treat it differently. One that takes
-  // every packet is not worth a word. False when that takes too long.
+  // Finds the rules that take all packets of this one and treat them differently. A rule that takes
+  // every packet is not worth a finding. Returns false if that takes too many steps.
   bool findHolders(std::uint32_t i) {
     Positions met, holders;
     if (!met_by_.meeting(rules_[i].may, 0, rules_.size(), &met)) return false;
@@ -597,7 +601,8 @@ class Analysis {
     return true;
   }
 
-  // One rule in a large group may hold nearly all others: what it is for is the rest.
+  // In a large group, one rule may hold nearly all others, since it is meant for the rest. Drops
+  // such rules.
   void dropRests() {
     if (rules_.size() <= kMostHeld) return;
     std::vector<std::size_t> counts(rules_.size());
@@ -677,10 +682,10 @@ class Analysis {
   Cuts reach_, spare_, redundancy_, ties_;
   EntryFindings findings_;
   std::vector<bool> reached_, redundant_;
-  std::vector<std::pair<std::uint32_t, Positions>> held_;  // by whom
+  std::vector<std::pair<std::uint32_t, Positions>> held_;  // each with the rules that hold it
   Positions met_, tried_;
   std::vector<Space::Range> shared_, was_;
-  std::vector<std::uint32_t> numbers_;  // of takers
+  std::vector<std::uint32_t> numbers_;  // of the rules that take a packet
   std::uint64_t seed_ = 1;
 };
 

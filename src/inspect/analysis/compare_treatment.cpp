@@ -19,8 +19,9 @@ using namespace FiltersCommon;
 constexpr std::uint32_t kNoRule = ~std::uint32_t{0};
 constexpr char kTooLong[] = "takes too many steps to say";
 
-// A rule of one group and what the other group does with its packets. A twin is a rule of the other
-// group with the same matches: whatever they mean to the device, both take the same packets.
+// Compares a rule of one group with what the other group does with its packets. A twin is a rule of
+// the other group with the same matches: both take the same packets, whatever the matches mean to
+// the device.
 class Comparison {
  public:
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
@@ -71,7 +72,7 @@ class Comparison {
   const std::vector<Rule>& own() const { return all_.of(side_); }
   const std::vector<Rule>& others() const { return all_.of(1 - side_); }
 
-  // Whether some twin of a rule of the other group, on this side, comes before this rule wherever
+  // True if this side has a twin of a rule of the other group that comes before this rule whenever
   // the other one comes before `heir`.
   bool hasElder(std::uint32_t p, const Rule& heir) const {
     const Rule& other = others()[p];
@@ -90,7 +91,7 @@ class Comparison {
     return false;
   }
 
-  // Whether a twin that treats packets alike gets all packets that the rule gets.
+  // True if a twin that treats packets alike gets all packets that the rule gets.
   bool hasHeir() const {
     const auto twins = by_matches_[1 - side_].find(rule_->matches);
     if (twins == by_matches_[1 - side_].end()) return false;
@@ -104,8 +105,8 @@ class Comparison {
     });
   }
 
-  // Whether under some reading a packet that the rule gets is treated differently: nothing is left
-  // when surely none is.
+  // Looks for a packet that the rule gets and that, under some reading, is treated differently. If
+  // nothing is left, there is surely none.
   Cut::Outcome mayDiffer() {
     std::vector<Candidate> list;
     for (std::uint32_t p : own_) {
@@ -146,7 +147,7 @@ class Comparison {
     std::uint32_t rule;
   };
 
-  // What the rule surely gets, without what an equal treatment may take on the other side.
+  // The packets that the rule surely gets, without those that the other side may treat alike.
   Cut::Outcome findPairs(std::uint32_t i) {
     if (rule_->must == kNothing) return Cut::Outcome::kNothingLeft;
     std::vector<Candidate> list;
@@ -167,7 +168,8 @@ class Comparison {
     return cuts_.runThrough({rule_->must}, &list, &watcher);
   }
 
-  // Pairs are found from the first group's side, and those without a rule in it from the other.
+  // Pairs are found from the first group's side. From the other side come only those without a rule
+  // of the first group.
   void found(std::uint32_t i, std::uint32_t other, const Cut& cut) {
     if (side_ == 1 && other != kNoRule) return;
     const auto pair = side_ == 0 ? std::pair(i, other) : std::pair(other, i);
@@ -205,14 +207,14 @@ class Comparison {
   std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> by_matches_[2];
   Cuts cuts_;
   EntryFindings findings_;
-  std::set<std::pair<std::uint32_t, std::uint32_t>> pairs_;  // found, by positions
-  std::set<std::uint32_t> involved_;                         // of the second group
+  std::set<std::pair<std::uint32_t, std::uint32_t>> pairs_;  // found so far, by positions
+  std::set<std::uint32_t> involved_;                         // positions in the second group
 
-  // Of the rule that is compared.
+  // About the rule that is compared.
   std::size_t side_ = 0;
   const Rule* rule_ = nullptr;
-  std::vector<std::uint32_t> own_;     // that may take a packet before it
-  std::vector<std::uint32_t> others_;  // of the other group, that may take one at all
+  std::vector<std::uint32_t> own_;     // rules of its group that may take a packet before it
+  std::vector<std::uint32_t> others_;  // rules of the other group that may take one of its packets
 };
 
 }  // namespace

@@ -5,14 +5,13 @@
 namespace FiltersInspect {
 namespace {
 
-// Below 1 by more than what rounding can have made of a sum of shares.
+// Less than 1 by more than the rounding error of a sum of shares.
 constexpr double kSurelyLess = 1 - 1e-9;
-// So many ranges are looked at in one step.
+// The number of ranges looked at in one step.
 constexpr std::uint64_t kLooksAStep = 256;
-constexpr std::uint64_t kLooksAtMany =
-    4;  // for one of a set of several, which has to be searched for
+constexpr std::uint64_t kLooksAtMany = 4;  // in a set of several ranges, which must be searched
 
-// The first range behind `range`, which ends before the value, that does not.
+// The first range from `range` on that does not end before the value.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
   std::ptrdiff_t stride = 1;
   for (; stride < end - range && range[stride].last < value; stride *= 2) range += stride;
@@ -20,7 +19,7 @@ const Space::Range* reach(const Space::Range* range, const Space::Range* end, st
                           [](const Space::Range& one, std::uint32_t v) { return one.last < v; });
 }
 
-// What the first list of ranges has alone, behind `out`.
+// Appends to `out` the ranks that only the first list of ranges holds.
 void appendRest(const Space::Range* a, std::size_t aCount, const Space::Range* b,
                 std::size_t bCount, std::vector<Space::Range>* out) {
   const auto* bEnd = b + bCount;
@@ -39,7 +38,7 @@ void appendRest(const Space::Range* a, std::size_t aCount, const Space::Range* b
 
 }  // namespace
 
-// False when the sets have nothing in common.
+// Returns false if the sets have nothing in common.
 bool Cut::begin(const std::vector<SetId>& sets, std::size_t candidates) {
   frames_.clear();
   spans_.clear();
@@ -63,7 +62,7 @@ bool Cut::begin(const std::vector<SetId>& sets, std::size_t candidates) {
   return true;
 }
 
-// How many ranks a span and a term share.
+// The number of ranks that a span and a term share.
 std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   const Space::Range* a = &ranges_[span.begin];
   const Space::Range* aEnd = a + span.count;
@@ -89,7 +88,7 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   return count;
 }
 
-// The share that a set has in what remains, 0 only when they do not meet.
+// The share of what remains that a set has; 0 only if they do not meet.
 double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;
@@ -105,12 +104,12 @@ double Cut::shareOf(SetId set, bool* whole) {
   return std::max(share, std::numeric_limits<double>::min());
 }
 
-// Moves those that meet what remains to the front, and finds the one that is next, unless that
-// takes all steps that are left.
+// Moves the candidates that meet what remains to the front, and finds the next one to take, if the
+// steps suffice.
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;
-  // Behind one that has all of it nothing counts.
+  // After a candidate that has all of it, no other counts.
   std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
   const std::uint64_t most = std::min(steps_left_, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
   for (std::size_t i = 0; i < frames_.back().candidates && looks_ < most; ++i) {
@@ -139,8 +138,9 @@ Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   return chosen;
 }
 
-// Takes the next dimension's share from what remains of a frame: what lies outside of it becomes a
-// frame of its own, the frame keeps what lies inside. False when all dimensions are done.
+// Divides a frame in the next dimension of the set taken from it. The part outside of the set
+// becomes a new frame, and this frame keeps the part inside. Returns false after the last
+// dimension.
 bool Cut::pushNextRest() {
   const std::size_t dimensions = space_.dimensions();
   while (frames_.back().next != space_.end(frames_.back().taken)) {
@@ -153,7 +153,7 @@ bool Cut::pushNextRest() {
     const std::uint32_t size = span.size - common;
     was_.assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);
     if (frames_.back().next == space_.end(frames_.back().taken)) {
-      // Nobody needs the frame any more: it becomes what lies outside.
+      // The frame is not needed any more, so it becomes the part outside.
       const bool own = span.begin >= frames_.back().ranges;
       if (own && span.begin + span.count == ranges_.size()) ranges_.resize(span.begin);
       span.begin = static_cast<std::uint32_t>(ranges_.size());
@@ -217,7 +217,7 @@ Cut::Outcome Cut::run(const std::vector<SetId>& sets, std::vector<Candidate>* ca
   return Outcome::kNothingLeft;
 }
 
-// What is talked about and another set have in common, in one dimension.
+// The ranks of one dimension that another set shares with what remains.
 void Cut::setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const {
   const Span& span = spans()[dimension];
   out->assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);

@@ -1,74 +1,76 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_CUT_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_CUT_H_
 
-// Sets taken away from another one, and what is left of it.
+// Takes sets away from another set, and finds what is left.
 //
-// What remains of a product when another one is taken from it are at most as many products as there
-// are dimensions. A Cut goes through them one by one, until something remains that no set meets, or
-// nothing does. That may take long (it answers any question in propositional logic), so it is done
-// in a limited number of steps: to choose what is taken next from one product is one, and one more
-// for every few hundred ranges that are looked at.
+// If one product is taken from another, what remains is at most one product for each dimension. A
+// Cut goes through these one by one, until it finds something that no set meets, or nothing is
+// left. The question is as hard as any in propositional logic, so the number of steps is limited.
+// Choosing the set to take next from a product is one step, and so are every few hundred ranges
+// looked at.
 
 #include "space.h"
 
 namespace FiltersInspect {
 
-// What a cut takes away, level by level: a packet is taken by a candidate of the lowest level that
-// has it, and the cut stops where such a one stops.
+// A set that is taken away. The candidate of the lowest level that has a packet takes it. If that
+// candidate stops, the cut ends there.
 struct Candidate {
   SetId set;
   std::uint32_t level;
-  bool stops;         // not of level 0
-  std::uint32_t tag;  // the caller's
+  bool stops;         // never at level 0
+  std::uint32_t tag;  // a number of the caller's
 };
 
 class Cut {
  public:
   enum class Outcome {
     kNothingLeft,
-    kLeft,     // there is something that no candidate meets
-    kStopped,  // there is something whose first candidate stops
+    kLeft,     // no candidate meets some part
+    kStopped,  // the first candidate of some part stops
     kUndecided,
   };
-  // Hears of what a cut does. meets() and point() tell about what it hears of.
+  // Watches a cut. Inside these functions, meets() and point() are about the part that the function
+  // is called for.
   class Watcher {
    public:
     virtual ~Watcher() = default;
     virtual void took(const Candidate&, const Cut&) {}
-    // Whether to go on, to what else remains. Without a watcher a cut ends here.
+    // Returns whether to go on with other parts. Without a watcher a cut ends at the first part
+    // that is left.
     virtual bool left(const Cut&) { return false; }
   };
 
   Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
 
-  // Takes the candidates from what all of the sets have in common; changes their order. `quick`
-  // allows kLeft to be found by counting, without a point.
+  // Takes the candidates away from the intersection of the sets; changes the order of the
+  // candidates. `quick` lets the cut find kLeft by counting, without a point.
   Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates, bool quick,
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }
   void setSteps(std::uint64_t steps) { steps_left_ = steps; }
 
-  // For watchers, and after kLeft and kStopped unless it was found by counting. They tell about
-  // what remained; where a candidate took or stopped, about its own share of that.
+  // For watchers; also after kLeft and kStopped, unless counting found it. They are about the part
+  // that remained, or about the share of the candidate that took or stopped.
   bool meets(SetId set) const;
-  Point point(SetId within = kEverything) const;  // a packet of it and of a set that it meets
+  Point point(SetId within = kEverything) const;  // a packet in the part and in `within`
  private:
   struct Span {
     std::uint32_t begin, count;  // in ranges_
-    std::uint32_t size;          // in ranks
+    std::uint32_t size;          // the number of ranks
   };
-  // A product that remains, and how far it has been dealt with.
+  // A product that remains, and how much of it is done.
   struct Frame {
     std::size_t ranges;      // size of ranges_ when it was made
-    std::size_t candidates;  // those that meet it come first in the list
-    SetId taken = kNothing;  // what is being taken from it
+    std::size_t candidates;  // how many candidates, from the front, meet it
+    SetId taken = kNothing;  // the set that is being taken from it
     const Space::Term* next = nullptr;
   };
   struct Chosen {
     Candidate candidate{kNothing, 0, false, 0};
     double share = 0;
     bool whole = false;  // takes all that remains
-    double shares = 0;   // of all candidates that take
+    double shares = 0;   // the sum over all candidates that take
   };
   bool begin(const std::vector<SetId>& sets, std::size_t candidates);
   void setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const;
@@ -82,12 +84,12 @@ class Cut {
 
   const Space& space_;
   std::uint64_t steps_left_;
-  std::uint64_t looks_ = 0;  // at ranges, in this step
+  std::uint64_t looks_ = 0;  // ranges looked at in this step
   std::vector<Frame> frames_;
-  std::vector<Span> spans_;  // of each frame, a dimension each
+  std::vector<Span> spans_;  // a span for each frame and dimension
   std::vector<Space::Range> ranges_;
   std::vector<Space::Range> was_;  // a span while it is divided
-  SetId at_ = kNothing;            // whose share is talked about
+  SetId at_ = kNothing;            // the set whose share meets() and point() are about
 };
 
 }  // namespace FiltersInspect

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::uint64_t kRulesAtTheirLimit = 20;
 constexpr std::uint64_t kHardlyAny = 100, kCheap = 2000;
-// So many ranges are looked at to find which rules meet, for each step that one rule may take.
+// The number of ranges inspected to find overlapping rules, for each step that a rule may use.
 constexpr std::uint64_t kRangesAStep = 20000;
 
 }  // namespace
@@ -24,7 +24,7 @@ Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
 
 Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
                           std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher) {
-  // What takes hardly any steps is done even when all have been used.
+  // A cheap cut is made even after all steps are used.
   steps = std::min(steps, std::max(of_all_, kHardlyAny));
   cut_.setSteps(steps);
   const Cut::Outcome outcome = cut_.run(sets, candidates, quick, watcher);

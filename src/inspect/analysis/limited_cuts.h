@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_LIMITED_CUTS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_LIMITED_CUTS_H_
 
-// How much work an analysis does, and who hears of its progress.
+// Limits the work of an analysis, and reports its progress.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,23 +13,23 @@
 
 namespace FiltersInspect {
 
-// How many ranges are looked at to find which rules meet, where one rule may take so many steps.
+// Budget of ranges inspected to find overlapping rules, from the per-rule step limit.
 std::uint64_t looksFor(std::uint64_t max_steps);
 
-// Cuts of many rules: each may take so many steps, and all together as many as twenty rules, or as
-// one in a thousand of them.
+// Cuts for many rules with a limit for each. All together may use the steps of twenty rules at
+// their limit, or of one rule in a thousand if that is more.
 class Cuts {
  public:
   Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);
-  // As Cut::run(), quick.
+  // As Cut::run() with `quick`.
   Cut::Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                    Cut::Watcher* watcher = nullptr) {
     return runFor(of_one_, sets, candidates, true, watcher);
   }
-  // The same for packets to show, within a few steps: there are others to show.
+  // The same for packets to show, with few steps: if one is not found, there are others to show.
   Cut::Outcome runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher);
-  // Not quick: the watcher hears of everything.
+  // As Cut::run() without `quick`: the watcher is called for every part.
   Cut::Outcome runThrough(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher) {
     return runFor(of_one_, sets, candidates, false, watcher);
@@ -41,7 +41,7 @@ class Cuts {
   std::uint64_t of_one_, of_all_;
 };
 
-// Calls the progress function, if there is one.
+// Calls the progress function if there is one.
 void tell(const AnalysisOptions& options, std::size_t done, std::size_t all);
 
 }  // namespace FiltersInspect

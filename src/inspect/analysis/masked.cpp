@@ -66,8 +66,8 @@ unsigned Masked::lengthForAll() const {
   return (length + unit - 1) / unit * unit;
 }
 
-// The mask of which this one is the wildcard; else the one without the hole, behind a shorter one
-// if the value begins a block of its size.
+// If the mask looks like a wildcard, its complement. Otherwise the mask without its hole, after a
+// shorter one if the value is the first of a block of that size.
 std::string Masked::meantMasks() const {
   AddressBytes wildcard = prefixMask(bits());
   for (std::size_t i = 0; i < size; ++i) wildcard[i] = static_cast<unsigned char>(~mask[i]);

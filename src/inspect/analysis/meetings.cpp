@@ -7,10 +7,11 @@ namespace FiltersInspect {
 namespace {
 
 constexpr std::size_t kBits = 64;
-constexpr std::size_t kMostMarks = 256;                   // bit sets at each end of a dimension
-constexpr std::size_t kMostWords = std::size_t{4} << 20;  // of all bit sets together, 32 MiB
+constexpr std::size_t kMostMarks = 256;  // the number of bit sets at each end of a dimension
+constexpr std::size_t kMostWords = std::size_t{4}
+                                   << 20;  // the size of all bit sets together, 32 MiB
 
-// Words are dealt with in blocks, which compilers turn into wider ones.
+// Words are handled in blocks, so that compilers can use vector instructions.
 constexpr std::size_t kBlock = 8;
 std::size_t blocksFor(std::size_t bits) { return (bits + kBits * kBlock - 1) / (kBits * kBlock); }
 
@@ -42,7 +43,7 @@ Meetings::Meetings(const Space& space, std::vector<SetId> sets, std::uint64_t ma
   distance_ = std::max(sets_.size() / marks + 1, kBits);
   for (Dimension& dimension : dimensions_) {
     dimension.ends.positions = dimension.begins.positions;
-    // Those that ask nothing begin before all others, and none of them ends.
+    // Sets without a constraint begin before all others, and never end.
     std::vector<Word> all(words_, ~Word{0});
     for (const std::uint32_t position : dimension.begins.positions) {
       all[position / kBits] &= ~(Word{1} << position % kBits);
@@ -95,7 +96,7 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
       std::upper_bound(begins.values.begin(), begins.values.end(), last) - begins.values.begin());
   const auto ended = static_cast<std::size_t>(
       std::lower_bound(ends.values.begin(), ends.values.end(), first) - ends.values.begin());
-  // The bit set behind the last that has begun, without that behind the last that surely ended.
+  // The bit set after the last hull that has begun, without the one after the last that has ended.
   const std::size_t above = (begun + distance_ - 1) / distance_, below = ended / distance_;
   const Word* begunMark = begins.marks.data() + above * words_;
   const Word* endedMark = ends.marks.data() + below * words_;
@@ -111,7 +112,7 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
     }
   }
   if (any == 0) return false;
-  // And without the few between the bit sets.
+  // Then the few hulls between two bit sets.
   const auto remove = [this](std::uint32_t i) { left_[i / kBits] &= ~(Word{1} << i % kBits); };
   const std::size_t last_begun = std::min(above * distance_, begins.positions.size());
   for (std::size_t k = begun; k < last_begun; ++k) remove(begins.positions[k]);

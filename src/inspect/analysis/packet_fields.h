@@ -5,7 +5,7 @@
 
 namespace FiltersInspect {
 
-// What Packet keeps to itself.
+// Access to the private fields of a Packet.
 struct PacketFields {
   static auto& of(Packet& packet) { return packet.fields_; }
   static const auto& of(const Packet& packet) { return packet.fields_; }

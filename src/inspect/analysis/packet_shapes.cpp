@@ -11,8 +11,8 @@ namespace {
 
 enum class Version { k4, k6, kNone };
 
-// A range of IP protocols; those with layer-4 ports are TCP, UDP, DCCP, SCTP and UDP-Lite (IANA,
-// Assigned Internet Protocol Numbers).
+// A range of IP protocols. TCP, UDP, DCCP, SCTP and UDP-Lite have layer-4 ports (IANA, Assigned
+// Internet Protocol Numbers).
 struct Protocols {
   bool ports;
   std::vector<std::pair<std::uint8_t, std::uint8_t>> ranges;
@@ -30,7 +30,7 @@ const std::vector<Protocols>& protocols() {
 struct Shape {
   bool tagged;
   Version version;
-  const Protocols* protocols;  // of packets with a version
+  const Protocols* protocols;  // of packets with this version
 };
 
 bool has(const Shape& shape, Layer layer) {
@@ -84,7 +84,8 @@ bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b)
       });
 }
 
-// Gives the packet what goes together with what it has. Fields that it is told to lack stay so.
+// Adds the fields that go together with those of the packet. Fields that it is known to lack stay
+// so.
 void complete(Packet* packet) {
   auto& values = PacketFields::of(*packet);
   const auto& rows = packetFields();
@@ -103,7 +104,7 @@ void complete(Packet* packet) {
       if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
-  // Where a header is told to be there in part, nothing makes it whole.
+  // If a header is known to be incomplete, nothing completes it.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
     if (hasOne(layer) && !isHalf(layer)) addAll(layer);
   }
@@ -160,14 +161,14 @@ Packet packetOf(const Space& space, const Point& point) {
       fields[field] = value ? std::optional(FieldValue{*value, 0}) : std::nullopt;
       continue;
     }
-    // The lower half of an address can be asked of where the upper one is not.
+    // The lower half of an address can be constrained without the upper one.
     const bool told = fields.count(field) != 0;
     auto& whole = fields.try_emplace(field, packetFields()[field].usual[0]).first->second;
     if (!told) (*whole)[1] = 0;
     if (whole && value) (*whole)[1] = *value;
   }
   complete(&packet);
-  // Where no set asks anything any packet will do, but it has to tell something.
+  // If no set has a constraint, any packet will do, but it must have a field.
   if (fields.empty()) fields[0] = packetFields()[0].usual[0];
   return packet;
 }

@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_PACKET_SHAPES_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_PACKET_SHAPES_H_
 
-// What packets look like that exist: which fields go together. A packet that is shown to people
-// should be one that can be built and sent. For example, a TCP packet over IPv4 has both IPv4
-// addresses, no IPv6 ones, and both ports.
+// The shapes of packets that exist: which fields go together. A packet that people see should be
+// one that can be built and sent. For example, a TCP packet over IPv4 has both IPv4 addresses, no
+// IPv6 addresses, and both ports.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,12 +15,12 @@
 
 namespace FiltersInspect {
 
-// Whether packets of this IP protocol have layer-4 ports.
+// True if packets of this IP protocol have layer-4 ports.
 bool hasPorts(std::uint32_t protocol);
 
-// Each shape as a set of packets, those that lack the fewest fields first. Only the fields given,
-// which are those that some rule asks of, are asked of; shapes that do not differ in them stand
-// once.
+// Each shape as a set of packets; the shapes that lack the fewest fields come first. Only the given
+// fields, which some rule constrains, are constrained. Shapes that differ only in other fields are
+// one.
 std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& fields);
 std::size_t fieldsLacking(const std::vector<Constraint>& shape);
 

@@ -64,7 +64,7 @@ struct Fields {
     }
   }
   std::vector<FieldRow> rows;
-  std::uint8_t numbers[256][2] = {};  // of each match's fields
+  std::uint8_t numbers[256][2] = {};  // for each match code and each of its fields
 };
 
 const Fields& fields() {
@@ -102,7 +102,7 @@ class Reader {
     asked_.which = static_cast<std::uint8_t>(which);
   }
 
-  // Nothing when the match does not ask of the field after all.
+  // Returns nothing if the match does not constrain the field after all.
   std::optional<Asked> read() {
     switch (packet_.kind) {
       case FieldTest::kNone:
@@ -178,7 +178,7 @@ class Reader {
     range(min, max, &asked_.may);
   }
 
-  // The numbers of a field, ascending.
+  // The numbers of a field, in ascending order.
   std::vector<std::uint64_t> numbers(int field) const {
     std::vector<std::uint64_t> numbers;
     for (std::size_t i = 0; i < countIn(match_, field); ++i) {
@@ -190,7 +190,7 @@ class Reader {
 
   bool readSet() {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
-    // Who leaves out kinds of port names no ports.
+    // A match that excludes kinds of port has no ports.
     const bool leavesOut = row_.packet[1].kind == FieldTest::kNotIn;
     if (set.empty() && leavesOut && countIn(match_, row_.fields[1]) != 0) return false;
     if (set.empty()) openToAnything("its set is empty");
@@ -256,7 +256,7 @@ void appendField(const FieldRow& row, const FieldValue& value, std::string* out)
   if (isAddress(row.form)) {
     appendAddress(row.form, bytesOf(row.form, value), out);
   } else if (row.form == ValueForm::kName) {
-    // "none" says that a packet lacks the field.
+    // The word "none" says that a packet lacks the field.
     std::string name;
     appendName(row.names, number, &name);
     *out += name == "none" ? std::to_string(number) : name;

@@ -56,7 +56,7 @@ bool RuleSpace::isSettledBeside(std::uint32_t rule,
 SetId RuleSpace::mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) {
   const Rule& its = rules_[rule];
   if (its.open_begin == its.open_end) return its.must;
-  std::vector<std::uint32_t> held;  // halves of fields
+  std::vector<std::uint32_t> held;  // halves of fields that are constrained
   bool nothing = false;
   for (std::uint32_t i = its.open_begin; i < its.open_end; ++i) {
     if (isShared(open_[i], takers)) {

@@ -1,13 +1,13 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_RULE_SPACE_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_RULE_SPACE_H_
 
-// Rules as sets of packets: what each must take, under every reading, and what it may take, under
-// some.
+// Rules as sets of packets: the packets that each must take, under every reading, and those that it
+// may take, under some reading.
 //
 // A match that two rules share takes the same packets for both, whatever the device makes of it. So
-// for packets that one of them takes, the match holds for the other one too. For example, nobody
-// knows which packets `tos=184` takes; but of those that a rule with this match takes, another rule
-// with nothing but this match surely takes all.
+// if one of the rules takes a packet, the match holds for the other rule too. For example, nobody
+// knows which packets `tos=184` takes. But if a rule with this match takes a packet, then another
+// rule with only this match surely takes it too.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,32 +20,32 @@ namespace FiltersInspect {
 
 class RuleSpace {
  public:
-  // All rules are added before seal(), numbered from 0. `shapes` also adds packetShapes().
+  // Add all rules, numbered from 0, before seal(). `shapes` also adds packetShapes().
   void add(const std::vector<Asked>& asked);
   void seal(bool shapes = true);
 
   const Space& space() const { return space_; }
   const std::vector<SetId>& shapes() const { return shapes_; }
-  // How many fields that some rule asks of a shape lacks.
+  // The number of constrained fields that a shape lacks.
   std::size_t lacking(std::size_t shape) const { return lacking_[shape]; }
   std::size_t size() const { return rules_.size(); }
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
 
-  // What a rule must take of the packets that all rules of `takers` take. New sets are kept until
-  // forget(), and are good for no other packets.
+  // The packets that a rule must take, among those that all rules of `takers` take. The set lives
+  // until forget(), and says nothing about other packets.
   SetId mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers);
   void forget() { space_.forget(sealed_); }
-  // Whether every reading that is open for the rule is settled where all of `takers` take a packet.
+  // True if, for packets that all of `takers` take, no reading of the rule is open.
   bool isSettledBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) const;
  private:
   struct OpenMatch {
     std::uint32_t number, field;
-    bool nothing;  // it must take nothing
+    bool nothing;  // it must take no packet
   };
   struct Rule {
     SetId must, may;
-    SetId asked;  // `must` without the matches that must take nothing
+    SetId asked;  // `must` without the matches that must take no packet
     std::uint32_t open_begin, open_end;
   };
   bool isShared(const OpenMatch& match, const std::vector<std::uint32_t>& takers) const;
@@ -53,10 +53,10 @@ class RuleSpace {
   Space space_{spaceFields()};
   std::vector<Rule> rules_;
   std::vector<OpenMatch> open_;
-  std::vector<bool> fields_;  // those that some rule asks of
+  std::vector<bool> fields_;  // the fields that some rule constrains
   std::vector<SetId> shapes_;
   std::vector<std::size_t> lacking_;
-  SetId sealed_ = 0;  // how many sets there are for good
+  SetId sealed_ = 0;  // the number of sets at seal()
 };
 
 }  // namespace FiltersInspect

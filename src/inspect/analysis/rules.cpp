@@ -11,20 +11,20 @@ namespace {
 
 using namespace FiltersCommon;
 
-// A number for each text, the same for the same.
+// Equal texts get equal numbers.
 std::uint32_t numberOf(std::string text, std::map<std::string, std::uint32_t>* numbers) {
   const auto next = static_cast<std::uint32_t>(numbers->size());
   return numbers->emplace(std::move(text), next).first->second;
 }
 
-// Whether a mask has no one behind a zero, in a field of so many bits.
+// True if no 1 stands after a 0 in a mask of this width.
 bool isPrefix(std::uint64_t mask, unsigned width) {
   const std::uint64_t zeros = ~mask & ~std::uint64_t{0} >> (64 - width);
   return (zeros & (zeros + 1)) == 0;
 }
 
-// Ranges and masks with holes are not cut alike. Where one field is asked for both ways, which
-// takes two groups of different types, such a mask is taken for open: it may take anything.
+// Ranges and masks with holes cannot be cut alike. One field can have both only if two groups of
+// different types are compared. Such a mask is then open: it may take anything.
 void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* all) {
   static const std::vector<Space::Field> fields = spaceFields();
   for (Asked& asked : *all) {
@@ -40,7 +40,7 @@ void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* 
   }
 }
 
-// Marks the fields that an entry asks ranges of.
+// Marks the fields on which an entry has ranges.
 void noteRanges(const FiltersEntry& entry, std::vector<bool>* ranged) {
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();

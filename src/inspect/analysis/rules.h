@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_RULES_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_RULES_H_
 
-// The rules of groups as sets of one space, in the order in which they are gone through.
+// The rules of one or two groups as sets of one space, in the order of the groups.
 
 #include <cstddef>
 #include <cstdint>
@@ -24,27 +24,28 @@ struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;
   std::uint32_t number;     // in the space
-  SetId must, may;          // what it takes under every reading, under some
-  std::uint32_t matches;    // the same number: the same matches, of whatever group
-  std::uint32_t treatment;  // the same number: the same treatment
-  // Positions: those before `ranks_begin` come before it, those from `ranks_end` on after it.
+  SetId must, may;          // the packets that it takes under every reading, and under some
+  std::uint32_t matches;    // equal for equal matches, in both groups
+  std::uint32_t treatment;  // equal for equal treatments
+  // Positions of rules: those before `ranks_begin` come first, those from `ranks_end` on come
+  // later, and the rules between have equal rank.
   std::uint32_t ranks_begin, ranks_end;
 };
 
-// Those of up to two groups.
+// The rules of up to two groups.
 class Rules {
  public:
   Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order);
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // Finds rules by what they may take, by positions.
+  // Finds rules of a group by the packets that they may take.
   Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);
 
   RuleSpace space_;
   std::vector<std::vector<Rule>> rules_;
-  std::vector<bool> ranged_;  // halves that are asked ranges of, where two groups are compared
+  std::vector<bool> ranged_;  // halves of fields with ranges, if two groups are compared
   MatchNumbers numbers_;
   std::map<std::string, std::uint32_t> matches_, treatments_;
 };

@@ -98,8 +98,8 @@ void Space::forget(SetId count) {
   terms_.resize(sets_.back());
 }
 
-// A part begins wherever a mask has a bit and not the one above it; parts in which no mask has a
-// bit are left out, except that a field which is asked for at all has one.
+// A part begins at each bit that some mask has without the bit above it. Parts in which no mask has
+// a bit are left out, but a constrained field keeps one part.
 void Space::divideFields() {
   struct Use {
     bool asked = false;
@@ -149,13 +149,13 @@ std::uint32_t Space::rankOf(const Part& part, std::uint64_t value) {
   return static_cast<std::uint32_t>(found - part.starts.begin() - 1);
 }
 
-// A rank begins wherever a range does, and behind its end.
+// A rank begins at the start of each range, and after the end of each.
 void Space::findRanks() {
   const auto sortUnique = [](std::vector<std::uint64_t>* starts) {
     std::sort(starts->begin(), starts->end());
     starts->erase(std::unique(starts->begin(), starts->end()), starts->end());
   };
-  std::vector<std::size_t> crowded(parts_.size(), 1024);  // so many are worth a look for equal ones
+  std::vector<std::size_t> crowded(parts_.size(), 1024);  // sizes from which duplicates are removed
   for (std::size_t k = 0; k + 1 < asks_.size(); ++k) {
     const Ask& ask = asks_[k];
     if (ask.asks == Asks::kLack) continue;
@@ -188,7 +188,7 @@ void Space::findRanks() {
 void Space::addTerm(std::size_t part, const Ask& ask) {
   const std::size_t begin = ranges_.size();
   if (ask.asks == Asks::kLack) {
-    if (!lacking_[part]) return;  // the field's first part tells
+    if (!lacking_[part]) return;  // the field's first part says it
     ranges_.push_back({sizes_[part] - 1, sizes_[part] - 1});
   } else {
     for (std::size_t v = ask.begin; v < (&ask)[1].begin; ++v) {
@@ -209,7 +209,7 @@ void Space::addTerm(std::size_t part, const Ask& ask) {
   ranges_.resize(end);
   const Range hull = {ranges_[begin].first, ranges_[end - 1].last};
   if (end - begin == 1 && hull.first == 0 && hull.last + 1 == sizes_[part]) {
-    ranges_.resize(begin);  // asks nothing
+    ranges_.resize(begin);  // no constraint
     return;
   }
   terms_.push_back({static_cast<std::uint32_t>(part), hull.first, hull.last,
@@ -280,8 +280,8 @@ std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_
   return found != usual.end() ? *found : ranges[0].first;
 }
 
-// A usual value where there is one of the rank's; else the lowest one, or the odd one behind it:
-// hosts and ports have such numbers, networks and nothing at all have the lowest.
+// A usual value of the rank if there is one. Otherwise its lowest value, or the odd value after
+// that if the rank has it: numbers of hosts and ports look like that.
 std::uint64_t Space::shown(const Part& part, std::uint32_t rank) const {
   for (std::size_t i = 0; i < part.usual.size(); ++i) {
     if (part.usual[i] == rank) return fields_[part.field].usual[i] & part.bits;

@@ -1,18 +1,18 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_SPACE_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_SPACE_H_
 
-// Sets of packets, and whether some of them together hold another one. Nothing here knows what a
-// field means.
+// Sets of packets, and questions such as whether some sets together hold another one. Nothing here
+// knows what a field means.
 //
-// A packet has a value in each field, or lacks the field. A set is a product: a packet is in it
-// when each field that the set asks of has a value asked for; a packet that lacks such a field is
-// not in it. Two steps make such sets cheap to cut:
+// A packet has a value in each field, or lacks the field. A set is a product: it constrains some
+// fields, and a packet is in the set if each of these fields has a value that the set allows. A
+// packet that lacks a constrained field is not in the set. Two steps make such sets cheap to cut:
 //
-// - A field that is asked for under masks is divided into parts, a new one wherever some mask goes
-//   from 0 to 1, seen from the top. Within a part every mask is a prefix, so that what it takes is
-//   a range of values. A part, or a field that was not divided, is a dimension.
-// - The values of a dimension between which no set distinguishes share a rank; lacking the field is
-//   the last rank. A set is then, for each dimension, a list of ranges of ranks.
+// - A field under masks is divided into parts. Seen from the top bit, a new part begins wherever
+//   some mask goes from 0 to 1. Within a part every mask is a prefix, so that it takes a range of
+//   values. A part, or a field that is not divided, is a dimension.
+// - Values of a dimension that no set tells apart share a rank. The last rank is that of packets
+//   that lack the field. For each dimension, a set is then a list of ranges of ranks.
 
 #include <cstddef>
 #include <cstdint>
@@ -23,11 +23,11 @@
 
 namespace FiltersInspect {
 
-// What one set asks of one field.
+// A constraint of one set on one field.
 enum class Asks : std::uint8_t {
   kRange,   // first <= field <= last
   kMasked,  // (field & last) == (first & last)
-  kLack,    // that the packet does not have it
+  kLack,    // the packet does not have the field
 };
 struct Constraint {
   std::uint32_t field;
@@ -39,27 +39,27 @@ using SetId = std::uint32_t;
 constexpr SetId kNothing = std::numeric_limits<SetId>::max();  // the empty set
 constexpr SetId kEverything = kNothing - 1;                    // all packets, for termOf()
 
-// The ranks of a packet, a dimension each.
+// A packet as ranks, one for each dimension.
 using Point = std::vector<std::uint32_t>;
 
 class Space {
  public:
   struct Field {
     unsigned width;                         // in bits, 1 to 64
-    bool may_lack;                          // whether there are packets without it
+    bool may_lack;                          // true if there are packets without it
     std::vector<std::uint64_t> usual = {};  // values to show, the best first
   };
-  // A field that some set asks ranges of takes no masks but prefixes.
+  // If some set has a range on a field, all masks on that field must be prefixes.
   explicit Space(std::vector<Field> fields) : fields_(std::move(fields)) {}
 
-  // A field has one constraint under a mask, or one that it lacks, or any number of ranges, one of
-  // which the packet has to be in. All sets are added before seal(); the rest comes after.
+  // A set may give a field one mask, or say that it is lacking, or give any number of ranges, one
+  // of which must hold. Add all sets before seal(), and ask all questions after it.
   SetId add(std::vector<Constraint> constraints);
   void seal();
 
-  // Adds a copy of a set that asks nothing of these fields.
+  // Adds a copy of a set without its constraints on these fields.
   SetId addWithout(SetId set, const std::vector<std::uint32_t>& fields);
-  // Takes back every set that was added since there were so many.
+  // Removes all sets but the first `count`.
   SetId count() const { return static_cast<SetId>(sets_.size() - 1); }
   void forget(SetId count);
 
@@ -69,40 +69,40 @@ class Space {
   struct Range {
     std::uint32_t first, last;  // ranks, both included
   };
-  // What a set asks of one dimension, ranges in ascending order that do not touch. Dimensions of
-  // which it asks nothing have no term.
+  // The constraint of a set on one dimension: ranges in ascending order that do not touch. A
+  // dimension without a constraint has no term.
   struct Term {
     std::uint32_t dimension;
-    std::uint32_t first, last;   // the hull
+    std::uint32_t first, last;   // from the lowest to the highest rank
     std::uint32_t begin, count;  // in ranges()
   };
   const Term* begin(SetId set) const { return terms_.data() + sets_[set]; }
   const Term* end(SetId set) const { return terms_.data() + sets_[set + 1]; }
   const Range* ranges() const { return ranges_.data(); }
 
-  // Adds to `looks`, unless it is null, how many ranges it went past.
+  // If `looks` is given, adds the number of ranges that were looked at.
   bool meet(SetId a, SetId b, std::uint64_t* looks = nullptr) const;
   bool holds(SetId outer, SetId inner) const;
   bool isIn(SetId set, const Point& point) const;
 
-  // What a set asks of a dimension, null when nothing.
+  // The term of a set for a dimension; null if the set does not constrain it.
   const Term* termOf(SetId set, std::uint32_t dimension) const;
-  // A packet as values: one for each field that some set asks of, nullopt where it lacks the field.
+  // A packet as values, one for each field that some set constrains; nullopt if it lacks the field.
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
-  // The rank out of a list of ranges that a packet shown to people has best: a usual one, else the
-  // first, which lacks the field only if there is no other.
+  // The best rank of the ranges for a packet that people see: a usual value, or else the first
+  // rank. That lacks the field only if there is no other rank.
   std::uint32_t best(std::size_t dimension, const Range* ranges, std::size_t count) const;
  private:
   struct Part {
     std::uint32_t field;
-    std::uint64_t bits;                 // which of the field's, where they stand
-    std::vector<std::uint64_t> starts;  // of each rank the lowest value
+    std::uint64_t bits;                 // the bits of the field in this part
+    std::vector<std::uint64_t> starts;  // the lowest value of each rank
     std::vector<std::uint32_t> usual;   // the ranks of the usual values
   };
   using Values = std::pair<std::uint64_t, std::uint64_t>;  // the lowest and the highest
-  // What a set asks of a field, until it is terms.
+  // A constraint of a set on a field, before seal().
   struct Ask {
     std::uint32_t field;
     Asks asks;
@@ -116,19 +116,19 @@ class Space {
   void addTerm(std::size_t part, const Ask& ask);
 
   std::vector<Field> fields_;
-  std::vector<Ask> asks_;          // of all sets, until they are terms
-  std::vector<Values> values_;     // of them
-  std::vector<std::size_t> ends_;  // of each set, in asks_
+  std::vector<Ask> asks_;          // of all sets, before seal()
+  std::vector<Values> values_;     // of all constraints
+  std::vector<std::size_t> ends_;  // the end of each set in asks_
   std::vector<Part> parts_;
-  std::vector<std::uint32_t> parts_of_;  // of each field the first part; one more at the end
+  std::vector<std::uint32_t> parts_of_;  // the first part of each field, and one more
   std::vector<std::uint32_t> sizes_;
   std::vector<bool> lacking_;
-  std::vector<std::uint32_t> sets_;  // of each set the first term; one more at the end
+  std::vector<std::uint32_t> sets_;  // the first term of each set, and one more
   std::vector<Term> terms_;
   std::vector<Range> ranges_;
 };
 
-// What two lists of ranges share, behind `out`.
+// Appends to `out` the ranks that both lists of ranges hold.
 void appendShared(const Space::Range* a, std::size_t aCount, const Space::Range* b,
                   std::size_t bCount, std::vector<Space::Range>* out);
 

@@ -13,11 +13,11 @@ namespace FiltersInspect {
 
 using namespace FiltersCommon;
 
-// An entry, and what it asks of a packet.
+// An entry, and its constraints on a packet.
 struct PreparedEntry {
   std::uint64_t rank;
   filtersEntryId_t id;
-  std::size_t treatment;  // in the list of those that differ
+  std::size_t treatment;  // its place in the list of different treatments
   std::vector<Asked> asked;
 };
 
@@ -28,10 +28,10 @@ struct Tracer::Prepared {
 
 namespace {
 
-// To say which candidates are possible, so many steps are taken for a packet.
+// The number of steps for each packet to find out which candidates are possible.
 constexpr std::uint64_t kSteps = 20000;
 
-// Whether every packet is one that is asked for: it has the field, and the mask is 0.
+// True if every packet with the field meets the constraint, because the mask is 0.
 bool surelyHolds(const Asked& asked) {
   const auto takesAll = [](const Constraint& one) {
     return one.asks == Asks::kMasked && one.last == 0;
@@ -40,8 +40,8 @@ bool surelyHolds(const Asked& asked) {
          std::all_of(asked.may.begin(), asked.may.end(), takesAll);
 }
 
-// What an entry makes of the fields that are told. A field that misses decides; the first one found
-// is the reason.
+// Compares an entry with the known fields. A field that misses decides; the first such field is the
+// reason.
 Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Packet& packet) {
   Traced traced{id, Hit::kHit, {}, {}};
   const auto& told = PacketFields::of(packet);
@@ -62,8 +62,8 @@ Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Pack
   return traced;
 }
 
-// What an entry asks of the fields that are not told. A told value that the entry takes under some
-// reading only leaves a match that may take every packet.
+// The constraints of an entry on unknown fields. If a known value meets a constraint under some
+// reading only, the match stays, and may take every packet.
 std::vector<Asked> untold(const std::vector<Asked>& all, const Packet& packet) {
   const auto& told = PacketFields::of(packet);
   std::vector<Asked> rest;
@@ -78,8 +78,8 @@ std::vector<Asked> untold(const std::vector<Asked>& all, const Packet& packet) {
   return rest;
 }
 
-// The entries that may be the one, in their order, as rules of what is not told: an entry is
-// possible if some packet of it is taken by none before.
+// The entries that may take the packet, in their order, as rules on the unknown fields. An entry is
+// possible if it takes some packet that no earlier entry takes.
 class Candidates {
  public:
   Candidates(const std::vector<const PreparedEntry*>& entries, const Packet& packet)
@@ -88,7 +88,7 @@ class Candidates {
     space_.seal(false);
   }
 
-  // Null when it takes too long.
+  // Returns null if that takes too many steps.
   std::optional<bool> isPossible(std::uint32_t i) { return isLeft({space_.may(i)}, {i}, rank(i)); }
   std::optional<bool> mayBeNone() { return isLeft({}, {}, ~std::uint64_t{0}); }
  private:
@@ -102,7 +102,7 @@ class Candidates {
       const SetId set = space_.mustBeside(p, takers);
       if (set != kNothing) before.push_back({set, 0, false, p});
     }
-    const std::uint64_t work = before.size() / 64;  // to go through them once
+    const std::uint64_t work = before.size() / 64;  // to go through all of them once
     if (steps_left_ <= work) return std::nullopt;
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);
@@ -116,7 +116,7 @@ class Candidates {
   std::uint64_t steps_left_ = kSteps;
 };
 
-// Those of the entries that are possible.
+// Keeps the entries that are possible.
 void narrow(std::vector<const PreparedEntry*>* entries, const Packet& packet, Trace* trace) {
   Candidates candidates(*entries, packet);
   std::vector<const PreparedEntry*> possible;
@@ -182,7 +182,7 @@ Trace Tracer::trace(const Packet& packet) const {
   Trace trace;
   trace.may_be_none = true;
   trace.entries.reserve(prepared_->entries.size());
-  // Those that do not miss, up to the first rank that has a hit.
+  // The entries that do not miss, up to the first rank with a hit.
   std::vector<const PreparedEntry*> entries;
   std::uint64_t rank = 0;
   for (const PreparedEntry& one : prepared_->entries) {

@@ -14,7 +14,7 @@ std::string treatmentKey(const FiltersEntryPB& entry) {
 }
 
 std::string treatmentText(const FiltersEntry& entry) {
-  MessageArena arena;  // messages elsewhere may break when memory runs out
+  MessageArena arena;  // without an arena, messages can leak when memory runs out
   auto& message = *arena.make<FiltersEntryPB>();
   entry.convertToFiltersEntryPB(&message);
   std::string text;

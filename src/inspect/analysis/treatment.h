@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_TREATMENT_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_TREATMENT_H_
 
-// What an entry does with the packets that it takes.
+// The treatment of packets by an entry.
 
 #include <string>
 
@@ -10,7 +10,7 @@
 
 namespace FiltersInspect {
 
-// The bytes of messages one behind the other: two lists are equal when these are.
+// The bytes of several messages in a row. Two lists of messages are equal if these are.
 template <class Messages>
 std::string bytesOf(const Messages& messages) {
   std::string bytes;
@@ -21,8 +21,8 @@ std::string bytesOf(const Messages& messages) {
   return bytes;
 }
 
-// What is done with a packet: two entries treat packets alike when the keys are the same. The text
-// is for people, "permit, set_pcp=5, policer 10 ingress", and need not tell everything.
+// Two entries treat packets alike if their keys are equal. The text is for people, "permit,
+// set_pcp=5, policer 10 ingress", and may leave out details.
 std::string treatmentKey(const FiltersCommon::FiltersEntryPB& entry);
 std::string treatmentText(const FiltersCommon::FiltersEntry& entry);
 

@@ -19,13 +19,13 @@ using namespace FiltersCommon;
 
 // --- What is known of values ---------------------------------------------------------------------
 
-// Headers of IPv6 by the registry of IANA: hop-by-hop options, routing, fragment, ICMP, no next
-// header, destination options.
+// The headers of IPv6 in IANA's registry: hop-by-hop options, routing, fragment, ICMP, no next
+// header, and destination options.
 constexpr std::uint32_t kOfIPv6[] = {0, 43, 44, 58, 59, 60};
 constexpr std::uint32_t kTcp = 6;
-constexpr std::uint32_t kReservedVlan = 4095;  // IEEE 802.1Q; 0 is that of frames with a PCP alone
+constexpr std::uint32_t kReservedVlan = 4095;  // IEEE 802.1Q; 0 is for frames that carry only a PCP
 
-// Numbers that hardly stand for what was meant. A rule that denies such packets may be a usual one.
+// Numbers that hardly anybody means. A rule that denies such packets may still be a usual one.
 struct OddNumber {
   filtersMatch_t code;
   bool even_if_denied;
@@ -58,8 +58,8 @@ constexpr OddNumber kOddNumbers[] = {
     {FILTERS_MATCH_TPID, true, 9100, 9100, "it is 9100 in decimal; write 0x9100"},
 };
 
-// Addresses and ports that are no source, or no destination: those that begin with so many bits of
-// this byte and zeros behind it.
+// Addresses and ports that cannot be a source, or a destination: all that begin with the first bits
+// of this byte.
 struct NoAddress {
   filtersMatch_t code;
   bool even_if_denied;
@@ -88,7 +88,7 @@ constexpr NoAddress kNoAddresses[] = {
     {FILTERS_MATCH_SRC_L4_PORT, false, 0, 16, kPortZero},
 };
 
-// Actions whose numbers have fewer values than they have bits.
+// Actions whose number has fewer values than its field has bits.
 struct FewNumbers {
   filtersAction_t code;
   std::uint32_t most;
@@ -107,7 +107,7 @@ constexpr FewNumbers kFewNumbers[] = {
     {FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE, 7, kEightQueues},
 };
 
-// Actions of which one undoes the other.
+// Pairs of actions in which one undoes the other.
 constexpr std::pair<filtersAction_t, filtersAction_t> kContradictions[] = {
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY},
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_BLACK_HOLE},
@@ -156,7 +156,7 @@ class Oddities {
     }
     return nullptr;
   }
-  // For a match that holds one number.
+  // For a match that holds a single number.
   std::optional<std::uint32_t> numberOf(filtersMatch_t code) const {
     const MatchPB* match = held(code);
     if (match == nullptr) return std::nullopt;
@@ -172,7 +172,8 @@ class Oddities {
     finding->others = std::move(others);
     finding->message = std::move(message);
   }
-  // What is odd about a value, behind it as the text form writes it.
+  // Reports what is odd about a value. The sentence begins with the value as the text form writes
+  // it.
   void add(const MatchPB& match, const std::string& why, std::vector<std::uint32_t> others = {}) {
     add(Subject::kMatch, match.type_(),
         quoted(valueText(*formOf(static_cast<filtersMatch_t>(match.type_())), match)) + why,
@@ -202,7 +203,7 @@ class Oddities {
     addNumber(match, row);
   }
 
-  // What it takes is the device's choice.
+  // The device decides what the match takes.
   bool addOpen(const MatchPB& match, const MatchForm& row) {
     const FieldTest kind = row.packet[0].kind;
     if (kind != FieldTest::kTernary && kind != FieldTest::kSet && kind != FieldTest::kRange)
@@ -263,7 +264,8 @@ class Oddities {
     }
   }
 
-  // One address that ends in zeros: its mask was left out. Multicast addresses end so.
+  // A single address that ends in zeros, so the mask was probably forgotten. Multicast addresses
+  // may end in zeros.
   void addNetwork(const MatchPB& match, const FormRow& row, const Masked& masked) {
     const bool is4 = row.form == ValueForm::kIPv4;
     if (!masked.isOne() || (!is4 && row.form != ValueForm::kIPv6)) return;
@@ -306,7 +308,8 @@ class Oddities {
         add(match, odd.why);
       }
     }
-    // A byte with ECN bits and a small DSCP: a DSCP was written for it. Smaller bytes ask of ECN.
+    // A byte with ECN bits set and a small DSCP: somebody wrote a DSCP instead. Smaller bytes match
+    // ECN alone.
     if (match.type_() == FILTERS_MATCH_TOS && number > 3 && number < 64 && number % 4 != 0) {
       add(match, "the whole byte is DSCP " + std::to_string(number / 4) + " and ECN " +
                      std::to_string(number % 4) + "; write tos=" + std::to_string(4 * number) +
@@ -428,7 +431,7 @@ class Oddities {
     add(Subject::kAction, code, "it stands beside " + std::string(nameOf(other)) + ", " + why,
         {other});
   }
-  // What is switched to the CPU may be copied to it instead.
+  // Packets that are switched to the CPU may be copied to it instead.
   bool isSwitchCancel(filtersAction_t code) const {
     const auto& actions = message_.actions_();
     return code == FILTERS_ACTION_COPY_TO_CPU_CANCEL &&
@@ -441,7 +444,7 @@ class Oddities {
   MessageArena arena_;
   FiltersEntryPB& message_;
   EntryFindings& findings_;
-  std::uint32_t actions_ = 0;  // a bit a code
+  std::uint32_t actions_ = 0;  // a bit for each code
   bool permits_, only_drops_;
 };
 

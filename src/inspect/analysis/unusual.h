@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_UNUSUAL_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_UNUSUAL_H_
 
-// What hardly any sender means.
+// Finds values that hardly any sender means.
 
 #include <filter_common/filter_entries.h>
 
@@ -9,10 +9,10 @@
 
 namespace FiltersInspect {
 
-// Adds what is odd about the entry: about the value of a match or action, about what stands beside
-// what, about what is missing. Each sentence says what to write instead. Only that is told which
-// hardly any rule of a working filter has: a mask of 0 for every address, a rule that denies
-// packets which no station should send, and the like are usual.
+// Adds a finding for each odd value of a match or action, each contradiction between parts of the
+// entry, and a missing action. The sentence says what to write instead. Only oddities that hardly
+// any rule of a working filter has are reported. For example, a mask of 0 for every address is
+// usual, and so is a rule that denies packets that no station should send.
 void addOddities(const FiltersCommon::FiltersEntry& entry, EntryFindings* findings);
 
 }  // namespace FiltersInspect
