@@ -21,12 +21,12 @@ namespace FiltersInspect {
 
 struct FiltersReport {
   Report report;
-  std::optional<Order> order;  // of analysis
+  std::optional<Order> order;  // of an analysis
 };
 
 namespace {
 
-// What the work returns, or the blank of it when memory runs out.
+// Returns the result of `work`, or a blank one if memory runs out.
 template <class Work>
 auto guarded(Work work) noexcept -> decltype(work()) {
   try {
@@ -89,7 +89,7 @@ bool exists(Enum value) {
   return !nameOf(value).empty();
 }
 
-// The report that `explain` gives of objects, none of which may be null.
+// The report of `explain` about objects; null if one of them is null.
 template <class Explain, class... Objects>
 FiltersReport* explained(Explain explain, const Objects*... objects) {
   if (!(objects && ...)) return nullptr;
@@ -110,7 +110,7 @@ FiltersReport* decoded(const void* bytes, std::size_t size, Object** object, Dec
   });
 }
 
-// The one group that a text holds.
+// Reads a text that holds one group.
 FiltersReport* readFrom(const char* text, std::size_t size, FiltersGroup** group,
                         ParsedGroups (*read)(std::string_view)) {
   return decoded(text, size, group, [read](std::string_view in) {
@@ -148,7 +148,7 @@ static_assert(sameNumbers(Step::Kind::kRemove, FILTERS_STEP_REMOVE) &&
 filtersStep_t inC(const Step& step) {
   return {static_cast<filtersStepKind_t>(step.kind), step.entry, step.value};
 }
-// A kind that is none stays none, which apply() refuses.
+// An unknown kind stays unknown, and apply() refuses it.
 Step fromC(const filtersStep_t& step) {
   const auto kind = std::min(static_cast<std::uint32_t>(step.kind), std::uint32_t{UINT8_MAX});
   return {static_cast<Step::Kind>(kind), step.entry, step.value};
@@ -156,7 +156,7 @@ Step fromC(const filtersStep_t& step) {
 
 // --- Buffers ---
 
-// Keeps the first bytes of what is written and counts all of them, without memory of its own.
+// Keeps the first bytes that are written and counts all of them, without allocating.
 class Window : public std::streambuf {
  public:
   Window(char* out, std::size_t size) : out_(out), size_(size) {}
@@ -179,7 +179,7 @@ class Window : public std::streambuf {
   std::size_t length_ = 0;
 };
 
-// Fills the buffer with what `write` writes of the object, as no locale changes it.
+// Fills the buffer with what `write` writes about the object. No locale changes it.
 template <class Object, class Write>
 std::size_t filled(const Object* object, char* out, std::size_t size, Write write) {
   if (out == nullptr) size = 0;
@@ -188,7 +188,7 @@ std::size_t filled(const Object* object, char* out, std::size_t size, Write writ
     Window window(out, size);
     std::ostream os(&window);
     os.imbue(std::locale::classic());
-    os.exceptions(std::ios::badbit);  // streams swallow exceptions otherwise, and go on
+    os.exceptions(std::ios::badbit);  // without it, streams swallow exceptions and go on
     write(os, *object);
     return window.length();
   });
@@ -220,7 +220,7 @@ std::optional<Order> orderOf(std::int32_t number) {
   return static_cast<Order>(number);
 }
 
-// As explained(), of an order that is handed on among options.
+// As explained(), for an order that is one of the options.
 template <class Analyse, class... Objects>
 FiltersReport* analysed(std::int32_t number, Analyse analyse, const Objects*... objects) {
   AnalysisOptions options;

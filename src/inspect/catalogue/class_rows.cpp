@@ -9,7 +9,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// A blank object, out of which getMatch() and getAction() can also read a held one.
+// A blank object. getMatch() and getAction() can also read a held match or action into it.
 template <class T>
 T blankOf();
 #define FILTERS_MATCH(code, T, blank) \
@@ -25,7 +25,7 @@ T blankOf();
   }
 #include <filter_common/filter_actions.def>
 
-// As entries compare what they hold.
+// Compares as entries compare their parts.
 template <class Base>
 bool isSame(const Base& a, const Base& b) {
   return a == b;
@@ -81,7 +81,7 @@ constexpr ActionRow kActionRows[] = {
 #include <filter_common/filter_actions.def>
 };
 
-// The rows stand in ascending order of codes.
+// The rows are in ascending order of codes.
 template <class Row, class Code, std::size_t count>
 const Row* find(const Row (&rows)[count], Code code) {
   const Row* row = std::lower_bound(std::begin(rows), std::end(rows), code,

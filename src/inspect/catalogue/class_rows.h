@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_CATALOGUE_CLASS_ROWS_H_
 #define FILTER_INSPECT_SRC_CATALOGUE_CLASS_ROWS_H_
 
-// The classes of the catalogues as tables, for code that knows a class by its code alone.
+// The classes of the catalogues as tables, for code that has only the code of a class.
 
 #include <filter_common/filter_entries.h>
 
@@ -9,12 +9,13 @@ namespace FiltersInspect {
 
 struct MatchRow {
   FiltersCommon::filtersMatch_t code;
-  // Whether the entry holds such a match; whether it took a blank one.
+  // isIn: whether the entry holds such a match. putBlank: sets a blank one, and returns false if
+  // the entry refuses it.
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
-  // Whether two entries that both hold one hold equal ones.
+  // Compares the matches of two entries that both hold one.
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // What the library makes of a match's message: it is read into a blank object, and written again.
+  // Reads a match's message into a blank object and writes it again: what the library makes of it.
   void (*echo)(const FiltersCommon::MatchPB& in, FiltersCommon::MatchPB* out);
 };
 
@@ -27,8 +28,7 @@ struct ActionRow {
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };
 
-// In code order, one row a code: ranges for loops, and the row of a code, null for a code that no
-// class carries.
+// The rows in order of codes, for loops; and the row of a code, null for a code without a class.
 const MatchRow* rowOf(FiltersCommon::filtersMatch_t code);
 const ActionRow* rowOf(FiltersCommon::filtersAction_t code);
 

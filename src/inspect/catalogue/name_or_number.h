@@ -8,7 +8,7 @@
 
 namespace FiltersInspect {
 
-// The name of an enumeration's value, or the number of what has none.
+// The name of an enumeration's value, or its number if it has no name.
 template <class Enum>
 std::string nameOrNumber(Enum value) {
   const std::string_view name = nameOf(value);

@@ -5,7 +5,7 @@
 namespace FiltersInspect {
 namespace {
 
-// An enumerator in lower case, made by the compiler.
+// An enumerator in lower case, made at compile time.
 template <std::size_t size>
 struct LowerCase {
   char text[size] = {};

@@ -20,7 +20,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// As in the text form.
+// The bytes as the text form writes them.
 std::string policerText(const std::string& bytes) {
   std::string text(bytes.empty() ? "-" : "");
   appendHex(bytes, &text);
@@ -34,7 +34,7 @@ std::string pairOf(const char* key, Value value) {
   if constexpr (!std::is_enum_v<Value>) return (text += '=') += std::to_string(value);
 }
 
-// Fills a report with what differs.
+// Fills a report with differences.
 class Differences {
  public:
   explicit Differences(const FiltersGroup& group) : group_(group.getId()) {}
@@ -75,11 +75,11 @@ class Differences {
     addPolicer(Subject::kPolicer, &a.getPolicer(), a_.policer_(), &b.getPolicer(), b_.policer_());
     addPolicer(Subject::kParent, a.getPolicerParent().get(), a_.policer_parent_(),
                b.getPolicerParent().get(), b_.policer_parent_());
-    // The entries' own comparison decides: it can know more than the parts that are read here.
+    // The comparison of entries decides: it may know more than the parts read here.
     if (report_.findings.size() == found) addPart(Subject::kEntry, 0, toText(a), toText(b));
   }
 
-  // Matches or actions, by code.
+  // Compares matches or actions by code.
   template <class Code, class Messages>
   void addCoded(Subject subject, const FiltersEntry& a, const Messages& ofA, const FiltersEntry& b,
                 const Messages& ofB) {
@@ -145,7 +145,7 @@ class Differences {
 
   filtersGroupId_t group_;
   filtersEntryId_t entry_ = 0;
-  FiltersEntryPB a_, b_;  // of the entries at hand
+  FiltersEntryPB a_, b_;  // the two entries compared
   Report report_;
 };
 

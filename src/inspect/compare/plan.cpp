@@ -20,7 +20,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// An entry on both sides, null where it is not, and where the library admits it.
+// An entry in both groups, null where it is missing, and the stages and types that admit it.
 struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;
@@ -28,7 +28,7 @@ struct Pair {
   StageTypeSet admits_before = 0, admits_after = 0;
 };
 
-// Those of which a plan has to think: the ones that differ, and when stage or type change, all.
+// The entries that a plan must look at: those that differ, or all if stage or type change.
 std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   const bool moves = !(stageAndTypeOf(from) == stageAndTypeOf(to));
   std::vector<Pair> pairs;
@@ -47,7 +47,7 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   return pairs;
 }
 
-// What the route has to spare: entries that could stay, or be replaced in one step.
+// The entries that a good route spares: they could stay, or be replaced in one step.
 std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   std::map<std::tuple<StageTypeSet, StageTypeSet, bool>, std::uint64_t> losses;
   for (const Pair& pair : pairs) {
@@ -62,12 +62,12 @@ std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   return kinds;
 }
 
-// The steps between two setters, which the order of the plan puts one way or the other.
+// The steps between two setters. The order of the plan decides which half comes first.
 struct StepsAtWaypoint {
   std::vector<Step> removals, insertions;
 };
 
-// When each entry goes and comes.
+// Decides when each entry is removed and inserted.
 std::vector<StepsAtWaypoint> scheduleOf(const std::vector<Pair>& pairs, const Route& route,
                                         PlanOrder order) {
   std::vector<StepsAtWaypoint> schedule(route.size());
@@ -140,18 +140,18 @@ filtersErr_t take(const Step& step, const FiltersGroup& to, FiltersGroup* group)
   return FILTERS_ERR_INVALID_ARGUMENT;
 }
 
-// An entry that the target holds and would refuse. It can be left as it is, and not be inserted.
+// True for an entry that the target holds but would refuse. It can stay, but not be inserted.
 bool isStray(const Pair& pair, StageTypeSet goal) {
   return pair.after != nullptr && !contains(pair.admits_after, goal);
 }
 
-// Why the target cannot be reached.
+// Says why the target cannot be reached.
 Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
                   const std::vector<Pair>& pairs) {
   Report report;
   if (!(stageAndTypeOf(from) == stageAndTypeOf(to))) {
     append(explainStage(emptyGroup(headOf(to)), to.getStage()), &report);
-    // Where the target's are well, no setter leads away from where the group is.
+    // If the target's stage and type are valid, no setter leads away from those of the group.
     if (report.empty() &&
         findRoute(stageAndTypeOf(from), stageAndTypeOf(to), ~StageTypeSet{0}, {}).route.empty()) {
       append(explainStage(emptyGroup(headOf(from)), to.getStage()), &report);
@@ -164,7 +164,7 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   return report;
 }
 
-// The route, which has to let stay what could not come back; none when it would have to.
+// The route. Entries that could not come back must be able to stay; if they cannot, there is none.
 FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
                    const std::vector<Pair>& pairs) {
   StageTypeSet allowed = ~StageTypeSet{0};
@@ -176,7 +176,7 @@ FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
   return findRoute(stageAndTypeOf(from), stageAndTypeOf(to), allowed, kindsOf(pairs));
 }
 
-// Steps that have not been taken yet.
+// A plan whose steps have not been tried yet.
 Plan draft(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
   const std::vector<Pair> pairs = pairsOf(from, to);
   const FoundRoute found = routeOf(from, to, pairs);

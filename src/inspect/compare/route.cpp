@@ -9,7 +9,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// Stages take the lower half of the bits, types the upper.
+// Stages use the lower half of the bits, types the upper half.
 constexpr unsigned kHalf = 32;
 
 template <class Code>
@@ -31,8 +31,8 @@ std::vector<Waypoint> allWaypoints() {
   return waypoints;
 }
 
-// What can still be of the entries of a kind without loss: the old version is still held, or the
-// new one is, having replaced it.
+// The versions of an entry that the group can still hold without loss: the old one, or the new one
+// that replaced it.
 using HeldVersions = std::uint8_t;
 constexpr HeldVersions kOld = 1, kNew = 2;
 
@@ -43,9 +43,9 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
   return held;
 }
 
-// Walks through the stages and types, short routes first, never twice through one. Loops never
-// help: an entry insertable inside one is insertable where it closes. A walk ends where it has cost
-// as much as the best that is known.
+// Tries sequences of stages and types, short ones first, and none twice in a sequence. Loops never
+// help: an entry insertable inside one is insertable where it closes. A sequence ends when it costs
+// as much as the best one known.
 class Search {
  public:
   Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
@@ -73,11 +73,11 @@ class Search {
     return {best_, !outOfWork()};
   }
  private:
-  // Some tens of milliseconds. Only a search that has found a route stops.
+  // Some tens of milliseconds. The search goes on beyond this until it has found a route.
   static constexpr std::uint64_t kMaxWork = 1 << 23;
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 
-  // Whether any route at all spares the kind its loss: those that none spares decide nothing.
+  // True if some route spares these entries their loss. Entries that no route spares do not matter.
   bool canKeep(const EntryKind& kind) const {
     const HeldVersions start = heldAt(route_[0], kind, kOld);
     std::vector<HeldVersions> reached(waypoints_.size());
@@ -99,12 +99,12 @@ class Search {
     return false;
   }
 
-  // The next waypoint, as it is when it is reached from this one.
+  // The next waypoint, as reached from this one.
   static Waypoint by(const Waypoint& waypoint, const Waypoint& next) {
     return {next.place, next.bits, next.bits & ~waypoint.bits};
   }
 
-  // At least so many setters are still to come.
+  // The least number of setters to come.
   std::uint64_t distance(const Waypoint& waypoint) const {
     const StageTypeSet same = waypoint.bits & goal_;
     return same == goal_ ? 0 : same == 0 ? 2 : 1;
@@ -165,7 +165,7 @@ StageTypeSet stageTypeSetOf(const StageAndType& place) {
 }
 
 StageTypeSet stageTypeSetOf(const FiltersEntry& entry) {
-  static const FiltersGroup checks(0);  // members of a group, which look at their arguments alone
+  static const FiltersGroup checks(0);  // its checks look only at their arguments
   StageTypeSet admitting = 0;
   for (const auto& row : FiltersGroup::StageActionsDescription_) {
     if (checks.groupActionValidation(entry, row.first) == FILTERS_OK &&

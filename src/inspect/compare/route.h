@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 #define FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 
-// Which setters lead from one stage and type to others, and what they cost the entries held.
+// Finds which setters lead from one stage and type to others, and what they cost the entries held.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace FiltersInspect {
 
-// A set of stages and types. Those that the library does not know share a bit each, which admits
-// nothing.
+// A set of stages and types. All stages that the library does not know share one bit, and all such
+// types another; these bits admit nothing.
 using StageTypeSet = std::uint64_t;
 
 struct StageAndType {
@@ -27,19 +27,19 @@ inline bool operator==(const StageAndType& a, const StageAndType& b) {
 }
 
 StageTypeSet stageTypeSetOf(const StageAndType& place);
-// The stages that admit the entry's actions and policer, the types that admit its matches.
+// The stages that admit the entry's actions and policer, and the types that admit its matches.
 StageTypeSet stageTypeSetOf(const FiltersCommon::FiltersEntry& entry);
 // True if all of `these` are in `all`. insertEntry() admits an entry whose set contains the group's
 // stage and type; a setter lets it stay if the set contains the new stage or type.
 inline bool contains(StageTypeSet all, StageTypeSet these) { return (all & these) == these; }
 
-// A stage and type that a group has after a setter, and before the next.
+// A stage and type of the group between two setters.
 struct Waypoint {
   StageAndType place;
-  StageTypeSet bits;     // those of the place
-  StageTypeSet changed;  // the one that the setter before changed; none of the first waypoint
+  StageTypeSet bits;     // the stage and the type as bits
+  StageTypeSet changed;  // the one that the last setter changed; empty at first
 };
-// The first is where the group is, the last where it shall be.
+// The first waypoint is the group's own stage and type, the last one the target's.
 using Route = std::vector<Waypoint>;
 
 // For an entry that `admitting` admits: the last waypoint that it can reach if it is held from the
@@ -55,10 +55,10 @@ struct EntryKind {
 };
 
 struct FoundRoute {
-  Route route;       // empty when there is none
-  bool best = true;  // whether every other has been shown to cost as much
+  Route route;       // empty if there is none
+  bool best = true;  // true if it is shown that no other costs less
 };
-// The route of the fewest steps. Every setter of it changes to one of `allowed`.
+// The route with the fewest steps whose setters change only to what `allowed` has.
 FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds);
 

@@ -3,8 +3,8 @@
 
 namespace FiltersInspect {
 
-// Walks two sorted ranges side by side: calls `visit` once a key, in ascending order, with pointers
-// to the elements of that key, null where a range has none.
+// Walks two sorted ranges side by side. Calls `visit` once for each key, in ascending order, with
+// pointers to the elements with that key; null if a range has none.
 template <class A, class B, class KeyOf, class Visit>
 void forEachOfBoth(const A& a, const B& b, KeyOf keyOf, Visit visit) {
   auto x = a.begin();

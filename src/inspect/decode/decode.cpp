@@ -16,7 +16,7 @@ namespace {
 
 using namespace FiltersCommon;
 
-// Nothing when the constructor throws for what is in the bytes.
+// Makes the object, or nothing if the constructor throws because of the bytes.
 template <class T>
 void make(std::string_view bytes, std::optional<T>* object) {
   try {
@@ -49,8 +49,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
   return {message, whole};
 }
 
-// What must be said of all bytes together, where nothing else has said it. `ended` says that a
-// finding tells where they end.
+// Reports what concerns all bytes together, if no other finding says it. `ended` is true if a
+// finding says where the bytes end.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
               DecodeFindings* findings) {
   const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
@@ -66,7 +66,7 @@ void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool 
   }
 }
 
-// The entries of the group, which are written as the bytes say and have nothing unusual.
+// True if the group has nothing unusual. It is already known to write the same bytes again.
 bool areUsual(const FiltersGroup& group) {
   if (group.groupStageValidation(group.getStage(), group.getType()) != FILTERS_OK) return false;
   for (const auto& [id, entry] : group.getEntriesRef()) {
@@ -80,7 +80,7 @@ void replaceHead(const StageTypeInstead& instead, FiltersGroupPB* message) {
   if (instead.type) message->set_type_(static_cast<std::uint32_t>(*instead.type));
 }
 
-// The same as make(), with the other stage or type.
+// As make(), with the other stage or type.
 void makeInstead(std::string_view bytes, const StageTypeInstead& instead,
                  std::optional<FiltersGroup>* group) {
   MessageArena arena;
@@ -104,7 +104,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
   findings->group = blank.getId();
-  // What the head loses comes first, wherever in the bytes it stands.
+  // Losses of the head come first, wherever it is in the bytes.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
   EntryReader reader(bytes, whole, &arena, &ofEntries);
@@ -169,7 +169,8 @@ DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     makeInstead(bytes, instead, &decoded.group);
-    // The stage or the type differs from what the bytes say, so that they cannot be compared whole.
+    // The stage or the type differs from the bytes, so the bytes written cannot be compared as a
+    // whole.
     noteGroup(bytes, &instead, true, limits, decoded.group.has_value(), nullptr, &findings);
   }
   decoded.report = findings.take();

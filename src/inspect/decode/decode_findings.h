@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_DECODE_FINDINGS_H_
 #define FILTER_INSPECT_SRC_DECODE_DECODE_FINDINGS_H_
 
-// What is found in bytes while they are read, and where.
+// Findings about bytes, and their places in the message.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -13,41 +13,41 @@
 
 namespace FiltersInspect {
 
-// The bytes in hexadecimal digits for a finding: the first ones and "..." if there are many.
+// The bytes in hexadecimal digits for a finding; a long text ends in "...".
 std::string shownBytes(std::string_view bytes);
 
-// A part of the message that is read, which stands in another one unless it is all of it.
+// A part of the message: all of it, or a field inside of another part.
 struct MessagePart {
   static constexpr std::size_t kAlone = static_cast<std::size_t>(-1);
 
   const MessagePart* outer = nullptr;
   std::string_view field = {};
-  std::size_t index = kAlone;  // among the field's elements
+  std::size_t index = kAlone;  // among the elements of the field
   ByteRange bytes = {};
-  std::size_t head = 0;  // how many of the bytes, tag and length, stand in front of a message's own
+  std::size_t head = 0;  // how many of the bytes are the tag and the length
 
   std::string path() const;
-  // A message's own bytes, of all.
+  // The bytes of a message without its tag and length.
   std::string_view content(std::string_view all) const {
     return all.substr(bytes.offset + head, bytes.length - head);
   }
 };
 
-// Takes findings, up to a limit. What a finding says beside its code is told by the caller, when
-// there is a place for it.
+// Collects findings up to a limit. The caller adds details to a finding that has a place.
 class DecodeFindings {
  public:
   explicit DecodeFindings(const DecodeLimits& limits)
       : report_(limits.max_findings), least_(limits.least) {}
 
-  // Null for what nobody asks for, and beyond the limit, where the finding is counted alone.
+  // Returns null for a severity that nobody asked for, and beyond the limit, where the finding is
+  // only counted.
   Finding* add(Code code, const MessagePart& part, const char* message = "");
-  // Puts others behind those added.
+  // Adds the findings of another report at the end.
   void append(DecodeFindings&& others) { report_.append(others.take()); }
   bool empty() const { return report_.empty(); }
   Report take() { return report_.take(); }
 
-  // What the findings are about, until it changes.
+  // The next findings are about these.
   std::optional<FiltersCommon::filtersGroupId_t> group;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   Subject subject = Subject::kGroup;

@@ -83,7 +83,7 @@ bool EntryReader::readParts(const FiltersEntryPB& in, const MessagePart& part, i
   const auto visit = [&](const MessageCheck::Field& field, const MessagePart& inner) {
     const auto index = static_cast<int>(inner.index);
     bool whole = true;
-    // Of bytes that end midway, the runtime may have kept less.
+    // If the bytes break off, the runtime may have kept fewer elements.
     if (field.number() == FiltersEntryPB::kMatchesFieldNumber && index < in.matches__size()) {
       whole = readMatch(in.matches_(index), inner, depth - 1);
     }
@@ -178,7 +178,7 @@ bool EntryReader::readCounter(const CounterPB& in, const MessagePart& part, int 
   return true;
 }
 
-// The part is kept, in place of an earlier one of its code or id.
+// Keeps the part, in place of an earlier one with its code or id.
 void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) {
   const std::uint32_t code = findings_->offender;
   const Kept kept = {part.index, part.bytes};
@@ -240,7 +240,7 @@ void EntryReader::noteRefusal(const Report& refusal, const MessagePart& part) {
     if (isMatch || reason.subject == Subject::kAction) {
       const KeptByCode& all = isMatch ? matches_ : actions_;
       const auto kept = all.find(reason.offender);
-      if (kept == all.end()) continue;  // the half that broken bytes end in
+      if (kept == all.end()) continue;  // the bytes broke off inside it
       its = {&part, isMatch ? "matches_" : "actions_", kept->second.index, kept->second.bytes};
     }
     if (reason.subject == Subject::kPolicer) {

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_ENTRY_READER_H_
 #define FILTER_INSPECT_SRC_DECODE_ENTRY_READER_H_
 
-// What is lost of entries when they are read from bytes.
+// Reports what entries lose when they are read from bytes.
 
 #include <filter_common/filter_entries.pb.h>
 #include <filter_common/filter_groups.h>
@@ -18,10 +18,10 @@
 
 namespace FiltersInspect {
 
-// Whether setCounter() would have taken each counter, of types that have names.
+// True if setCounter() would have accepted each counter, and each type has a name.
 bool isUsual(const std::map<unsigned short, FiltersCommon::Counter>& counters);
 
-// Reads entries beside their bytes, one after the other.
+// Reads entries one after the other, and compares each with its bytes.
 class EntryReader {
  public:
   EntryReader(std::string_view bytes, bool lenient, FiltersCommon::MessageArena* arena,
@@ -39,13 +39,13 @@ class EntryReader {
   bool read(const FiltersCommon::FiltersEntryPB& in, const MessagePart& part, int depth,
             const FiltersCommon::FiltersGroup* group);
 
-  // Where entries go that could be made, if anywhere.
+  // Also appends each entry that can be made to this list, unless it is null.
   void keepEntries(std::vector<FiltersCommon::FiltersEntry>* entries) { entries_ = entries; }
 
-  // Whether something of them made the constructor throw.
+  // True if the constructor would throw because of an entry.
   bool threw() const { return threw_; }
  private:
-  // What of a kind is kept so far, by code or by id, and where it came from.
+  // A match, action, counter or entry that is kept so far: its index and its bytes.
   struct Kept {
     std::size_t index;
     ByteRange bytes;
@@ -79,12 +79,12 @@ class EntryReader {
       action_check_{FiltersCommon::ActionPB::descriptor()},
       counter_check_{FiltersCommon::CounterPB::descriptor()};
 
-  // Of the entry that is read.
-  FiltersCommon::FiltersEntry blanks_;  // a blank match of each code that is kept
+  // These are about the entry that is read.
+  FiltersCommon::FiltersEntry blanks_;  // a blank match of each kept code
   KeptByCode matches_, actions_, counters_;
   bool parts_ascend_ = true;
 
-  // Of the group.
+  // These are about the group.
   KeptByCode held_;
   bool entries_ascend_ = true;
   std::vector<FiltersCommon::FiltersEntry>* entries_ = nullptr;

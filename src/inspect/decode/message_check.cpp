@@ -15,7 +15,7 @@ namespace {
 using google::protobuf::Reflection;
 using Field = MessageCheck::Field;
 
-// How a number of the field comes out of a varint: as the runtime stores it, sign included.
+// The number that the runtime stores for a varint, with its sign.
 std::int64_t storedOf(const Field& field, std::uint64_t varint) {
   switch (field.cpp_type()) {
     case Field::CPPTYPE_BOOL:
@@ -51,7 +51,7 @@ std::vector<std::uint32_t> numbersIn(const google::protobuf::Message& message, c
   return {numbers.begin(), numbers.end()};
 }
 
-// `bits` are those of the number that came.
+// `bits` are the bits of the number that came.
 void sayCut(Finding* finding, std::string before, std::uint64_t bits, std::int64_t after) {
   finding->before = std::move(before);
   finding->after = std::to_string(after);
@@ -153,7 +153,7 @@ void MessageCheck::noteDropped(const WireField& wire, bool isKnown, const Messag
                      ", and dropped";
 }
 
-// A field that stands once in a message, or one element of a repeated number.
+// A field that appears once in a message, or one element of a repeated number.
 void MessageCheck::note(const WireField& wire, const Field& field, const MessagePart& part,
                         DecodeFindings* findings) {
   Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
@@ -224,7 +224,7 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
     if (finding == nullptr) continue;
     finding->message =
         nameOf(field) + " is not there, and read as " + (isBytes(field) ? "no bytes" : "0");
-    // Only their types are required of them.
+    // Matches and actions require only their types.
     if (findings->subject == Subject::kMatch) {
       finding->message = "a match without a type is read as the match ";
       finding->message += FiltersInspect::nameOf(FiltersCommon::filtersMatch_t());
@@ -267,7 +267,7 @@ void MessageCheck::compare(const google::protobuf::Message& in,
   }
 }
 
-// Bytes at their place, of which something is kept.
+// Compares bytes of which something is kept.
 void MessageCheck::compareBytes(const Field& field, const google::protobuf::Message& in,
                                 const google::protobuf::Message& out, const MessagePart& part,
                                 DecodeFindings* findings) {
@@ -296,7 +296,7 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
                               const google::protobuf::Message& out, const MessagePart& part,
                               DecodeFindings* findings) {
   const Reflection& reflection = *in.GetReflection();
-  // Where the bytes end midway, the runtime may have stored something that did not come.
+  // If the bytes break off, the runtime may have stored something that did not come.
   const bool came = hasCome(field.number());
   const bool kept = reflection.HasField(out, &field);
   if (!came && (!kept || broken_)) return;
@@ -323,13 +323,14 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   }
 }
 
-// Keeps each element alone, to see what becomes of it. What should be kept of all, in order.
+// Lets the library keep each element alone, to see what becomes of it. Returns what should be kept
+// of all, in order.
 std::vector<std::uint32_t> MessageCheck::compareElements(
     const Field& field, const google::protobuf::Message& in, const std::vector<std::uint32_t>& came,
     const MessagePart& all, DecodeFindings* findings, const Echo& echo) {
   const std::vector<ByteRange>& ranges = fields_[static_cast<std::size_t>(field.index())].elements;
   const Reflection& reflection = *in.GetReflection();
-  const Field& type = *descriptor_->field(0);  // it chooses the class
+  const Field& type = *descriptor_->field(0);  // decides the class
   std::unique_ptr<google::protobuf::Message> single(in.New()), echoed(in.New());
   reflection.SetUInt32(single.get(), &type, reflection.GetUInt32(in, &type));
   reflection.AddUInt32(single.get(), &field, 0);

@@ -1,8 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 #define FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 
-// What is lost of one message: what its bytes alone show, and what comparing it with what the
-// library makes of it shows. Neither knows a class or a field: descriptors and the library do.
+// Reports what one message loses, in two steps. The first looks at its bytes alone; the second
+// compares the message with what the library makes of it. Neither knows a class or a field:
+// descriptors and the library do.
 
 #include <google/protobuf/message.h>
 
@@ -18,38 +19,37 @@
 
 namespace FiltersInspect {
 
-// A message beside its bytes.
+// Checks a message and its bytes.
 class MessageCheck {
  public:
   using Descriptor = google::protobuf::Descriptor;
   using Field = google::protobuf::FieldDescriptor;
-  // Is told of each message within, and its number among those of its field; says whether the walk
-  // goes on.
+  // Called for each message inside this one, with its number among those of its field. Returns
+  // whether the walk goes on.
   using Visit = std::function<bool(const Field& field, const MessagePart& part)>;
-  // Has the library read one message and write another.
+  // Lets the library read one message and write the other.
   using Echo =
       std::function<void(const google::protobuf::Message& in, google::protobuf::Message* out)>;
 
   explicit MessageCheck(const Descriptor* descriptor);
 
-  // Goes through the bytes and notes what they show by themselves. False when they end there.
+  // Goes through the bytes and reports what they show alone. Returns false if the bytes break off.
   bool walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
             DecodeFindings* findings, const Visit& visit = nullptr);
 
-  // Notes where what came differs from what is kept of it, after the walk over it. `echo` shows
-  // what is kept of one element of a repeated number; without it only numbers that stand alone are
-  // compared.
+  // Reports differences between what came and what is kept; call walk() before. `echo` says what is
+  // kept of one element of a repeated number. Without it, repeated numbers are not compared.
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
-  // Says that the caller has a value for the field, which is then not called missing.
+  // The caller has a value for this field, so it is not reported as missing.
   void assume(int fieldNumber);
 
-  // Whether the bytes ended in the message before their time: what they end in has said half of
-  // itself, and what may have followed is not called missing.
+  // True if the bytes broke off inside the message. Nothing is then reported about its last part,
+  // and nothing is called missing.
   bool isBroken() const { return broken_; }
 
-  // Whether the walk met the field, and where its last occurrence stands.
+  // Whether the walk found the field, and the place of its last occurrence.
   bool hasCome(int fieldNumber) const;
   MessagePart partOf(int fieldNumber, const MessagePart& outer) const;
  private:
@@ -57,7 +57,7 @@ class MessageCheck {
     std::size_t count = 0;
     bool assumed = false;
     ByteRange last;
-    std::vector<ByteRange> elements;  // of repeated numbers
+    std::vector<ByteRange> elements;  // for repeated numbers
     ByteRange hull() const;
   };
 

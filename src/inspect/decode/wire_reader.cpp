@@ -9,7 +9,7 @@ namespace FiltersInspect {
 namespace {
 
 constexpr std::size_t kMaxVarint = 10;
-// What all releases of the runtime take for a tag or a length.
+// The largest tags and lengths that all releases of the runtime accept.
 constexpr std::size_t kMaxVarint32 = 5;
 constexpr std::uint64_t kMaxLength = std::numeric_limits<std::int32_t>::max() - 16;
 
@@ -58,7 +58,7 @@ bool WireReader::skip(std::size_t count) {
   return true;
 }
 
-// Groups stand in no message of ours: they are unknown fields, which may hold each other.
+// No message of the library has groups, so they are unknown fields. They may be nested.
 bool WireReader::skipGroup(std::uint32_t number) {
   std::uint32_t open[kDepth];
   int count = 0;
@@ -112,7 +112,7 @@ bool WireReader::next(WireField* field) {
     field->end = position_;
     return true;
   }
-  // What the runtime could read of it, it kept.
+  // The runtime kept what it could read of the field.
   broken_ = true;
   field->end = end_;
   position_ = field->begin;

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 #define FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 
-// Where the fields of messages stand in their bytes, which the message runtime does not tell. What
-// they mean is for the runtime to say; this only goes the same way.
+// Finds the fields of messages in their bytes; the message runtime does not say where they are. The
+// runtime decides what they mean, and this reader goes the same way.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace FiltersInspect {
 
-// How the value of a field is written: the low three bits of its tag.
+// The encoding of a field's value: the low three bits of its tag.
 enum WireType : std::uint32_t {
   kVarint = 0,
   kFixed64 = 1,
@@ -21,36 +21,36 @@ enum WireType : std::uint32_t {
 };
 
 struct WireField {
-  std::uint32_t number = 0;  // 0 as long as no tag could be read
+  std::uint32_t number = 0;  // 0 until a tag has been read
   std::uint32_t wire_type = 0;
-  std::size_t begin = 0;  // of the tag
-  std::size_t value = 0;  // behind the tag, and behind the length
+  std::size_t begin = 0;  // where the tag begins
+  std::size_t value = 0;  // where the value begins, after tag and length
   std::size_t end = 0;
   std::uint64_t varint = 0;  // the value of a kVarint
-  bool plain = false;        // nothing of it could be written in fewer bytes
+  bool plain = false;        // true if nothing can be written in fewer bytes
 };
 
-// The fields of one message, one after the other, without a look into them.
+// Reads the fields of one message, one after the other. Does not look inside a field.
 class WireReader {
  public:
-  // The runtime follows messages and groups within each other only so deep.
+  // The runtime follows nested messages and groups down to this depth.
   static constexpr int kDepth = 100;
 
-  // Of bytes[begin, end). `depth` is how many levels may follow. Releases of the runtime differ in
-  // how long they let tags and lengths be, and in what they make of a message that overruns the one
-  // around it: `lenient` says that this runtime read the bytes to their end.
+  // Reads bytes[begin, end). `depth` is the number of levels that may follow. Releases of the
+  // runtime differ in the longest tags and lengths, and in messages that overrun the one around
+  // them. `lenient` says that this runtime has read the bytes to their end.
   WireReader(std::string_view bytes, std::size_t begin, std::size_t end, int depth, bool lenient)
       : bytes_(bytes), position_(begin), end_(end), depth_(depth), lenient_(lenient) {}
 
-  // The next field; false at the end, and where nothing more can be read. A field that overruns its
-  // message ends with it and is the last one.
+  // Reads the next field. Returns false at the end, or if no more can be read. A field that
+  // overruns the message is cut off and is the last one.
   bool next(WireField* field);
 
   bool broken() const { return broken_; }
-  // Behind the last field, or at the field that could not be read.
+  // The position after the last field, or of the field that cannot be read.
   std::size_t position() const { return position_; }
 
-  // A number of up to ten bytes.
+  // Reads a number of up to ten bytes.
   bool readVarint(std::uint64_t* value, bool* plain);
  private:
   bool readTag(WireField* field);

@@ -21,7 +21,7 @@ std::vector<std::uint32_t> numbersOf(const Codes& codes) {
   return numbers;
 }
 
-// The row of one of the library's tables; an empty one where there is none.
+// The row of one of the library's tables, or an empty row.
 template <class Table, class Key>
 typename Table::mapped_type rowOr(const Table& table, Key key) {
   const auto row = table.find(key);
@@ -35,8 +35,8 @@ std::vector<std::uint32_t> keysOf(const Table& table) {
   return keys;
 }
 
-// The stages of policers that a group's stage admits. The library has this in its checks alone; the
-// tests hold every row to them.
+// The stages of policers that a group's stage admits. The library has this only in its checks; the
+// tests compare every row with them.
 std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   switch (stage) {
     case FILTERS_GROUP_STAGE_NONE:
@@ -50,19 +50,19 @@ std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   return {};
 }
 
-// The library's checks, which are members of a group and look at their arguments alone.
+// The library's checks are members of a group, but look only at their arguments.
 const FiltersGroup& checks() {
   static const FiltersGroup group(0);
   return group;
 }
 
-// A match as far as the library's checks of compatibility look at it.
+// A match as the library's checks of compatibility see it.
 struct JustCode {
   filtersMatch_t code;
   filtersMatch_t getType() const { return code; }
 };
 
-// Fills a report with refusals. The library gives the verdict; only what it refuses is looked at.
+// Fills a report with refusals. The library decides; only what it refuses is looked at closer.
 class Refusals {
  public:
   Refusals() = default;
@@ -70,7 +70,7 @@ class Refusals {
 
   Report take() { return std::move(report_); }
 
-  // Of the head: whether a group may have both.
+  // Checks whether a group may have both.
   void addStage(filtersGroupStage_t stage, filtersGroupType_t type) {
     switch (checks().groupStageValidation(stage, type)) {
       case FILTERS_OK:
@@ -131,14 +131,14 @@ class Refusals {
         "it is made for " + nameOrNumber(its) + ", and the group's stage is " + nameOrNumber(stage);
   }
 
-  // In the order of insertEntry().
+  // The order is that of insertEntry().
   void addEntry(const FiltersEntry& entry, filtersGroupStage_t stage, filtersGroupType_t type) {
     addMatches(entry, type);
     addActions(entry, stage);
     addPolicer(entry, stage);
   }
 
-  // A match beside one that it cannot stand beside.
+  // Reports a match that another match excludes.
   void addConflict(const FiltersEntry& holder, filtersMatch_t held, filtersMatch_t code,
                    const FiltersEntry* entry = nullptr) {
     const bool ip = !holder.isL3CompatibleMatch(JustCode{code});
@@ -164,7 +164,7 @@ class Refusals {
     return finding;
   }
  private:
-  // Of these one finding is enough: they are the same for every entry and check.
+  // One finding is enough for these: they are the same for every entry and check.
   void addUnknownStage(filtersGroupStage_t stage) {
     if (std::exchange(stage_is_unknown_, true)) return;
     Finding& finding = add(Code::kStageUnknown, FILTERS_ERR_INVALID_STAGE);
@@ -185,7 +185,7 @@ class Refusals {
   bool stage_is_unknown_ = false, type_is_unknown_ = false;
 };
 
-// An entry that holds a blank match of the code, and nothing when no class carries it.
+// An entry that holds a blank match of the code; nothing if the code has no class.
 FiltersEntry holderOf(filtersMatch_t code) {
   FiltersEntry holder;
   if (const MatchRow* row = rowOf(code)) row->putBlank(&holder);
@@ -224,15 +224,14 @@ Report explainType(const FiltersGroup& group, filtersGroupType_t type) {
   return refusals.take();
 }
 
-// As setMatches() goes: in the order of the map, by each match's own code, past those that nothing
-// is known of.
+// As setMatches() does: in the order of the map, by each match's own code, skipping unknown codes.
 Report explainMatches(const FiltersEntry::Matches& matches) {
   Refusals refusals;
-  std::map<filtersMatch_t, FiltersEntry> held;  // a blank one of each code
+  std::map<filtersMatch_t, FiltersEntry> held;  // a blank match of each code
   for (const auto& [key, match] : matches) {
     if (match == nullptr || rowOf(match->getType()) == nullptr) continue;
     const filtersMatch_t code = match->getType();
-    if (held.count(code) != 0) continue;  // one replaces the other
+    if (held.count(code) != 0) continue;  // the later one replaces the earlier
     for (const auto& [other, holder] : held) refusals.addConflict(holder, other, code);
     held.emplace(code, holderOf(code));
   }

@@ -13,17 +13,17 @@
 
 namespace FiltersInspect {
 
-// The bytes of an address in the order of transmission; those behind its size are 0.
+// The bytes of an address in the order of transmission; bytes after the address are 0.
 using AddressBytes = std::array<unsigned char, 16>;
 constexpr std::size_t sizeOf(ValueForm address) { return bitsOf(address) / 8; }
 
-// For an address of `size` bytes: how many 1s stand in front of the first 0, and how many bits
-// there are up to the last 1. Where both are the same, it is the mask of a prefix of this length.
+// For an address of `size` bytes: the number of 1s before the first 0, and the number of bits up to
+// the last 1. If both are equal, this is the mask of a prefix of that length.
 unsigned leadingOnes(const AddressBytes& bytes, std::size_t size);
 unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size);
 AddressBytes prefixMask(unsigned length);
 
-// Text of the form alone: "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1".
+// An address as text in its usual form: "00:1b:21:0a:ff:42", "192.0.2.1", "2001:db8::1".
 std::optional<AddressBytes> parseAddress(ValueForm form, std::string_view text);
 void appendAddress(ValueForm form, const AddressBytes& bytes, std::string* out);
 

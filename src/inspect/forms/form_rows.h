@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_FORM_ROWS_H_
 #define FILTER_INSPECT_SRC_FORMS_FORM_ROWS_H_
 
-// What forms.def says of each match and action.
+// The rows of forms.def.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace FiltersInspect {
 
-// How a value is written, text beside JSON.
+// The form of a value: the left column is text, the right one JSON.
 enum class ValueForm : std::uint8_t {
   kFlag,         // nothing: the name says it      true
   kNumber,       // 6                              6
@@ -31,12 +31,12 @@ enum class ValueForm : std::uint8_t {
   kMplsPorts,    // 0x03000007/0x01000003          {"vpn": {...}, "access_port": {...}}
 };
 
-// The bits of an address.
+// The size of an address in bits.
 constexpr std::uint8_t bitsOf(ValueForm address) {
   return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;
 }
 
-// Names of an enumeration, whose values travel as numbers.
+// The names of an enumeration whose values travel as numbers.
 struct Enumeration {
   std::string_view (*nameOf)(std::uint32_t value);
   std::optional<std::uint32_t> (*fromName)(std::string_view name);
@@ -51,34 +51,34 @@ constexpr Enumeration kNamesOf = {
       return static_cast<std::uint32_t>(*value);
     }};
 
-// What a match asks of a packet field.
+// The constraint of a match on a packet field.
 enum class FieldTest : std::uint8_t {
-  kNone,     // there is no such field
-  kFlag,     // that it holds
-  kValue,    // that it is the number of the message's field
-  kTernary,  // that it is the first message field under the mask in the second
-  kRange,    // that it lies between the two message fields, both included
-  kSet,      // that it is one of the numbers of the (first) message field
-  kNotIn,    // that it is none of the numbers of the second message field
+  kNone,     // the match has no such field
+  kFlag,     // the flag is set
+  kValue,    // the field equals the number in the message
+  kTernary,  // the field equals the first number under the mask in the second
+  kRange,    // the field lies between the two numbers, both included
+  kSet,      // the field is one of the first numbers
+  kNotIn,    // the field is none of the second numbers
 };
 
-// Where the model leaves open what a value means, besides empty sets and ranges that end before
-// they begin, which every match leaves open that can hold them.
+// The values whose meaning the model leaves open. Empty sets, and ranges that end before they
+// begin, are open for every match that can hold them.
 enum class Reading : std::uint8_t {
   kPlain,
-  kNoMaskIsOpen,   // a mask of 0 may mean that value alone
-  kNotZeroIsOpen,  // a value other than 0 may mean every other
-  kMayBeDscp,      // a value whose two low bits are 0 may leave them open
+  kNoMaskIsOpen,   // a mask of 0 may mean this value alone
+  kNotZeroIsOpen,  // a value other than 0 may mean every value but 0
+  kMayBeDscp,      // if the two low bits are 0, they may match any
 };
 
-// Which packets have a field, as far as that is known.
+// The packets that have a field, as far as this is known.
 enum class Layer : std::uint8_t {
-  kSome,        // nothing is known: it stands for itself
-  kEvery,       // every packet has it
-  kTagging,     // every packet has it, and it says whether the frame is tagged: 0 when it is not
+  kSome,        // unknown: the field stands for itself
+  kEvery,       // every packet
+  kTagging,     // every packet; 0 says that the frame has no tag
   kTag,         // tagged frames (IEEE 802.1Q)
   kIp,          // IPv4 and IPv6 packets
-  kIpProtocol,  // the same, and it says whether there are layer-4 ports
+  kIpProtocol,  // IPv4 and IPv6 packets; the value decides about layer-4 ports
   kIPv4,
   kIPv6,
   kPorts,  // packets of protocols with layer-4 ports
@@ -90,10 +90,10 @@ constexpr bool isInEveryPacket(Layer layer) {
 struct PacketField {
   FieldTest kind = FieldTest::kNone;
   Layer layer = Layer::kSome;
-  const char* usual = nullptr;  // values to show, the best first, with blanks between
-  const char* name = nullptr;   // null: the match's own
+  const char* usual = nullptr;  // values to show, separated by blanks, the best first
+  const char* name = nullptr;   // null: the name of the match
   Reading reading = Reading::kPlain;
-  std::uint8_t carried = 0;  // bits that a frame has for it, where the match takes more
+  std::uint8_t carried = 0;  // the number of bits in a frame, if the match has more
 
   constexpr PacketField called(const char* its) const {
     PacketField field = *this;
@@ -114,29 +114,29 @@ struct PacketField {
 
 struct FormRow {
   ValueForm form = ValueForm::kFlag;
-  std::uint8_t bits = 0;  // of each number or address
-  // Numbers of the message's fields, 0 where there is none. The second is the mask of an address,
-  // the excluded types beside ports, the second of a pair.
+  std::uint8_t bits = 0;  // the size of each number or address
+  // The numbers of the message's fields; 0 if there is none. The second field is the mask of an
+  // address, the excluded types of ports, or the second of a pair.
   int fields[2] = {};
-  Enumeration names = {};  // of kName, and of the excluded types of kLimids
+  Enumeration names = {};  // for kName, and for the excluded types of kLimids
 };
 
 struct MatchForm : FormRow {
   PacketField packet[2] = {};
 };
 
-// Whether an action does something to a packet that is dropped and of which no copy goes on.
+// True if the action does nothing for a packet that is dropped and not copied.
 enum class Effect : std::uint8_t { kAlways, kUnlessDropped };
 
 struct ActionForm : FormRow {
   Effect effect = Effect::kAlways;
 };
 
-// Null for a code that no class carries.
+// Null for a code without a class.
 const MatchForm* formOf(FiltersCommon::filtersMatch_t code);
 const ActionForm* formOf(FiltersCommon::filtersAction_t code);
 
-// Of the first or second packet field of a match; empty where there is none.
+// The name of the first or second packet field of a match; empty if there is none.
 std::string_view packetFieldName(FiltersCommon::filtersMatch_t code, std::size_t which);
 
 }  // namespace FiltersInspect

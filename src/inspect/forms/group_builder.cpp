@@ -42,7 +42,7 @@ void GroupBuilder::endEntry() {
   if (is_entry_faulty_) return positions_.entries.pop_back();
   positions_.entries.back().first = entry()->id_();
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
-  // Fields written one behind the other are the bytes of one message of all of them.
+  // Messages whose bytes follow each other are one message with the fields of both.
   static_cast<void>(entries_->AppendPartialToString(&bytes_));
 }
 
@@ -52,11 +52,11 @@ void GroupBuilder::endGroup() {
   DecodeLimits limits;
   limits.max_findings = max_findings_;
   limits.max_bytes = bytes.size();
-  limits.least = Severity::kWarning;  // what is only noted is not lost
+  limits.least = Severity::kWarning;  // a note means that nothing is lost
   DecodedGroup decoded = decodeGroup(bytes, limits);
   for (Finding& finding : decoded.report.findings) {
     finding.path = toText(positionOf(finding.path));
-    finding.bytes.reset();  // of the bytes in between, which nobody sees
+    finding.bytes.reset();  // the bytes were made here, and nobody sees them
   }
   report_.append(std::move(decoded.report));
   if (!report_.empty()) return;
@@ -79,7 +79,7 @@ void GroupBuilder::fail(Code code, TextPosition position, std::string message) {
   finding->message = std::move(message);
 }
 
-// Of the entry whose number the path begins with, else of the group.
+// The position of the entry whose number begins the path, or of the group.
 TextPosition GroupBuilder::positionOf(const std::string& path) const {
   static constexpr std::string_view kEntries = "entries_[";
   std::size_t index = positions_.entries.size();

@@ -14,7 +14,7 @@ GroupHead headOf(const FiltersGroup& group) {
 }
 
 FiltersGroup emptyGroup(const GroupHead& head) {
-  MessageArena arena;  // messages elsewhere may break when memory runs out
+  MessageArena arena;  // without an arena, messages can leak when memory runs out
   auto& message = *arena.make<FiltersGroupPB>();
   message.set_id_(head.id);
   message.set_priority_(head.priority);

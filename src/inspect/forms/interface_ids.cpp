@@ -12,7 +12,7 @@ using FiltersCommon::limidToWire;
 
 std::string interfaceName(std::uint32_t limid) {
   constexpr std::size_t kSize = 100;
-  char text[kSize + 1] = {};  // ends in a zero even if the platform fills all it is offered
+  char text[kSize + 1] = {};  // the last zero stays, even if the platform fills the rest
   limid_to_intfname(limidFromWire(limid), text, kSize);
   std::string name = text;
   std::replace_if(

@@ -11,11 +11,13 @@
 
 namespace FiltersInspect {
 
-// The name of an interface as the platform gives it; what is not printable ASCII is '?'.
+// The name that the platform gives an interface. Each character that is not printable ASCII becomes
+// '?'.
 std::string interfaceName(std::uint32_t limid);
 
-// The number that a message's field has for a row's interface id, and back: the same number, but
-// for MPLS ports, whose fields hold interface indexes. An id that the platform cannot convert is 0.
+// Converts between an interface id and the number in the field of a row's message. They are the
+// same number except for MPLS ports, whose fields hold interface indexes. An id that the platform
+// cannot convert gives 0.
 std::uint32_t limidToField(const FormRow& row, std::uint32_t limid);
 std::uint32_t limidFromField(const FormRow& row, std::uint32_t value);
 

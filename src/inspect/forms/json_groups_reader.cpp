@@ -19,15 +19,15 @@ namespace {
 
 using namespace FiltersCommon;
 
-// A number, text, true or false, as it stands there.
+// A number, a text, true or false, as the parser read it.
 struct Scalar {
   enum Type : std::uint8_t { kNumber, kText, kBoolean, kOther } type;
-  std::int64_t number = 0;  // also of true; the nearest for all that are wider
+  std::int64_t number = 0;  // 1 for true; the nearest number of 64 bits
   std::string_view text = {};
 };
 
-// Called by the parser with one token after another; false ends it. What may stand where limits how
-// deep values nest.
+// The parser calls these functions for each token; false ends it. Only known keys may hold values,
+// so nesting has a limit.
 class JsonReader {
  public:
   JsonReader(std::string_view text, std::size_t max_findings)
@@ -46,7 +46,7 @@ class JsonReader {
     constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
     return scalar({Scalar::kNumber, static_cast<std::int64_t>(std::min(value, kMax))});
   }
-  // Whole numbers beyond 64 bits come here too.
+  // Whole numbers of more than 64 bits also come here.
   bool number_float(double value, const std::string& digits) {
     if (digits.find_first_of(".eE") != digits.npos) return scalar({Scalar::kOther});
     using Limits = std::numeric_limits<std::int64_t>;
@@ -71,7 +71,7 @@ class JsonReader {
   struct Frame {
     In in = In::kNowhere;
     std::size_t key = 0;          // the last one
-    std::uint32_t seen_keys = 0;  // a bit a key
+    std::uint32_t seen_keys = 0;  // a bit for each key
 
     bool hasSeen(std::size_t one) const { return (seen_keys >> one & 1) != 0; }
     void see(std::size_t one) { seen_keys |= std::uint32_t{1} << (key = one); }
@@ -100,7 +100,7 @@ class JsonReader {
   }
   bool wanted(const std::string& what) { return fail(Code::kTextSyntax, what + " is wanted"); }
 
-  // Sets a number of so many bits, or one that has a name.
+  // Sets a number of at most `bits` bits, or a value that has a name.
   template <class Set>
   bool number(const Scalar& value, unsigned bits, Set set) {
     if (value.type != Scalar::kNumber) return wanted("a whole number");
@@ -122,12 +122,12 @@ class JsonReader {
 
   std::string_view text_;
   TokenPositions positions_;
-  TextPosition position_;  // of the token at hand
+  TextPosition position_;  // of the current token
   GroupBuilder groups_;
   std::array<Frame, 10> frames_;
   std::size_t depth_ = 0;
 
-  // The match or action at hand, and what is read of it or of a policer until it ends.
+  // The current match or action, and what has been read of it or of a policer.
   AnyMessage* message_ = nullptr;
   const FormRow* row_ = nullptr;
   std::uint32_t limid_ = 0;
@@ -193,7 +193,7 @@ bool JsonReader::key(const std::string& name) {
   return true;
 }
 
-// Of a match or action, whose message is made here.
+// Makes the message of the match or action.
 template <class CodeEnum, class Messages>
 bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
   const auto code = fromName<CodeEnum>(name);
@@ -375,7 +375,7 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
   return true;
 }
 
-// Of a value without brackets, or of one part of a pair.
+// Reads a value without brackets, or one part of a pair.
 bool JsonReader::scalarOfForm(const Scalar& value, int field) {
   const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
   switch (row_->form) {

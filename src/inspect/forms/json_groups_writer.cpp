@@ -61,7 +61,7 @@ void writeLimids(const FormRow& row, const AnyMessage& message, JsonWriter* out)
   out->close('}');
 }
 
-// Both parts of a value under their keys.
+// Writes both parts of a value under their keys.
 template <class Write>
 void writePair(const FormRow& row, JsonWriter* out, Write writeOne) {
   const auto [first, second] = keysOf(row.form);

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_JSON_KEYS_H_
 #define FILTER_INSPECT_SRC_FORMS_JSON_KEYS_H_
 
-// The keys of the JSON form, for its writer and its reader. Those of matches and actions are their
-// names, those of what is said about policers the keys of PolicerFact.
+// The keys of the JSON form, for its writer and its reader. The keys of matches and actions are
+// their names. The keys of a policer's description are in PolicerFact.
 
 #include <string_view>
 #include <utility>
@@ -11,7 +11,7 @@
 
 namespace FiltersInspect {
 
-inline constexpr std::string_view kFormat = "filter-groups";  // behind kFormatKey
+inline constexpr std::string_view kFormat = "filter-groups";  // the value of kFormatKey
 
 inline constexpr std::string_view kFormatKey = "format";
 inline constexpr std::string_view kVersionKey = "version";
@@ -31,7 +31,7 @@ inline constexpr std::string_view kAboutKey = "about";
 inline constexpr std::string_view kLimidKey = "limid";
 inline constexpr std::string_view kNameKey = "name";
 
-// Of the message's fields, for a form of two parts; the second of a list of ports is optional.
+// The keys of a value with two parts. The second key of a list of ports is optional.
 inline std::pair<std::string_view, std::string_view> keysOf(ValueForm form) {
   switch (form) {
     case ValueForm::kMac:

@@ -8,7 +8,7 @@
 namespace FiltersInspect {
 namespace {
 
-// Lists have no keys, and objects of MPLS ports have two of one kind.
+// The key inside of lists, which have none. An object of MPLS ports has two keys of one kind.
 constexpr std::size_t kInList = 0;
 constexpr Nesting kNestings[] = {
     {In::kNowhere, kInList, '{', In::kFile},
@@ -30,7 +30,7 @@ constexpr Nesting kNestings[] = {
     {In::kMplsPorts, 1, '{', In::kLimid},
 };
 
-// The same for the value of a match or action; nowhere for what is written without brackets.
+// The nesting of a match's or action's value; kNowhere for a value without brackets.
 Nesting nestingOfValue(In outer, const FormRow& row) {
   switch (row.form) {
     case ValueForm::kNumbers:

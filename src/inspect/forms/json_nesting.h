@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_JSON_NESTING_H_
 #define FILTER_INSPECT_SRC_FORMS_JSON_NESTING_H_
 
-// What may stand where in the JSON form.
+// The structure of the JSON form: which keys and values an object or list may hold.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace FiltersInspect {
 
-// What the reader is inside of.
+// The object or list that the reader is inside of.
 enum class In : std::uint8_t {
   kNowhere,
   kFile,
@@ -34,7 +34,7 @@ enum class In : std::uint8_t {
   kMplsPorts,
 };
 
-// The places of keys in the lists of keysOf().
+// The indexes of keys in the lists of keysOf().
 enum FileKey : std::size_t { kFileFormat, kFileVersion, kFileGroups };
 enum GroupKey : std::size_t { kGroupId, kGroupPriority, kGroupStage, kGroupType, kGroupEntries };
 enum EntryKey : std::size_t {
@@ -51,21 +51,22 @@ enum PolicerKey : std::size_t { kPolicerBytes, kPolicerAbout };
 enum LimidsKey : std::size_t { kLimidsPorts, kLimidsTypes };
 enum LimidKey : std::size_t { kLimidNumber, kLimidName };
 
-// The keys of an object; the first `required` of them must stand there.
+// The keys of an object. The first `required` of them must be there.
 struct Keys {
   std::string_view names[9] = {};
   std::size_t required = 0;
 };
 Keys keysOf(In in, const FormRow* row);
 
-// What may begin where: behind which key of an object, or in which list.
+// An object or list that may begin in another one, after a key or in a list.
 struct Nesting {
   In outer;
   std::size_t key;
   char bracket;
   In inner;
 };
-// For the value of a match or action by its row. A bracket of zero: none may begin there.
+// `row` is that of the current match or action. A bracket of zero means that nothing may begin
+// there.
 Nesting nestingOf(In outer, std::size_t key, const FormRow* row);
 
 }  // namespace FiltersInspect

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 #define FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 
-// The text that the parser of JSON reads, and where its tokens stand in it.
+// The characters that the JSON parser reads, and the positions of its tokens.
 
 #include <cstddef>
 #include <iterator>
@@ -11,10 +11,10 @@
 
 namespace FiltersInspect {
 
-// What the parser reads: the text, with blanks alone between tokens. Of line ends and tabs, all of
-// which it keeps until the next text or number, its message about a fault would take eight bytes
-// each, and some copies of them. A zero byte becomes another that stands nowhere: the parser takes
-// a zero for the end of the text, and would not say what stands behind it.
+// The characters of the text, with line ends and tabs as blanks. The parser keeps all characters
+// since the last token for its error message; a line end or tab there would take eight bytes. A
+// zero byte becomes the character 1: the parser takes a zero for the end of the text, and would
+// ignore what follows.
 class Characters {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -40,11 +40,11 @@ class Characters {
  private:
   const char* at_;
   bool in_text_ = false;
-  bool escaped_ = false;  // by a backslash
+  bool escaped_ = false;  // a backslash precedes
 };
 
-// Finds the place of each token that the parser hands over. The parser has held the tokens to be
-// well-formed, and between two of them stand blanks, commas and colons alone.
+// Finds the position of each token that the parser reports. The parser has checked the tokens, and
+// only blanks, commas and colons are between them.
 class TokenPositions {
  public:
   explicit TokenPositions(std::string_view text)
@@ -52,12 +52,12 @@ class TokenPositions {
 
   TextPosition next();
 
-  // Of an offset that the parser tells.
+  // The position after this text.
   static TextPosition of(std::string_view before);
  private:
   static constexpr std::string_view kBetween = " \t\r\n,:";
 
-  // The length of the byte-order mark of UTF-8, which the parser skips and no column counts.
+  // The length of a UTF-8 byte-order mark, which the parser skips and columns do not count.
   static std::size_t lengthOfMark(std::string_view text) {
     return text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0;
   }

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 #define FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 
-// What a policer says, for the people who read text and JSON.
+// The description of a policer in text and JSON, for people.
 
 #include <array>
 #include <cstdint>
@@ -12,20 +12,20 @@
 
 namespace FiltersInspect {
 
-// The bytes of the policer that an entry without one of its own holds.
+// The bytes of the policer that an entry holds if it was given none.
 const std::string& defaultPolicer();
 
-// One fact, all but the policer's actions: the name or number behind a key.
+// A key with a name or a number. The facts are all but the policer's actions.
 struct PolicerFact {
   const char* key;
-  std::string_view name;  // empty: the number
+  std::string_view name;  // empty if the number is the value
   std::uint32_t number;
-  bool is_figure;  // a rate or a burst size, which is left out when it is 0
+  bool is_figure;  // a rate or burst size; writers leave out 0
 };
 using PolicerFacts = std::array<PolicerFact, 9>;
 PolicerFacts factsOf(const policer::Policer& policer);
 
-// " 10 ingress trtcm cir=2000".
+// Appends, for example, " 10 ingress trtcm cir=2000".
 void appendFacts(const policer::Policer& policer, std::string* out);
 
 }  // namespace FiltersInspect

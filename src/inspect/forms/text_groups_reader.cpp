@@ -25,7 +25,7 @@ class TextReader {
     return groups_.finish();
   }
  private:
-  // Makes the next line the one that words come from, without its comment. False behind the last.
+  // Goes to the next line and drops its comment. Returns false after the last line.
   bool nextLine() {
     if (position_.line != 0 && rest_.empty()) return false;
     ++position_.line;
@@ -40,7 +40,7 @@ class TextReader {
     return true;
   }
 
-  // The next word becomes word_; behind the last one it is empty.
+  // Goes to the next word of the line; after the last one, word_ is empty.
   void nextWord() {
     words_.remove_prefix(std::min(words_.find_first_not_of(" \t"), words_.size()));
     const std::size_t end = std::min(words_.find_first_of(" \t"), words_.size());
@@ -84,7 +84,8 @@ class TextReader {
   void readLine() {
     if (word_.empty()) return;
     const TextPosition position = positionOf(word_);
-    // A line with a stage was to be a head: what follows does not belong to the group before it.
+    // A line with a stage was meant as a head, so what follows does not belong to the group before
+    // it.
     if (word_ == "group" || (word_ != "entry" && words_.find("stage=") != words_.npos)) {
       beginGroup(position);
       if (!take("group")) {
@@ -94,7 +95,7 @@ class TextReader {
       }
       return;
     }
-    // Every other line is taken for an entry, so that it hides nothing about the others.
+    // Every other line counts as an entry, so that faults of other entries are still found.
     const bool isEntry = take("entry");
     if (isEntry && !in_group_) {
       beginGroup(position);
@@ -115,7 +116,7 @@ class TextReader {
     groups_.beginGroup(position);
   }
 
-  // A whole word, or what follows in it behind a key.
+  // The number in the current word, or in the part of it after a key.
   std::optional<std::uint32_t> number(std::string_view key, unsigned bits) {
     const auto text = behind(key);
     if (!text) return std::nullopt;
@@ -189,7 +190,7 @@ class TextReader {
            word_ == "parent" || word_ == "if";
   }
 
-  // One match or action.
+  // Reads one match or action.
   template <class CodeEnum, class Messages>
   bool readOne(Messages* messages) {
     const std::size_t equals = std::min(word_.find('='), word_.size());
@@ -215,7 +216,7 @@ class TextReader {
     return true;
   }
 
-  // Null and a finding for a code that the entry has already.
+  // Returns null and reports a fault if the entry already has this code.
   template <class CodeEnum, class Messages>
   auto addNew(CodeEnum code, Messages* messages) -> decltype(messages->Add()) {
     for (const auto& held : *messages) {
@@ -229,7 +230,7 @@ class TextReader {
     return message;
   }
 
-  // Another way to write a ToS, as the library's class has it.
+  // Another way to write a ToS, like the library's class MatchDSCP.
   template <class Messages>
   bool readDscp(std::string_view value, Messages* messages) {
     const auto dscp = parseNumber(value, 6);
@@ -269,8 +270,8 @@ class TextReader {
   }
 
   std::string_view rest_;   // lines not read yet
-  std::string_view line_;   // the one at hand
-  std::string_view words_;  // of the line, behind word_
+  std::string_view line_;   // the current one
+  std::string_view words_;  // the rest of the line, after word_
   std::string_view word_;
   TextPosition position_ = {0, 1};
   bool in_group_ = false;

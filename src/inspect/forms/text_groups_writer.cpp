@@ -17,7 +17,7 @@ void appendNumberFor(std::string_view key, std::uint32_t value, std::string* out
   appendNumber(value, out);
 }
 
-// The names of a row's limids, behind the name of their match or action.
+// Appends the names of a row's interfaces, after the name of the match or action.
 void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& message,
                  std::string* out) {
   const auto append = [&](std::uint32_t limid) { *out += ' ' + interfaceName(limid); };
@@ -33,7 +33,7 @@ void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& me
   }
 }
 
-// Matches or actions, and into the comment what is to be said of them.
+// Writes matches or actions, and their names of interfaces into the comment.
 template <class Code, class Messages>
 void appendAll(const char* keyword, const Messages& messages, std::string* out,
                std::string* comment) {
@@ -49,7 +49,7 @@ void appendAll(const char* keyword, const Messages& messages, std::string* out,
   }
 }
 
-// A policer's bytes; none are a sign, since something must stand behind the keyword.
+// Writes a policer's bytes, or '-' if there are none, since the keyword needs a value.
 void appendPolicer(std::string_view bytes, std::string* out) {
   if (bytes.empty()) *out += '-';
   appendHex(bytes, out);
@@ -76,7 +76,7 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
 
-// The message is the caller's, to be used again.
+// The caller keeps the message, so that it can be used again.
 void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string* out) {
   *out += toText(headOf(group));
   *out += '\n';

@@ -43,7 +43,7 @@ void appendLimids(const FormRow& row, const AnyMessage& message, std::string* ou
              [&](std::uint32_t type) { appendName(row.names, type, out); });
 }
 
-// Takes one value apart. Pieces of the text tell by their place where a fault is.
+// Parses one value. Pieces of the text point into it, so that a fault has a place.
 class ValueReader {
  public:
   ValueReader(const FormRow& row, std::string_view text, AnyMessage* message)
@@ -62,7 +62,7 @@ class ValueReader {
     fail(piece, "a number of up to " + std::to_string(row_.bits) + " bits is wanted");
   }
 
-  // The number's or name's value, or 0 and a fault.
+  // The value of a number or name; 0 and a fault if there is none.
   std::uint32_t number(std::string_view piece) {
     const auto value = parseNumber(piece, row_.bits);
     if (!value) failNumber(piece);
@@ -74,7 +74,7 @@ class ValueReader {
     return value.value_or(0);
   }
 
-  // Calls for each piece between commas; for none of an empty text.
+  // Calls `use` for each piece between commas; not at all for an empty text.
   template <class Use>
   void each(std::string_view list, Use use) {
     for (std::size_t comma = 0; !list.empty() && !fault_; list.remove_prefix(comma + 1)) {
@@ -85,7 +85,7 @@ class ValueReader {
     }
   }
 
-  // Both parts of a value that a sign divides.
+  // Reads both parts of a value that are separated by a sign.
   template <class Use>
   void pair(char sign, Use use) {
     const std::size_t at = text_.find(sign);
@@ -261,7 +261,7 @@ std::optional<ValueFault> readValue(const FormRow& row, std::string_view text,
   return ValueReader(row, text, message).read();
 }
 
-// A zero in front is refused: elsewhere it makes a number octal.
+// A leading zero is refused, since it makes a number octal elsewhere.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits) {
   int base = 10;
   if (text.size() > 2 && text[0] == '0' && text[1] == 'x') {

@@ -23,28 +23,29 @@ using FiltersCommon::ActionPB;
 using FiltersCommon::CounterPB;
 using FiltersCommon::MatchPB;
 
-// "dst_l4_port=179/0xffff", "permit", "1=packets"; a code or type without a name is its number.
+// "dst_l4_port=179/0xffff", "permit", "1=packets". A code or type without a name is written as its
+// number.
 std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
 
-// Appends a row's value to `out`: nothing for a flag, else '=' and the value; and the value alone.
+// appendValue() appends '=' and the value, or nothing for a flag. valueText() is the value alone.
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
 std::string valueText(const FormRow& row, const AnyMessage& message);
 
-// Why a text is no value of the row, and where in the text.
+// The reason why a text is no value of the row, and its place in the text.
 struct ValueFault {
   std::string why;
   std::size_t at = 0;
 };
-// Sets the message's fields; the code is the caller's.
+// Sets the message's fields, but not its code.
 std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
 
-// Parts of values. A number is decimal or hexadecimal behind 0x; nothing when the text is none or
-// has more bits. A name is one of the enumeration's or a number.
+// Parts of values. A number is decimal, or hexadecimal after 0x; nothing if the text is no number
+// or has more bits. A name can also be a number.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
 std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
-std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as it travels
+std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as in messages
 
 void appendNumber(std::uint32_t value, std::string* out);
 void appendName(const Enumeration& names, std::uint32_t value, std::string* out);

@@ -10,13 +10,13 @@
 
 namespace FiltersInspect {
 
-// Two lower-case digits a byte, without anything between them.
+// Appends two lower-case digits for each byte, without separators.
 void appendHex(std::string_view bytes, std::string* out);
 
-// The bytes of such text; upper-case digits are read too. Nothing if the text is no such digits.
+// The bytes of such digits; upper-case digits are read too. Returns nothing for any other text.
 std::optional<std::string> parseHex(std::string_view digits);
 
-// "0x0800": as many digits as the number needs, but at least `digits`.
+// Appends "0x0800": as many digits as the number needs, but at least `digits`.
 void appendHexNumber(std::uint32_t value, int digits, std::string* out);
 
 }  // namespace FiltersInspect

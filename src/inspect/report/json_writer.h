@@ -1,8 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 #define FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 
-// Writes JSON from the first byte to the last, two blanks a level, without building a tree of it:
-// trees of nlohmann-json need memory to be taken down, and end the process when there is none.
+// Writes JSON from the first byte to the last, indented by two blanks a level, without building a
+// tree. A tree of nlohmann-json needs memory even for its destruction, and ends the process if
+// there is none.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,18 +14,18 @@ namespace FiltersInspect {
 
 class JsonWriter {
  public:
-  // An object or an array, and its end: '{' and '}', '[' and ']'.
+  // Begins or ends an object or an array: '{' and '}', '[' and ']'.
   void open(char bracket);
   void close(char bracket);
-  // Of the value that follows, in an object.
+  // The key of the next value, inside an object.
   void key(std::string_view name);
-  // What is no UTF-8 is replaced.
+  // Bytes that are not UTF-8 are replaced.
   void value(std::string_view text);
   void value(std::uint64_t number);
   void signedValue(std::int64_t number);
   void flag(bool value);
 
-  // All of it, with a newline at the end.
+  // The whole text, with a newline at the end.
   std::string take();
  private:
   void begin();
@@ -32,7 +33,7 @@ class JsonWriter {
 
   std::string text_;
   std::size_t depth_ = 0;
-  bool first_ = true;  // of what the innermost bracket holds
+  bool first_ = true;  // of the innermost bracket
   bool keyed_ = false;
 };
 

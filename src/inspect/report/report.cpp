@@ -17,7 +17,7 @@ using namespace FiltersCommon;
 
 constexpr Severity kWorstFirst[] = {Severity::kError, Severity::kWarning, Severity::kNote};
 
-// What the numbers of a finding are codes of.
+// The kind of codes that the numbers of a finding are.
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
 
 CodesOf offenderOf(const Finding& finding) {
@@ -153,7 +153,7 @@ void write(const Finding& finding, JsonWriter* json) {
   json->close('}');
 }
 
-// "permit becomes deny"; nothing where the finding does not tell two treatments.
+// "permit becomes deny"; empty if the finding has no two treatments.
 std::string treatmentsText(const Finding& finding) {
   if (finding.witness.empty() || finding.before.empty() || finding.after.empty()) return {};
   if (finding.before == finding.after) return "alike: " + finding.before;
@@ -270,7 +270,7 @@ void Report::append(Report&& other) {
 
 void Report::keep(std::size_t most) {
   if (findings.size() <= most) return;
-  SeverityCounts room = {};  // of each severity so many are kept
+  SeverityCounts room = {};  // how many of each severity are kept
   for (const Finding& finding : findings) ++room[static_cast<std::size_t>(finding.severity)];
   for (const Severity severity : kWorstFirst) {
     std::size_t& its = room[static_cast<std::size_t>(severity)];
@@ -290,7 +290,7 @@ void Report::keep(std::size_t most) {
 }
 
 bool LimitedReport::hasRoom(Severity severity) {
-  std::size_t ahead = 0;  // findings that are kept rather than this one
+  std::size_t ahead = 0;  // findings that have a place before this one
   for (auto i = static_cast<std::size_t>(severity); i < added_.size(); ++i) ahead += added_[i];
   if (ahead < most_) return true;
   report_.leaveOut(severity);

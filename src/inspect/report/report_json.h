@@ -9,13 +9,13 @@
 
 namespace FiltersInspect {
 
-// What the claims of an analysis rest on.
+// The order and the assumptions behind the claims of an analysis.
 struct ReportBasis {
   std::string_view order;
   const std::vector<std::string_view>& assumptions;
 };
 
-// The document of reports, with what they rest on unless that is null.
+// The JSON document of reports. `basis` is null for reports that are no analysis.
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
                        const ReportBasis* basis);
 
