@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_ANALYSIS_H_
 #define FILTER_INSPECT_TOOLS_ANALYSIS_H_
 
-// What commands of analysis share.
+// Functions that the commands of analysis share.
 
 #include <filter_inspect/filter_analysis.h>
 
@@ -12,10 +12,11 @@
 
 namespace FilterInspectTool {
 
-// What --order says; unspecified where nothing does.
+// The order that --order gives; unspecified without it.
 FiltersInspect::Order orderOf(const Options& options);
 
-// What the command line says, and a line on a terminal for what takes longer than a second.
+// The options of the command line. Work that takes longer than a second shows its progress on a
+// terminal.
 FiltersInspect::AnalysisOptions analysisOf(const Options& options, std::string_view place,
                                            Console* console);
 

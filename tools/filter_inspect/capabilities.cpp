@@ -28,7 +28,7 @@ Finding admits(const std::string& which, const char* what, Subject subject, cons
   return finding;
 }
 
-// The stages that are asked for, or all; the same for types.
+// The stages or types that were asked for, or all.
 template <class Enum>
 std::vector<Enum> chosen(const std::string& name) {
   std::vector<Enum> codes;
@@ -106,7 +106,7 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// Where entries fit is what is asked, so that it is no loss that their own group refuses them.
+// The question is where entries fit, so it is no loss that their own group refuses them.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {
@@ -115,7 +115,7 @@ void dropRefusals(Report* report) {
   all.erase(std::remove_if(all.begin(), all.end(), isRefusal), all.end());
 }
 
-// Looks for the places of the entries of inputs.
+// Finds the places for the entries of inputs.
 class Placer {
  public:
   Placer(const Options& options, Console* console)

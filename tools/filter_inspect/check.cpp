@@ -14,7 +14,7 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Whether a group may have both at all.
+// Reports if no group may have this stage and type together.
 Report explainHead(const FiltersGroup& group) {
   FiltersGroup blank(group.getId());
   Report report = explainStage(blank, group.getStage());
@@ -51,7 +51,7 @@ class Checker {
     if (!inputs_.empty()) console_.write(inputs_);
   }
  private:
-  // What is said of a group beside what was said when it was read.
+  // The findings about a group, besides those of reading it.
   Report check(const Input& input, const InputGroup& group, std::size_t* entries) const {
     const DecodeLimits limits = {options_.max_findings, SIZE_MAX};  // the file was not too large
     if (isAgainstOthers()) return checkInstead(input.bytesOf(group), limits, entries);
@@ -75,10 +75,11 @@ class Checker {
 
   bool isAgainstOthers() const { return instead_.stage || instead_.type; }
 
-  // What is said of groups as they are; but of those that could not be made nothing else is known.
+  // Drops what was found about groups with their own stage and type. Findings about groups that
+  // could not be made stay, since nothing else is known about them.
   static void dropOwn(Input& input) {
     Report own;
-    // An error that was left out may be about one of them.
+    // An error that was left out may be about such a group.
     const bool areMade =
         std::all_of(input.groups.begin(), input.groups.end(),
                     [](const InputGroup& group) { return group.group.has_value(); });
@@ -93,7 +94,7 @@ class Checker {
 
   const Options& options_;
   Console& console_;
-  StageTypeInstead instead_;  // that groups are checked against in place of their own
+  StageTypeInstead instead_;  // replaces the stage or type of each group
   std::vector<ReportInput> inputs_;
 };
 

@@ -37,7 +37,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-// The candidate that takes the fewest changes of a letter to become the word.
+// The candidate that needs the fewest changes of letters to become the word.
 std::string nearest(std::string_view word, const std::vector<std::string>& candidates) {
   const auto less = [word](const std::string& a, const std::string& b) {
     return distance(word, a) < distance(word, b);
@@ -92,7 +92,7 @@ void declareCommon(CLI::App* app, Options* options) {
   declareLimit(app, "--max-groups", &options->max_groups, "How many groups of a file are read");
 }
 
-// Codes are known by their numbers too.
+// Codes may also be given as numbers.
 template <class Enum>
 void declareCode(CLI::App* command, const char* name, std::string* value, const char* about) {
   std::vector<std::string> choices;
@@ -198,7 +198,7 @@ void declareNames(CLI::App* command, Options* options) {
                 "One enumeration alone, by its name here or in C++");
 }
 
-// A command, what it takes, and what it does.
+// A command with its options and its function.
 struct Command {
   const char* name;
   const char* summary;
@@ -241,8 +241,8 @@ std::vector<std::string> optionNames(const CLI::App& app) {
   return names;
 }
 
-// The command line library's own sentence begins with whose arguments are too few or too many; an
-// option takes its last one, so that it can only have too few.
+// The sentence of the command line library begins with the name of the option or command. An option
+// takes its last argument, so it can only have too few.
 std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";
@@ -250,7 +250,8 @@ std::string mismatch(std::string_view told) {
   return tooFew ? "one more " + name + " is wanted" : name + " is given too often";
 }
 
-// What was not understood, before what is lacking: that may be the same.
+// Reports a word that is not understood before one that is missing: the two may be the same
+// mistake.
 std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   const std::vector<CLI::App*> parsed = app.get_subcommands();
@@ -275,7 +276,7 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
 }  // namespace
 
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console) {
-  // A command line that cannot be read is told in the form that it asks for all the same.
+  // Trouble with the command line is reported in the form that it asks for.
   options->json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
   CLI::App app("Looks into groups of filter rules: captured bytes, text or JSON.",
                "filter-inspect");

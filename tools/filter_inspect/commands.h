@@ -1,8 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_COMMANDS_H_
 #define FILTER_INSPECT_TOOLS_COMMANDS_H_
 
-// The commands of filter-inspect. What each takes, and that it is there at all, stands in
-// command_line.cpp.
+// The commands of filter-inspect. command_line.cpp lists them with their options.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,10 +11,10 @@
 
 namespace FilterInspectTool {
 
-// How the program ends. Of several inputs the worst counts.
+// The exit code of the program. For several inputs it is the worst one.
 enum Exit { kExitFine = 0, kExitFound = 1, kExitTrouble = 2 };
 
-// What the command line says; those of single commands are empty elsewhere.
+// The options of the command line. Options of other commands are empty.
 struct Options {
   std::string command;
   bool json = false;
@@ -45,13 +44,14 @@ struct Options {
 
 class Console;
 
-// What a command does.
+// The function of a command.
 using Run = Exit(const Options& options, Console* console);
 
-// Reads the command line. Null when there is nothing to run: help was printed, or trouble was told.
+// Reads the command line. Returns null if there is nothing to run: it printed help, or reported
+// trouble.
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 
-// The names that names takes for one enumeration.
+// The words for one enumeration that the command names accepts.
 std::vector<std::string> enumerationNames();
 
 Exit runShow(const Options& options, Console* console);

@@ -45,7 +45,7 @@ Color colorOf(Severity severity) {
   return Color::kNone;
 }
 
-// What the handler of the alarm prints: it may call next to nothing.
+// The text for the handler of the alarm, which may call hardly any function.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
 bool progressStarted = false;
@@ -226,7 +226,7 @@ std::string Console::painted(int stream, std::string_view text, Color color) con
 
 std::string Console::linesOf(int stream, const std::string& file, Finding finding) const {
   const std::string place = printable(placeOf(file, finding));
-  if (!finding.bytes) finding.path.clear();  // it stands in the place
+  if (!finding.bytes) finding.path.clear();  // the place has it
   for (std::string* text :
        {&finding.path, &finding.before, &finding.after, &finding.witness, &finding.message}) {
     *text = printable(std::move(*text));
@@ -246,8 +246,8 @@ void Console::keep(const std::string& file, Report report) {
 
 void Console::say(const std::string& text) {
   hideProgress();
-  flush();  // on a terminal both stand in the order in which they were said
-  // Nobody is left to be told that this failed.
+  flush();  // on a terminal, output and trouble keep their order
+  // If this fails, nobody is left to tell.
   static_cast<void>(writeAll(STDERR_FILENO, text));
 }
 

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_TOOLS_CONSOLE_H_
 #define FILTER_INSPECT_TOOLS_CONSOLE_H_
 
-// What the program says: results on standard output, trouble and losses on standard error, both as
-// lines or, with --json, as documents.
+// The output of the program. Results go to standard output; trouble and losses go to standard
+// error. Both are lines, or documents with --json.
 
 #include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_report.h>
@@ -29,17 +29,17 @@ enum class Color { kNone, kRemoved, kAdded, kWarning, kError, kNote };
 // "1 group", "2 groups".
 std::string counted(std::size_t number, std::string_view what);
 
-// Without what a terminal takes for a command, or a reader for the end of a line.
+// Replaces characters that a terminal would obey, and line ends.
 std::string printable(std::string text);
 
-// All of it, to an open file. 0, or the system's number of what went wrong.
+// Writes all of it to an open file. Returns 0 or the system's error number.
 int writeAll(int handle, std::string_view text);
 
-// A finding that is a sentence and no more.
+// A finding that has only a code and a sentence.
 Finding findingOf(Code code, std::string message);
 
-// Where in a file a finding is: "g.txt:12:7" in text and JSON, "g.bin: group 1" in bytes, else the
-// file alone.
+// The place of a finding: "g.txt:12:7" in text and JSON, "g.bin: group 1" in bytes, or else the
+// name of the file.
 std::string placeOf(const std::string& file, const Finding& finding);
 
 // "left out: 3 warnings, 101 notes; --max-findings=N shows more"
@@ -47,44 +47,46 @@ std::string leftOutText(const Report& report);
 
 class Console {
  public:
-  // The options are looked at when something is said.
+  // The options are read at each call, not here.
   explicit Console(const Options* options);
 
   // --- Results ---
 
   void write(std::string_view text);
   void writeLine(std::string_view line, Color color = Color::kNone);
-  // About a file: each finding behind its place.
+  // Writes findings about a file, each after its place.
   void write(const std::string& file, const Report& report);
-  // As a document; of analysis with its order.
+  // Writes a document. For an analysis it has the order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
-  // What has been written so far is read by someone now.
+  // Writes now what has been said so far.
   void flush();
-  // Whether that failed: nothing more can be written.
+  // True if writing has failed: no more can be written.
   bool isClosed() const { return closed_; }
 
   // --- Trouble ---
 
-  // Something went wrong: the program ends with kExitTrouble. `file` may be empty.
+  // Reports trouble, which makes the program end with kExitTrouble. `file` may be empty.
   void trouble(Code code, const std::string& file, const std::string& message);
   void trouble(const std::string& file, const Finding& finding);
-  // What the system says about a file.
+  // Reports an error of the system about a file.
   void systemTrouble(Code code, const std::string& file, int error);
   bool hasFailed() const { return failed_; }
-  // Not trouble, and no result: what is lost of a file, or why there is nothing to show.
+  // Reports what is neither trouble nor a result: the losses of a file, or why there is nothing to
+  // show.
   void aside(const std::string& file, const Report& report);
-  // Advice for a person.
+  // Writes advice for people.
   void hint(const std::string& line);
 
-  // A line on a terminal as long as reading a file takes longer than a second.
+  // Shows a line on a terminal while reading a file takes longer than a second.
   void showProgress(const std::string& file);
-  // The same of work on a part of a file, with how much of it is done; empty without a terminal.
+  // The same for work on a part of a file, with how much of it is done. Empty if there is no
+  // terminal.
   std::function<void(std::size_t done, std::size_t all)> progressOf(std::string_view doing,
                                                                     std::string_view place);
   void hideProgress();
 
-  // Prints what has not been printed yet, and says how the program ends.
+  // Writes the rest and returns the exit code of the program.
   Exit finish(Exit exit);
  private:
   std::string painted(int stream, std::string_view text, Color color) const;
@@ -93,11 +95,11 @@ class Console {
   void say(const std::string& text);
 
   const Options& options_;
-  const bool shares_terminal_;  // whether results stand where the progress line does
+  const bool shares_terminal_;  // true if results go to the terminal of the progress line
   std::string results_;         // not yet written
   std::vector<ReportInput> troubles_;
   bool failed_ = false;
-  bool closed_ = false;  // standard output takes no more
+  bool closed_ = false;  // true if standard output accepts no more
 };
 
 }  // namespace FilterInspectTool

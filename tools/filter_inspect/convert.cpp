@@ -6,14 +6,15 @@
 namespace FilterInspectTool {
 namespace {
 
-// With --framing as told; else as the input has it; else lengths where there are several groups.
+// The framing that --framing gives, or that of the input. For text and JSON, several groups get
+// lengths.
 std::string framingOf(const Options& options, const Input& input) {
   if (input.form == FileForm::kBytes) return input.framing;
   if (options.framing != "auto") return options.framing;
   return input.groups.size() == 1 ? "none" : "be32";
 }
 
-// The bytes of no group would be read as one.
+// Without a group there would be no bytes, which are read as a group of zeros.
 const char* whyNotBytes(std::size_t groups, const std::string& framing) {
   if (groups == 0) return "there is no group, and no bytes are a group of zeros";
   if (groups > 1 && framing == "none")

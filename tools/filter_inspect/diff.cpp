@@ -16,21 +16,21 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Two groups that are compared, or one that the other file lacks.
+// Two groups that are compared, or one group that the other file lacks.
 struct Pair {
   const InputGroup* a = nullptr;
   const InputGroup* b = nullptr;
 
-  // What differs is told of the second file, unless the group is in the first one alone.
+  // Findings are about the second file, unless only the first one has the group.
   std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
-  // Says so in the findings.
+  // Adds that place to the findings.
   void locate(const std::vector<Input>& inputs, Report* report) const {
     inputs[toldOf()].locate(*(b != nullptr ? b : a), report);
   }
 };
 
-// A single group is compared with a single one. Of several, those of one id belong together, in the
-// order in which they stand.
+// A single group is compared with a single one. Otherwise groups with the same id are compared, in
+// their order.
 std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   if (a.groups.size() == 1 && b.groups.size() == 1) return {{&a.groups[0], &b.groups[0]}};
   std::multimap<filtersGroupId_t, const InputGroup*> others;
@@ -49,7 +49,7 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// What the library says, and of a group that is alone that it is.
+// The differences of a pair. For a group without a partner, a finding says so.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
   const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
@@ -77,7 +77,7 @@ void printHead(const InputGroup* group, char sign, Console* console) {
                      sign == '-' ? Color::kRemoved : Color::kAdded);
 }
 
-// Lines of text, one for each head and entry that differ: what the findings are about.
+// Writes lines of text for the head and each entry that the findings are about.
 void print(const Pair& pair, const std::string (&files)[2], const Report& report,
            Console* console) {
   if (report.empty()) return;
@@ -100,7 +100,7 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
-// Which packets are treated differently, with one for each pair of rules.
+// Reports the packets that are treated differently, with one packet for each pair of rules.
 Report compareTreatment(const Pair& pair, const Options& options, Console* console) {
   Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group,
                                                    analysisOf(options, pair.a->place, console));
@@ -126,7 +126,7 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
   return text + " (" + restsOn(order) + ")";
 }
 
-// One input a file.
+// The document, with an input for each file.
 class Document {
  public:
   explicit Document(const std::vector<Input>& inputs) {
@@ -170,7 +170,7 @@ Exit runDiff(const Options& options, Console* console) {
   if (!inputs) return kExitTrouble;
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
-  FileReport treatment(options, inputs->at(0));  // it is the entries of the first file that differ
+  FileReport treatment(options, inputs->at(0));  // its entries are those of the first file
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
@@ -210,7 +210,7 @@ Exit runPlan(const Options& options, Console* console) {
     if (!options.json) console->aside(inputs->at(pair.toldOf()).file, plan.report);
     document.add(pair.toldOf(), std::move(plan.report));
   }
-  if (exit == kExitFound) all.clear();  // half of the way is none
+  if (exit == kExitFound) all.clear();  // half of a way is none
   for (auto& [pair, steps] : all) {
     if (!options.json && all.size() > 1 && !steps.empty()) {
       console->writeLine("# " + printable(pair.a->place + " to " + pair.b->place));

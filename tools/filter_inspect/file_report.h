@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 #define FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 
-// What commands say of a file: the most severe findings about all of its groups.
+// Collects what a command says about a file: the most severe findings about all of its groups.
 
 #include <cstddef>
 #include <string>
@@ -16,14 +16,14 @@ class FileReport {
   FileReport(const Options& options, const Input& input)
       : options_(options), input_(input), all_(options.max_findings) {}
 
-  // A report about one of the input's groups.
+  // Adds a report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);
-  // A report about several groups, which it names.
+  // Adds a report about several groups. Its findings name them.
   void add(Report&& report) { all_.append(std::move(report)); }
-  // All that was added: one group after the other, but where not all is told, what weighs most
-  // comes first.
+  // All findings, group by group. If some are left out, the most severe come first.
   Report take();
-  // Writes it, with `tail` behind the summary, unless documents are wanted.
+  // Writes the findings and a summary that ends in `tail`; with --json, only returns the input of a
+  // document.
   ReportInput write(std::size_t entries, const std::string& tail, Console* console);
  private:
   const Options& options_;

@@ -17,7 +17,7 @@ using FiltersInspect::ByteRange;
 
 // --- Files ---------------------------------------------------------------------------------------
 
-// Up to `limit` bytes, and one more where there are more. 0, or why the system refuses.
+// Reads up to `limit` bytes, and one more if there are more. Returns 0 or the system's error.
 int readAll(const std::string& name, std::size_t limit, std::string* content) {
   constexpr std::size_t kAtOnce = 64 << 10;
   InputFile file(name);
@@ -33,7 +33,8 @@ int readAll(const std::string& name, std::size_t limit, std::string* content) {
   return file.error();
 }
 
-// JSON begins with an object, also behind blanks; no bytes of a group begin like one with a key.
+// JSON begins with an object, perhaps after blanks. The bytes of a group never begin like an object
+// with a key.
 bool looksLikeJson(std::string_view content) {
   constexpr std::string_view kBlanks = " \t\r\n";
   if (content.substr(0, 1) == "{") return true;
@@ -47,7 +48,8 @@ FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
   if (forced == "bytes") return FileForm::kBytes;
-  constexpr std::string_view kMark = "\xef\xbb\xbf", kText = "filter-groups";  // of UTF-8
+  constexpr std::string_view kMark = "\xef\xbb\xbf",
+                             kText = "filter-groups";  // the byte-order mark of UTF-8
   if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
   if (content.substr(0, kText.size()) == kText) return FileForm::kText;
   return looksLikeJson(content) ? FileForm::kJson : FileForm::kBytes;
@@ -55,8 +57,8 @@ FileForm formOf(std::string_view content, const std::string& forced) {
 
 // --- Frames --------------------------------------------------------------------------------------
 
-// Takes one length from the front: four bytes, most significant first, or a variable number of
-// bytes of seven bits, least significant first.
+// Takes one length from the front: four bytes in network byte order, or groups of seven bits, the
+// least significant first.
 bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   *length = 0;
   const std::size_t most = isVarint ? 10 : 4;
@@ -75,8 +77,8 @@ bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   return false;
 }
 
-// Goes through frames as long as they are whole and `visit` wants more. Says why the next one is
-// not, and nothing at the end.
+// Goes through frames while they are whole and `visit` returns true. Returns why the next one is
+// broken, or an empty text.
 template <class Visit>
 std::string walkFrames(std::string_view content, bool isVarint, const Visit& visit) {
   std::string_view rest = content;
@@ -103,7 +105,7 @@ bool addsUp(std::string_view content) {
 
 // --- Groups --------------------------------------------------------------------------------------
 
-// Whether the bytes end before what they say does. The finding may be among those left out.
+// True if the bytes break off. That finding may have been left out.
 bool breaks(const Report& report, std::string_view bytes) {
   const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
   if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;
@@ -112,7 +114,7 @@ bool breaks(const Report& report, std::string_view bytes) {
                                                                 static_cast<int>(bytes.size()));
 }
 
-// Fills an input with its groups.
+// Reads the groups of an input.
 class Reader {
  public:
   Reader(const Options& options, const Wanted& wanted, Console* console, Input* input)
@@ -125,7 +127,8 @@ class Reader {
   void readBytes() {
     input_.framing = options_.framing;
     if (options_.framing == "auto") input_.framing = addsUp(input_.content) ? "be32" : "none";
-    // Nothing is a group of zeros, as the library reads it, whatever else would stand in front.
+    // No bytes are a group of zeros for the library, so they are one group here, whatever the
+    // framing.
     if (input_.framing == "none" || input_.content.empty()) {
       addBytes({0, input_.content.size()});
       return hintAtFrames();
@@ -143,10 +146,10 @@ class Reader {
 
   Report takeReport() { return report_.take(); }
 
-  // False when there is something that cannot be read.
+  // Returns false if something cannot be read.
   bool readForm() {
     const bool isText = input_.form == FileForm::kText;
-    // What cannot be read is told of, however few findings are wanted.
+    // Even if no findings are wanted, one says what cannot be read.
     const std::size_t most = std::max(options_.max_findings, std::size_t{1});
     FiltersInspect::ParsedGroups parsed =
         isText ? FiltersInspect::groupsFromText(input_.content, most)
@@ -207,7 +210,7 @@ class Reader {
     console_.aside(input_.file, report);
   }
 
-  // A file that was cut off while it was written looks like one bare group.
+  // A file that was cut off while it was written looks like one group without a length.
   void hintAtFrames() {
     std::string_view rest = input_.content;
     std::uint64_t length = 0;
@@ -303,7 +306,7 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 }
 
 void tellLosses(const Input& input, Console* console) {
-  bool isTold = false;  // of some broken group why it is
+  bool isTold = false;  // whether some broken group has its reason
   for (const Finding& finding : input.report.findings) {
     if (input.groups[*finding.group_number - 1].is_broken) {
       console->trouble(input.file, finding);
@@ -313,7 +316,7 @@ void tellLosses(const Input& input, Console* console) {
     }
   }
   for (const InputGroup& group : input.groups) {
-    if (!group.is_broken || std::exchange(isTold, true)) continue;  // beyond the limit
+    if (!group.is_broken || std::exchange(isTold, true)) continue;  // its reason was left out
     Finding broken = findingOf(Code::kBytesBroken, "it cannot be read to its end");
     input.locate(group, &broken);
     console->trouble(input.file, broken);

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_TOOLS_INPUT_H_
 #define FILTER_INSPECT_TOOLS_INPUT_H_
 
-// What the program reads: files that hold groups as bytes, with or without their lengths in front,
-// as text or as JSON.
+// Reads files that hold groups: as bytes, with or without a length before each group, as text or as
+// JSON.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_report.h>
@@ -26,57 +26,58 @@ using FiltersCommon::FiltersGroup;
 enum class FileForm { kBytes, kText, kJson };
 
 struct InputGroup {
-  std::size_t number = 0;  // of the file's groups, counted from 1
-  std::string place;       // "g.bin: group 1", or where it begins in text and JSON, "g.txt:2:1"
-  // What a device would hold; nothing where it would refuse to build it, or where a frame is
+  std::size_t number = 0;  // in the file, counted from 1
+  std::string place;       // "g.bin: group 1"; for text and JSON where it begins, "g.txt:2:1"
+  // The group that a device would hold. Nothing if the device could not build it, or if a frame is
   // broken.
   std::optional<FiltersGroup> group;
-  std::vector<FiltersEntry> entries;         // as they came, refused ones too, if they were wanted
-  FiltersInspect::ByteRange range;           // of bytes: where they stand in the content
-  FiltersInspect::GroupPositions positions;  // of text and JSON
-  bool is_broken = false;                    // whether some of the bytes could not be read
+  std::vector<FiltersEntry> entries;         // all that came, with refused ones; only if wanted
+  FiltersInspect::ByteRange range;           // for bytes: their place in the content
+  FiltersInspect::GroupPositions positions;  // for text and JSON
+  bool is_broken = false;                    // true if some of the bytes could not be read
 };
 
 struct Input {
   std::string file;
   std::string content;
   FileForm form = FileForm::kBytes;
-  std::string framing;  // of bytes: "none", "be32" or "varint"
+  std::string framing;  // for bytes: "none", "be32" or "varint"
   std::vector<InputGroup> groups;
-  Report report;  // of bytes: what strict decoding says of the groups
+  Report report;  // for bytes: the findings of strict decoding
 
   bool isBroken() const;
-  // The bytes of one group: those read, or where it was read otherwise those that it writes.
+  // The bytes of a group: those that were read, or those that a group from text or JSON writes.
   std::string bytesOf(const InputGroup& group) const;
-  // Says in findings about a group which one it is, and of text and JSON where the entry stands.
+  // Adds the group, and for text and JSON the position of the entry, to findings about a group.
   void locate(const InputGroup& group, Finding* finding) const;
   void locate(const InputGroup& group, Report* all) const;
 };
 
-// Tells what a device would lose of it; what is broken is trouble.
+// Reports what a device would lose of the input. Broken bytes are trouble.
 void tellLosses(const Input& input, Console* console);
 
-// What a command needs of bytes.
+// What a command needs of files that hold bytes.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below are left out
-  bool entries = false;                 // InputGroup::entries
+  bool entries = false;                 // fills InputGroup::entries
 };
 
-// Visits each file of the command line, "-" for standard input, that can be read; of others the
-// trouble is told.
+// Visits each file of the command line that can be read; "-" is standard input. Reports trouble
+// with others.
 void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit);
 
-// All of them, with what is lost of bytes.
+// All inputs, with the losses of those that hold bytes.
 std::vector<Input> readInputs(const Options& options, Console* console);
 
-// The same with tellLosses(), for commands that need every byte: nothing after trouble.
+// The same, and reports their losses. For commands that need every byte: returns nothing after
+// trouble.
 std::optional<std::vector<Input>> readWholeInputs(const Options& options, Console* console);
 
-// The groups that could be built, of all inputs.
+// The groups of all inputs that could be built.
 std::vector<FiltersGroup> groupsOf(const std::vector<Input>& inputs);
 
-// The bytes of groups, in front of each its length by the framing.
+// The bytes of groups, each after its length as the framing says.
 std::string framed(const std::vector<FiltersGroup>& groups, std::string_view framing);
 
 }  // namespace FilterInspectTool

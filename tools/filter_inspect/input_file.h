@@ -23,7 +23,8 @@ class InputFile {
     if (is_own_ && handle_ >= 0) ::close(handle_);
   }
 
-  // Up to `size` bytes, as many as there are now. 0 at the end of the file and after an error.
+  // Reads up to `size` bytes, as many as are there now. Returns 0 at the end of the file and after
+  // an error.
   std::size_t read(char* bytes, std::size_t size) {
     while (error_ == 0) {
       const ssize_t count = ::read(handle_, bytes, size);
@@ -32,7 +33,7 @@ class InputFile {
     }
     return 0;
   }
-  // Why the system refuses to open or to read it; 0 as long as it does not.
+  // The system's error of opening or reading the file, or 0.
   int error() const { return error_; }
  private:
   const int handle_;

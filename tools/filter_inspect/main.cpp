@@ -1,5 +1,5 @@
-// filter-inspect: looks into groups of filter rules away from the device. What is true of them says
-// libfilter_inspect; the program reads files, asks, and prints. filter-inspect(1) describes it.
+// filter-inspect looks into groups of filter rules away from the device. libfilter_inspect finds
+// the facts; this program reads files, asks, and prints. filter-inspect(1) describes it.
 
 #include <csignal>
 #include <new>
@@ -9,9 +9,9 @@
 
 int main(int argc, char** argv) {
   using namespace FilterInspectTool;
-  // Who no longer reads makes a write fail, which is told and ends the program as other trouble.
+  // Ignore SIGPIPE: a closed pipe becomes a failed write, reported as exit 2.
   std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);  // the same of a file that would grow beyond what is allowed
+  std::signal(SIGXFSZ, SIG_IGN);  // the same for a file that may not grow any more
   Options options;
   Console console(&options);
   Exit exit = kExitFine;

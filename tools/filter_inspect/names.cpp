@@ -24,7 +24,7 @@ std::vector<NamedCode> codesOf() {
   return codes;
 }
 
-// Each enumeration with what it is called here.
+// Each enumeration and the word for it.
 struct Enumeration {
   const char* name;
   const char* type;
@@ -66,7 +66,7 @@ void printLines(const std::vector<const Enumeration*>& chosen, Console* console)
   }
 }
 
-// Names are lower case, digits and underscores: nothing in them is written otherwise.
+// Names have only lower-case letters, digits and underscores, so nothing needs escaping.
 void printJson(const std::vector<const Enumeration*>& chosen, Console* console) {
   console->write("{\n  \"format\": \"filter-names\",\n  \"version\": 1,\n  \"enumerations\": [");
   const char* separator = "\n";

@@ -15,7 +15,7 @@
 namespace FilterInspectTool {
 namespace {
 
-// Who interrupts the program waits until this ends.
+// Holds back interrupts until it is destroyed.
 class Uninterrupted {
  public:
   Uninterrupted() {
@@ -31,8 +31,8 @@ class Uninterrupted {
   sigset_t before_;
 };
 
-// A file that is there whole or not at all: it is written under another name beside its own, which
-// does not stay behind. What is no file, as a terminal or a pipe, is written as it is.
+// Writes a file completely or not at all. It writes a temporary file beside it, which replaces the
+// file at the end. A terminal, a pipe or the like is written directly.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& name) : name_(name) {
@@ -43,7 +43,7 @@ class OutputFile {
       error_ = errno;
       return;
     }
-    char resolved[PATH_MAX];  // a link stays one
+    char resolved[PATH_MAX];  // a symbolic link stays one
     if (exists && ::realpath(name.c_str(), resolved) != nullptr) name_ = resolved;
     temporary_ = name_ + ".XXXXXX";
     uninterrupted_.emplace();
@@ -61,7 +61,7 @@ class OutputFile {
     if (!temporary_.empty()) ::unlink(temporary_.c_str());
   }
 
-  // 0, or why the system refuses.
+  // Returns 0 or the system's error.
   int write(std::string_view content) {
     if (handle_ < 0) return error_;
     if (const int error = writeAll(handle_, content)) return error;
@@ -73,12 +73,12 @@ class OutputFile {
     return 0;
   }
  private:
-  std::optional<Uninterrupted> uninterrupted_;  // as long as there may be a temporary file
+  std::optional<Uninterrupted> uninterrupted_;  // while there may be a temporary file
   std::string name_;
   std::string temporary_;
   mode_t mode_ = 0;
   int handle_ = -1;
-  int error_ = 0;  // of opening it, where that failed
+  int error_ = 0;  // the error of opening it, if that failed
 };
 
 }  // namespace

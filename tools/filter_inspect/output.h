@@ -8,8 +8,7 @@
 
 namespace FilterInspectTool {
 
-// Writes a file that is there whole or not at all, or to standard output where it is "-". What goes
-// wrong is told.
+// Writes a file completely or not at all; the name "-" is standard output. Reports errors.
 void writeTo(const std::string& name, std::string_view content, Console* console);
 
 }  // namespace FilterInspectTool

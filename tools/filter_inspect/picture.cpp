@@ -18,11 +18,11 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// In units of the picture, of which a letter takes seven.
+// Sizes in units of the picture; a letter is seven wide.
 constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
-constexpr std::size_t kMostLetters = 36;  // of a cell; the whole is shown under the pointer
-constexpr std::size_t kMostRows = 60;     // of a group that is drawn whole
-constexpr std::size_t kRowsAHead = 30;    // then the head is repeated
+constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the whole text
+constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
+constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
 
 std::string escaped(std::string_view text) {
   std::string result;
@@ -37,7 +37,7 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-// Of what is told of one entry the worst is drawn, which stands last here.
+// If an entry has several findings, the one that is last here is drawn.
 struct Look {
   Code code;
   const char* style;
@@ -59,8 +59,8 @@ struct Row {
   std::string actions, policer, parent;
   const Look* look = nullptr;
   std::string found, treatment, why;
-  bool isNamed = false;     // by a finding about another one
-  std::size_t skipped = 0;  // so many rows in front of it are not drawn
+  bool isNamed = false;     // a finding about another entry names it
+  std::size_t skipped = 0;  // the number of rows before it that are not drawn
 };
 
 std::string idText(const std::optional<std::uint32_t>& id) {
@@ -109,7 +109,7 @@ void mark(const Report& report, std::vector<Row>* rows) {
     const Look* look = std::find_if(std::begin(kLooks), std::end(kLooks),
                                     [&](const Look& one) { return one.code == finding.code; });
     if (!finding.entry || look == std::end(kLooks)) continue;
-    const bool isMatch = finding.subject == Subject::kMatch;  // the others are matches too
+    const bool isMatch = finding.subject == Subject::kMatch;  // then the others are matches too
     set(*finding.entry, look, finding, isMatch ? std::vector<std::uint32_t>() : finding.others,
         finding.message);
     if (isMatch) continue;
@@ -123,8 +123,8 @@ void mark(const Report& report, std::vector<Row>* rows) {
   }
 }
 
-// Leaves of many rows those that something is said of, and those that are named there. Returns how
-// many are left out behind the last one.
+// If there are many rows, keeps those with a finding and those that such findings name. Returns the
+// number of rows left out after the last one.
 std::size_t leaveOut(std::vector<Row>* rows) {
   if (rows->size() <= kMostRows) return 0;
   std::vector<Row> kept;

@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_TOOLS_PICTURE_H_
 #define FILTER_INSPECT_TOOLS_PICTURE_H_
 
-// Groups drawn as tables: a row for each entry, in the order in which they come, a column for each
-// field that some entry asks. Entries that an analysis has something to say of are coloured; of
-// large groups they and those that it names are all that is drawn.
+// Draws groups as tables: a row for each entry, in their order, and a column for each match code
+// that some entry has. Entries with a finding are coloured. In a large group, only these and the
+// entries that their findings name are drawn.
 
 #include <filter_inspect/filter_analysis.h>
 
@@ -21,18 +21,18 @@ class Picture {
   explicit Picture(FiltersInspect::Order order) : order_(order) {}
   void add(const std::string& title, const FiltersCommon::FiltersGroup& group,
            const Report& report);
-  // SVG: XML in ASCII.
+  // The picture as SVG, in ASCII.
   std::string take() const;
  private:
-  // The next line of a table, with what stands in its columns.
+  // Draws the next line of a table, one cell for each column.
   void drawRow(const char* style, const std::vector<std::string_view>& cells);
   void drawText(std::size_t x, const char* style, std::string_view text, std::size_t most = 0);
 
   const FiltersInspect::Order order_;
   std::string body_;
   std::size_t width_ = 0, y_ = 0;
-  std::vector<std::size_t> widths_;  // of the columns at hand
-  Report left_out_;                  // findings that are not drawn
+  std::vector<std::size_t> widths_;  // of the current table's columns
+  Report left_out_;                  // counts the findings that are not drawn
 };
 
 }  // namespace FilterInspectTool

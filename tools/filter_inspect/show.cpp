@@ -13,8 +13,8 @@ std::string dumped(const FiltersGroup& group) {
   return dump.str();
 }
 
-// Of several files it is said where each group came from: in text that is a comment, and all of it
-// is one document.
+// With several files, each group comes after a comment that names its file. All groups make one
+// document.
 void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   if (asText) console->write(FiltersInspect::toText(std::vector<FiltersGroup>()));
   for (const Input& input : inputs) {

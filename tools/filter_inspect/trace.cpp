@@ -12,13 +12,13 @@ using namespace FiltersInspect;
 
 constexpr char kPacketPlace[] = "--packet";
 
-// Takes lines from a file one at a time, as they come.
+// Reads lines from a file one at a time, as they arrive.
 class Lines {
  public:
   Lines(const std::string& file, std::size_t longest) : file_(file), longest_(longest) {}
 
-  // False at the end, at what the system refuses, and at a line that is too long. `wait` is called
-  // before there is something to wait for.
+  // Returns false at the end, after an error, and for a line that is too long. Calls `wait` before
+  // it may have to wait.
   template <class Wait>
   bool next(std::string* line, const Wait& wait) {
     std::size_t end = held_.find('\n', begin_);
@@ -51,11 +51,11 @@ class Lines {
   InputFile file_;
   const std::size_t longest_;
   std::string held_;
-  std::size_t begin_ = 0;  // of the next line
+  std::size_t begin_ = 0;  // where the next line begins
   bool ended_ = false;
 };
 
-// Takes packets through the groups of a file.
+// Traces packets through the groups of a file.
 class Packets {
  public:
   Packets(const Options& options, const Input& input, Console* console)
@@ -65,7 +65,7 @@ class Packets {
     }
   }
 
-  // `place` is where the packet stands, `line` counts from 1.
+  // `place` is the name of the packet's source; `line` counts from 1.
   void trace(std::string_view text, const std::string& place, std::size_t line) {
     Report faults;
     const std::optional<Packet> packet = Packet::parse(text, &faults, room_);
@@ -81,7 +81,7 @@ class Packets {
     }
   }
 
-  // `place` is where all packets stand.
+  // `place` is the source of all packets.
   Exit finish(const std::string& place) {
     console_.aside(place, untold_);
     if (options_.json)
@@ -119,7 +119,7 @@ class Packets {
     }
   }
 
-  // A finding of the packet, and where it is the only one also of each entry.
+  // Adds a finding about the packet, and if it is the only packet, one about each entry.
   void keep(Finding&& whole, const Trace& traced, const InputGroup& group) {
     add(std::move(whole));
     for (const Traced& one : traced.entries) {
@@ -143,13 +143,13 @@ class Packets {
   Console& console_;
   std::vector<Prepared> prepared_;
   FiltersInspect::LimitedReport report_{options_.max_findings};
-  // Of what cannot be read something is told, however few findings are wanted.
+  // Even if no findings are wanted, one says what cannot be read.
   std::size_t room_ = std::max(options_.max_findings, std::size_t{1});
   Report untold_;
   bool is_decided_ = true;
 };
 
-// Blank lines and those that begin with '#' are none.
+// Blank lines and lines that begin with '#' hold no packet.
 bool isPacket(std::string_view line) {
   const std::size_t first = line.find_first_not_of(" \t\r");
   return first != line.npos && line[first] != '#';
@@ -160,7 +160,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
   Lines lines(file, options.max_bytes);
   std::string line;
   console->showProgress(file);
-  // Whoever writes the packets one by one sees what became of each.
+  // A person who types packets sees each result at once.
   const auto flush = [console] { console->flush(); };
   for (std::size_t number = 1; !console->isClosed() && lines.next(&line, flush); ++number) {
     if (isPacket(line)) packets->trace(line, file, number);
