@@ -241,7 +241,7 @@ filtersErr_t FiltersEntry::getMatch(T& out) const {
     // The match held under the code of MatchToS is a MatchToS or a MatchDSCP. Their common base is
     // assigned.
     using Held = std::conditional_t<std::is_same_v<T, MatchDSCP>, MatchToS, T>;
-    static_cast<Held&>(out) = Held(static_cast<const Held&>(*held));  // all of it or nothing
+    static_cast<Held&>(out) = Held(static_cast<const Held&>(*held));  // unchanged if copying throws
     return FILTERS_OK;
   }
 }
@@ -278,7 +278,7 @@ filtersErr_t FiltersEntry::getAction(T& out) const {
   } else {
     const Action* held = findAction(out.getType());
     if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
-    out = T(static_cast<const T&>(*held));  // all of it or nothing
+    out = T(static_cast<const T&>(*held));  // unchanged if copying throws
     return FILTERS_OK;
   }
 }
@@ -295,7 +295,7 @@ filtersErr_t FiltersEntry::setAction(const T& action) {
   }
 }
 
-// For the library's classes the library holds the instances.
+// The library contains the instances for its own classes.
 #define FILTERS_MATCH(code, T, blank)                                    \
   extern template filtersErr_t FiltersEntry::getMatch<T>(T & out) const; \
   extern template filtersErr_t FiltersEntry::setMatch<T>(const T& match);
