@@ -208,8 +208,7 @@ filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) { return eraseFrom
 
 filtersErr_t FiltersEntry::setActions(const Actions& actions) {
   FiltersEntry fresh;
-  static_cast<void>(
-      fresh.copyActions(actions));  // no action excludes another, so nothing is refused
+  static_cast<void>(fresh.copyActions(actions));  // no action is refused
   actions_.swap(fresh.actions_);
   return FILTERS_OK;
 }
