@@ -1,6 +1,6 @@
-// How long the analysis of a group takes, in CPU time, and how much memory: for groups shaped as
-// those in use, and for some that are hard. Fails when a figure is beyond what it should reach;
-// `analysis FACTOR` allows for a slow machine.
+// Measures the CPU time and the memory of an analysis, for groups like those in use and for some
+// hard ones. Fails if a figure is above its limit. `analysis FACTOR` multiplies the limits, for a
+// slow machine.
 
 #include <filter_inspect/filter_analysis.h>
 #include <sys/resource.h>
@@ -25,7 +25,7 @@ std::size_t count(const Report& report, Code code) {
   return found;
 }
 
-// The best of some runs: what disturbs them only makes them longer.
+// Takes the fastest of some runs, because disturbances only make a run longer.
 Report measure(const std::string& name, const FiltersGroup& group, const AnalysisOptions& options,
                double limitMs, int runs) {
   Report report;
@@ -69,7 +69,7 @@ void measureShapes() {
   }
 }
 
-// One rule in a thousand is treated differently.
+// Compares two groups in which one rule in a thousand is treated differently.
 void measureComparison() {
   const FiltersGroup a = RuleSet(kShapes[1], 10000).make(10000);
   FiltersGroup b = a;
@@ -85,7 +85,7 @@ void measureComparison() {
               count(report, Code::kTreatmentDiffers), count(report, Code::kNotDecided));
 }
 
-// Packets of which all is told that the rules ask for.
+// Traces packets with all fields that the rules ask for.
 void measureTrace() {
   const FiltersGroup group = RuleSet(kShapes[1], 10000).make(10000);
   const Tracer tracer(group, Order::kHighestPriority);
@@ -118,7 +118,7 @@ void insert(FiltersGroup* group, FiltersEntry* rule) {
   require(group->insertEntry(*rule) == FILTERS_OK, "a rule is refused");
 }
 
-// A hundred thousand rules, once.
+// Analyses a hundred thousand rules, once.
 void measureLarge() {
   constexpr unsigned kRules = 100000;
   for (const Shape& shape : kShapes) {
@@ -129,7 +129,7 @@ void measureLarge() {
   }
 }
 
-// Random sets of a thousand ports each, a million numbers in all.
+// Analyses rules with random sets of a thousand ports each, a million numbers in all.
 void measurePorts() {
   std::mt19937 engine(1);
   FiltersGroup group(kGroupId);
@@ -146,7 +146,7 @@ void measurePorts() {
   measure("1,000 x 1,000 ports", group, options(true), 20000, 1);
 }
 
-// Only all of them together cover the last rule.
+// Analyses 64 x 64 tiles: only all of them together cover the last rule.
 void measureTiles() {
   FiltersGroup group = emptyGroup();
   for (unsigned i = 0; i < 64 * 64; ++i) {
@@ -167,8 +167,9 @@ void measureTiles() {
           "the tiles do not cover");
 }
 
-// Clauses of three literals over the bits of two addresses, as many as make it hard: the last rule
-// is covered when no assignment satisfies them.
+// Analyses rules that are clauses of three literals over the bits of two addresses. The last rule
+// is covered if no assignment satisfies all clauses. The number of clauses makes this hard to
+// decide.
 void measureClauses() {
   std::mt19937 engine(1);
   for (const unsigned variables : {40U, 64U}) {

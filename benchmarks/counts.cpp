@@ -1,5 +1,5 @@
-// What the library asks of the heap, which is the same in every run: allocations, bytes held,
-// peaks. Prints one figure a line, as its name and value; report.py knows what they must be.
+// Counts how the library uses the heap, which is the same in every run: allocations, bytes held,
+// peaks. Prints the name and value of one figure on each line; report.py has their limits.
 #include <cstdlib>
 #include <new>
 #include <ostream>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// Bytes are those that were asked for: each block remembers its size before its first byte.
+// Counts the requested bytes. Each block stores its size in front of its first byte.
 constexpr std::size_t kHeader = alignof(std::max_align_t);
 long long allocations = 0;
 long long held = 0;
@@ -40,7 +40,7 @@ namespace {
 
 constexpr unsigned kRules = 10000;
 
-// What happens between its construction and the reading.
+// Counts between its construction and the call of a getter.
 struct Meter {
   Meter() { peak = held; }
   double allocationsARule() const {

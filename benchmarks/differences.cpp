@@ -1,7 +1,7 @@
-// What it takes to tell two groups of 10,000 rules apart that differ in one, beside operator==, and
-// to plan the way from one to the other; what a plan sends in place of the group; and how long the
-// search for a way takes at most. CPU time, the best of five runs. Fails when diff() takes more
-// than ten times what operator== takes, or a plan more than a second.
+// Measures diff(), operator== and plan() for two groups of 10,000 rules that differ in one rule,
+// the bytes that a plan sends in place of the group, and the longest search for a plan. Figures are
+// CPU time, the fastest of five runs. Fails if diff() takes more than ten times as long as
+// operator==, or a plan takes more than a second.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -42,7 +42,7 @@ void oneOfMany() {
   require(told < 10 * compared, "diff takes more than ten times what operator== takes");
 }
 
-// Rules of one or two matches out of a few, so that each stage and type suits others.
+// Rules with one or two matches out of a few, so that each stage and type admits different rules.
 FiltersEntry randomRule(unsigned id, filtersGroupType_t type, std::mt19937* random) {
   const FiltersGroup checks(0);
   for (;;) {

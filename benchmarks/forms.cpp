@@ -1,5 +1,5 @@
-// How long text and JSON take to be written and read, in CPU time: the best of five runs each.
-// Fails when 10,000 rules take longer than a second.
+// Measures how long it takes to write and read text and JSON, in CPU time, the fastest of five
+// runs. Fails if 10,000 rules take longer than a second.
 
 #include <filter_inspect/filter_text.h>
 

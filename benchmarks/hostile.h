@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 #define FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 
-// Groups of a given size that cost whoever reads them as much as their kind can.
+// Bytes of groups that cost their reader as much as bytes of their kind and size can.
 
 #include <cstddef>
 #include <functional>
@@ -17,7 +17,7 @@ inline std::string varint(std::size_t value) {
   return bytes;
 }
 
-// A field of the given number whose content has a length.
+// A length-delimited field with the given number and content.
 inline std::string field(unsigned number, const std::string& content) {
   return varint(number << 3 | 2) + varint(content.size()) + content;
 }
@@ -32,16 +32,17 @@ inline std::string action(char code, const std::string& content) {
 
 struct Group {
   const char* kind;
-  std::string bytes;  // behind the head
+  std::string bytes;  // the bytes after the head
 };
 
-// No stage, and a type that admits the matches below: what is read is kept.
+// The head of a group without a stage and with a type that admits the matches below, so that the
+// group keeps everything that is read.
 inline const std::string kHead = "\x18" + std::string(1, '\0') + "\x20\x01";
 
 inline std::vector<Group> groups(std::size_t size) {
   using namespace std::string_literals;
   const auto threeBytes = [](std::size_t i) { return varint(16384 + i % 49152); };
-  // As many elements as fill a group; each is told its number.
+  // Repeats an element until the group is full; `element` gets the number of the repetition.
   const auto filledBy = [size](const std::function<std::string(std::size_t)>& element) {
     std::string bytes;
     for (std::size_t i = 0; bytes.size() < size - 32; ++i) bytes += element(i);

@@ -1,6 +1,6 @@
-// What strict decoding of hostile groups costs, with its usual room for findings: the most memory
-// in use for 1 MiB, the processor's time, and how that grows from a half to all of it. Fails when 1
-// MiB takes more than 3 s or 256 MiB, or twice the bytes take more than three times as long.
+// Measures strict decoding of hostile groups with the default limit of findings: the most memory in
+// use for 1 MiB, the CPU time, and the growth of the time from half of the bytes to all. Fails if 1
+// MiB takes more than 3 s or 256 MiB, or if twice the bytes take more than three times as long.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -26,8 +26,8 @@ constexpr std::size_t kSize = 1 << 20;
 constexpr double kSeconds = 3;
 constexpr double kMebibytes = 256;
 constexpr double kGrowth = 3;
-constexpr double kTooShort = 0.1;  // seconds that say nothing about growth
-constexpr int kRuns = 3;           // others on the machine disturb times, but not each time
+constexpr double kTooShort = 0.1;  // seconds; growth of shorter times means nothing
+constexpr int kRuns = 3;           // other processes disturb some runs, but not all
 
 std::string repeated(const std::string& element, std::size_t size) {
   std::string bytes;
@@ -35,7 +35,7 @@ std::string repeated(const std::string& element, std::size_t size) {
   return bytes;
 }
 
-// What costs the core no more than other bytes, and much that can be said of it.
+// The hostile groups of hostile.h, and further ones with many findings.
 std::vector<hostile::Group> groups(std::size_t size) {
   std::vector<hostile::Group> all = hostile::groups(size);
   const std::string head = hostile::kHead;

@@ -1,9 +1,9 @@
-// Counts under valgrind's callgrind what each work takes for a group of N rules: instructions, the
-// same in every run.
+// Counts the instructions of each work for a group of N rules, under valgrind's callgrind. The
+// counts are the same in every run.
 //   instructions N [WORK...]
-// Each work has a process of its own, so that none finds the heap as another has left it, and is
-// done twice; the second time is counted: caches of the runtime are filled then, and memory is
-// where it will be. callgrind writes a file of totals a work, named by its trigger.
+// Each work runs in a process of its own, so that it does not find the heap of another one. It runs
+// twice and only the second run is counted, when the runtime's caches are full and memory is
+// allocated. callgrind writes a file of totals for each work, named by its trigger.
 #include <sys/wait.h>
 #include <unistd.h>
 #include <valgrind/callgrind.h>

@@ -1,2 +1,2 @@
-// Does nothing: what it is linked with is loaded, and valgrind's callgrind counts what that takes.
+// This program does nothing: valgrind's callgrind counts the cost of loading its libraries.
 int main() {}

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Holds figures against what they must be, and prints both.
+"""Compares figures with their limits, and prints both.
 
     report.py [--gate|--heap|--renew] [figures.txt] [times.json] [beside.txt] [beside.json]
 
 Figures are lines of a name and a value, read from standard input unless a file is named; times.json
-is what Google Benchmark writes. The files beside are the same for the stand-ins, shown but not
-judged. The script fails when a row is short; with --heap only the rows of the heap are judged. With
---gate it fails too when a figure that is the same in every run is more than 4 % off what held.txt
-remembers, either way: what has become better is remembered with --renew, so that it stays so.
+is the output of Google Benchmark. The files `beside` have the same figures for the stand-ins, which
+are shown but not compared. The script fails if a row exceeds its limit; with --heap it looks only at
+the rows of the heap. With --gate it also fails if a figure that is the same in every run differs from
+held.txt by more than 4 %, up or down. --renew writes the new figures to held.txt, so that an
+improvement is kept.
 """
 import json
 import os
@@ -30,10 +31,10 @@ def ratios(row, work, floor, what, limits):
             for size, limit in limits]
 
 
-# Row, what it is, its figure or two figures of which it is the ratio, limit, format. A limit may
-# depend on the width of a pointer; a row without one is for the reader. Figures named time.* are
-# ratios of times, those named by a work and a number of rules instructions a rule. A KB is 1,024
-# bytes.
+# The columns are the row, its description, a figure or the ratio of two figures, the limit and the
+# format. A limit may depend on the width of a pointer; a row without a limit is only printed. Figures
+# named time.* are ratios of times. Figures named by a work and a number of rules are instructions for
+# each rule. A KB is 1,024 bytes.
 ROWS = [
     *ratios("1", "serialize", "write", "serialize / written on the heap",
             ((1, 0.80), (10, 0.40), (100, 0.37), (1000, 0.37), (10000, 0.37))),

@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_BENCHMARKS_RULE_SETS_H_
 #define FILTER_COMMON_BENCHMARKS_RULE_SETS_H_
 
-// Groups shaped as filters in use are: access lists (ACL), firewalls (FW) and chains of both (IPC).
-// They differ in how often an address, a port or the protocol is left open, in how long the
-// prefixes are, and in how many networks there are, which nest. The same on every machine.
+// Groups like the filters in use: access lists (ACL), firewalls (FW) and chains of both (IPC). They
+// differ in how often an address, a port or the protocol is left open, in the length of the
+// prefixes, and in the number of networks, which nest. The groups are the same on every machine.
 
 #include <filter_common/filter_groups.h>
 
@@ -20,11 +20,11 @@ namespace benchmarks {
 
 struct Shape {
   const char* name;
-  unsigned open_source, open_destination;  // of 100 rules, how many leave the address open
+  unsigned open_source, open_destination;  // how many rules in 100 leave the address open
   unsigned open_source_port, open_destination_port, open_protocol;
-  unsigned exact_port;              // of 100 ports, how many are one port; the others are ranges
-  std::array<unsigned, 4> lengths;  // of 100 prefixes: 8 to 16, 17 to 24, 25 to 31, 32
-  unsigned networks;                // one for so many rules
+  unsigned exact_port;              // how many ports in 100 are one port; the others are ranges
+  std::array<unsigned, 4> lengths;  // prefixes in 100 of length 8-16, 17-24, 25-31, 32
+  unsigned networks;                // rules for each network
 };
 
 constexpr Shape kShapes[] = {
@@ -37,14 +37,14 @@ class RuleSet {
  public:
   RuleSet(const Shape& shape, unsigned rules) : shape_(shape) {
     for (unsigned i = 0; i < 1 + rules / shape.networks; ++i) {
-      // Half of the networks lie in another one.
+      // Half of the networks are part of another one.
       const bool nested = i > 0 && below(2) == 0;
       networks_.push_back(nested ? networks_[below(i)] ^ below(1U << below(16))
                                  : static_cast<std::uint32_t>(engine_()));
     }
   }
 
-  // Ascending ids, descending priorities, and in the end a rule that denies everything.
+  // The rules have ascending ids and descending priorities; the last one denies everything.
   FiltersGroup make(unsigned rules) {
     FiltersGroup group = FiltersGroup(kGroupId);
     require(group.setStage(FILTERS_GROUP_STAGE_INGRESS) == FILTERS_OK &&
@@ -114,7 +114,7 @@ class RuleSet {
     if (!happens(shape_.open_protocol)) tuple_[4] = masked(protocols[below(6)], 0xff);
   }
 
-  // No two alike, each with an address, and the narrow ones more or less in front of the wide ones.
+  // No two tuples are equal, each has an address, and most narrow ones come before the wide ones.
   void makeTuples(unsigned count) {
     std::set<Tuple> seen;
     std::vector<std::pair<unsigned, Tuple>> ordered;

@@ -1,6 +1,6 @@
-// How long the library takes for what it does all day, each beside a floor. Both run in turn within
-// each iteration, so that what slows the machine down slows both; the median of their ratios is
-// what counts.
+// Measures the time of the library's common operations, each beside a floor (the same work with the
+// message classes alone). Both run in turn within each iteration, so that a slow moment of the
+// machine slows both. The result is the median of their ratios.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -49,7 +49,7 @@ struct Pair {
   const char* work;
   const char* floor;
 };
-// Of each work the first pair is drawn.
+// plot.py draws the first pair of each work.
 constexpr Pair kPairs[] = {
     {"serialize", "write"},
     {"serialize", "write_arena"},

@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_BENCHMARKS_WORKLOAD_H_
 #define FILTER_COMMON_BENCHMARKS_WORKLOAD_H_
 
-// What every figure is taken of: a group of rules with five matches, three actions, two counters
-// and a policer each. It compiles against the stand-ins, where BENCHMARKS_WITH_STANDINS is defined,
-// and against the pair of platform libraries in platform/plain, whose policers are 32 bytes
-// without heap: there the figures are the library's own.
+// The group of all measurements: each rule has five matches, three actions, two counters and a
+// policer. This header compiles against the stand-ins (if BENCHMARKS_WITH_STANDINS is defined) and
+// against the libraries in platform/plain. The policers of platform/plain are 32 bytes without
+// heap, so the figures with them show the cost of this library alone.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
@@ -94,7 +94,7 @@ inline FiltersGroup makeGroup(unsigned rules) {
   return group;
 }
 
-// The same group as a message, filled with nothing but the message classes.
+// The same group as a message, filled with the message classes alone.
 inline void fillMessage(unsigned rules, const std::string& policer, FiltersGroupPB* group) {
   const auto portOnWire = [](const limid_t& port) {
     std::uint32_t value;
@@ -141,7 +141,7 @@ inline void fillMessage(unsigned rules, const std::string& policer, FiltersGroup
   }
 }
 
-// The message does the same work: the same bytes come out.
+// Checks that the message gives the same bytes, so that both do the same work.
 inline void requireSameBytes(unsigned rules) {
   FiltersGroupPB message;
   fillMessage(rules, makePolicer().Serialize(), &message);
@@ -150,14 +150,14 @@ inline void requireSameBytes(unsigned rules) {
   require(message.SerializeAsString() == bytes, "the messages of the floor are not the library's");
 }
 
-// Takes everything and keeps nothing, so that printing is all that is measured.
+// Accepts all text and keeps none, so that only printing is measured.
 class NullBuffer : public std::streambuf {
  protected:
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }
   std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
 
-// The processor's time that the work takes, the best of five times.
+// The CPU time of the work, the fastest of five runs.
 inline double secondsOf(const std::function<void()>& work) {
   double best = 1e9;
   for (int run = 0; run < 5; ++run) {

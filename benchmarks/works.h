@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_BENCHMARKS_WORKS_H_
 #define FILTER_COMMON_BENCHMARKS_WORKS_H_
 
-// What is measured of a group of N rules, by name: the works of the library, and floors, the same
-// bytes with the message classes alone. Each is done for the whole group, and timed or counted
-// without what prepares it, so that like stands beside like: what makes a group beside what makes a
-// message, and what destroys it too beside what does so.
+// The measured works on a group of N rules, by name: works of the library, and floors (the same
+// bytes with the message classes alone). Each work is done for the whole group. Its preparation is
+// not timed or counted, so that a work and its floor can be compared: for example, one makes a
+// group and the other makes a message, or both also destroy it.
 
 #include <google/protobuf/arena.h>
 
@@ -23,7 +23,7 @@
 
 namespace benchmarks {
 
-// A group, and everything that the works on it need.
+// A group and everything that the works need.
 class Fixture {
  public:
   explicit Fixture(unsigned rules) : rules_(rules), group_(makeGroup(rules)), twin_(group_) {
@@ -36,8 +36,8 @@ class Fixture {
 
   // --- Preparing ---
 
-  // Gives back what the last work made: a string that is assigned an empty one keeps its room, one
-  // that is swapped with it does not.
+  // Frees the results of the last work. The string is swapped with an empty one, because an
+  // assignment would keep its memory.
   void forget() {
     made_.reset();
     parsed_.reset();
@@ -48,7 +48,7 @@ class Fixture {
 
   // --- The library ---
 
-  // With the setters of entries, one rule after the other.
+  // Uses the setters of entries, one rule after the other.
   void make() { made_.emplace(makeGroup(rules_)); }
   void serialize() { group_.serialize(&out_); }
   void rebuild() { made_.emplace(bytes_); }
@@ -68,7 +68,7 @@ class Fixture {
     os << group_;
     out_ = os.str();
   }
-  // One rule of the group, sent alone and read on top of a group that is held.
+  // Sends one rule of the group alone and reads it into the existing group.
   void change() {
     FiltersGroup changed = makeEmptyGroup();
     require(changed.insertEntry(*inOrder_.back()) == FILTERS_OK, "a rule is refused");
@@ -83,7 +83,7 @@ class Fixture {
 
   void decode() { require(FiltersInspect::decodeGroup(bytes_).report.empty(), "a loss"); }
   void decodeLosses() { require(!FiltersInspect::decodeGroup(out_).report.empty(), "no loss"); }
-  // The same group, of which each rule has a field that its match does not look at.
+  // The same group, but each rule has a field that its match ignores.
   void writeLosses() {
     parseAgain();
     for (FiltersEntryPB& rule : *kept_.mutable_entries_()) {
@@ -93,7 +93,7 @@ class Fixture {
   }
 #endif
 
-  // --- Floors: messages on the heap, on an arena, and one that is used again ---
+  // --- Floors: messages on the heap, messages on an arena, and one message used again ---
 
   void write() {
     FiltersGroupPB message;
@@ -150,8 +150,8 @@ struct Work {
   void (Fixture::*prepare)();
   void (Fixture::*run)();
 
-  // Prepares and does it once, and leaves it prepared: the caches hold what it needs then, and not
-  // what another work has left in them.
+  // Prepares the work, does it once and prepares it again. The caches then hold the data of this
+  // work and not that of another one.
   void warm(Fixture* fixture) const {
     (fixture->*prepare)();
     (fixture->*run)();

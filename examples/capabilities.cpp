@@ -1,5 +1,5 @@
-// Prints what each type and each stage of a group admits, in Markdown: docs/capabilities.md is its
-// output.
+// Prints what each type and each stage of a group admits, in Markdown. docs/capabilities.md is the
+// output of this program.
 
 #include <filter_common/filter_groups.h>
 
@@ -27,7 +27,7 @@ const Row<fc::filtersAction_t> kActions[] = {
 #include <filter_common/filter_actions.def>
 };
 
-// What stands behind FILTERS_GROUP_TYPE_ and FILTERS_GROUP_STAGE_.
+// The rest of an enumerator's name after FILTERS_GROUP_TYPE_ or FILTERS_GROUP_STAGE_.
 std::string nameOf(fc::filtersGroupType_t type) {
   return type == fc::FILTERS_GROUP_TYPE_NONE ? "NONE" : std::to_string(type);
 }
@@ -43,7 +43,7 @@ std::string nameOf(fc::filtersGroupStage_t stage) {
   return std::to_string(stage);
 }
 
-// A column for each type or stage that the library's table has, behind those of the codes.
+// Prints the columns of the codes, then one for each type or stage in the library's table.
 template <class Table>
 void printHead(const std::string& columns, const std::string& rule, const Table& table) {
   std::cout << '\n' << columns;
@@ -77,7 +77,7 @@ void printTypes() {
   }
 }
 
-// No table of these is published, so the check is asked.
+// The library has no public table of policer stages, so this asks the check.
 void printPolicerStages() {
   const fc::FiltersGroup group(0);
   std::cout << "\n| stage | policer stages |\n| --- | --- |\n";

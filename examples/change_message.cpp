@@ -1,6 +1,6 @@
-// Handles a group's message itself: reads what send_group sends, raises every priority and sends it
-// on. Few programs need this; those that do link filter_common::messages, or with pkg-config
-// filter_common_messages, and never compile the schemas again.
+// Handles the message of a group: reads the output of send_group, raises every priority and sends
+// the message on. Few programs need this. Such a program links filter_common::messages (with
+// pkg-config: filter_common_messages) and never compiles the schemas again.
 //
 //   send_group | change_message | receive_group
 
@@ -14,7 +14,7 @@
 
 namespace fc = FiltersCommon;
 
-// More than any table of this device: a length beyond it is not worth allocating.
+// This is more than any table of the device. A greater length is wrong, and is not allocated.
 constexpr std::uint32_t kMaxLength = 64u << 20;
 
 int main() {
@@ -32,7 +32,7 @@ int main() {
     for (fc::FiltersEntryPB& entry : *message.mutable_entries_()) {
       entry.set_priority_(entry.priority_() + 1000);
     }
-    // The library takes messages as it takes bytes, and leaves out what its checks refuse.
+    // The library reads a message like bytes, and leaves out entries that its checks refuse.
     fc::FiltersGroup group(0);
     group.convertFromFiltersGroupPB(&message);
     group.serialize(&bytes);

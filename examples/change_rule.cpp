@@ -1,8 +1,8 @@
-// Keeps a group in another process in step by sending what changed of it, not the whole: two rules
-// of ten thousand change, two go. docs/changes.md tells what that does to the group at the other
-// end.
+// Keeps a group in another process up to date by sending only its changes: two rules of ten
+// thousand change, and two are removed. docs/changes.md describes the effect on the group at the
+// other end.
 //
-//   change_rule    prints what was sent; exits with 1 when the two ends differ
+//   change_rule    prints what was sent; exits with 1 if the two ends differ
 
 #include <arpa/inet.h>
 #include <filter_common/filter_groups.h>
@@ -19,18 +19,18 @@ namespace {
 
 using Ids = std::vector<fc::filtersEntryId_t>;
 
-// What goes from one end to the other. How the two are framed on their way is the sender's choice;
-// a group's bytes do not say where they end.
+// The data that goes from one end to the other. The sender chooses how to frame its two parts; the
+// bytes of a group do not say where they end.
 struct Change {
   Ids removed;
-  std::string bytes;  // of a group that holds the new and the changed rules alone
+  std::string bytes;  // a group of the new and the changed rules alone
 };
 
 void require(fc::filtersErr_t result) {
   if (result != fc::FILTERS_OK) throw std::runtime_error("refused: " + std::to_string(result));
 }
 
-// Drops what a host sends, for the host's number.
+// A rule that drops the packets of one host.
 fc::FiltersEntry rule(fc::filtersEntryId_t id) {
   fc::FiltersEntry entry(id);
   require(entry.setMatch(fc::MatchSrcIPv4(in_addr{htonl(0x0a000000 + id)})));  // 10.0.0.0/8
@@ -40,8 +40,8 @@ fc::FiltersEntry rule(fc::filtersEntryId_t id) {
 
 // --- The sender's end ----------------------------------------------------------------------------
 
-// The head is that of the whole group: it replaces the one at the other end, and decides there
-// whether the rules are admitted.
+// The part has the head of the whole group. It replaces the head at the other end and decides there
+// which rules are admitted.
 fc::FiltersGroup emptyLike(const fc::FiltersGroup& group) {
   fc::FiltersGroup empty(group.getId());
   empty.setPriority(group.getPriority());
@@ -60,7 +60,8 @@ Change changeOf(const fc::FiltersGroup& group, const Ids& changed, const Ids& re
 
 // --- The receiver's end --------------------------------------------------------------------------
 
-// False when this group is not the one that the change was made of: then the whole is asked for.
+// False if this group is not the one for which the change was made; the receiver then asks for the
+// whole group.
 bool apply(const Change& change, fc::FiltersGroup* group) {
   fc::FiltersGroupPB message;
   if (!message.ParseFromString(change.bytes) || message.id_() != group->getId()) return false;
@@ -68,7 +69,7 @@ bool apply(const Change& change, fc::FiltersGroup* group) {
     if (group->removeEntry(id) != fc::FILTERS_OK) return false;
   }
   group->convertFromFiltersGroupPB(&message);
-  // A rule that is refused is left out without a word, and the one it should replace stays.
+  // A refused rule is left out without a report, and the rule that it should replace stays.
   for (const fc::FiltersEntryPB& sent : message.entries_()) {
     const auto held = group->getEntriesRef().find(sent.id_());
     if (held == group->getEntriesRef().end()) return false;

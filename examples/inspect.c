@@ -1,12 +1,12 @@
-// Asks libfilter_inspect from C: why is a rule refused, where would it be admitted, and what do
-// bytes lose that came from elsewhere? It ends with 0 only if everything was as expected.
+// Asks libfilter_inspect from C: Why is a rule refused? Which groups would admit it? What is lost
+// when the bytes of another sender are read? It ends with 0 only if everything was as expected.
 
 #include <filter_common/filter_matches_c.h>
 #include <filter_inspect/filter_inspect_c.h>
 #include <stdio.h>
 #include <string.h>
 
-// The report as text, and whether its first finding is the expected one.
+// Prints the report as text. True if its first finding is the expected one.
 static int show(FiltersReport* report, const char* expected) {
   char text[1000];
   filtersFinding_t first;
@@ -26,7 +26,7 @@ static FiltersEntry* ruleOfVrf(uint16_t vrf) {
   return rule;
 }
 
-// A refused rule, and the types that would take its match.
+// Prints why a rule is refused, and the types that would admit its match.
 static int whyRefused(void) {
   FiltersEntry* rule = ruleOfVrf(5);
   FiltersReport* why =
@@ -47,7 +47,7 @@ static int whyRefused(void) {
   return good;
 }
 
-// A sender with wider numbers: to the bytes of a rule it adds a match on VLAN 65636.
+// Reads a sender with wider numbers, which adds a match on VLAN 65636 to the bytes of a rule.
 static int whatWasLost(void) {
   static const unsigned char match[] = {0x22, 0x06, 0x08, 0x02, 0x18, 0xe4, 0x80, 0x04};
   unsigned char bytes[200];

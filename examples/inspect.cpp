@@ -1,5 +1,5 @@
-// Asks libfilter_inspect: why is a rule refused, where would it be admitted, and what do bytes lose
-// that came from elsewhere? It ends with 0 only if everything was as expected.
+// Asks libfilter_inspect: Why is a rule refused? Which groups would admit it? What is lost when the
+// bytes of another sender are read? It ends with 0 only if everything was as expected.
 
 #include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_explain.h>
@@ -12,7 +12,7 @@ using namespace FiltersInspect;
 
 namespace {
 
-// Prints the report; whether it begins with the expected finding.
+// Prints the report. True if it begins with the expected finding.
 bool show(const Report& report, Code expected) {
   std::cout << report;
   if (!report.empty() && report.findings.front().code == expected) return true;
@@ -20,7 +20,7 @@ bool show(const Report& report, Code expected) {
   return false;
 }
 
-// A refused rule, and the groups that would take it.
+// Prints why a rule is refused, and the groups that would admit it.
 bool whyRefused() {
   FiltersEntry rule(30);
   if (rule.setMatch(MatchVrfId(5)) != FILTERS_OK) return false;
@@ -37,7 +37,7 @@ bool whyRefused() {
   return good;
 }
 
-// A sender with wider numbers: the only rule of its group matches VLAN 65636.
+// Reads a sender with wider numbers: the only rule of its group matches VLAN 65636.
 bool whatWasLost() {
   std::string rule;
   FiltersEntry(40).serialize(&rule);

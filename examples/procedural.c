@@ -1,5 +1,5 @@
-// Builds a group of filter rules from C, reads it back and shows what a refusal looks like: the
-// procedural half of the tutorial. It ends with 0 only if everything was as expected.
+// The tutorial in C: builds a group of filter rules, reads it back and shows a refusal. It ends
+// with 0 only if everything was as expected.
 
 #include <arpa/inet.h>
 #include <filter_common/filter_actions_c.h>
@@ -17,12 +17,13 @@ static void show(const char* what, long value, long expected) {
   ++surprises;
 }
 
-// For what must not fail: a rule without one of its matches would apply to more packets.
+// Stops if a call that must not fail is refused: a rule without one of its matches would apply to
+// more packets.
 static void require(filtersErr_t result) {
   if (result != FILTERS_OK) show("an unexpected refusal", result, FILTERS_OK);
 }
 
-// An entry stores copies, so what was made for it can be deleted at once.
+// An entry stores copies, so the caller can delete its own objects at once.
 static filtersErr_t addMatch(FiltersEntry* rule, void* match) {
   const filtersErr_t result = filtersEntrySetMatch(rule, match);
   deleteMatch(match);
@@ -69,7 +70,7 @@ static FiltersEntry* expiring(void) {
   return rule;
 }
 
-// What a rule holds is read into an object of the same kind.
+// To read a match of a rule, make an object of the same kind and let the rule fill it.
 static void showDestinationPort(FiltersEntry* rule) {
   void* port = newMatchDstL4Port(0);
   require(filtersEntryGetMatch(rule, port));
@@ -80,7 +81,8 @@ static void showDestinationPort(FiltersEntry* rule) {
 int main(void) {
   puts("A group for the control plane");
   FiltersGroup* group = newFiltersGroup(1);
-  filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);  // reports nothing: read it back
+  filtersGroupSetStage(group,
+                       FILTERS_GROUP_STAGE_INGRESS);  // does not report a refusal: read it back
   show("stage", filtersGroupGetStage(group), FILTERS_GROUP_STAGE_INGRESS);
   require(filtersGroupSetType(group, FILTERS_GROUP_TYPE_3));
   show("type", filtersGroupGetType(group), FILTERS_GROUP_TYPE_3);

@@ -1,11 +1,11 @@
-// Reads filter groups that another process sent, rebuilds and prints them. The library's tutorial,
-// second half; send_group.cpp is the first.
+// The tutorial, second half (send_group.cpp is the first): reads filter groups that another process
+// sent, rebuilds and prints them.
 //
 //   send_group | receive_group [FILE]
 //
-// Building a group from bytes never reports what it had to leave out, so the receiver looks for
-// itself: a group that came in whole serializes to the very bytes that were received. With a FILE,
-// what is printed must be the file's content too. Exits with 1 on any difference.
+// Building a group from bytes never reports what it left out, so the receiver checks: a group that
+// arrived complete serializes to the same bytes that were received. If a FILE is given, the printed
+// text must equal the file's content. Exits with 1 on any difference.
 
 #include <arpa/inet.h>
 #include <filter_common/filter_groups.h>
@@ -21,12 +21,12 @@ namespace fc = FiltersCommon;
 
 namespace {
 
-// More than any table of this device: a length beyond it is not worth allocating.
+// This is more than any table of the device. A greater length is wrong, and is not allocated.
 constexpr std::uint32_t kMaxLength = 64u << 20;
 
 enum class Frame { kGroup, kEnd, kBroken };
 
-// Reads the length in four bytes, most significant first, and that many bytes.
+// Reads a length in four bytes, the most significant first, and then that many bytes.
 Frame receive(std::istream& is, std::string* bytes) {
   std::uint32_t length = 0;
   is.read(reinterpret_cast<char*>(&length), sizeof length);
@@ -61,7 +61,7 @@ int main(int argc, char** argv) {
         std::cout << printed.str();
         return fail("group " + std::to_string(group.getId()) + " differs from what was sent");
       }
-    } catch (const std::invalid_argument& refusal) {  // the one thing that a constructor reports
+    } catch (const std::invalid_argument& refusal) {  // the only error that a constructor reports
       return fail(refusal.what());
     }
   }

@@ -1,9 +1,9 @@
-// Builds the two filter groups that protect a router's control plane and sends them to another
-// process. The library's tutorial, first half; receive_group.cpp is the second.
+// The tutorial, first half (receive_group.cpp is the second): builds the two filter groups that
+// protect a router's control plane and sends them to another process.
 //
-//   send_group | receive_group    the groups' bytes, each behind its length
-//   send_group --print            what the other side must print
-//   send_group --refusals         what the library refuses, and how
+//   send_group | receive_group    sends the bytes of each group after their length
+//   send_group --print            prints what the other side must print
+//   send_group --refusals         prints what the library refuses, and with which code
 
 #include <arpa/inet.h>
 #include <filter_common/filter_groups.h>
@@ -38,15 +38,15 @@ ether_addr mac(const char* text) {
   return address;
 }
 
-// A broken rule would leave a hole: stop rather than send it.
+// Stops if a rule cannot be made: sending it incomplete would leave a hole in the protection.
 void require(fc::filtersErr_t result) {
   if (result != fc::FILTERS_OK) throw std::runtime_error("refused: " + std::to_string(result));
 }
 
 // --- Layer 3: what may reach the CPU of the router -----------------------------------------------
 
-// What all rules share: one parent policer for all traffic to the CPU. Copies of an entry share
-// their parent, so every rule begins as a copy of this one.
+// The common part of all rules: one parent policer for all traffic to the CPU. Copies of an entry
+// share their parent, so every rule begins as a copy of this one.
 fc::FiltersEntry cpuRule() {
   fc::FiltersEntry rule;
   require(rule.setPolicerParent(policer::Policer(1, policer::Stage::Ingress,
@@ -67,8 +67,8 @@ void admit(fc::FiltersEntry& rule, unsigned char queue, std::uint32_t rate) {
   require(rule.setCounter(fc::Counter(2, fc::FILTERS_COUNTER_TYPE_RED_OCTETS)));
 }
 
-// What comes over TCP (protocol 6) from one prefix; which end of the connection is ours says the
-// port that the caller adds.
+// A rule for TCP packets (protocol 6) from one prefix. The caller adds the source or destination
+// port, depending on which end opens the connection.
 fc::FiltersEntry tcpFrom(fc::filtersEntryId_t id, const char* prefix, const char* mask) {
   fc::FiltersEntry rule(cpuRule());
   rule.setId(id);
@@ -78,7 +78,7 @@ fc::FiltersEntry tcpFrom(fc::filtersEntryId_t id, const char* prefix, const char
   return rule;
 }
 
-// A routing protocol that speaks to a multicast group.
+// A rule for a routing protocol that sends to a multicast group.
 fc::FiltersEntry multicastProtocol(fc::filtersEntryId_t id, const char* group,
                                    unsigned char protocol) {
   fc::FiltersEntry rule(cpuRule());
@@ -95,12 +95,12 @@ fc::FiltersGroup controlPlane() {
   require(group.setStage(fc::FILTERS_GROUP_STAGE_INGRESS));
   require(group.setType(fc::FILTERS_GROUP_TYPE_3));
 
-  fc::FiltersEntry bgp = tcpFrom(10, "192.0.2.0", "255.255.255.0");  // sessions the peers open
+  fc::FiltersEntry bgp = tcpFrom(10, "192.0.2.0", "255.255.255.0");  // sessions that the peers open
   require(bgp.setMatch(fc::MatchDstL4Port(179, 0xffff)));
   admit(bgp, 6, 2000);
   require(group.insertEntry(bgp));
 
-  fc::FiltersEntry bgpReply = tcpFrom(11, "192.0.2.0", "255.255.255.0");  // and those we open
+  fc::FiltersEntry bgpReply = tcpFrom(11, "192.0.2.0", "255.255.255.0");  // sessions that we open
   require(bgpReply.setMatch(fc::MatchSrcL4Port(179, 0xffff)));
   admit(bgpReply, 6, 2000);
   require(group.insertEntry(bgpReply));
@@ -115,11 +115,11 @@ fc::FiltersGroup controlPlane() {
   require(group.insertEntry(ospf));
 
   fc::FiltersEntry vrrp = multicastProtocol(40, "224.0.0.18", 112);
-  require(vrrp.setMatch(fc::MatchTTL(255)));  // RFC 5798: anything else came from off the link
+  require(vrrp.setMatch(fc::MatchTTL(255)));  // RFC 5798: any other TTL came over another link
   admit(vrrp, 6, 100);
   require(group.insertEntry(vrrp));
 
-  fc::FiltersEntry expiring(cpuRule());  // traceroute: the CPU answers, but not to a flood
+  fc::FiltersEntry expiring(cpuRule());  // traceroute: the CPU answers a limited number
   expiring.setId(50);
   expiring.setPriority(50);
   require(expiring.setMatch(fc::MatchTTL(1)));
@@ -137,7 +137,7 @@ fc::FiltersGroup controlPlane() {
 
 // --- Layer 2: link protocols and customer VLANs --------------------------------------------------
 
-// The reserved group addresses of IEEE 802.1Q and 802.3.
+// The rules for the reserved group addresses of IEEE 802.1Q and 802.3.
 void addLinkProtocol(fc::FiltersGroup& group, fc::filtersEntryId_t id, const char* destination,
                      const char* mask) {
   fc::FiltersEntry rule(id);
@@ -157,7 +157,7 @@ fc::FiltersGroup linkLayer() {
   addLinkProtocol(group, 2, "01:80:c2:00:00:00", "ff:ff:ff:ff:ff:ff");  // STP
   addLinkProtocol(group, 3, "01:80:c2:00:00:0e", "ff:ff:ff:ff:ff:ff");  // LLDP
 
-  fc::FiltersEntry reserved(10);  // the rest of the block ends at the bridge
+  fc::FiltersEntry reserved(10);  // no bridge forwards the rest of the block
   require(reserved.setMatch(fc::MatchDstMac(mac("01:80:c2:00:00:00"), mac("ff:ff:ff:ff:ff:f0"))));
   require(reserved.setAction(fc::ActionDeny()));
   require(group.insertEntry(reserved));
@@ -204,7 +204,7 @@ void printRefusals(std::ostream& os) {
   }
 }
 
-// The length in four bytes, most significant first, then the bytes.
+// Writes the length in four bytes, the most significant first, then the bytes.
 void send(const fc::FiltersGroup& group, std::ostream& os) {
   std::string bytes;
   group.serialize(&bytes);

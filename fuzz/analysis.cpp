@@ -1,5 +1,6 @@
-// Tiny groups, beside every packet of theirs, and any group that bytes make: what is said of it can
-// be replayed, and beside itself nothing differs.
+// Checks the analysis of tiny groups against every packet that they can tell apart. For any group
+// that bytes make, it checks that tracing the example packets confirms the findings, and that the
+// group does not differ from itself.
 
 #include "../tests/inspect/analysis/tiny_checks.h"
 #include "fuzz.h"

@@ -1,5 +1,5 @@
-// Any bytes mean what their message means, as an entry and as a group, or throw the one exception
-// that is documented.
+// Checks that any bytes make the same entry and group as their parsed message does, or throw the
+// one documented exception.
 
 #include "../tests/meaning.h"
 #include "fuzz.h"

@@ -1,5 +1,5 @@
-// A sequence of calls, taken from the input, each through the class interface or the procedural
-// one. After each call the entries and the groups hold what the model says.
+// Makes a sequence of calls from the input, each through the class interface or the procedural
+// interface. After each call the entries and groups must hold what the model holds.
 
 #include <filter_common/filter_entries_c.h>
 #include <filter_common/filter_groups_c.h>
@@ -30,7 +30,7 @@ void withSample(testing::Types<T...>, ByteReader& in, Use use) {
   static_cast<void>(((left-- == 0 && (give(catalogue::samples<T>()), true)) || ...));
 }
 
-// Whether the procedural interface refuses the class.
+// True if the procedural interface refuses the class.
 bool hidden(const Match& match) {
   return catalogue::kMatchesOfClassesAlone.count(match.getType()) != 0;
 }
@@ -82,7 +82,8 @@ void erase(Entry& e, Entry&, ByteReader& in) {
   FUZZ_CHECK(result == fuzz::erase(ofMatch ? e.model.matches : e.model.actions, code));
 }
 
-// Several at once, under keys that need not be their codes, with gaps and unknown codes.
+// Sets several objects at once, under keys that need not be their codes, with null pointers and
+// unknown codes.
 template <class Base>
 void putMany(Entry& e, Entry&, ByteReader& in) {
   constexpr bool matches = fuzz::isMatch<Base>;
@@ -171,7 +172,7 @@ struct Group {
   fuzz::GroupModel model;
 };
 
-// The entry, or one of a single match or action, which fits more often.
+// Inserts the entry, or an entry with a single match or action, which groups admit more often.
 void insert(Group& g, Group&, const Entry& e, ByteReader& in) {
   Entry given{FiltersEntry(e.real), e.model};
   if (in.flag()) {
@@ -189,7 +190,8 @@ void removeEntry(Group& g, Group&, const Entry&, ByteReader& in) {
              fuzz::erase(g.model.entries, id));
 }
 
-// The very entry that is replaced by its copy, and the very key that is removed with its entry.
+// Passes a group its own parts: the entry that its copy then replaces, or the key that is removed
+// with its entry.
 void passOwnParts(Group& g, Group&, const Entry&, ByteReader& in) {
   if (g.model.entries.empty()) return;
   const auto& [key, entry] = *g.real.getEntriesRef().begin();
@@ -208,7 +210,7 @@ void setPriorityAndStage(Group& g, Group&, const Entry&, ByteReader& in) {
   const auto stage = filtersGroupStage_t(number);
   const filtersErr_t expected = g.model.setStage(number);
   if (in.flag()) return FUZZ_CHECK(g.real.setStage(stage) == expected);
-  filtersGroupSetStage(&g.real, stage);  // a refusal shows in the stage that stays
+  filtersGroupSetStage(&g.real, stage);  // after a refusal the stage is the old one
 }
 
 void setType(Group& g, Group&, const Entry&, ByteReader& in) {
@@ -218,7 +220,7 @@ void setType(Group& g, Group&, const Entry&, ByteReader& in) {
              g.model.setType(number));
 }
 
-// Stage and type as another process may send them, and the other's entries on top of those held.
+// Reads a message with any stage and type and with the entries of the other group.
 void readMessage(Group& g, Group& other, const Entry&, ByteReader& in) {
   FiltersGroupPB message = other.model.message();
   message.set_id_(in.u32());
@@ -243,8 +245,8 @@ constexpr void (*kGroupCalls[])(Group&, Group&, const Entry&, ByteReader&) = {
     insert,  insert,      insert,         insert, removeEntry, passOwnParts, setPriorityAndStage,
     setType, readMessage, assignOrCompare};
 
-// What another process makes of the bytes: entries that the stage and type refuse are left out.
-// Such are held after a message that brought another stage or type to a group with entries.
+// Checks the group that another process makes from the bytes: it leaves out entries that the stage
+// and type refuse. A group holds such entries after it reads a message with another stage or type.
 void checkRebuilt(const Group& g) {
   fuzz::GroupModel expected = g.model;
   expected.entries.clear();
@@ -254,8 +256,8 @@ void checkRebuilt(const Group& g) {
   FUZZ_NO_FAULT(catalogue::faultOf(rebuilt));
 }
 
-// An object holds the same as its model after a call; it equals what it was before if the call
-// changed nothing, and only then.
+// Checks that the object equals its model after a call, and that it equals its old value exactly if
+// the call changed nothing.
 template <class Subject, class Call>
 void play(Subject& subject, Call call) {
   const auto before = subject.real;

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_FUZZ_FUZZ_H_
 #define FILTER_COMMON_FUZZ_FUZZ_H_
 
-// What the harnesses share. Each defines LLVMFuzzerTestOneInput(): libFuzzer calls it with inputs
-// that it makes up, replay.cpp with files. A broken promise stops the process.
+// Helpers of all harnesses. Each harness defines LLVMFuzzerTestOneInput(). libFuzzer calls it with
+// inputs that it makes up, and replay.cpp calls it with files. A broken promise stops the process.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 #define FUZZ_CHECK(condition) \
   ((condition) ? void() : fuzz::fail(__FILE__, __LINE__, "does not hold: " #condition))
-// Of a text that says what is wrong, and is empty when nothing is.
+// `fault` is a text that says what is wrong, or is empty if nothing is.
 #define FUZZ_NO_FAULT(fault) \
   if (const std::string text = (fault); !text.empty()) fuzz::fail(__FILE__, __LINE__, text)
 
@@ -25,7 +25,7 @@ namespace fuzz {
   std::abort();
 }
 
-// Takes an input apart; behind its end everything reads as zero.
+// Reads numbers from an input. After the end of the input every number is zero.
 class ByteReader {
  public:
   ByteReader(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
@@ -39,7 +39,7 @@ class ByteReader {
   }
   bool flag() { return (u8() & 1) != 0; }
   unsigned below(std::size_t limit) { return static_cast<unsigned>(u8() % limit); }
-  // A small number most of the time, any number now and then: codes, stages, ids.
+  // Mostly a number below a limit, sometimes any number; for codes, stages and ids.
   std::uint32_t mostlyBelow(std::size_t limit) {
     const unsigned value = u8();
     return value == 255 ? u32() : static_cast<std::uint32_t>(value % limit);

@@ -1,4 +1,5 @@
-// Any JSON: reading it gives groups or findings, and what is read is written and read alike.
+// Checks that reading any JSON gives groups or findings, and that groups that were read can be
+// written and read again without a change.
 
 #include "../tests/inspect/forms/form_samples.h"
 #include "fuzz.h"

@@ -1,5 +1,6 @@
-// Writes what fuzzing of text and JSON starts from, besides what make_seeds writes:
-// make_form_seeds FOLDER. The same on every machine.
+// Writes the seeds of the text and JSON harnesses, in addition to those of make_seeds:
+//   make_form_seeds FOLDER
+// The seeds are the same on every machine.
 
 #include <filesystem>
 #include <fstream>

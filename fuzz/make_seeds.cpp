@@ -1,5 +1,6 @@
-// Writes what fuzzing starts from, a folder of inputs for each harness: make_seeds FOLDER. The same
-// on every machine.
+// Writes the seeds of fuzzing, a folder of inputs for each harness:
+//   make_seeds FOLDER
+// The seeds are the same on every machine.
 
 #include <filesystem>
 #include <fstream>
@@ -19,7 +20,7 @@ struct Folder {
   }
 };
 
-// An entry of each sample.
+// An entry for each sample.
 template <class... T>
 void addEntries(testing::Types<T...>, Folder* folder) {
   const auto add = [folder](const auto& samples) {
@@ -46,7 +47,7 @@ void addNoise(Folder* folder) {
 
 int main(int, char** argv) {
   const std::filesystem::path path = argv[1];
-  std::filesystem::remove_all(path);  // what an earlier run may have left
+  std::filesystem::remove_all(path);  // an earlier run may have left files
   Folder bytes{path / "bytes"}, calls{path / "calls"}, strictDecode{path / "strict_decode"},
       analysis{path / "analysis"};
   for (const Folder& folder : {bytes, calls, strictDecode, analysis}) {

@@ -1,8 +1,9 @@
 #ifndef FILTER_COMMON_FUZZ_MODEL_H_
 #define FILTER_COMMON_FUZZ_MODEL_H_
 
-// What entries and groups must hold after a sequence of calls, written a second time and as plainly
-// as possible: maps from codes to bytes. A model and the object beside it serialize alike.
+// A model of entries and groups: the content that they must have after a sequence of calls, written
+// a second time and as plainly as possible, as maps from codes to bytes. A model and its object
+// serialize to the same bytes.
 
 #include <optional>
 
@@ -62,7 +63,7 @@ struct EntryModel {
     return FILTERS_OK;
   }
 
-  // What reading the message of another entry does.
+  // Does what reading the message of another entry does.
   void add(const EntryModel& other) {
     id = other.id;
     priority = other.priority;
@@ -92,7 +93,8 @@ struct EntryModel {
   }
 };
 
-// The refusal for a row that does not exist or does not admit all that is held.
+// `noRow` if the table does not have the row, `notAdmitted` if the row does not admit everything
+// held.
 template <class Value>
 filtersErr_t refusalOf(const catalogue::Table& table, std::uint32_t row,
                        const std::map<std::uint32_t, Value>& held, filtersErr_t noRow,
@@ -111,7 +113,7 @@ struct GroupModel {
   std::uint32_t type = 0;
   std::map<std::uint32_t, EntryModel> entries;
 
-  // Whether the two may stand together.
+  // The refusal, if the stage does not admit the type.
   static filtersErr_t check(std::uint32_t stage, std::uint32_t type) {
     return refusalOf(catalogue::kTypesOfStage, stage, std::map<std::uint32_t, int>{{type, 0}},
                      FILTERS_ERR_INVALID_STAGE, FILTERS_ERR_TYPE_NOT_ALLOWED);
@@ -137,7 +139,8 @@ struct GroupModel {
     return FILTERS_OK;
   }
 
-  // Of the stage or of the type, when the two may stand together and each entry passes the check.
+  // Changes the stage or the type, if the new stage admits the new type and each entry passes the
+  // check.
   filtersErr_t change(std::uint32_t GroupModel::*which, std::uint32_t value,
                       filtersErr_t (*checkEntry)(const EntryModel&, std::uint32_t)) {
     GroupModel changed = *this;

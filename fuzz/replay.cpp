@@ -1,4 +1,5 @@
-// Runs a harness over a folder of inputs and single ones, without libFuzzer: replay FOLDER FILE...
+// Runs a harness over a folder of inputs and over single files, without libFuzzer:
+//   replay FOLDER FILE...
 
 #include <filesystem>
 #include <fstream>
@@ -14,7 +15,8 @@ int main(int argc, char** argv) {
   std::set<fs::path> files(argv + 2, argv + argc);
   for (const auto& file : fs::directory_iterator(argv[1])) files.insert(file.path());
   for (const fs::path& file : files) {
-    // Named before it runs: the last name is that of the input that failed.
+    // The name is printed before the run, so the last name printed belongs to the input that
+    // failed.
     std::printf("%s\n", file.c_str());
     std::fflush(stdout);
     std::ifstream in(file, std::ios::binary);

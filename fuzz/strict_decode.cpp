@@ -1,4 +1,4 @@
-// Strict decoding keeps its promises for any bytes, as an entry and as a group.
+// Checks the promises of strict decoding for any bytes, as an entry and as a group.
 
 #include "../tests/inspect/decode/decoding.h"
 #include "fuzz.h"

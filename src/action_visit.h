@@ -9,7 +9,7 @@
 
 namespace FiltersCommon {
 
-// Names the class of an action code to a generic function.
+// A tag that tells a generic function the class of an action code.
 template <class T>
 struct ActionTag {
   using Class = T;
@@ -27,9 +27,9 @@ struct ActionTag {
   }
 #include <filter_common/filter_actions.def>
 
-// The only switch over action codes: returns f(ActionTag<T>()) for the class T of the code, and
-// `unknown` for a code that no class carries. The catalogue's row is all that a new code needs
-// here; an enumerator without a row does not compile.
+// The only switch over action codes. It returns f(ActionTag<T>()) for the class T of the code, and
+// `unknown` for a code without a class. A new code needs only its row in the catalogue; an
+// enumerator without a row does not compile.
 template <class R, class F>
 R visitAction(filtersAction_t code, R unknown, F&& f) {
   switch (code) {

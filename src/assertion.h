@@ -1,16 +1,16 @@
 #ifndef FILTER_COMMON_SRC_ASSERTION_H_
 #define FILTER_COMMON_SRC_ASSERTION_H_
 
-// The reporting function is declared only where assertions are on.
+// The header declares the reporting function only if NDEBUG is not defined.
 #undef NDEBUG
 #include <assert.h>
 
-// The C library's assertion, with two differences: it holds in every kind of build, since callers
-// rely on it, and it reports the bare file name and the given signature, whatever the compiler
-// would print and wherever the sources lie.
+// The C library's assertion, with two differences. It is active in every kind of build, since
+// callers rely on it. It reports the file name without its folder and the given signature, so that
+// the text does not depend on the compiler or on the place of the sources.
 #define FILTERS_ASSERT(expression, signature) FILTERS_ASSERT_AT(expression, __LINE__, signature)
 
-// The same, with the line that callers know it by.
+// The same, but reports the given line number, which is part of the interface.
 #define FILTERS_ASSERT_AT(expression, line, signature) \
   ((expression) ? static_cast<void>(0) : __assert_fail(#expression, __FILE_NAME__, line, signature))
 

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_SRC_CLASS_CHECKS_H_
 #define FILTER_COMMON_SRC_CLASS_CHECKS_H_
 
-// What the compiler holds a class of the catalogues to: what it holds is compared and sent.
+// Checks at compile time that the classes of the catalogues compare and convert all their data.
 
 #include <cstddef>
 #include <type_traits>
@@ -9,7 +9,7 @@
 
 namespace FiltersCommon {
 
-// The class that declares a member function: T's own, or the base that T has it from.
+// The class that declares a member function: T itself, or the base from which T inherits it.
 template <class C, class Result, class... Arguments>
 C declaring(Result (C::*)(Arguments...));
 template <class C, class Result, class... Arguments>
@@ -25,15 +25,14 @@ constexpr bool holdsMore(std::index_sequence<n...>) {
   return ((sizeof(WithTail<T, n + 1>) != sizeof(WithTail<Base, n + 1>)) || ...);
 }
 
-// Whether T's member function, its own or inherited, is of a class that holds all that T holds.
-// Data may hide in the padding that ends the base: a tail of some size then finds less room behind
-// T.
+// True if T adds no data member below the class that declares `function`. sizeof misses a member
+// placed in the base's tail padding; appending arrays of 1..alignof(T) bytes exposes it.
 template <class T, class Function>
 constexpr bool knowsAllOf(Function function) {
   return !holdsMore<T, decltype(declaring(function))>(std::make_index_sequence<alignof(T)>());
 }
 
-// Whether a member function is declared by Base itself.
+// True if Base itself declares the member function.
 template <class Base, class Function>
 constexpr bool isOf(Function function) {
   return std::is_same_v<decltype(declaring(function)), Base>;

@@ -33,11 +33,11 @@ void Action::convertFromActionPB(const ActionPB*) {}
 
 bool Action::operator==(const Action& other) const {
   if (getType() != other.getType()) return false;
-  // Deliberate: two actions of one unknown code are equal, while two such matches differ.
+  // Deliberate: two actions with the same unknown code are equal, while two such matches differ.
   return visitAction(getType(), true, [&](auto tag) {
     using T = typename decltype(tag)::Class;
     if constexpr (isOf<Action>(&T::operator==)) {
-      return true;  // the class holds nothing, and has no comparison of its own
+      return true;  // the class has no data and no comparison of its own
     } else {
       return static_cast<const T&>(*this) == static_cast<const T&>(other);
     }
@@ -61,7 +61,7 @@ void ActionBlockEgressPorts::convertToActionPB(ActionPB* message) const {
   appendPortsTo(message->mutable_ports_(), ports_);
 }
 
-// Deliberate: the ports of the message are added to those held, while a redirection's replace them.
+// Deliberate: these ports are added to those held, while the ports of a redirection replace them.
 void ActionBlockEgressPorts::convertFromActionPB(const ActionPB* message) {
   ports_.reserve(ports_.size() + static_cast<std::size_t>(message->ports__size()));
   appendPortsFrom(message->ports_(), &ports_);
@@ -82,7 +82,7 @@ void ActionRedirect::convertToActionPB(ActionPB* message) const {
 
 void ActionRedirect::convertFromActionPB(const ActionPB* message) {
   const auto& ports = message->ports_();
-  ports_.resize(static_cast<std::size_t>(ports.size()));  // all of them or, without memory, none
+  ports_.resize(static_cast<std::size_t>(ports.size()));  // if memory runs out, nothing changes
   std::transform(ports.begin(), ports.end(), ports_.begin(), limidFromWire);
 }
 
@@ -122,8 +122,8 @@ bool ActionMplsPortSet::operator==(const ActionMplsPortSet& other) const {
          limid_compare(vpn_id, other.vpn_id) == 0;
 }
 
-// Deliberate: interface indexes, where every other class sends limids. Neither conversion looks at
-// the platform's result: an id that the platform cannot convert travels as 0.
+// Deliberate: this class sends interface indexes, while every other class sends limids. Neither
+// conversion checks the platform's result: an id that the platform cannot convert is sent as 0.
 void ActionMplsPortSet::convertToActionPB(ActionPB* message) const {
   Action::convertToActionPB(message);
   message->set_vpn_id(interfaceIndex(vpn_id));
@@ -170,7 +170,8 @@ void ActionReplaceSrcMac::convertFromActionPB(const ActionPB* message) {
 
 // --- Single values -------------------------------------------------------------------------------
 
-// The wire's map: class, member, field. A number is cut to the width of the member when it is read.
+// The classes with a single value: class, member, message field. Reading cuts a number to the width
+// of the member.
 #define FILTERS_SINGLE(Class, member, field)                  \
   void Class::convertToActionPB(ActionPB* message) const {    \
     Action::convertToActionPB(message);                       \

@@ -17,7 +17,7 @@ const T& as(void* a) {
 
 extern "C" {
 
-// The lines that the two assertions report are part of the interface.
+// Both assertions report fixed line numbers, which are part of the interface.
 void deleteAction(void* a) {
   FILTERS_ASSERT_AT(a != nullptr, 23, "void FiltersCommon::deleteAction(void*)");
   delete &fromHandle<Action>(a);

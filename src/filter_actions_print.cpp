@@ -8,12 +8,12 @@
 #include "action_visit.h"
 #include "print.h"
 
-// This file stands outside the namespace, as the printers do.
+// The printers are at global scope, so this file does not open the namespace.
 using namespace FiltersCommon;
 
 namespace {
 
-// What every block begins with.
+// Prints the lines that begin every block.
 std::ostream& printHead(std::ostream& os, const char* header, const Action& action) {
   return os << header << std::endl << "      Action Type ID: " << action.getType() << std::endl;
 }
@@ -22,7 +22,7 @@ std::ostream& printNone(std::ostream& os, const char* header, const Action& acti
   return printHead(os, header, action) << "      <no parameters>\n" << std::flush;
 }
 
-// A block with one value behind its label.
+// Prints a block with one value behind its label.
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Action& action,
                        const char* label, const Value& value) {
@@ -34,7 +34,7 @@ std::ostream& printMac(std::ostream& os, const char* header, const Action& actio
   char buffer[] = "00:00:00:00:00:00";
   const char* text = ether_ntoa_r(&mac, buffer);
   printOne(os, header, action, "      Replace MAC: ", text == nullptr ? "" : text);
-  // The line has ended all the same: a stream that has failed takes nothing more.
+  // This comes after the line end, because a stream that has failed prints nothing more.
   if (text == nullptr) os.setstate(std::ios_base::badbit);
   return os;
 }
@@ -60,7 +60,7 @@ std::ostream& operator<<(std::ostream& os, const Action& action) {
   });
 }
 
-// The list alone, without a head: for the class that derives from it.
+// Prints the list alone; the derived class prints the head.
 std::ostream& operator<<(std::ostream& os, const ActionPorts& action) {
   os << "      Number of ports: " << action.ports_.size() << std::endl << "      LIMIDs: ";
   for (limid_t port : action.ports_) os << '"' << InterfaceName<100>(port).text << "\" ";
@@ -78,7 +78,8 @@ std::ostream& operator<<(std::ostream& os, const ActionCopyToCpuCancel& action) 
   return os << std::endl;
 }
 
-// Deliberate: every port repeats the indent, all on one line, unlike the list of blocked ports.
+// Deliberate: the indent is repeated before every port, and all ports are on one line, unlike the
+// list of blocked ports.
 std::ostream& operator<<(std::ostream& os, const ActionRedirect& action) {
   printHead(os, "    =ActionRedirect=", action);
   for (limid_t port : action.getRedirectPortsRef()) {

@@ -17,7 +17,8 @@
 namespace FiltersCommon {
 namespace {
 
-// The codes that exclude each other. The checks ask these, and the published sets are made of them.
+// The codes that exclude each other. The checks use these lists, and the public sets are made from
+// them.
 using Codes = std::array<filtersMatch_t, 2>;
 constexpr Codes kIPv4Only = {FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4};
 constexpr Codes kIPv6Only = {FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6};
@@ -29,7 +30,7 @@ constexpr bool contains(const Codes& codes, filtersMatch_t code) {
 
 std::set<filtersMatch_t> publish(const Codes& codes) { return {codes.begin(), codes.end()}; }
 
-// A blank object of the code's class; null for a code that no class carries.
+// A blank object of the code's class, or null for a code without a class.
 std::unique_ptr<Match> makeBlank(filtersMatch_t code) {
   return std::unique_ptr<Match>(
       visitMatch<Match*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
@@ -40,8 +41,8 @@ std::unique_ptr<Action> makeBlank(filtersAction_t code) {
       visitAction<Action*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
 }
 
-// A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS; null for a code that
-// no class carries.
+// A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS. Null for a code
+// without a class.
 std::unique_ptr<Match> clone(const Match& match) {
   return std::unique_ptr<Match>(visitMatch<Match*>(match.getType(), nullptr, [&](auto tag) {
     using T = typename decltype(tag)::Class;
@@ -56,8 +57,9 @@ std::unique_ptr<Action> clone(const Action& action) {
   }));
 }
 
-// The matches and actions of an entry stand in ascending order of their codes. This is where the
-// one of a code stands, or else belongs; most come in order, so it is looked for from the end.
+// The position of the object with this code, or the position at which to insert it. Matches and
+// actions are held in ascending order of their codes. The search starts at the end, because most
+// objects arrive in order.
 template <class Held, class Code>
 auto placeOf(Held& held, Code code) {
   auto place = held.end();
@@ -89,7 +91,8 @@ filtersErr_t eraseFrom(Held* held, Code code) {
   return FILTERS_OK;
 }
 
-// Makes room for so many more, however many a message repeats: an entry holds one a code.
+// Makes room for `count` more objects, but at most for one of each code: a message may repeat
+// codes, and an entry holds each code once.
 template <class Held>
 void reserveObjects(Held* held, std::size_t count) {
   constexpr std::size_t kMost = 64;  // more than there are codes
@@ -119,7 +122,7 @@ FiltersEntry::FiltersEntry(const FiltersEntry& other)
       policer_(other.policer_),
       policerParent_(other.policerParent_),
       counters_(other.counters_) {
-  // What an entry holds was checked when it came in.
+  // The matches and actions of `other` were checked when they were stored there.
   matches_.reserve(other.matches_.size());
   for (const auto& match : other.matches_) matches_.push_back(clone(*match));
   actions_.reserve(other.actions_.size());
@@ -154,8 +157,8 @@ void FiltersEntry::storeMatch(std::unique_ptr<Match> match) {
   storeIn(&matches_, std::move(match));
 }
 
-// Every setMatch<T>() calls these two: inlined, they would stand in the library once for each
-// class.
+// Every setMatch<T>() calls these two functions. If they were inlined, the library would contain
+// them once for each class.
 [[gnu::noinline]] bool FiltersEntry::isL3Compatible(filtersMatch_t code) const {
   const auto holdsNone = [&](const Codes& others) {
     return findMatch(others[0]) == nullptr && findMatch(others[1]) == nullptr;
@@ -205,7 +208,7 @@ filtersErr_t FiltersEntry::deleteAction(filtersAction_t code) { return eraseFrom
 
 filtersErr_t FiltersEntry::setActions(const Actions& actions) {
   FiltersEntry fresh;
-  static_cast<void>(fresh.copyActions(actions));  // which refuses nothing
+  static_cast<void>(fresh.copyActions(actions));  // no action is refused
   actions_.swap(fresh.actions_);
   return FILTERS_OK;
 }
@@ -222,7 +225,7 @@ filtersErr_t FiltersEntry::copyActions(const Actions& actions) {
 // --- Policer and counters ------------------------------------------------------------------------
 
 filtersErr_t FiltersEntry::setPolicer(const policer::Policer& policer) {
-  policer_ = policer::Policer(policer);  // all of it or nothing
+  policer_ = policer::Policer(policer);  // if copying throws, nothing changes
   return FILTERS_OK;
 }
 
@@ -276,8 +279,8 @@ void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
   if (message->has_policer_parent_()) {
     policerParent_ = std::make_shared<policer::Policer>(message->policer_parent_());
   }
-  // Deliberate: not through setCounter(). What another process sends is kept, types 0 and repeated
-  // included.
+  // Deliberate: this does not call setCounter(). All counters of another process are kept, even
+  // those with type 0 or a repeated type.
   for (const CounterPB& counterMessage : message->counters_()) {
     const Counter counter(counterMessage);
     counters_.insert_or_assign(counter.GetId(), counter);

@@ -14,7 +14,7 @@ template <class Use>
 filtersErr_t withMatch(FiltersEntry* e, Match* m, Use use) {
   if (e == nullptr || m == nullptr) return FILTERS_ERR_INVALID_ARGUMENT;
   const filtersMatch_t code = m->getType();
-  // Deliberate: these two are reached through the classes alone.
+  // Deliberate: only the C++ classes support these two codes.
   if (code == FILTERS_MATCH_MY_STATION_HIT || code == FILTERS_MATCH_FORWARDING_TYPE) {
     return FILTERS_ERR_INVALID;
   }

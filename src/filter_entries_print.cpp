@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
 
-// Deliberate: in decimal even when the stream is left in hexadecimal; rates and sizes are not.
+// Deliberate: these numbers are decimal even if the stream is in hexadecimal. Rates and sizes
+// follow the stream.
 template <class Value>
 void printDecimal(std::ostream& os, Value value) {
   char text[sizeof "-2147483648"] = {};
@@ -25,7 +26,7 @@ const char* stageName(policer::Stage stage) {
     case policer::Stage::None:
       return "None";
     default:
-      return "Ingress";  // whatever else the policer library reports
+      return "Ingress";  // for any other value of the policer library too
   }
 }
 
@@ -94,8 +95,8 @@ void printPolicerAction(std::ostream& os, const policer::Action& action) {
   }
 }
 
-// Ends without a line end. Its lines are not indented, whatever width the caller of the entry's
-// printer has set: the lines before have used that up.
+// Prints no line end after the last line. The lines are not indented, even if the caller of the
+// entry's printer has set a width: the lines before these have used it up.
 void printPolicer(std::ostream& os, const policer::Policer& policer) {
   os << "Policer Id: ";
   if (policer.GetId() == kInvalidPolicerId) {
@@ -115,7 +116,7 @@ void printPolicer(std::ostream& os, const policer::Policer& policer) {
 }  // namespace
 
 std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry) {
-  os << "  =FiltersEntry=" << std::endl;  // alone: a width that the caller set pads it
+  os << "  =FiltersEntry=" << std::endl;  // one string, which a width set by the caller pads
   os << "    ID: " << entry.id_ << std::endl;
   os << "    Priority: " << entry.priority_ << std::endl;
   if (entry.policer_.GetStage() != policer::Stage::None) {

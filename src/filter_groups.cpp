@@ -19,18 +19,19 @@ namespace {
 using google::protobuf::io::CodedInputStream;
 using google::protobuf::io::CodedOutputStream;
 
-// The tag of a field on the wire: its number, and in the low three bits how its value is written.
+// The tag of a field on the wire: its number, and its wire type in the low three bits.
 constexpr std::uint32_t tagOf(int field, int wireType) {
   return static_cast<std::uint32_t>(field << 3 | wireType);
 }
 constexpr int kVarint = 0;
-constexpr std::uint32_t kEntryTag = tagOf(FiltersGroupPB::kEntriesFieldNumber, 2);  // with length
+constexpr std::uint32_t kEntryTag =
+    tagOf(FiltersGroupPB::kEntriesFieldNumber, 2);  // length-delimited
 
-// In front of each entry stand its tag, one byte, and its length, up to five.
+// Each entry is preceded by its tag (one byte) and its length (up to five bytes).
 constexpr std::size_t kMaxPrefix = 6;
-// The first entry tells how much room is reserved for each of the others: as much as it takes
-// itself, and eight bytes more, since an id and a priority of one byte may be followed by some of
-// five. Of a large first entry only so much counts: it says nothing about the others.
+// The room reserved for each further entry is the size of the first entry plus kMaxGrowth: an id
+// and a priority take one byte each in small entries and up to five in later ones. A first entry
+// larger than kUsualSize counts as kUsualSize, since it says nothing about the others.
 constexpr std::size_t kMaxGrowth = 8;
 constexpr std::size_t kUsualSize = 512;
 
@@ -83,7 +84,7 @@ filtersErr_t FiltersGroup::validate(const FiltersEntry& entry) const {
 filtersErr_t FiltersGroup::insertEntry(const FiltersEntry& entry) {
   const filtersErr_t result = validate(entry);
   if (result != FILTERS_OK) return result;
-  // The argument may be the very entry that is replaced: the node keeps it until it is copied.
+  // The argument may be the entry that is replaced. The extracted node keeps it until it is copied.
   const auto replaced = entries_.extract(entry.getId());
   entries_.emplace(entry.getId(), entry);
   return FILTERS_OK;
@@ -116,7 +117,7 @@ void FiltersGroup::fillHead(FiltersGroupPB* message) const {
   message->set_type_(static_cast<std::uint32_t>(type_));
 }
 
-// Deliberate: stage and type are stored as they come, even a pair that setType() would refuse.
+// Deliberate: stage and type are stored unchecked, even a pair that setType() would refuse.
 void FiltersGroup::setHead(std::uint32_t id, std::uint32_t priority, std::uint32_t stage,
                            std::uint32_t type) {
   id_ = static_cast<filtersGroupId_t>(id);
@@ -130,9 +131,10 @@ void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
   for (const FiltersEntryPB& entryMessage : message->entries_()) addFrom(entryMessage);
 }
 
-// Deliberate: an entry that the group refuses is dropped, and one replaces another of its id.
+// Deliberate: an entry that the group refuses is dropped, and an entry replaces a held one with its
+// id.
 void FiltersGroup::addFrom(const FiltersEntryPB& message) {
-  std::map<unsigned int, FiltersEntry> made;  // of one entry, whose node passes into the group
+  std::map<unsigned int, FiltersEntry> made;  // one entry, whose node moves into the group
   FiltersEntry& entry = made.try_emplace(message.id_(), message.id_()).first->second;
   entry.convertFromFiltersEntryPB(&message);
   if (validate(entry) != FILTERS_OK) return;
@@ -149,8 +151,8 @@ void FiltersGroup::parse(const char* bytes, std::size_t size) {
 }
 
 // Reads bytes of the shape that serialize() writes (each head field at most once, then entries) one
-// entry at a time, so that no message of the whole group is ever held. False when they have another
-// shape anywhere: what they mean is then for the parser of the whole message to say.
+// entry at a time, so that the message of the whole group is never in memory. False if the bytes
+// have another shape anywhere; the caller then parses the whole message.
 bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   if (size > INT_MAX) return false;
   CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<int>(size));
@@ -159,12 +161,12 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
     if (in.ExpectTag(tagOf(field, kVarint)) && !in.ReadVarint32(&head[field - 1])) return false;
   }
   setHead(head[0], head[1], head[2], head[3]);
-  // One for all entries: it keeps what it once allocated. On an arena it leaks nothing when memory
-  // runs out.
+  // One message is used for all entries and keeps its memory. On an arena it leaks nothing when
+  // memory runs out.
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();
   while (in.ExpectTag(kEntryTag)) {
-    // A length that overruns, or takes more bytes than it needs, is for the parser of the whole.
+    // A length beyond the end, or with more bytes than it needs, is another shape.
     const int before = in.CurrentPosition();
     std::uint32_t length;
     if (!in.ReadVarint32(&length)) return false;
@@ -177,13 +179,13 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
     if (!in.DecrementRecursionDepthAndPopLimit(limit.first)) return false;
     addFrom(message);
   }
-  // The end, or the zero byte that ends a buffer.
+  // What follows must be the end, or the zero byte that ends a buffer.
   const auto read = static_cast<std::size_t>(in.CurrentPosition());
   return read == size || bytes[read] == '\0';
 }
 
-// The bytes of the group's message, one entry's message at a time: fields written one behind the
-// other are the same bytes as one message of all of them.
+// Writes one entry's message at a time: the bytes of a message are the bytes of its fields in a
+// row.
 void FiltersGroup::serialize(std::string* out) const {
   FiltersGroupPB head;
   fillHead(&head);

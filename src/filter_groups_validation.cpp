@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t kCodes = 64;  // more than any enumeration has
 
-// A set of codes; the checks ask it, and the published tables are made from it.
+// A set of codes. The checks use it, and the public tables are made from it.
 template <class Code>
 class CodeSet {
  public:
@@ -39,8 +39,8 @@ constexpr CodeSet<filtersAction_t> kActions = {codes...};
 template <filtersGroupType_t... codes>
 constexpr CodeSet<filtersGroupType_t> kTypes = {codes...};
 
-// The matches that a group type admits, null for an unknown type. Deliberate: none admits an IPv6
-// source.
+// The matches that a group type admits, or null for an unknown type. Deliberate: no type admits an
+// IPv6 source.
 constexpr const CodeSet<filtersMatch_t>* matchesOf(filtersGroupType_t type) {
   switch (type) {
     case FILTERS_GROUP_TYPE_NONE:
@@ -110,7 +110,7 @@ constexpr CodeSet<filtersGroupType_t> kEveryType = [] {
   return types;
 }();
 
-// Deliberate: the queue towards the CPU is admitted by ingress alone.
+// Deliberate: only the ingress stage admits the queue to the CPU.
 constexpr CodeSet<filtersAction_t> kEveryActionButCpuQueue = [] {
   CodeSet<filtersAction_t> actions = {};
 #define FILTERS_ACTION(code, T, blank) \
@@ -119,14 +119,14 @@ constexpr CodeSet<filtersAction_t> kEveryActionButCpuQueue = [] {
   return actions;
 }();
 
-// What a stage admits and requires.
+// The types and actions that a stage admits, and the policer stage that it requires.
 struct StageRules {
   const CodeSet<filtersGroupType_t>& types;
   const CodeSet<filtersAction_t>& actions;
   policer::Stage policerStage;
 };
 
-// Nothing for an unknown stage.
+// The rules of a stage, or nothing for an unknown stage.
 std::optional<StageRules> rulesOf(filtersGroupStage_t stage) {
   switch (stage) {
     case FILTERS_GROUP_STAGE_NONE:
@@ -158,7 +158,7 @@ std::optional<StageRules> rulesOf(filtersGroupStage_t stage) {
   return std::nullopt;
 }
 
-// The published tables: a row for each code that has one.
+// Makes a public table: a row for each code that has one.
 template <class Key, class Code, class RowOf>
 std::map<Key, const std::set<Code>> publish(RowOf rowOf) {
   std::map<Key, const std::set<Code>> table;

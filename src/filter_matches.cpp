@@ -21,7 +21,7 @@ in6_addr allOnesIPv6() {
   return mask;
 }
 
-// Sets are held as vectors, in ascending order and each value once.
+// Writes a set of values, which is a sorted vector without duplicates.
 template <class Value, class Field>
 void setTo(Field* field, const std::vector<Value>& values) {
   field->Clear();
@@ -33,8 +33,8 @@ void makeSet(std::vector<unsigned short>* values) {
   values->erase(std::unique(values->begin(), values->end()), values->end());
 }
 
-// The numbers of a field as a set, each cut to so many values. A field that repeats itself is
-// thinned out on the way, so that it costs no more memory than all values do.
+// The numbers of a field as a set, each modulo `valueCount`. Duplicates are removed whenever
+// 2 * valueCount numbers are held, so that a long field needs no more memory than these.
 template <class Field>
 std::vector<unsigned short> setFrom(const Field& field, std::size_t valueCount) {
   std::vector<unsigned short> read;
@@ -60,7 +60,7 @@ void Match::convertFromMatchPB(const MatchPB*) {}
 
 bool Match::operator==(const Match& other) const {
   if (getType() != other.getType()) return false;
-  // Deliberate: two matches of one unknown code differ, while two such actions are equal.
+  // Deliberate: two matches with the same unknown code differ, while two such actions are equal.
   return visitMatch(getType(), false, [&](auto tag) {
     using T = typename decltype(tag)::Class;
     return static_cast<const T&>(*this) == static_cast<const T&>(other);
@@ -113,8 +113,8 @@ MatchIngressPorts::MatchIngressPorts(const std::list<limid_t>& ports)
 MatchIngressPorts::MatchIngressPorts(const std::list<port_type_t>& excludedPortTypes)
     : MatchPorts(FILTERS_MATCH_INGRESS_PORTS, excludedPortTypes) {}
 
-// Deliberate: ports are added to what the message or the object already holds, while VLAN ids and
-// PCPs replace it.
+// Deliberate: ports are added to those that the message or the object already holds, while VLAN ids
+// and PCPs replace the old ones.
 void MatchIngressPorts::convertToMatchPB(MatchPB* message) const {
   Match::convertToMatchPB(message);
   appendTo(message);
@@ -127,7 +127,7 @@ MatchEgressPorts::MatchEgressPorts(const std::list<limid_t>& ports)
 
 void MatchEgressPorts::convertToMatchPB(MatchPB* message) const {
   Match::convertToMatchPB(message);
-  appendTo(message);  // there are never excluded types here
+  appendTo(message);  // this class never has excluded types
 }
 
 void MatchEgressPorts::convertFromMatchPB(const MatchPB* message) { appendFrom(*message, false); }
@@ -278,7 +278,8 @@ bool MatchDstL4PortRange::operator==(const MatchDstL4PortRange& other) const {
 
 // --- Single values -------------------------------------------------------------------------------
 
-// The wire's map: class, member, field. A number is cut to the width of the member when it is read.
+// The classes with a single value: class, member, message field. Reading cuts a number to the width
+// of the member.
 #define FILTERS_SINGLE(Class, member, field)                  \
   void Class::convertToMatchPB(MatchPB* message) const {      \
     Match::convertToMatchPB(message);                         \

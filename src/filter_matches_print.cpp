@@ -12,12 +12,12 @@
 namespace FiltersCommon {
 namespace {
 
-// What every block begins with.
+// Prints the lines that begin every block.
 std::ostream& printHead(std::ostream& os, const char* header, const Match& match) {
   return os << header << "\n      Match Type ID: " << match.getType() << '\n';
 }
 
-// A block with one value behind its label.
+// Prints a block with one value behind its label.
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Match& match, const char* label,
                        const Value& value) {
@@ -55,7 +55,7 @@ std::ostream& printLimId(std::ostream& os, const char* header, const MatchLimId&
   return printOne(os, header, match, "      LIMID: ", InterfaceName<100>(match.getLimId()).text);
 }
 
-// Deliberate: each value is written as the single character it is.
+// Deliberate: each value is printed as the character with that code, not as digits.
 std::ostream& printPcps(std::ostream& os, const std::vector<unsigned char>& pcps) {
   os << "      PCPs: [ ";
   for (unsigned char pcp : pcps) os << static_cast<char>(pcp) << ' ';
@@ -106,7 +106,8 @@ std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match) {
   return os;
 }
 
-// Deliberate: the stream stays in hexadecimal. The TPID itself goes by none of its flags.
+// Deliberate: the stream stays in hexadecimal. The flags of the stream do not affect the TPID
+// itself.
 std::ostream& operator<<(std::ostream& os, const MatchTPID& match) {
   char text[sizeof "ffff"] = {};
   std::to_chars(text, std::end(text), match.getTPID(), 16);

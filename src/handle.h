@@ -8,21 +8,21 @@
 
 namespace FiltersCommon {
 
-// Handles of the procedural interface: a void* is always made of a pointer to the family's base,
-// Match or Action, and is always read back through it.
+// Handles of the procedural interface. A void* is always made from a pointer to the base class,
+// Match or Action, and is always converted back to such a pointer.
 
 template <class Base, class T, class... Arguments>
 void* newHandle(Arguments&&... arguments) {
   return static_cast<Base*>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// The handle's object as a T, which the caller vouches for.
+// The handle's object as a T. The caller must know that it is one.
 template <class Base, class T = Base>
 T& fromHandle(void* handle) {
   return static_cast<T&>(*static_cast<Base*>(handle));
 }
 
-// An array of ports as a list; an empty one is not read.
+// An array of ports as a list. The array is not read if count is 0.
 inline std::list<limid_t> portList(const limid_t* ports, unsigned int count) {
   return count == 0 ? std::list<limid_t>() : std::list<limid_t>(ports, ports + count);
 }

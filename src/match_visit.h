@@ -9,7 +9,7 @@
 
 namespace FiltersCommon {
 
-// Names the class of a match code to a generic function.
+// A tag that tells a generic function the class of a match code.
 template <class T>
 struct MatchTag {
   using Class = T;
@@ -29,9 +29,9 @@ struct MatchTag {
 #define FILTERS_MATCH_TWIN(code, T, blank) static_assert(sizeof(MatchTag<T>) != 0);
 #include <filter_common/filter_matches.def>
 
-// The only switch over match codes: returns f(MatchTag<T>()) for the class T of the code, and
-// `unknown` for a code that no class carries. The catalogue's row is all that a new code needs
-// here; an enumerator without a row does not compile.
+// The only switch over match codes. It returns f(MatchTag<T>()) for the class T of the code, and
+// `unknown` for a code without a class. A new code needs only its row in the catalogue; an
+// enumerator without a row does not compile.
 template <class R, class F>
 R visitMatch(filtersMatch_t code, R unknown, F&& f) {
   switch (code) {

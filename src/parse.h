@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_SRC_PARSE_H_
 #define FILTER_COMMON_SRC_PARSE_H_
 
-// How bytes of other processes become messages: never with an error, and never with a word on
-// standard error.
+// Turns bytes of other processes into messages. Parsing never fails and prints nothing on standard
+// error.
 
 #include <filter_common/filter_serialized.h>
 
@@ -14,8 +14,8 @@
 
 namespace FiltersCommon {
 
-// The buffer's bytes. Throws when it claims a size and has none; the text is fixed, while that of
-// the standard library's own check differs between releases.
+// The buffer's bytes. Throws if the buffer has a size but no bytes. The text of the exception is
+// fixed here, because the standard library's own text differs between releases.
 inline const char* checkedData(const FiltersSerialized& buffer) {
   if (buffer.data() == nullptr && buffer.size() != 0) {
     throw std::logic_error("basic_string::_M_construct null not valid");
@@ -23,10 +23,11 @@ inline const char* checkedData(const FiltersSerialized& buffer) {
   return buffer.data();
 }
 
-// What could be read of the bytes, on the arena. The parser's verdict is ignored: it is false for
-// the zero byte that ends a buffer, and what it stored up to a fault is what callers are promised.
-// The partial parse stores the same as the full one but does not list missing required fields,
-// which would cost a multiple of the input in memory and as much again on standard error.
+// The message, on the arena, with whatever the parser could read. The parser's result is ignored:
+// it is false for the zero byte that ends a buffer, and callers are promised everything that was
+// stored before a fault. The partial parse stores the same as the full parse but does not list
+// missing required fields. That list would need a multiple of the input's memory and be printed on
+// standard error.
 template <class Message>
 const Message* parseMessage(const char* bytes, std::size_t size, MessageArena* arena) {
   auto* message = arena->make<Message>();

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_SRC_PRINT_H_
 #define FILTER_COMMON_SRC_PRINT_H_
 
-// Texts that others make, in buffers on the stack.
+// Names of interfaces and MAC addresses as text, in buffers on the stack.
 
 #include <limid/limid.h>
 #include <net/ethernet.h>
@@ -10,16 +10,16 @@
 
 namespace FiltersCommon {
 
-// The name of an interface as the platform gives it, in a buffer of the given size; empty when the
-// platform gives none.
+// The name that the platform gives an interface, in a buffer of the given size. The text is empty
+// if the platform gives none.
 template <std::size_t Size>
 struct InterfaceName {
   explicit InterfaceName(limid_t limid) { limid_to_intfname(limid, text, Size); }
-  char text[Size + 1] = {};  // ends in a zero even if the platform fills all it is offered
+  char text[Size + 1] = {};  // ends in a zero even if the platform fills `Size` bytes
 };
 
-// A MAC address as ether_ntoa_r() writes it, at a tenth of its cost: in lower case, and without
-// leading zeros.
+// A MAC address in the form of ether_ntoa_r(): lower case, without leading zeros. This takes a
+// tenth of the time of that function.
 struct MacText {
   explicit MacText(const ether_addr& mac) {
     char* end = text;

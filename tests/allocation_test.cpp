@@ -1,5 +1,6 @@
-// Memory that runs out: every public operation that allocates is repeated with its first, second,
-// third... allocation refused, once or from there on, until it meets no refusal.
+// Tests failing memory. Every public operation that allocates is repeated: its first allocation is
+// refused, then its second, its third and so on, until an operation runs without a refusal. Once
+// only that allocation is refused, and once all that follow too.
 
 #include "memory_control.h"
 
@@ -19,12 +20,13 @@ using namespace catalogue;
 using E = FiltersEntry;
 using G = FiltersGroup;
 
-// What a subject is after a failure. Leaking: unchanged, but the protocol-buffer runtime may lose
-// the one block that it has just allocated.
+// The state of a subject after a failure. Leaking means that it is unchanged, but the
+// protocol-buffer runtime may lose the one block that it has just allocated.
 enum Promise { Unchanged, Valid, Leaking, NotTried };
 
-// Refused memory, 3.6.0 and 34.2 crash over an element added to a message that is on no arena, and
-// 3.6.0 over an unknown field: they count them before they hold them.
+// Without memory, releases 3.6.0 and 34.2 crash when an element is added to a message that is not
+// on an arena, and 3.6.0 crashes over an unknown field: they count the element before they store
+// it.
 constexpr Promise AddsElements = GOOGLE_PROTOBUF_VERSION / 1000 == 3021 ? Unchanged : NotTried;
 constexpr Promise HasUnknownFields = GOOGLE_PROTOBUF_VERSION >= 3021000 ? Leaking : NotTried;
 
@@ -38,8 +40,8 @@ struct Step {
 std::string look(const E& entry) { return bytesOf(entry); }
 std::string look(const G& group) { return bytesOf(group); }
 
-// Each step starts from what the one before left. A failure comes out as std::bad_alloc, leaks
-// nothing, leaves of the subject what is promised and is not in the way of another try.
+// Each step starts from the result of the step before. A failing step must throw std::bad_alloc,
+// leak nothing, leave the subject in the promised state, and work when it is tried again.
 template <class Subject>
 void trial(Subject subject, const std::vector<Step<Subject>>& steps) {
   long failures = 0;
@@ -77,7 +79,7 @@ void trial(Subject subject, const std::vector<Step<Subject>>& steps) {
   EXPECT_GT(failures, 0);
 }
 
-// For an object that stands in a step alone: what must hold of it after a failure.
+// A step with an object of its own; `holds` checks the object after a failure.
 template <class Holds, class Run>
 void expectOnFailure(Holds holds, Run run) {
   try {
@@ -201,8 +203,8 @@ TEST(FailingMemory, LeavesAGroupAsItWasButForTheEntryToBeReplaced) {
 
 // --- The rest ------------------------------------------------------------------------------------
 
-// The runtime keeps a copy of what it does not know, and loses it when there is no memory to list
-// it. An exception needs memory too; where there is none, that is the one to come out.
+// The runtime keeps a copy of an unknown field, and leaks it if there is no memory to store it in
+// its list. Throwing an exception needs memory too; without it, std::bad_alloc is thrown instead.
 TEST(FailingMemory, LeavesNothingBehind) {
   const auto inGroup = [](const std::string& entry) {
     return fromHex("2a" + varint(static_cast<std::uint32_t>(entry.size()))) + entry;
@@ -229,7 +231,7 @@ TEST(FailingMemory, LeavesNothingBehind) {
             {"group", [](E&) { deleteFiltersGroup(newFiltersGroup(1)); }}});
 }
 
-// A message can repeat the few values there are for as long as it likes.
+// A message can repeat the same few values any number of times.
 TEST(Memory, OfASetIsThatOfItsValuesHoweverOftenTheyAreSent) {
   MatchPB message;
   message.mutable_pcp_()->Resize(100000, 7);

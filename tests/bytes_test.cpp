@@ -1,6 +1,6 @@
-// The bytes of entries and of groups, which behave alike; also those that a fault has cut off or
-// changed on their way: whatever arrives is read, printed, compared and written without a crash, a
-// leak or a long wait, and means what its message means.
+// Tests the bytes of entries and groups, also bytes that were cut off or changed. Any bytes are
+// read, printed, compared and written without a crash, a leak or a long wait, and give the same
+// object as their parsed message.
 
 #include "memory_control.h"
 
@@ -39,7 +39,7 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
   TypeParam expected(0);
   expected.setPriority(42);
   testing::internal::CaptureStderr();
-  // Early runtimes store something for a number that is cut off.
+  // Early runtimes store a value for a number that is cut off.
   const std::string cut = GOOGLE_PROTOBUF_VERSION < 3021000 ? "" : "18";
   for (const std::string& rest : {""s, "ffffff"s, "02"s, "7a05"s, cut, std::string(3000, '0')}) {
     const std::string bytes = fromHex("102a") + fromHex(rest);
@@ -65,7 +65,8 @@ TYPED_TEST(Bytes, ThrowWhenABufferHasASizeAndNoData) {
                                                      "basic_string::_M_construct null not valid"));
 }
 
-// A message is at most 2 GiB; a size that only looks smaller when cut to 32 bits reads nothing.
+// A message has at most 2 GiB. Nothing is read for a larger size, even if its low 32 bits are
+// small.
 TYPED_TEST(Bytes, AreNotReadBeyondTheLimitOfAMessage) {
   if (sizeof(std::size_t) == 4) GTEST_SKIP() << "no such size";
   const std::uint64_t size = (std::uint64_t{1} << 32) + this->bytes_.size();
@@ -73,14 +74,14 @@ TYPED_TEST(Bytes, AreNotReadBeyondTheLimitOfAMessage) {
   EXPECT_TRUE(TypeParam(buffer) == TypeParam(0));
 }
 
-// Read entry by entry or as a whole.
+// These bytes are read entry by entry or as a whole message, with the same result.
 TEST(GroupBytes, OfAlmostTheUsualShapeMeanWhatTheWholeMessageMeans) {
   for (const std::string& bytes : oddGroups()) {
     EXPECT_EQ(faultIn<FiltersGroup>(bytes), "") << toHex(bytes);
   }
 }
 
-// One rule with many values says nothing about the others: no room is taken for them as if it did.
+// One rule with many values must not make the library reserve as much room for each of the others.
 TEST(GroupBytes, OfOneLargeRuleAndManySmallOnesTakeNoMoreRoomThanTwice) {
   FiltersGroup group = groupOf(kNoStage, 1);
   FiltersEntry large(0);
@@ -200,7 +201,7 @@ TEST(Serialized, CountsOneZeroBehindTheBytes) {
   }
 }
 
-// Deliberate: copyData() does not free the array held before.
+// Deliberate: copyData() does not free the old array.
 TEST(Serialized, CopyDataLeavesTheOldArrayToWhoKeptIt) {
   FiltersSerialized buffer("old"s);
   const std::unique_ptr<const char[]> old(buffer.data());

@@ -1,5 +1,5 @@
-// What every match and action class owes, over the samples of each, and where single classes are
-// odd: values, bytes and text.
+// Tests what every match and action class must do, with the samples of each class, and the oddities
+// of single classes: values, bytes and text.
 
 #include <filter_common/filter_counter.h>
 #include <filter_common/filter_counter.pb.h>
@@ -20,7 +20,7 @@ template <class T>
 class EachClass : public ::testing::Test {};
 TYPED_TEST_SUITE(EachClass, EveryClass);
 
-// By its own comparison and by the generic one.
+// Uses the comparison of the class and the generic comparison.
 TYPED_TEST(EachClass, EqualsItsCopiesAlone) {
   for (const TypeParam& object : samples<TypeParam>()) {
     EXPECT_EQ(object.getType(), rowOf<TypeParam>().code);
@@ -46,7 +46,7 @@ TYPED_TEST(EachClass, WritesItsFieldsAndReadsThemBack) {
 }
 
 TYPED_TEST(EachClass, ReadsAbsentFieldsAsZeroUnlessItAppends) {
-  // The one has no sample of mask 0, the other refuses.
+  // MatchSrcIPv6 has no sample with mask 0, and ActionMplsPortSet refuses an empty message.
   if (isOneOf<TypeParam, MatchSrcIPv6, ActionMplsPortSet>) return;
   const bool appends =
       isOneOf<TypeParam, MatchIngressPorts, MatchEgressPorts, ActionBlockEgressPorts>;
@@ -58,8 +58,8 @@ TYPED_TEST(EachClass, ReadsAbsentFieldsAsZeroUnlessItAppends) {
 template <class C, class Other>
 Other comparedWith(bool (C::*)(Other) const);
 
-// A T whose own comparison always says no. The generic comparison hears of it only where T's is
-// virtual, so there is no `override` here.
+// A T whose comparison always returns false. The generic comparison calls it only if T's comparison
+// is virtual, so `override` would not compile for every T.
 template <class T>
 struct Contrary : T {
   using BaseOf<T>::operator==;
@@ -67,8 +67,8 @@ struct Contrary : T {
   bool operator==(decltype(comparedWith(&T::operator==))) const { return false; }
 };
 
-// Deliberate: these comparisons can be overridden, the others cannot. The object on the left is
-// asked.
+// Deliberate: these comparisons can be overridden, the others cannot. The comparison of the left
+// object is called.
 TYPED_TEST(EachClass, HasAVirtualComparisonIfItIsOneOfThese) {
   const Contrary<TypeParam> contrary(samples<TypeParam>().front());
   EXPECT_NE(generic<TypeParam>(contrary) == samples<TypeParam>().front(),
@@ -92,7 +92,7 @@ TEST(Classes, DifferByTheirCodes) {
 
 // --- Bytes ---------------------------------------------------------------------------------------
 
-// What an object that has read a message writes.
+// Expects that an object that reads the message `in` then writes `out`.
 template <class T>
 void expectRead(T object, const std::string& in, const std::string& out) {
   readInto(&object, in);
@@ -115,7 +115,7 @@ TEST(ClassWire, CutsNumbersToTheirWidthAndDoesNotReadTheCode) {
   expectRead(ActionSetDSCP(1), "28ac02", "0808 282c");
   expectRead(ActionMapToCosQueue(1), "080a 30ac02", "0809 302c");
   expectRead(ActionMapToCpuCosQueue(1), "0809 30ac02", "080a 302c");
-  MatchPB many;  // of a field longer than all values together nothing is lost
+  MatchPB many;  // more elements than there are values: none is lost
   many.add_pcp_(9);
   many.mutable_pcp_()->Resize(1000, 7);
   MatchPcp pcps(1);
@@ -123,15 +123,15 @@ TEST(ClassWire, CutsNumbersToTheirWidthAndDoesNotReadTheCode) {
   EXPECT_EQ(pcps.getPcps(), (std::set<unsigned char>{7, 9}));
 }
 
-// Deliberate: matched and blocked ports are added to a list, in the object and in the message; all
-// else replaces one.
+// Deliberate: matched and blocked ports are added to the list in the object and in the message.
+// Every other class replaces the list.
 TEST(ClassWire, AppendsPortsButToRedirections) {
   expectRead(MatchIngressPorts(kCpuPort), "1009 1005 a00109", "0801 1009 1005 a00100 a00109");
-  // Deliberate: excluded types belong to ingress ports alone.
+  // Deliberate: only ingress ports have excluded types.
   expectRead(MatchEgressPorts(Ports{9}), "1009 1005 a00109", "0816 1009 1009 1005");
   expectRead(ActionBlockEgressPorts(Ports{9}), "1005 1006", "0803 1009 1005 1006");
   expectRead(ActionRedirect(9), "1005 1006", "080b 1005 1006");
-  // The list of ports by itself carries none: its leaf does that.
+  // The base class ActionPorts writes no ports; its derived class does.
   expectRead(ActionPorts(FILTERS_ACTION_BLOCK_EGRESS_PORTS, Ports{5}), "1005", "0803");
   MatchPB match;
   match.ParsePartialFromString(fromHex("1009 1809 4809 a00109"));
@@ -170,7 +170,7 @@ TEST(ClassWire, FillsShortAddressesWithZerosAndDropsWhatIsInExcess) {
 
 // --- Text ----------------------------------------------------------------------------------------
 
-// The block of an object with these lines below its code.
+// The printed block of an object, with these lines below its code.
 template <class T>
 std::string block(const Lines& lines) {
   const char* base = std::is_base_of_v<Match, T> ? "Match" : "Action";
@@ -185,9 +185,9 @@ void expectLines(const T& object, const Lines& lines) {
   EXPECT_EQ(printed(object), block<T>(lines));
 }
 
-// Deliberate: the caller's width goes to the header as a whole, flags are digits whatever the
-// stream says, actions flush every line, and by its code a MatchDSCP prints as the MatchToS it
-// stands for.
+// Deliberate: the caller's width pads the whole header line. Flags print as digits even if the
+// stream has std::boolalpha. Actions flush every line. The generic printer prints a MatchDSCP as a
+// MatchToS.
 TYPED_TEST(EachClass, PrintsItsBlockByItsOwnPrinterAndByItsCode) {
   const Row<TypeParam>& row = rowOf<TypeParam>();
   const std::string text = block<TypeParam>(row.lines);
@@ -203,7 +203,7 @@ TYPED_TEST(EachClass, PrintsItsBlockByItsOwnPrinterAndByItsCode) {
 TEST(ClassPrint, LeavesEmptyListsEmptyAndNamesOnlyKnownEnumerators) {
   expectLines(MatchEgressPorts(Ports()), {"Number of ports: 0", "LIMIDs: "});
   expectLines(MatchPcp(Pcps()), {"PCPs: [ ]"});
-  // Deliberate: a PCP prints as the character it is, a zero byte included.
+  // Deliberate: a PCP prints as the character with that value, even a zero byte.
   expectLines(MatchPcp(Pcps{255, 0, 3}), {"PCPs: [ \0 \3 \xff ]"s});
   expectLines(ActionBlockEgressPorts(Ports()), {"Number of ports: 0", "LIMIDs: "});
   expectLines(MatchVlanTagging(FILTERS_VLAN_UNTAGGED), {"Tagging: untagged"});
@@ -220,7 +220,8 @@ TEST(ClassPrint, NamesExcludedPortTypesInFrontOfThePorts) {
                       "LIMIDs: \"eth-3\" "});
 }
 
-// Deliberate: a redirection repeats the indent for every port on one line, blocked ports do not.
+// Deliberate: a redirection repeats the indent before every port, all on one line. Blocked ports do
+// not.
 TEST(ClassPrint, LaysRedirectPortsOutUnlikeBlockedPorts) {
   expectLines(redirectTo({kEth3, kLag1}), {"\"eth-3\"       \"lag-1\" "});
   EXPECT_EQ(printed(redirectTo({})), block<ActionRedirect>({}) + "\n");
@@ -230,7 +231,7 @@ TEST(ClassPrint, LaysRedirectPortsOutUnlikeBlockedPorts) {
 
 // --- Single behaviours ---------------------------------------------------------------------------
 
-// The other getters are what printing and samples.h ask.
+// The tests with samples.h and those of printing call the other getters.
 TEST(Classes, ReturnWhatTheyWereGiven) {
   const MatchIngressPorts ports(Ports{5, 3, 5}), excluding(kCpuPort);
   EXPECT_TRUE(ports.getPorts() == Ports({5, 3, 5}) && excluding.getPorts().empty());
@@ -245,7 +246,7 @@ TEST(Classes, ReturnWhatTheyWereGiven) {
   EXPECT_TRUE(range.getMinPort() == 4 && range.getMaxPort() == 3);
 }
 
-// Deliberate: there is no way back from port types to ports.
+// Deliberate: a match that excludes port types never accepts ports again.
 TEST(Classes, SetTheirValuesAnewButForExcludedPortTypes) {
   MatchSrcPort port(kEth3);
   port.setSrcPort(kLag1);
@@ -260,7 +261,7 @@ TEST(Classes, SetTheirValuesAnewButForExcludedPortTypes) {
   EXPECT_TRUE(others == MatchIngressPorts(kCpuPort));
 }
 
-// Deliberate: addresses are matched whole unless a mask is given, layer-4 ports under mask 0.
+// Deliberate: the default mask is all ones for addresses and 0 for layer-4 ports.
 TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
   EXPECT_EQ(wireOf(MatchDstMac(kMac)), "08042a06001b210aff423a06ffffffffffff");
   EXPECT_EQ(wireOf(MatchSrcIPv4(kIPv4)), "08094204c00002015204ffffffff");
@@ -268,12 +269,13 @@ TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
   EXPECT_EQ(MatchDstL4Port(80).getMask() + MatchSrcL4Port(80).getMask(), 0);
 }
 
-// Explicit with one argument, not with two, as in the other classes under a mask.
+// The constructor with one argument is explicit and the one with two is not, as in the other
+// classes with a mask.
 static_assert(!std::is_convertible_v<l4port_t, MatchDstL4Port> &&
               !std::is_convertible_v<l4port_t, MatchSrcL4Port>);
 [[maybe_unused]] const MatchDstL4Port kDestination = {80, 2};
 [[maybe_unused]] const MatchSrcL4Port kSource = {80, 2};
-// Deliberate: a source IPv6 address has no mask of its own.
+// Deliberate: the class of the source IPv6 address has no constructor with a mask.
 static_assert(!std::is_constructible_v<MatchSrcIPv6, in6_addr, in6_addr>);
 
 TEST(Match, OfOneFamilyDiffersByDirection) {
@@ -287,7 +289,7 @@ TEST(Match, OfOneFamilyDiffersByDirection) {
   EXPECT_FALSE(MatchIngressPorts(Ports{5}) == MatchEgressPorts(Ports{5}));
 }
 
-// The typed comparison of ports looks at the ports alone, the generic one at the code too.
+// The typed comparison looks only at the ports, the generic comparison also at the code.
 TEST(ActionPorts, EqualAnotherOfTheSamePorts) {
   const ActionPorts ports(filtersAction_t(99), Ports{kEth3});
   EXPECT_TRUE(ActionBlockEgressPorts(Ports{kEth3}) == ports);
@@ -301,7 +303,7 @@ TEST(MatchDSCP, IsTheUpperSixBitsOfAToS) {
   }
 }
 
-// Deliberate: the generic comparison takes a MatchDSCP for the MatchToS that it is.
+// Deliberate: the generic comparison treats a MatchDSCP as a MatchToS.
 TEST(MatchDSCP, IsComparedByItsDSCPOnlyWhenCalledDirectly) {
   MatchDSCP withEcn(0);
   readInto(&withEcn, "8001b901");
@@ -311,7 +313,8 @@ TEST(MatchDSCP, IsComparedByItsDSCPOnlyWhenCalledDirectly) {
   EXPECT_FALSE(generic(MatchToS(185)) == MatchDSCP(46));
 }
 
-// Deliberate: a match of an unknown code equals nothing, not even itself; an action its like.
+// Deliberate: a match with an unknown code equals no match, not even itself. An action with an
+// unknown code equals those with the same code.
 TEST(Classes, OfUnknownCodesHoldAndPrintNothing) {
   for (unsigned code : {99u, 1000u, kMax}) {
     Match match{filtersMatch_t(code)};
@@ -332,7 +335,7 @@ const std::string kBadVpn = "ActionMplsPortSet: invalid vpn_id limid type";
 const std::string kBadPort = "ActionMplsPortSet: invalid mpls_access_port limid type";
 const std::string kMissing = "ActionMplsPortSet: ActionPB missing vpn_id and mpls_access_port";
 
-// The text of the refusal, empty when there is none.
+// The text of the exception, or an empty text if none is thrown.
 template <class F>
 std::string refusal(F&& f) {
   try {
@@ -357,8 +360,8 @@ TEST(ActionMplsPortSet, TakesAVpnAndAnAccessPortAndRefusesAnyOtherKind) {
   EXPECT_EQ(refusal([] { ActionMplsPortSet(kEth3, kVpws7); }), kBadVpn) << "looked at first";
 }
 
-// Presence counts, not value: of a field of value 0 it is the interface that is refused.
-// Deliberate: the VPN in front of a bad access port has been stored by then.
+// A field with value 0 is present: the text then says that the interface is refused, not that it is
+// missing. Deliberate: if the access port is bad, the VPN before it has already been stored.
 TEST(ActionMplsPortSet, RefusesAMessageAndMayKeepItsVpn) {
   const std::string vpn = "50" + varint(interfaceIndex(kVpws7));
   const std::string port = "58" + varint(interfaceIndex(kEth3));
@@ -387,7 +390,7 @@ TEST(Counter, IsItsIdAndItsTypeAndChecksNeither) {
   EXPECT_NE(counter, Counter(65535, counter_type_t(2)));
 }
 
-// Only the low 16 bits of a message's id count; both fields are signed there.
+// A counter keeps the low 16 bits of the message's id. Both fields of the message are signed.
 TEST(Counter, WritesItsFieldsAndReadsTheLowBitsOfTheId) {
   const auto expectRead = [](const std::string& in, const Counter& counter, const char* out) {
     CounterPB message;
@@ -414,7 +417,7 @@ TEST(Counter, PrintsItsTypeByName) {
   for (int unknown : {-1, 99}) expectName(unknown, "Unknown");
 }
 
-// The library writes these itself.
+// The library writes MAC addresses itself; the text must be the one of the C library.
 TEST(Printing, OfMacAddressesIsThatOfTheCLibrary) {
   for (unsigned value = 0; value <= 0xff; ++value) {
     ether_addr mac;

@@ -1,5 +1,5 @@
-// A process that a failed assertion ends writes no coverage, for it runs no exit handlers. In
-// builds that count coverage, a copy of it is made at that moment, which ends orderly and writes.
+// A process that a failed assertion ends runs no exit handlers and so writes no coverage. In builds
+// that count coverage, the process forks at that moment; the copy exits normally and writes it.
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@ namespace {
 void endACopyOrderly(int) {
   const pid_t copy = fork();
   if (copy == 0) std::exit(0);
-  waitpid(copy, nullptr, 0);  // the process itself then goes on to die
+  waitpid(copy, nullptr, 0);  // the original process then ends
 }
 
 [[maybe_unused]] const auto previous = std::signal(SIGABRT, endACopyOrderly);

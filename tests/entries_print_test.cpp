@@ -10,8 +10,8 @@ const Policer kPolicer(300, Stage::Egress, Mode::Flow(1000, 1500),
                        {Action::SetPcp(Color::Green, 255), Action::SetDscp(Color::Yellow, 46)});
 const std::string kHead = "  =FiltersEntry=\n    ID: 0\n    Priority: 0\n";
 
-// Deliberate: the TPID leaves the stream in hexadecimal. What follows prints so, in this entry and
-// the next, but for a policer's id and code points.
+// Deliberate: the TPID leaves the stream in hexadecimal. All later numbers of this entry and the
+// next print in hexadecimal, except a policer's id and code points.
 TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
   FiltersEntry first(4000000000);
   first.setPriority(10);
@@ -40,7 +40,7 @@ TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
             "  =Counter=\nID: 12c\nType: Octets\n");
 }
 
-// The TPID looks the same whatever the stream is told of numbers; the numbers behind it do not.
+// The flags of the stream do not change the TPID; they do change the numbers after it.
 TEST(EntryPrinting, WritesATpidInSmallDigitsAndLeavesTheFlagsOfTheStream) {
   std::ostringstream os;
   os << std::uppercase << std::showbase << MatchTPID(0x88a8) << MatchTTL(30);
@@ -61,7 +61,7 @@ TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
       {{1, Stage::Ingress, Mode::TrTcmDs(31, 32, 33, 34), {Action::SetDscp(Color::Green, 255)}},
        "1\nStage: Ingress\nMode: TrTcmDs (CIR: 31 kbits/s, CBS: 32 bytes, EIR: 33 kbits/s, "
        "EBS: 34 bytes)\nActions:\n+ Green Set DSCP 255\n"},
-      // Values without a name: a stage reads as Ingress, the others as nothing.
+      // Values without a name: a stage prints as Ingress, the others print nothing.
       {{3, Stage{3}, Mode(policer::ModeType{5}), {Action(policer::ActionType{3}, Color{3}, 9)}},
        "3\nStage: Ingress\nMode: \nActions:\n+  \n"},
   };
@@ -76,7 +76,7 @@ TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
   }
 }
 
-// A line is on its way to the console before the next one is begun.
+// Each line is flushed before the next one begins.
 TEST(EntryPrinting, PadsItsFirstLineAloneToAWidthAndFlushesTheLinesOfItsOwn) {
   CountingBuffer buffer;
   FiltersEntry entry;

@@ -12,7 +12,8 @@ using namespace catalogue;
 static_assert(!std::is_copy_assignable_v<FiltersEntry> && !std::is_polymorphic_v<FiltersEntry>);
 static_assert(!std::is_convertible_v<filtersEntryId_t, FiltersEntry>);
 
-// fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
+// fuzz/calls.cpp compares thousands of calls with a model; these tests state single results by
+// hand.
 
 // --- Typed access --------------------------------------------------------------------------------
 
@@ -40,7 +41,7 @@ TEST(Entries, PublishWhatTheSettersGoBy) {
             (Set{FILTERS_MATCH_DST_L4_PORT, FILTERS_MATCH_DST_L4_PORT_RANGE}));
 }
 
-// A caller's class: it has a base of the library, its own content, and cannot be copied.
+// A caller's class: it derives from a class of the library, has its own data and cannot be copied.
 template <class Base>
 struct Own : Base {
   using Base::Base;
@@ -120,7 +121,7 @@ TEST(Entries, MoveTheirContentAndDropWhatTheyHeld) {
   FiltersEntry source = fullEntry();
   FiltersEntry target =
       entryOf({FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_TTL}, {FILTERS_ACTION_COPY_TO_CPU},
-              policer::Stage::None, 8);  // of another id
+              policer::Stage::None, 8);  // has another id
   target.setPolicerParent(policerAt(policer::Stage::None));
   const std::weak_ptr<policer::Policer> dropped = target.getPolicerParent();
   const auto parent = source.getPolicerParent();
@@ -139,7 +140,7 @@ Numbers countersOf(const FiltersEntry& entry) {
   return held;
 }
 
-// Deliberate: also the very counter that is held.
+// Deliberate: setCounter() also refuses a counter that is equal to a held one.
 TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
   FiltersEntry entry;
   for (const int expected : {FILTERS_OK, FILTERS_ERR_INVALID}) {
@@ -151,7 +152,7 @@ TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
 
 // --- Messages: what an entry makes of one; bytes_test has what it writes -------------------------
 
-// A message with an element of each code, in the order given.
+// A message with an element for each code, in the given order.
 FiltersEntryPB messageWith(const Codes& matches, const Codes& actions) {
   FiltersEntryPB message;
   for (unsigned code : matches) message.add_matches_()->set_type_(code);
@@ -188,7 +189,7 @@ TEST(EntryMessage, LosesElementsOfUnknownCodesAndMatchesThatAnEarlierOneExcludes
             (Codes{FILTERS_ACTION_DENY, FILTERS_ACTION_BLACK_HOLE}));
 }
 
-// Deliberate: what another process counts is not for this one to refuse.
+// Deliberate: this process does not refuse the counters of another process.
 TEST(EntryMessage, KeepsRepeatedAndInvalidCounterTypes) {
   FiltersEntryPB message;
   for (const auto& [id, type] : Numbers{{65537, 0}, {2, 5}, {-1, 5}, {2, 0}, {65536, -9}}) {

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_ENTRY_SAMPLES_H_
 #define FILTER_COMMON_TESTS_ENTRY_SAMPLES_H_
 
-// Entries and groups made of the samples of single matches and actions.
+// Entries and groups made from the samples of single matches and actions.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
@@ -14,7 +14,7 @@
 
 namespace catalogue {
 
-// The samples of these codes, under their codes.
+// A map from each of these codes to its sample.
 template <class Code, class Base>
 auto pick(const Codes& codes, std::vector<std::pair<Code, std::unique_ptr<Base>>> all) {
   std::map<Code, std::unique_ptr<Base>> picked;
@@ -37,7 +37,7 @@ inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
   return entry;
 }
 
-// An entry of all these actions, and of all these matches but the later ones of excluded pairs.
+// An entry with all these actions and matches. If two matches exclude each other, it has the first.
 inline FiltersEntry fullEntry(const Codes& matches = kMatchCodes,
                               const Codes& actions = kActionCodes) {
   CodeSet compatible(matches.begin(), matches.end());
@@ -51,7 +51,7 @@ inline FiltersEntry fullEntry(const Codes& matches = kMatchCodes,
   return entry;
 }
 
-// One name for what is done to matches and to actions.
+// These functions have one name for matches and for actions.
 template <class T>
 constexpr bool isMatch = std::is_base_of_v<Match, T>;
 template <class T>
@@ -65,7 +65,7 @@ filtersErr_t take(const FiltersEntry& entry, T& out) {
   if constexpr (!isMatch<T>) return entry.getAction(out);
 }
 
-// An empty group of any stage and type, also of those that no setter lets in.
+// An empty group with any stage and type, even a pair that the setters refuse.
 inline FiltersGroup groupOf(int stage, int type) {
   FiltersGroupPB message;
   message.set_stage_(static_cast<std::uint32_t>(stage));
@@ -75,7 +75,7 @@ inline FiltersGroup groupOf(int stage, int type) {
   return group;
 }
 
-// What tells the entries of a group apart, behind their ids.
+// The priority of each entry by its id. The tests tell entries apart by their priorities.
 using Priorities = std::map<unsigned, unsigned>;
 inline Priorities prioritiesOf(const FiltersGroup& group) {
   Priorities priorities;

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_GOLDEN_H_
 #define FILTER_COMMON_TESTS_GOLDEN_H_
 
-// The bytes that the files in golden/ describe.
+// Reads the files in golden/, which describe bytes.
 
 #include <fstream>
 
@@ -13,7 +13,7 @@ inline std::string withLength(const std::string& bytes) {
   return fromHex(varint(static_cast<std::uint32_t>(bytes.size()))) + bytes;
 }
 
-// Up to the end or a closing parenthesis.
+// Reads up to the end or a closing parenthesis.
 inline std::string assemble(std::istream& in) {
   static const std::map<std::string, std::string> kPlatform = {
       {"@policer", withLength(policerAt(policer::Stage::Ingress).Serialize())},

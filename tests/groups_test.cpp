@@ -20,7 +20,8 @@ FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0)
   return entry;
 }
 
-// fuzz/calls.cpp replays thousands of calls beside a model; here stands what they must come to.
+// fuzz/calls.cpp compares thousands of calls with a model; these tests state single results by
+// hand.
 
 TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
   const FiltersEntry acting =
@@ -35,7 +36,7 @@ TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
   EXPECT_EQ(group.insertEntry(acting), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
   EXPECT_EQ(group.insertEntry(entryOf({}, {}, policer::Stage::Ingress, 1)), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // of the first
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // entry 1
 }
 
 TEST(Groups, PrintTheirFieldsThenTheirEntries) {
@@ -64,7 +65,7 @@ FiltersGroup fromMessage(const FiltersGroupPB& message) {
   return group;
 }
 
-// Deliberate: no check of stage and type, neither of the pair nor of their values.
+// Deliberate: reading a message checks neither the stage nor the type, and not whether they fit.
 TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriorityAndBringsAnyStageAndType) {
   FiltersGroupPB message;
   message.set_id_(65537);
@@ -96,8 +97,8 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 
-// A part of a group, read on top of the whole. Deliberate: its head goes in as it comes, and what
-// is refused at that stage and type leaves the rule that it should replace.
+// Reads a part of a group into the whole group. Deliberate: the head of the part is stored
+// unchecked. If its stage and type refuse a rule, the old rule with that id stays.
 TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   FiltersGroup group = groupOf(kIngress, 3);
   for (unsigned id : {1u, 2u, 3u}) {
@@ -126,7 +127,7 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   EXPECT_EQ(heldActions(entries.at(2)), Codes{FILTERS_ACTION_COPY_TO_CPU});
   for (unsigned id : {1u, 3u}) EXPECT_EQ(entries.at(id), before.getEntriesRef().at(id));
 
-  part.Clear();  // no head is one of zeros, at which rules with a match are refused
+  part.Clear();  // without a head, stage and type are 0, and type 0 admits no match
   *part.add_entries_() = messageOf(entryOf({FILTERS_MATCH_TTL}, {}, policer::Stage::None, 1));
   group.convertFromFiltersGroupPB(&part);
   EXPECT_TRUE(group.getId() == 0 && group.getPriority() == 0 && group.getStage() == 0 &&
@@ -137,11 +138,11 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 
 // --- The checks ----------------------------------------------------------------------------------
 
-// They read their arguments alone: this group's own stage and type are unknown.
+// The checks read only their arguments: the stage and type of this group are unknown.
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
-// The check and the published table say what the table by hand says, and no row of it forgets a
-// code but those that are admitted nowhere.
+// The check and the public table must agree with the table in rules.h. Every code must be in some
+// row, except the codes in `nowhere`.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,
@@ -208,7 +209,7 @@ TEST(GroupValidation, RefusesUnknownStagesAndTypesBeforeLookingAtAnEntry) {
       EXPECT_EQ(groupOf(stage, 0).setType(Type(unknown)), FILTERS_ERR_TYPE_NOT_ALLOWED);
       EXPECT_EQ(groupOf(0, unknown).setStage(Stage(stage)), FILTERS_ERR_TYPE_NOT_ALLOWED);
     }
-    EXPECT_EQ(checkPolicer(2, unknown), FILTERS_OK);  // None fits everywhere
+    EXPECT_EQ(checkPolicer(2, unknown), FILTERS_OK);  // stage None is admitted everywhere
     EXPECT_EQ(checkPolicer(0, unknown), FILTERS_ERR_INVALID_STAGE);
     EXPECT_EQ(checkPolicer(1, unknown), FILTERS_ERR_INVALID_STAGE);
   }

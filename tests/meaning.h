@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_TESTS_MEANING_H_
 #define FILTER_COMMON_TESTS_MEANING_H_
 
-// What bytes mean, whoever sent them: what the protocol-buffer runtime makes of them as one
-// message, converted. However the library goes about reading them, it must come to the same. For
-// tests and for fuzz/ alike: a fault is a text, and none is an empty one.
+// Checks of how the library reads bytes. The reference is the protocol-buffer runtime: it parses
+// the bytes as one message, which is then converted. The library must give the same object in its
+// own way. Tests and fuzz/ use these checks; each returns the fault as text, or an empty text.
 
 #include <filter_common/filter_serialized.h>
 
@@ -11,7 +11,8 @@
 
 namespace catalogue {
 
-// Where an object differs from its copy or from what is rebuilt from its bytes, or shows it.
+// Returns a fault if the object differs from its copy or from the object rebuilt from its bytes, or
+// if they print differently.
 template <class T>
 std::string faultOf(const T& object) {
   const std::string bytes = bytesOf(object), text = printed(object);
@@ -31,8 +32,8 @@ inline std::unique_ptr<FiltersEntry> converted(const FiltersEntryPB& message) {
   return entry;
 }
 
-// What stands before and behind the entries counts for all of them, and each goes in as a caller
-// would insert it.
+// Converts the reference message. Its head, wherever the fields are in the bytes, is set first;
+// then each entry is inserted as a caller would do it.
 inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   google::protobuf::RepeatedPtrField<FiltersEntryPB> entries;
   entries.Swap(message.mutable_entries_());
@@ -42,7 +43,7 @@ inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   return group;
 }
 
-// The object made, or null and the text of the one exception that bytes may throw.
+// The object, or null and the text of the one exception that reading bytes may throw.
 template <class Make>
 auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   try {
@@ -52,8 +53,8 @@ auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   }
 }
 
-// Where bytes come to mean something else, or make an object with a fault: from a string as from a
-// buffer, which holds one zero byte more.
+// Returns a fault if the library reads the bytes differently from the reference, or makes an object
+// with a fault. The bytes are read from a string and from a buffer, which has one more zero byte.
 template <class T>
 std::string faultIn(const std::string& bytes) {
   using Message =
@@ -75,8 +76,8 @@ std::string faultIn(const std::string& bytes) {
   return "";
 }
 
-// Groups as no writer of ours would send them: a head and entries, and in front, between or behind
-// them what looks almost like the usual shape.
+// Bytes of groups that this library would not write: a head and entries, and odd bytes before,
+// between or after them that look almost like the usual shape.
 inline std::vector<std::string> oddGroups() {
   const std::string head = fromHex("0807100518022001"), entry = fromHex("2a0208012a020863");
   std::vector<std::string> groups = {entry + head, head + entry + fromHex("18032005") + entry};
@@ -87,7 +88,7 @@ inline std::vector<std::string> oddGroups() {
       "2a8280808080000807 2a82808080808080808000 8080808010 "     // longer than any
       "2a82808080100807 2affffffff070807 2a7f0807 2a0408072a09 "  // overrunning
       "18ffffffffffffffffffff01 aa 18 "                           // without an end
-      "2a0308070c 2a03080700 00 0c 34 1802 080a");                // where none may stand
+      "2a0308070c 2a03080700 00 0c 34 1802 080a");                // at places where none belongs
   for (std::string field; odd >> field;) {
     for (const std::string& start : {std::string(), head, entry, head + entry}) {
       for (const std::string& end : {std::string(), entry}) {

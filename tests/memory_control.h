@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_MEMORY_CONTROL_H_
 #define FILTER_COMMON_TESTS_MEMORY_CONTROL_H_
 
-// The memory of a program and of the libraries it loads, counted and refused on demand: this header
-// replaces operator new and delete. Include it in one source of a program. Not for threads.
+// Counts the memory of a program and of the libraries it loads, and refuses memory on demand. The
+// header replaces operator new and delete. Include it in one source of a program without threads.
 
 #include <malloc.h>
 
@@ -22,10 +22,10 @@ inline void restartPeak() { peak = held; }
 inline bool refusing = false;
 inline bool refusingOnce = false;
 inline long allowed = 0;      // allocations before the first refusal; below 0 after it
-inline void* last = nullptr;  // what was allocated last before it
+inline void* last = nullptr;  // the last allocation before it
 
-// Refuses memory after so many allocations, once or from there on, until endRefusal(), which says
-// whether it did.
+// Refuses memory after this number of allocations, once or every time, until endRefusal(), which
+// says whether memory was refused.
 inline void refuseAfter(long allocations, bool once) {
   allowed = allocations;
   refusingOnce = once;
@@ -38,7 +38,7 @@ inline bool endRefusal() {
 
 }  // namespace memory
 
-// Inlined, free() would meet g++'s warning that it does not belong to new.
+// Not inlined, because g++ would warn that the free() below does not belong to new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   using namespace memory;
   const bool refused = refusing && --allowed < 0 && (allowed == -1 || !refusingOnce);
@@ -50,7 +50,7 @@ inline bool endRefusal() {
   peak = std::max(peak, held);
   return block;
 }
-// As the C++ library has it, of which sanitizers have one of their own.
+// The same as in the C++ library; sanitizers replace that one by their own.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return operator new(size);

@@ -1,6 +1,6 @@
-// The device's interface-id library, and the C library's text of a MAC address, at their worst:
-// this program's functions stand in front of theirs. They fail and leave their outputs as they
-// were, or fill a name without an end.
+// Tests faults of the device's interface-id library and of the C library's ether_ntoa_r(). This
+// program replaces their functions by ones that fail without writing their outputs, or that write a
+// name without a terminating zero.
 
 #include <filter_common/filter_actions.pb.h>
 #include <gtest/gtest.h>

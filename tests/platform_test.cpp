@@ -1,4 +1,4 @@
-// The stand-ins for the device's two libraries: one round trip each, names and kinds.
+// Tests the stand-ins for the device's two libraries: a round trip of each, and names and kinds.
 
 #include <gtest/gtest.h>
 #include <limid/limid_standin.h>
@@ -8,7 +8,7 @@ namespace {
 
 using namespace policer;
 
-// E, L, V and B for the kinds that there are, a dash for an id of no kind.
+// E, L, V or B for an id of a known kind, a dash for any other id.
 char kindOf(limid_t limid) {
   if (limid_is_from_type_ethernet(limid)) return 'E';
   if (limid_is_from_type(limid, limid_type_lag)) return 'L';
@@ -36,7 +36,7 @@ TEST(Limid, HasAKindANameAndAnIndexThatIsNoPort) {
   expect(0xffffffff, '-', "limid-ffffffff");
 }
 
-// Each differs from its neighbour in a single member.
+// Each policer differs from the one before it in a single member.
 TEST(Policer, EqualsOneMadeFromItsOwnBytesAndNoOther) {
   const auto odd = static_cast<ActionType>(UINT32_MAX);
   const Policer policers[] = {

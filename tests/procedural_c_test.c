@@ -1,5 +1,6 @@
-// The procedural interface as C11 sees it: every function is called, with values that tell it from
-// its neighbours. procedural_test.cpp calls this, and looks at what C cannot read.
+// Calls every function of the procedural interface from C11. The values differ, so that a call of
+// the wrong function would be noticed. procedural_test.cpp calls this code and checks what C cannot
+// read.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_entries_c.h>
@@ -10,14 +11,15 @@
 
 void callEveryFunction(void);
 
-// Of procedural_test.cpp. The latter two: whether the last line that an object prints is this one.
+// These functions are in procedural_test.cpp. The last two return true if the last line that the
+// object prints is `line`.
 void expectInC(bool good, int line, const char* what);
 bool matchPrints(void* match, const char* line);
 bool actionPrints(void* action, const char* line);
 
 #define EXPECT(condition) expectInC((condition), __LINE__, #condition)
 
-// Makes an object x and holds it against its code and what is expected.
+// Makes an object x and checks its code and the expected condition.
 static void* x;
 #define MATCH(code, made, expected) \
   (x = (made), EXPECT(matchGetType(x) == FILTERS_MATCH_##code && (expected)), deleteMatch(x))
@@ -140,13 +142,13 @@ static void useEntries(void) {
 static void useGroups(void) {
   const filtersEntryId_t inserted[] = {70009, 2, 70005}, sorted[] = {2, 70005, 70009};
   entriesStruct held = {-1, NULL, NULL};
-  deleteFiltersEntriesStruct(&held);  // a count below 0 is none
+  deleteFiltersEntriesStruct(&held);  // a count below 0 means no entries
   FiltersGroup* group = newFiltersGroup(500);
   filtersGroupSetPriority(group, 600);
   EXPECT(filtersGroupGetId(group) == 500 && filtersGroupGetPriority(group) == 600);
   EXPECT(filtersGroupSetType(group, FILTERS_GROUP_TYPE_5) == FILTERS_OK &&
          filtersGroupGetType(group) == 5);
-  filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);  // refused, without a word
+  filtersGroupSetStage(group, FILTERS_GROUP_STAGE_INGRESS);  // refused, but not reported
   EXPECT(filtersGroupGetStage(group) == FILTERS_GROUP_STAGE_NONE);
   filtersGroupSetStage(group, FILTERS_GROUP_STAGE_EGRESS);
   EXPECT(filtersGroupGetStage(group) == FILTERS_GROUP_STAGE_EGRESS);

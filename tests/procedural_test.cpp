@@ -1,5 +1,5 @@
-// The procedural interface as C++ sees it, around procedural_c_test.c: classes that C cannot make
-// or read, an exception, and assertions. allocation_test.cpp has failing memory.
+// Tests those parts of the procedural interface that procedural_c_test.c cannot: classes that C
+// cannot make or read, an exception, and assertions. allocation_test.cpp tests failing memory.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_entries_c.h>
@@ -66,9 +66,10 @@ FiltersEntry entry(1);
 entriesStruct record;
 
 struct Assertion {
-  const char* location;  // as a regular expression; the line only where it is fixed
+  const char* location;  // a regular expression; has the line number only if that is fixed
   const char* expression;
-  std::vector<std::pair<const char*, void (*)()>> calls;  // by signature; FC is FiltersCommon
+  std::vector<std::pair<const char*, void (*)()>>
+      calls;  // the signatures, in which FC is FiltersCommon, and the calls
 };
 #define CALL(result, function, parameters, ...)                                                   \
   {                                                                                               \
@@ -131,7 +132,7 @@ TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
     for (const auto& [abbreviated, call] : calls) {
       const auto full = std::regex_replace(abbreviated, std::regex("FC::"), "FiltersCommon::");
       const std::string signature = std::regex_replace(full, std::regex("[*()]"), "[$&]");
-      // An emulator reports the signal too.
+      // An emulator also prints the signal.
       EXPECT_DEATH(call(), testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " +
                                                  signature + ": Assertion `" + expression +
                                                  "' failed[.]\n(qemu: [^\n]*\n)?"));

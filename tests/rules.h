@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_RULES_H_
 #define FILTER_COMMON_TESTS_RULES_H_
 
-// The codes that exist, by the rows of the catalogue, and which may stand where, by hand.
+// The codes of the catalogue, and tables, written by hand, of what each type and stage admits.
 
 #include <filter_common/filter_types.h>
 
@@ -31,7 +31,7 @@ using CodeSet = std::set<unsigned>;
 #define MATCH_CODE(name) FiltersCommon::FILTERS_MATCH_##name
 #define ACTION_CODE(name) FiltersCommon::FILTERS_ACTION_##name
 
-// Matches of which an entry holds one alone: a destination port or a range, IPv4 or IPv6.
+// Pairs of matches that exclude each other: a destination port and a range, IPv4 and IPv6.
 inline const std::set<CodeSet> kExcludedPairs = {
     {MATCH_CODE(DST_L4_PORT), MATCH_CODE(DST_L4_PORT_RANGE)},
     {MATCH_CODE(SRC_IPV4), MATCH_CODE(SRC_IPV6)},
@@ -40,11 +40,11 @@ inline const std::set<CodeSet> kExcludedPairs = {
     {MATCH_CODE(DST_IPV4), MATCH_CODE(DST_IPV6)},
 };
 
-// The matches that only the classes reach.
+// The matches that only the C++ classes support.
 inline const CodeSet kMatchesOfClassesAlone = {MATCH_CODE(MY_STATION_HIT),
                                                MATCH_CODE(FORWARDING_TYPE)};
 
-// What each type or stage admits: a row a type, and a row a stage.
+// A table of what each type or stage admits, with one row for each type or stage.
 using Table = std::vector<CodeSet>;
 enum : int { kNoStage, kLookup, kIngress, kEgress };
 inline const Table kMatchesOfType = {
@@ -129,11 +129,11 @@ inline const auto kStages = static_cast<int>(kTypesOfStage.size());
 #undef MATCH_CODE
 #undef ACTION_CODE
 
-// The code of no stage, type, match, action or counter, however many there will be.
+// A code that no stage, type, match, action or counter will ever have.
 constexpr int kUnknown = 99;
 
-// The files in golden/ hold these codes and those before them. The bytes and the text of newer ones
-// stand in the rows of samples.h.
+// The files in golden/ have the codes up to these. The rows of samples.h have the bytes and the
+// text of newer codes.
 constexpr unsigned kLastGoldenMatch = FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE;
 constexpr unsigned kLastGoldenAction = FiltersCommon::FILTERS_ACTION_L2_TO_CPU_DROP;
 template <class Sorted>
@@ -141,7 +141,7 @@ Codes upTo(unsigned last, const Sorted& codes) {
   return {codes.begin(), std::upper_bound(codes.begin(), codes.end(), last)};
 }
 
-// Every row's number and an unknown one.
+// The number of every row, and an unknown number.
 inline std::vector<int> rowsAndUnknown(const Table& table) {
   std::vector<int> rows(table.size());
   std::iota(rows.begin(), rows.end(), 0);

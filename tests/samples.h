@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_TESTS_SAMPLES_H_
 #define FILTER_COMMON_TESTS_SAMPLES_H_
 
-// Sample objects of every match and action class with what they write, print and are called: one
-// row a class, and none that the catalogue of the library does not ask for. They are walked by type
-// (typed tests over AllMatches, AllActions and EveryClass, samples<T>() in them) or as a list
-// (oneMatchOfEachCode, oneActionOfEachCode).
+// Sample objects of every match and action class, with their names, bytes and printed text. There
+// is one row for each class in the library's catalogue. Tests use the samples by type (typed tests
+// over AllMatches, AllActions and EveryClass call samples<T>()) or as a list (oneMatchOfEachCode,
+// oneActionOfEachCode).
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_actions.pb.h>
@@ -33,7 +33,7 @@ using namespace FiltersCommon;
 
 // --- Text and bytes ------------------------------------------------------------------------------
 
-// Match or Action.
+// The base class of T: Match or Action.
 template <class T>
 using BaseOf = std::conditional_t<std::is_base_of_v<Match, T>, Match, Action>;
 
@@ -42,7 +42,8 @@ const BaseOf<T>& generic(const T& object) {
   return object;
 }
 
-// What an object prints; chosen by static type, so a Match or an Action prints by its code.
+// The printed text of an object. The static type chooses the printer; a Match or an Action prints
+// by its code.
 template <class T>
 std::string printed(const T& object) {
   std::ostringstream os;
@@ -50,13 +51,13 @@ std::string printed(const T& object) {
   return os.str();
 }
 
-// Counts how often it is flushed.
+// A buffer that counts how often it is flushed.
 struct CountingBuffer : std::stringbuf {
   int sync() override { return ++flushes, 0; }
   int flushes = 0;
 };
 
-// The bytes of "08 1a b001"; blanks do not count.
+// The bytes of hexadecimal text such as "08 1a b001". Blanks are ignored.
 inline std::string fromHex(std::string hex) {
   hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());
   std::string bytes;
@@ -74,7 +75,7 @@ inline std::string toHex(const std::string& bytes) {
   return hex;
 }
 
-// A number of the wire in hexadecimal, for values that the platform chooses.
+// The wire bytes of a number as hexadecimal text, for values that the platform chooses.
 inline std::string varint(std::uint32_t value) {
   std::string bytes;
   for (; value > 127; value >>= 7) bytes.push_back(static_cast<char>(value | 128));
@@ -87,7 +88,7 @@ inline std::uint32_t interfaceIndex(limid_t limid) {
   return index;
 }
 
-// One name for what matches and actions do.
+// These functions have one name for matches and for actions.
 template <class T>
 using MessageOf = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
 inline void write(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
@@ -95,7 +96,7 @@ inline void write(const Action& action, ActionPB* message) { action.convertToAct
 inline void read(Match& match, const MatchPB& message) { match.convertFromMatchPB(&message); }
 inline void read(Action& action, const ActionPB& message) { action.convertFromActionPB(&message); }
 
-// What an object writes into a fresh message.
+// The bytes of a fresh message that the object has filled, as hexadecimal text.
 template <class T>
 std::string wireOf(const T& object) {
   MessageOf<T> message;
@@ -103,7 +104,7 @@ std::string wireOf(const T& object) {
   return toHex(message.SerializePartialAsString());
 }
 
-// Has an object read a message given in hexadecimal.
+// Makes the object read a message, which is given as hexadecimal text.
 template <class T>
 void readInto(T* object, const std::string& hex) {
   MessageOf<T> message;
@@ -118,7 +119,7 @@ using PortTypes = std::list<port_type_t>;
 using VlanIds = std::set<unsigned short>;
 using Pcps = std::set<unsigned char>;
 
-// An address that begins with these bytes.
+// An address that begins with these bytes; the others are zero.
 template <class Address>
 Address addressOf(const std::string& hex) {
   Address address{};
@@ -141,9 +142,9 @@ inline const limid_t kVpls9 = limid_make_bridgedomain(limid_bridgedomain_type_vp
 inline const limid_t kBridge9 = limid_make_bridgedomain(limid_bridgedomain_type_vpls + 1, 9);
 
 inline const PortTypes kCpuPort{FILTERS_PORT_TYPE_CPU};
-constexpr std::uint32_t kMax = 0xffffffff;  // as an enumerator: one that nobody has named
+constexpr std::uint32_t kMax = 0xffffffff;  // no enumerator has this value
 
-// A redirection to any number of ports comes out of a message only.
+// Only reading a message gives a redirection with any number of ports.
 inline ActionRedirect redirectTo(const Ports& ports) {
   ActionRedirect action(0);
   std::string hex;
@@ -160,25 +161,26 @@ template <class T>
 struct Row {
   std::string name;
   unsigned code;
-  std::string text;    // what filter_text.h calls the class, and the values of its objects
-  std::string fields;  // what the first object writes behind its code
-  Lines lines;         // what the first object prints below its code
-  // They differ from each other. The last one holds zeros and empty lists.
+  std::string text;    // the name of the class in filter_text.h, and the values of its objects
+  std::string fields;  // the bytes that the first object writes after its code
+  Lines lines;         // the lines that the first object prints below its code
+  // The objects differ from each other. The last one has zeros and empty lists.
   std::vector<T> objects;
 };
 
-// Each class has a row of its own here; without it this does not compile.
+// Each class needs a row of its own below; without it the tests do not compile.
 template <class T>
 Row<T> makeRow() = delete;
 
-// For a class made from one argument: each argument makes an object, and so do ready objects.
+// The row of a class whose constructor has one parameter. Each argument is a value for the
+// constructor or a finished object.
 template <class T, class... Arguments>
 Row<T> rowWith(const char* name, unsigned code, const char* text, const std::string& fields,
                const Lines& lines, const Arguments&... arguments) {
   return {name, code, text, fields, lines, {T(arguments)...}};
 }
 
-// For a class made from one number, which its getter returns.
+// The row of a class with one number, which its getter returns.
 template <class T, class Getter>
 Row<T> rowWith(const char* name, Getter getter, unsigned code, const char* text,
                const std::string& fields, const char* line,
@@ -191,7 +193,7 @@ Row<T> rowWith(const char* name, Getter getter, unsigned code, const char* text,
   return row;
 }
 
-// T is the class of the row, in the row too.
+// Begins a row; inside it, T is the class of the row.
 #define ROW(Class, ...)                         \
   template <>                                   \
   inline Row<Class> makeRow() {                 \
@@ -322,7 +324,7 @@ ROW(ActionL3Switch, &T::getL3DestinationId, 15, "l3_switch 100000 4294967295 0",
     "L3 Destination ID: 100000", {100000, kMax, 0})
 ROW(ActionBlackHole, 16, "black_hole", "", kNoParameters, T())
 ROW(ActionCopyInnerPcp, 17, "copy_inner_pcp", "", kNoParameters, T())
-// Interface indexes on the wire, where every other class sends limids.
+// This class sends interface indexes; every other class sends limids.
 ROW(ActionMplsPortSet, 18,
     "mpls_port_set 0x03000007/0x01000003 0x03000007/0x02000001 0x04050009/0x01000003",
     "50" + varint(interfaceIndex(kVpws7)) + "58" + varint(interfaceIndex(kEth3)),
@@ -356,14 +358,15 @@ const Row<T>& rowOf() {
   return row;
 }
 
-// Objects that differ from each other. The first has values that no default has; the last has
-// zeros and empty lists, so that a message can be read into a copy of it.
+// The objects of a class, which differ from each other. The first has no default values. The last
+// has zeros and empty lists, so that a test can read a message into a copy of it.
 template <class T>
 const std::vector<T>& samples() {
   return rowOf<T>().objects;
 }
 
-// Fresh copies of the first sample of each code's class, in code order: MatchToS for its two.
+// Fresh copies of the first sample of each code's class, in the order of the codes. MatchToS is the
+// class of the code that it shares with MatchDSCP.
 inline auto oneMatchOfEachCode() {
   std::vector<std::pair<filtersMatch_t, std::unique_ptr<Match>>> list;
 #define FILTERS_MATCH(code, T, blank) list.emplace_back(code, new T(samples<T>().front()));

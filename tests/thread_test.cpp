@@ -1,5 +1,5 @@
-// What several threads may do at a time. The thread sanitizer (preset tsan) sees what only happens
-// to go well; without it, results that differ from those of a single thread are seen.
+// Tests what several threads may do at once. The thread sanitizer (preset tsan) finds races even if
+// the results are right. Without it, the test finds results that differ from those of one thread.
 
 #include <filter_common/filter_groups_c.h>
 
@@ -15,7 +15,7 @@ using namespace catalogue;
 
 constexpr std::size_t kThreads = 4;
 
-// Runs all of it on every thread at once, again and again. Each thread is told its number.
+// Runs the work on every thread at once, many times. `work` gets the number of its thread.
 void onManyThreads(const std::function<void(std::size_t)>& work) {
   std::atomic<std::size_t> waiting = kThreads;
   std::vector<std::thread> threads;
@@ -55,7 +55,7 @@ TEST(Threads, ReadOneGroupAndTheTables) {
 TEST(Threads, CopyAndDestroyEntriesThatShareAParent) {
   auto first = std::make_unique<FiltersEntry>(fullEntry());
   const std::weak_ptr<policer::Policer> parent = first->getPolicerParent();
-  std::vector<FiltersEntry> own(kThreads, *first);  // one a thread, all of one parent
+  std::vector<FiltersEntry> own(kThreads, *first);  // one for each thread, all with the same parent
   first.reset();
   onManyThreads([&](std::size_t number) { own[number] = FiltersEntry(own[number]); });
   EXPECT_FALSE(parent.expired());

@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_ACTIONS_H_
 #define FILTER_COMMON_FILTER_ACTIONS_H_
 
-// What the device does with a packet that a rule matches, one class a treatment. An action is a
-// value: made by its constructor, read by its getters, compared with ==, printed with <<, written
-// to and read from an ActionPB message. An entry keeps copies; the caller's object stays the
-// caller's. For example:
+// What the device does with a packet that a rule matches: one class for each treatment. An action
+// is a value: its constructor makes it, its getters read it, == compares it, << prints it, and it
+// can be written to and read from an ActionPB message. An entry keeps copies and never takes the
+// caller's object. For example:
 //
 //     const ActionSetDSCP expedited(46);
 //     const Action& any = expedited;
@@ -12,22 +12,23 @@
 //     if (any.getType() != FILTERS_ACTION_SET_DSCP || any == ActionDeny()) return 1;
 //
 // Common to all classes:
-// - convertToActionPB() sets the message's type_ and the fields of the class; hand in a fresh
-//   message. convertFromActionPB() takes the fields of the class, absent numbers and addresses
-//   as 0 (but see ActionMplsPortSet), absent ports as none, and does not look at type_. Numbers are
-//   cut to the width of the field; missing address bytes become zero.
-// - No value is range-checked, except by ActionMplsPortSet.
-// - Deliberate: the comparison of some classes is virtual, that of the others is not.
-// - An object of a base class that was made with a leaf's code, as Action(FILTERS_ACTION_REDIRECT),
-//   must not be compared, printed or copied into an entry as an Action: it would be read as the
-//   leaf.
-// - Nothing fails but memory (std::bad_alloc from the classes that hold lists, and from writing
-//   lists or addresses into a message, which is then partly filled), and ActionMplsPortSet, which
-//   throws std::invalid_argument. The object is unchanged, except that ActionMplsPortSet may keep
-//   the first of two ids that it reads, and that an assignment that runs out of memory leaves it
-//   valid with unspecified values.
-// - Objects are not synchronised: any number of threads may read one at a time, a writer needs it
-//   alone.
+// - convertToActionPB() sets the message's type_ and the fields of the class. Pass a fresh message.
+// - convertFromActionPB() reads the fields of the class and ignores type_. It reads absent numbers
+//   and addresses as 0 (but see ActionMplsPortSet), and absent ports as no ports. It cuts numbers
+//   to the width of the member, and reads missing address bytes as zero.
+// - No class checks the range of its values, except ActionMplsPortSet.
+// - Deliberate: the comparison of some classes is virtual, and that of the others is not.
+// - An object of a base class can be made with a leaf's code, for example
+//   Action(FILTERS_ACTION_REDIRECT). Do not compare, print or copy such an object as an Action: it
+//   would be read as an ActionRedirect, which it is not.
+// - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
+// those
+//   that write lists or addresses into a message, which is then partly filled. ActionMplsPortSet
+//   also throws std::invalid_argument. The object is then unchanged, with two exceptions:
+//   ActionMplsPortSet may keep the first of two ids that it reads, and an assignment that runs out
+//   of memory leaves the object valid with unspecified values.
+// - Objects are not synchronised: any number of threads may read an object at once, but a thread
+//   that changes it must be the only one to use it.
 
 #include <iosfwd>
 #include <list>
@@ -44,7 +45,7 @@ namespace FiltersCommon {
 
 class ActionPB;
 
-// The base of all actions, and an action of any code seen from outside.
+// The base class of all actions. Code that handles actions of any class uses it.
 class FILTERS_API Action {
  public:
   explicit Action(filtersAction_t actionType) : type_(actionType) {}
@@ -55,8 +56,8 @@ class FILTERS_API Action {
   virtual void convertToActionPB(ActionPB* message) const;
   virtual void convertFromActionPB(const ActionPB* message);
 
-  // The generic comparison: false when the codes differ, else the comparison of the code's class;
-  // both objects must be of that class. Two objects of one unknown code are equal.
+  // The generic comparison: false if the codes differ, else the comparison of the code's class.
+  // Both objects must be of that class. Two objects with the same unknown code are equal.
   bool operator==(const Action& other) const;
 
   filtersAction_t getType() const { return type_; }
@@ -64,7 +65,7 @@ class FILTERS_API Action {
   const filtersAction_t type_;
 };
 
-// Lets two actions of different classes be compared: the generic comparison answers.
+// Compares two actions of different classes by the generic comparison.
 template <class = void>
 bool operator==(const Action& a, const Action& b) {
   return a.operator==(b);
@@ -115,7 +116,7 @@ class FILTERS_API ActionCopyToCpuCancel : public Action {
   cp2cpuCancelParam_t cancelType_;
 };
 
-// The queue towards the CPU.
+// Chooses the queue to the CPU.
 class FILTERS_API ActionMapToCpuCosQueue : public Action {
  public:
   explicit ActionMapToCpuCosQueue(unsigned char queue)
@@ -137,8 +138,9 @@ class FILTERS_API ActionL2ToCpuDrop : public Action {
 
 // --- Ports and forwarding ------------------------------------------------------------------------
 
-// A list of ports in the caller's order; order and duplicates count when two are compared, while
-// the code does not. Its own conversion carries the code alone. Used through its leaf.
+// The base class of actions with a list of ports, which keeps the caller's order. A comparison
+// looks at order and duplicates, but not at the code. The conversion of this class writes and reads
+// the code alone; the derived class adds the ports.
 class FILTERS_API ActionPorts : public Action {
  public:
   ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);
@@ -157,8 +159,8 @@ class FILTERS_API ActionBlockEgressPorts : public ActionPorts {
   void convertFromActionPB(const ActionPB* message) override;
 };
 
-// Sends the packet to other ports: one when made by the constructor, any number when read from a
-// message, which replaces the ports already held.
+// Sends the packet to other ports. The constructor sets one port. Reading a message sets any number
+// of ports and replaces the ports already held.
 class FILTERS_API ActionRedirect : public Action {
  public:
   explicit ActionRedirect(const limid_t& port);
@@ -191,14 +193,15 @@ class FILTERS_API ActionL3Switch : public Action {
   unsigned int destinationId_;
 };
 
-// Puts the packet into an MPLS VPN through an access port. The only action that checks its
-// values: the VPN is a VPWS or a bridge domain of the VPLS type, the access port a LAG or an
-// Ethernet port; anything else throws std::invalid_argument and is not stored. On the wire both
-// travel as interface indexes, not as limids.
+// Puts the packet into an MPLS VPN through an access port. This is the only action that checks its
+// values: the VPN must be a VPWS or a bridge domain of the VPLS type, and the access port must be a
+// LAG or an Ethernet port. Any other value is not stored, and std::invalid_argument is thrown. The
+// message has interface indexes for both, not limids.
 class FILTERS_API ActionMplsPortSet : public Action {
  public:
-  // Both ids zero: to be filled by convertFromActionPB(), as is what BuildEmpty() returns. An entry
-  // takes it unfilled, but then nobody can read the bytes of that entry, or of its group.
+  // Sets both ids to zero; convertFromActionPB() fills them in later. BuildEmpty() returns such an
+  // object too. An entry accepts it unfilled, but then no reader accepts the bytes of that entry or
+  // of its group.
   ActionMplsPortSet() : Action(FILTERS_ACTION_MPLS_PORT_SET) {}
   ActionMplsPortSet(limid_t vpnId, limid_t mplsAccessPort);
   static ActionMplsPortSet BuildEmpty() { return ActionMplsPortSet(); }
@@ -211,8 +214,9 @@ class FILTERS_API ActionMplsPortSet : public Action {
 
   bool operator==(const ActionMplsPortSet& other) const;
   void convertToActionPB(ActionPB* message) const override;
-  // Throws std::invalid_argument when one of the two fields is absent (nothing is changed) or names
-  // an interface of the wrong kind (a good VPN in front of a bad access port stays stored).
+  // Throws std::invalid_argument if one of the two fields is absent or names an interface of the
+  // wrong kind. An absent field changes nothing. If the VPN is good and the access port is bad, the
+  // VPN is stored.
   void convertFromActionPB(const ActionPB* message) override;
  private:
   limid_t vpn_id{};
@@ -272,8 +276,8 @@ class FILTERS_API ActionSetPcpAndQueue : public Action {
   unsigned char pcpAndQueue_;
 };
 
-// Rewrites the priority code point of the inner tag. Deliberate: it shares its wire field with
-// ActionSetPcp; the code tells them apart.
+// Rewrites the priority code point of the inner tag. Deliberate: it uses the same message field as
+// ActionSetPcp, and only the code tells the two apart.
 class FILTERS_API ActionSetInnerPcp : public Action {
  public:
   explicit ActionSetInnerPcp(unsigned char pcp) : Action(FILTERS_ACTION_SET_INNER_PCP), pcp_(pcp) {}
@@ -285,7 +289,7 @@ class FILTERS_API ActionSetInnerPcp : public Action {
   unsigned char pcp_;
 };
 
-// Copies the outer tag's priority code point into the inner tag. It has no comparison of its own.
+// Copies the outer tag's priority code point into the inner tag. It has no operator== of its own.
 class FILTERS_API ActionCopyInnerPcp : public Action {
  public:
   ActionCopyInnerPcp() : Action(FILTERS_ACTION_COPY_INNER_PCP) {}
@@ -303,8 +307,8 @@ class FILTERS_API ActionSetDSCP : public Action {
   unsigned char dscp_;
 };
 
-// Chooses the class-of-service queue. Deliberate: it shares its wire field with
-// ActionMapToCpuCosQueue; the code tells them apart.
+// Chooses the class-of-service queue. Deliberate: it uses the same message field as
+// ActionMapToCpuCosQueue, and only the code tells the two apart.
 class FILTERS_API ActionMapToCosQueue : public Action {
  public:
   explicit ActionMapToCosQueue(unsigned char queue)
@@ -321,14 +325,16 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 
 // --- Printing ------------------------------------------------------------------------------------
 
-// Each prints a block: the class's name, the code, then a line a value; the first one prints the
-// block of the object's code and nothing for an unknown code, that of ActionPorts the list alone.
+// Each operator prints a block: the name of the class, the code, then a line for each value. The
+// operator for Action prints the block of the object's code, or nothing for an unknown code. The
+// operator for ActionPorts prints the list alone.
 //
-// Deliberate: they stand at global scope. Every namespace with an operator<< of its own hides them,
-// FiltersCommon among them. Code in such a namespace says `using ::operator<<;` there (inside a
-// function it would hide the namespace's own), or calls ::operator<<(os, action). Whether templates
-// of the standard library find them, as std::ostream_iterator<ActionDeny> must, depends on the
-// order of includes: a type of the caller's, whose operator<< calls these, always works.
+// Deliberate: these operators are at global scope. A namespace with an operator<< of its own, such
+// as FiltersCommon, hides them. Code in such a namespace writes `using ::operator<<;` at namespace
+// scope (inside a function the line would hide the namespace's own operators), or calls
+// ::operator<<(os, action). Templates of the standard library, such as
+// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. A type
+// of your own whose operator<< calls these operators always works.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 #define FILTERS_ACTION(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);

@@ -1,26 +1,23 @@
 #ifndef FILTER_COMMON_FILTER_ACTIONS_C_H_
 #define FILTER_COMMON_FILTER_ACTIONS_C_H_
 
-// Actions for procedural code, in C11 and C++. The classes of filter_actions.h say what each one
-// means; here stands what is special to this side.
+// Actions for procedural code, in C11 and C++. The classes of filter_actions.h say what each action
+// means; this header says what is special to its C functions.
 //
-// Handles. A new... function returns an action object as void*, never null; it is the caller's
-// until deleteAction(). In C the handle passes as it is wherever an Action* is asked for; in C++ it
-// is cast with static_cast.
-// Classes. A handle is trusted to be of the class that a getter reads: an action of another class,
-// or a null handle, is undefined behaviour, as is a null array whose count is not 0.
-// actionGetType() tells the code of any handle but null.
-// Assertions. deleteAction() and actionGetType() stop the process on a null handle with the C
-// library's assertion message, in every kind of build.
-// Exceptions. The new... functions may throw std::bad_alloc, and newActionMplsPortSet()
-// std::invalid_argument on interfaces of the wrong kind, through their C callers, which are then
-// compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
-// leaked.
-// Threads. Any number may read one action at a time; deleting it, or filling it anew from an entry,
-// needs it alone.
-// Gaps, all deliberate: no ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop is made here, no
-// getter reads ports, MAC addresses, the CPU queue or MPLS interfaces, and nothing compares, prints
-// or serializes.
+// Handles. A new... function returns an action object as void*, never null. The caller owns it
+// until deleteAction(). In C the handle can be passed wherever an Action* is expected; in C++ it
+// must be cast with static_cast. Classes. A getter trusts that the handle is of the class that it
+// reads. These cause undefined behaviour: an action of another class, a null handle, and a null
+// array whose count is not 0. actionGetType() returns the code of any handle but null. Assertions.
+// deleteAction() and actionGetType() stop the process on a null handle with the C library's
+// assertion message, in every kind of build. Exceptions. The new... functions may throw
+// std::bad_alloc, and newActionMplsPortSet() throws std::invalid_argument on interfaces of the
+// wrong kind. The exception passes through C callers if they are compiled with -fexceptions. If no
+// C++ caller above them catches it, the process ends. Nothing is leaked. Threads. Any number of
+// threads may read an action at once. A thread that deletes it, or fills it anew from an entry,
+// must be the only one to use it. Gaps, all deliberate: no function makes an ActionSetInnerPcp,
+// ActionBlackHole or ActionL2ToCpuDrop. No getter reads ports, MAC addresses, the CPU queue or MPLS
+// interfaces. No function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 
@@ -36,7 +33,7 @@ FILTERS_API void* newActionDeny(void);
 FILTERS_API void* newActionCopyToCpu(void);
 FILTERS_API void* newActionCopyToCpuCancel(void);    // takes back a copy to the CPU
 FILTERS_API void* newActionSwitchToCpuCancel(void);  // takes back a switch to the CPU
-// count ports in the order of the array, which is not read when count is 0.
+// The array has `count` ports, whose order is kept. If count is 0, the array is not read.
 FILTERS_API void* newActionBlockEgressPorts(const limid_t* ports, unsigned int count);
 FILTERS_API void* newActionSetPcp(unsigned char pcp);
 FILTERS_API void* newActionSetPcpAndQueue(unsigned char pcpAndQueue);
@@ -47,8 +44,9 @@ FILTERS_API void* newActionRedirect(limid_t port);
 FILTERS_API void* newActionRedirectCancel(void);
 FILTERS_API void* newActionL3Switch(unsigned int destinationId);
 FILTERS_API void* newActionCopyInnerPcp(void);
-// Throws std::invalid_argument unless the VPN is a VPWS or VPLS and the port a LAG or Ethernet
-// port, which ends a program of C alone. Such a program asks first (limid/limid.h):
+// Throws std::invalid_argument unless the VPN is a VPWS or VPLS and the port is a LAG or Ethernet
+// port. The exception ends a program that is in C alone. Such a program checks first
+// (limid/limid.h):
 //   uint32_t type, number;
 //   bool vpn = limid_is_from_type(vpnId, limid_type_mpls_vpws) ||
 //              (limid_to_bridgedomain_components(vpnId, &type, &number) == 0 &&

@@ -9,16 +9,16 @@ namespace FiltersCommon {
 
 class CounterPB;
 
-// One counter of a filter rule: an identifier, unique within its entry, and what it counts. A
-// plain value: nothing is checked here. FiltersEntry::setCounter() decides what an entry takes from
-// its callers; an entry that is read from a message takes every counter.
+// One counter of a filter rule: an id, which is unique within its entry, and what it counts. This
+// is a plain value that checks nothing. FiltersEntry::setCounter() decides which counters an entry
+// accepts from its callers; an entry that is read from a message accepts every counter.
 class FILTERS_API Counter {
  public:
   // Id 0 of the invalid type, which FiltersEntry::setCounter() refuses.
   Counter() = default;
   Counter(unsigned short id, counter_type_t type) : id_(id), type_(type) {}
 
-  // From its message: the low 16 bits of the id, the type as it stands.
+  // Reads a message: keeps the low 16 bits of the id, and the type unchanged.
   explicit Counter(const CounterPB& message);
 
   unsigned short GetId() const { return id_; }
@@ -34,7 +34,7 @@ class FILTERS_API Counter {
   counter_type_t type_ = FILTERS_COUNTER_TYPE_INVALID;
 };
 
-// Two lines: the id, and the type by name ("Unknown" for a value that has none).
+// Prints two lines: the id, and the name of the type ("Unknown" for a type without a name).
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Counter& counter);
 
 }  // namespace FiltersCommon

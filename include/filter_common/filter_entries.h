@@ -23,8 +23,8 @@ namespace FiltersCommon {
 class FiltersEntryPB;
 class FiltersSerialized;
 
-// Whether an entry admits objects of class T: exactly the classes of filter_matches.def and
-// filter_actions.def, so that a caller's own class is refused even when it derives from one.
+// True if an entry admits objects of class T. It admits exactly the classes of filter_matches.def
+// and filter_actions.def. A caller's own class is refused, even if it derives from one of these.
 template <class T>
 inline constexpr bool isEntryClass = false;
 #define FILTERS_ENTRY_CLASS(code, Class, blank) \
@@ -37,9 +37,9 @@ inline constexpr bool isEntryClass = false;
 #include <filter_common/filter_actions.def>
 #undef FILTERS_ENTRY_CLASS
 
-// Hands every object of the source over to the destination, in place of what the destination holds
-// under the same key; other keys of the destination stay. The source is left empty, unless it is
-// the destination itself. Neither allocates nor fails.
+// Moves every object of the source to the destination, where it replaces the object with the same
+// key. Objects with other keys stay. The source is left empty, unless it is the destination itself.
+// The functions do not allocate and cannot fail.
 template <class K, class V>
 void copy_map(std::map<K, std::unique_ptr<V>>& destination,
               std::map<K, std::unique_ptr<V>>& source) {
@@ -51,8 +51,8 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 }
 
 // One filter rule: which packets (at most one match of each code), what happens to them (at most
-// one action of each code), how fast (a policer, and optionally a parent shared with other rules)
-// and what is counted. For example:
+// one action of each code), how fast they may come (a policer, and optionally a parent policer
+// shared with other rules) and what is counted. For example:
 //
 //     FiltersEntry entry(10);
 //     if (entry.setMatch(MatchTTL(1)) != FILTERS_OK) return 1;
@@ -64,48 +64,50 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 //     entry.serialize(&bytes);
 //     if (!(FiltersEntry(bytes) == entry)) return 1;  // as another process reads it
 //
-// Invariants: every match and action is the entry's own copy, stored under its own code. IPv4 and
-// IPv6 addresses never stand together, nor do a destination port and a destination port range.
+// Invariants: every match and action is the entry's own copy, stored under its own code. An entry
+// never holds both IPv4 and IPv6 addresses, nor both a destination port and a destination port
+// range.
 //
-// Refusals are result codes and leave the entry unchanged, except where a function says otherwise.
-// Building an entry from bytes reports nothing: what is unknown, refused or unreadable is left out.
-// WARNING: an entry whose bytes were cut off or damaged can come back with fewer matches, or with a
-// match that holds what could be read of it and zeros for the rest: of an address without its mask,
-// one that fits every packet. It then applies to more packets than its sender meant. Neither the
-// bytes nor the number of matches tell; callers protect the bytes on their way (a length and a
-// checksum around them), or compare the entry with what they expected.
+// A refused call returns a result code and leaves the entry unchanged, unless the function says
+// otherwise. Building an entry from bytes reports nothing: unknown, refused and unreadable parts
+// are left out. WARNING: an entry whose bytes were cut off or damaged can come back with fewer
+// matches, or with a match that has zeros for the bytes that could not be read. For example, an
+// address without its mask fits every packet. The entry then applies to more packets than its
+// sender meant. Neither the bytes nor the number of matches show it. Callers protect the bytes on
+// their way (with a length and a checksum), or compare the entry with the one that they expected.
 // Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
-// then unchanged, except where a function says otherwise; nothing is leaked.
+// then unchanged, unless the function says otherwise, and nothing is leaked.
 //
-// Objects are not synchronised: any number of threads may read one entry at a time, a writer needs
-// it alone. Entries that share a parent policer may be copied and destroyed on different threads.
+// Objects are not synchronised: any number of threads may read an entry at once, but a thread that
+// changes it must be the only one to use it. Entries that share a parent policer may be copied and
+// destroyed on different threads.
 class FILTERS_API FiltersEntry {
  public:
   using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
   using Actions = std::map<filtersAction_t, std::unique_ptr<Action>>;
 
-  // What the setters go by, for reading: the classes admitted, each by the hash code of its type
-  // (typeid(T).hash_code()), and the codes of which one entry cannot hold two kinds: IPv4 beside
-  // IPv6, a destination port beside a destination port range. Built while the library is loaded,
-  // in this order.
+  // The sets that the setters use, for callers to read. validMatchTypes and validActionTypes hold
+  // the admitted classes, each as typeid(T).hash_code(). An entry cannot hold a code of
+  // ipv4OnlyMatchTypes beside one of ipv6OnlyMatchTypes, nor two codes of l4DstPortMatchTypes. The
+  // sets are built while the library is loaded, in this order.
   static const std::set<std::size_t> validMatchTypes;
   static const std::set<filtersMatch_t> ipv4OnlyMatchTypes;
   static const std::set<filtersMatch_t> ipv6OnlyMatchTypes;
   static const std::set<std::size_t> validActionTypes;
   static const std::set<filtersMatch_t> l4DstPortMatchTypes;
 
-  // Priority 0, the policer library's default policer, nothing else.
+  // The new entry has priority 0, the policer library's default policer, and nothing else.
   FiltersEntry() : FiltersEntry(0) {}
   explicit FiltersEntry(const filtersEntryId_t& id) : id_(id) {}
 
-  // From the bytes of serialize(). Bytes that do not parse give what could be read of them; empty
-  // bytes give id 0, priority 0 and a policer made from no bytes. Throws std::invalid_argument when
-  // they hold an MPLS port action that lacks one of its interfaces or names one of the wrong kind,
-  // and std::logic_error for a buffer without data whose size is not 0.
+  // Reads the bytes of serialize(). If the bytes do not parse, the entry keeps whatever could be
+  // read. Empty bytes give id 0, priority 0 and a policer made from no bytes. Throws
+  // std::invalid_argument if the bytes hold an MPLS port action that lacks an interface or names
+  // one of the wrong kind, and std::logic_error for a buffer without data whose size is not 0.
   explicit FiltersEntry(const std::string& bytes);
   explicit FiltersEntry(const FiltersSerialized& buffer);
 
-  // Copies share the parent policer and nothing else. A held MatchDSCP is copied as a MatchToS.
+  // A copy shares the parent policer and nothing else. A held MatchDSCP is copied as a MatchToS.
   FiltersEntry(const FiltersEntry& other);
   FiltersEntry& operator=(const FiltersEntry&) = delete;
   // The source is left valid, with unspecified content.
@@ -119,37 +121,38 @@ class FILTERS_API FiltersEntry {
 
   // --- Matches ---
 
-  // Assigns the held match of out's code to out. FILTERS_ERR_INVALID for a class that has no row in
-  // filter_matches.def, FILTERS_ERR_NOT_FOUND when there is none; out is then unchanged.
-  // Deliberate: of MatchToS and MatchDSCP, either can be read as the other.
+  // Assigns the held match with out's code to `out`. Returns FILTERS_ERR_INVALID if the class has
+  // no row in filter_matches.def, and FILTERS_ERR_NOT_FOUND if no such match is held; `out` is then
+  // unchanged. Deliberate: a MatchToS can be read as a MatchDSCP, and a MatchDSCP as a MatchToS.
   template <class T>
   FILTERS_NODISCARD filtersErr_t getMatch(T& out) const;
 
-  // Stores a copy in place of a match of the same code. FILTERS_ERR_INVALID for a class that has no
-  // row, or when the match cannot stand beside one already held.
+  // Stores a copy, which replaces a held match with the same code. Returns FILTERS_ERR_INVALID if
+  // the class has no row, or if a held match excludes this one (IPv4 beside IPv6, for example).
   template <class T>
   FILTERS_NODISCARD filtersErr_t setMatch(const T& match);
 
-  // Whether the match may join those held, as to the IP version and as to the destination port;
-  // only its code matters.
+  // True if no held match excludes this one: by its IP version, or by its kind of destination port.
+  // The functions look only at the match's code.
   template <class T>
   bool isL3CompatibleMatch(T match) const;
   template <class T>
   bool isL4DstPortCompatibleMatch(T match) const;
 
-  // FILTERS_ERR_NOT_FOUND when there is none.
+  // Returns FILTERS_ERR_NOT_FOUND if no such match is held.
   FILTERS_NODISCARD filtersErr_t deleteMatch(filtersMatch_t code);
 
-  // Replaces all matches by copies of the given ones, or none: the first refusal is returned and
-  // the entry keeps what it had. Null pointers and unknown codes are skipped; every other match
-  // must be of the class of its code.
+  // Replaces all matches by copies of the given ones. If one is refused, the function returns that
+  // refusal and the entry keeps all its old matches. Null pointers and unknown codes are skipped.
+  // Every other match must be of the class of its code.
   FILTERS_NODISCARD filtersErr_t setMatches(const Matches& matches);
 
-  // Adds copies of the given matches in ascending order of the map. The first refusal is returned;
-  // what was stored before it, or before std::bad_alloc, stays. Otherwise as setMatches().
+  // Adds copies of the given matches in ascending order of the map, and otherwise works like
+  // setMatches(). The first refusal ends the call and is returned. The matches that were stored
+  // before it, or before std::bad_alloc, stay.
   FILTERS_NODISCARD filtersErr_t copyMatches(const Matches& matches);
 
-  // --- Actions: as matches; no action excludes another ---
+  // --- Actions: the same functions as for matches, but no action excludes another ---
 
   template <class T>
   FILTERS_NODISCARD filtersErr_t getAction(T& out) const;
@@ -161,42 +164,42 @@ class FILTERS_API FiltersEntry {
 
   // --- Policer and counters ---
 
-  // The entry's own policer; valid as long as the entry lives.
+  // The entry's own policer. The reference is valid until the entry is destroyed.
   const policer::Policer& getPolicer() const { return policer_; }
   filtersErr_t setPolicer(const policer::Policer& policer);
 
-  // The shared parent, null when there is none. Setting makes a new shared object of the argument;
-  // copies of this entry keep the one they have. A parent cannot be taken away again.
+  // The shared parent policer, or null. The setter makes a new shared object from the argument;
+  // existing copies of this entry keep the old one. A parent cannot be removed, only replaced.
   std::shared_ptr<policer::Policer> getPolicerParent() const { return policerParent_; }
   filtersErr_t setPolicerParent(const policer::Policer& policer);
 
-  // The counter with this id, null when there is none; valid until the counters change.
+  // The counter with this id, or null. The pointer is valid until the counters change.
   const Counter* getCounter(unsigned short id) const;
   const std::map<unsigned short, Counter>& getCounters() const { return counters_; }
-  // Stores the counter in place of one with its id. FILTERS_ERR_INVALID for type 0 and for a type
-  // that a held counter has. Deliberate: also when that counter is the very same.
+  // Stores the counter, which replaces a held one with its id. Returns FILTERS_ERR_INVALID for type
+  // 0 and for a type that a held counter has. Deliberate: also if that counter has the same id.
   FILTERS_NODISCARD filtersErr_t setCounter(const Counter& counter);
-  // FILTERS_ERR_INVALID_ARGUMENT when there is none.
+  // Returns FILTERS_ERR_INVALID_ARGUMENT if no counter has this id.
   FILTERS_NODISCARD filtersErr_t deleteCounter(unsigned short id);
   filtersErr_t deleteCounters();
 
   // --- Conversion and comparison ---
 
-  // Fills a fresh message: counters, matches and actions in ascending order.
+  // Fills a fresh message. Counters, matches and actions are written in ascending order.
   void convertToFiltersEntryPB(FiltersEntryPB* message) const;
-  // Takes id, priority and policer from the message, and the parent if it has one; adds its
-  // counters, matches and actions to those held, in place of one of the same id or code. Matches
-  // that cannot stand beside one already held are left out. Meant for a fresh entry. An MPLS port
-  // action's std::invalid_argument passes through; what was converted before it, or before
-  // std::bad_alloc, stays.
+  // Sets id, priority and policer from the message, and the parent if the message has one. Adds the
+  // message's counters, matches and actions; each replaces a held one with its id or code. A match
+  // that a held one excludes is left out. Use it on a fresh entry. An MPLS port action can throw
+  // std::invalid_argument. The parts that were converted before an exception stay.
   void convertFromFiltersEntryPB(const FiltersEntryPB* message);
 
-  // The bytes of the entry's message, in place of the string's content or into an empty buffer.
-  // When it throws, the buffer is still empty; the string's content is unspecified.
+  // Writes the bytes of the entry's message: they replace the content of the string, or fill an
+  // empty buffer. After an exception the buffer is still empty, and the string's content is
+  // unspecified.
   void serialize(std::string* out) const;
   void serialize(FiltersSerialized* out) const;
 
-  // Everything compared by value, the parent too.
+  // Compares everything by value, the parent policer too.
   bool operator==(const FiltersEntry& other) const;
  private:
   friend class FiltersGroup;  // validates the held matches and actions
@@ -218,12 +221,13 @@ class FILTERS_API FiltersEntry {
   policer::Policer policer_;
   std::shared_ptr<policer::Policer> policerParent_;
   std::map<unsigned short, Counter> counters_;
-  // In ascending order of their codes, which they tell themselves.
+  // In ascending order of their codes (getType()).
   std::vector<std::unique_ptr<Match>> matches_;
   std::vector<std::unique_ptr<Action>> actions_;
 };
 
-// Prints the entry, its policer unless it has no stage, counters, matches, actions and the parent.
+// Prints the entry: its fields, its policer (if that has a stage), its counters, matches, actions
+// and its parent policer.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry);
 
 template <class T>
@@ -234,9 +238,10 @@ filtersErr_t FiltersEntry::getMatch(T& out) const {
   } else {
     const Match* held = findMatch(out.getType());
     if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
-    // Under the code of MatchToS stands a MatchToS or a MatchDSCP: what both have is assigned.
+    // The match held under the code of MatchToS is a MatchToS or a MatchDSCP. Their common base is
+    // assigned.
     using Held = std::conditional_t<std::is_same_v<T, MatchDSCP>, MatchToS, T>;
-    static_cast<Held&>(out) = Held(static_cast<const Held&>(*held));  // all of it or nothing
+    static_cast<Held&>(out) = Held(static_cast<const Held&>(*held));  // unchanged if copying throws
     return FILTERS_OK;
   }
 }
@@ -273,7 +278,7 @@ filtersErr_t FiltersEntry::getAction(T& out) const {
   } else {
     const Action* held = findAction(out.getType());
     if (held == nullptr) return FILTERS_ERR_NOT_FOUND;
-    out = T(static_cast<const T&>(*held));  // all of it or nothing
+    out = T(static_cast<const T&>(*held));  // unchanged if copying throws
     return FILTERS_OK;
   }
 }
@@ -290,7 +295,7 @@ filtersErr_t FiltersEntry::setAction(const T& action) {
   }
 }
 
-// For the library's classes the library holds the instances.
+// The library contains the instances for its own classes.
 #define FILTERS_MATCH(code, T, blank)                                    \
   extern template filtersErr_t FiltersEntry::getMatch<T>(T & out) const; \
   extern template filtersErr_t FiltersEntry::setMatch<T>(const T& match);

@@ -1,21 +1,24 @@
 #ifndef FILTER_COMMON_FILTER_ENTRIES_C_H_
 #define FILTER_COMMON_FILTER_ENTRIES_C_H_
 
-// Filter rules for procedural code, in C11 and C++. Every function forwards to the class of
-// filter_entries.h, whose description holds; here stands what is special to this side.
+// Filter rules for procedural code, in C11 and C++. Every function forwards to the class in
+// filter_entries.h, whose description applies; this header says what is special to the C functions.
 //
-// Handles. A FiltersEntry* comes from newFiltersEntry() or copyFiltersEntry() and is the caller's
-// until deleteFiltersEntry(). Matches and actions (filter_matches_c.h, filter_actions_c.h) passed
-// in are copied and stay the caller's; their own type code says what they are and is trusted.
+// Handles. A FiltersEntry* comes from newFiltersEntry() or copyFiltersEntry(), and the caller owns
+// it until deleteFiltersEntry(). The functions copy matches and actions that are passed in
+// (filter_matches_c.h, filter_actions_c.h) and never take them. They trust the type code of a match
+// or action to say its class.
 // Assertions. A null handle stops the process with the C library's assertion message, in every kind
-// of build; the functions that get and set matches and actions return
+// of build. The functions that get and set matches and actions return
 // FILTERS_ERR_INVALID_ARGUMENT instead.
-// Exceptions. Functions that allocate (new..., copy..., Set..., and Get... of a class that holds a
-// list) may throw std::bad_alloc through their C callers, which are then compiled with
-// -fexceptions; if no C++ caller above catches it, the process ends. Nothing is leaked or changed.
-// Threads. Any number may read or copy one entry at a time, a writer needs it alone.
-// Gaps, all deliberate: policers, the parent and counters are neither set nor read, the id is never
-// changed, nothing lists what an entry holds (ask code by code), compares, prints or serializes.
+// Exceptions. Functions that allocate may throw std::bad_alloc: new..., copy..., Set..., and Get...
+// of a class that holds a list. The exception passes through C callers if they are compiled with
+// -fexceptions. If no C++ caller above them catches it, the process ends. Nothing is leaked or
+// changed.
+// Threads. Any number of threads may read or copy an entry at once. A thread that changes it must
+// be the only one to use it. Gaps, all deliberate: no function sets or reads policers, the parent
+// policer or counters. No function changes the id or lists what an entry holds (ask code by code).
+// No function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 
@@ -31,7 +34,7 @@ typedef struct FiltersEntry FiltersEntry;
 typedef struct Match Match;
 #endif
 
-// A rule of this id: priority 0, the default policer, nothing else.
+// Makes a rule with this id: it has priority 0, the default policer and nothing else.
 FILTERS_API FiltersEntry* newFiltersEntry(filtersEntryId_t id);
 FILTERS_API FiltersEntry* copyFiltersEntry(FiltersEntry* e);
 FILTERS_API void deleteFiltersEntry(FiltersEntry* e);
@@ -40,18 +43,19 @@ FILTERS_API filtersEntryId_t filtersEntryGetId(FiltersEntry* e);
 FILTERS_API void filtersEntrySetPriority(FiltersEntry* e, filtersEntryPriority_t p);
 FILTERS_API filtersEntryPriority_t filtersEntryGetPriority(FiltersEntry* e);
 
-// Get: fills the caller's object from the entry's match of its code; FILTERS_ERR_NOT_FOUND when
-// there is none, and the object is then unchanged. Set: stores a copy of the object;
-// FILTERS_ERR_INVALID when it cannot stand beside a match already held. Both: FILTERS_ERR_INVALID
-// for an unknown code and, deliberately, for FILTERS_MATCH_MY_STATION_HIT and
-// FILTERS_MATCH_FORWARDING_TYPE, which only the classes reach.
+// Get fills the caller's object from the entry's match with its code. It returns
+// FILTERS_ERR_NOT_FOUND if there is none, and the object is then unchanged. Set stores a copy of
+// the object. It returns FILTERS_ERR_INVALID if a held match excludes this one. Both functions
+// return FILTERS_ERR_INVALID for an unknown code. Deliberate: they also do so for
+// FILTERS_MATCH_MY_STATION_HIT and FILTERS_MATCH_FORWARDING_TYPE, which only the C++ classes
+// support.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetMatch(FiltersEntry* e, Match* m);
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetMatch(FiltersEntry* e, Match* m);
-// FILTERS_ERR_NOT_FOUND when there is none.
+// Returns FILTERS_ERR_NOT_FOUND if the entry has no such match.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteMatch(FiltersEntry* e,
                                                                    filtersMatch_t t);
 
-// The same for actions: FILTERS_ERR_INVALID only for an unknown code.
+// The same for actions, but these return FILTERS_ERR_INVALID only for an unknown code.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetAction(FiltersEntry* e, Action* a);
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetAction(FiltersEntry* e, Action* a);
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteAction(FiltersEntry* e,

@@ -18,9 +18,9 @@ namespace FiltersCommon {
 class FiltersGroupPB;
 class FiltersSerialized;
 
-// One table of filter rules: where in the pipeline it is applied (stage), what kind of table it is
-// (type) and its rules, by entry id. The type decides which matches a rule may use; the stage
-// decides which types, which actions and which policer stage. For example:
+// One table of filter rules: where in the pipeline it is applied (the stage), what kind of table it
+// is (the type), and its rules by entry id. The type decides which matches a rule may use. The
+// stage decides which types, actions and policers the group admits. For example:
 //
 //     FiltersGroup group(1);
 //     if (group.setStage(FILTERS_GROUP_STAGE_INGRESS) != FILTERS_OK) return 1;
@@ -30,31 +30,31 @@ class FiltersSerialized;
 //     if (group.insertEntry(entry) != FILTERS_ERR_MATCH_NOT_ALLOWED) return 1;
 //     std::cout << group;
 //
-// Invariants: every entry is the group's own copy, stored under its own id. An entry that came in
-// by insertEntry(), and every later setStage() and setType(), passed the checks below.
+// Invariants: every entry is the group's own copy, stored under its own id. Every insertEntry(),
+// setStage() and setType() that succeeded has passed the checks below.
 //
-// Refusals are result codes and leave the group unchanged. Building a group from bytes reports
-// nothing: entries that the checks refuse are left out. WARNING: of bytes that were cut off or
-// damaged, entries can be missing, and one can come back with fewer matches, or with a match cut to
-// zeros, and then apply to more packets; see FiltersEntry.
+// A refused call returns a result code and leaves the group unchanged. Building a group from bytes
+// reports nothing: entries that the checks refuse are left out. WARNING: when bytes were cut off or
+// damaged, entries can be missing. An entry can also come back with fewer matches, or with a match
+// that has zeros for missing bytes, and then applies to more packets; see FiltersEntry.
 //
-// Objects are not synchronised: any number of threads may read one group at a time, a writer needs
-// it alone. The tables never change and may be read from any thread.
+// Objects are not synchronised: any number of threads may read a group at once, but a thread that
+// changes it must be the only one to use it. The tables never change, so any thread may read them.
 class FILTERS_API FiltersGroup {
  public:
-  // Priority 0, stage and type NONE, no entries.
+  // The new group has priority 0, stage and type NONE, and no entries.
   explicit FiltersGroup(const unsigned short& id) : id_(id) {}
 
-  // From the bytes of serialize(). Bytes that do not parse give what could be read of them, and
-  // empty bytes a group of zeros. The group's id and priority keep their low 16 bits; stage and
-  // type are taken unchecked (deliberate), the entries then pass the checks of insertEntry(), and
-  // of two with one id that do, the later one stays. Throws as the same constructors of
-  // FiltersEntry do.
+  // Reads the bytes of serialize(). The group keeps whatever the parser could read, even when
+  // parsing fails. Empty bytes give a group of zeros. Id and priority keep their low 16 bits.
+  // Deliberate: stage and type are accepted unchecked. Each entry then has to pass the checks of
+  // insertEntry(). If two with the same id pass, the later one stays. The constructors throw the
+  // same exceptions as those of FiltersEntry.
   explicit FiltersGroup(const std::string& bytes);
-  // Deliberate: the buffer is only read, and is not const all the same.
+  // Deliberate: the parameter is not const, although the buffer is only read.
   explicit FiltersGroup(FiltersSerialized& buffer);
 
-  // Copies every entry, and checks nothing. An assignment that throws changes nothing.
+  // These functions copy every entry and check nothing. An assignment that throws changes nothing.
   FiltersGroup(const FiltersGroup& other) = default;
   FiltersGroup& operator=(const FiltersGroup& other);
   ~FiltersGroup() = default;
@@ -63,49 +63,50 @@ class FILTERS_API FiltersGroup {
   filtersGroupPriority_t getPriority() const { return priority_; }
   void setPriority(const unsigned short& priority) { priority_ = priority; }
 
-  // Refused by groupStageValidation(); then, entry by entry, by the action and policer checks.
+  // Can be refused by groupStageValidation(), then for each entry by the action and policer checks.
   filtersGroupStage_t getStage() const { return stage_; }
   FILTERS_NODISCARD filtersErr_t setStage(const filtersGroupStage_t& stage);
 
-  // Refused by groupStageValidation(); then, entry by entry, by the match check.
+  // Can be refused by groupStageValidation(), then for each entry by the match check.
   filtersGroupType_t getType() const { return type_; }
   FILTERS_NODISCARD filtersErr_t setType(const filtersGroupType_t& type);
 
-  // A copy of every entry.
+  // Returns a copy of every entry.
   std::map<unsigned int, FiltersEntry> getEntries() const { return entries_; }
-  // The group's own entries; valid until the group changes.
+  // The group's own entries. The reference is valid until the group changes.
   const std::map<unsigned int, FiltersEntry>& getEntriesRef() const { return entries_; }
 
-  // Stores a copy of the entry, in place of one with its id (deliberate: no error). Refused, in
-  // this order, by the match check, the action check and the policer check. Should the copy throw
-  // std::bad_alloc, the group holds no entry of that id.
+  // Stores a copy of the entry, which replaces a held one with its id (deliberate: no error). Can
+  // be refused by the match check, the action check and the policer check, in this order. If the
+  // copy throws std::bad_alloc, the group holds no entry with that id.
   FILTERS_NODISCARD filtersErr_t insertEntry(const FiltersEntry& entry);
 
-  // FILTERS_ERR_NOT_FOUND when there is none.
+  // Returns FILTERS_ERR_NOT_FOUND if no entry has this id.
   FILTERS_NODISCARD filtersErr_t removeEntry(const unsigned int& entryId);
 
-  // --- The checks, for asking beforehand; they read their arguments and the tables alone ---
+  // --- The checks, which read only their arguments and the tables; callers may ask beforehand ---
 
-  // FILTERS_ERR_INVALID for an unknown type, FILTERS_ERR_MATCH_NOT_ALLOWED for a match that the
-  // type does not admit.
+  // Returns FILTERS_ERR_INVALID for an unknown type, and FILTERS_ERR_MATCH_NOT_ALLOWED for a match
+  // that the type does not admit.
   FILTERS_NODISCARD filtersErr_t groupMatchValidation(const FiltersEntry& entry,
                                                       filtersGroupType_t type) const;
-  // FILTERS_ERR_INVALID_STAGE for an unknown stage, FILTERS_ERR_ACTION_NOT_ALLOWED for an action
-  // that the stage does not admit.
+  // Returns FILTERS_ERR_INVALID_STAGE for an unknown stage, and FILTERS_ERR_ACTION_NOT_ALLOWED for
+  // an action that the stage does not admit.
   FILTERS_NODISCARD filtersErr_t groupActionValidation(const FiltersEntry& entry,
                                                        filtersGroupStage_t stage) const;
-  // FILTERS_ERR_INVALID_STAGE for an unknown stage, FILTERS_ERR_TYPE_NOT_ALLOWED for a type that
-  // the stage does not admit.
+  // Returns FILTERS_ERR_INVALID_STAGE for an unknown stage, and FILTERS_ERR_TYPE_NOT_ALLOWED for a
+  // type that the stage does not admit.
   FILTERS_NODISCARD filtersErr_t groupStageValidation(filtersGroupStage_t stage,
                                                       filtersGroupType_t type) const;
-  // A policer of stage None fits everywhere, even at an unknown stage; any other is refused with
-  // FILTERS_ERR_INVALID_STAGE at an unknown stage and FILTERS_ERR_POLICER_STAGE at a stage that
-  // requires another: NONE and LOOKUP require None, INGRESS Ingress, EGRESS Egress.
+  // A policer with stage None is admitted at every stage, even an unknown one. Any other policer
+  // gets FILTERS_ERR_INVALID_STAGE at an unknown stage, and FILTERS_ERR_POLICER_STAGE at a stage
+  // that requires another: INGRESS requires Ingress, EGRESS requires Egress, NONE and LOOKUP
+  // require None.
   FILTERS_NODISCARD filtersErr_t groupPolicerValidation(const policer::Policer& policer,
                                                         filtersGroupStage_t stage) const;
 
-  // What the checks go by: the matches that each type admits, the actions and the types that each
-  // stage admits. Built while the library is loaded.
+  // The tables of the checks: the matches that each type admits, and the actions and types that
+  // each stage admits. They are built while the library is loaded.
   static const std::map<filtersGroupType_t, const std::set<filtersMatch_t>> TypeDescription_;
   static const std::map<filtersGroupStage_t, const std::set<filtersAction_t>>
       StageActionsDescription_;
@@ -115,17 +116,18 @@ class FILTERS_API FiltersGroup {
   // --- Conversion and comparison ---
 
   FiltersGroupPB convertToFiltersGroupPB() const;
-  // Takes id, priority, stage and type from the message and adds its entries to those held, as the
-  // constructor from bytes does; those held are not checked anew. What was taken before an
-  // exception stays.
+  // Sets id, priority, stage and type from the message and adds its entries, as the constructor
+  // from bytes does. The entries already held are not checked again. The parts that were read
+  // before an exception stay.
   void convertFromFiltersGroupPB(const FiltersGroupPB* message);
 
-  // The bytes of the group's message, in place of the string's content or into an empty buffer.
-  // When it throws, the buffer is still empty; the string's content is unspecified.
+  // Writes the bytes of the group's message: they replace the content of the string, or fill an
+  // empty buffer. After an exception the buffer is still empty, and the string's content is
+  // unspecified.
   void serialize(std::string* out) const;
   void serialize(FiltersSerialized* out) const;
 
-  // Everything compared by value.
+  // Compares everything by value.
   bool operator==(const FiltersGroup& other) const;
   bool operator!=(const FiltersGroup& other) const { return !(*this == other); }
  private:

@@ -1,21 +1,21 @@
 #ifndef FILTER_COMMON_FILTER_GROUPS_C_H_
 #define FILTER_COMMON_FILTER_GROUPS_C_H_
 
-// Filter groups for procedural code, in C11 and C++. Every function forwards to the class of
-// filter_groups.h, whose description holds; here stands what is special to this side.
+// Filter groups for procedural code, in C11 and C++. Every function forwards to the class in
+// filter_groups.h, whose description applies; this header says what is special to the C functions.
 //
-// Handles. A FiltersGroup* comes from newFiltersGroup() and is the caller's until
-// deleteFiltersGroup(). Entries passed in are copied and stay the caller's.
+// Handles. A FiltersGroup* comes from newFiltersGroup(), and the caller owns it until
+// deleteFiltersGroup(). The functions copy entries that are passed in and never take them.
 // Assertions. A null pointer stops the process with the C library's assertion message, in every
-// kind of build, except where a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.
-// Exceptions. Functions that allocate (new..., InsertEntry, GetEntries) may throw std::bad_alloc
-// through their C callers, which are then compiled with -fexceptions; if no C++ caller above
-// catches it, the process ends. Nothing is leaked, and arguments are unchanged, except that a
-// failing InsertEntry leaves no entry of that id.
-// Threads. Any number may read one group at a time, a writer needs it alone.
-// Gaps, all deliberate: a group is not copied, compared, printed or serialized here, and the checks
-// cannot be asked beforehand. Its entries are not handed out: to change a rule, change the copy
-// from filtersGroupGetEntries() and insert that again.
+// kind of build, unless a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.
+// Exceptions. Functions that allocate (new..., InsertEntry, GetEntries) may throw std::bad_alloc.
+// The exception passes through C callers if they are compiled with -fexceptions. If no C++ caller
+// above them catches it, the process ends. Nothing is leaked, and arguments are unchanged, except
+// that a failing InsertEntry leaves no entry with that id. Threads. Any number of threads may read
+// a group at once. A thread that changes it must be the only one to use it. Gaps, all deliberate:
+// no function copies, compares, prints or serializes a group, and none runs the checks beforehand.
+// No function returns the group's own entries: to change a rule, change the copy from
+// filtersGroupGetEntries() and insert that copy.
 
 #include <filter_common/filter_types.h>
 
@@ -29,15 +29,15 @@ typedef struct FiltersEntry FiltersEntry;
 typedef struct FiltersGroup FiltersGroup;
 #endif
 
-// The entries of a group, in ascending order of their ids. The record itself is the caller's,
-// usually a local variable; what it points at is freed by deleteFiltersEntriesStruct().
+// The entries of a group, in ascending order of their ids. The caller provides the record, usually
+// as a local variable. deleteFiltersEntriesStruct() frees what the record points at.
 typedef struct entriesStruct {
   int32_t count;
   filtersEntryId_t* ids;   // count ids
   FiltersEntry** entries;  // count copies; entries[i] has the id ids[i]
 } entriesStruct;
 
-// A group of this id: priority 0, stage and type NONE, no entries.
+// Makes a group with this id: it has priority 0, stage and type NONE, and no entries.
 FILTERS_API FiltersGroup* newFiltersGroup(filtersGroupId_t id);
 FILTERS_API void deleteFiltersGroup(FiltersGroup* g);
 
@@ -49,32 +49,34 @@ FILTERS_API filtersGroupPriority_t filtersGroupGetPriority(FiltersGroup* g);
 FILTERS_API void filtersGroupSetStage(FiltersGroup* g, filtersGroupStage_t s);
 FILTERS_API filtersGroupStage_t filtersGroupGetStage(FiltersGroup* g);
 
-// FILTERS_ERR_TYPE_NOT_ALLOWED for a type that is unknown or not the stage's,
-// FILTERS_ERR_MATCH_NOT_ALLOWED when an entry has a match that the type does not admit; the type is
-// then unchanged. FILTERS_ERR_INVALID_STAGE only of a group that C++ read from bytes and whose
-// stage is unknown.
+// Returns FILTERS_ERR_TYPE_NOT_ALLOWED for a type that is unknown or that the stage does not admit,
+// and FILTERS_ERR_MATCH_NOT_ALLOWED if an entry has a match that the type does not admit. The type
+// is then unchanged. Returns FILTERS_ERR_INVALID_STAGE only for a group that C++ code read from
+// bytes and whose stage is unknown.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupSetType(FiltersGroup* g,
                                                                filtersGroupType_t t);
 FILTERS_API filtersGroupType_t filtersGroupGetType(FiltersGroup* g);
 
-// Stores a copy, in place of an entry of the same id. FILTERS_ERR_MATCH_NOT_ALLOWED for a match
-// that the group's type does not admit, FILTERS_ERR_ACTION_NOT_ALLOWED for an action that its stage
-// does not admit. Of objects that C++ made also FILTERS_ERR_POLICER_STAGE for a policer of another
-// stage, FILTERS_ERR_INVALID and FILTERS_ERR_INVALID_STAGE for a group of unknown type or stage.
+// Stores a copy, which replaces an entry with the same id. Returns FILTERS_ERR_MATCH_NOT_ALLOWED
+// for a match that the group's type does not admit, and FILTERS_ERR_ACTION_NOT_ALLOWED for an
+// action that its stage does not admit. For objects that C++ code made it can also return
+// FILTERS_ERR_POLICER_STAGE (a policer with another stage), FILTERS_ERR_INVALID (a group with an
+// unknown type) and FILTERS_ERR_INVALID_STAGE (a group with an unknown stage).
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupInsertEntry(FiltersGroup* g,
                                                                    FiltersEntry* e);
 
-// FILTERS_ERR_NOT_FOUND when there is none, FILTERS_ERR_INVALID_ARGUMENT for a null group.
+// Returns FILTERS_ERR_NOT_FOUND if no entry has this id, and FILTERS_ERR_INVALID_ARGUMENT for a
+// null group.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupRemoveEntry(FiltersGroup* g,
                                                                    filtersEntryId_t id);
 
-// Fills the record with copies of all entries; both arrays exist even when there are none. What the
-// record held before is overwritten, not freed.
+// Fills the record with copies of all entries. Both arrays exist even if there are no entries. The
+// old content of the record is overwritten and not freed.
 FILTERS_API void filtersGroupGetEntries(FiltersGroup* g, entriesStruct* entries);
 
-// Frees the entries and both arrays, not the record, whose fields stay as they are: a second call
-// would free them again. Null entries are skipped: an entry may be deleted on its own if its slot
-// is set to null.
+// Frees the entries and both arrays, but not the record. The fields of the record stay as they are,
+// so a second call would free them again. Null entries are skipped: you may delete an entry
+// yourself if you set its slot to null.
 FILTERS_API void deleteFiltersEntriesStruct(entriesStruct* entries);
 
 #ifdef __cplusplus

@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_H_
 #define FILTER_COMMON_FILTER_MATCHES_H_
 
-// The criteria of a filter rule, one class each. A match is a value: made by its constructor, read
-// by its getters, compared with ==, printed with <<, written to and read from a MatchPB message.
-// An entry keeps copies; the caller's object stays the caller's. For example:
+// The criteria of a filter rule, one class each. A match is a value: its constructor makes it, its
+// getters read it, == compares it, << prints it, and it can be written to and read from a MatchPB
+// message. An entry keeps copies and never takes the caller's object. For example:
 //
 //     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
 //     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
@@ -12,20 +12,25 @@
 //     if (any.getType() != FILTERS_MATCH_SRC_IPV4 || any == MatchTTL(1)) return 1;
 //
 // Common to all classes:
-// - No value is range-checked: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator is kept.
-// - convertToMatchPB() sets the message's type_ and the fields of the class; hand in a fresh or
-//   cleared message. convertFromMatchPB() takes the fields of the class from the message: absent
-//   numbers and addresses as 0, absent sets as empty, absent ports as none more; it looks neither
-//   at type_ nor at presence. Numbers are cut to the width of the field, addresses to their size;
-//   missing address bytes become zero.
-// - Deliberate: the comparison of some classes is virtual, that of the others is not.
-// - An object of a base class that was made with a leaf's code, as Match(FILTERS_MATCH_TTL), must
-//   not be compared, printed or copied into an entry as a Match: it would be read as the leaf.
-// - Nothing fails but memory: std::bad_alloc from the classes that hold lists, and from writing
-//   lists or addresses into a message, which is then partly filled. The object is unchanged, except
-//   that an assignment leaves it valid with unspecified values.
-// - Objects are not synchronised: any number of threads may read one at a time, a writer needs it
-//   alone.
+// - No class checks the range of its values: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator
+//   is kept.
+// - convertToMatchPB() sets the message's type_ and the fields of the class. Pass a fresh or
+// cleared
+//   message.
+// - convertFromMatchPB() reads the fields of the class and ignores type_. It reads absent numbers
+// and
+//   addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the width of
+//   the member and addresses to their size, and reads missing address bytes as zero.
+// - Deliberate: the comparison of some classes is virtual, and that of the others is not.
+// - An object of a base class can be made with a leaf's code, for example Match(FILTERS_MATCH_TTL).
+//   Do not compare, print or copy such an object as a Match: it would be read as a MatchTTL, which
+//   it is not.
+// - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
+// those
+//   that write lists or addresses into a message, which is then partly filled. The object is then
+//   unchanged, except that an assignment leaves it valid with unspecified values.
+// - Objects are not synchronised: any number of threads may read an object at once, but a thread
+//   that changes it must be the only one to use it.
 
 #include <iosfwd>
 #include <list>
@@ -38,11 +43,11 @@ namespace FiltersCommon {
 
 class MatchPB;
 
-// A class's own comparison stands in front of the generic one of the base: wanted.
+// The comparison of a class hides the generic one of its base. That is wanted.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Woverloaded-virtual"
 
-// The base of all matches, and a match of any code seen from outside.
+// The base class of all matches. Code that handles matches of any class uses it.
 class FILTERS_API Match {
  public:
   explicit Match(filtersMatch_t type) : type_(type) {}
@@ -53,9 +58,9 @@ class FILTERS_API Match {
   virtual void convertToMatchPB(MatchPB* message) const;
   virtual void convertFromMatchPB(const MatchPB* message);
 
-  // The generic comparison: false when the codes differ or are unknown, else the comparison of the
-  // code's class; both objects must be of that class. MatchToS and MatchDSCP share a code, under
-  // which whole ToS bytes are compared.
+  // The generic comparison: false if the codes differ or are unknown, else the comparison of the
+  // code's class. Both objects must be of that class. MatchToS and MatchDSCP share a code; for it,
+  // whole ToS bytes are compared.
   virtual bool operator==(const Match& other) const;
 
   filtersMatch_t getType() const { return type_; }
@@ -63,7 +68,7 @@ class FILTERS_API Match {
   const filtersMatch_t type_;
 };
 
-// Lets two matches of different classes be compared: the generic comparison answers.
+// Compares two matches of different classes by the generic comparison.
 template <class = void>
 bool operator==(const Match& a, const Match& b) {
   return a.operator==(b);
@@ -83,17 +88,17 @@ class MatchEgressPorts;
 class MatchExternalVlanId;
 class MatchInternalVlanId;
 
-// The ports of a packet: logical interface ids in the caller's order, or else kinds of port that
-// are left out; only reading a message can make a match hold both. Order and duplicates count when
-// two are compared. Used through its leaves.
+// The base class of matches on ports. It holds a list of logical interface ids in the caller's
+// order, or a list of port types to exclude; only reading a message can give it both. A comparison
+// looks at order and duplicates.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
   MatchPorts(filtersMatch_t type, const std::list<port_type_t>& excludedPortTypes);
   std::list<limid_t> getPorts() const { return {ports_.begin(), ports_.end()}; }
   std::list<port_type_t> getExcludedPortTypes() const;
-  // Replaces the ports. Deliberate: a match that excludes port types refuses them for good, with
-  // FILTERS_ERR_INVALID_ARGUMENT.
+  // Replaces the ports. Deliberate: a match that excludes port types never accepts ports and
+  // returns FILTERS_ERR_INVALID_ARGUMENT.
   FILTERS_NODISCARD filtersErr_t setPorts(const std::list<limid_t>& ports);
   bool operator==(const MatchPorts& other) const;
  private:
@@ -110,8 +115,8 @@ class FILTERS_API MatchPorts : public Match {
   std::vector<port_type_t> excludedPortTypes_;
 };
 
-// The packet came in by one of these ports. Reading a message adds to the lists already held. A
-// list in bare braces, {} or {port}, is ambiguous: write std::list<limid_t>{port}, or
+// The packet came in by one of these ports. Reading a message adds to the lists already held. The
+// arguments {} and {port} are ambiguous: write std::list<limid_t>{port}, or
 // std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}.
 class FILTERS_API MatchIngressPorts : public MatchPorts {
  public:
@@ -121,8 +126,8 @@ class FILTERS_API MatchIngressPorts : public MatchPorts {
   void convertFromMatchPB(const MatchPB* message) override;
 };
 
-// The packet leaves by one of these ports. It never excludes port types: those of a message are
-// ignored. Reading a message adds to the ports already held.
+// The packet leaves by one of these ports. This match never excludes port types, and ignores those
+// of a message. Reading a message adds to the ports already held.
 class FILTERS_API MatchEgressPorts : public MatchPorts {
  public:
   explicit MatchEgressPorts(const std::list<limid_t>& ports);
@@ -130,7 +135,7 @@ class FILTERS_API MatchEgressPorts : public MatchPorts {
   void convertFromMatchPB(const MatchPB* message) override;
 };
 
-// One logical interface id, compared as its four bytes. Used through its leaves.
+// The base class of matches on one logical interface id, which is compared as its four bytes.
 class FILTERS_API MatchLimId : public Match {
  public:
   MatchLimId(filtersMatch_t type, limid_t limId) : Match(type), limId_(limId) {}
@@ -169,7 +174,7 @@ class FILTERS_API MatchDestinationCpu : public Match {
   bool operator==(const MatchDestinationCpu&) const { return true; }
 };
 
-// Whether the CPU injected the packet.
+// The CPU injected the packet, or it did not.
 class FILTERS_API MatchCPUInjectedPackets : public Match {
  public:
   explicit MatchCPUInjectedPackets(bool injected)
@@ -184,7 +189,7 @@ class FILTERS_API MatchCPUInjectedPackets : public Match {
   bool injected_;
 };
 
-// Whether the packet is to be dropped by an earlier decision.
+// An earlier decision drops the packet, or none does.
 class FILTERS_API MatchDrop : public Match {
  public:
   explicit MatchDrop(bool drop) : Match(FILTERS_MATCH_DROP), drop_(drop) {}
@@ -234,7 +239,7 @@ class FILTERS_API MatchIngressStpState : public Match {
   en_StpState state_;
 };
 
-// Whether the packet's destination is one of the device's own MAC addresses.
+// The packet's destination is one of the device's own MAC addresses, or it is not.
 class FILTERS_API MatchMyStationHit : public Match {
  public:
   explicit MatchMyStationHit(bool hit) : Match(FILTERS_MATCH_MY_STATION_HIT), hit_(hit) {}
@@ -246,7 +251,7 @@ class FILTERS_API MatchMyStationHit : public Match {
   bool hit_;
 };
 
-// Whether the packet left an MPLS tunnel that ends here.
+// The packet left an MPLS tunnel that ends in this device, or it did not.
 class FILTERS_API MatchMplsTerm : public Match {
  public:
   explicit MatchMplsTerm(bool terminated)
@@ -261,8 +266,8 @@ class FILTERS_API MatchMplsTerm : public Match {
 
 // --- Layer 2 -------------------------------------------------------------------------------------
 
-// A MAC address under a mask; the mask is all ones unless given. Compared byte by byte, without
-// applying the mask. The getters point into the object. Used through its leaves.
+// The base class of matches on a MAC address under a mask; the default mask is all ones. Address
+// and mask are compared byte by byte, without applying the mask. The getters point into the object.
 class FILTERS_API MatchMac : public Match {
  public:
   MatchMac(filtersMatch_t type, ether_addr mac);
@@ -303,7 +308,7 @@ class FILTERS_API MatchL2SrcEntryType : public Match {
   l2SrcEntryType_t entryType_;
 };
 
-// The tag protocol identifier of the frame's tag (IEEE 802.1Q), 0x8100 for a customer tag.
+// The tag protocol identifier of the frame's tag (IEEE 802.1Q). It is 0x8100 for a customer tag.
 class FILTERS_API MatchTPID : public Match {
  public:
   explicit MatchTPID(unsigned short tpid) : Match(FILTERS_MATCH_TPID), tpid_(tpid) {}
@@ -315,7 +320,7 @@ class FILTERS_API MatchTPID : public Match {
   tpid_t tpid_;
 };
 
-// Whether the frame carries a VLAN tag.
+// The frame carries a VLAN tag, or it does not.
 class FILTERS_API MatchVlanTagging : public Match {
  public:
   explicit MatchVlanTagging(vlan_tagging_t tagging)
@@ -328,8 +333,9 @@ class FILTERS_API MatchVlanTagging : public Match {
   vlan_tagging_t tagging_;
 };
 
-// The frame's VLAN id is one of a set (IEEE 802.1Q: 12 bits). Used through its leaves. Empty
-// braces, MatchExternalVlanId({}), are the one id 0; the empty set is std::set<unsigned short>().
+// The base class of matches on a VLAN id that is one of a set (IEEE 802.1Q: 12 bits). Empty braces
+// give the set of the one id 0, as in MatchExternalVlanId({}). Write std::set<unsigned short>() for
+// the empty set.
 class FILTERS_API MatchVlanId : public Match {
  public:
   MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds);
@@ -346,14 +352,14 @@ class FILTERS_API MatchVlanId : public Match {
   std::vector<unsigned short> vlanIds_;  // ascending, each once
 };
 
-// The id on the wire.
+// The VLAN id that the frame has on the wire.
 class FILTERS_API MatchExternalVlanId : public MatchVlanId {
  public:
   explicit MatchExternalVlanId(std::set<unsigned short> vlanIds);
   explicit MatchExternalVlanId(unsigned short vlanId);
 };
 
-// The id that the device uses inside.
+// The VLAN id that the device uses internally.
 class FILTERS_API MatchInternalVlanId : public MatchVlanId {
  public:
   explicit MatchInternalVlanId(std::set<unsigned short> vlanIds);
@@ -361,7 +367,7 @@ class FILTERS_API MatchInternalVlanId : public MatchVlanId {
 };
 
 // The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7). Empty braces
-// are the one priority 0; the empty set is std::set<unsigned char>().
+// give the set of the one priority 0. Write std::set<unsigned char>() for the empty set.
 class FILTERS_API MatchPcp : public Match {
  public:
   explicit MatchPcp(const std::set<unsigned char>& pcps);
@@ -375,7 +381,7 @@ class FILTERS_API MatchPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The priority that the device uses inside is one of a set, given as to MatchPcp.
+// The priority that the device uses internally is one of a set. The set is given as for MatchPcp.
 class FILTERS_API MatchInternalPcp : public Match {
  public:
   explicit MatchInternalPcp(const std::set<unsigned char>& pcps);
@@ -403,9 +409,9 @@ class FILTERS_API MatchVlanInfo : public Match {
 
 // --- Layer 3 -------------------------------------------------------------------------------------
 
-// An IPv4 address under a mask, both in network byte order; the mask is 255.255.255.255 unless
-// given. Compared byte by byte, without applying the mask: 10.0.0.1/255.0.0.0 and
-// 10.0.0.2/255.0.0.0 differ. The getters point into the object. Used through its leaves.
+// The base class of matches on an IPv4 address under a mask, both in network byte order. The
+// default mask is 255.255.255.255. Address and mask are compared byte by byte, without applying the
+// mask: 10.0.0.1/255.0.0.0 and 10.0.0.2/255.0.0.0 differ. The getters point into the object.
 class FILTERS_API MatchIPv4 : public Match {
  public:
   MatchIPv4(filtersMatch_t type, in_addr ip);
@@ -432,8 +438,9 @@ class FILTERS_API MatchDstIPv4 : public MatchIPv4 {
   MatchDstIPv4(in_addr ip, in_addr mask) : MatchIPv4(FILTERS_MATCH_DST_IPV4, ip, mask) {}
 };
 
-// An IPv6 address under a mask, both in network byte order; the mask is all ones unless given.
-// Compared byte by byte. The getters point into the object. Used through its leaves.
+// The base class of matches on an IPv6 address under a mask, both in network byte order. The
+// default mask is all ones. Address and mask are compared byte by byte. The getters point into the
+// object.
 class FILTERS_API MatchIPv6 : public Match {
  public:
   MatchIPv6(filtersMatch_t type, in6_addr ip);
@@ -448,7 +455,7 @@ class FILTERS_API MatchIPv6 : public Match {
   in6_addr mask_;
 };
 
-// Deliberate: alone among the address classes it has no constructor with a mask.
+// Deliberate: this is the only address class without a constructor with a mask.
 class FILTERS_API MatchSrcIPv6 : public MatchIPv6 {
  public:
   explicit MatchSrcIPv6(in6_addr ip) : MatchIPv6(FILTERS_MATCH_SRC_IPV6, ip) {}
@@ -486,8 +493,9 @@ class FILTERS_API MatchToS : public Match {
 };
 
 // The differentiated-services code point (RFC 2474), the upper six bits of the ToS byte.
-// Deliberate: it is a MatchToS of code 20 that only converts: it takes the place of a MatchToS in
-// an entry, travels as one and comes back as one. Values above 63 lose their upper bits.
+// Deliberate: it is a MatchToS with the same code (20) that only converts the value. An entry
+// stores and sends it as a MatchToS, and it comes back as one. Values above 63 lose their upper
+// bits.
 class FILTERS_API MatchDSCP : public MatchToS {
  public:
   explicit MatchDSCP(unsigned char dscp) : MatchToS(static_cast<unsigned char>(dscp << 2)) {}
@@ -495,7 +503,7 @@ class FILTERS_API MatchDSCP : public MatchToS {
   bool operator==(const MatchDSCP& other) const { return getDSCP() == other.getDSCP(); }
 };
 
-// The time to live of the IP header: 1 for packets that end here.
+// The time to live of the IP header. A packet with 1 is not forwarded further.
 class FILTERS_API MatchTTL : public Match {
  public:
   explicit MatchTTL(unsigned char ttl) : Match(FILTERS_MATCH_TTL), ttl_(ttl) {}
@@ -522,7 +530,7 @@ class FILTERS_API MatchVrfId : public Match {
 
 // --- Layer 4 -------------------------------------------------------------------------------------
 
-// Two 16-bit parameters of a TCP or UDP port test, in host byte order. Used through its leaves.
+// The base class of matches on TCP or UDP ports: two 16-bit parameters in host byte order.
 class FILTERS_API MatchL4Port : public Match {
  public:
   MatchL4Port(filtersMatch_t type, unsigned short param1, unsigned short param2)
@@ -537,7 +545,7 @@ class FILTERS_API MatchL4Port : public Match {
   l4port_t param2_;
 };
 
-// The destination port under a mask. Deliberate: the mask is 0 unless given, not all ones.
+// The destination port under a mask. Deliberate: the default mask is 0, not all ones.
 class FILTERS_API MatchDstL4Port : public MatchL4Port {
  public:
   explicit MatchDstL4Port(unsigned short port) : MatchDstL4Port(port, 0) {}
@@ -547,7 +555,7 @@ class FILTERS_API MatchDstL4Port : public MatchL4Port {
   l4port_t getMask() const { return getParam2(); }
 };
 
-// The source port under a mask. Deliberate: the mask is 0 unless given, not all ones.
+// The source port under a mask. Deliberate: the default mask is 0, not all ones.
 class FILTERS_API MatchSrcL4Port : public MatchL4Port {
  public:
   explicit MatchSrcL4Port(unsigned short port) : MatchSrcL4Port(port, 0) {}
@@ -557,7 +565,8 @@ class FILTERS_API MatchSrcL4Port : public MatchL4Port {
   l4port_t getMask() const { return getParam2(); }
 };
 
-// The destination port lies between two bounds, both included; their order is not checked.
+// The destination port is in a range that includes both bounds. The order of the bounds is not
+// checked.
 class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
  public:
   MatchDstL4PortRange(unsigned short min, unsigned short max)
@@ -571,9 +580,10 @@ class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
 
 // --- Printing ------------------------------------------------------------------------------------
 
-// Each prints a block: the class's name, the code, then a line a value. The first one prints the
-// block of the object's code (a MatchDSCP as a MatchToS) and nothing for an unknown code.
-// Deliberate: MatchTPID leaves the stream in hexadecimal; a PCP prints as the character it is.
+// Each operator prints a block: the name of the class, the code, then a line for each value. The
+// operator for Match prints the block of the object's code (a MatchDSCP as a MatchToS), or nothing
+// for an unknown code. Deliberate: MatchTPID leaves the stream in hexadecimal, and a PCP prints as
+// the character with that value.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Match& match);
 #define FILTERS_MATCH(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const Class& match);

@@ -1,27 +1,26 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_C_H_
 #define FILTER_COMMON_FILTER_MATCHES_C_H_
 
-// Matches for procedural code, in C11 and C++. The classes of filter_matches.h say what each one
-// means; here stands what is special to this side.
+// Matches for procedural code, in C11 and C++. The classes of filter_matches.h say what each match
+// means; this header says what is special to its C functions.
 //
-// Handles. A new... function returns a match object as void*, never null; it is the caller's until
-// deleteMatch(). In C the handle passes as it is wherever a Match* or another pointer to a match is
-// asked for; in C++ it is cast with static_cast. Arguments given by pointer are copied. A null one
-// is undefined behaviour and is not stopped, except for an array whose count is 0.
-// Classes. A handle is trusted to be of the class that a function reads: a match of another class
-// is undefined behaviour. matchGetType() tells the code of any handle but null.
+// Handles. A new... function returns a match object as void*, never null. The caller owns it until
+// deleteMatch(). In C the handle can be passed wherever a Match* or another pointer to a match is
+// expected; in C++ it must be cast with static_cast. Arguments given by pointer are copied. A null
+// argument causes undefined behaviour, unless it is an array whose count is 0.
+// Classes. A function trusts that the handle is of the class that it reads. A match of another
+// class causes undefined behaviour. matchGetType() returns the code of any handle but null.
 // Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
-// on a null handle with the C library's assertion message, in every kind of build. Those of the
-// second do not look: a null handle is undefined behaviour.
-// Exceptions. The new... functions may throw std::bad_alloc through their C callers, which are then
-// compiled with -fexceptions; if no C++ caller above catches it, the process ends. Nothing is
-// leaked.
-// Threads. Any number may read one match at a time; deleting it, or filling it anew from an entry,
-// needs it alone.
-// Gaps, all deliberate: no MatchToS, MatchMyStationHit, MatchForwardingType or MatchDestinationCpu,
-// no masked IPv6 source, no excluded port types, no empty set or set of more than one VLAN id or
-// PCP is made here; no getter reads lists of ports, VLAN ids, PCPs or VLAN tagging; nothing
-// compares, prints or serializes.
+// on a null handle with the C library's assertion message, in every kind of build. The functions of
+// the second group do not check: a null handle causes undefined behaviour.
+// Exceptions. The new... functions may throw std::bad_alloc. The exception passes through C callers
+// if they are compiled with -fexceptions. If no C++ caller above them catches it, the process ends.
+// Nothing is leaked.
+// Threads. Any number of threads may read a match at once. A thread that deletes it, or fills it
+// anew from an entry, must be the only one to use it. Gaps, all deliberate: no function makes a
+// MatchToS, MatchMyStationHit, MatchForwardingType or MatchDestinationCpu. None makes a masked IPv6
+// source, excluded port types, or an empty set or set of more than one VLAN id or PCP. No getter
+// reads lists of ports, VLAN ids, PCPs or VLAN tagging. No function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 
@@ -41,7 +40,7 @@ typedef struct MatchTPID MatchTPID;
 
 FILTERS_API void* newMatchAll(void);
 
-// count ports in the order of the array, which is not read when count is 0.
+// The array has `count` ports, whose order is kept. If count is 0, the array is not read.
 FILTERS_API void* newMatchIngressPorts(const limid_t* ports, unsigned int count);
 FILTERS_API void* newMatchEgressPorts(const limid_t* ports, unsigned int count);
 FILTERS_API void* newMatchVirtualPort(const limid_t* port);
@@ -53,7 +52,7 @@ FILTERS_API void* newMatchPacketRes(en_Resolution resolution);
 FILTERS_API void* newMatchIngressStpState(en_StpState state);
 FILTERS_API void* newMatchMplsTerm(bool terminated);
 
-// Layer 2. Addresses in transmission order; without a mask, all ones.
+// Layer 2. Addresses are in transmission order. The default mask is all ones.
 FILTERS_API void* newMatchDstMac(const struct ether_addr* mac);
 FILTERS_API void* newMatchDstMacMask(const struct ether_addr* mac, const struct ether_addr* mask);
 FILTERS_API void* newMatchSrcMac(const struct ether_addr* mac);
@@ -67,7 +66,7 @@ FILTERS_API void* newMatchPcp(uint8_t pcp);
 FILTERS_API void* newMatchInternalPcp(uint8_t pcp);
 FILTERS_API void* newMatchVlanInfo(const vlan_info_t* info);
 
-// Layer 3. Addresses in network byte order; without a mask, all ones.
+// Layer 3. Addresses are in network byte order. The default mask is all ones.
 FILTERS_API void* newMatchSrcIPv4(const struct in_addr* ip);
 FILTERS_API void* newMatchSrcIPv4Mask(const struct in_addr* ip, const struct in_addr* mask);
 FILTERS_API void* newMatchDstIPv4(const struct in_addr* ip);
@@ -76,11 +75,11 @@ FILTERS_API void* newMatchSrcIPv6(const struct in6_addr* ip);
 FILTERS_API void* newMatchDstIPv6(const struct in6_addr* ip);
 FILTERS_API void* newMatchDstIPv6Mask(const struct in6_addr* ip, const struct in6_addr* mask);
 FILTERS_API void* newMatchIpProtocol(uint8_t protocol);
-FILTERS_API void* newMatchDSCP(uint8_t dscp);  // a MatchDSCP, of code FILTERS_MATCH_TOS
+FILTERS_API void* newMatchDSCP(uint8_t dscp);  // its code is FILTERS_MATCH_TOS
 FILTERS_API void* newMatchTTL(uint8_t ttl);
 FILTERS_API void* newMatchVrfId(uint16_t vrfId);
 
-// Layer 4, in host byte order. Deliberate: without a mask, zero.
+// Layer 4. Ports are in host byte order. Deliberate: the default mask is 0.
 FILTERS_API void* newMatchDstL4Port(l4port_t port);
 FILTERS_API void* newMatchDstL4PortMask(l4port_t port, l4port_t mask);
 FILTERS_API void* newMatchSrcL4Port(l4port_t port);
@@ -91,9 +90,9 @@ FILTERS_API void deleteMatch(void* m);
 
 // --- Reading, null handles asserted --------------------------------------------------------------
 
-FILTERS_API filtersMatch_t matchGetType(void* m);  // of any match
+FILTERS_API filtersMatch_t matchGetType(void* m);  // for any match
 
-// Pointers into the match; valid as long as it lives and is not filled anew.
+// These return pointers into the match, which are valid until it is deleted or filled anew.
 FILTERS_API const struct ether_addr* matchMacGetMac(void* m);
 FILTERS_API const struct ether_addr* matchMacGetMask(void* m);
 FILTERS_API const struct in_addr* matchIPv4GetIPv4(void* m);
@@ -101,11 +100,11 @@ FILTERS_API const struct in_addr* matchIPv4GetIPv4Mask(void* m);
 FILTERS_API const struct in6_addr* matchIPv6GetIPv6(void* m);
 FILTERS_API const struct in6_addr* matchIPv6GetIPv6Mask(void* m);
 
-FILTERS_API limid_t matchGetLimId(void* m);  // of a virtual port or source port
+FILTERS_API limid_t matchGetLimId(void* m);  // for a virtual port or source port
 FILTERS_API tpid_t matchGetTPID(MatchTPID* m);
 FILTERS_API l2SrcEntryType_t matchGetL2SrcEntryType(MatchL2SrcEntryType* m);
 
-// Of any layer-4 match; of a range they give its bounds.
+// For any layer-4 match. For a range they return its bounds.
 FILTERS_API l4port_t matchGetL4Port(void* m);
 FILTERS_API l4port_t matchGetL4PortMask(void* m);
 FILTERS_API l4port_t matchGetL4PortRangeMin(MatchDstL4PortRange* m);
@@ -116,7 +115,7 @@ FILTERS_API l4port_t matchGetL4PortRangeMax(MatchDstL4PortRange* m);
 FILTERS_API uint8_t matchIpProtocolGetIpProt(void* m);
 FILTERS_API en_Resolution matchPacketResGet(void* m);
 FILTERS_API bool matchMplsTermGet(void* m);
-FILTERS_API uint8_t matchDSCPGet(void* m);  // of what newMatchDSCP() made
+FILTERS_API uint8_t matchDSCPGet(void* m);  // for a match from newMatchDSCP()
 FILTERS_API uint8_t matchTTLGet(void* m);
 FILTERS_API en_StpState matchIngressStpStateGet(void* m);
 FILTERS_API vlan_info_t matchVlanInfoGet(void* m);

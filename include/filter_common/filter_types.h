@@ -1,14 +1,14 @@
 #ifndef FILTER_COMMON_FILTER_TYPES_H_
 #define FILTER_COMMON_FILTER_TYPES_H_
 
-// The vocabulary that every other header shares: result codes, the codes of stages, group types,
-// matches, actions and counters, and the integer types of ids and header fields.
+// The types that every other header uses: result codes, the codes of stages, group types, matches,
+// actions and counters, and the integer types of ids and header fields.
 //
-// The header is valid C11 and C++17. In C++ everything stands in namespace FiltersCommon. Every
-// value is part of the binary interface and, but for the result codes, of the wire format: it is
-// never renumbered. The enumerations are 32 bits wide; they accept any 32-bit value by cast, since
-// values also come out of messages of other processes, and the library keeps such values unchanged
-// unless the function that takes them says otherwise.
+// The header is valid C11 and C++17. In C++ everything is in namespace FiltersCommon. Every value
+// is part of the binary interface and is never renumbered. All but the result codes are also part
+// of the wire format. The enumerations are 32 bits wide, and any 32-bit value can be cast to them,
+// since messages of other processes can hold any value. The library keeps such values unchanged,
+// unless a function says otherwise.
 
 #include <net/ethernet.h>  // ether_addr: 6 bytes in transmission order
 #include <netinet/in.h>    // in_addr, in6_addr: 4 and 16 bytes in network byte order
@@ -19,18 +19,20 @@
 
 #include <limid/limid.h>
 
-// Checked containers are laid out unlike plain ones, and both sides of the interface must agree.
+// Checked containers have another layout than plain ones, and program and library must use the
+// same.
 #if defined(__cplusplus) && defined(_GLIBCXX_DEBUG) && !defined(FILTER_COMMON_GLIBCXX_DEBUG)
 #error "-D_GLIBCXX_DEBUG needs a library that was built with it; docs/porting.md says how"
 #endif
 
-// Marks what the shared library exports; everything else stays hidden inside it.
+// Marks the names that the shared library exports. All other names stay hidden in it.
 #define FILTERS_API __attribute__((visibility("default")))
-// Keeps back a member of an exported class that is no part of its interface.
+// Marks a member of an exported class that the library does not export.
 #define FILTERS_INTERNAL __attribute__((visibility("hidden")))
 
-// Marks what may refuse: C++ compilers warn where its result is ignored. Programs that define
-// FILTERS_NO_NODISCARD, before the first header of the library, are not warned.
+// Marks functions that may refuse: C++ compilers warn about code that ignores their result. A
+// program that defines FILTERS_NO_NODISCARD before the first header of the library gets no
+// warnings.
 #if defined(__cplusplus) && !defined(FILTERS_NO_NODISCARD)
 #define FILTERS_NODISCARD [[nodiscard]]
 #else
@@ -46,23 +48,23 @@ namespace FiltersCommon {
 #define FILTERS_STATIC_ASSERT _Static_assert
 #endif
 
-// Results of every operation that can refuse: zero is success, every failure is negative. A
-// refused operation leaves its object unchanged unless its description says otherwise. The values
+// The results of operations that can refuse: zero is success, and every failure is negative. A
+// refused operation leaves its object unchanged, unless its description says otherwise. The values
 // -1 and -2 are never returned.
 FILTERS_ENUM(filtersErr_t, int32_t){
     FILTERS_OK = 0,
-    // The match, action or entry asked for is not held.
+    // The object does not hold the requested match, action or entry.
     FILTERS_ERR_NOT_FOUND = -3,
-    // The class is not one that an entry admits, the match cannot stand beside one already held,
-    // the type of the group that an entry goes into is unknown, a counter's type is invalid or
-    // taken, or the procedural side does not take the code of a match or action.
+    // One of these: an entry does not admit the class; a held match excludes the new one; the type
+    // of the group is unknown; a counter's type is invalid or already used; a C function does not
+    // accept the code of the match or action.
     FILTERS_ERR_INVALID = -4,
-    // A null handle (where it is refused), an absent counter, or explicit ports for a match that
-    // excludes port types.
+    // The handle is null (in functions that return this code for it), the entry has no such
+    // counter, or ports were given to a match that excludes port types.
     FILTERS_ERR_INVALID_ARGUMENT = -5,
     // The group's type does not admit one of the entry's matches.
     FILTERS_ERR_MATCH_NOT_ALLOWED = -6,
-    // The group's type may not live in the group's stage; an unknown type lives in none.
+    // The group's stage does not admit the group's type. No stage admits an unknown type.
     FILTERS_ERR_TYPE_NOT_ALLOWED = -7,
     // The group's stage is unknown.
     FILTERS_ERR_INVALID_STAGE = -8,
@@ -72,8 +74,8 @@ FILTERS_ENUM(filtersErr_t, int32_t){
     FILTERS_ERR_POLICER_STAGE = -10,
 } filtersErr_t;
 
-// Where in the packet pipeline a group's rules are applied. The stage decides which group types
-// and actions a group admits and which policers its rules may carry.
+// The place in the packet pipeline at which a group's rules are applied. The stage decides which
+// types, actions and policers a group admits.
 FILTERS_ENUM(filtersGroupStage_t, int32_t){
     FILTERS_GROUP_STAGE_NONE = 0,
     FILTERS_GROUP_STAGE_LOOKUP = 1,
@@ -81,8 +83,8 @@ FILTERS_ENUM(filtersGroupStage_t, int32_t){
     FILTERS_GROUP_STAGE_EGRESS = 3,
 } filtersGroupStage_t;
 
-// What kind of table a group is: each type admits one fixed set of matches, readable as
-// FiltersGroup::TypeDescription_ and shown by name in docs/capabilities.md.
+// The kind of table that a group is. Each type admits one fixed set of matches, which callers can
+// read as FiltersGroup::TypeDescription_; docs/capabilities.md shows the sets by name.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
     FILTERS_GROUP_TYPE_NONE = 0, FILTERS_GROUP_TYPE_1 = 1,   FILTERS_GROUP_TYPE_2 = 2,
     FILTERS_GROUP_TYPE_3 = 3,    FILTERS_GROUP_TYPE_4 = 4,   FILTERS_GROUP_TYPE_5 = 5,
@@ -90,7 +92,7 @@ FILTERS_ENUM(filtersGroupType_t, int32_t){
     FILTERS_GROUP_TYPE_9 = 9,    FILTERS_GROUP_TYPE_10 = 10, FILTERS_GROUP_TYPE_11 = 11,
 } filtersGroupType_t;
 
-// The kind of a match: one code a criterion. An entry holds at most one match of each code.
+// The kind of a match: one code for each criterion. An entry holds at most one match of each code.
 FILTERS_ENUM(filtersMatch_t, uint32_t){
     FILTERS_MATCH_ALL = 0,
     FILTERS_MATCH_INGRESS_PORTS = 1,
@@ -112,7 +114,7 @@ FILTERS_ENUM(filtersMatch_t, uint32_t){
     FILTERS_MATCH_IP_PROTOCOL = 17,
     FILTERS_MATCH_PACKET_RES = 18,
     FILTERS_MATCH_MPLS_TERM = 19,
-    FILTERS_MATCH_TOS = 20,  // MatchToS and MatchDSCP alike
+    FILTERS_MATCH_TOS = 20,  // MatchToS and MatchDSCP
     FILTERS_MATCH_VIRTUAL_PORT = 21,
     FILTERS_MATCH_EGRESS_PORTS = 22,
     FILTERS_MATCH_INGRESS_STP_STATE = 23,
@@ -172,7 +174,7 @@ FILTERS_ENUM(cp2cpuCancelParam_t, uint32_t){
     SWITCH_TO_CPU_CANCEL = 1,
 } cp2cpuCancelParam_t;
 
-// How the entry that the packet's source address hit in the layer-2 table was made.
+// The way in which the layer-2 table learned the packet's source address.
 FILTERS_ENUM(l2SrcEntryType_t, uint32_t){
     FILTERS_L2_SRC_ENTRY_NONE = 0,  // no entry: an unknown source
     FILTERS_L2_SRC_ENTRY_DYNAMIC = 1,
@@ -201,7 +203,7 @@ FILTERS_ENUM(en_Resolution, uint32_t){
 // Spanning-tree state of the ingress port (IEEE 802.1D).
 FILTERS_ENUM(en_StpState, uint32_t){
     FILTERS_STP_STATE_DISABLED = 0,    // the port is off
-    FILTERS_STP_STATE_BLOCKING = 1,    // hears BPDUs only
+    FILTERS_STP_STATE_BLOCKING = 1,    // receives only BPDUs
     FILTERS_STP_STATE_LISTENING = 2,   // takes part in the election
     FILTERS_STP_STATE_LEARNING = 3,    // learns addresses, does not forward yet
     FILTERS_STP_STATE_FORWARDING = 4,  // forwards
@@ -219,7 +221,7 @@ FILTERS_ENUM(port_type_t, uint32_t){
     FILTERS_PORT_TYPE_CPU = 0,
 } port_type_t;
 
-// In C the width of an enumeration is the compiler's choice: hold it to the interface's 32 bits.
+// A C compiler chooses the width of an enumeration; the interface needs 32 bits.
 FILTERS_STATIC_ASSERT(sizeof(filtersErr_t) == 4 && sizeof(filtersGroupStage_t) == 4 &&
                           sizeof(filtersGroupType_t) == 4 && sizeof(filtersMatch_t) == 4 &&
                           sizeof(filtersAction_t) == 4 && sizeof(counter_type_t) == 4 &&

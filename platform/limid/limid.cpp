@@ -14,11 +14,11 @@ constexpr int kFailure = -1;
 constexpr std::uint8_t kTypeEthernet = 1;
 constexpr std::uint32_t kLargestBridgedomainType = 255;
 
-// Moves the type out of the known range and changes the number too, so that an index passed where
-// an id belongs is noticed at once.
+// Moves the type out of the known range and changes the number too, so that tests notice an index
+// that is passed in place of an id.
 constexpr std::uint32_t kIfindexOffset = 0x400003e8;
 
-// "limid-" or "vpws-" with the widest number, and the terminating zero.
+// The size of "limid-" or "vpws-" with the widest number, and the terminating zero.
 constexpr std::size_t kNameSize = 16;
 
 constexpr limid_t Pack(std::uint8_t type, std::uint32_t number) {

@@ -9,8 +9,8 @@
 namespace policer {
 namespace {
 
-// Goes through the named functions, so that a figure the mode has no use for stays 0 even when the
-// bytes carry one.
+// Uses the named functions, so that a figure that the mode does not use stays 0 even if the bytes
+// have one.
 Mode ReadMode(const ModePB& message) {
   const auto type = static_cast<ModeType>(message.type());
   switch (type) {
@@ -38,7 +38,7 @@ void WriteMode(const Mode& mode, ModePB* message) {
   message->set_eir(mode.GetEir());
 }
 
-// The partial parse, because the complete one reports missing fields on the standard error stream.
+// Uses the partial parse, because the full parse prints missing fields on standard error.
 bool Parse(const std::string& bytes, PolicerPB* message) {
   return message->ParsePartialFromString(bytes) && message->IsInitialized();
 }

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_SRC_ARENA_H_
 #define FILTER_COMMON_SRC_ARENA_H_
 
-// Where messages stand while they are read or written.
+// The arena on which messages are read and written.
 
 #include <google/protobuf/arena.h>
 
@@ -9,17 +9,17 @@
 
 namespace FiltersCommon {
 
-// An arena whose first block stands on the stack: the message of one entry finds room there, and
-// the heap is not asked for large blocks between the many small ones of which entries are made.
-// What a message on an arena allocates belongs to the arena, also when memory runs out midway.
+// An arena whose first block is on the stack. The message of one entry fits into it, so the heap
+// does not get large blocks between the many small ones of entries. The arena owns everything that
+// its messages allocate, even if memory runs out while a message is being filled.
 class MessageArena {
  public:
   MessageArena() : arena_(optionsFor(block_)) {}
   MessageArena(const MessageArena&) = delete;
   MessageArena& operator=(const MessageArena&) = delete;
 
-  // An empty message that lives as long as the arena. Functions of the runtime's own that do this
-  // have another name in each age of it; this one is in all.
+  // An empty message, which the arena destroys. The runtime's other functions that make one have
+  // different names in different releases; New() is in all of them.
   template <class Message>
   Message* make() {
     return Message::default_instance().New(&arena_);

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
 #define FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
 
-// Interface ids as the numbers that messages hold. An id is opaque and belongs to the platform; its
-// four bytes travel as the number that they are on the machine that sends.
+// Converts interface ids to the numbers in messages, and back. An id is opaque and belongs to the
+// platform. A message carries its four bytes as the number that they are on the sending machine.
 
 #include <limid/limid.h>
 

@@ -1,5 +1,5 @@
-// Everything that touches the device's two libraries, with the pair in platform/plain: stored,
-// checked, printed, compared, sent and rebuilt.
+// Uses all code that calls the device's two libraries, with the libraries in platform/plain:
+// stores, checks, prints, compares, sends and rebuilds ids and policers.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
 

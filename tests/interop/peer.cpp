@@ -1,5 +1,5 @@
-// The C++ side of interop_test.py: writes a line for each sample and each file of golden/, with the
-// name of the message and its bytes in hexadecimal.
+// The C++ side of interop_test.py. It writes a line for each sample and each file of golden/, with
+// the name of the message and its bytes in hexadecimal.
 
 #include <filesystem>
 #include <iostream>
@@ -27,7 +27,7 @@ void writeSamples(::testing::Types<T...>) {
 int main() {
   writeSamples(EveryClass());
   for (const auto& file : std::filesystem::directory_iterator(FILTERS_GOLDEN_DIR)) {
-    if (file.path().extension() != ".hex") continue;  // the text and JSON of groups
+    if (file.path().extension() != ".hex") continue;  // skips the text and JSON of groups
     const std::string name = file.path().filename();
     write(name[0] == 'e' ? "FiltersEntryPB" : "FiltersGroupPB", toHex(golden(name)));
   }

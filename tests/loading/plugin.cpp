@@ -1,4 +1,4 @@
-// A module that a process loads while it runs, and that brings the library along.
+// A module that a running process loads, and that loads the library with it.
 
 #include <filter_common/filter_groups.h>
 #include <limid/limid_standin.h>
@@ -7,7 +7,7 @@
 
 using namespace FiltersCommon;
 
-// Sends a group through bytes; answers whether it came back and printed.
+// Sends a group through bytes. True if it came back equal and printed.
 extern "C" bool roundTrip() {
   FiltersEntry entry(1);
   FiltersGroup group(7);
@@ -20,7 +20,8 @@ extern "C" bool roundTrip() {
   return FiltersGroup(bytes) == group && text.str().find("\"lag-1\"") != std::string::npos;
 }
 
-// A MatchTTL that crosses over is known here by its type, as is an exception on its way back.
+// The module recognises the type of a MatchTTL that the program made; the program recognises the
+// type of an exception that the module throws.
 extern "C" bool knowsAsTTL(const Match* match) {
   return dynamic_cast<const MatchTTL*>(match) != nullptr;
 }

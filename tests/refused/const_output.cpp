@@ -1,4 +1,4 @@
-// A getter fills its argument: a const one is refused.
+// A getter fills its argument, so a const argument does not compile.
 #include <filter_common/filter_entries.h>
 
 using namespace FiltersCommon;

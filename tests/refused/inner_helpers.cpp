@@ -1,4 +1,5 @@
-// What the library does not export is out of reach of a user's class too, which would not link.
+// A user's class cannot use helpers that the library does not export: it does not compile, and it
+// would not link.
 #include <filter_common/filter_matches.h>
 
 using namespace FiltersCommon;

@@ -1,5 +1,4 @@
-// Results that may be a refusal, ignored. A compiler warns of those behind which it says so, and of
-// no other.
+// Calls whose results are ignored. The compiler must warn about exactly those lines that say so.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups_c.h>
 

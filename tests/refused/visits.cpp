@@ -1,4 +1,4 @@
-// Every row of both catalogues is looked at.
+// Visits every row of both catalogues.
 #include "action_visit.h"
 #include "match_visit.h"
 

@@ -1,15 +1,15 @@
 /* Logical interface ids: one 32-bit number names a port, a LAG, an MPLS service or a bridge domain.
  *
- * A limid_t is opaque. Keep it by value, compare its four bytes, hand it to the functions below;
- * never take it apart and never mistake it for an interface index, which is a different number for
+ * A limid_t is opaque. Keep it by value, compare its four bytes and pass it to the functions below.
+ * Never take it apart, and never mistake it for an interface index, which is a different number for
  * the same interface.
  *
- * This header holds what every build of this library offers, on the device too. The stand-in's own
- * way of making ids is in <limid/limid_standin.h>.
+ * Every build of this library has the functions in this header, on the device too. The stand-in's
+ * functions that make ids are in <limid/limid_standin.h>.
  *
- * Results: a predicate answers non-zero for yes and 0 for no. Every other function that returns
- * int, except limid_compare, returns 0 on success and non-zero on failure; on failure it has
- * written nothing.
+ * Results: a predicate returns non-zero for yes and 0 for no. Every other function that returns
+ * int, except limid_compare, returns 0 on success and non-zero on failure. On failure it writes
+ * nothing.
  *
  * Threads: the functions keep no state and may be called from any thread at any time.
  *
@@ -30,8 +30,8 @@
 extern "C" {
 #endif
 
-/* An id. Every one of the 2^32 values may be passed to every function; a value that belongs to no
- * known type is simply of none of the types below. */
+/* An id. Every one of the 2^32 values may be passed to every function. A value without a known type
+ * has none of the types below. */
 typedef uint32_t limid_t;
 
 /* Types of id, for limid_is_from_type. Ethernet ports come in several types on some devices, so
@@ -43,10 +43,10 @@ static const uint8_t limid_type_bridgedomain = 4;
 /* The one type of bridge domain with a name: the domain of a VPLS service. */
 static const uint32_t limid_bridgedomain_type_vpls = 5;
 
-/* Whether `limid` is of the given type. */
+/* Non-zero if `limid` has the given type. */
 LIMID_API int limid_is_from_type(limid_t limid, uint8_t type);
 
-/* Whether `limid` is an Ethernet port. */
+/* Non-zero if `limid` is an Ethernet port. */
 LIMID_API int limid_is_from_type_ethernet(limid_t limid);
 
 /* Splits the id of a bridge domain into the domain's type, such as limid_bridgedomain_type_vpls,
@@ -62,13 +62,12 @@ LIMID_API int limid_compare(limid_t a, limid_t b);
  * when `ifindex` is null. */
 LIMID_API int limid_to_ifindex(limid_t limid, uint32_t* ifindex);
 
-/* The way back: stores in `*limid` the id whose interface index is `ifindex`. Fails when `limid` is
- * null. */
+/* Stores in `*limid` the id whose interface index is `ifindex`. Fails when `limid` is null. */
 LIMID_API int limid_from_ifindex(limid_t* limid, uint32_t ifindex);
 
-/* Writes the name an operator knows the interface by, such as "eth-3", and a terminating zero, into
- * the `size` bytes at `name`. Every id has some name, and 64 bytes hold any of them. Fails when
- * `name` is null or when `size` is too small for the name and its zero. */
+/* Writes the name of the interface for operators, such as "eth-3", and a terminating zero, into the
+ * `size` bytes at `name`. Every id has a name, and every name fits into 64 bytes. Fails when `name`
+ * is null or when `size` is too small for the name and its zero. */
 LIMID_API int limid_to_intfname(limid_t limid, char* name, size_t size);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
-/* What the stand-in for the device's limid library offers beyond <limid/limid.h>: making ids.
+/* The functions that the stand-in has beyond <limid/limid.h>: they make ids.
  *
  * Tests, examples and tools include this header. A library that must also run on the device does
- * not: there, ids come from the device's configuration.
+ * not include it: there, ids come from the device's configuration.
  *
  * How this stand-in packs an id (nothing outside it may rely on it):
  *
@@ -11,11 +11,11 @@
  *   bits 23-16   type of a bridge domain, bits 15-0 its number
  *
  * The interface index of an id is the id plus a constant, modulo 2^32. So no id is its own index,
- * each way back needs its own function, and the index of a port, taken for an id, is no port.
+ * and the index of a port, if it is used as an id, is not a port.
  *
  * Names: "eth-3", "lag-1", "vpws-7", "vpls-9" for a bridge domain of type VPLS, "bd-9" for one of
- * any other type, and "limid-" with the id in eight hexadecimal digits for everything else. 16
- * bytes hold any of them.
+ * any other type, and "limid-" with the id in eight hexadecimal digits for every other id. Every
+ * name fits into 16 bytes.
  *
  * Valid C11 and C++. */
 #ifndef LIMID_LIMID_STANDIN_H_
@@ -34,10 +34,10 @@ LIMID_API limid_t limid_make_ethernet(uint16_t number);
 LIMID_API limid_t limid_make_lag(uint16_t number);
 LIMID_API limid_t limid_make_mpls_vpws(uint16_t number);
 
-/* The id of the bridge domain with the given type and number. The id has one byte for the type:
- * 0 to 254, limid_bridgedomain_type_vpls among them, come back from
- * limid_to_bridgedomain_components unchanged, anything larger comes back as 255. A type other than
- * VPLS therefore never turns into VPLS. The number comes back unchanged. */
+/* The id of the bridge domain with the given type and number. The id has one byte for the type.
+ * limid_to_bridgedomain_components returns the types 0 to 254 (limid_bridgedomain_type_vpls is one
+ * of them) unchanged, and any larger type as 255. A type other than VPLS therefore never turns into
+ * VPLS. The number is returned unchanged. */
 LIMID_API limid_t limid_make_bridgedomain(uint32_t type, uint16_t id);
 
 #ifdef __cplusplus

@@ -1,5 +1,5 @@
-/* Interface ids of another device. What differs from the stand-in: an id is a struct, which C and
- * C++ can neither compare nor count with, aligned to one byte; its types have other numbers.
+/* Interface ids of another device. They differ from the stand-in: an id is a struct, so C and C++
+ * have no operators for it; it is aligned to one byte; its types have other numbers.
  *
  * Valid C11 and C++. */
 #ifndef DEVICE_LIMID_LIMID_H_
@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* Type, type of the bridge domain or 0, number with the higher byte first. */
+/* The type, the type of the bridge domain or 0, and the number with the higher byte first. */
 typedef struct limid_t {
   uint8_t bytes[4];
 } limid_t;

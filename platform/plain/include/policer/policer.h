@@ -1,5 +1,5 @@
-// Policers of another device. What differs from the stand-in: a policer is 32 bytes without heap,
-// its bytes are a copy of them, what it holds is returned by value, and code points are signed.
+// Policers of another device. They differ from the stand-in: a policer is 32 bytes without heap,
+// its serialized bytes are a copy of these, getters return by value, and code points are signed.
 #ifndef DEVICE_POLICER_POLICER_H_
 #define DEVICE_POLICER_POLICER_H_
 
@@ -15,7 +15,7 @@ enum class Color : std::uint8_t { Red = 0, Yellow = 1, Green = 2 };
 enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
 enum class ActionType : std::uint8_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
 
-// A way of metering. None has more than four figures: committed rate and size, and two of its own.
+// A way of metering. Each has at most four figures: committed rate and size, and two of its own.
 struct Mode {
   static Mode TrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t pir, std::uint32_t pbs) {
     return {ModeType::TrTcm, {cir, cbs, pir, pbs}};
@@ -35,7 +35,7 @@ struct Mode {
   std::uint32_t figures[4];
 };
 
-// What happens to the packets of one colour.
+// An action on the packets of one colour.
 struct Action {
   static Action Drop(Color color) { return {ActionType::Drop, color, 0}; }
   static Action SetPcp(Color color, std::int8_t pcp) { return {ActionType::SetPcp, color, pcp}; }
@@ -52,7 +52,7 @@ struct Action {
   std::int8_t value;
 };
 
-// The actions of a policer; valid as long as it lives and does not change.
+// The actions of a policer. They are valid until the policer is changed or destroyed.
 struct Actions {
   const Action* begin() const { return first; }
   const Action* end() const { return last; }
@@ -63,7 +63,7 @@ class Policer {
  public:
   // No policer: id 4294967295, stage None, mode None, no actions.
   Policer() = default;
-  // From the bytes of Serialize(); any others make no policer.
+  // Reads the bytes of Serialize(). Any other bytes make the policer of the default constructor.
   explicit Policer(const std::string& bytes);
   // Actions beyond the second are left out.
   Policer(std::uint32_t id, Stage stage, const Mode& mode, std::initializer_list<Action> actions);

@@ -1,20 +1,20 @@
 // Policers: what a device does to traffic that exceeds its agreed rates.
 //
-// A policer meters packets against a Mode (how many buckets, filled how fast, how deep), colours
-// each packet by the outcome and applies the Actions set for that colour, at one Stage of a
-// packet's way through the device.
+// A policer meters packets by its Mode (the number of token buckets, how fast they fill and how
+// deep they are). It colours each packet by the outcome and applies the Actions for that colour, at
+// one Stage of a packet's way through the device.
 //
-// These are plain values. Copying one copies everything, moving is cheap, and nothing refers to
-// anything else. Distinct objects may be used in different threads freely; one object may be read
-// by many threads as long as none changes it.
+// These are plain values. Copying one copies everything, moving is cheap, and no object refers to
+// another. Different threads may use different objects freely. Many threads may read one object
+// while none changes it.
 //
 // Rates are in kbit/s, sizes in bytes, each over the whole range of 32 bits.
 //
-// Enumerations may hold values beyond those named here, because a newer device may send them: cast
-// one in, and it is kept, compared and serialized like any other.
+// Enumerations may hold values without a name here, because a newer device may send them. Such a
+// value can be cast to the enumeration, and is kept, compared and serialized like any other.
 //
-// Reading a policer is what the device's own library offers too. Building one, by any constructor
-// with more than the bytes or by the named functions of Mode and Action, belongs to this stand-in:
+// The device's own library has functions to read a policer too. The constructors that need more
+// than bytes, and the named functions of Mode and Action, belong to this stand-in. For example:
 //
 //   const policer::Policer policer(7, policer::Stage::Ingress, policer::Mode::Flow(1000, 1500),
 //                                  {policer::Action::Drop(policer::Color::Red)});
@@ -34,20 +34,20 @@
 
 namespace policer {
 
-// Where in the device the policer works; None when it is not placed anywhere.
+// The place in the device at which the policer works. None means that it has no place.
 enum class Stage : std::uint32_t { Ingress = 0, Egress = 1, None = 2 };
 
-// The outcome of metering, from exceeding everything to conforming.
+// The outcome of metering, from Red (exceeds every rate) to Green (conforms).
 enum class Color : std::uint32_t { Red = 0, Yellow = 1, Green = 2 };
 
-// How packets are metered: single-rate three-colour, two-rate three-colour, two-rate three-colour
-// for differentiated services, one plain rate, or not at all.
+// The way of metering: single-rate three-colour, two-rate three-colour, two-rate three-colour for
+// differentiated services, one plain rate, or none.
 enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
 
-// What happens to a packet of the action's colour.
+// The effect on a packet of the action's colour.
 enum class ActionType : std::uint32_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
 
-// A way of metering and its figures. A figure that the way of metering has no use for is 0.
+// A way of metering and its figures. A figure that this way does not use is 0.
 class Mode {
  public:
   static constexpr Mode SrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t ebs) {
@@ -74,7 +74,7 @@ class Mode {
   }
   static constexpr Mode None() { return Mode(ModeType::None); }
 
-  // All figures 0. For types that have no function above.
+  // All figures are 0. This is for types without a function above.
   explicit constexpr Mode(ModeType type) : type_(type) {}
 
   constexpr ModeType GetType() const { return type_; }
@@ -107,13 +107,13 @@ class Mode {
   std::uint32_t eir_ = 0;
 };
 
-// What to do with the packets of one colour.
+// An action on the packets of one colour.
 class Action {
  public:
   static constexpr Action Drop(Color color) { return Action(ActionType::Drop, color, 0); }
 
-  // A priority code point has 3 bits and a differentiated-services code point 6, which nobody
-  // checks here: what is passed is what the getter returns.
+  // A priority code point has 3 bits and a differentiated-services code point has 6. This class
+  // does not check them: the getter returns the value that was passed.
   static constexpr Action SetPcp(Color color, std::uint8_t pcp) {
     return Action(ActionType::SetPcp, color, pcp);
   }
@@ -121,8 +121,8 @@ class Action {
     return Action(ActionType::SetDscp, color, dscp);
   }
 
-  // For types that have no function above. The value is kept, compared and serialized whatever the
-  // type.
+  // This is for types without a function above. The value is kept, compared and serialized for
+  // every type.
   constexpr Action(ActionType type, Color color, std::uint8_t value)
       : type_(type), color_(color), value_(value) {}
 
@@ -149,33 +149,32 @@ class Action {
   std::uint8_t value_;
 };
 
-// A policer: an id, a stage, one mode and any number of actions in the order they were given.
+// A policer: an id, a stage, one mode, and any number of actions in the order they were given.
 class POLICER_API Policer {
  public:
   // No policer at all: id 4294967295, which no real policer has, stage None, mode None, no actions.
   Policer() = default;
 
-  // The policer that Serialize made these bytes of. Bytes that are empty, cut short or damaged
-  // beyond reading give a default policer. Other damage does not show, nor do more bytes behind
-  // these, if they happen to read as fields: they may change the policer. Nothing is thrown but
-  // std::bad_alloc, nothing is printed.
+  // Reads the bytes of Serialize(). Empty, cut-off or unreadable bytes give a default policer.
+  // Other damage is not detected and may give another policer; the same holds for further bytes
+  // that read as fields. The constructor throws only std::bad_alloc and prints nothing.
   explicit Policer(const std::string& bytes);
 
   Policer(std::uint32_t id, Stage stage, const Mode& mode, std::vector<Action> actions)
       : id_(id), stage_(stage), mode_(mode), actions_(std::move(actions)) {}
 
-  // The bytes that make an equal policer again, in this or another process. Never empty; equal
-  // policers have equal bytes. What they look like is nobody else's business.
+  // Bytes from which this or another process can make an equal policer. They are never empty, and
+  // equal policers have equal bytes. Their format is private to this library.
   std::string Serialize() const;
 
   std::uint32_t GetId() const { return id_; }
   Stage GetStage() const { return stage_; }
 
-  // The references live as long as the policer does, and show what it holds at the time.
+  // The references are valid until the policer is destroyed, and show its current values.
   const Mode& GetMode() const { return mode_; }
   const std::vector<Action>& GetActions() const { return actions_; }
 
-  // Equal in everything; actions count in their order.
+  // Compares everything, the order of the actions too.
   friend bool operator==(const Policer& a, const Policer& b) {
     return a.id_ == b.id_ && a.stage_ == b.stage_ && a.mode_ == b.mode_ && a.actions_ == b.actions_;
   }
