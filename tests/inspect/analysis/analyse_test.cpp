@@ -6,6 +6,7 @@
 #include <regex>
 #include <sstream>
 
+#include "../random_cases.h"
 #include "../sentences.h"
 #include "tiny_checks.h"
 
@@ -27,20 +28,20 @@ AnalysisOptions by(Order order, bool overlaps = false) {
 
 TEST(AnalyseTest, SaysWhatEveryPacketOfTinyGroupsSays) {
   Random random;
-  for (int i = 0; i < 3000 / FILTERS_SLOWNESS; ++i) {
+  for (RandomCases i(3000); i.more(); ++i) {
     const Case c = Maker<Random>(random).make(3 + random.below(4));
     const auto rows = c.everyRow();
     for (Order order : kAllOrders) {
-      ASSERT_EQ(faultOfAnalysis(c, rows, by(order, random.below(2) == 0)), "") << i;
+      ASSERT_EQ(faultOfAnalysis(c, rows, by(order, random.below(2) == 0)), "") << i.done();
     }
   }
 }
 
 TEST(AnalyseTest, WithoutAnOrderClaimsWhatHoldsInEach) {
   Random random;
-  for (int i = 0; i < 500 / FILTERS_SLOWNESS; ++i) {
+  for (RandomCases i(500); i.more(); ++i) {
     const Case c = Maker<Random>(random).make(4);
-    ASSERT_EQ(faultOfAnyOrder(c), "") << i;
+    ASSERT_EQ(faultOfAnyOrder(c), "") << i.done();
   }
 }
 
@@ -227,13 +228,13 @@ TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
 
 TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   Random random;
-  for (int i = 0; i < 2000 / FILTERS_SLOWNESS; ++i) {
+  for (RandomCases i(2000); i.more(); ++i) {
     Maker<Random> maker(random);
     const Case a = maker.make(1 + random.below(4));
     // A few rules anew, or all.
     Case b = random.below(3) == 0 ? maker.make(1 + random.below(4)) : a;
     if (random.below(2) == 0) maker.add(&b, static_cast<filtersEntryId_t>(b.rules.size()));
-    for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i;
+    for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i.done();
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "../random_cases.h"
 #include "../sentences.h"
 #include "tiny_checks.h"
 
@@ -19,7 +20,7 @@ struct Random {
 
 TEST(TraceTest, IsTheSameForAllThatAPacketCanBe) {
   Random random;
-  for (int i = 0; i < 600; ++i) {
+  for (RandomCases i(600); i.more(); ++i) {
     const Case c = Maker<Random>(random).make(1 + random.below(5));
     const auto packets = c.everyPacket();
     for (int k = 0; k < 4; ++k) {
@@ -27,7 +28,7 @@ TEST(TraceTest, IsTheSameForAllThatAPacketCanBe) {
       std::vector<bool> told(packet.size());
       for (std::size_t f = 0; f < told.size(); ++f) told[f] = random.below(3) != 0;
       for (Order order : kAllOrders) {
-        ASSERT_EQ(faultOfTrace(c, packet, told, order), "") << i;
+        ASSERT_EQ(faultOfTrace(c, packet, told, order), "") << i.done();
       }
     }
   }
