@@ -29,9 +29,14 @@ TYPED_TEST(TypedAccess, IsPublishedAndTakesAConstClassAsTheClass) {
   EXPECT_EQ(published.count(typeid(TypeParam).hash_code()), 1u);
 }
 
+template <class... T>
+constexpr std::size_t countOf(testing::Types<T...>) {
+  return sizeof...(T);
+}
+
 TEST(Entries, PublishWhatTheSettersGoBy) {
-  EXPECT_EQ(FiltersEntry::validMatchTypes.size(), kMatchCodes.size() + 1);  // MatchDSCP
-  EXPECT_EQ(FiltersEntry::validActionTypes.size(), kActionCodes.size());
+  EXPECT_EQ(FiltersEntry::validMatchTypes.size(), countOf(AllMatches()));
+  EXPECT_EQ(FiltersEntry::validActionTypes.size(), countOf(AllActions()));
   using Set = std::set<filtersMatch_t>;
   EXPECT_EQ(FiltersEntry::ipv4OnlyMatchTypes,
             (Set{FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4}));

@@ -142,7 +142,8 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
 // The check and the public table must agree with the table in rules.h. Every code must be in some
-// row, except the codes in `nowhere`.
+// row, except the codes in `nowhere`. The first row is that of none, which says nothing about single
+// codes.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,
@@ -152,7 +153,9 @@ void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
   for (unsigned row = 0; row < table.size(); ++row) {
     const std::set<Code>& codesOfRow = published.at(Key(row));
     EXPECT_EQ(CodeSet(codesOfRow.begin(), codesOfRow.end()), table[row]);
-    for (unsigned code : table[row]) left.erase(code);
+    if (row != 0) {
+      for (unsigned code : table[row]) left.erase(code);
+    }
     for (unsigned code : codes) {
       EXPECT_EQ(check(Key(row), code), admits(table, row, code) ? FILTERS_OK : refusal)
           << "row " << row << " code " << code;

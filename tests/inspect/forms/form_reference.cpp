@@ -4,9 +4,9 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "../../src/inspect/forms/form_rows.h"
-#include "../../src/inspect/forms/json_keys.h"
-#include "../samples.h"
+#include "../../../src/inspect/forms/form_rows.h"
+#include "../../../src/inspect/forms/json_keys.h"
+#include "../../samples.h"
 
 namespace {
 
