@@ -1,8 +1,8 @@
 #!/bin/bash
-# Builds the examples that were installed, as somebody else would, and runs them: with find_package,
-# once without the message runtime's development files, and with pkg-config.
+# Builds the installed examples as a user would, and runs them: with find_package, once without the
+# development files of the message runtime, and with pkg-config.
 #   consumer_test.sh <prefix of the installed tree>
-# The environment names the tools, as tests/packaging.cmake sets it.
+# The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail
 command -v pkg-config >/dev/null || { echo "consumer: skipped, needs pkg-config" && exit 77; }
 prefix=$1
@@ -33,7 +33,7 @@ PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name filter_common.pc)")
 export PKG_CONFIG_PATH
 # compile <package> <source> <compiler and its options>...
 compile() {
-  # pkg-config writes for a shell to read: blanks in paths are escaped.
+  # pkg-config escapes blanks in paths, so a shell must read its output.
   eval "flags=($(pkg-config --cflags --libs "$1"))"
   eval "folders=($(pkg-config --libs-only-L filter_common))"
   # shellcheck disable=SC2086,SC2154  # options with their arguments; eval sets the arrays
@@ -49,8 +49,8 @@ compile filter_common_messages change_message.cpp "$CXX" -std=c++17
 mv "$work/a.out" "$work/all/change_message"
 "$here/examples_test.sh" "$work/all" "${emulator[@]}"
 
-# No header leads to the message runtime's, unless it is one of the messages, or to a library that
-# the second one keeps to itself.
+# Only message headers may include headers of the message runtime. No header may include those of a
+# library that the second library uses internally.
 find "$prefix/include" -path '*/filter_*/*.h' ! -name "*.pb.h" -printf "#include <%P>\n" \
   >"$work/all.cpp"
 "$CXX" -std=c++17 -E -I"$prefix/include" "$work/all.cpp" -o "$work/all.ii"

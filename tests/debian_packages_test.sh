@@ -1,6 +1,6 @@
 #!/bin/bash
-# Packs a build, looks at the packages as Debian's tools show them, unpacks all into an empty root
-# and builds the examples against that. The second library is part of it where the build has it.
+# Packs a build, checks the packages with Debian's tools, unpacks all of them into an empty root and
+# builds the examples against it. If the build has the second library, that is tested too.
 #   debian_packages_test.sh <build folder>
 set -euo pipefail
 command -v dpkg-shlibdeps file pkg-config || { echo "debian_packages: skipped" && exit 77; }
@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "debian_packages: $1" && exit 1; }
 
-# CPack gives folders the modes that the umask leaves.
+# CPack gives folders modes according to the umask.
 (umask 022 && cd "$build" && cpack -G DEB -B "$work/packages")
 runtime=$(echo "$work"/packages/libfilter-common1_*.deb)
 development=$(echo "$work"/packages/libfilter-common-dev_*.deb)
@@ -55,7 +55,8 @@ for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}"; do
 done
 dpkg-deb -I "$runtime" shlibs | grep "^libfilter_common 1 libfilter-common1 "
 
-# The runtime packages alone have the libraries, by their sonames and versions; no file is in two.
+# Only the runtime packages contain the libraries, with their sonames and versions. No file is in
+# two packages.
 root="$work/root of another machine"
 # unpack <runtime package> <development package> <library>
 unpack() {
@@ -74,7 +75,7 @@ unpack() {
 mkdir "$root"
 unpack "$runtime" "$development" libfilter_common
 if [[ ${#inspect[@]} -gt 0 ]]; then
-  # Who asks for the second library is told that it is missing.
+  # A program that asks for the second library gets an error that says that it is missing.
   cat >"$work/CMakeLists.txt" <<END
 cmake_minimum_required(VERSION 3.16)
 project(asks LANGUAGES C CXX)

@@ -1,5 +1,5 @@
 #!/bin/bash
-# The example programs as a pair: what is sent whole is accepted, what is damaged is not.
+# Tests the two example programs together: complete bytes are accepted, damaged bytes are not.
 #   examples_test.sh <folder> [emulator and its arguments]
 set -euo pipefail
 cd "$1"
@@ -12,7 +12,7 @@ run send_group >"$work/bytes"
 run send_group --print >"$work/expected"
 run receive_group "$work/expected" <"$work/bytes" | cmp - "$work/expected"
 
-# Of what comes in.
+# refuses WHAT: checks that receive_group refuses the bytes on its input.
 refuses() {
   if run receive_group "$work/expected" >"$work/out" 2>"$work/err"; then
     echo "receive_group accepted $1"
@@ -29,8 +29,8 @@ cat "$work/bytes" "$work/bytes" | refuses "another print than expected"
 
 run send_group --refusals | sed -nE 's/^  (-[0-9]+|exception:) .*/\1/p' | sort -un | xargs |
   diff - <(echo "-10 -9 -8 -7 -6 -5 -4 -3 exception:")
-# The two are left out where the message runtime's headers are missing.
-# Its ends compare themselves; two rules of ten thousand are a thousandth of the bytes.
+# These two examples are not built if the headers of the message runtime are missing.
+# The example compares both ends itself. Two rules of ten thousand take a thousandth of the bytes.
 [[ ! -e change_rule ]] || run change_rule |
   awk '{ bytes[NR] = $3 } END { exit !(bytes[2] > 0 && 1000 * bytes[2] < bytes[1]) }'
 [[ ! -e change_message ]] || run change_message <"$work/bytes" | run receive_group |

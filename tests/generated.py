@@ -1,9 +1,9 @@
-"""Holds a file to the program that makes it, or makes it anew.
+"""Compares a file with the output of the program that makes it, or makes the file anew.
 
     generated.py [--renew] FILE COMMAND...
 
-What the command prints is the whole file, or what stands between the lines "begin generated" and
-"end generated" of a file that has them.
+The output of the command is the whole file, or the part between the lines "begin generated" and
+"end generated" if the file has them.
 """
 
 import difflib

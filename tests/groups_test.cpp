@@ -36,7 +36,8 @@ TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
   EXPECT_EQ(group.insertEntry(acting), FILTERS_OK);
   EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_ACTION_NOT_ALLOWED);
   EXPECT_EQ(group.insertEntry(entryOf({}, {}, policer::Stage::Ingress, 1)), FILTERS_OK);
-  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE), FILTERS_ERR_POLICER_STAGE);  // entry 1
+  EXPECT_EQ(group.setStage(FILTERS_GROUP_STAGE_NONE),
+            FILTERS_ERR_POLICER_STAGE);  // of entry 1, which is first
 }
 
 TEST(Groups, PrintTheirFieldsThenTheirEntries) {

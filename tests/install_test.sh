@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs a build into a fresh prefix and moves it to where others use it.
+# Installs a build into an empty prefix, then moves it to the folder that other tests use.
 #   install_test.sh <build folder> <prefix>
 set -euo pipefail
 build=$1
@@ -8,7 +8,7 @@ rm -rf "$prefix" "$prefix-first"
 cmake --install "$build" --prefix "$prefix-first"
 mv "$prefix-first" "$prefix"
 
-# What users rely on to be where it is.
+# Users rely on these files and their places.
 (cd "$prefix" && ls share/doc/filter_common/{README.md,docs/design.md} \
   share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto \
   include/filter_common/filter_{types,serialized,matches,actions,counter,entries,groups}.h \
@@ -24,8 +24,9 @@ if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
     share/bash-completion/completions/filter-inspect)
 fi
 
-# Nothing in it knows where it was built or first installed. The library's debug information is
-# left out of this: it names system headers, and reproducible_test.sh looks at all of it.
+# No installed file may contain the folder in which it was built or first installed. This does not
+# look at the library's debug information, which names system headers; reproducible_test.sh checks
+# that.
 if grep -rI -e "$prefix-first" -e "$build" "$prefix"; then
   echo "install: a text file names a folder of the build"
   exit 1

@@ -1,14 +1,14 @@
-# What users get, used as they would: installed, moved, packed, built again elsewhere. These tests
-# configure and build projects of their own, with this build's tools; label `package` chooses them
-# (ctest -L package) or leaves them out (ctest -LE package).
+# Tests of what users get: the library installed, moved, packed, or built in another folder. These
+# tests configure and build projects of their own with the tools of this build. The label `package`
+# selects them (ctest -L package) or leaves them out (ctest -LE package).
 
-# CMake takes most of this from the environment; the scripts take the rest.
+# CMake reads most of these variables from the environment; the scripts read the rest.
 get_target_property(protobuf_libdir protobuf::libprotobuf LOCATION)
 cmake_path(GET protobuf_libdir PARENT_PATH protobuf_libdir)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
 string(REPLACE ";" "\\;" find_root_path "${CMAKE_FIND_ROOT_PATH}")
 if(CMAKE_CROSSCOMPILING)
-  # On a device the message runtime lies where linker and loader look; here they are told where.
+  # On a device, linker and loader find the message runtime themselves; here they need its folder.
   set(rpath_link " -Wl,-rpath-link,${protobuf_libdir}")
   set(library_path QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
 endif()
@@ -33,24 +33,24 @@ function(filter_common_add_package_test name script)
     ${name} PROPERTIES ENVIRONMENT "${tools}" LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
 endfunction()
 
-# Installed into a fresh prefix, which is then moved; and the examples built against it. The blank
-# in its name is part of the test.
+# Installs into an empty prefix, moves it, and builds the examples against it. The blank in the name
+# of the prefix is part of the test.
 set(prefix "${PROJECT_BINARY_DIR}/tests/installed tree")
 filter_common_add_package_test(install install_test.sh ${PROJECT_BINARY_DIR} ${prefix})
 set_tests_properties(install PROPERTIES FIXTURES_SETUP installed)
 filter_common_add_package_test(consumer consumer_test.sh ${prefix})
 set_tests_properties(consumer PROPERTIES FIXTURES_REQUIRED installed)
 
-# In a subfolder of somebody else's project.
+# Uses the tree as a subfolder of another project.
 filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DIR})
 
-# Against the other pair of platform libraries.
+# Builds with the other pair of platform libraries.
 filter_common_add_package_test(
   device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR}
   ${PROJECT_BINARY_DIR}/tests/device_platform)
 
-# Once is enough: the compilers of all targets are told the same. Debian's tools pack what is built
-# for the machine they run on.
+# Only the build machine runs these tests: all targets have the same compiler options, and Debian's
+# tools pack builds for the machine on which they run.
 if(NOT CMAKE_CROSSCOMPILING)
   set(libraries $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
   if(TARGET filter_inspect)

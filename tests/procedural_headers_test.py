@@ -1,9 +1,9 @@
-"""Holds the headers for C programs to the catalogues and to the table of assertions.
+"""Compares the headers for C programs with the catalogues and with the table of assertions.
 
     procedural_headers_test.py SOURCES
 
-Each class is made by a function or named as a gap, and each function that stops at a null handle
-has its row in procedural_test.cpp.
+For each class a header must have a function that makes it, or name it as a gap. Each function that
+stops at a null handle must have a row in procedural_test.cpp.
 """
 
 import re

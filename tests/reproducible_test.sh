@@ -1,9 +1,10 @@
 #!/bin/bash
-# Builds a copy of the sources in another folder; what comes out must be the same bytes. First
-# without libfilter_inspect, whose being built must leave no trace in the others; then that as well.
+# Builds a copy of the sources in another folder, which must give the same bytes. The first build
+# has no libfilter_inspect, because building it must not change the other libraries. The second has
+# it.
 #   reproducible_test.sh <folder of the sources> <folder for the copy> <library>...
-# The environment names the tools and the kind of build, as tests/packaging.cmake sets it. The copy
-# has the times of the sources, so that the next run builds only what changed.
+# The environment variables that tests/packaging.cmake sets name the tools and the kind of build.
+# The copied files keep their times, so that the next run builds only what changed.
 set -euo pipefail
 copy=$2/elsewhere
 build="$2/a folder of its own"
@@ -13,7 +14,7 @@ mkdir -p "$copy"
 tar -C "$1" --exclude=./build --exclude="./${2#"$1"/}" --exclude=./.git --format=posix -c . |
   tar -C "$copy" -x
 
-# same <library>: builds its target.
+# same <library>: builds its target and compares the bytes.
 same() {
   target=$(basename "$1")
   target=${target#lib}

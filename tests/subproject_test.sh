@@ -1,9 +1,9 @@
 #!/bin/bash
-# Configures a project that has the library in a subfolder: nothing of it is installed unless asked,
-# what holds for the whole build stays the parent's choice, the second library is there when asked
-# for, and a static library is refused.
+# Configures a project that has the library in a subfolder. The library is installed only if the
+# project asks for it, does not change settings of the whole build, contains the second library if
+# asked, and refuses to be built as a static library.
 #   subproject_test.sh <folder of the sources>
-# The environment names the tools, as tests/packaging.cmake sets it.
+# The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -28,7 +28,7 @@ if grep -E '^(BUILD_|CMAKE_BUILD_TYPE:[A-Z]*=.|CMAKE_C(XX)?_STANDARD|CPACK_|DART
   exit 1
 fi
 if grep 'the second library is there' "$work/log"; then exit 1; fi
-# Nothing is built, so whatever were to be installed would be missing.
+# Nothing is built here, so installing any file would fail.
 cmake --install "$work/build" --prefix "$work/installed"
 [[ ! -e $work/installed ]]
 configure -DFILTER_COMMON_BUILD_INSPECT=ON | grep 'the second library is there'

@@ -1,13 +1,13 @@
 #!/bin/bash
-# Builds both libraries against those of platform/plain, and a program against all.
+# Builds both libraries with the libraries of platform/plain, and a program that uses all of them.
 #   device_platform_test.sh <folder of the library's sources> <folder to build in>
-# The environment names the tools, as tests/packaging.cmake sets it. The next run builds only what
-# changed.
+# The environment variables that tests/packaging.cmake sets name the tools. The next run builds only
+# what changed.
 set -euo pipefail
 here=$(dirname "$0")
 work=$2
 
-# Debug information, optimising and compiling each file by itself would be most of the cost.
+# Debug information, optimising and compiling each file alone would take most of the time.
 build() {
   cmake -S "$2" -B "$work/$1" --log-level=WARNING -DCMAKE_BUILD_TYPE=None \
     -DCMAKE_UNITY_BUILD=ON -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS" \

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Nothing leaves the library but what is its own, in C++ and in C.
+# Checks that the library exports only its own names, in C++ and in C.
 #   exports_test.sh <library>
-# The environment names NM.
+# The environment variable NM names the tool.
 set -euo pipefail
 names=$("$NM" --dynamic --defined-only "$1" | sed 's/.* //; s/@.*//' | sort)
 grep -q '^_ZN14FiltersInspect' <<<"$names"

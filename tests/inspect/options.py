@@ -1,8 +1,9 @@
-"""Prints what filter-inspect declares of its options, as its --help tells it.
+"""Prints the options of filter-inspect, which it reads from the program's --help.
 
     options.py manual|bash FILTER-INSPECT...
 
-For tests/generated.py: the list of options in the manual page, and the tables of the completion.
+tests/generated.py uses the output for the list of options in the manual page and for the tables of
+the completion.
 """
 
 import re

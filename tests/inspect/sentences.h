@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_SENTENCES_H_
 #define FILTER_COMMON_TESTS_INSPECT_SENTENCES_H_
 
-// What findings say, to the letter.
+// Compares the sentences of findings with files, to the letter.
 
 #include <filter_inspect/filter_report.h>
 
@@ -18,8 +18,8 @@ inline std::string textOfFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Gathers sentences, each once, which a file of golden/ has to have in the same order. Those of the
-// last run lie in its working folder.
+// Collects sentences, each once. A file in golden/ must have the same ones in the same order. A run
+// leaves its sentences in its working folder.
 class Sentences {
  public:
   void add(const std::string& sentence) { lines_.insert(sentence + '\n'); }

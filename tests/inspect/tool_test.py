@@ -1,9 +1,9 @@
-"""filter-inspect from outside: a table of command lines with exit codes and what they print.
+"""Runs filter-inspect: a table of command lines with their exit codes and output.
 
     tool_test.py <folder of the sources> <send_group> <filter-inspect> [emulator and its arguments]...
 
-The program runs in an empty folder with the files that prepare() makes. In the table an expected
-text is a regular expression for all of what was printed; DOTALL, so that ".*" stands for any lines.
+The program runs in an empty folder with the files that prepare() makes. An expected text in the
+table is a regular expression that must match the whole output; with DOTALL, ".*" matches any lines.
 """
 
 import ipaddress
@@ -62,17 +62,17 @@ def prepare():
     write("cut.bin", sent[:-3])
     write("cut_length.bin", sent + b"\0\0")
     write("cut_group.bin", first[:-1])
-    # The match of entry 1000 becomes one of no class, and the entry would take every packet.
+    # The match of entry 1000 gets an unknown code, so the entry would take every packet.
     write("lost.bin", first.replace(b"\x22\x02\x08\x20", b"\x22\x02\x08\x63"))
     # The group's type becomes 1, which admits none of its matches.
     write("refused.bin", first.replace(b"\x18\x02\x20\x03", b"\x18\x02\x20\x01"))
     write("notes.bin", b"\x08\x81\x00" + first[2:])  # an id that is longer than it needs to be
-    write("many.bin", b"\0" * 40)  # ten frames of nothing
-    # An action without its interfaces, which throws, and a group behind it.
+    write("many.bin", b"\0" * 40)  # ten empty frames
+    # The first group has an action without its interfaces, which throws; a good group follows.
     thrown = bytes.fromhex("0809 1000 1802 2003 2a0a 08011000 1a00 2a020812")
     write("thrown.bin", b"".join(struct.pack(">I", len(each)) + each for each in (thrown, first)))
     write("framed.bin", struct.pack(">I", len(first)) + first)
-    write("brace.bin", b" {\x08\x05")  # type 123, behind what JSON may begin with
+    write("brace.bin", b" {\x08\x05")  # type 123; the first bytes look like JSON
     write("zeros.bin", b"\0\0\0\0\x22")
     write("empty", b"")
     write("large.bin", b"")
@@ -112,7 +112,7 @@ entry 40 priority=60 if ttl=1 then deny
     write("twice.txt", rules + rules[rules.index(b"group 7") :].replace(b"group 7", b"group 8"))
     write("fewer.txt", re.sub(b"entry 30 .*\n", b"", rules))
     write("turned.txt", rules.replace(b"priority=90", b"priority=110"))
-    # Group 1 has notes alone, group 2 has a warning.
+    # Group 1 has only notes, group 2 has a warning.
     write("late.txt", b"""filter-groups 1
 group 1 priority=10 stage=ingress type=3
 entry 1 priority=9 if ttl=1 then deny
@@ -189,9 +189,9 @@ MISSING = "".join(
     for name in ("id", "priority", "stage", "type")
 )
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
-G_TXT = object()  # the very text of g.txt
+G_TXT = object()  # stands for the text of g.txt
 
-# Arguments, exit code, results, trouble.
+# Each row has the arguments, the exit code, the results and the trouble.
 TABLE = [
     # --- What is shown
     ("show g.bin", 0, G_TXT, NONE),
@@ -501,7 +501,8 @@ TABLE = [
     ("show cut.bin --framing=be32 --color=always", 2, ".*", r"cut.bin: group 2: \x1b\[31merror\x1b\[0m: .*"),
 ]
 
-# Documents: arguments, exit code, whether results and trouble are there, and words in them.
+# Rows for --json: the arguments, the exit code, two flags (results and trouble are present), and
+# words in the documents.
 DOCUMENTS = [
     ("check lost.bin g.bin", 1, True, False, {"match-unknown", '"groups": 2'}),
     ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),
@@ -716,8 +717,8 @@ def try_picture():
     root = ElementTree.parse("open.svg").getroot()
     expect("what is not decided", "not decided" in {text.text for text in root.iter(svg + "text")} and
            "noted" in {rect.get("class") for rect in root.iter(svg + "rect")})
-    # One group of more rows than are drawn whole, in which entry 3 takes the packets of entry 40,
-    # and one of just as many.
+    # One group has more rows than a picture shows (entry 3 takes the packets of entry 40), and
+    # another has just as many as it shows.
     rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row} "
             "then permit\n"
             for row in range(61)]

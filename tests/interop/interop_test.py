@@ -1,12 +1,12 @@
 #!/usr/bin/python3
-"""Python's protocol-buffer library and this library understand each other.
+"""Checks that Python's protocol-buffer library and this library read each other's messages.
 
     interop_test.py [EMULATOR...] PEER GENERATED
 
-PEER is the program built of peer.cpp, GENERATED the folder with the Python classes of the schemas.
-Python reads every sample of the match and action classes and every golden entry and group, builds
-each message anew out of the fields that it finds, and must write the same bytes, which the library
-is known to read. Every field must come.
+PEER is the program built from peer.cpp, GENERATED the folder with the Python classes of the schemas.
+Python reads every sample of the match and action classes and every golden entry and group. It builds
+each message anew from the fields that it finds, and must write the same bytes, which the library can
+read. Every field of the schemas must occur.
 """
 
 import subprocess

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Reads back from a built library how it was compiled and linked.
+# Checks in a built library how it was compiled and linked.
 #   hardening_test.sh <library> <its soname> [nodelete] [protected] [cf-protection]
-# The environment names READELF and OBJDUMP.
+# The environment variables READELF and OBJDUMP name the tools.
 set -euo pipefail
 elf=$("$READELF" --wide --dynamic --program-headers --dyn-syms "$1")
 failed=0
@@ -25,7 +25,8 @@ for option in "${@:3}"; do
   case "$option" in
     nodelete) expect "stays loaded" 'FLAGS_1.*NODELETE' ;;
     protected) expect "stack protector" ' UND __stack_chk_fail' ;;
-    # A property of the whole library needs start-up files that have it too; functions tell.
+    # The whole library has this property only if the system's start-up files have it too. So this
+    # looks at the functions.
     cf-protection) expect "marked jumps" 'endbr' "$("$OBJDUMP" --disassemble "$1" | head -20000)" ;;
     *) echo "hardening: unknown option $option" && exit 2 ;;
   esac

@@ -1,5 +1,5 @@
 #!/bin/bash
-# What must not compile does not, and the compiler says why.
+# Checks that wrong code does not compile, and that the compiler gives the expected reason.
 #   refused_test.sh TREE SCRATCH COMPILER [ARGUMENT...]
 set -euo pipefail
 tree=$1 scratch=$2
@@ -17,7 +17,7 @@ expect() {
   grep -qE "$text" <<<"$says" || { printf '%s\ndoes not say: %s\n' "$says" "$text" && exit 1; }
 }
 
-# without FILE CHANGE: a copy of the tree in which the file lacks what sed's CHANGE takes out.
+# without FILE CHANGE: copies the tree and removes a part of the file with sed's CHANGE.
 without() {
   rm -rf "$scratch"
   mkdir "$scratch"
@@ -29,7 +29,7 @@ without() {
 compiler=("$1" -I"$scratch/include" "${@:2}")
 headers=include/filter_common
 rows=("$here/visits.cpp" -I"$scratch/src" -fsyntax-only)
-# lacks CLASS LINES WHAT: nor does a class without the lines that hold this.
+# lacks CLASS LINES WHAT: checks that a class without the lines with WHAT does not compile.
 lacks() {
   local header=$headers/filter_matches.h
   [[ $1 == Match* ]] || header=$headers/filter_actions.h
@@ -41,7 +41,7 @@ for class in MatchTTL ActionSetPcp; do
   lacks $class operator== "an operator=="
 done
 lacks MatchAll operator== "an operator=="
-# A leaf that holds more than its base compares.
+# A derived class must not have more data than its base compares.
 without $headers/filter_matches.h '/class FILTERS_API MatchSrcPort /,/^}/s/^}/int more = 0;\n}/'
 expect "the class needs an operator== of its own" "${rows[@]}"
 without $headers/filter_matches.def '/FILTERS_MATCH_TTL/d'
@@ -51,7 +51,7 @@ expect "FILTERS_ACTION_DENY.* not handled in switch" "${rows[@]}"
 without src/filter_groups_validation.cpp '/case FILTERS_GROUP_TYPE_9:/,/;/d'
 expect "FILTERS_GROUP_TYPE_9.* not handled in switch" \
   "$scratch/src/filter_groups_validation.cpp" -fsyntax-only
-# A printer is declared by its row: the linker misses what nobody has written.
+# The row of a class declares its printer. The linker reports a printer that is not defined.
 without src/filter_matches_print.cpp '/const MatchTTL& match\) \{/,/^}/d'
 expect "undefined.*operator<<\(std::ostream&, FiltersCommon::MatchTTL const&\)" \
   "$scratch/src/filter_matches_print.cpp" -shared -fPIC -Wl,-z,defs -o "$scratch/printers.so"
@@ -66,7 +66,7 @@ while read -r class helper; do
     "$here/inner_helpers.cpp" -fsyntax-only
 done <<<$'MatchPorts appendTo\nMatchPorts appendFrom\nMatchPorts print\nMatchVlanId print'
 
-# Ignored refusals are warned of, unless warnings are turned off, and nothing else is.
+# The compiler warns about ignored refusals and nothing else, unless the warnings are turned off.
 compile -fsyntax-only "$here/nodiscard.cpp" |
   sed -n 's/.*cpp:\([0-9]*\):.* ignoring return.*/\1/p' | sort -nu |
   diff <(grep -n '// warns$' "$here/nodiscard.cpp" | cut -d: -f1) -

@@ -1,4 +1,4 @@
-// What rules do to each other, beside every packet of tiny groups.
+// Tests the analysis of rules. For tiny groups it compares the findings with every packet.
 
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
     ASSERT_EQ(some.findings.size(), options.max_findings);
     ASSERT_EQ(some.findings.size() + some.left_out, all.findings.size());
     ASSERT_EQ(some.worst(), all.worst());
-    // Kept are the most severe ones, in their order.
+    // The report keeps the most severe findings, in their order.
     const auto warnings = [](const Report& report) {
       return std::count_if(report.findings.begin(), report.findings.end(),
                            [](const Finding& one) { return one.severity == Severity::kWarning; });
@@ -66,14 +66,15 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
   }
 }
 
-// Groups, and what is said of them: code, entry and others, and a part of the sentence.
+// Each row has a group and its findings: the code, the entry, the others, and a part of the
+// sentence.
 TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   const Order first = Order::kHighestPriority, none = Order::kUnspecified;
   const struct {
     Order order;
     const char *head, *entries, *said;
   } rows[] = {
-      // Equal matches take equal packets, whatever the device makes of them.
+      // Equal matches take equal packets, however the device reads them.
       {first, "ingress type=9",
        "entry 10 priority=100 if external_vlan_id={100} tos=184 then set_pcp=5\n"
        "entry 20 priority=90 if external_vlan_id={100} tos=184 then set_pcp=1\n"
@@ -84,7 +85,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 10 priority=1 if external_vlan_id={1} vlan_tagging=tagged then permit\n"
        "entry 20 priority=1 if external_vlan_id={1} vlan_tagging=tagged then deny\n",
        "entries-tie 10: 20 permit/deny\n"},
-      // Every packet has these fields, so that both values together take all.
+      // Every packet has this field, so the two values together take all packets.
       {first, "egress type=3",
        "entry 10 priority=3 if my_station_hit=true then permit\n"
        "entry 20 priority=2 if my_station_hit=false then permit\n"
@@ -97,7 +98,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 30 priority=80 if src_ipv4=10.1.0.0/16 ip_protocol=6 then deny\n",
        "entry-unreachable 30: 20 deny/permit; part of its packets are treated otherwise by entry "
        "10\n"},
-      // What two would tie about is taken before them.
+      // An earlier entry takes all packets for which two others would tie.
       {first, "ingress type=3",
        "entry 10 priority=100 if src_ipv4=10.1.1.1 dst_ipv4=10.2.2.2 then permit\n"
        "entry 20 priority=90 if src_ipv4=10.1.1.1 ip_protocol=6 then permit\n"
@@ -107,7 +108,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
       {Order::kHighestPriorityDescendingId, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then permit\nentry 20 priority=5 if ttl=1 then deny\n",
        "entry-unreachable 10: 20 permit/deny\n"},
-      // Without an order, two that treat the very same packets alike.
+      // Without an order, two entries with the same packets and the same treatment.
       {none, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then deny\nentry 20 priority=5 if ttl=1 then deny\n"
        "entry 30 priority=5 if ip_protocol=6 then permit\n",
@@ -130,8 +131,8 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   }
 }
 
-// Every sentence about entries and about two groups, what is done with packets, and how many other
-// entries are named.
+// Tests every sentence about entries and about two groups: how packets are treated, and how many
+// other entries it names.
 TEST(AnalyseTest, SaysEachSentence) {
   const auto entry = [](unsigned id, unsigned priority, const std::string& rest) {
     return "entry " + std::to_string(id) + " priority=" + std::to_string(priority) + " if " + rest +
@@ -200,7 +201,8 @@ TEST(AnalyseTest, SaysEachSentence) {
   sentences.expectGolden("sentences_analysis.txt");
 }
 
-// Many entries within others are told in one line, and the exceptions of a rest not at all.
+// If many entries lie within others, the report has one line for all. It has none if the others are
+// for the rest of the packets.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
@@ -231,7 +233,7 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   for (RandomCases i(2000); i.more(); ++i) {
     Maker<Random> maker(random);
     const Case a = maker.make(1 + random.below(4));
-    // A few rules anew, or all.
+    // The second group gets new rules, or the same rules and sometimes one more.
     Case b = random.below(3) == 0 ? maker.make(1 + random.below(4)) : a;
     if (random.below(2) == 0) maker.add(&b, static_cast<filtersEntryId_t>(b.rules.size()));
     for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i.done();
@@ -240,7 +242,7 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
 
 // --- What hardly any sender means ----------------------------------------------------------------
 
-// What is said of an entry in a group of this stage and type, a line each.
+// The findings about an entry in a group with this stage and type, one on each line.
 std::string odditiesOf(const std::string& head, const std::string& entry) {
   const auto parsed = groupsFromText("filter-groups 1\ngroup 1 priority=0 stage=" + head +
                                      "\nentry 1 priority=0 " + entry);
@@ -540,7 +542,7 @@ TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
   }
 }
 
-// Codes and other codes, which programs go by.
+// Tests the fields of findings that programs use.
 TEST(AnalyseTest, TellsWhatAnOddityIsAbout) {
   const auto parsed = groupsFromText(
       "filter-groups 1\ngroup 5 priority=0 stage=ingress type=3\n"

@@ -1,4 +1,4 @@
-// Sets of packets beside every packet of small spaces.
+// Tests sets of packets against every packet of small spaces.
 
 #include "../../../src/inspect/analysis/cut.h"
 #include "../../../src/inspect/analysis/meetings.h"
@@ -22,7 +22,7 @@ using Asked = std::vector<Constraint>;
 // --- The plain side ------------------------------------------------------------------------------
 
 bool takes(const Asked& set, const Packet& packet) {
-  std::vector<int> held(packet.size(), -1);  // -1: not asked of
+  std::vector<int> held(packet.size(), -1);  // -1: no set has a condition on it
   for (const Constraint& asked : set) {
     const auto& value = packet[asked.field];
     const bool holds =
@@ -50,7 +50,7 @@ std::vector<Packet> everyPacket(const std::vector<Space::Field>& fields) {
   return packets;
 }
 
-// A random space with its sets, which packets they hold, and the set that holds all.
+// A random space with its sets, the packets in each set, and the set of all packets.
 struct Case {
   explicit Case(std::mt19937& random) : space({}) {
     const auto below = [&random](std::size_t limit) {
@@ -89,7 +89,8 @@ struct Case {
   }
 
   bool in(SetId set, std::size_t packet) const { return members[set][packet]; }
-  // The packet that a point is, in `packets`; fields that nobody asks of are anything.
+  // The number in `packets` of the packet at a point. A field without a condition can have any
+  // value.
   std::size_t find(const Point& point) const {
     Packet packet = packets.front();
     for (const auto& [field, value] : space.valuesOf(point)) packet[field] = value;
@@ -102,7 +103,7 @@ struct Case {
   std::vector<Packet> packets;
   Space space;
   std::vector<Asked> sets;
-  std::vector<std::vector<bool>> members;  // of each set, which packets
+  std::vector<std::vector<bool>> members;  // for each set, which packets are in it
 };
 
 class SpaceTest : public testing::Test {
@@ -151,8 +152,8 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
   });
 }
 
-// What a cut says is so of every packet, with levels and stops, and each packet of the set is
-// either taken by the first that may, or left.
+// Checks the results of a cut, with levels and stops, for every packet. The first candidate that
+// may take a packet of the set takes it, or the packet is left.
 TEST_F(SpaceTest, CutsWhatIsThere) {
   int seen[4] = {};
   const auto check = [&](const Case& c) {
@@ -161,7 +162,7 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
       const auto level = static_cast<std::uint32_t>(random() % 3);
       candidates.push_back({set, level, level > 0 && random() % 4 == 0, 0});
     }
-    // The lowest level of a packet, and whether a candidate of it stops.
+    // The lowest level of the candidates with the packet. `stops`: one of them stops the search.
     const auto first = [&](std::size_t p, bool* stops) {
       std::uint32_t level = 3;
       *stops = false;
@@ -202,7 +203,7 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
   EXPECT_EQ(seen[3], 0);
 }
 
-// A watcher hears of everything that takes or is left.
+// A cut calls its watcher for every candidate that takes packets and for everything that is left.
 TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   struct Heard : Cut::Watcher {
     explicit Heard(const Case& itsCase) : c(itsCase) {}
@@ -243,7 +244,8 @@ TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   });
 }
 
-// Clauses of three literals as masks of three bits: what is left satisfies all of them.
+// The sets are clauses of three literals, as masks of three bits. What is left satisfies all
+// clauses.
 TEST_F(SpaceTest, SolvesClausesWithinItsSteps) {
   constexpr unsigned kVariables = 30;
   int outcomes[4] = {};
@@ -252,7 +254,7 @@ TEST_F(SpaceTest, SolvesClausesWithinItsSteps) {
     const SetId all = space.add({});
     Asked clauses;
     std::vector<Candidate> list;
-    for (unsigned n = 0; n < kVariables * 43 / 10; ++n) {  // where most are hard
+    for (unsigned n = 0; n < kVariables * 43 / 10; ++n) {  // the ratio with the most hard cases
       std::uint64_t mask = 0;
       while (mask == 0 || (mask & (mask - 1)) == 0 || (mask & (mask - 1) & (mask - 2)) == 0 ||
              __builtin_popcountll(mask) < 3) {
@@ -292,7 +294,8 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
   EXPECT_EQ(cut.run({all}, &list, false), Outcome::kNothingLeft);
 }
 
-// A step is so much work, however many ranges a set has; one of few is found among many in no time.
+// A step is the same amount of work for sets with few and with many ranges. A set with few ranges
+// is compared quickly with one of many.
 TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   constexpr std::uint64_t kRanges = 4096;
   Space space({{16, false}});
@@ -323,7 +326,7 @@ TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   EXPECT_EQ(outcome(200, few), Outcome::kLeft);
 }
 
-// 128-bit addresses are two fields, and the upper values of a field of 64 bits are no special case.
+// 128-bit addresses are two fields of 64 bits. The highest values of such a field are not special.
 TEST_F(SpaceTest, TakesFieldsOf64Bits) {
   const std::uint64_t kMost = ~std::uint64_t{0};
   Space space({{64, true}, {64, false}});

@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_H_
 
-// Tiny groups whose packets can all be gone through, and what must hold of them, by hand: a match
-// is a list of readings, each of which says yes or no to a value. The choices come from anything
-// that has below(limit), so that tests and the fuzzing harness share all of this.
+// Tiny groups with so few packets that a test can try every packet. Each match is written a second
+// time, by hand, as a list of readings, and each reading says yes or no to a value. Random choices
+// come from any object with below(limit), so that tests and the fuzzing harness share this code.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_analysis.h>
@@ -25,12 +25,13 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 
 using Value = std::uint64_t;
-using PlainPacket =
-    std::vector<std::optional<Value>>;  // of each field of the theme; absent: lacking
+using PlainPacket = std::vector<std::optional<Value>>;  // a value for each field of the theme; the
+                                                        // packet may lack a field
 using Reading = std::function<bool(Value)>;
 
-// What a match asks of one field: under one of the readings, which equal matches share. `key` tells
-// those on one field that have several apart; of these `match` is a number, that of the match.
+// The condition of a match on one field, in each reading. Equal matches always have the same
+// reading. Two matches with several readings on one field have different keys. `match` is the
+// number of such a match.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
@@ -44,13 +45,13 @@ struct PlainRule {
   std::vector<Ask> asks;
 };
 
-// The packet fields of one kind of match, with the values that matter and how they are written.
+// A packet field of one kind of match, with the values that matter and their form as text.
 struct Field {
   std::string name;
   std::vector<Value> values;
-  std::string prefix = "";   // of the number
+  std::string prefix = "";   // before the number
   bool hexadecimal = false;  // one digit
-  bool in_every = false;     // no packet lacks it
+  bool in_every = false;     // true if every packet has it
   std::string textOf(std::optional<Value> value) const {
     if (!value) return name + "=none";
     return name + '=' + prefix +
@@ -58,7 +59,8 @@ struct Field {
   }
 };
 
-// Why no frame has these fields, "src_ipv4=none tos=0"; nothing is told of the others.
+// The reason why no frame can have these fields, for example "src_ipv4=none tos=0". A field that is
+// not in the text can have any value.
 inline std::string faultOfFrame(const std::string& text) {
   std::map<std::string, std::string> told;
   std::istringstream in(text);
@@ -112,7 +114,8 @@ Address addressOf(unsigned lowest, unsigned char rest = 0) {
   return address;
 }
 
-// A kind of match: its fields, and how one is put into an entry. `at` is where its fields begin.
+// A kind of match: its fields, and a function that puts a match into an entry. `at` is the number
+// of its first field.
 template <class Random>
 struct Kind {
   std::vector<Field> fields;
@@ -163,7 +166,8 @@ Kind<Random> portKind(const char* name) {
           }};
 }
 
-// The lowest byte of an address under a mask whose other bytes are all ones or all zeros.
+// Matches on an address of which only the lowest byte varies; the other bytes of the mask are all
+// ones or all zeros.
 template <class Random, class Match, class Address>
 Kind<Random> addressKind(const char* name, const char* prefix) {
   return {{{name,
@@ -309,8 +313,8 @@ const std::vector<Theme<Random>>& themes() {
 
 // --- The plain side ------------------------------------------------------------------------------
 
-// What a rule does with one packet: it takes it if all of these matches do, as bits; or it does
-// not.
+// The answer of a rule to one packet. A rule takes the packet if all open matches, given as bits,
+// take it; kNo means that it never does.
 using Takes = std::uint32_t;
 constexpr Takes kYes = 0, kNo = ~Takes{0};
 
@@ -326,7 +330,7 @@ inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
   return result;
 }
 
-// What each of the rules does with one packet.
+// The answer of each rule to one packet.
 using Row = std::vector<Takes>;
 inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
   Row row;
@@ -334,7 +338,7 @@ inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet)
   return row;
 }
 
-// Priorities and ids are small.
+// The rank of a rule in the order. It relies on small priorities and ids.
 inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   const std::string_view name = nameOf(order);
   std::uint64_t rank = 0;
@@ -344,7 +348,7 @@ inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   return name.find("descending") != name.npos ? rank + 100 - rule.id : rank;
 }
 
-// A group and its plain twin.
+// A group and the same rules written by hand.
 struct Case {
   FiltersGroup group{1};
   std::vector<Field> fields;
@@ -366,7 +370,8 @@ struct Case {
     }
     return packets;
   }
-  // The rows of every packet, and of those that can be built; most have the same.
+  // The rows of all packets, and the rows of the packets that can be built. Many packets have equal
+  // rows.
   struct Rows {
     std::set<Row> all, built;
   };
@@ -395,7 +400,7 @@ struct Case {
   }
 };
 
-// One or two kinds of a theme, for one case or for two that are compared.
+// Makes cases with matches of one or two kinds of a theme. Two cases that are compared share them.
 template <class Random>
 struct Maker {
   explicit Maker(Random& itsRandom) : random(itsRandom) {

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 
-// What must hold of tiny groups, found by going through every packet and every reading. Each check
-// returns what is wrong, and nothing when nothing is.
+// Checks of the analysis of tiny groups, which try every packet and every reading. Each check
+// returns the fault as text, or an empty text.
 
 #include "tiny.h"
 
@@ -11,7 +11,7 @@ namespace tiny {
 using Rank = std::function<std::uint64_t(const PlainRule&)>;
 using Takers = std::vector<const PlainRule*>;
 
-// Calls for every set of rules that take the packet, a set for each combination of readings.
+// Calls `use` with the set of rules that take the packet, once for each combination of readings.
 template <class Use>
 void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use) {
   Takes open = 0;
@@ -27,7 +27,7 @@ void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use
   } while (choice != 0);
 }
 
-// The first of them, all that tie.
+// The rules that come first; several if they tie.
 inline Takers firstOf(const Takers& takers, const Rank& rank, const PlainRule* without = nullptr) {
   Takers first;
   for (const PlainRule* rule : takers) {
@@ -45,7 +45,7 @@ inline std::uint32_t treatmentsOf(const Takers& takers) {
   return bits;
 }
 
-// What each pair of rules is to each other, and each rule to the rest, by going through everything.
+// The facts about each rule and each pair of rules, found by trying every packet.
 struct Facts {
   Facts(const Case& c, const std::set<Row>& rows, const Rank& rank) {
     const std::size_t n = c.rules.size();
@@ -69,20 +69,20 @@ struct Facts {
           reached[rule->id] = true;
           for (const PlainRule* other : first) ties[rule->id][other->id] = true;
           for (const PlainRule* other : takers) firsts[other->id][rule->id] = true;
-          // Whichever way a tie is broken, this one may come first and any of the rest next.
+          // A tie can be broken in any way: this rule may be first, and any of the others second.
           const Takers then = firstOf(takers, rank, rule);
           if (treatmentsOf(then) != treatmentsOf({rule})) missed[rule->id] = true;
         }
       });
     }
   }
-  std::vector<bool> reached;              // it is the first for some packet
+  std::vector<bool> reached;              // the rule is first for some packet
   std::vector<bool> missed;               // without it some packet would be treated differently
-  std::vector<bool> all;                  // it takes every packet
-  std::vector<std::vector<bool>> meets;   // under some reading
-  std::vector<std::vector<bool>> holds;   // [outer][inner], under every reading
-  std::vector<std::vector<bool>> ties;    // both are the first for some packet
-  std::vector<std::vector<bool>> firsts;  // [rule][other]: the other is the first for one of its
+  std::vector<bool> all;                  // the rule takes every packet
+  std::vector<std::vector<bool>> meets;   // both take some packet, in some reading
+  std::vector<std::vector<bool>> holds;   // [outer][inner], in every reading
+  std::vector<std::vector<bool>> ties;    // both are first for some packet
+  std::vector<std::vector<bool>> firsts;  // [rule][other]: other is first for a packet of rule
 };
 
 inline std::string lineOf(Code code, filtersEntryId_t entry,
@@ -92,7 +92,8 @@ inline std::string lineOf(Code code, filtersEntryId_t entry,
   return line + '\n';
 }
 
-// The findings that there must be, of unreachable and redundant rules without the others.
+// The findings that the analysis must report. Those about unreachable and redundant rules do not
+// name other rules here.
 inline std::vector<std::string> expectedOf(const Case& c, const Facts& facts,
                                            const AnalysisOptions& options) {
   const bool ordered = options.order != Order::kUnspecified;
@@ -133,8 +134,8 @@ inline Hit hitOf(const Trace& trace, filtersEntryId_t id) {
   return Hit::kMiss;
 }
 
-// What a finding's packet does not show that it should. A packet that can be built is shown where
-// there is one.
+// The fault of a finding's example packet, if it does not show what the finding says. If any packet
+// that can be built shows it, the example must be such a packet.
 inline std::string faultOfWitness(const Case& c, const Facts& built, const Finding& finding,
                                   Order order) {
   const auto packet = Packet::parse(finding.witness, nullptr);
@@ -165,7 +166,8 @@ inline std::string faultOfWitness(const Case& c, const Facts& built, const Findi
   return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
-// What blocks an entry covers it, and without any of them does not.
+// The blockers of an entry must cover it together, and must not cover it if one of them is left
+// out.
 inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   std::vector<bool> needed(finding.others.size());
   for (const PlainPacket& packet : c.everyPacket()) {
@@ -182,7 +184,8 @@ inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   return std::count(needed.begin(), needed.end(), false) == 0 ? "" : "a blocker is spare";
 }
 
-// What the sentence about an entry without effect says of those that come first for its packets.
+// Checks the sentence about an entry without effect: what it says about the entries that come first
+// for its packets.
 inline std::string faultOfSentence(const Case& c, const Facts& facts, const Finding& finding) {
   const std::size_t i = *finding.entry;
   std::vector<std::uint32_t> differing;
@@ -240,7 +243,7 @@ inline std::string faultOfAnalysis(const Case& c, const Case::Rows& rows,
   return text + "and not:\n" + all.str();
 }
 
-// What is said without an order holds in each of them: every order of the rules is gone through.
+// Findings without an order must hold in every order; this tries every order of the rules.
 inline std::string faultOfAnyOrder(const Case& c) {
   std::vector<std::uint64_t> ranks;
   for (std::size_t i = 0; i < c.rules.size(); ++i) ranks.push_back(i);
@@ -267,7 +270,7 @@ inline std::string faultOfAnyOrder(const Case& c) {
   return {};
 }
 
-// A trace that is decided is so for all that a packet can be, and the other way round.
+// A trace must be decided exactly if every packet with the given fields has the same result.
 inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
                                 const std::vector<bool>& told, Order order) {
   std::string text;
@@ -278,7 +281,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
   if (!parsed) return "cannot be read: " + text;
   const Trace traced = trace(c.group, *parsed, order);
   std::vector<bool> hits(c.rules.size(), true), misses(c.rules.size(), true);
-  std::uint32_t firsts = 0;  // ids as bits
+  std::uint32_t firsts = 0;  // the ids as bits
   bool tie = false, wrong = false;
   for (const PlainPacket& whole : c.everyPacket()) {
     bool fits = true;
@@ -315,7 +318,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
 
 // --- Two groups ----------------------------------------------------------------------------------
 
-// Whether what may happen to a packet in two groups has nothing in common.
+// True if no treatment is possible for the packet in both groups.
 inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Order order) {
   std::uint32_t may[2] = {};
   for (const Case* c : {&a, &b}) {
@@ -328,7 +331,8 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
   return (may[0] & may[1]) == 0;
 }
 
-// By ids, and where nothing is open, the pairs are those that some packet goes to.
+// If rules are ordered by id and have one reading each, the reported pairs must be the pairs of
+// rules that come first for some packet.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);
@@ -376,7 +380,7 @@ inline std::string faultOfComparison(const Case& a, const Case& b, Order order) 
   }
   std::string fault = faultOfPairs(a, b, report);
   if (order == Order::kAscendingId && !fault.empty()) return fault + all.str();
-  // Nothing to say: no packet is treated differently, however matches are read.
+  // An empty report means that no packet is treated differently in any reading.
   if (!report.empty()) return {};
   std::vector<PlainRule> rules = a.rules;
   rules.insert(rules.end(), b.rules.begin(), b.rules.end());

@@ -1,4 +1,4 @@
-// One packet against rules, and packets as text.
+// Tests traces of one packet through rules, and packets as text.
 
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
@@ -82,8 +82,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 28),
             "undecided: entry 50 or 1000 ");
-  // An entry that others surely take all packets from is no candidate; equal matches are read
-  // alike.
+  // An entry is no candidate if others surely take all its packets. Equal matches have the same
+  // reading.
   const ParsedGroups halves = groupsFromText(
       "filter-groups 1\ngroup 1 priority=1 stage=ingress type=4\n"
       "entry 10 priority=30 if src_ipv4=10.0.0.0/9 tos=8 then permit\n"
@@ -100,7 +100,7 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "undecided: entry 50, or none\n");
 }
 
-// It takes too long to say which of many entries can be the one: all are named.
+// If deciding which of many entries are possible takes too long, the trace names all of them.
 TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
   for (unsigned i = 0; i < 3000; ++i) {
@@ -116,7 +116,7 @@ TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   EXPECT_EQ(line.substr(line.size() - 21), "2998 or 2999, or none");
 }
 
-// What is written of a packet is what it was read from.
+// A packet writes the same text from which it was read.
 TEST(PacketTest, ReadsBackWhatItWrites) {
   const char* const packets[] = {
       "",
@@ -179,7 +179,7 @@ TEST(PacketTest, SaysWhatItCannotRead) {
   EXPECT_EQ(report.worst(), Severity::kError);
 }
 
-// The document shows what is said.
+// The examples in the document are the real output.
 TEST(AnalysisDocumentTest, ShowsWhatIsSaid) {
   std::ifstream in(FILTERS_GOLDEN_DIR "/../../docs/analysis.md");
   std::vector<std::string> blocks;

@@ -1,5 +1,5 @@
-// The inspection library as C11 sees it: every function is called. inspect_c_test.cpp calls this,
-// and fails memory under each of the calls.
+// Calls every function of the inspection library from C11. inspect_c_test.cpp runs these calls and
+// makes memory fail in each of them.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_matches_c.h>
@@ -8,11 +8,11 @@
 #include <string.h>
 
 void callEveryFunctionOfInspect(void);
-void expectInC(bool good, int line, const char* what);  // of inspect_c_test.cpp
+void expectInC(bool good, int line, const char* what);  // in inspect_c_test.cpp
 
 #define EXPECT(condition) expectInC((condition), __LINE__, #condition)
 
-// The first finding of a report that is deleted here, as "code result subject offender".
+// The first finding of a report, as "code result subject offender". Deletes the report.
 static const char* first(FiltersReport* report) {
   static char text[100];
   filtersFinding_t f;
@@ -57,7 +57,7 @@ static void explain(FiltersGroup* group, FiltersEntry* entry) {
 
   FiltersReport* report = filtersExplainInsert(group, entry);
   filtersFinding_t f;
-  if (!filtersReportGet(report, 0, &f)) return;  // and said above
+  if (!filtersReportGet(report, 0, &f)) return;  // reported above
   EXPECT(f.has_entry && f.entry == 70000 && f.has_group && f.group == 500 && !f.has_bytes);
   filtersMatch_t matches[64];
   EXPECT(filtersAdmittedMatches(FILTERS_GROUP_TYPE_3, matches, 64) == f.admitted_count);
@@ -82,8 +82,8 @@ static void admit(void) {
   EXPECT(filtersAdmittedActions(256, NULL, 0) == 0 && filtersAdmittedTypes(256, NULL, 0) == 0);
 }
 
-// Of a function that fills a buffer with text: every size gives the whole up to its zero and not a
-// byte beyond, and no object gives the empty text.
+// Tests a function that fills a buffer with text. For every size it writes as much of the text as
+// fits before a zero, and no byte beyond the buffer. A null object gives the empty text.
 #define FILLS(Fill, Object)                                                                 \
   static void fills##Fill(const Object* object, const char* first) {                        \
     char whole[5000], out[5000];                                                            \
@@ -133,7 +133,7 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
   FIRST(filtersDecodeEntry(NULL, size, &read), "null");
   EXPECT(read == NULL);
 
-  // No bytes are bytes.
+  // Zero bytes are valid input too.
   FiltersReport* report = filtersDecodeEntry(NULL, 0, &read);
   EXPECT(read != NULL && filtersReportCount(report) > 0);
   deleteFiltersReport(report);
@@ -188,7 +188,7 @@ static FiltersGroup* copyOf(const FiltersGroup* group) {
   return copy;
 }
 
-// Numbers that eight bits would make one of an enumeration of, and others.
+// Numbers that are no enumerator. Some of them would be one if they were cut to eight bits.
 static const int32_t noOrders[] = {-1, 2, 9, 77, 256, 257, INT32_MIN, INT32_MAX};
 static const int32_t noKinds[] = {-1, 5, 77, 255, 256, 257, INT32_MIN, INT32_MAX};
 
@@ -229,7 +229,8 @@ static void plan(FiltersGroup* from, FiltersGroup* to) {
   EXPECT(filtersApply(steps, 2, to, from) == FILTERS_ERR_NOT_FOUND);
 }
 
-// Which entry takes the packet, or -1 and how it ended: -2 where none does.
+// The entry that takes the packet, or a negative number for another result: -2 if no entry takes
+// it.
 static long traced(const FiltersGroup* group, const char* packet, int32_t order, const char* text) {
   char whole[500], cut[10];
   filtersOutcome_t outcome = FILTERS_OUTCOME_UNDECIDED;
@@ -243,7 +244,7 @@ static long traced(const FiltersGroup* group, const char* packet, int32_t order,
   return outcome == FILTERS_OUTCOME_HIT ? (long)entry : -2 - (long)outcome;
 }
 
-// Entry 20 takes nothing but what entry 10 takes, if priorities count.
+// If the priority orders the entries, entry 10 takes all packets of entry 20 first.
 static void analyse(void) {
   const char text[] =
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
@@ -308,7 +309,7 @@ static void analyse(void) {
   deleteFiltersGroup(group);
 }
 
-// The name of a value and the way back, of which nothing comes for what is none.
+// Tests the name of a value, and the value of a name. Unknown values and names give nothing.
 #define NAMED(Family, Enum, value, name)                                \
   do {                                                                  \
     Enum code = 70;                                                     \

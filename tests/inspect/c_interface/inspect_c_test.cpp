@@ -1,4 +1,4 @@
-// The procedural side: all of it from C, and every allocation in it failed.
+// Tests the C interface: all functions from C, and a failure of every allocation in them.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_inspect_c.h>
@@ -31,7 +31,7 @@ TEST(InspectC, IsCalledFromC) {
   EXPECT_EQ(memory::live, before);
 }
 
-// Which a C program cannot change.
+// A C program cannot change the global C++ locale, so this test is in C++.
 TEST(InspectC, GoesByNoLocale) {
   struct Points : std::numpunct<char> {
     char do_thousands_sep() const override { return '.'; }
@@ -58,7 +58,7 @@ FiltersEntry refusedEntry() {
   return entry;
 }
 
-// A call that answers whether it did its work, and gives back what it took.
+// A call that returns true if it did its work, and frees what it made.
 using Call = std::function<bool()>;
 
 bool holds(FiltersReport* report) {
@@ -67,10 +67,10 @@ bool holds(FiltersReport* report) {
   return answered;
 }
 
-// Fails the first allocation, the second, ..., until the call needs no more: each time it says that
-// it did not do its work, or did it, and nothing is left behind.
+// Fails the first allocation of the call, then the second and so on, until it needs no more. Each
+// time the call must return false or do its work, and must leak nothing.
 void expectToSurviveWithoutMemory(const char* what, const Call& call) {
-  ASSERT_TRUE(call()) << what;  // what is made once in a process is made here
+  ASSERT_TRUE(call()) << what;  // makes what is made once in a process
   for (long allocations = 0;; ++allocations) {
     ASSERT_LT(allocations, 10000) << what;
     const long before = memory::live;
@@ -116,7 +116,7 @@ TEST(InspectC, SurvivesWithoutMemory) {
     if (object != nullptr) destroy(object);
     return holds(read);
   };
-  // A text comes whole, or not at all.
+  // Without memory a text is complete or empty.
   const auto fills = [&out](auto fill, const auto* object) {
     const std::size_t length = fill(object, out, sizeof out);
     EXPECT_TRUE(length == 0 || out[length - 1] == '\n') << out;

@@ -1,4 +1,4 @@
-// Names and reports, which the forms of other programs are made of.
+// Tests names and reports, which other programs read.
 
 #include <filter_inspect/filter_names.h>
 #include <filter_inspect/filter_report.h>
@@ -39,7 +39,7 @@ TYPED_TEST(NamesTest, LeadBothWays) {
   }
 }
 
-// Other programs read these.
+// Other programs read these names, so they must not change.
 TEST(NamesTest, AreTheEnumeratorsWithoutTheirPrefix) {
   EXPECT_EQ(nameOf(FILTERS_MATCH_DST_L4_PORT), "dst_l4_port");
   EXPECT_EQ(nameOf(FILTERS_MATCH_CPU_INJECTED_PACKETS), "cpu_injected_packets");
@@ -56,7 +56,7 @@ TEST(Describe, HasASentenceForEachResult) {
   said.expectGolden("sentences_results.txt");
 }
 
-// As far as the schema goes by keys and lists of words.
+// Compares JSON with the part of the schema that lists keys and words.
 void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_json& form) {
   EXPECT_EQ(form.value("const", json), json);
   EXPECT_THAT(form.value("enum", nlohmann::ordered_json::array({json})), testing::Contains(json));
@@ -71,7 +71,7 @@ void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_js
   for (const auto& key : form.at("required")) EXPECT_EQ(json.count(key), 1u) << key;
 }
 
-// Whatever stands in a report, its JSON is read back, and is laid out as that of the reader.
+// The JSON of any report can be parsed, and is laid out as the parser's library writes it.
 TEST(Report, IsWrittenAsJson) {
   Report report;
   for (int i = 0; i < 7 * 4; ++i) {
@@ -99,7 +99,7 @@ TEST(Report, IsWrittenAsJson) {
   EXPECT_THAT(toJson(Report()), testing::HasSubstr("\"findings\": [],"));
 }
 
-// Below a finding stand its witness and two treatments.
+// The text of a finding has its example packet and two treatments on the lines below.
 TEST(Report, IsWrittenAsText) {
   const struct {
     Code code;
@@ -159,7 +159,8 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
-// What its numbers are codes of depends on subject and result, and in tables on the subject.
+// The subject and the result of a finding decide which enumeration its numbers belong to; for
+// findings about tables only the subject does.
 TEST(Report, NamesTheCodesInIt) {
   catalogue::Sentences said;
   for (int i = 0; i < 7 * 10; ++i) {

@@ -1,4 +1,4 @@
-// Whether groups differ is for operator== to say; a difference that is planted must be named.
+// Tests diff(): it must be empty exactly if operator== is true, and must name every planted change.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -19,7 +19,7 @@ FiltersGroup holding(const FiltersEntry& entry, int stage = 0, int type = 3) {
   return group;
 }
 
-// Entries of matches that no one type admits, in groups all the same.
+// A group with the entry, even if no type admits all its matches.
 FiltersGroup received(FiltersEntry entry) {
   for (int type = 0; type < kTypes; ++type) {
     FiltersGroup group = groupOf(0, type);
@@ -29,7 +29,8 @@ FiltersGroup received(FiltersEntry entry) {
   return groupOf(kNoStage, 0);
 }
 
-// Empty exactly when equal; and the other way round the same, with before and after exchanged.
+// The report must be empty exactly if the groups are equal. In the other direction it must be the
+// same with `before` and `after` exchanged.
 void expectTrue(const FiltersGroup& a, const FiltersGroup& b) {
   const Report there = diff(a, b), back = diff(b, a);
   ASSERT_EQ(there.empty(), a == b) << there << a << b;
@@ -85,7 +86,7 @@ void expectOne(const FiltersGroup& a, const FiltersGroup& b, Code code, Subject 
   expectTrue(a, b);
 }
 
-// Of every class: an object more, and another object.
+// Tests two changes for every class: an added object, and a changed object.
 template <class Fill>
 std::size_t expectNamed(Subject subject, unsigned code, const FiltersEntry& sample, Fill fill) {
   FiltersEntry none(7), blank(7);

@@ -1,5 +1,5 @@
-// Plans are held to a search over all states that a small group can be in, by the tables of
-// rules.h, and are taken step by step.
+// Compares plans with a search over all states of a small group, by the tables of rules.h, and
+// takes each plan step by step.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -20,7 +20,7 @@ using FiltersInspect::Code;
 
 constexpr PlanOrder kOrders[] = {PlanOrder::kAddFirst, PlanOrder::kRemoveFirst};
 
-// Numbers from 0 to n - 1.
+// Random numbers from 0 to n - 1.
 class Random {
  public:
   unsigned operator()(std::size_t n) { return unsigned(engine_() % n); }
@@ -28,7 +28,7 @@ class Random {
   std::mt19937 engine_{1};
 };
 
-// What of an entry the rules look at, and what tells versions apart.
+// A version of an entry: the parts that the rules look at, and a number that tells versions apart.
 struct Version {
   CodeSet matches, actions;
   unsigned policer = 2, priority = 0;
@@ -57,7 +57,8 @@ struct Model {
   std::map<unsigned, Version> entries;
 };
 
-// Any model as a group: like one that was read from bytes, it can hold what its head would refuse.
+// Makes a group from any model. Like a group that was read from bytes, it can hold entries that its
+// stage and type would refuse.
 FiltersGroup made(const Model& model) {
   FiltersGroup group(1);
   const auto setHead = [&](Head head) {
@@ -82,7 +83,7 @@ FiltersGroup made(const Model& model) {
   return group;
 }
 
-// The fewest steps, found by taking every one; nothing when no steps lead there.
+// Finds the fewest steps by trying every step, or nothing if no steps lead to the goal.
 class Oracle {
  public:
   Oracle(const Model& from, const Model& to) : to_(to.head) {
@@ -178,7 +179,7 @@ Head randomHead(Random& random, bool valid = true) {
   }
 }
 
-// Of few parts, so that other stages and types admit it, too.
+// A version with few parts, so that other stages and types admit it too.
 Version randomVersion(Random& random, Head head) {
   const auto some = [&](const CodeSet& codes) {
     CodeSet chosen;
@@ -193,8 +194,8 @@ Version randomVersion(Random& random, Head head) {
   return version;
 }
 
-// Two groups with entries in common, some changed. Where they are wild, heads and entries can be
-// what only bytes bring in.
+// Two groups with common entries, some of them changed. If `wild`, heads and entries can be such
+// that only reading bytes gives them.
 std::pair<Model, Model> randomPair(Random& random, unsigned ids, bool wild) {
   std::pair<Model, Model> pair{{randomHead(random, !wild), {}}, {randomHead(random, !wild), {}}};
   auto& [from, to] = pair;
@@ -224,7 +225,7 @@ std::string shown(const Plan& plan, const FiltersGroup& from, const FiltersGroup
   return os.str();
 }
 
-// Takes the plan; nothing may be refused.
+// Takes the steps of the plan; the library must refuse none of them.
 void expectWorks(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from);
   ASSERT_TRUE(plan.possible) << shown(plan, from, to);
@@ -255,7 +256,7 @@ TEST(Plan, TakesTheFewestSteps) {
   EXPECT_GT(50 * impossible, static_cast<std::size_t>(i.done()));
 }
 
-// Empty groups of every pair of heads, those included that setters refuse.
+// Tests empty groups with every pair of heads, even heads that the setters refuse.
 TEST(Plan, FindsTheShortestWayBetweenAllHeads) {
   std::vector<Head> heads;
   for (int stage : rowsAndUnknown(kTypesOfStage)) {
@@ -283,7 +284,8 @@ TEST(Plan, GoesByWayOfOthers) {
   const FiltersGroup to = groupOf(kEgress, 5);
   EXPECT_EQ(linesOf(plan(groupOf(kLookup, 6), to), to),
             "set-stage none\nset-type 5\nset-stage egre\n");
-  // Type 6 alone admits what was and what comes: a setter more, and a step less for each entry.
+  // Only type 6 admits the old and the new entries: it costs one more setter and saves a step for
+  // each entry.
   Model a{{0, 4}, {}}, b{{0, 1}, {}};
   for (unsigned id = 1; id <= 2; ++id) {
     a.entries[id] = {{FILTERS_MATCH_PCP}, {}};
@@ -293,10 +295,12 @@ TEST(Plan, GoesByWayOfOthers) {
             "set-type 6\ninsert entry 1\ninsert entry 2\nset-type 1\n");
 }
 
-// Between two setters, and in a plan without one, nothing comes in behind what leaves. What leaves
-// before a setter would have been refused by it, and what comes in behind one by that.
+// Between two setters, and in a plan without setters, all insertions come before all removals. If
+// an entry is removed before a setter, the setter would have refused it. If an entry is inserted
+// after a setter, the setter would have refused it too.
 void expectAddedFirst(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
-  FiltersGroup group(from), before(from.getId());  // before: without entries, the setter behind
+  FiltersGroup group(from),
+      before(from.getId());  // before: as before the last setter, without entries
   std::vector<FiltersEntry> removed;
   const Step* setter = nullptr;
   const auto setterRefuses = [&](const FiltersEntry& entry, const Step& step) {

@@ -1,5 +1,4 @@
-// What is lost when bytes are read, by losses that were planted and by the promises that hold for
-// any bytes.
+// Tests strict decoding: planted losses must be found, and its promises must hold for any bytes.
 
 #include "../../golden.h"
 #include "../sentences.h"
@@ -24,7 +23,8 @@ std::string bytesOf(const char* text) {
   return assemble(in);
 }
 
-// "value-cut 18+4 matches_[0].vlan_id_[1] 65636>100", one a line, counted from `start`.
+// The findings, one on each line, as "value-cut 18+4 matches_[0].vlan_id_[1] 65636>100". Bytes are
+// counted from `start`.
 std::string textOf(const Report& report, std::size_t start) {
   std::ostringstream text;
   for (const Finding& finding : report.findings) {
@@ -113,7 +113,8 @@ const Planted kInEntries[] = {
     {"TrailingZeroAndCounter", "32 ( 0801 1000 ) 00",
      "trailing-zero 6+1 \n"
      "counter-unusual 0+6 counters_[0]\n"},
-    // What the last field says, and what did not follow it, is not told.
+    // There is no finding about the value of the cut field or about the fields that are missing
+    // after it.
     {"CutOff", "22 04 081a b0", "bytes-broken 4+1 matches_[0]\n"},
     {"CutOffInAMatchType", "22 02 08a3", "bytes-broken 2+2 matches_[0]\n"},
     {"CutOffInAnActionType", "2a 02 08ff", "bytes-broken 2+2 actions_[0]\n"},
@@ -203,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
 
 // --- What the documents say ----------------------------------------------------------------------
 
-// A line without its place in the bytes, which is another one where policers have other bytes.
+// A line without the position in the bytes, because other platforms have other bytes of policers.
 std::string withoutBytes(const std::string& line) {
   return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
 }
@@ -271,7 +272,7 @@ TEST(Decode, TellsWhatItsFindingsAreAbout) {
     return report.findings.at(0);
   };
   EXPECT_EQ(only(bytesOf("32 ( 0801 1001 ) 32 ( 0802 1001 )")).others, std::vector{1u});
-  // The first 256 of long bytes are shown.
+  // A finding shows the first 256 of many bytes.
   for (const std::size_t size : {256u, 257u}) {
     const std::string mac =
         bytesOf("0804 2a") + withLength(std::string(size, 1)) + bytesOf("3a06ffffffffffff");
@@ -324,7 +325,7 @@ TEST(Decode, KeepsItsPromisesForOddGroups) {
   for (const std::string& bytes : oddGroups()) examine(bytes);
 }
 
-// Unknown groups within each other, in a group, in an entry and in a match.
+// Tests nested unknown groups in a group, in an entry and in a match.
 TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   for (std::size_t depth = 96; depth < 104; ++depth) {
     std::string bytes = std::string(depth, '\x7b') + std::string(depth, '\x7c');

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_DECODING_H_
 #define FILTER_COMMON_TESTS_INSPECT_DECODING_H_
 
-// What strict decoding promises of any bytes. For tests and for fuzz/ alike: a fault is a text, and
-// none is an empty one.
+// Checks of what strict decoding promises for any bytes. Tests and fuzz/ use them; each returns the
+// fault as text, or an empty text.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -14,7 +14,7 @@ namespace catalogue {
 
 using namespace FiltersInspect;
 
-// Neither the order of parts nor that of the elements of a set says anything.
+// Sorts, because the order of parts and of the elements of a set has no meaning.
 template <class Parts, class Key>
 void sortBy(Parts* parts, Key key) {
   std::stable_sort(parts->pointer_begin(), parts->pointer_end(),
@@ -43,7 +43,7 @@ std::string meaningOf(const std::string& bytes) {
   return message.SerializePartialAsString();
 }
 
-// One name for both kinds of answer.
+// Decodes a group or an entry, depending on T.
 template <class T>
 auto decode(const std::string& bytes, const DecodeLimits& limits = {}) {
   if constexpr (std::is_same_v<T, FiltersEntry>) {
@@ -67,8 +67,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// With room for fewer findings, the same are found: kept are the most severe, of equal ones the
-// first.
+// A lower limit must give the same findings, but only the most severe ones are kept; among equally
+// severe findings, the first ones.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;

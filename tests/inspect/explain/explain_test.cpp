@@ -1,5 +1,5 @@
-// Verdicts must be the library's own, and everything else what its tables say, which rules.h has by
-// hand.
+// Compares results with the library's own, and everything else with the tables of rules.h, which
+// are written by hand.
 
 #include <filter_inspect/filter_explain.h>
 
@@ -30,7 +30,7 @@ Said said(const Report& report) {
   return said;
 }
 
-// An entry and what it is made of.
+// An entry and its parts.
 struct Parts {
   std::set<unsigned> matches, actions;
   policer::Stage policer = policer::Stage::None;
@@ -51,7 +51,7 @@ Parts randomParts(std::mt19937& random) {
   return parts;
 }
 
-// What a type, and what a stage, refuse of an entry.
+// The parts of an entry that a type refuses, and those that a stage refuses.
 Said byType(const Parts& parts, unsigned type) {
   if (type >= kMatchesOfType.size()) return {{Code::kTypeUnknown, type}};
   Said said;
@@ -81,7 +81,7 @@ Said byHead(unsigned stage, unsigned type) {
   return {{Code::kTypeNotAdmitted, type}};
 }
 
-// One behind the other; a stage or type is unknown only once.
+// Appends findings, but an unknown stage or type only once.
 Said operator+(Said said, const Said& more) {
   for (const auto& one : more) {
     const bool unknown = one.first == Code::kStageUnknown || one.first == Code::kTypeUnknown;
@@ -135,7 +135,7 @@ TEST(ExplainInsert, SaysAllThatTheTablesRefuse) {
   }
 }
 
-// Groups as bytes make them, of stages and types that setters would not give them.
+// Tests groups as bytes make them, with stages and types that the setters refuse.
 TEST(ExplainStageAndType, SayWhatStandsInTheWay) {
   std::mt19937 random(2);
   forEachStageAndType([&](int stage, int type) {
@@ -183,7 +183,7 @@ TEST(CapabilityOf, IsWhatTheTablesSay) {
     for (unsigned of = 0; of < 3; ++of) {
       const filtersErr_t verdict = FiltersGroup(0).groupPolicerValidation(
           policerAt(policer::Stage(of)), static_cast<filtersGroupStage_t>(stage));
-      // Where nothing is known of a stage, a policer of no stage passes all the same.
+      // A policer with stage None is admitted even at an unknown stage.
       const bool listed = policers.count(of) != 0 || (stage == kUnknown && of == 2);
       EXPECT_EQ(listed, verdict == FILTERS_OK) << stage << ' ' << of;
     }
@@ -216,7 +216,7 @@ TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
   }
 }
 
-// By the code that the match itself has, whatever it stands under.
+// The code of the match itself counts, not its key in the map.
 TEST(ExplainMatches, GoesByTheMatchesOwnCodes) {
   FiltersEntry::Matches matches;
   matches[filtersMatch_t(1000)] =

@@ -1,5 +1,5 @@
-// Prints what follows from the rows of forms.def: form_reference schema is the schema of groups in
-// JSON, form_reference values the tables of docs/text-format.md.
+// Prints what is made from the rows of forms.def: `form_reference schema` prints the JSON schema of
+// groups, and `form_reference values` the tables of docs/text-format.md.
 
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -14,7 +14,7 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 using Json = nlohmann::ordered_json;
 
-// The names of an enumeration's values.
+// The names of the values of an enumeration.
 std::vector<std::string> namesIn(const Enumeration& names) {
   std::vector<std::string> list;
   for (std::uint32_t value = 0; value < 256; ++value) {
@@ -34,7 +34,8 @@ Json nameOr(const Json& number, const Enumeration& names) {
 
 Json listOf(const Json& items) { return {{"type", "array"}, {"items", items}}; }
 
-// The keys named here must stand there, and no others than these properties.
+// The schema of an object: the keys in `required` must be present, and only these properties may
+// be.
 Json object(const Json& properties, const std::vector<std::string_view>& required) {
   return {{"type", "object"},
           {"properties", properties},
@@ -153,7 +154,7 @@ std::string listed(const Enumeration& names) {
   return list;
 }
 
-// What a value may be.
+// The range of a value as text.
 std::string rangeOf(const FormRow& row) {
   const std::string bits = std::to_string(row.bits) + " bits";
   const bool masked = row.fields[1] != 0;
@@ -192,7 +193,7 @@ std::string rangeOf(const FormRow& row) {
   return "";
 }
 
-// The first sample of a class as text.
+// The text of the first sample of a class.
 template <class T>
 std::string example() {
   std::istringstream words(catalogue::rowOf<T>().text);

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 #define FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 
-// Groups to be written and read, and what text and JSON promise of any input. For tests and for
-// fuzz/ alike: a fault is a text, and none is an empty one.
+// Groups to write and read, and checks of what text and JSON promise for any input. Tests and fuzz/
+// use them; each check returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_text.h>
 
@@ -23,7 +23,7 @@ struct FormOfGroups {
 inline const FormOfGroups kText = {FiltersInspect::toText, FiltersInspect::groupsFromText};
 inline const FormOfGroups kJson = {FiltersInspect::toJson, FiltersInspect::groupsFromJson};
 
-// At the place of each group and entry stands, as the first number, its id.
+// True if the first number after the position of each group and entry is its id.
 inline bool placesAreRight(std::string_view text, const ParsedGroups& parsed) {
   std::vector<std::size_t> lines = {0};
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -65,7 +65,7 @@ inline std::string faultIn(const FormOfGroups& form, std::string_view text) {
   return parsed.groups.empty() ? "" : "a refused text gives groups";
 }
 
-// "3:1 text-syntax 4:7 text-value"
+// The findings as text, for example "3:1 text-syntax 4:7 text-value".
 inline std::string findingsOf(const ParsedGroups& parsed) {
   std::string findings;
   for (const auto& finding : parsed.report.findings) {
@@ -77,7 +77,7 @@ inline std::string findingsOf(const ParsedGroups& parsed) {
 
 // --- Groups --------------------------------------------------------------------------------------
 
-// The first stage, other than none, that admits the type.
+// The first stage other than none that admits the type.
 inline int stageOf(int type) {
   int stage = FILTERS_GROUP_STAGE_EGRESS;
   while (stage != 0 && !admits(kTypesOfStage, static_cast<unsigned>(stage), unsigned(type)))
@@ -93,8 +93,8 @@ inline FiltersGroup numberedGroup(unsigned id, int stage, int type) {
   return FiltersGroup(message.SerializePartialAsString());
 }
 
-// A rule of the control plane and the last one; then groups with everything that they admitted when
-// the files in golden/ were written.
+// A group with a rule of the control plane and a last rule that denies everything. Then groups with
+// everything that they admitted when the files in golden/ were written.
 inline Groups goldenGroups() {
   Groups groups{numberedGroup(1, FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_3)};
   FiltersEntry bgp(10), rest(1000);
@@ -128,8 +128,8 @@ inline Groups goldenGroups() {
   return groups;
 }
 
-// Any value for any field of a message, at most `most` for repeated ones; those of messages within
-// are for the caller.
+// Fills the fields of a message with any values, and a repeated field with at most `most`. The
+// caller fills the messages inside it.
 inline void fill(google::protobuf::Message* message, std::mt19937& random, unsigned most) {
   using Field = google::protobuf::FieldDescriptor;
   const auto* reflection = message->GetReflection();
@@ -184,7 +184,7 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   entry->set_policer_(policerAt(at, static_cast<std::uint32_t>(random())).Serialize());
 }
 
-// What the library makes of it: anything that bytes can bring into a group.
+// A group that the library reads from a random message, with anything that bytes can bring into it.
 inline FiltersGroup randomGroup(std::mt19937& random) {
   const int stage = static_cast<int>(random() % kTypesOfStage.size());
   const int type = static_cast<int>(random() % kMatchesOfType.size());

@@ -1,4 +1,4 @@
-// The JSON form: what is written is read back, and nothing else is taken.
+// Tests the JSON form: groups that are written can be read back, and other input is refused.
 
 #include "../sentences.h"
 #include "form_samples.h"
@@ -9,7 +9,7 @@ using namespace catalogue;
 using FiltersInspect::groupsFromJson;
 using FiltersInspect::toJson;
 
-// The schema is held against what is left in the file.
+// Another test checks the file that this one leaves against the schema.
 TEST(Json, ReadsWhatItWrote) {
   std::mt19937 random(2);
   Groups all;
@@ -36,7 +36,8 @@ std::string withMatch(const std::string& match) {
   return withEntry("\n\"matches\": {" + match + '}');
 }
 
-// Other ways to write the same: in any order, with names and descriptions, or none.
+// Tests other ways to write the same group: keys in any order, with or without names and
+// descriptions.
 TEST(Json, ReadsWhatPeopleWrite) {
   const std::string bytes = toHex(policerAt(policer::Stage::None).Serialize());
   const std::pair<std::string, std::string> same[] = {

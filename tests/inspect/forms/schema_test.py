@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds JSON files to the schema that is published for them: schema_test.py SCHEMA FILE..."""
+"""Checks JSON files against their published schema: schema_test.py SCHEMA FILE..."""
 
 import json
 import sys

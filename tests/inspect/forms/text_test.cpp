@@ -1,4 +1,4 @@
-// The text form: what is written is read back, and nothing else is taken.
+// Tests the text form: groups that are written can be read back, and other input is refused.
 
 #include "../sentences.h"
 #include "form_samples.h"
@@ -9,7 +9,7 @@ using namespace catalogue;
 using FiltersInspect::groupsFromText;
 using FiltersInspect::toText;
 
-// Values that no setter makes among them; every code that some group admits.
+// The groups have every code that some group admits, and values that no setter accepts.
 TEST(Text, ReadsWhatItWrote) {
   std::mt19937 random(1);
   CodeSet matches, actions;
@@ -39,7 +39,7 @@ template <class T>
 class TextOfEachClass : public testing::Test {};
 TYPED_TEST_SUITE(TextOfEachClass, EveryClass);
 
-// Each sample as the one part of an entry, without the comment behind it.
+// Tests each sample as the only part of an entry, without the comment behind it.
 TYPED_TEST(TextOfEachClass, IsThatOfItsRow) {
   std::istringstream words(rowOf<TypeParam>().text);
   std::string name, value;
@@ -70,7 +70,7 @@ TEST(Text, SaysWhatPolicersDo) {
 
 const std::string kHead = "filter-groups 1\n";
 
-// Other ways to write the same.
+// Tests other ways to write the same group.
 TEST(Text, ReadsWhatPeopleWrite) {
   const std::string group = "group 1 priority=2 stage=none type=4\n";
   const std::pair<const char*, const char*> same[] = {
@@ -98,7 +98,8 @@ TEST(Text, ReadsWhatPeopleWrite) {
   }
 }
 
-// What is found where, in the line behind the head of a group of type 4 unless it has its own.
+// Each row has lines of text and the expected findings. If the lines do not begin with a group, a
+// group of type 4 stands before them.
 TEST(Text, RefusesAllElse) {
   const std::pair<const char*, const char*> refused[] = {
       {"entry", "3:6 text-syntax"},
@@ -159,7 +160,7 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police ff", "3:1 policer-rewritten"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
-      // A fault hides none of others, but where nobody knows what the group refuses.
+      // A fault does not hide other faults, unless the group's stage or type cannot be read.
       {"entry 1 priority=0 if vrf_id=1\nentry 1 priority=0 if tos=256\nrule 4\n"
        "entry 4 priority=0 if vrf_id=1 nothing\nentry 5 priority=0 if vrf_id=1",
        "4:27 text-value 5:1 text-syntax 6:32 text-syntax "
@@ -195,7 +196,7 @@ TEST(Text, RefusesAllElse) {
   said.expectGolden("sentences_text.txt");
 }
 
-// What is only worth a note is no fault, however often it stands there.
+// Notes are not faults, however many there are.
 TEST(Text, TakesWhatIsUnusual) {
   std::string text = kHead + "group 1 priority=0 stage=none type=none\n";
   for (int id = 1100; id > 0; --id) {
@@ -205,7 +206,7 @@ TEST(Text, TakesWhatIsUnusual) {
   EXPECT_EQ(groupsFromText(text).groups.size(), 1u);
 }
 
-// However many faults there are, a thousand are told.
+// The report has at most a thousand faults and counts the others.
 TEST(Text, CountsWhatItDoesNotTell) {
   std::string text = kHead;
   for (int i = 0; i < 1500; ++i) text += "rule\n";
