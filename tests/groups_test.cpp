@@ -143,8 +143,8 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
 // The check and the public table must agree with the table in rules.h. Every code must be in some
-// row, except the codes in `nowhere`. The first row is that of none, which says nothing about single
-// codes.
+// row, except the codes in `nowhere`. The first row is that of none, which says nothing about
+// single codes.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,
