@@ -178,9 +178,9 @@ def off(figures):
 
 def renew(figures):
     with open(HELD, "w") as file:
-        file.write("# What scripts/bench --gate holds, taken by scripts/bench --renew on Debian 12 "
+        file.write("# The figures of scripts/bench --gate, measured by scripts/bench --renew on Debian 12 "
                    "for x86-64:\n# g++ 12.2, protocol buffers 3.21.12. Names that end in a number "
-                   "of rules are\n# instructions a rule, those of a change in all.\n")
+                   "of rules are\n# instructions for each rule; those of `change` are for one rule.\n")
         for name in sorted(filter(is_held, figures)):
             file.write(f"{name} {figures[name]:.6g}\n")
 

@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_ACTIONS_H_
 #define FILTER_COMMON_FILTER_ACTIONS_H_
 
-// What the device does with a packet that a rule matches: one class for each treatment. An action
-// is a value: its constructor makes it, its getters read it, == compares it, << prints it, and it
-// can be written to and read from an ActionPB message. An entry keeps copies and never takes the
-// caller's object. For example:
+// The actions of a filter rule, which the device applies to matching packets, one class each. An
+// action is a value: its constructor makes it, its getters read it, == compares it, << prints it,
+// and it can be written to and read from an ActionPB message. An entry keeps copies and never takes
+// the caller's object. For example:
 //
 //     const ActionSetDSCP expedited(46);
 //     const Action& any = expedited;

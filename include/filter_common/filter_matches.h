@@ -201,7 +201,7 @@ class FILTERS_API MatchDrop : public Match {
   bool drop_;
 };
 
-// What the forwarding tables resolved the packet to.
+// The packet's resolution by the forwarding tables, for example a known unicast destination.
 class FILTERS_API MatchPacketRes : public Match {
  public:
   explicit MatchPacketRes(en_Resolution res) : Match(FILTERS_MATCH_PACKET_RES), res_(res) {}

@@ -155,7 +155,8 @@ FILTERS_ENUM(filtersAction_t, uint32_t){
     FILTERS_ACTION_L2_TO_CPU_DROP = 19,
 } filtersAction_t;
 
-// What a counter counts; the colours are the policer's verdicts (RFC 2697, RFC 2698).
+// The packets or octets that a counter counts. A policer gives each packet its colour (RFC 2697,
+// RFC 2698).
 FILTERS_ENUM(counter_type_t, int32_t){
     FILTERS_COUNTER_TYPE_INVALID = 0,
     FILTERS_COUNTER_TYPE_PACKETS = 1,
@@ -168,7 +169,7 @@ FILTERS_ENUM(counter_type_t, int32_t){
     FILTERS_COUNTER_TYPE_NOT_GREEN_OCTETS = 8,
 } counter_type_t;
 
-// Which earlier decision ActionCopyToCpuCancel takes back.
+// The earlier decision that ActionCopyToCpuCancel cancels.
 FILTERS_ENUM(cp2cpuCancelParam_t, uint32_t){
     COPY_TO_CPU_CANCEL = 0,
     SWITCH_TO_CPU_CANCEL = 1,
@@ -181,13 +182,13 @@ FILTERS_ENUM(l2SrcEntryType_t, uint32_t){
     FILTERS_L2_SRC_ENTRY_STATIC = 2,
 } l2SrcEntryType_t;
 
-// Whether a frame carries an IEEE 802.1Q tag. Every value but 0 means tagged.
+// A frame with or without an IEEE 802.1Q tag. Every value but 0 means tagged.
 FILTERS_ENUM(vlan_tagging_t, uint32_t){
     FILTERS_VLAN_UNTAGGED = 0,
     FILTERS_VLAN_TAGGED = 1,
 } vlan_tagging_t;
 
-// What the forwarding tables resolved the packet to.
+// The packet's resolution by the forwarding tables.
 FILTERS_ENUM(en_Resolution, uint32_t){
     FILTERS_RESOLUTION_UNKNOWN = 0,
     FILTERS_RESOLUTION_CONTROL = 1,
