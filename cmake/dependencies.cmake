@@ -1,5 +1,5 @@
-# What comes from elsewhere: the message runtime, the device's two libraries, libraries of headers
-# alone and GoogleTest.
+# The dependencies: the message runtime, the device's two libraries, header-only libraries and
+# GoogleTest.
 
 # --- The message runtime, protobuf::libprotobuf, and its compiler, ${protoc} ---------------------
 
@@ -10,8 +10,8 @@ if(NOT "${Protobuf_VERSION}" VERSION_GREATER_EQUAL 3.6.0)
 endif()
 message(STATUS "Protocol buffers ${Protobuf_VERSION}")
 
-# The compiler is the build machine's: the runtime of another machine may bring one along that does
-# not run here.
+# The compiler is that of the build machine: the runtime of another machine may include a compiler
+# that does not run here.
 set(protoc protobuf::protoc)
 if(CMAKE_CROSSCOMPILING)
   find_program(Protobuf_PROTOC_EXECUTABLE protoc REQUIRED)
@@ -39,19 +39,20 @@ endif()
 
 # --- Libraries of headers alone ------------------------------------------------------------------
 
-# They are the same for every machine, so that those of the build machine serve where the target
-# has none.
+# Header-only libraries are the same for every machine, so those of the build machine are used if
+# the target machine has none.
 #
-# Finds a package that offers a target whose headers stand in a folder, and says who needs it and
-# how to do without: filter_common_find_headers(<package> <release> <target> <folder> <who> <option>)
+# Finds a package with a target whose headers are in a folder. If it is missing, an error says which
+# part (<who>) needs it and which option builds without that part:
+#   filter_common_find_headers(<package> <release> <target> <folder> <who> <option>)
 function(filter_common_find_headers package release target folder who option)
   find_package(${package} ${release} QUIET GLOBAL CMAKE_FIND_ROOT_PATH_BOTH)
   if(NOT ${package}_FOUND)
     message(FATAL_ERROR "${who} needs ${package}, ${release} or later: run scripts/setup, or build "
                         "without it, with -D${option}=OFF")
   endif()
-  # The folder that holds them may be the build machine's /usr/include, which is no place to look
-  # for anything else: they are reached through a link of their own.
+  # The headers may be in the build machine's /usr/include, whose other headers must not be found.
+  # So a link to their folder is used.
   if(CMAKE_CROSSCOMPILING)
     get_target_property(found ${target} INTERFACE_INCLUDE_DIRECTORIES)
     list(GET found 0 found)
@@ -67,8 +68,8 @@ endfunction()
 set(FILTER_COMMON_GOOGLETEST_SOURCE "" CACHE PATH
     "Folder of GoogleTest's sources, to build it instead of looking for it")
 
-# GTest::gmock and GTest::gtest_main, for this folder and those below: from the system, or for a
-# target that has no package of them built from the sources that Debian's package googletest
+# Provides GTest::gmock and GTest::gtest_main for this folder and those below, from the system. If
+# the target has no package, they are built from the sources that Debian's package googletest
 # installs.
 macro(filter_common_find_googletest)
   if(NOT FILTER_COMMON_GOOGLETEST_SOURCE)

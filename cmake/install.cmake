@@ -1,11 +1,11 @@
-# What is installed, and as what others find it: find_package(filter_common 1), or
-# `pkg-config filter_common`, both with a part of its own for messages. Every path is found from
-# where these files lie, so the installed tree may be moved.
+# Installs the library, so that others find it by find_package(filter_common 1) or by
+# `pkg-config filter_common`; both have a separate part for messages. All paths are relative to the
+# installed files, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(shipped_libraries filter_common)
 if(FILTER_COMMON_PLATFORM STREQUAL "standin")
-  # The stand-ins come with the library, under the names that the device's packages give.
+  # The stand-ins are installed with the library, with the target names of the device's packages.
   list(APPEND shipped_libraries limid policer)
   set_target_properties(limid PROPERTIES EXPORT_NAME limid::limid)
   set_target_properties(policer PROPERTIES EXPORT_NAME policer::policer)
@@ -29,17 +29,17 @@ if(TARGET filter-inspect)
   endif()
 endif()
 
-# The installed tree can be moved, and the files below count folders from its root.
+# The installed tree can be moved, so the files below use paths relative to its root.
 foreach(folder BINDIR LIBDIR INCLUDEDIR DATADIR)
   if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
     message(FATAL_ERROR "CMAKE_INSTALL_${folder} is '${CMAKE_INSTALL_${folder}}'; it must be relative")
   endif()
 endforeach()
 
-# Installs everything, what is needed to run and to develop as one component each:
-# filter_common_<prefix>runtime and filter_common_<prefix>development, and the same for the second
-# library, filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development.
-# Libraries go to libdir, what is read to docdir; further arguments to every install().
+# Installs everything as components: filter_common_<prefix>runtime has the files to run programs,
+# and filter_common_<prefix>development those to build them. The components of the second library
+# are filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development. Libraries
+# go to libdir and documents to docdir. Further arguments are passed to every install().
 function(filter_common_install libdir docdir prefix)
   set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
   set(development COMPONENT filter_common_${prefix}development ${ARGN})

@@ -1,7 +1,7 @@
-# The message classes generated from protobuf/, as filter_common_messages: objects that the library
-# takes in and exports. A process that holds them twice aborts while it is loaded, so nothing else
-# compiles them: others link filter_common::messages, which is the library and what its message
-# headers need, filter_common_message_headers.
+# The message classes that are generated from protobuf/: filter_common_messages has their object
+# files, which become part of the library and are exported. A process that has them twice aborts
+# while it is loaded, so no other target may compile them. Others link filter_common::messages: the
+# library and filter_common_message_headers, which its message headers need.
 
 set(generated_dir ${PROJECT_BINARY_DIR}/generated)
 set(output_dir ${generated_dir}/filter_common)
@@ -13,8 +13,8 @@ list(TRANSFORM schema_names PREPEND ${schema_dir}/ OUTPUT_VARIABLE schema_files)
 list(TRANSFORM schemas REPLACE "(.+)" "${output_dir}/\\1.pb.cc" OUTPUT_VARIABLE message_sources)
 list(TRANSFORM schemas REPLACE "(.+)" "${output_dir}/\\1.pb.h" OUTPUT_VARIABLE message_headers)
 
-# The schemas are given by plain names, because that is how they import each other and how their
-# descriptors are registered.
+# The schemas are given without folders, because they import each other and register their
+# descriptors by these names.
 file(MAKE_DIRECTORY ${output_dir})
 add_custom_command(
   OUTPUT ${message_sources} ${message_headers}
@@ -23,7 +23,7 @@ add_custom_command(
   COMMENT "Generating message classes"
   VERBATIM)
 
-# Generated code is not held to our warnings, wherever it is included.
+# Our warnings are off for generated code, wherever it is included.
 add_library(filter_common_message_headers INTERFACE)
 target_include_directories(filter_common_message_headers SYSTEM INTERFACE ${generated_dir})
 target_link_libraries(filter_common_message_headers INTERFACE protobuf::libprotobuf)
@@ -33,7 +33,8 @@ target_link_libraries(
   filter_common_messages
   PUBLIC filter_common_message_headers
   PRIVATE filter_common_shipped)
-# Parsing and writing are mostly generated code: it stays fast where the rest is made small.
+# Parsing and writing are mostly generated code, so it is optimised for speed even if the rest is
+# optimised for size.
 target_compile_options(filter_common_messages PRIVATE -w $<$<CONFIG:MinSizeRel>:-O2>)
 set_target_properties(
   filter_common_messages

@@ -1,19 +1,19 @@
-# Debian packages, made by `cpack` in the build folder: libfilter-common1 with what programs need to
-# run, named after the soname, and libfilter-common-dev with what is needed to build them; where the
-# second library is built, libfilter-inspect1 and libfilter-inspect-dev beside them, and
-# filter-inspect with the program.
+# Debian packages, which `cpack` makes in the build folder. libfilter-common1 (named after the
+# soname) has the files to run programs, and libfilter-common-dev those to build them. If the second
+# library is built, there are also libfilter-inspect1 and libfilter-inspect-dev, and filter-inspect
+# with the program.
 #
-# The stand-ins, where they are used, go into the same two packages: such packages are for
-# development machines, all three sonames change together, and packages of their own would carry
-# the names that belong to the device's libraries. With FILTER_COMMON_PLATFORM=device there are no
-# stand-ins, and libfilter-common1 depends on the packages that the device's libraries come from.
+# A build with the stand-ins puts them into the first two packages. Such packages are for
+# development machines, and all three sonames change together. Separate packages would need the
+# names of the device's libraries. With FILTER_COMMON_PLATFORM=device there are no stand-ins, and
+# libfilter-common1 depends on the packages of the device's libraries.
 
-# Debian's folder for libraries, whatever `cmake --install` uses.
+# Packages use Debian's folder for libraries, even if `cmake --install` uses another one.
 if(NOT CMAKE_LIBRARY_ARCHITECTURE)
   return()
 endif()
 
-# The components that are packed, and the package of each.
+# The packed components, and the package of each.
 set(kinds runtime development)
 set(runtime_package libfilter-common${PROJECT_VERSION_MAJOR})
 set(development_package libfilter-common-dev)
@@ -31,12 +31,12 @@ filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
 
-# The packages must name somebody, and only who makes them knows whom. Until then it is the
-# administrator of the machine that they are installed on, by the address that every machine has.
+# A package must name a maintainer, whom only its packager knows. The default is the administrator
+# of the machine on which it is installed, by the address that every machine has.
 set(FILTER_COMMON_CONTACT "nobody named by the packager <root@localhost>" CACHE STRING
     "Who answers for the packages, and takes reports of faults: Name <address>")
 
-# Debian's own changelog counts the packagings of a version, the project's says what changed.
+# Debian's changelog counts the packagings of a version; the project's changelog lists the changes.
 configure_file(packaging/debian/changelog.in packaging/changelog @ONLY)
 set(changelog_sources ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_BINARY_DIR}/packaging/changelog)
 set(changelogs changelog.gz changelog.Debian.gz)
@@ -68,11 +68,11 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SOURCE filter-common)
-# CPack knows no Multi-Arch, but writes what it is given.
+# CPack has no variable for Multi-Arch, but it writes the text of other fields unchanged.
 set(CPACK_DEBIAN_PACKAGE_PRIORITY "optional\nMulti-Arch: same")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# Where dpkg-shlibdeps finds what the second library needs of the first, whose package it is told.
+# The folder in which dpkg-shlibdeps finds the first library, which the second one needs.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
     ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/src/inspect ${PROJECT_BINARY_DIR}/platform/limid
     ${PROJECT_BINARY_DIR}/platform/policer)
@@ -87,12 +87,12 @@ function(describe_package kind section summary about)
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
   endif()
   if(section STREQUAL "libs")
-    # CPack adds scripts that say the same.
+    # CPack adds scripts that do the same.
     set(${fields}_PACKAGE_CONTROL_EXTRA
         ${PROJECT_SOURCE_DIR}/packaging/debian/triggers PARENT_SCOPE)
   endif()
   cmake_parse_arguments(PARSE_ARGV 4 extra "" "RECOMMENDS" "DEPENDS")
-  # All packages of a build go together.
+  # All packages of a build depend on the same version.
   list(TRANSFORM extra_DEPENDS APPEND " (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
   list(JOIN extra_DEPENDS ", " depends)
   set(${fields}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
@@ -103,7 +103,7 @@ set(about "Rules of packet filters (matches, actions, policers, counters) for th
 plane of switches and routers, and their way between processes as bytes.")
 describe_package(
   runtime libs "data model of packet-filter rules, shared library" "${about}")
-# Most programs include no message header; apt brings what those that do need, unless told not to.
+# Most programs include no message header. For those that do, apt installs the recommended package.
 describe_package(
   development libdevel "data model of packet-filter rules, development files" "${about}"
   DEPENDS ${runtime_package}
@@ -125,7 +125,7 @@ other, and says what stages and types of groups admit.")
   describe_package(
     tool utils "look into groups of packet-filter rules" "${about}"
     DEPENDS ${inspect_runtime_package} ${runtime_package})
-  # One for programs of any architecture.
+  # One package serves programs of any architecture.
   set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_TOOL_PACKAGE_PRIORITY "optional\nMulti-Arch: foreign")
 endif()
 

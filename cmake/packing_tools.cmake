@@ -1,4 +1,5 @@
-# Read by CPack before it packs: without these tools it would make packages that depend on nothing.
+# CPack reads this file before it packs: without these tools it would make packages without
+# dependencies.
 cmake_minimum_required(VERSION 3.25)
 
 foreach(tool dpkg-shlibdeps file)

@@ -1,13 +1,13 @@
 # 32-bit big-endian PowerPC Linux, with Debian's cross compiler; programs of the build run under the
 # user-mode emulator. docs/porting.md says how to use it with the sysroot of a device.
 #
-#   CMAKE_SYSROOT         the device's root, if it is not the cross compiler's own
-#   CMAKE_FIND_ROOT_PATH  further folders that hold libraries of the target
+#   CMAKE_SYSROOT         the root folder of the device; the default is the cross compiler's own
+#   CMAKE_FIND_ROOT_PATH  further folders with libraries of the target
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR ppc)
 
-# Another compiler may be given from outside.
+# A command line may name another compiler.
 if(NOT DEFINED CMAKE_C_COMPILER)
   set(CMAKE_C_COMPILER powerpc-linux-gnu-gcc)
 endif()
@@ -22,7 +22,7 @@ endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR "qemu-ppc;-L;${powerpc_root}"
     CACHE STRING "What runs programs of the target on the build machine")
 
-# Programs, protoc among them, are the build machine's; all else is the target's.
+# Programs such as protoc are those of the build machine; everything else is that of the target.
 list(APPEND CMAKE_FIND_ROOT_PATH ${powerpc_root})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -1,11 +1,10 @@
-# Not built where this library is developed: there is no Yocto there. It is written as recipes of
-# the releases 4.2 to 5.0 are, for integrators to start from; protobuf and googletest come from
-# meta-oe. docs/porting.md says what to fill in.
+# A recipe for integrators to start from, in the form of the releases 4.2 to 5.0. This project does
+# not build it. protobuf and googletest come from meta-oe. docs/porting.md says what to fill in.
 SUMMARY = "Data model of packet-filter rules"
 DESCRIPTION = "Rules of packet filters (matches, actions, policers, counters) for the control plane \
 of switches and routers, and their way between processes as bytes."
 SECTION = "libs"
-# No licence has been granted yet, and the project's owner decides: put in what was agreed.
+# No licence has been granted yet; the project's owner will decide. Write the agreed licence here.
 LICENSE = "CLOSED"
 
 SRC_URI = "git://REPOSITORY;protocol=https;branch=main \
@@ -18,9 +17,8 @@ DEPENDS = "protobuf protobuf-native"
 
 inherit cmake pkgconfig ptest
 
-# The device's own libraries are the default. Without `device` the stand-ins are built and installed
-# in their place, which is what the tests need: an image for ptest has
-# PACKAGECONFIG:remove = "device".
+# The default is the device's own libraries. Without `device` the stand-ins are built and installed
+# instead. The tests need the stand-ins, so an image for ptest has PACKAGECONFIG:remove = "device".
 PACKAGECONFIG ??= "device"
 PACKAGECONFIG[device] = "-DFILTER_COMMON_PLATFORM=device,-DFILTER_COMMON_PLATFORM=standin,limid policer"
 TESTED = "${@bb.utils.contains('PTEST_ENABLED', '1', bb.utils.contains('PACKAGECONFIG', 'device', '', '1', d), '', d)}"
@@ -29,7 +27,7 @@ DEPENDS:append = "${@' googletest' if d.getVar('TESTED') else ''}"
 EXTRA_OECMAKE = "-DFILTER_COMMON_BUILD_INSPECT=OFF \
     -DBUILD_TESTING=${@'ON' if d.getVar('TESTED') else 'OFF'} -DCMAKE_SKIP_RPATH=ON"
 
-# Left out are the tests that read files of the source or build folder.
+# Tests that read files of the source or build folder are left out.
 do_install_ptest() {
     [ -n "${TESTED}" ] || return 0
     for program in ${B}/tests/*_test; do
