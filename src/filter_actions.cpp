@@ -170,8 +170,8 @@ void ActionReplaceSrcMac::convertFromActionPB(const ActionPB* message) {
 
 // --- Single values -------------------------------------------------------------------------------
 
-// The classes with a single value: class, member, message field. Reading cuts a number to the width
-// of the member.
+// The map of the wire for classes with a single value: class, member, message field. Reading cuts a
+// number to the width of the member.
 #define FILTERS_SINGLE(Class, member, field)                  \
   void Class::convertToActionPB(ActionPB* message) const {    \
     Action::convertToActionPB(message);                       \

@@ -278,8 +278,8 @@ bool MatchDstL4PortRange::operator==(const MatchDstL4PortRange& other) const {
 
 // --- Single values -------------------------------------------------------------------------------
 
-// The classes with a single value: class, member, message field. Reading cuts a number to the width
-// of the member.
+// The map of the wire for classes with a single value: class, member, message field. Reading cuts a
+// number to the width of the member.
 #define FILTERS_SINGLE(Class, member, field)                  \
   void Class::convertToMatchPB(MatchPB* message) const {      \
     Match::convertToMatchPB(message);                         \
