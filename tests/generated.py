@@ -1,9 +1,9 @@
 """Compares a file with the output of the program that makes it, or makes the file anew.
 
-    generated.py [--renew] FILE COMMAND...
+    generated.py [--renew] whole|part FILE COMMAND...
 
-The output of the command is the whole file, or the part between the lines "begin generated" and
-"end generated" if the file has them.
+The output of the command is the whole file, or the part of it between the lines "begin generated"
+and "end generated".
 """
 
 import difflib
@@ -12,19 +12,23 @@ import sys
 
 
 def merged(old, made):
-    """The lines of the file with those that the command made."""
+    """The lines of the file, with those that the command made between the marks."""
     begin = [at for at, line in enumerate(old) if "begin generated" in line]
     end = [at for at, line in enumerate(old) if "end generated" in line]
-    return old[: begin[0] + 1] + made + old[end[0] :] if begin else made
+    if len(begin) != 1 or len(end) != 1:
+        sys.exit("The file must have one line with \"begin generated\" and one with \"end generated\".")
+    return old[: begin[0] + 1] + made + old[end[0] :]
 
 
 def main():
     renew = sys.argv[1] == "--renew"
-    name, *command = sys.argv[1 + renew :]
+    extent, name, *command = sys.argv[1 + renew :]
     made = subprocess.run(command, stdout=subprocess.PIPE, check=True, encoding="utf-8").stdout
     with open(name, encoding="utf-8") as file:
         old = file.read().splitlines(keepends=True)
-    new = merged(old, made.splitlines(keepends=True))
+    new = made.splitlines(keepends=True)
+    if extent == "part":
+        new = merged(old, new)
     if new == old:
         return 0
     if renew:

@@ -112,7 +112,7 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   FiltersGroupPB part;
   part.set_id_(8);
   part.set_priority_(5);
-  part.set_stage_(2);
+  part.set_stage_(kIngress);
   part.set_type_(3);
   *part.add_entries_() = messageOf(entryOf(
       {FILTERS_MATCH_IP_PROTOCOL}, {FILTERS_ACTION_COPY_TO_CPU}, policer::Stage::Ingress, 2));
@@ -168,7 +168,7 @@ void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
 TEST(GroupValidation, AdmitsMatchesByType) {
   expectTable(kMatchesOfType, kMatchCodes, {FILTERS_MATCH_SRC_IPV6}, FILTERS_ERR_MATCH_NOT_ALLOWED,
               FiltersGroup::TypeDescription_, [](Type type, unsigned code) {
-                return kAnyGroup.groupMatchValidation(entryOf({0, code}), type);
+                return kAnyGroup.groupMatchValidation(entryOf({FILTERS_MATCH_ALL, code}), type);
               });
 }
 

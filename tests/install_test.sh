@@ -17,7 +17,7 @@ mv "$prefix-first" "$prefix"
   include/filter_common/filter_{matches,actions,counter,entries,groups}.pb.h)
 if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
   (cd "$prefix" && ls include/filter_inspect/findings.def \
-    include/filter_inspect/filter_{names,report,explain,decode,inspect_c}.h)
+    include/filter_inspect/filter_{analysis,decode,diff,explain,head,inspect_c,names,report,text}.h)
 fi
 if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   (cd "$prefix" && ls bin/filter-inspect share/man/man1/filter-inspect.1 \

@@ -6,18 +6,26 @@
 //
 // Handles. A new... function returns an action object as void*, never null. The caller owns it
 // until deleteAction(). In C the handle can be passed wherever an Action* is expected; in C++ it
-// must be cast with static_cast. Classes. A getter trusts that the handle is of the class that it
-// reads. These cause undefined behaviour: an action of another class, a null handle, and a null
-// array whose count is not 0. actionGetType() returns the code of any handle but null. Assertions.
-// deleteAction() and actionGetType() stop the process on a null handle with the C library's
-// assertion message, in every kind of build. Exceptions. The new... functions may throw
-// std::bad_alloc, and newActionMplsPortSet() throws std::invalid_argument on interfaces of the
-// wrong kind. The exception passes through C callers if they are compiled with -fexceptions. If no
-// C++ caller above them catches it, the process ends. Nothing is leaked. Threads. Any number of
-// threads may read an action at once. A thread that deletes it, or fills it anew from an entry,
-// must be the only one to use it. Gaps, all deliberate: no function makes an ActionSetInnerPcp,
-// ActionBlackHole or ActionL2ToCpuDrop. No getter reads ports, MAC addresses, the CPU queue or MPLS
-// interfaces. No function compares, prints or serializes.
+// must be cast with static_cast.
+//
+// Classes. A getter trusts that the handle is of the class that it reads. These cause undefined
+// behaviour: an action of another class, a null handle, and a null array whose count is not 0.
+// actionGetType() returns the code of any handle but null.
+//
+// Assertions. deleteAction() and actionGetType() stop the process on a null handle with the C
+// library's assertion message, in every kind of build.
+//
+// Exceptions. The new... functions may throw std::bad_alloc, and newActionMplsPortSet() throws
+// std::invalid_argument on interfaces of the wrong kind. The exception passes through C callers if
+// they are compiled with -fexceptions. If no C++ caller above them catches it, the process ends.
+// Nothing is leaked.
+//
+// Threads. Any number of threads may read an action at once. A thread that deletes it, or fills it
+// anew from an entry, must be the only one to use it.
+//
+// Gaps, all deliberate: no function makes an ActionSetInnerPcp, ActionBlackHole or
+// ActionL2ToCpuDrop. No getter reads ports, MAC addresses, the CPU queue or MPLS interfaces. No
+// function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 

@@ -8,17 +8,22 @@
 // it until deleteFiltersEntry(). The functions copy matches and actions that are passed in
 // (filter_matches_c.h, filter_actions_c.h) and never take them. They trust the type code of a match
 // or action to say its class.
+//
 // Assertions. A null handle stops the process with the C library's assertion message, in every kind
-// of build. The functions that get and set matches and actions return
-// FILTERS_ERR_INVALID_ARGUMENT instead.
+// of build. The functions that get and set matches and actions return FILTERS_ERR_INVALID_ARGUMENT
+// instead.
+//
 // Exceptions. Functions that allocate may throw std::bad_alloc: new..., copy..., Set..., and Get...
 // of a class that holds a list. The exception passes through C callers if they are compiled with
 // -fexceptions. If no C++ caller above them catches it, the process ends. Nothing is leaked or
 // changed.
+//
 // Threads. Any number of threads may read or copy an entry at once. A thread that changes it must
-// be the only one to use it. Gaps, all deliberate: no function sets or reads policers, the parent
-// policer or counters. No function changes the id or lists what an entry holds (ask code by code).
-// No function compares, prints or serializes.
+// be the only one to use it.
+//
+// Gaps, all deliberate: no function sets or reads policers, the parent policer or counters. No
+// function changes the id or lists what an entry holds (ask code by code). No function compares,
+// prints or serializes.
 
 #include <filter_common/filter_types.h>
 

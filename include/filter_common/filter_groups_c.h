@@ -6,16 +6,21 @@
 //
 // Handles. A FiltersGroup* comes from newFiltersGroup(), and the caller owns it until
 // deleteFiltersGroup(). The functions copy entries that are passed in and never take them.
+//
 // Assertions. A null pointer stops the process with the C library's assertion message, in every
 // kind of build, unless a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.
+//
 // Exceptions. Functions that allocate (new..., InsertEntry, GetEntries) may throw std::bad_alloc.
 // The exception passes through C callers if they are compiled with -fexceptions. If no C++ caller
 // above them catches it, the process ends. Nothing is leaked, and arguments are unchanged, except
-// that a failing InsertEntry leaves no entry with that id. Threads. Any number of threads may read
-// a group at once. A thread that changes it must be the only one to use it. Gaps, all deliberate:
-// no function copies, compares, prints or serializes a group, and none runs the checks beforehand.
-// No function returns the group's own entries: to change a rule, change the copy from
-// filtersGroupGetEntries() and insert that copy.
+// that a failing InsertEntry leaves no entry with that id.
+//
+// Threads. Any number of threads may read a group at once. A thread that changes it must be the
+// only one to use it.
+//
+// Gaps, all deliberate: no function copies, compares, prints or serializes a group, and none runs
+// the checks beforehand. No function returns the group's own entries: to change a rule, change the
+// copy from filtersGroupGetEntries() and insert that copy.
 
 #include <filter_common/filter_types.h>
 

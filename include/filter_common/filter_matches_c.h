@@ -8,19 +8,25 @@
 // deleteMatch(). In C the handle can be passed wherever a Match* or another pointer to a match is
 // expected; in C++ it must be cast with static_cast. Arguments given by pointer are copied. A null
 // argument causes undefined behaviour, unless it is an array whose count is 0.
+//
 // Classes. A function trusts that the handle is of the class that it reads. A match of another
 // class causes undefined behaviour. matchGetType() returns the code of any handle but null.
+//
 // Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
 // on a null handle with the C library's assertion message, in every kind of build. The functions of
 // the second group do not check: a null handle causes undefined behaviour.
+//
 // Exceptions. The new... functions may throw std::bad_alloc. The exception passes through C callers
 // if they are compiled with -fexceptions. If no C++ caller above them catches it, the process ends.
 // Nothing is leaked.
+//
 // Threads. Any number of threads may read a match at once. A thread that deletes it, or fills it
-// anew from an entry, must be the only one to use it. Gaps, all deliberate: no function makes a
-// MatchToS, MatchMyStationHit, MatchForwardingType or MatchDestinationCpu. None makes a masked IPv6
-// source, excluded port types, or an empty set or set of more than one VLAN id or PCP. No getter
-// reads lists of ports, VLAN ids, PCPs or VLAN tagging. No function compares, prints or serializes.
+// anew from an entry, must be the only one to use it.
+//
+// Gaps, all deliberate: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
+// MatchDestinationCpu. None makes a masked IPv6 source, excluded port types, or an empty set or set
+// of more than one VLAN id or PCP. No getter reads lists of ports, VLAN ids, PCPs or VLAN tagging.
+// No function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 

@@ -46,10 +46,12 @@ struct DecodedGroup {
   Report report;
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
-// Also appends the entries as they came, in the order of the bytes. Entries that the group refuses
-// or that a later one replaces are among them; entries that cannot be made are not.
-FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
-                                     std::vector<FiltersCommon::FiltersEntry>* entries);
+// As decodeGroup(), and appends the entries as they came, in the order of the bytes. Entries that
+// the group refuses or that a later one replaces are among them; entries that cannot be made are
+// not.
+FILTERS_API DecodedGroup decodeGroupAndEntries(std::string_view bytes,
+                                               std::vector<FiltersCommon::FiltersEntry>* entries,
+                                               const DecodeLimits& limits = {});
 
 // A stage or a type, or both, that replace those of the bytes.
 struct StageTypeInstead {
@@ -59,8 +61,8 @@ struct StageTypeInstead {
 // Decodes the group as if it had come with this stage or type. Every finding is about the bytes as
 // they are. Nothing is said about whether a group may have this stage and type together: ask
 // explainStage() and explainType().
-FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead,
-                                     const DecodeLimits& limits = {});
+FILTERS_API DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& instead,
+                                       const DecodeLimits& limits = {});
 
 struct DecodedEntry {
   std::optional<FiltersCommon::FiltersEntry> entry;

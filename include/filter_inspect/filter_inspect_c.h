@@ -8,14 +8,18 @@
 // Handles. The caller owns a FiltersReport* and frees it by deleteFiltersReport(); the texts and
 // arrays of its findings live until then. The caller also owns groups and entries that are made
 // from bytes, as if made by newFiltersGroup() and newFiltersEntry(). Objects passed in are not
-// changed. Failures. No function stops the process or throws, whatever it is given. A null object,
-// an unknown stage, type or match, and lack of memory give a null report, 0 or false. A null report
-// is not an empty one: an empty report says that there is nothing to say. Texts and arrays.
-// Functions fill a caller's buffer as snprintf() does: they write what fits, end a text with a zero
-// byte, and return the length of the whole without that zero. A null buffer counts as one of size
-// 0; use it to ask for the length. Texts do not depend on the locale. Threads. Any number of
-// threads may read a report, group or entry at a time. A thread that changes or deletes one must be
-// the only one that uses it.
+// changed.
+//
+// Failures. No function stops the process or throws, whatever it is given. A null object, an
+// unknown stage, type or match, and lack of memory give a null report, 0 or false. A null report is
+// not an empty one: an empty report says that there is nothing to say.
+//
+// Texts and arrays. Functions fill a caller's buffer as snprintf() does: they write what fits, end
+// a text with a zero byte, and return the length of the whole without that zero. A null buffer
+// counts as one of size 0; use it to ask for the length. Texts do not depend on the locale.
+//
+// Threads. Any number of threads may read a report, group or entry at a time. A thread that changes
+// or deletes one must be the only one that uses it.
 //
 // Within one major version, functions are only added, and the layout of a finding stays.
 

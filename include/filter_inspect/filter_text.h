@@ -46,7 +46,7 @@ struct EntryColumns {
   // Values as the text form writes them, "192.0.2.0/24"; empty for a match without a value.
   std::vector<std::pair<FiltersCommon::filtersMatch_t, std::string>> matches;
   std::vector<std::string> actions;              // "permit", "set_pcp=5"
-  std::optional<std::uint32_t> policer, parent;  // ids; none if the entry was given none
+  std::optional<std::uint32_t> policer, parent;  // ids; none for the default policer
 };
 FILTERS_API EntryColumns columnsOf(const FiltersCommon::FiltersEntry& entry);
 

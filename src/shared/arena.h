@@ -1,5 +1,5 @@
-#ifndef FILTER_COMMON_SRC_ARENA_H_
-#define FILTER_COMMON_SRC_ARENA_H_
+#ifndef FILTER_COMMON_SRC_SHARED_ARENA_H_
+#define FILTER_COMMON_SRC_SHARED_ARENA_H_
 
 // The arena on which messages are read and written.
 
@@ -40,4 +40,4 @@ class MessageArena {
 
 }  // namespace FiltersCommon
 
-#endif  // FILTER_COMMON_SRC_ARENA_H_
+#endif  // FILTER_COMMON_SRC_SHARED_ARENA_H_

@@ -3,6 +3,8 @@
 
 // Compares the sentences of findings with files, to the letter.
 
+#include <gtest/gtest.h>
+
 #include <filter_inspect/filter_report.h>
 
 #include <fstream>

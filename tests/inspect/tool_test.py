@@ -841,6 +841,13 @@ def try_completion():
         expect(f"completion of {line}", done.stdout.decode().strip() == expected, done.stdout)
 
 
+def try_names():
+    """Every name and number of the kept list is still printed, in the same order."""
+    printed = iter(inspect("names").stdout.decode().splitlines())
+    gone = [line for line in source("tests/golden/names.txt").splitlines() if line not in printed]
+    expect("names and their numbers stay", not gone, gone)
+
+
 def try_start():
     """The best of some starts: others may keep the machine busy. Emulators and sanitizers take
     their own time."""
@@ -859,6 +866,7 @@ def main():
         os.chdir(folder)
         prepare()
         try_table()
+        try_names()
         try_documents()
         try_places()
         try_forms()

@@ -63,7 +63,7 @@ class Checker {
   // The same for a group of the other stage or type.
   Report checkInstead(const std::string& bytes, const DecodeLimits& limits,
                       std::size_t* entries) const {
-    DecodedGroup decoded = decodeGroup(bytes, instead_, limits);
+    DecodedGroup decoded = decodeGroupAs(bytes, instead_, limits);
     LimitedReport all(limits.max_findings);
     if (decoded.group) {
       all.append(explainHead(*decoded.group));

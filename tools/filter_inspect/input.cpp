@@ -185,9 +185,9 @@ class Reader {
     const std::string_view bytes =
         std::string_view(input_.content).substr(range.offset, range.length);
     std::vector<FiltersEntry> entries;
-    FiltersInspect::DecodedGroup decoded = FiltersInspect::decodeGroup(
-        bytes, {options_.max_findings, options_.max_bytes, wanted_.least},
-        wanted_.entries ? &entries : nullptr);
+    FiltersInspect::DecodedGroup decoded = FiltersInspect::decodeGroupAndEntries(
+        bytes, wanted_.entries ? &entries : nullptr,
+        {options_.max_findings, options_.max_bytes, wanted_.least});
     InputGroup& group = add({});
     group.is_broken = !decoded.group || breaks(decoded.report, bytes);
     group.group = std::move(decoded.group);

@@ -104,7 +104,7 @@ class Reader {
 
   // Returns nothing if the match does not constrain the field after all.
   std::optional<Asked> read() {
-    switch (packet_.kind) {
+    switch (packet_.test) {
       case FieldTest::kNone:
         return std::nullopt;
       case FieldTest::kFlag:
@@ -191,7 +191,7 @@ class Reader {
   bool readSet() {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
     // A match that excludes kinds of port has no ports.
-    const bool leavesOut = row_.packet[1].kind == FieldTest::kNotIn;
+    const bool leavesOut = row_.packet[1].test == FieldTest::kNotIn;
     if (set.empty() && leavesOut && countIn(match_, row_.fields[1]) != 0) return false;
     if (set.empty()) openToAnything("its set is empty");
     for (std::uint64_t number : set) {

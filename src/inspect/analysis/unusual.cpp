@@ -205,20 +205,20 @@ class Oddities {
 
   // The device decides what the match takes.
   bool addOpen(const MatchPB& match, const MatchForm& row) {
-    const FieldTest kind = row.packet[0].kind;
-    if (kind != FieldTest::kTernary && kind != FieldTest::kSet && kind != FieldTest::kRange)
+    const FieldTest test = row.packet[0].test;
+    if (test != FieldTest::kTernary && test != FieldTest::kSet && test != FieldTest::kRange)
       return false;
     std::vector<Asked> asked;
     MatchNumbers ignored;
     appendAsked(match, &asked, &ignored);
     if (asked.empty() || asked[0].open == nullptr) return false;
     std::string why = asked[0].open;
-    if (kind == FieldTest::kRange) {
+    if (test == FieldTest::kRange) {
       const auto end = [&](int which) {
         return std::to_string(numberIn(match, row.fields[which]));
       };
       why += "; write " + end(1) + '-' + end(0);
-    } else if (kind == FieldTest::kTernary) {
+    } else if (test == FieldTest::kTernary) {
       why += "; write " + maskedText(row, maskedIn(match, row).value, prefixMask(row.bits)) +
              " for that port, or leave the match out for every port";
     } else {

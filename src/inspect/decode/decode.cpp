@@ -141,11 +141,11 @@ void noteEntry(std::string_view bytes, bool isMade, bool same, DecodeFindings* f
 }  // namespace
 
 DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits) {
-  return decodeGroup(bytes, limits, nullptr);
+  return decodeGroupAndEntries(bytes, nullptr, limits);
 }
 
-DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
-                         std::vector<FiltersEntry>* entries) {
+DecodedGroup decodeGroupAndEntries(std::string_view bytes, std::vector<FiltersEntry>* entries,
+                                   const DecodeLimits& limits) {
   DecodedGroup decoded;
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
@@ -163,8 +163,8 @@ DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits,
   return decoded;
 }
 
-DecodedGroup decodeGroup(std::string_view bytes, const StageTypeInstead& instead,
-                         const DecodeLimits& limits) {
+DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& instead,
+                           const DecodeLimits& limits) {
   DecodedGroup decoded;
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {

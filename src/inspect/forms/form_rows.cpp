@@ -49,8 +49,8 @@ constexpr FormRow mplsPorts(int vpn, int port) {
 }
 
 constexpr PacketField noField() { return {}; }
-constexpr PacketField field(FieldTest kind, Layer layer, const char* usual = nullptr) {
-  return {kind, layer, usual};
+constexpr PacketField field(FieldTest test, Layer layer, const char* usual = nullptr) {
+  return {test, layer, usual};
 }
 
 }  // namespace
@@ -81,7 +81,7 @@ const ActionForm* formOf(filtersAction_t code) {
 
 std::string_view packetFieldName(filtersMatch_t code, std::size_t which) {
   const MatchForm* row = formOf(code);
-  if (row == nullptr || which > 1 || row->packet[which].kind == FieldTest::kNone) return {};
+  if (row == nullptr || which > 1 || row->packet[which].test == FieldTest::kNone) return {};
   const char* own = row->packet[which].name;
   return own == nullptr ? nameOf(code) : own;
 }

@@ -88,7 +88,7 @@ constexpr bool isInEveryPacket(Layer layer) {
 }
 
 struct PacketField {
-  FieldTest kind = FieldTest::kNone;
+  FieldTest test = FieldTest::kNone;
   Layer layer = Layer::kSome;
   const char* usual = nullptr;  // values to show, separated by blanks, the best first
   const char* name = nullptr;   // null: the name of the match

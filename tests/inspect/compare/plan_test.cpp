@@ -372,12 +372,12 @@ TEST(Plan, SaysWhyThereIsNone) {
   expectWhy(groupOf(kNoStage, 0), groupOf(kUnknown, 3), Code::kStageUnknown);
   expectWhy(groupOf(kUnknown, kUnknown), groupOf(kNoStage, 3),
             Code::kTypeNotAdmitted);  // no setter leads away
-  expectWhy(made({{0, 3}, {}}), made({{0, 3}, {{7, {{FILTERS_MATCH_VRF_ID}, {}}}}}),
+  expectWhy(made({{kNoStage, 3}, {}}), made({{kNoStage, 3}, {{7, {{FILTERS_MATCH_VRF_ID}, {}}}}}),
             Code::kMatchNotAdmitted);
 }
 
 TEST(Apply, StopsAtTheFirstRefusal) {
-  const FiltersGroup to = made({{2, 3}, {{7, {{FILTERS_MATCH_TTL}, {}}}}});
+  const FiltersGroup to = made({{kIngress, 3}, {{7, {{FILTERS_MATCH_TTL}, {}}}}});
   const auto applied = [&](const std::vector<Step>& steps, std::size_t held) {
     FiltersGroup group = made({{2, 3}, {}});
     const filtersErr_t result = apply(steps, to, &group);

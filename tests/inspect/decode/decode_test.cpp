@@ -343,6 +343,52 @@ TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   }
 }
 
+// The fields of a head that are written later count.
+TEST(Decode, AsAnotherStageOrType) {
+  const std::string bytes = golden("group.hex");
+  for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
+    for (const filtersGroupType_t type : types) {
+      FiltersGroupPB head;
+      head.set_stage_(static_cast<std::uint32_t>(stage));
+      const FiltersGroup staged(bytes + head.SerializePartialAsString());
+      EXPECT_EQ(*decodeGroupAs(bytes, {stage, {}}).group, staged);
+      head.set_type_(static_cast<std::uint32_t>(type));
+      const FiltersGroup expected(bytes + head.SerializePartialAsString());
+      const auto [group, report] = decodeGroupAs(bytes, {stage, type});
+      EXPECT_EQ(*group, expected);
+      std::size_t refused = 0;
+      for (const Finding& finding : report.findings) {
+        EXPECT_NE(finding.code, Code::kFieldRepeated);
+        EXPECT_LE(finding.bytes->offset + finding.bytes->length, bytes.size());
+        refused += finding.code == Code::kEntryRefused ? 1 : 0;
+      }
+      EXPECT_EQ(group->getEntriesRef().size() + refused,
+                FiltersGroup(bytes).getEntriesRef().size());
+    }
+  }
+  const auto cut =
+      decodeGroupAs(bytes.substr(0, bytes.size() - 1), {filtersGroupStage_t(kUnknown), {}});
+  EXPECT_EQ(cut.group->getStage(), filtersGroupStage_t(kUnknown));
+  EXPECT_TRUE(decodeGroupAs("", {filtersGroupStage_t(kIngress), filtersGroupType_t(3)})
+                  .report.findings.size() == 2);  // id and priority are missing
+}
+
+// Refused and replaced entries are among those that came.
+TEST(Decode, KeepsTheEntriesThatCame) {
+  const std::string bytes = golden("group.hex");
+  FiltersGroupPB message;
+  ASSERT_TRUE(message.ParseFromString(bytes));
+  std::vector<FiltersEntry> whole, all;
+  decodeGroupAndEntries(bytes, &whole);
+  EXPECT_EQ(whole.size(), std::size_t(message.entries__size()));
+  message.set_type_(FILTERS_GROUP_TYPE_NONE);  // refuses every match
+  *message.add_entries_() = message.entries_(0);
+  const auto [group, report] = decodeGroupAndEntries(message.SerializeAsString(), &all);
+  whole.push_back(whole[0]);
+  EXPECT_EQ(all, whole);
+  EXPECT_LT(group->getEntriesRef().size(), whole.size() - 1);
+}
+
 TEST(Decode, ReadsNothingBeyondItsLimit) {
   const std::string bytes = golden("group.hex");
   DecodeLimits limits;

@@ -1,13 +1,15 @@
 // Tests the text form: groups that are written can be read back, and other input is refused.
 
+#include <filter_inspect/filter_head.h>
+#include <filter_inspect/filter_names.h>
+
 #include "../sentences.h"
 #include "form_samples.h"
 
 namespace {
 
 using namespace catalogue;
-using FiltersInspect::groupsFromText;
-using FiltersInspect::toText;
+using namespace FiltersInspect;
 
 // The groups have every code that some group admits, and values that no setter accepts.
 TEST(Text, ReadsWhatItWrote) {
@@ -28,6 +30,33 @@ TEST(Text, ReadsWhatItWrote) {
   for (const CodeSet& codes : kMatchesOfType) admitted.insert(codes.begin(), codes.end());
   EXPECT_EQ(matches, admitted);
   EXPECT_EQ(actions.size(), kActionCodes.size());
+}
+
+TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
+  std::mt19937 random(2);
+  for (int i = 0; i < 50; ++i) {
+    const FiltersGroup group = randomGroup(random);
+    std::string lines = toText(headOf(group)) + '\n';
+    EXPECT_EQ(groupLines(emptyGroup(headOf(group))), lines);
+    for (const auto& [id, entry] : group.getEntriesRef()) {
+      const std::string line = toText(entry);
+      lines += line + '\n';
+      const EntryColumns columns = columnsOf(entry);
+      std::string parts;
+      for (const auto& [match, value] : columns.matches) {
+        parts.append(parts.empty() ? " if " : " ").append(FiltersInspect::nameOf(match));
+        if (!value.empty()) parts += '=' + value;
+      }
+      for (const std::string& action : columns.actions) {
+        parts += (&action == &columns.actions[0] ? " then " : " ") + action;
+      }
+      EXPECT_NE(line.find(parts), line.npos) << line;
+      EXPECT_EQ(columns.policer.has_value(), line.find(" police ") != line.npos) << line;
+      EXPECT_EQ(columns.policer.value_or(entry.getPolicer().GetId()), entry.getPolicer().GetId());
+      EXPECT_EQ(columns.parent.has_value(), entry.getPolicerParent() != nullptr) << line;
+    }
+    EXPECT_EQ(groupLines(group), lines);
+  }
 }
 
 TEST(Text, IsTheSameOnEveryMachine) {
