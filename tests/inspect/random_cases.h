@@ -3,9 +3,9 @@
 
 #include <ctime>
 
-// How many random cases a test goes through: as many as it asks for, unless they take more than
-// five seconds of the processor. Then a tenth of them is enough: under a sanitizer, valgrind or an
-// emulator each takes many times as long.
+// Counts the random cases of a test, for example 3000. If they take more than five seconds of
+// processor time, a tenth of them is enough. Under a sanitizer, valgrind or an emulator each case
+// takes many times as long.
 //
 //     for (RandomCases i(3000); i.more(); ++i) ...
 class RandomCases {

@@ -20,8 +20,8 @@ inline std::string textOfFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Collects sentences, each once. A file in golden/ must have the same ones in the same order. A run
-// leaves its sentences in its working folder.
+// Collects sentences, each once. A file in golden/ must have the same sentences in the same order.
+// A test run also writes its sentences into its working folder.
 class Sentences {
  public:
   void add(const std::string& sentence) { lines_.insert(sentence + '\n'); }

@@ -1,4 +1,4 @@
-// Tests the analysis of rules. For tiny groups it compares the findings with every packet.
+// Tests the analysis of rules. For tiny groups it checks the findings by trying every packet.
 
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
@@ -98,7 +98,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 30 priority=80 if src_ipv4=10.1.0.0/16 ip_protocol=6 then deny\n",
        "entry-unreachable 30: 20 deny/permit; part of its packets are treated otherwise by entry "
        "10\n"},
-      // An earlier entry takes all packets for which two others would tie.
+      // An earlier entry takes every packet about which the two would tie.
       {first, "ingress type=3",
        "entry 10 priority=100 if src_ipv4=10.1.1.1 dst_ipv4=10.2.2.2 then permit\n"
        "entry 20 priority=90 if src_ipv4=10.1.1.1 ip_protocol=6 then permit\n"
@@ -201,8 +201,8 @@ TEST(AnalyseTest, SaysEachSentence) {
   sentences.expectGolden("sentences_analysis.txt");
 }
 
-// If many entries lie within others, the report has one line for all. It has none if the others are
-// for the rest of the packets.
+// If other entries take all packets of many entries, the report has one line for all of them. It
+// has no line if the others are last entries for the rest of the packets.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";

@@ -1,4 +1,4 @@
-// Tests sets of packets against every packet of small spaces.
+// Tests sets of packets in small spaces by trying every packet.
 
 #include "../../../src/inspect/analysis/cut.h"
 #include "../../../src/inspect/analysis/meetings.h"
@@ -152,8 +152,8 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
   });
 }
 
-// Checks the results of a cut, with levels and stops, for every packet. The first candidate that
-// may take a packet of the set takes it, or the packet is left.
+// Checks the results of a cut, with levels and stops, for every packet. A packet of the set goes to
+// the first candidate that has it. If no candidate has it, the packet is left.
 TEST_F(SpaceTest, CutsWhatIsThere) {
   int seen[4] = {};
   const auto check = [&](const Case& c) {
@@ -203,7 +203,7 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
   EXPECT_EQ(seen[3], 0);
 }
 
-// A cut calls its watcher for every candidate that takes packets and for everything that is left.
+// A cut calls its watcher for each candidate that takes packets, and for the packets that are left.
 TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   struct Heard : Cut::Watcher {
     explicit Heard(const Case& itsCase) : c(itsCase) {}
@@ -244,8 +244,8 @@ TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   });
 }
 
-// The sets are clauses of three literals, as masks of three bits. What is left satisfies all
-// clauses.
+// The sets are clauses of three literals, as masks of three bits. The packets that are left satisfy
+// all clauses.
 TEST_F(SpaceTest, SolvesClausesWithinItsSteps) {
   constexpr unsigned kVariables = 30;
   int outcomes[4] = {};
@@ -294,8 +294,8 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
   EXPECT_EQ(cut.run({all}, &list, false), Outcome::kNothingLeft);
 }
 
-// A step is the same amount of work for sets with few and with many ranges. A set with few ranges
-// is compared quickly with one of many.
+// A step is the same amount of work for sets with few and with many ranges. Comparing a set of few
+// ranges with a set of many ranges is fast.
 TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   constexpr std::uint64_t kRanges = 4096;
   Space space({{16, false}});

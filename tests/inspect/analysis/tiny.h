@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_H_
 
-// Tiny groups with so few packets that a test can try every packet. Each match is written a second
-// time, by hand, as a list of readings, and each reading says yes or no to a value. Random choices
+// Makes tiny groups, with so few packets that a test can try every packet. Each match is written a
+// second time by hand, as a list of readings. A reading says yes or no to a value. Random choices
 // come from any object with below(limit), so that tests and the fuzzing harness share this code.
 
 #include <filter_common/filter_groups.h>
@@ -30,8 +30,8 @@ using PlainPacket = std::vector<std::optional<Value>>;  // a value for each fiel
 using Reading = std::function<bool(Value)>;
 
 // The condition of a match on one field, in each reading. Equal matches always have the same
-// reading. Two matches with several readings on one field have different keys. `match` is the
-// number of such a match.
+// reading. If several matches on one field have open readings, each has another `key`. `match` is
+// the number of a match with an open reading.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
@@ -45,7 +45,8 @@ struct PlainRule {
   std::vector<Ask> asks;
 };
 
-// A packet field of one kind of match, with the values that matter and their form as text.
+// A packet field that a kind of match tests, with all values that a test tries and their form as
+// text.
 struct Field {
   std::string name;
   std::vector<Value> values;
@@ -59,8 +60,8 @@ struct Field {
   }
 };
 
-// The reason why no frame can have these fields, for example "src_ipv4=none tos=0". A field that is
-// not in the text can have any value.
+// Returns the reason why no frame can have these fields together, for example "src_ipv4=none
+// tos=0", or an empty text. A field that is not in the text can have any value.
 inline std::string faultOfFrame(const std::string& text) {
   std::map<std::string, std::string> told;
   std::istringstream in(text);
@@ -166,8 +167,8 @@ Kind<Random> portKind(const char* name) {
           }};
 }
 
-// Matches on an address of which only the lowest byte varies; the other bytes of the mask are all
-// ones or all zeros.
+// Matches on an address whose lowest byte varies. The other bytes of the mask are all ones or all
+// zeros.
 template <class Random, class Match, class Address>
 Kind<Random> addressKind(const char* name, const char* prefix) {
   return {{{name,
@@ -313,8 +314,8 @@ const std::vector<Theme<Random>>& themes() {
 
 // --- The plain side ------------------------------------------------------------------------------
 
-// The answer of a rule to one packet. A rule takes the packet if all open matches, given as bits,
-// take it; kNo means that it never does.
+// Says if a rule takes one packet. The rule takes it if all open matches with a bit in this number
+// take it. kNo means that the rule never takes it.
 using Takes = std::uint32_t;
 constexpr Takes kYes = 0, kNo = ~Takes{0};
 
@@ -330,7 +331,7 @@ inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
   return result;
 }
 
-// The answer of each rule to one packet.
+// Says for each rule if it takes one packet.
 using Row = std::vector<Takes>;
 inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
   Row row;
@@ -338,7 +339,7 @@ inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet)
   return row;
 }
 
-// The rank of a rule in the order. It relies on small priorities and ids.
+// The rank of a rule in the order. Priorities and ids must be small.
 inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   const std::string_view name = nameOf(order);
   std::uint64_t rank = 0;
@@ -400,7 +401,8 @@ struct Case {
   }
 };
 
-// Makes cases with matches of one or two kinds of a theme. Two cases that are compared share them.
+// Makes cases with matches of one or two kinds of a theme. Two cases of one maker can be compared,
+// because they have the same kinds.
 template <class Random>
 struct Maker {
   explicit Maker(Random& itsRandom) : random(itsRandom) {

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 
-// Checks of the analysis of tiny groups, which try every packet and every reading. Each check
-// returns the fault as text, or an empty text.
+// Checks properties of tiny groups by trying every packet and reading. Each check returns the fault
+// as text, or an empty text.
 
 #include "tiny.h"
 
@@ -27,7 +27,7 @@ void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use
   } while (choice != 0);
 }
 
-// The rules that come first; several if they tie.
+// The rule that comes first, or several rules if they tie.
 inline Takers firstOf(const Takers& takers, const Rank& rank, const PlainRule* without = nullptr) {
   Takers first;
   for (const PlainRule* rule : takers) {
@@ -79,8 +79,8 @@ struct Facts {
   std::vector<bool> reached;              // the rule is first for some packet
   std::vector<bool> missed;               // without it some packet would be treated differently
   std::vector<bool> all;                  // the rule takes every packet
-  std::vector<std::vector<bool>> meets;   // both take some packet, in some reading
-  std::vector<std::vector<bool>> holds;   // [outer][inner], in every reading
+  std::vector<std::vector<bool>> meets;   // both take the same packet in some reading
+  std::vector<std::vector<bool>> holds;   // [outer][inner]: outer takes every packet of inner
   std::vector<std::vector<bool>> ties;    // both are first for some packet
   std::vector<std::vector<bool>> firsts;  // [rule][other]: other is first for a packet of rule
 };
@@ -92,7 +92,7 @@ inline std::string lineOf(Code code, filtersEntryId_t entry,
   return line + '\n';
 }
 
-// The findings that the analysis must report. Those about unreachable and redundant rules do not
+// The findings that the analysis must report. Findings about unreachable and redundant rules do not
 // name other rules here.
 inline std::vector<std::string> expectedOf(const Case& c, const Facts& facts,
                                            const AnalysisOptions& options) {
@@ -134,8 +134,8 @@ inline Hit hitOf(const Trace& trace, filtersEntryId_t id) {
   return Hit::kMiss;
 }
 
-// The fault of a finding's example packet, if it does not show what the finding says. If any packet
-// that can be built shows it, the example must be such a packet.
+// The example packet must show what the finding says. If a real packet can show it, the example
+// must be a real packet.
 inline std::string faultOfWitness(const Case& c, const Facts& built, const Finding& finding,
                                   Order order) {
   const auto packet = Packet::parse(finding.witness, nullptr);
@@ -166,8 +166,7 @@ inline std::string faultOfWitness(const Case& c, const Facts& built, const Findi
   return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
-// The blockers of an entry must cover it together, and must not cover it if one of them is left
-// out.
+// The blockers together must cover the entry. Without any one of them they must not cover it.
 inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   std::vector<bool> needed(finding.others.size());
   for (const PlainPacket& packet : c.everyPacket()) {
@@ -184,8 +183,8 @@ inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   return std::count(needed.begin(), needed.end(), false) == 0 ? "" : "a blocker is spare";
 }
 
-// Checks the sentence about an entry without effect: what it says about the entries that come first
-// for its packets.
+// Checks the sentence about an entry without effect. It must compare the entry's treatment with the
+// treatment by the entries that take its packets first.
 inline std::string faultOfSentence(const Case& c, const Facts& facts, const Finding& finding) {
   const std::size_t i = *finding.entry;
   std::vector<std::uint32_t> differing;
@@ -243,7 +242,7 @@ inline std::string faultOfAnalysis(const Case& c, const Case::Rows& rows,
   return text + "and not:\n" + all.str();
 }
 
-// Findings without an order must hold in every order; this tries every order of the rules.
+// Tries every order of the rules, because findings without an order must be true in every order.
 inline std::string faultOfAnyOrder(const Case& c) {
   std::vector<std::uint64_t> ranks;
   for (std::size_t i = 0; i < c.rules.size(); ++i) ranks.push_back(i);
@@ -318,7 +317,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
 
 // --- Two groups ----------------------------------------------------------------------------------
 
-// True if no treatment is possible for the packet in both groups.
+// True if every treatment of the packet that is possible in one group is impossible in the other.
 inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Order order) {
   std::uint32_t may[2] = {};
   for (const Case* c : {&a, &b}) {
@@ -331,8 +330,8 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
   return (may[0] & may[1]) == 0;
 }
 
-// If rules are ordered by id and have one reading each, the reported pairs must be the pairs of
-// rules that come first for some packet.
+// If rules are ordered by id and have one reading each, one rule of each group comes first for a
+// packet. The report must have exactly the pairs of such rules that treat a packet differently.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);

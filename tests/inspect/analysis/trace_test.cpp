@@ -100,7 +100,7 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "undecided: entry 50, or none\n");
 }
 
-// If deciding which of many entries are possible takes too long, the trace names all of them.
+// If it takes too many steps to exclude some of many entries, the trace names all of them.
 TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
   for (unsigned i = 0; i < 3000; ++i) {

@@ -188,7 +188,8 @@ static FiltersGroup* copyOf(const FiltersGroup* group) {
   return copy;
 }
 
-// Numbers that are no enumerator. Some of them would be one if they were cut to eight bits.
+// Numbers that are no enumerator. Some of them would become an enumerator if they were cut to eight
+// bits.
 static const int32_t noOrders[] = {-1, 2, 9, 77, 256, 257, INT32_MIN, INT32_MAX};
 static const int32_t noKinds[] = {-1, 5, 77, 255, 256, 257, INT32_MIN, INT32_MAX};
 
@@ -244,7 +245,7 @@ static long traced(const FiltersGroup* group, const char* packet, int32_t order,
   return outcome == FILTERS_OUTCOME_HIT ? (long)entry : -2 - (long)outcome;
 }
 
-// If the priority orders the entries, entry 10 takes all packets of entry 20 first.
+// With an order by priority, entry 10 takes all packets of entry 20 first.
 static void analyse(void) {
   const char text[] =
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"

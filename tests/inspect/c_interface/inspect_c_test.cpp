@@ -70,7 +70,7 @@ bool holds(FiltersReport* report) {
 // Fails the first allocation of the call, then the second and so on, until it needs no more. Each
 // time the call must return false or do its work, and must leak nothing.
 void expectToSurviveWithoutMemory(const char* what, const Call& call) {
-  ASSERT_TRUE(call()) << what;  // makes what is made once in a process
+  ASSERT_TRUE(call()) << what;  // makes the objects that a process makes only once
   for (long allocations = 0;; ++allocations) {
     ASSERT_LT(allocations, 10000) << what;
     const long before = memory::live;
@@ -116,7 +116,7 @@ TEST(InspectC, SurvivesWithoutMemory) {
     if (object != nullptr) destroy(object);
     return holds(read);
   };
-  // Without memory a text is complete or empty.
+  // If memory is missing, a text is still complete or empty.
   const auto fills = [&out](auto fill, const auto* object) {
     const std::size_t length = fill(object, out, sizeof out);
     EXPECT_TRUE(length == 0 || out[length - 1] == '\n') << out;

@@ -159,8 +159,8 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
-// The subject and the result of a finding decide which enumeration its numbers belong to; for
-// findings about tables only the subject does.
+// The subject and the result of a finding decide the enumeration of its numbers. For findings about
+// tables only the subject decides.
 TEST(Report, NamesTheCodesInIt) {
   catalogue::Sentences said;
   for (int i = 0; i < 7 * 10; ++i) {

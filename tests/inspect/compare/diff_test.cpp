@@ -1,4 +1,5 @@
-// Tests diff(): it must be empty exactly if operator== is true, and must name every planted change.
+// Tests diff(). Its report must be empty exactly if operator== is true, and must name every planted
+// change.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -29,8 +30,8 @@ FiltersGroup received(FiltersEntry entry) {
   return groupOf(kNoStage, 0);
 }
 
-// The report must be empty exactly if the groups are equal. In the other direction it must be the
-// same with `before` and `after` exchanged.
+// The report must be empty exactly if the groups are equal. If the groups are exchanged, the report
+// must stay the same with `before` and `after` exchanged.
 void expectTrue(const FiltersGroup& a, const FiltersGroup& b) {
   const Report there = diff(a, b), back = diff(b, a);
   ASSERT_EQ(there.empty(), a == b) << there << a << b;

@@ -1,5 +1,5 @@
-// Compares plans with a search over all states of a small group, by the tables of rules.h, and
-// takes each plan step by step.
+// Compares plans with a search over all states of a small group, which uses the tables of rules.h.
+// Then it applies each plan step by step.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -28,7 +28,7 @@ class Random {
   std::mt19937 engine_{1};
 };
 
-// A version of an entry: the parts that the rules look at, and a number that tells versions apart.
+// A version of an entry: the parts that decide its admission, and a number to distinguish versions.
 struct Version {
   CodeSet matches, actions;
   unsigned policer = 2, priority = 0;
@@ -83,7 +83,7 @@ FiltersGroup made(const Model& model) {
   return group;
 }
 
-// Finds the fewest steps by trying every step, or nothing if no steps lead to the goal.
+// Finds the smallest number of steps by trying every step, or nothing if there is no plan.
 class Oracle {
  public:
   Oracle(const Model& from, const Model& to) : to_(to.head) {
@@ -225,7 +225,7 @@ std::string shown(const Plan& plan, const FiltersGroup& from, const FiltersGroup
   return os.str();
 }
 
-// Takes the steps of the plan; the library must refuse none of them.
+// Applies the steps of the plan. The library must refuse none of them.
 void expectWorks(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from);
   ASSERT_TRUE(plan.possible) << shown(plan, from, to);
@@ -284,8 +284,8 @@ TEST(Plan, GoesByWayOfOthers) {
   const FiltersGroup to = groupOf(kEgress, 5);
   EXPECT_EQ(linesOf(plan(groupOf(kLookup, 6), to), to),
             "set-stage none\nset-type 5\nset-stage egre\n");
-  // Only type 6 admits the old and the new entries: it costs one more setter and saves a step for
-  // each entry.
+  // Only type 6 admits both the old and the new entries. Setting it in between costs one step and
+  // saves one step for each entry.
   Model a{{0, 4}, {}}, b{{0, 1}, {}};
   for (unsigned id = 1; id <= 2; ++id) {
     a.entries[id] = {{FILTERS_MATCH_PCP}, {}};
@@ -295,9 +295,9 @@ TEST(Plan, GoesByWayOfOthers) {
             "set-type 6\ninsert entry 1\ninsert entry 2\nset-type 1\n");
 }
 
-// Between two setters, and in a plan without setters, all insertions come before all removals. If
-// an entry is removed before a setter, the setter would have refused it. If an entry is inserted
-// after a setter, the setter would have refused it too.
+// Between two setters, and in a plan without setters, all insertions must come before all removals.
+// If the plan removes an entry before a setter, that setter must refuse the entry. If it inserts an
+// entry after a setter, either the group before the setter or the setter must refuse the entry.
 void expectAddedFirst(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from),
       before(from.getId());  // before: as before the last setter, without entries

@@ -1,4 +1,4 @@
-// Tests strict decoding: planted losses must be found, and its promises must hold for any bytes.
+// Tests strict decoding. It must report planted losses, and must keep its promises for any bytes.
 
 #include "../../golden.h"
 #include "../sentences.h"
@@ -113,8 +113,7 @@ const Planted kInEntries[] = {
     {"TrailingZeroAndCounter", "32 ( 0801 1000 ) 00",
      "trailing-zero 6+1 \n"
      "counter-unusual 0+6 counters_[0]\n"},
-    // There is no finding about the value of the cut field or about the fields that are missing
-    // after it.
+    // No finding is about the field in which the bytes end, or about the missing fields after it.
     {"CutOff", "22 04 081a b0", "bytes-broken 4+1 matches_[0]\n"},
     {"CutOffInAMatchType", "22 02 08a3", "bytes-broken 2+2 matches_[0]\n"},
     {"CutOffInAnActionType", "2a 02 08ff", "bytes-broken 2+2 actions_[0]\n"},

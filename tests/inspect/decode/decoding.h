@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_DECODING_H_
 #define FILTER_COMMON_TESTS_INSPECT_DECODING_H_
 
-// Checks of what strict decoding promises for any bytes. Tests and fuzz/ use them; each returns the
-// fault as text, or an empty text.
+// Checks that strict decoding keeps its promises for any bytes. Tests and fuzz/ use these checks.
+// Each returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -67,8 +67,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// A lower limit must give the same findings, but only the most severe ones are kept; among equally
-// severe findings, the first ones.
+// A lower limit must keep the most severe of the same findings. If several are equally severe, it
+// must keep the first ones.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;

@@ -1,5 +1,5 @@
-// Compares results with the library's own, and everything else with the tables of rules.h, which
-// are written by hand.
+// Compares the result codes of explanations with those of the library. Everything else is compared
+// with the tables of rules.h, which are written by hand.
 
 #include <filter_inspect/filter_explain.h>
 
@@ -216,7 +216,7 @@ TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
   }
 }
 
-// The code of the match itself counts, not its key in the map.
+// The match's own code decides, not its key in the map.
 TEST(ExplainMatches, GoesByTheMatchesOwnCodes) {
   FiltersEntry::Matches matches;
   matches[filtersMatch_t(1000)] =

@@ -1,5 +1,5 @@
-// Prints what is made from the rows of forms.def: `form_reference schema` prints the JSON schema of
-// groups, and `form_reference values` the tables of docs/text-format.md.
+// Prints text that is made from the rows of forms.def: `form_reference schema` prints the JSON
+// schema of groups, and `form_reference values` the tables of docs/text-format.md.
 
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -34,8 +34,8 @@ Json nameOr(const Json& number, const Enumeration& names) {
 
 Json listOf(const Json& items) { return {{"type", "array"}, {"items", items}}; }
 
-// The schema of an object: the keys in `required` must be present, and only these properties may
-// be.
+// The schema of an object. The keys in `required` must be present, and other keys than `properties`
+// must not.
 Json object(const Json& properties, const std::vector<std::string_view>& required) {
   return {{"type", "object"},
           {"properties", properties},

@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 #define FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 
-// Groups to write and read, and checks of what text and JSON promise for any input. Tests and fuzz/
-// use them; each check returns the fault as text, or an empty text.
+// Groups to write and read, and checks that text and JSON keep their promises for any input. Tests
+// and fuzz/ use them. Each check returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_text.h>
 
@@ -93,8 +93,8 @@ inline FiltersGroup numberedGroup(unsigned id, int stage, int type) {
   return FiltersGroup(message.SerializePartialAsString());
 }
 
-// A group with a rule of the control plane and a last rule that denies everything. Then groups with
-// everything that they admitted when the files in golden/ were written.
+// The first group has a rule of the control plane, and a last rule that denies everything. The
+// other groups have everything that they admitted when the files in golden/ were written.
 inline Groups goldenGroups() {
   Groups groups{numberedGroup(1, FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_3)};
   FiltersEntry bgp(10), rest(1000);
@@ -184,7 +184,8 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   entry->set_policer_(policerAt(at, static_cast<std::uint32_t>(random())).Serialize());
 }
 
-// A group that the library reads from a random message, with anything that bytes can bring into it.
+// A group that the library reads from a random message, so it can have every value that bytes can
+// have.
 inline FiltersGroup randomGroup(std::mt19937& random) {
   const int stage = static_cast<int>(random() % kTypesOfStage.size());
   const int type = static_cast<int>(random() % kMatchesOfType.size());

@@ -127,8 +127,8 @@ TEST(Text, ReadsWhatPeopleWrite) {
   }
 }
 
-// Each row has lines of text and the expected findings. If the lines do not begin with a group, a
-// group of type 4 stands before them.
+// Each row has lines of text and the expected findings. If the lines do not begin with a group, the
+// test adds a group of type 4 before them.
 TEST(Text, RefusesAllElse) {
   const std::pair<const char*, const char*> refused[] = {
       {"entry", "3:6 text-syntax"},
@@ -225,7 +225,7 @@ TEST(Text, RefusesAllElse) {
   said.expectGolden("sentences_text.txt");
 }
 
-// Notes are not faults, however many there are.
+// Any number of notes is no fault.
 TEST(Text, TakesWhatIsUnusual) {
   std::string text = kHead + "group 1 priority=0 stage=none type=none\n";
   for (int id = 1100; id > 0; --id) {
