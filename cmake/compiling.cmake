@@ -1,5 +1,5 @@
-# The options with which this project is compiled and linked: filter_common_warnings for our own
-# code, filter_common_shipped for the installed libraries, and those of programs in C.
+# Sets the options of compiler and linker. filter_common_warnings has the options for our own code,
+# and filter_common_shipped those for the installed libraries. Programs in C have further options.
 include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)
 
@@ -46,21 +46,19 @@ foreach(kind debug macro)
                                     -f${kind}-prefix-map=${PROJECT_BINARY_DIR}=./build)
 endforeach()
 
-# Calls within a library go directly to their target. Calls to other libraries use the table of
-# addresses, which is filled while the library is loaded. This is smaller and faster, with the same
-# exports.
+# Calls inside a library are direct. Calls to other libraries go through a table that is filled at
+# load time. The code is smaller and faster, and the exports stay the same.
 target_compile_options(filter_common_shipped INTERFACE -fno-semantic-interposition -fno-plt)
 
-# The linker for 32-bit PowerPC makes the loader expect that thread-local variables are reached
-# through call stubs, which -fno-plt leaves out: programs crash without this option. Other linkers do
-# not have it.
+# On 32-bit PowerPC the loader expects that code reaches thread-local variables through call stubs,
+# but -fno-plt leaves these out. Programs crash without this option. Other linkers do not have it.
 check_linker_flag(
   CXX LINKER:--no-tls-get-addr-optimize FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
 if(FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
   target_link_options(filter_common_shipped INTERFACE LINKER:--no-tls-get-addr-optimize)
 endif()
 
-# The library has many short functions whose loops run only a few times. Aligning them would make
+# The library has many short functions whose loops run only a few times. Aligned loops would make
 # the code a tenth larger for little gain.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(

@@ -10,8 +10,8 @@ if(NOT "${Protobuf_VERSION}" VERSION_GREATER_EQUAL 3.6.0)
 endif()
 message(STATUS "Protocol buffers ${Protobuf_VERSION}")
 
-# The compiler is that of the build machine: the runtime of another machine may include a compiler
-# that does not run here.
+# This is the compiler of the build machine. The target's runtime may also include a compiler, which
+# may not run here.
 set(protoc protobuf::protoc)
 if(CMAKE_CROSSCOMPILING)
   find_program(Protobuf_PROTOC_EXECUTABLE protoc REQUIRED)
@@ -39,11 +39,11 @@ endif()
 
 # --- Libraries of headers alone ------------------------------------------------------------------
 
-# Header-only libraries are the same for every machine, so those of the build machine are used if
-# the target machine has none.
+# Header-only libraries are the same for every machine. If the target lacks them, the headers of the
+# build machine are used.
 #
-# Finds a package with a target whose headers are in a folder. If it is missing, an error says which
-# part (<who>) needs it and which option builds without that part:
+# Finds the package of a header-only library, its target, and the folder of its headers. If it is
+# missing, an error says which part (<who>) needs it and which option builds without that part:
 #   filter_common_find_headers(<package> <release> <target> <folder> <who> <option>)
 function(filter_common_find_headers package release target folder who option)
   find_package(${package} ${release} QUIET GLOBAL CMAKE_FIND_ROOT_PATH_BOTH)
@@ -51,8 +51,8 @@ function(filter_common_find_headers package release target folder who option)
     message(FATAL_ERROR "${who} needs ${package}, ${release} or later: run scripts/setup, or build "
                         "without it, with -D${option}=OFF")
   endif()
-  # The headers may be in the build machine's /usr/include, whose other headers must not be found.
-  # So a link to their folder is used.
+  # The headers may be in /usr/include of the build machine. Its other headers must not be found, so
+  # a link to the folder of these headers is used.
   if(CMAKE_CROSSCOMPILING)
     get_target_property(found ${target} INTERFACE_INCLUDE_DIRECTORIES)
     list(GET found 0 found)

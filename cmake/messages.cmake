@@ -1,7 +1,7 @@
-# The message classes that are generated from protobuf/: filter_common_messages has their object
-# files, which become part of the library and are exported. A process that has them twice aborts
-# while it is loaded, so no other target may compile them. Others link filter_common::messages: the
-# library and filter_common_message_headers, which its message headers need.
+# Generates the message classes from protobuf/. filter_common_messages has their object files, which
+# become part of the library and are exported. A process with two copies of them aborts at its
+# start, so no other target may compile them. Other targets link filter_common::messages. It
+# consists of the library and filter_common_message_headers, which the message headers need.
 
 set(generated_dir ${PROJECT_BINARY_DIR}/generated)
 set(output_dir ${generated_dir}/filter_common)

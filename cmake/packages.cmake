@@ -31,8 +31,8 @@ filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
 
-# A package must name a maintainer, whom only its packager knows. The default is the administrator
-# of the machine on which it is installed, by the address that every machine has.
+# A package must name a maintainer, but only the packager knows one. The default is the address of
+# the administrator, which every machine has.
 set(FILTER_COMMON_CONTACT "nobody named by the packager <root@localhost>" CACHE STRING
     "Who answers for the packages, and takes reports of faults: Name <address>")
 
