@@ -1,5 +1,5 @@
 # Installs the library, so that others find it by find_package(filter_common 1) or by `pkg-config
-# filter_common`; Both have a separate part for messages. All paths are relative to the installed
+# filter_common`. Both have a separate part for messages. All paths are relative to the installed
 # files, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 

@@ -4,8 +4,8 @@
 say() { echo "$(basename "$0"): $*" >&2; }
 
 # made_once NAME [FILE...]: prints the folder of the cache for NAME, the calling script and the
-# contents of the files. If the folder does not exist, the script's function `make_it` makes it
-# first: it fills $work/made, may use $work freely, and finds the final folder's name in $made.
+# contents of the files. If the folder is missing, the calling script's function `make_it` fills
+# $work/made first. It may use $work freely, and $made is the final name of the folder.
 made_once() {
   local cache=${XDG_CACHE_HOME:-$HOME/.cache}/filter_common
   made=$cache/$1-$(cat "$0" scripts/cache.sh "${@:2}" | sha256sum | cut -c1-8)
@@ -17,15 +17,15 @@ made_once() {
     trap clean_up EXIT
     say "building in $cache"
     make_it >"$work/log" 2>&1
-    # The folder is moved in one step, so that it is always complete. Another run may have been
-    # faster.
+    # The folder is moved in one step, so that it is always complete. If another run was faster, its
+    # folder is used.
     mv -T "$work/made" "$made" 2>>"$work/log" || [[ -e $made ]]
     say "built $made in $SECONDS s"
   fi
   echo "$made"
 }
 
-# The output of a step is shown only if the step fails.
+# The output is shown only on failure.
 clean_up() {
   local status=$?
   if [[ $status -ne 0 ]]; then

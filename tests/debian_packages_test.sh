@@ -13,11 +13,11 @@ fail() { echo "debian_packages: $1" && exit 1; }
 (umask 022 && cd "$build" && cpack -G DEB -B "$work/packages")
 runtime=$(echo "$work"/packages/libfilter-common1_*.deb)
 development=$(echo "$work"/packages/libfilter-common-dev_*.deb)
-inspect=() # its two packages
+inspect=() # the two packages of the second library
 if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
   inspect=("$work"/packages/libfilter-inspect1_*.deb "$work"/packages/libfilter-inspect-dev_*.deb)
 fi
-tool=() # the program's
+tool=() # the package of the program
 if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   tool=("$work"/packages/filter-inspect_*.deb)
 fi

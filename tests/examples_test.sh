@@ -23,7 +23,8 @@ refuses() {
 head -c -1 "$work/bytes" | refuses "a cut-off group"
 head -c 2 "$work/bytes" | refuses "a cut-off length"
 refuses "no group at all" </dev/null
-# The stage of the first group becomes EGRESS, which drops its rules: field 3 is tag 0x18.
+# Changes the stage of the first group to EGRESS, which drops its rules. The stage is field 3, with
+# tag 0x18.
 sed 's/\x18\x02/\x18\x03/' "$work/bytes" | refuses "a group that lost rules"
 cat "$work/bytes" "$work/bytes" | refuses "another print than expected"
 

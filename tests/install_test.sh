@@ -8,7 +8,7 @@ rm -rf "$prefix" "$prefix-first"
 cmake --install "$build" --prefix "$prefix-first"
 mv "$prefix-first" "$prefix"
 
-# Users rely on these files and their places.
+# Users rely on the places of these files.
 (cd "$prefix" && ls share/doc/filter_common/{README.md,docs/design.md} \
   share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto \
   include/filter_common/filter_{types,serialized,matches,actions,counter,entries,groups}.h \

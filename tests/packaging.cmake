@@ -1,4 +1,4 @@
-# Tests of what users get: the library installed, moved, packed, or built in another folder. These
+# Tests the library as users get it: installed, moved, packed, or built in another folder. These
 # tests configure and build projects of their own with the tools of this build. The label `package`
 # selects them (ctest -L package) or leaves them out (ctest -LE package).
 
@@ -33,8 +33,8 @@ function(filter_common_add_package_test name script)
     ${name} PROPERTIES ENVIRONMENT "${tools}" LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
 endfunction()
 
-# Installs into an empty prefix, moves it, and builds the examples against it. The blank in the name
-# of the prefix is part of the test.
+# Installs into an empty prefix, moves it, and builds the examples there. The prefix has a blank in
+# its name, which must also work.
 set(prefix "${PROJECT_BINARY_DIR}/tests/installed tree")
 filter_common_add_package_test(install install_test.sh ${PROJECT_BINARY_DIR} ${prefix})
 set_tests_properties(install PROPERTIES FIXTURES_SETUP installed)

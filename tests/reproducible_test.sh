@@ -1,7 +1,6 @@
 #!/bin/bash
-# Builds a copy of the sources in another folder, which must give the same bytes. The first build
-# has no libfilter_inspect, because building it must not change the other libraries. The second has
-# it.
+# Builds a copy of the sources in another folder, which must give the same bytes. The copy is first
+# built without libfilter_inspect, and then with it. This must not change the other libraries.
 #   reproducible_test.sh <folder of the sources> <folder for the copy> <library>...
 # The environment variables that tests/packaging.cmake sets name the tools and the kind of build.
 # The copied files keep their times, so that the next run builds only what changed.

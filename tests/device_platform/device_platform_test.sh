@@ -7,7 +7,8 @@ set -euo pipefail
 here=$(dirname "$0")
 work=$2
 
-# Debug information, optimising and compiling each file alone would take most of the time.
+# The build has no debug information and no optimisation and joins the sources, because otherwise it
+# would take much longer.
 build() {
   cmake -S "$2" -B "$work/$1" --log-level=WARNING -DCMAKE_BUILD_TYPE=None \
     -DCMAKE_UNITY_BUILD=ON -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS" \

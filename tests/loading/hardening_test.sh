@@ -25,8 +25,8 @@ for option in "${@:3}"; do
   case "$option" in
     nodelete) expect "stays loaded" 'FLAGS_1.*NODELETE' ;;
     protected) expect "stack protector" ' UND __stack_chk_fail' ;;
-    # The whole library has this property only if the system's start-up files have it too. So this
-    # looks at the functions.
+    # The system's start-up files may lack this property, and then the whole library lacks it. So
+    # the test looks at the functions.
     cf-protection) expect "marked jumps" 'endbr' "$("$OBJDUMP" --disassemble "$1" | head -20000)" ;;
     *) echo "hardening: unknown option $option" && exit 2 ;;
   esac

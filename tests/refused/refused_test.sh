@@ -29,7 +29,8 @@ without() {
 compiler=("$1" -I"$scratch/include" "${@:2}")
 headers=include/filter_common
 rows=("$here/visits.cpp" -I"$scratch/src" -fsyntax-only)
-# lacks CLASS LINES WHAT: checks that a class without the lines with WHAT does not compile.
+# lacks CLASS LINES WHAT: checks that CLASS does not compile without the lines that match LINES.
+# WHAT is the name of these lines in the compiler's message.
 lacks() {
   local header=$headers/filter_matches.h
   [[ $1 == Match* ]] || header=$headers/filter_actions.h

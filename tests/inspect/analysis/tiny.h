@@ -60,8 +60,8 @@ struct Field {
   }
 };
 
-// Returns the reason why no frame can have these fields together, for example "src_ipv4=none
-// tos=0", or an empty text. A field that is not in the text can have any value.
+// Returns the reason why no frame can have these fields, or an empty text. For example, no frame
+// has "ip_protocol=6 tos=none". A field that is not in the text can have any value.
 inline std::string faultOfFrame(const std::string& text) {
   std::map<std::string, std::string> told;
   std::istringstream in(text);
