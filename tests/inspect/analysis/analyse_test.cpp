@@ -108,7 +108,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
       {Order::kHighestPriorityDescendingId, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then permit\nentry 20 priority=5 if ttl=1 then deny\n",
        "entry-unreachable 10: 20 permit/deny\n"},
-      // Without an order, two entries with the same packets and the same treatment.
+      // There is no order, and two entries take the same packets and treat them alike.
       {none, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then deny\nentry 20 priority=5 if ttl=1 then deny\n"
        "entry 30 priority=5 if ip_protocol=6 then permit\n",

@@ -115,8 +115,8 @@ Address addressOf(unsigned lowest, unsigned char rest = 0) {
   return address;
 }
 
-// A kind of match: its fields, and a function that puts a match into an entry. `at` is the number
-// of its first field.
+// A kind of match. It has fields, and a function that puts such a match into an entry. `at` is the
+// number of its first field.
 template <class Random>
 struct Kind {
   std::vector<Field> fields;
