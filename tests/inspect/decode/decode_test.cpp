@@ -372,7 +372,7 @@ TEST(Decode, AsAnotherStageOrType) {
                   .report.findings.size() == 2);  // id and priority are missing
 }
 
-// Refused and replaced entries are among those that came.
+// The list of received entries also has the refused and the replaced entries.
 TEST(Decode, KeepsTheEntriesThatCame) {
   const std::string bytes = golden("group.hex");
   FiltersGroupPB message;
