@@ -71,7 +71,7 @@ void declareLimit(CLI::App* to, const char* name, Number* value, const std::stri
     if (fault == std::errc() && end == last) return;
     throw CLI::ValidationError(name, "'" + word + "' is no number that it can have");
   };
-  to->add_option_function<std::string>(name, take, about + ", else " + preset)
+  to->add_option_function<std::string>(name, take, about + " (default " + preset + ")")
       ->take_last()
       ->option_text("N");
 }
@@ -79,17 +79,16 @@ void declareLimit(CLI::App* to, const char* name, Number* value, const std::stri
 void declareCommon(CLI::App* app, Options* options) {
   app->set_help_flag("-h,--help", "Show help for filter-inspect or for one command");
   app->set_version_flag("--version", kVersion);
-  app->add_flag("--json", options->json, "Print documents of JSON, trouble too");
-  declareChoice(app, "--color", &options->color, {"auto", "always", "never"},
-                "Whether lines have colours");
+  app->add_flag("--json", options->json, "Print JSON documents, also for errors");
+  declareChoice(app, "--color", &options->color, {"auto", "always", "never"}, "Colour the lines");
   declareChoice(app, "--framing", &options->framing, {"auto", "none", "be32", "varint"},
-                "What stands in front of each group's bytes: nothing, or a length");
+                "The length before each group's bytes, or none");
   declareChoice(app, "--from", &options->from, {"auto", "bytes", "text", "json"},
                 "The form of the files");
-  declareLimit(app, "--max-bytes", &options->max_bytes, "The largest file that is read");
+  declareLimit(app, "--max-bytes", &options->max_bytes, "Read no file larger than this");
   declareLimit(app, "--max-findings", &options->max_findings,
-               "How many findings of a file are kept");
-  declareLimit(app, "--max-groups", &options->max_groups, "How many groups of a file are read");
+               "Keep at most so many findings of a file");
+  declareLimit(app, "--max-groups", &options->max_groups, "Read at most so many groups of a file");
 }
 
 // Codes may also be given as numbers.
@@ -110,7 +109,7 @@ CLI::Option* declareOrder(CLI::App* command, Options* options) {
   std::vector<std::string> choices;
   for (const auto order : FiltersInspect::kAllOrders) choices.emplace_back(nameOf(order));
   return declareChoice(command, "--order", &options->order, std::move(choices),
-                       "Which of two rules that take a packet comes first on the device");
+                       "The rule that the device tries first if two take a packet");
 }
 
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {
@@ -122,9 +121,9 @@ void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) 
 
 void declareStageAndType(CLI::App* command, Options* options) {
   declareCode<FiltersCommon::filtersGroupStage_t>(command, "--stage", &options->stage,
-                                                  "This stage, in place of each group's own");
+                                                  "Use this stage instead of each group's own");
   declareCode<FiltersCommon::filtersGroupType_t>(command, "--type", &options->type,
-                                                 "This type, in place of each group's own");
+                                                 "Use this type instead of each group's own");
 }
 
 // --- What each command takes ---------------------------------------------------------------------
@@ -132,7 +131,7 @@ void declareStageAndType(CLI::App* command, Options* options) {
 void declareShow(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, kAnyNumber);
   declareChoice(command, "--as", &options->as, {"text", "json", "dump"},
-                "The form: text as default, or JSON with --json; dump is what the library prints");
+                "The form: text by default, or JSON with --json; dump is the library's own print");
 }
 
 void declareCheck(CLI::App* command, Options* options) {
@@ -157,22 +156,22 @@ void declareDiff(CLI::App* command, Options* options) {
 void declarePlan(CLI::App* command, Options* options) {
   declareFiles(command, options, 2, 2);
   command->add_flag("--remove-first", options->remove_first,
-                    "Never more entries than the larger group has; else entries come in first, so "
-                    "that no packet is without its rule meanwhile");
+                    "Remove entries first: never more entries than the larger group; without it, "
+                    "insert first, so that no packet is without its rule");
 }
 
 void declareAnalyse(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, kAnyNumber);
   declareOrder(command, options);
   command->add_flag("--overlaps", options->overlaps,
-                    "Also every pair that shares packets and treats them differently");
+                    "Also report every pair that shares packets and treats them differently");
   command->add_flag_callback(
       "--no-redundant", [options] { options->redundant = false; },
-      "Not which entries could be taken away, which takes most of the time");
+      "Skip the search for redundant entries, which takes most of the time");
   declareLimit(command, "--max-steps", &options->max_steps,
-               "How much work one entry may take before it is not decided");
+               "Leave an entry undecided after so many steps");
   command
-      ->add_option("--svg", options->picture, "Also draw the groups with what was found, to a file")
+      ->add_option("--svg", options->picture, "Also draw the groups and the findings into a file")
       ->take_last()
       ->option_text("OUT");
 }
@@ -183,7 +182,7 @@ void declareTrace(CLI::App* command, Options* options) {
   command->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
       ->take_last()
       ->option_text("PACKET");
-  command->add_option("--packets", options->packets, "- or a file with a packet a line")
+  command->add_option("--packets", options->packets, "A file with a packet on each line, or -")
       ->take_last()
       ->option_text("FILE");
 }
@@ -195,7 +194,7 @@ void declareCapabilities(CLI::App* command, Options* options) {
 
 void declareNames(CLI::App* command, Options* options) {
   declareChoice(command, "ENUMERATION", &options->enumeration, enumerationNames(),
-                "One enumeration alone, by its name here or in C++");
+                "Print one enumeration only, by its name here or in C++");
 }
 
 // A command with its options and its function.
@@ -207,19 +206,18 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"show", "Print what a device would hold; what it would lose goes to standard error",
-     declareShow, runShow},
-    {"check", "Say what the bytes lose when they are read, and what else is odd", declareCheck,
+    {"show", "Print what a device would hold; losses go to standard error", declareShow, runShow},
+    {"check", "Report what the bytes lose when they are read, and unusual values", declareCheck,
      runCheck},
-    {"convert", "Write the groups in another form; refused where something would be lost",
-     declareConvert, runConvert},
+    {"convert", "Write the groups in another form, unless something would be lost", declareConvert,
+     runConvert},
     {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
-    {"plan", "Print the steps that make the groups of one file out of those of another",
-     declarePlan, runPlan},
-    {"analyse", "Say which entries never take effect, are redundant, tie or overlap",
+    {"plan", "Print the steps that turn the groups of one file into those of another", declarePlan,
+     runPlan},
+    {"analyse", "Report entries that never take effect, are redundant, tie or overlap",
      declareAnalyse, runAnalyse},
-    {"trace", "Say which entry takes a packet, or each packet of a file", declareTrace, runTrace},
-    {"capabilities", "Print what stages and types admit, or where the entries of a file would fit",
+    {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace},
+    {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
      declareCapabilities, runCapabilities},
     {"names", "Print codes and their names", declareNames, runNames},
 };
