@@ -488,7 +488,7 @@ TABLE = [
     ("check --max-findings=-1 g.bin", 2, NONE, "filter-inspect: --max-findings: [^\n]*\n"),
     ("check -- g.bin", 0, WHOLE, NONE),
     ("--help", 0,
-     ".*--max-findings N  [^-]* \(default 1000\)\n.*show.*check.*convert.*diff.*plan.*analyse.*trace.*"
+     r".*--max-findings N  [^-]* \(default 1000\)\n.*show.*check.*convert.*diff.*plan.*analyse.*trace.*"
      "capabilities.*names.*Exit status.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
