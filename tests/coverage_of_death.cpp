@@ -1,5 +1,6 @@
-// A process that a failed assertion ends runs no exit handlers and so writes no coverage. In builds
-// that count coverage, the process forks at that moment; the copy exits normally and writes it.
+// If a failed assertion ends a process, no exit handlers run and no coverage is written. In builds
+// that count coverage, the process therefore forks at that moment; the copy exits normally and
+// writes it.
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -188,9 +188,9 @@ class FILTERS_API FiltersEntry {
   // Fills a fresh message. Counters, matches and actions are written in ascending order.
   void convertToFiltersEntryPB(FiltersEntryPB* message) const;
   // Sets id, priority and policer from the message, and the parent if the message has one. Adds the
-  // message's counters, matches and actions; each replaces a held one with its id or code. A match
-  // that a held one excludes is left out. Use it on a fresh entry. An MPLS port action can throw
-  // std::invalid_argument. The parts that were converted before an exception stay.
+  // message's counters, matches and actions. A held one with the same id or code is replaced. A
+  // match that a held one excludes is left out. Use it on a fresh entry. An MPLS port action can
+  // throw std::invalid_argument. The parts that were converted before an exception stay.
   void convertFromFiltersEntryPB(const FiltersEntryPB* message);
 
   // Writes the bytes of the entry's message: they replace the content of the string, or fill an

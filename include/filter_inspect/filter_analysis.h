@@ -165,8 +165,9 @@ struct Trace {
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // For kUndecided: the entries that may take the packet, each for some values of the unknown
-  // fields. `may_be_none` says that there are values for which none does. If `at_most` is set, it
-  // takes too long to check all: some candidates may be impossible.
+  // fields. `may_be_none` is true if for some values no entry takes the packet. `at_most` is true
+  // if the check ran out of steps. Then some candidates may be impossible, and so may the case that
+  // no entry takes the packet.
   std::vector<FiltersCommon::filtersEntryId_t> candidates;
   bool may_be_none = false;
   bool at_most = false;

@@ -86,9 +86,8 @@ void declareCommon(CLI::App* app, Options* options) {
   declareChoice(app, "--from", &options->from, {"auto", "bytes", "text", "json"},
                 "The form of the files");
   declareLimit(app, "--max-bytes", &options->max_bytes, "Read no file larger than this");
-  declareLimit(app, "--max-findings", &options->max_findings,
-               "Keep at most so many findings of a file");
-  declareLimit(app, "--max-groups", &options->max_groups, "Read at most so many groups of a file");
+  declareLimit(app, "--max-findings", &options->max_findings, "Keep at most N findings of a file");
+  declareLimit(app, "--max-groups", &options->max_groups, "Read at most N groups of a file");
 }
 
 // Codes may also be given as numbers.
@@ -169,7 +168,7 @@ void declareAnalyse(CLI::App* command, Options* options) {
       "--no-redundant", [options] { options->redundant = false; },
       "Skip the search for redundant entries, which takes most of the time");
   declareLimit(command, "--max-steps", &options->max_steps,
-               "Leave an entry undecided after so many steps");
+               "Leave an entry undecided after N steps");
   command
       ->add_option("--svg", options->picture, "Also draw the groups and the findings into a file")
       ->take_last()

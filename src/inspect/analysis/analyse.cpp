@@ -17,15 +17,15 @@ namespace {
 
 using namespace FiltersCommon;
 
-// A finding about what holds an entry names at most so many other entries.
+// The most entries in `others` of a finding about entries that lie within others.
 constexpr std::size_t kMostHolders = 16;
-// Entries within others get a finding each if there are at most so many.
+// The most entries within others that get a finding each.
 constexpr std::size_t kMostHeld = 8;
 // A rule that at most so many others meet is compared with each of them. For others, some packets
 // are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
-constexpr std::size_t kCheaper = 256;  // trying one more costs as much as so many comparisons
+constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more
 
 using Positions = std::vector<std::uint32_t>;
 

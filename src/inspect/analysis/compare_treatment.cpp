@@ -91,7 +91,8 @@ class Comparison {
     return false;
   }
 
-  // True if a twin that treats packets alike gets all packets that the rule gets.
+  // True if a twin has the same treatment, and no rule that may come before it can treat one of the
+  // rule's packets differently.
   bool hasHeir() const {
     const auto twins = by_matches_[1 - side_].find(rule_->matches);
     if (twins == by_matches_[1 - side_].end()) return false;

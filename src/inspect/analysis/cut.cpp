@@ -88,7 +88,8 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   return count;
 }
 
-// The share of what remains that a set has; 0 only if they do not meet.
+// Estimates how much of the remaining product the set takes, from 0 to 1. The result is 0 only if
+// they do not meet. `*whole` says whether the set takes all of it.
 double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;

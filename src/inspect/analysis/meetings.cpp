@@ -96,7 +96,8 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
       std::upper_bound(begins.values.begin(), begins.values.end(), last) - begins.values.begin());
   const auto ended = static_cast<std::size_t>(
       std::lower_bound(ends.values.begin(), ends.values.end(), first) - ends.values.begin());
-  // The bit set after the last hull that has begun, without the one after the last that has ended.
+  // Takes the smallest bit set that holds all hulls that have begun, and removes the largest one
+  // that holds only hulls that have ended.
   const std::size_t above = (begun + distance_ - 1) / distance_, below = ended / distance_;
   const Word* begunMark = begins.marks.data() + above * words_;
   const Word* endedMark = ends.marks.data() + below * words_;

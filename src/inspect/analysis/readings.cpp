@@ -92,7 +92,7 @@ AddressBytes bytesOf(ValueForm form, const FieldValue& value) {
   return bytes;
 }
 
-// --- What one kind of field is asked for ---------------------------------------------------------
+// --- One field of a match ------------------------------------------------------------------------
 
 class Reader {
  public:

@@ -38,8 +38,9 @@ std::optional<std::uint8_t> packetField(std::string_view name);
 std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text);
 void appendField(const FieldRow& row, const FieldValue& value, std::string* out);
 
-// A space has two fields for each field of a packet, one for each half. The lower half of an
-// address is never lacking; the upper half says whether the field is.
+// A space has two fields for each field of a packet. Half 0 holds the upper 64 bits of an IPv6
+// address, and all of any other value. Half 1 holds the rest. If the packet lacks the field, only
+// half 0 is lacking.
 constexpr std::uint32_t halfOf(std::uint32_t field, unsigned half) { return 2 * field + half; }
 std::vector<Space::Field> spaceFields();
 

@@ -98,8 +98,8 @@ void Space::forget(SetId count) {
   terms_.resize(sets_.back());
 }
 
-// A part begins at each bit that some mask has without the bit above it. Parts in which no mask has
-// a bit are left out, but a constrained field keeps one part.
+// Seen from the top bit, a part begins wherever some mask goes from 0 to 1. Parts in which no mask
+// has a bit are left out, but a constrained field keeps one part.
 void Space::divideFields() {
   struct Use {
     bool asked = false;

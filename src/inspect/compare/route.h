@@ -58,7 +58,8 @@ struct FoundRoute {
   Route route;       // empty if there is none
   bool best = true;  // true if it is shown that no other costs less
 };
-// The route with the fewest steps whose setters change only to what `allowed` has.
+// Finds the route with the fewest steps. Its setters set only stages and types that are in
+// `allowed`.
 FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds);
 

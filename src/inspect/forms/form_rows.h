@@ -58,8 +58,8 @@ enum class FieldTest : std::uint8_t {
   kValue,    // the field equals the number in the message
   kTernary,  // the field equals the first number under the mask in the second
   kRange,    // the field lies between the two numbers, both included
-  kSet,      // the field is one of the first numbers
-  kNotIn,    // the field is none of the second numbers
+  kSet,      // the field is one of the numbers in fields[0]
+  kNotIn,    // the field is none of the numbers in fields[1]
 };
 
 // The values whose meaning the model leaves open. Empty sets, and ranges that end before they
