@@ -4,6 +4,7 @@
 
 #include <filter_inspect/filter_analysis.h>
 #include <sys/resource.h>
+#include <algorithm>
 
 #include <arpa/inet.h>
 #include <cstdlib>
@@ -153,17 +154,23 @@ void measureTiles() {
     FiltersEntry tile(i);
     require(
         tile.setMatch(MatchSrcIPv4({htonl(i / 64 << 26)}, {htonl(0xfc000000)})) == FILTERS_OK &&
-            tile.setMatch(MatchDstIPv4({htonl(i % 64 << 26)}, {htonl(0xfc000000)})) == FILTERS_OK,
-        "a match is refused");
+            tile.setMatch(MatchDstIPv4({htonl(i % 64 << 26)}, {htonl(0xfc000000)})) == FILTERS_OK &&
+            tile.setAction(ActionPermit()) == FILTERS_OK,
+        "a part is refused");
     insert(&group, &tile);
   }
   FiltersEntry all(64 * 64);
   require(all.setMatch(MatchSrcIPv4({0}, {0})) == FILTERS_OK &&
-              all.setMatch(MatchDstIPv4({0}, {0})) == FILTERS_OK,
-          "a match is refused");
+              all.setMatch(MatchDstIPv4({0}, {0})) == FILTERS_OK &&
+              all.setAction(ActionPermit()) == FILTERS_OK,
+          "a part is refused");
   insert(&group, &all);
   const Report report = measure("64 x 64 tiles", group, options(false), 60, 5);
-  require(report.findings.size() == 1 && report.findings[0].others.size() == 64 * 64,
+  // Some tiles have source addresses that no packet should have; those findings do not count here.
+  const auto found =
+      std::find_if(report.findings.begin(), report.findings.end(),
+                   [](const Finding& finding) { return finding.code == Code::kEntryUnreachable; });
+  require(found != report.findings.end() && found->others.size() == 64 * 64,
           "the tiles do not cover");
 }
 
