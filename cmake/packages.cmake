@@ -87,9 +87,10 @@ function(describe_package kind section summary about)
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
   endif()
   if(section STREQUAL "libs")
-    # CPack adds scripts that do the same.
+    # The trigger runs ldconfig. CPack would add two scripts that do so too, unless scripts with these
+    # names are given; it warns of files that are missing, and leaves them out.
     set(${fields}_PACKAGE_CONTROL_EXTRA
-        ${PROJECT_SOURCE_DIR}/packaging/debian/triggers PARENT_SCOPE)
+        "${PROJECT_SOURCE_DIR}/packaging/debian/triggers;none/postinst;none/postrm" PARENT_SCOPE)
   endif()
   cmake_parse_arguments(PARSE_ARGV 4 extra "" "RECOMMENDS" "DEPENDS")
   # All packages of a build depend on the same version.
@@ -110,8 +111,9 @@ describe_package(
   RECOMMENDS
     "libprotobuf-dev (>= ${Protobuf_VERSION}), libprotobuf-dev (<< ${Protobuf_VERSION}.1~)")
 if(TARGET filter_inspect)
-  set(about "Says why rules of packet filters are refused, and what their bytes lose when they\n\
-are read: what libfilter-common itself answers with a bare code, or with nothing.")
+  set(about "Says why rules of packet filters are refused, and what their bytes lose\n\
+when they are read. libfilter-common itself answers with a bare code or with\n\
+nothing.")
   describe_package(
     inspect_runtime libs "reports on packet-filter rules, shared library" "${about}"
     DEPENDS ${runtime_package})
@@ -120,8 +122,8 @@ are read: what libfilter-common itself answers with a bare code, or with nothing
     DEPENDS ${inspect_runtime_package} ${development_package})
 endif()
 if(TARGET filter-inspect)
-  set(about "Shows, checks, compares and converts what the processes of a device hand to each\n\
-other, and says what stages and types of groups admit.")
+  set(about "Shows, checks, compares and converts what the processes of a device hand\n\
+to each other, and says what stages and types of groups admit.")
   describe_package(
     tool utils "look into groups of packet-filter rules" "${about}"
     DEPENDS ${inspect_runtime_package} ${runtime_package})

@@ -55,6 +55,15 @@ for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}"; do
 done
 dpkg-deb -I "$runtime" shlibs | grep "^libfilter_common 1 libfilter-common1 "
 
+# The packager names the contact, and no fault report asked for the packages.
+if command -v lintian; then
+  lintian --allow-root --fail-on error,warning --suppress-tags \
+    bogus-mail-host,bogus-mail-host-in-debian-changelog,root-in-contact,initial-upload-closes-no-bugs \
+    "$work"/packages/*.deb
+else
+  echo "debian_packages: lintian is not installed, so it did not look at the packages"
+fi
+
 # Only the runtime packages contain the libraries, with their sonames and versions. No file is in
 # two packages.
 root="$work/root of another machine"

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Configures a project that has the library in a subfolder. The library is installed only if the
 # project asks for it, does not change settings of the whole build, contains the second library if
-# asked, and refuses to be built as a static library.
+# asked, and refuses to be built as a static library or into a project without C++.
 #   subproject_test.sh <folder of the sources>
 # The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail
@@ -36,3 +36,7 @@ cmake --install "$work/build" --prefix "$work/installed"
 [[ ! -e $work/installed ]]
 if configure -DBUILD_SHARED_LIBS=OFF 2>"$work/refusal"; then exit 1; fi
 grep BUILD_SHARED_LIBS=OFF "$work/refusal"
+sed -i 's/LANGUAGES CXX/LANGUAGES C/' "$work/CMakeLists.txt"
+rm -rf "$work/build"
+if configure 2>"$work/refusal"; then exit 1; fi
+grep 'LANGUAGES C CXX' "$work/refusal"
