@@ -24,7 +24,8 @@
 // anew from an entry, must be the only one to use it.
 //
 // Gaps, all deliberate: no function makes an ActionSetInnerPcp, ActionBlackHole or
-// ActionL2ToCpuDrop. No getter reads ports, MAC addresses, the CPU queue or MPLS interfaces. No
+// ActionL2ToCpuDrop. No getter reads an ActionBlockEgressPorts, ActionRedirect,
+// ActionReplaceDstMac, ActionReplaceSrcMac, ActionMapToCpuCosQueue or ActionMplsPortSet. No
 // function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>

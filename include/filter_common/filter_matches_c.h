@@ -25,8 +25,9 @@
 //
 // Gaps, all deliberate: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
 // MatchDestinationCpu. None makes a masked IPv6 source, excluded port types, or an empty set or set
-// of more than one VLAN id or PCP. No getter reads lists of ports, VLAN ids, PCPs or VLAN tagging.
-// No function compares, prints or serializes.
+// of more than one VLAN id or PCP. No getter reads a MatchIngressPorts, MatchEgressPorts,
+// MatchExternalVlanId, MatchInternalVlanId, MatchPcp, MatchInternalPcp or MatchVlanTagging. No
+// function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 

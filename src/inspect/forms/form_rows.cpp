@@ -53,14 +53,20 @@ constexpr PacketField field(FieldTest test, Layer layer, const char* usual = nul
   return {test, layer, usual};
 }
 
+// A match with a value but no field would count as one that takes every packet.
+constexpr bool hasFieldForValue(const MatchForm& row) {
+  return row.form == ValueForm::kFlag || row.packet[0].test != FieldTest::kNone;
+}
+
 }  // namespace
 
 const MatchForm* formOf(filtersMatch_t code) {
   switch (code) {
-#define MATCH_FORM(code, form, ...)                           \
-  case code: {                                                \
-    static constexpr MatchForm row = {{form}, {__VA_ARGS__}}; \
-    return &row;                                              \
+#define MATCH_FORM(code, form, ...)                                                             \
+  case code: {                                                                                  \
+    static constexpr MatchForm row = {{form}, {__VA_ARGS__}};                                   \
+    static_assert(hasFieldForValue(row), "a match that holds a value is about a packet field"); \
+    return &row;                                                                                \
   }
 #include "forms.def"
   }

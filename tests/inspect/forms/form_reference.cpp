@@ -6,6 +6,7 @@
 
 #include "../../../src/inspect/forms/form_rows.h"
 #include "../../../src/inspect/forms/json_keys.h"
+#include "../../../src/inspect/forms/message_fields.h"
 #include "../../samples.h"
 
 namespace {
@@ -202,6 +203,47 @@ std::string example() {
   return value.empty() ? name : name + '=' + value;
 }
 
+void convert(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
+void convert(const Action& action, ActionPB* message) { action.convertToActionPB(message); }
+void convert(const MatchPB& message, Match* match) { match->convertFromMatchPB(&message); }
+void convert(const ActionPB& message, Action* action) { action->convertFromActionPB(&message); }
+
+// Tells whether the class keeps the number that a message brings.
+template <class T, class Message>
+bool keeps(const FormRow& row, std::uint64_t number) {
+  Message came, kept;
+  T object = catalogue::samples<T>().back();
+  convert(object, &came);
+  setNumber(&came, row.fields[0], static_cast<std::uint32_t>(number));
+  convert(came, &object);
+  convert(object, &kept);
+  return numberIn(kept, row.fields[0]) == number;
+}
+
+// The width of a number is written in its row, and again in the class that holds it.
+template <class T, class Code>
+bool hasTrueWidth(Code code) {
+  using Message = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
+  const FormRow& row = *formOf(code);
+  if (row.form != ValueForm::kNumber && row.form != ValueForm::kHexadecimal) return true;
+  const std::uint64_t beyond = std::uint64_t{1} << row.bits;
+  if (keeps<T, Message>(row, beyond - 1) && (row.bits == 32 || !keeps<T, Message>(row, beyond))) {
+    return true;
+  }
+  std::cerr << "forms.def: " << nameOf(code) << " does not have " << unsigned{row.bits}
+            << " bits\n";
+  return false;
+}
+
+bool haveTrueWidths() {
+  bool all = true;
+#define FILTERS_MATCH(code, T, blank) all &= hasTrueWidth<T>(code);
+#include <filter_common/filter_matches.def>
+#define FILTERS_ACTION(code, T, blank) all &= hasTrueWidth<T>(code);
+#include <filter_common/filter_actions.def>
+  return all;
+}
+
 template <class T, class Code>
 void printRow(Code code) {
   std::cout << "| `" << nameOf(code) << "` | `" << example<T>() << "` | " << rangeOf(*formOf(code))
@@ -225,6 +267,7 @@ int main(int argc, char** argv) {
   if (what == "schema") {
     std::cout << schema().dump(1) << '\n';
   } else if (what == "values") {
+    if (!haveTrueWidths()) return 1;
     printValues();
   }
   return std::cout.flush() ? 0 : 1;
