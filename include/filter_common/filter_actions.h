@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_ACTIONS_H_
 #define FILTER_COMMON_FILTER_ACTIONS_H_
 
-// The actions of a filter rule, which the device applies to matching packets, one class each. An
-// action is a value: its constructor makes it, its getters read it, == compares it, << prints it,
-// and it can be written to and read from an ActionPB message. An entry keeps copies and never takes
-// the caller's object. For example:
+// The actions of a filter rule, which the device applies to matching packets. Each kind of action
+// has a class. An action is a value: its constructor makes it, its getters read it, == compares it,
+// << prints it, and it can be written to and read from an ActionPB message. An entry keeps copies
+// and never takes the caller's object. For example:
 //
 //     const ActionSetDSCP expedited(46);
 //     const Action& any = expedited;
@@ -22,11 +22,10 @@
 //   Action(FILTERS_ACTION_REDIRECT). Do not compare, print or copy such an object as an Action: it
 //   would be read as an ActionRedirect, which it is not.
 // - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-// those
-//   that write lists or addresses into a message, which is then partly filled. ActionMplsPortSet
-//   also throws std::invalid_argument. The object is then unchanged, with two exceptions:
-//   ActionMplsPortSet may keep the first of two ids that it reads, and an assignment that runs out
-//   of memory leaves the object valid with unspecified values.
+//   those that write lists or addresses into a message, which is then partly filled.
+//   ActionMplsPortSet also throws std::invalid_argument. The object is then unchanged, with two
+//   exceptions: ActionMplsPortSet may keep the first of two ids that it reads, and an assignment
+//   that runs out of memory leaves the object valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 
@@ -94,7 +93,7 @@ class FILTERS_API ActionBlackHole : public Action {
   bool operator==(const ActionBlackHole&) const { return true; }
 };
 
-// --- The way to the CPU --------------------------------------------------------------------------
+// --- Sending packets to the CPU ------------------------------------------------------------------
 
 // Sends a copy of the packet to the CPU.
 class FILTERS_API ActionCopyToCpu : public Action {
@@ -140,7 +139,7 @@ class FILTERS_API ActionL2ToCpuDrop : public Action {
 
 // The base class of actions with a list of ports, which keeps the caller's order. A comparison
 // looks at order and duplicates, but not at the code. The conversion of this class writes and reads
-// the code alone; the derived class adds the ports.
+// only the code; the derived class adds the ports.
 class FILTERS_API ActionPorts : public Action {
  public:
   ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);
@@ -151,7 +150,8 @@ class FILTERS_API ActionPorts : public Action {
   friend FILTERS_API std::ostream& ::operator<<(std::ostream& os, const ActionPorts& action);
 };
 
-// The ports that the packet must not leave by. Reading a message adds to the ports already held.
+// The ports through which the packet must not leave. Reading a message adds to the ports already
+// held.
 class FILTERS_API ActionBlockEgressPorts : public ActionPorts {
  public:
   explicit ActionBlockEgressPorts(const std::list<limid_t>& ports);
@@ -333,8 +333,9 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // as FiltersCommon, hides them. Code in such a namespace writes `using ::operator<<;` at namespace
 // scope (inside a function the line would hide the namespace's own operators), or calls
 // ::operator<<(os, action). Templates of the standard library, such as
-// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. A type
-// of your own whose operator<< calls these operators always works.
+// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. There
+// is a way that always works: write a type of your own, and let its operator<< call these
+// operators.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 #define FILTERS_ACTION(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);

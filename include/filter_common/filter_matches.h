@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_H_
 #define FILTER_COMMON_FILTER_MATCHES_H_
 
-// The criteria of a filter rule, one class each. A match is a value: its constructor makes it, its
-// getters read it, == compares it, << prints it, and it can be written to and read from a MatchPB
-// message. An entry keeps copies and never takes the caller's object. For example:
+// The criteria of a filter rule; each kind has a class. A match is a value: its constructor makes
+// it, its getters read it, == compares it, << prints it, and it can be written to and read from a
+// MatchPB message. An entry keeps copies and never takes the caller's object. For example:
 //
 //     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
 //     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
@@ -15,20 +15,17 @@
 // - No class checks the range of its values: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator
 //   is kept.
 // - convertToMatchPB() sets the message's type_ and the fields of the class. Pass a fresh or
-// cleared
-//   message.
+//   cleared message.
 // - convertFromMatchPB() reads the fields of the class and ignores type_. It reads absent numbers
-// and
-//   addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the width of
-//   the member and addresses to their size, and reads missing address bytes as zero.
+//   and addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the
+//   width of the member and addresses to their size, and reads missing address bytes as zero.
 // - Deliberate: the comparison of some classes is virtual, and that of the others is not.
 // - An object of a base class can be made with a leaf's code, for example Match(FILTERS_MATCH_TTL).
 //   Do not compare, print or copy such an object as a Match: it would be read as a MatchTTL, which
 //   it is not.
 // - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-// those
-//   that write lists or addresses into a message, which is then partly filled. The object is then
-//   unchanged, except that an assignment leaves it valid with unspecified values.
+//   those that write lists or addresses into a message, which is then partly filled. The object is
+//   then unchanged, except that an assignment leaves it valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 
@@ -89,8 +86,8 @@ class MatchExternalVlanId;
 class MatchInternalVlanId;
 
 // The base class of matches on ports. It holds a list of logical interface ids in the caller's
-// order, or a list of port types to exclude; only reading a message can give it both. A comparison
-// looks at order and duplicates.
+// order, or a list of port types to exclude. Only reading a message can give an object both lists.
+// A comparison looks at order and duplicates.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
@@ -115,8 +112,8 @@ class FILTERS_API MatchPorts : public Match {
   std::vector<port_type_t> excludedPortTypes_;
 };
 
-// The packet came in by one of these ports. Reading a message adds to the lists already held. The
-// arguments {} and {port} are ambiguous: write std::list<limid_t>{port}, or
+// The packet came in through one of these ports. Reading a message adds to the lists already held.
+// The arguments {} and {port} are ambiguous: write std::list<limid_t>{port}, or
 // std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}.
 class FILTERS_API MatchIngressPorts : public MatchPorts {
  public:
@@ -126,8 +123,8 @@ class FILTERS_API MatchIngressPorts : public MatchPorts {
   void convertFromMatchPB(const MatchPB* message) override;
 };
 
-// The packet leaves by one of these ports. This match never excludes port types, and ignores those
-// of a message. Reading a message adds to the ports already held.
+// The packet leaves through one of these ports. This match never excludes port types, and ignores
+// those of a message. Reading a message adds to the ports already held.
 class FILTERS_API MatchEgressPorts : public MatchPorts {
  public:
   explicit MatchEgressPorts(const std::list<limid_t>& ports);
@@ -226,7 +223,7 @@ class FILTERS_API MatchForwardingType : public Match {
   en_ForwardingType fwd_;
 };
 
-// Spanning-tree state of the ingress port.
+// The spanning-tree state of the ingress port.
 class FILTERS_API MatchIngressStpState : public Match {
  public:
   explicit MatchIngressStpState(en_StpState state)

@@ -106,7 +106,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// The question is where entries fit, so it is no loss that their own group refuses them.
+// Drops findings about refused entries. This command asks where entries fit, so it is no loss that
+// their own group refuses them.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {
@@ -115,7 +116,7 @@ void dropRefusals(Report* report) {
   all.erase(std::remove_if(all.begin(), all.end(), isRefusal), all.end());
 }
 
-// Finds the places for the entries of inputs.
+// Finds, for each entry of the input files, the chosen stages and group types that admit it.
 class Placer {
  public:
   Placer(const Options& options, Console* console)

@@ -23,7 +23,7 @@ struct Pair {
 
   // Findings are about the second file, unless only the first one has the group.
   std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
-  // Adds that place to the findings.
+  // Adds the file and the place of the group to the findings.
   void locate(const std::vector<Input>& inputs, Report* report) const {
     inputs[toldOf()].locate(*(b != nullptr ? b : a), report);
   }
@@ -49,7 +49,8 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// The differences of a pair. For a group without a partner, a finding says so.
+// The differences of a pair. If a group has no partner, a finding says that the group is new or
+// gone.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
   const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
@@ -126,7 +127,7 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
   return text + " (" + restsOn(order) + ")";
 }
 
-// The document, with an input for each file.
+// The JSON document. It has one `input` object for each file.
 class Document {
  public:
   explicit Document(const std::vector<Input>& inputs) {
@@ -210,7 +211,7 @@ Exit runPlan(const Options& options, Console* console) {
     if (!options.json) console->aside(inputs->at(pair.toldOf()).file, plan.report);
     document.add(pair.toldOf(), std::move(plan.report));
   }
-  if (exit == kExitFound) all.clear();  // half of a way is none
+  if (exit == kExitFound) all.clear();  // half of a plan is of no use
   for (auto& [pair, steps] : all) {
     if (!options.json && all.size() > 1 && !steps.empty()) {
       console->writeLine("# " + printable(pair.a->place + " to " + pair.b->place));

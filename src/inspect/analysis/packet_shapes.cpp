@@ -84,8 +84,8 @@ bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b)
       });
 }
 
-// Adds the fields that go together with those of the packet. Fields that it is known to lack stay
-// so.
+// Adds the other fields of each header of which the packet has a field. Fields that the packet is
+// known to lack stay absent.
 void complete(Packet* packet) {
   auto& values = PacketFields::of(*packet);
   const auto& rows = packetFields();
@@ -104,7 +104,7 @@ void complete(Packet* packet) {
       if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
-  // If a header is known to be incomplete, nothing completes it.
+  // A header of which a field is known to be absent stays incomplete.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
     if (hasOne(layer) && !isHalf(layer)) addAll(layer);
   }
@@ -168,7 +168,7 @@ Packet packetOf(const Space& space, const Point& point) {
     if (whole && value) (*whole)[1] = *value;
   }
   complete(&packet);
-  // If no set has a constraint, any packet will do, but it must have a field.
+  // If no set has a constraint, any packet will do, but it must have at least one field.
   if (fields.empty()) fields[0] = packetFields()[0].usual[0];
   return packet;
 }

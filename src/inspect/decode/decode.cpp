@@ -49,8 +49,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
   return {message, whole};
 }
 
-// Reports what concerns all bytes together, if no other finding says it. `ended` is true if a
-// finding says where the bytes end.
+// Reports what concerns all bytes together, unless another finding has said it. `ended` is true if
+// a finding says where the bytes end.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
               DecodeFindings* findings) {
   const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
@@ -66,7 +66,8 @@ void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool 
   }
 }
 
-// True if the group has nothing unusual. It is already known to write the same bytes again.
+// True if the group has nothing unusual. The caller already knows that the group writes the same
+// bytes again.
 bool areUsual(const FiltersGroup& group) {
   if (group.groupStageValidation(group.getStage(), group.getType()) != FILTERS_OK) return false;
   for (const auto& [id, entry] : group.getEntriesRef()) {
@@ -80,7 +81,7 @@ void replaceHead(const StageTypeInstead& instead, FiltersGroupPB* message) {
   if (instead.type) message->set_type_(static_cast<std::uint32_t>(*instead.type));
 }
 
-// As make(), with the other stage or type.
+// Like make(), but with the stage or type of `instead`.
 void makeInstead(std::string_view bytes, const StageTypeInstead& instead,
                  std::optional<FiltersGroup>* group) {
   MessageArena arena;
@@ -104,7 +105,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
   findings->group = blank.getId();
-  // Losses of the head come first, wherever it is in the bytes.
+  // Losses of the head come first, wherever its fields are in the bytes.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
   EntryReader reader(bytes, whole, &arena, &ofEntries);
@@ -169,8 +170,8 @@ DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& inste
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     makeInstead(bytes, instead, &decoded.group);
-    // The stage or the type differs from the bytes, so the bytes written cannot be compared as a
-    // whole.
+    // `instead` replaces the stage or the type. The group would therefore write other bytes than it
+    // was read from, so the two cannot be compared as a whole.
     noteGroup(bytes, &instead, true, limits, decoded.group.has_value(), nullptr, &findings);
   }
   decoded.report = findings.take();

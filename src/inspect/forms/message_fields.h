@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 #define FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 
-// Reads and writes the fields of a match's or action's message by their numbers. Works on messages,
-// not objects, so values that no setter accepts survive.
+// Reads and writes the fields of a match's or action's message by their numbers. These functions
+// work on messages and not on objects, so that values that no setter accepts survive.
 
 #include <google/protobuf/message.h>
 
@@ -18,7 +18,7 @@ using AnyMessage = google::protobuf::Message;
 std::uint32_t numberIn(const AnyMessage& message, int field);  // 0 or 1 for a bool; 0 if absent
 std::size_t countIn(const AnyMessage& message, int field);     // for a repeated field
 std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index);
-// The bytes are padded with zeros or cut off to the form's size, as the library does.
+// The bytes are padded with zeros or cut to the size of the form, as the library does.
 AddressBytes addressIn(const AnyMessage& message, int field, ValueForm form);
 
 void setNumber(AnyMessage* message, int field, std::uint32_t value);

@@ -2,7 +2,7 @@
 #define FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 
 // Groups to write and read, and checks that text and JSON keep their promises for any input. Tests
-// and fuzz/ use them. Each check returns the fault as text, or an empty text.
+// and fuzz/ use these groups and checks. Each check returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_text.h>
 
@@ -184,8 +184,8 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   entry->set_policer_(policerAt(at, static_cast<std::uint32_t>(random())).Serialize());
 }
 
-// A group that the library reads from a random message, so it can have every value that bytes can
-// have.
+// A group read from a random message. So it can hold any value that a message can bring, even those
+// that setters refuse.
 inline FiltersGroup randomGroup(std::mt19937& random) {
   const int stage = static_cast<int>(random() % kTypesOfStage.size());
   const int type = static_cast<int>(random() % kMatchesOfType.size());
