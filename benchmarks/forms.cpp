@@ -13,8 +13,9 @@ using namespace benchmarks;
 using FiltersInspect::ParsedGroups;
 using Groups = std::vector<FiltersGroup>;
 
-void show(const char* form, const char* work, unsigned rules, std::size_t size, double seconds) {
-  std::printf("%-5s %-6s %7u rules %9.1f ms %8.0f ns a rule %6.0f bytes a rule\n", form, work,
+void show(const char* form, const char* operation, unsigned rules, std::size_t size,
+          double seconds) {
+  std::printf("%-5s %-6s %7u rules %9.1f ms %8.0f ns a rule %6.0f bytes a rule\n", form, operation,
               rules, seconds * 1e3, seconds * 1e9 / rules, static_cast<double>(size) / rules);
   require(rules > 10000 || seconds < 1, "10,000 rules take longer than a second");
 }

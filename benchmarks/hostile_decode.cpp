@@ -1,6 +1,7 @@
 // Measures strict decoding of hostile groups with the default limit of findings: the most memory in
-// use for 1 MiB, the CPU time, and the growth of the time from half of the bytes to all. Fails if 1
-// MiB takes more than 3 s or 256 MiB, or if twice the bytes take more than three times as long.
+// use for 1 MiB, the CPU time, and the factor by which the time grows when the number of bytes
+// doubles. Fails if 1 MiB takes more than 3 s or 256 MiB, or if twice the bytes take more than
+// three times as long.
 
 #include <filter_inspect/filter_decode.h>
 

@@ -1,2 +1,2 @@
-// This program does nothing: valgrind's callgrind counts the cost of loading its libraries.
+// This program does nothing. callgrind runs it to count what loading the linked libraries costs.
 int main() {}

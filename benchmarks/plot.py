@@ -17,7 +17,7 @@ def main():
     costs = {}
     for run in json.load(open(times))["benchmarks"]:
         pair, rules = run["name"].split("/")[:2]
-        name = pair.split(".")[0]  # a work is timed beside each of its floors: the first counts
+        name = pair.split(".")[0]  # the first floor of each operation counts
         costs.setdefault(name, {}).setdefault(int(rules), run["ns_a_rule"] / 1000)
     commands = [
         "set terminal svg size 720,420 font 'sans,13' background 'white'",

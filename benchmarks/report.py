@@ -25,16 +25,16 @@ FLOORS = ("write", "write_arena", "write_again", "parse", "parse_destroy", "pars
           "parse_again", "debug_string")
 
 
-def ratios(row, work, floor, what, limits):
-    """A row for each number of rules: instructions of a work by those of a floor."""
-    return [(row, f"{what}, N = {size:,}", f"{work}.{size} / {floor}.{size}", limit, ".3f")
+def ratios(row, operation, floor, what, limits):
+    """A row for each number of rules: instructions of an operation by those of a floor."""
+    return [(row, f"{what}, N = {size:,}", f"{operation}.{size} / {floor}.{size}", limit, ".3f")
             for size, limit in limits]
 
 
 # The columns are the row, its description, a figure or the ratio of two figures, the limit and the
 # format. A limit may depend on the width of a pointer; a row without a limit is only printed. Figures
-# named time.* are ratios of times. Figures named by a work and a number of rules are instructions for
-# each rule. A KB is 1,024 bytes.
+# named time.* are ratios of times. Figures named by an operation and a number of rules are
+# instructions for each rule. A KB is 1,024 bytes.
 ROWS = [
     *ratios("1", "serialize", "write", "serialize / written on the heap",
             ((1, 0.80), (10, 0.40), (100, 0.37), (1000, 0.37), (10000, 0.37))),
@@ -146,11 +146,11 @@ def print_rows(figures, beside, wanted):
 
 def print_instructions(figures):
     print("\nInstructions a rule, by the number of rules (a change: in all):\n")
-    print("| work | " + " | ".join(f"{size:,}" for size in SIZES) + " |")
+    print("| operation | " + " | ".join(f"{size:,}" for size in SIZES) + " |")
     print("| --- " * (1 + len(SIZES)) + "|")
-    for work in LIBRARY + FLOORS:
-        print(f"| {work} | " + " | ".join(f"{figures[f'{work}.{size}']:,.0f}" for size in SIZES)
-              + " |")
+    for operation in LIBRARY + FLOORS:
+        each = (f"{figures[f'{operation}.{size}']:,.0f}" for size in SIZES)
+        print(f"| {operation} | " + " | ".join(each) + " |")
 
 
 def is_held(name):

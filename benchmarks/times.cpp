@@ -1,12 +1,12 @@
-// Measures the time of the library's common operations, each beside a floor (the same work with the
-// message classes alone). Both run in turn within each iteration, so that a slow moment of the
-// machine slows both. The result is the median of their ratios.
+// Measures the time of the library's common operations, each beside a floor (the same operation
+// with the message classes alone). Both run in turn within each iteration, so that a slow moment of
+// the machine slows both. The result is the median of their ratios.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
 #include <map>
 
-#include "works.h"
+#include "operations.h"
 
 namespace benchmarks {
 namespace {
@@ -22,21 +22,21 @@ Fixture* fixtureOf(unsigned rules) {
   return &fixtures.try_emplace(rules, rules).first->second;
 }
 
-double secondsOf(const Work& work, Fixture* fixture) {
-  work.warm(fixture);
+double secondsOf(const Operation& operation, Fixture* fixture) {
+  operation.warm(fixture);
   const auto start = std::chrono::steady_clock::now();
-  (fixture->*work.run)();
+  (fixture->*operation.run)();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void run(benchmark::State& state, const Work& work, const Work& floor) {
+void run(benchmark::State& state, const Operation& operation, const Operation& floor) {
   const auto rules = static_cast<unsigned>(state.range(0));
   Fixture* fixture = fixtureOf(rules);
   std::vector<double> times;
   std::vector<double> ratios;
   for (auto _ : state) {
     const double floorTime = secondsOf(floor, fixture);
-    const double time = secondsOf(work, fixture);
+    const double time = secondsOf(operation, fixture);
     state.SetIterationTime(time);
     times.push_back(time);
     ratios.push_back(time / floorTime);
@@ -46,10 +46,10 @@ void run(benchmark::State& state, const Work& work, const Work& floor) {
 }
 
 struct Pair {
-  const char* work;
+  const char* operation;
   const char* floor;
 };
-// plot.py draws the first pair of each work.
+// plot.py draws the first pair of each operation.
 constexpr Pair kPairs[] = {
     {"serialize", "write"},
     {"serialize", "write_arena"},
@@ -71,9 +71,9 @@ constexpr Pair kPairs[] = {
 int main(int argc, char** argv) {
   using namespace benchmarks;
   requireSameBytes(1000);
-  for (const auto& [work, floor] : kPairs) {
-    const std::string name = std::string(work) + '.' + floor;
-    benchmark::RegisterBenchmark(name.c_str(), run, workOf(work), workOf(floor))
+  for (const auto& [operation, floor] : kPairs) {
+    const std::string name = std::string(operation) + '.' + floor;
+    benchmark::RegisterBenchmark(name.c_str(), run, operationOf(operation), operationOf(floor))
         ->RangeMultiplier(10)
         ->Range(100, 100000)
         ->UseManualTime()

@@ -157,7 +157,7 @@ class NullBuffer : public std::streambuf {
   std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
 
-// The CPU time of the work, the fastest of five runs.
+// The CPU time of the fastest of five runs of the operation.
 inline double secondsOf(const std::function<void()>& work) {
   double best = 1e9;
   for (int run = 0; run < 5; ++run) {

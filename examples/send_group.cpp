@@ -38,7 +38,8 @@ ether_addr mac(const char* text) {
   return address;
 }
 
-// Stops if a rule cannot be made: sending it incomplete would leave a hole in the protection.
+// Stops the program if a rule cannot be made: a group without that rule would leave a hole in the
+// protection.
 void require(fc::filtersErr_t result) {
   if (result != fc::FILTERS_OK) throw std::runtime_error("refused: " + std::to_string(result));
 }

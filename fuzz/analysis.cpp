@@ -1,6 +1,6 @@
-// Checks the analysis of tiny groups against every packet that they can tell apart. For any group
-// that bytes make, it checks that tracing the example packets confirms the findings, and that the
-// group does not differ from itself.
+// Checks the analysis of tiny groups against every packet that they can tell apart. For a group
+// read from arbitrary bytes, it checks that trace() agrees with the example packet of each finding.
+// It also checks that comparing the group with itself reports nothing.
 
 #include "../tests/inspect/analysis/tiny_checks.h"
 #include "fuzz.h"

@@ -245,8 +245,9 @@ constexpr void (*kGroupCalls[])(Group&, Group&, const Entry&, ByteReader&) = {
     insert,  insert,      insert,         insert, removeEntry, passOwnParts, setPriorityAndStage,
     setType, readMessage, assignOrCompare};
 
-// Checks the group that another process makes from the bytes: it leaves out entries that the stage
-// and type refuse. A group holds such entries after it reads a message with another stage or type.
+// Checks the group that is rebuilt from the bytes, as a receiver would do it. The rebuilt group
+// leaves out entries that its stage and type refuse. A group holds such entries after it reads a
+// message with another stage or type.
 void checkRebuilt(const Group& g) {
   fuzz::GroupModel expected = g.model;
   expected.entries.clear();

@@ -10,7 +10,7 @@
 // the text does not depend on the compiler or on the place of the sources.
 #define FILTERS_ASSERT(expression, signature) FILTERS_ASSERT_AT(expression, __LINE__, signature)
 
-// The same, but reports the given line number, which is part of the interface.
+// The same, but reports the given line number, because callers may depend on it.
 #define FILTERS_ASSERT_AT(expression, line, signature) \
   ((expression) ? static_cast<void>(0) : __assert_fail(#expression, __FILE_NAME__, line, signature))
 

@@ -22,7 +22,7 @@ T& fromHandle(void* handle) {
   return static_cast<T&>(*static_cast<Base*>(handle));
 }
 
-// An array of ports as a list. The array is not read if count is 0.
+// Makes a list of an array of ports. The array is not read if count is 0.
 inline std::list<limid_t> portList(const limid_t* ports, unsigned int count) {
   return count == 0 ? std::list<limid_t>() : std::list<limid_t>(ports, ports + count);
 }

@@ -1,5 +1,5 @@
-// Tests what every match and action class must do, with the samples of each class, and the oddities
-// of single classes: values, bytes and text.
+// Tests what every match and action class must do, with the samples of each class. Also tests the
+// oddities of single classes: values, bytes and text.
 
 #include <filter_common/filter_counter.h>
 #include <filter_common/filter_counter.pb.h>
@@ -58,8 +58,9 @@ TYPED_TEST(EachClass, ReadsAbsentFieldsAsZeroUnlessItAppends) {
 template <class C, class Other>
 Other comparedWith(bool (C::*)(Other) const);
 
-// A T whose comparison always returns false. The generic comparison calls it only if T's comparison
-// is virtual, so `override` would not compile for every T.
+// A T whose comparison always returns false. The generic comparison calls this operator only if T's
+// own comparison is virtual. Some T have one that is not, and for these `override` would not
+// compile.
 template <class T>
 struct Contrary : T {
   using BaseOf<T>::operator==;
@@ -417,7 +418,7 @@ TEST(Counter, PrintsItsTypeByName) {
   for (int unknown : {-1, 99}) expectName(unknown, "Unknown");
 }
 
-// The library writes MAC addresses itself; the text must be the one of the C library.
+// The library writes MAC addresses itself; the text must be the same as the C library's.
 TEST(Printing, OfMacAddressesIsThatOfTheCLibrary) {
   for (unsigned value = 0; value <= 0xff; ++value) {
     ether_addr mac;

@@ -139,12 +139,13 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 
 // --- The checks ----------------------------------------------------------------------------------
 
-// The checks read only their arguments: the stage and type of this group are unknown.
+// The checks use only their arguments and not the group, so the stage and type of this group are
+// unknown on purpose.
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
 // The check and the public table must agree with the table in rules.h. Every code must be in some
-// row, except the codes in `nowhere`. The first row is that of none, which says nothing about
-// single codes.
+// row, except the codes in `nowhere`. The first row belongs to stage or type NONE. A code that is
+// only in that row does not count as being in a row.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,

@@ -33,7 +33,7 @@ function(filter_common_add_package_test name script)
     ${name} PROPERTIES ENVIRONMENT "${tools}" LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
 endfunction()
 
-# Installs into an empty prefix, moves it, and builds the examples there. The prefix has a blank in
+# Installs into an empty prefix, moves it, and builds the examples there. The prefix has a space in
 # its name, which must also work.
 set(prefix "${PROJECT_BINARY_DIR}/tests/installed tree")
 filter_common_add_package_test(install install_test.sh ${PROJECT_BINARY_DIR} ${prefix})

@@ -42,8 +42,8 @@ const BaseOf<T>& generic(const T& object) {
   return object;
 }
 
-// The printed text of an object. The static type chooses the printer; a Match or an Action prints
-// by its code.
+// The printed text of an object. T chooses the operator<<. The operator for Match or Action prints
+// the class that belongs to the object's code.
 template <class T>
 std::string printed(const T& object) {
   std::ostringstream os;

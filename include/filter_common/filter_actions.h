@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_ACTIONS_H_
 #define FILTER_COMMON_FILTER_ACTIONS_H_
 
-// The actions of a filter rule, which the device applies to matching packets, one class each. An
-// action is a value: its constructor makes it, its getters read it, == compares it, << prints it,
-// and it can be written to and read from an ActionPB message. An entry keeps copies and never takes
-// the caller's object. For example:
+// The actions of a filter rule, which the device applies to matching packets. Each kind of action
+// has a class. An action is a value: its constructor makes it, its getters read it, == compares it,
+// << prints it, and it can be written to and read from an ActionPB message. An entry keeps copies
+// and never takes the caller's object. For example:
 //
 //     const ActionSetDSCP expedited(46);
 //     const Action& any = expedited;
@@ -94,7 +94,7 @@ class FILTERS_API ActionBlackHole : public Action {
   bool operator==(const ActionBlackHole&) const { return true; }
 };
 
-// --- The way to the CPU --------------------------------------------------------------------------
+// --- Sending packets to the CPU ------------------------------------------------------------------
 
 // Sends a copy of the packet to the CPU.
 class FILTERS_API ActionCopyToCpu : public Action {
@@ -333,8 +333,9 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // as FiltersCommon, hides them. Code in such a namespace writes `using ::operator<<;` at namespace
 // scope (inside a function the line would hide the namespace's own operators), or calls
 // ::operator<<(os, action). Templates of the standard library, such as
-// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. A type
-// of your own whose operator<< calls these operators always works.
+// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. There
+// is a way that always works: write a type of your own, and let its operator<< call these
+// operators.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 #define FILTERS_ACTION(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);

@@ -5,7 +5,8 @@
 // filter_groups.h, whose description applies; this header says what is special to the C functions.
 //
 // Handles. A FiltersGroup* comes from newFiltersGroup(), and the caller owns it until
-// deleteFiltersGroup(). The functions copy entries that are passed in and never take them.
+// deleteFiltersGroup(). The functions copy entries that are passed in, and never take ownership of
+// them.
 //
 // Assertions. A null pointer stops the process with the C library's assertion message, in every
 // kind of build, unless a function says that it returns FILTERS_ERR_INVALID_ARGUMENT.

@@ -115,8 +115,8 @@ class FILTERS_API MatchPorts : public Match {
   std::vector<port_type_t> excludedPortTypes_;
 };
 
-// The packet came in by one of these ports. Reading a message adds to the lists already held. The
-// arguments {} and {port} are ambiguous: write std::list<limid_t>{port}, or
+// The packet came in through one of these ports. Reading a message adds to the lists already held.
+// The arguments {} and {port} are ambiguous: write std::list<limid_t>{port}, or
 // std::list<port_type_t>{FILTERS_PORT_TYPE_CPU}.
 class FILTERS_API MatchIngressPorts : public MatchPorts {
  public:

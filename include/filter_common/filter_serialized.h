@@ -14,9 +14,9 @@ namespace FiltersCommon {
 // A buffer is empty (size() 0, data() null) or filled. It is filled once, by a constructor, by
 // serialize() of an entry or a group, or by setData(), and never emptied. size() counts one zero
 // byte behind the bytes: n bytes give size() n + 1. Rebuilding an entry or a group from a buffer
-// reads all size() bytes. Behind a whole message the zero changes nothing. Behind a message that
-// was cut off, the zero can be read as the next byte; a string of the same bytes then gives another
-// object.
+// reads all size() bytes. Behind a whole message the zero changes nothing. If the message was cut
+// off, the parser may read the zero as its next byte. Rebuilding from the buffer then gives a
+// different object than rebuilding from a string of the n bytes without the zero.
 //
 // A derived class overrides size() and setData() together. Rebuilding reads data(), which is not
 // virtual. If a derived class keeps the bytes only elsewhere, rebuilding from it throws

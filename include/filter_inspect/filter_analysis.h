@@ -98,9 +98,10 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
 // `others` are other entries. If a packet shows the finding, `witness` is such a packet, and
 // trace() agrees. `before` is then what the entry does with packets, and `after` what another entry
 // does. The codes:
-// - kEntryUnreachable: entries before it take every packet that it may take. Those in `others`
-//   together take them all, and none of them can be left out. The treatment in the sentence and in
-//   `after` is that of the entries that take the packets first, which may be different ones.
+// - kEntryUnreachable: entries before it take every packet that it may take. The entries in
+//   `others` together take all these packets, and none of these entries can be left out. The
+//   treatment in the sentence and in `after` is that of the entries that take the packets first,
+//   which may be different ones.
 // - kEntriesTie: a packet reaches this entry and another one, which treats it differently, and the
 //   order does not say which comes first. Without an order, only if both take the same packets.
 // - kEntryRedundant: without this entry every packet would be treated as before. Each such finding
@@ -108,9 +109,11 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
 //   also the second of two entries that take the same packets and treat them alike, since the later
 //   one has no effect.
 // - kEntriesOverlap: this entry shares packets with the others and treats them differently. Without
-//   an order, each of the others takes all of its packets; entries that take nearly all packets of
-//   a large group are left out, and if there are many findings, one without an entry counts them.
-//   With an order, pairs are reported on request.
+//   an order, each entry in `others` takes all packets of this entry. Entries that take every
+//   packet are not listed. In a group of more than eight entries, an entry is not listed either if
+//   it takes all packets of at least three quarters of the others, since it is probably meant for
+//   the rest. If more than eight entries have such a finding, one finding without an `entry` gives
+//   their number instead. With an order, pairs are reported on request.
 // - kValueUnusual: hardly any sender means this; the sentence says what to write instead. It is
 //   about the match or action in `offender`, whose value is odd or contradicts one in `others`, or
 //   about an entry without an action. docs/analysis.md lists all such values.

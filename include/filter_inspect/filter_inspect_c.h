@@ -168,7 +168,7 @@ FILTERS_API FiltersReport* filtersGroupFromJson(const char* json, size_t size,
 
 // --- Diff and plan -------------------------------------------------------------------------------
 
-// diff() of filter_diff.h: empty exactly when the groups are equal.
+// Like diff() of filter_diff.h. The report is empty exactly when the groups are equal.
 FILTERS_API FiltersReport* filtersDiff(const FiltersGroup* a, const FiltersGroup* b);
 
 // One call on a group: filtersGroupRemoveEntry(), filtersGroupInsertEntry() with the target's entry

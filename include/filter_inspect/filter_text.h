@@ -7,10 +7,10 @@
 // forms. The same groups give the same bytes on every machine, if the platform gives interfaces the
 // same names.
 //
-// A policer is written as the bytes that the platform's library makes of it, and a port as its id.
-// Beside them stand the policer's rates and the interface's name, for people. Readers use the bytes
-// and ids. They refuse JSON whose names or descriptions contradict these, and ignore the comments
-// of text.
+// A policer is written as the bytes to which the platform's library serializes it, and a port as
+// its id. Beside them stand the policer's rates and the interface's name, for people. Readers use
+// the bytes and ids. They refuse JSON whose names or descriptions contradict these, and ignore the
+// comments of text.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else. Time and memory grow with the size of the argument, so

@@ -501,8 +501,8 @@ TABLE = [
     ("show cut.bin --framing=be32 --color=always", 2, ".*", r"cut.bin: group 2: \x1b\[31merror\x1b\[0m: .*"),
 ]
 
-# Rows for --json: the arguments, the exit code, two flags (results and trouble are present), and
-# words in the documents.
+# Rows for --json: the arguments, the exit code, whether standard output has a document, whether
+# standard error has one, and words that the two must contain.
 DOCUMENTS = [
     ("check lost.bin g.bin", 1, True, False, {"match-unknown", '"groups": 2'}),
     ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),

@@ -115,7 +115,7 @@ void dropRefusals(Report* report) {
   all.erase(std::remove_if(all.begin(), all.end(), isRefusal), all.end());
 }
 
-// Finds the places for the entries of inputs.
+// Finds, for each entry of the input files, the chosen stages and group types that admit it.
 class Placer {
  public:
   Placer(const Options& options, Console* console)

@@ -49,7 +49,8 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// The differences of a pair. For a group without a partner, a finding says so.
+// The differences of a pair. If a group has no partner, a finding says that the group is new or
+// gone.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
   const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
@@ -126,7 +127,7 @@ std::string treatmentSummary(const std::string (&files)[2], const Report& all, O
   return text + " (" + restsOn(order) + ")";
 }
 
-// The document, with an input for each file.
+// The JSON document. It has one `input` object for each file.
 class Document {
  public:
   explicit Document(const std::vector<Input>& inputs) {

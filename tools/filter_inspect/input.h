@@ -62,8 +62,8 @@ struct Wanted {
   bool entries = false;                 // fills InputGroup::entries
 };
 
-// Visits each file of the command line that can be read; "-" is standard input. Reports trouble
-// with others.
+// Visits each readable file of the command line; "-" is standard input. Reports why a file cannot
+// be read.
 void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit);
 

@@ -33,7 +33,7 @@ class InputFile {
     }
     return 0;
   }
-  // The system's error of opening or reading the file, or 0.
+  // The errno from opening or reading the file, or 0.
   int error() const { return error_; }
  private:
   const int handle_;

@@ -24,7 +24,7 @@ std::vector<NamedCode> codesOf() {
   return codes;
 }
 
-// Each enumeration and the word for it.
+// Each enumeration and its name on the command line.
 struct Enumeration {
   const char* name;
   const char* type;

@@ -21,8 +21,8 @@ using namespace FiltersCommon;
 constexpr std::size_t kMostHolders = 16;
 // The most entries within others that get a finding each.
 constexpr std::size_t kMostHeld = 8;
-// A rule that at most so many others meet is compared with each of them. For others, some packets
-// are tried first.
+// A rule that meets at most kFew rules before it is compared with each of them. For a rule that
+// meets more, some packets are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
 constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more
@@ -524,8 +524,8 @@ class Analysis {
     return known;
   }
 
-  // For two rules of one rank: looks for a packet that reaches both. Returns false if that takes
-  // too many steps.
+  // Looks for a packet that reaches both of two rules of one rank. Returns false if that takes too
+  // many steps.
   bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);

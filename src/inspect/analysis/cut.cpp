@@ -88,8 +88,8 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   return count;
 }
 
-// Estimates how much of the remaining product the set takes, from 0 to 1. The result is 0 only if
-// they do not meet. `*whole` says whether the set takes all of it.
+// Estimates how much of what remains the set takes, from 0 to 1. The result is 0 only if the set
+// meets nothing of it. `*whole` says whether the set takes all of it.
 double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;
@@ -105,8 +105,8 @@ double Cut::shareOf(SetId set, bool* whole) {
   return std::max(share, std::numeric_limits<double>::min());
 }
 
-// Moves the candidates that meet what remains to the front, and finds the next one to take, if the
-// steps suffice.
+// Moves the candidates that meet what remains to the front, and finds the next one to subtract, if
+// there are enough steps left.
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;

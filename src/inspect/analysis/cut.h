@@ -1,24 +1,24 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_CUT_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_CUT_H_
 
-// Takes sets away from another set, and finds what is left.
+// Subtracts sets from another set, and finds what is left.
 //
-// If one product is taken from another, what remains is at most one product for each dimension. A
-// Cut goes through these one by one, until it finds something that no set meets, or nothing is
-// left. The question is as hard as any in propositional logic, so the number of steps is limited.
-// Choosing the set to take next from a product is one step, and so are every few hundred ranges
-// looked at.
+// Each set is a product of ranges (see space.h). Subtracting one product from another leaves at
+// most one product per dimension. A Cut goes through these products one by one, until it finds one
+// that no set meets, or until nothing is left. The question is as hard as any in propositional
+// logic, so the number of steps is limited. Choosing the next set to subtract from a product is one
+// step. Looking at a few hundred ranges is one step too.
 
 #include "space.h"
 
 namespace FiltersInspect {
 
-// A set that is taken away. The candidate of the lowest level that has a packet takes it. If that
-// candidate stops, the cut ends there.
+// A set to subtract. A packet is taken by the candidate of the lowest level that has the packet. If
+// that candidate has `stops` set, the cut ends with kStopped.
 struct Candidate {
   SetId set;
   std::uint32_t level;
-  bool stops;         // never at level 0
+  bool stops;         // ends the cut if it is the first to take a packet; never set at level 0
   std::uint32_t tag;  // a number of the caller's
 };
 
@@ -43,15 +43,16 @@ class Cut {
 
   Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
 
-  // Takes the candidates away from the intersection of the sets; changes the order of the
-  // candidates. `quick` lets the cut find kLeft by counting, without a point.
+  // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. `quick`
+  // lets the cut find kLeft by counting, without a point.
   Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates, bool quick,
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }
   void setSteps(std::uint64_t steps) { steps_left_ = steps; }
 
-  // For watchers; also after kLeft and kStopped, unless counting found it. They are about the part
-  // that remained, or about the share of the candidate that took or stopped.
+  // For watchers. They may also be called after kLeft or kStopped, unless the result was found by
+  // counting. They are then about the part that is left, or about the share of the candidate that
+  // ended the cut.
   bool meets(SetId set) const;
   Point point(SetId within = kEverything) const;  // a packet in the part and in `within`
  private:
@@ -59,11 +60,11 @@ class Cut {
     std::uint32_t begin, count;  // in ranges_
     std::uint32_t size;          // the number of ranks
   };
-  // A product that remains, and how much of it is done.
+  // A product from which candidates are still subtracted, and how much of it is done.
   struct Frame {
     std::size_t ranges;      // size of ranges_ when it was made
     std::size_t candidates;  // how many candidates, from the front, meet it
-    SetId taken = kNothing;  // the set that is being taken from it
+    SetId taken = kNothing;  // the set that is being subtracted
     const Space::Term* next = nullptr;
   };
   struct Chosen {

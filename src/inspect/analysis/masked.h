@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_MASKED_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_MASKED_H_
 
-// Addresses and ports under masks: what they take, and what was probably meant.
+// Addresses and ports under masks: which packets they take, and what the sender probably meant.
 
 #include <cstddef>
 #include <string>

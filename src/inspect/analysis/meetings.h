@@ -5,10 +5,10 @@
 //
 // In each dimension a set has a hull, from its lowest to its highest rank. A hull overlaps another
 // one if it does not begin after that ends and does not end before that begins. For each of the two
-// conditions, a dimension keeps the hulls sorted, and at regular distances a bit set of all hulls
-// up to that place. The few hulls between two bit sets are looked at one by one. The answer is the
-// intersection of two bit sets for each constrained dimension. Its cost grows with the length of
-// the list, but 100,000 sets take only a few thousand machine words.
+// conditions, a dimension keeps the hulls sorted. At regular distances in the sorted list it stores
+// a bit set of all hulls up to that place. The few hulls between two bit sets are looked at one by
+// one. The answer is the intersection of two bit sets for each constrained dimension. Its cost
+// grows with the length of the list, but 100,000 sets take only a few thousand machine words.
 
 #include <cstddef>
 #include <cstdint>
@@ -24,16 +24,17 @@ class Meetings {
   Meetings(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks);
   std::size_t size() const { return sets_.size(); }
 
-  // Appends, in ascending order, the positions from `begin` up to `end` whose sets meet this one.
-  // Returns false if the limit of ranges is reached: some of them may then not meet it.
+  // Appends, in ascending order, the positions from `begin` up to `end` whose sets meet `set`.
+  // Returns false if the limit of ranges is reached: some of these sets may then not meet `set`.
   bool meeting(SetId set, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
-  // An upper limit of their number.
+  // An upper limit of the number of these positions.
   std::size_t count(SetId set, std::size_t begin, std::size_t end);
-  // The same for sets that may have this packet: its ranks lie within their hulls.
+  // The same as meeting() for sets that may have this packet, because its ranks lie within their
+  // hulls.
   void mayHold(const Point& point, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
-  // The same for sets that hold all of this one.
+  // The same as meeting() for sets that hold all of `set`.
   void holding(SetId set, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
  private:

@@ -84,8 +84,8 @@ bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b)
       });
 }
 
-// Adds the fields that go together with those of the packet. Fields that it is known to lack stay
-// so.
+// Adds the other fields of each header of which the packet has a field. Fields that the packet is
+// known to lack stay absent.
 void complete(Packet* packet) {
   auto& values = PacketFields::of(*packet);
   const auto& rows = packetFields();

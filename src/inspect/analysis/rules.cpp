@@ -24,7 +24,8 @@ bool isPrefix(std::uint64_t mask, unsigned width) {
 }
 
 // Ranges and masks with holes cannot be cut alike. One field can have both only if two groups of
-// different types are compared. Such a mask is then open: it may take anything.
+// different types are compared. Such a mask is then treated as open, that is, as a value with
+// several readings: it may take anything.
 void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* all) {
   static const std::vector<Space::Field> fields = spaceFields();
   for (Asked& asked : *all) {

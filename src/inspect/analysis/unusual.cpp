@@ -172,8 +172,8 @@ class Oddities {
     finding->others = std::move(others);
     finding->message = std::move(message);
   }
-  // Reports what is odd about a value. The sentence begins with the value as the text form writes
-  // it.
+  // Reports what is odd about a value. The finding's message begins with the value as the text form
+  // writes it.
   void add(const MatchPB& match, const std::string& why, std::vector<std::uint32_t> others = {}) {
     add(Subject::kMatch, match.type_(),
         quoted(valueText(*formOf(static_cast<filtersMatch_t>(match.type_())), match)) + why,

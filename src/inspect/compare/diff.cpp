@@ -75,7 +75,8 @@ class Differences {
     addPolicer(Subject::kPolicer, &a.getPolicer(), a_.policer_(), &b.getPolicer(), b_.policer_());
     addPolicer(Subject::kParent, a.getPolicerParent().get(), a_.policer_parent_(),
                b.getPolicerParent().get(), b_.policer_parent_());
-    // The comparison of entries decides: it may know more than the parts read here.
+    // The entries differ by operator==. If none of the parts above differs, the finding is about
+    // the whole entries, since operator== may compare more than these parts.
     if (report_.findings.size() == found) addPart(Subject::kEntry, 0, toText(a), toText(b));
   }
 

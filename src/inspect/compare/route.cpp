@@ -99,7 +99,7 @@ class Search {
     return false;
   }
 
-  // The next waypoint, as reached from this one.
+  // `next`, with `changed` set to what the setter changes on the way from `waypoint`.
   static Waypoint by(const Waypoint& waypoint, const Waypoint& next) {
     return {next.place, next.bits, next.bits & ~waypoint.bits};
   }

@@ -80,7 +80,7 @@ void replaceHead(const StageTypeInstead& instead, FiltersGroupPB* message) {
   if (instead.type) message->set_type_(static_cast<std::uint32_t>(*instead.type));
 }
 
-// As make(), with the other stage or type.
+// Like make(), but with the stage or type of `instead`.
 void makeInstead(std::string_view bytes, const StageTypeInstead& instead,
                  std::optional<FiltersGroup>* group) {
   MessageArena arena;
@@ -169,8 +169,8 @@ DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& inste
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     makeInstead(bytes, instead, &decoded.group);
-    // The stage or the type differs from the bytes, so the bytes written cannot be compared as a
-    // whole.
+    // `instead` replaces the stage or the type. The group would therefore write other bytes than it
+    // was read from, so the two cannot be compared as a whole.
     noteGroup(bytes, &instead, true, limits, decoded.group.has_value(), nullptr, &findings);
   }
   decoded.report = findings.take();

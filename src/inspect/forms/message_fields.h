@@ -18,7 +18,7 @@ using AnyMessage = google::protobuf::Message;
 std::uint32_t numberIn(const AnyMessage& message, int field);  // 0 or 1 for a bool; 0 if absent
 std::size_t countIn(const AnyMessage& message, int field);     // for a repeated field
 std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index);
-// The bytes are padded with zeros or cut off to the form's size, as the library does.
+// The bytes are padded with zeros or cut to the size of the form, as the library does.
 AddressBytes addressIn(const AnyMessage& message, int field, ValueForm form);
 
 void setNumber(AnyMessage* message, int field, std::uint32_t value);

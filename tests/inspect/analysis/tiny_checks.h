@@ -166,7 +166,8 @@ inline std::string faultOfWitness(const Case& c, const Facts& built, const Findi
   return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
-// The blockers together must cover the entry. Without any one of them they must not cover it.
+// The blockers together must cover the entry. If any one blocker is left out, the others must not
+// cover the entry.
 inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   std::vector<bool> needed(finding.others.size());
   for (const PlainPacket& packet : c.everyPacket()) {

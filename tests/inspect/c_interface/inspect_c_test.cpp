@@ -1,4 +1,4 @@
-// Tests the C interface: all functions from C, and a failure of every allocation in them.
+// Tests the C interface: all functions are called from C, and every allocation in them fails once.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_inspect_c.h>

@@ -184,8 +184,8 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   entry->set_policer_(policerAt(at, static_cast<std::uint32_t>(random())).Serialize());
 }
 
-// A group that the library reads from a random message, so it can have every value that bytes can
-// have.
+// A group read from a random message. So it can hold any value that a message can bring, even those
+// that setters refuse.
 inline FiltersGroup randomGroup(std::mt19937& random) {
   const int stage = static_cast<int>(random() % kTypesOfStage.size());
   const int type = static_cast<int>(random() % kMatchesOfType.size());

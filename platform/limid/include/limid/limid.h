@@ -30,8 +30,8 @@
 extern "C" {
 #endif
 
-/* An id. Every one of the 2^32 values may be passed to every function. A value without a known type
- * has none of the types below. */
+/* An id. Every one of the 2^32 values may be passed to every function. For a value of unknown type,
+ * limid_is_from_type() returns 0 for every type below. */
 typedef uint32_t limid_t;
 
 /* Types of id, for limid_is_from_type. Ethernet ports come in several types on some devices, so

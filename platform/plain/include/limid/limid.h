@@ -12,7 +12,8 @@
 extern "C" {
 #endif
 
-/* The type, the type of the bridge domain or 0, and the number with the higher byte first. */
+/* Byte 0 is the type of the id. Byte 1 is the type of a bridge domain, or 0 for other ids. Bytes 2
+ * and 3 are the number, high byte first. */
 typedef struct limid_t {
   uint8_t bytes[4];
 } limid_t;

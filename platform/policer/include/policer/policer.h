@@ -13,7 +13,7 @@
 // Enumerations may hold values without a name here, because a newer device may send them. Such a
 // value can be cast to the enumeration, and is kept, compared and serialized like any other.
 //
-// The device's own library has functions to read a policer too. The constructors that need more
+// The device's own library also has functions to read a policer. The constructors that need more
 // than bytes, and the named functions of Mode and Action, belong to this stand-in. For example:
 //
 //   const policer::Policer policer(7, policer::Stage::Ingress, policer::Mode::Flow(1000, 1500),
@@ -47,7 +47,7 @@ enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 
 // The effect on a packet of the action's colour.
 enum class ActionType : std::uint32_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
 
-// A way of metering and its figures. A figure that this way does not use is 0.
+// A metering mode and its parameters. A parameter that the mode does not use is 0.
 class Mode {
  public:
   static constexpr Mode SrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t ebs) {

@@ -1,10 +1,10 @@
-#ifndef FILTER_COMMON_BENCHMARKS_WORKS_H_
-#define FILTER_COMMON_BENCHMARKS_WORKS_H_
+#ifndef FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
+#define FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
 
-// The measured works on a group of N rules, by name: works of the library, and floors (the same
-// bytes with the message classes alone). Each work is done for the whole group. Its preparation is
-// not timed or counted, so that a work and its floor can be compared: for example, one makes a
-// group and the other makes a message, or both also destroy it.
+// The measured operations on a group of N rules, by name: operations of the library, and floors
+// (the same bytes with the message classes alone). Each operation is done for the whole group. Its
+// preparation is not timed or counted, so that an operation and its floor can be compared: for
+// example, one makes a group and the other makes a message, or both also destroy it.
 
 #include <google/protobuf/arena.h>
 
@@ -23,7 +23,7 @@
 
 namespace benchmarks {
 
-// A group and everything that the works need.
+// A group and everything that the operations need.
 class Fixture {
  public:
   explicit Fixture(unsigned rules) : rules_(rules), group_(makeGroup(rules)), twin_(group_) {
@@ -36,7 +36,7 @@ class Fixture {
 
   // --- Preparing ---
 
-  // Frees the results of the last work. The string is swapped with an empty one, because an
+  // Frees the results of the last operation. The string is swapped with an empty one, because an
   // assignment would keep its memory.
   void forget() {
     made_.reset();
@@ -145,13 +145,13 @@ class Fixture {
   std::string out_;
 };
 
-struct Work {
+struct Operation {
   const char* name;
   void (Fixture::*prepare)();
   void (Fixture::*run)();
 
-  // Prepares the work, does it once and prepares it again. The caches then hold the data of this
-  // work and not that of another one.
+  // Prepares the operation, does it once and prepares it again. The caches then hold the data of
+  // this operation and not that of another one.
   void warm(Fixture* fixture) const {
     (fixture->*prepare)();
     (fixture->*run)();
@@ -160,7 +160,7 @@ struct Work {
 };
 
 using F = Fixture;
-constexpr Work kWorks[] = {
+constexpr Operation kOperations[] = {
     {"make", &F::forget, &F::make},
     {"serialize", &F::forget, &F::serialize},
     {"rebuild", &F::forget, &F::rebuild},
@@ -188,14 +188,14 @@ constexpr Work kWorks[] = {
     {"debug_string", &F::parseAgain, &F::debugString},
 };
 
-inline const Work& workOf(const char* name) {
-  const auto found = std::find_if(std::begin(kWorks), std::end(kWorks), [&](const Work& work) {
-    return std::strcmp(work.name, name) == 0;
-  });
-  require(found != std::end(kWorks), "there is no such work");
+inline const Operation& operationOf(const char* name) {
+  const auto found = std::find_if(
+      std::begin(kOperations), std::end(kOperations),
+      [&](const Operation& operation) { return std::strcmp(operation.name, name) == 0; });
+  require(found != std::end(kOperations), "there is no such operation");
   return *found;
 }
 
 }  // namespace benchmarks
 
-#endif  // FILTER_COMMON_BENCHMARKS_WORKS_H_
+#endif  // FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
