@@ -1,5 +1,5 @@
-// Checks that any bytes make the same entry and group as their parsed message does, or throw the
-// one documented exception.
+// Checks that reading any bytes makes the same entry and group as converting the message that the
+// runtime parses from them. Otherwise reading must throw the one documented exception.
 
 #include "../tests/meaning.h"
 #include "fuzz.h"

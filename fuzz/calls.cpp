@@ -1,5 +1,5 @@
 // Makes a sequence of calls from the input, each through the class interface or the procedural
-// interface. After each call the entries and groups must hold what the model holds.
+// interface. After each call the entries and groups must hold what their models hold (see model.h).
 
 #include <filter_common/filter_entries_c.h>
 #include <filter_common/filter_groups_c.h>
@@ -22,7 +22,7 @@ struct Entry {
   fuzz::EntryModel model;
 };
 
-// Calls `use` with a sample of some class of the list.
+// Calls `use` with a sample of a class that the input chooses from the list.
 template <class... T, class Use>
 void withSample(testing::Types<T...>, ByteReader& in, Use use) {
   unsigned left = in.below(sizeof...(T));
@@ -190,8 +190,8 @@ void removeEntry(Group& g, Group&, const Entry&, ByteReader& in) {
              fuzz::erase(g.model.entries, id));
 }
 
-// Passes a group its own parts: the entry that its copy then replaces, or the key that is removed
-// with its entry.
+// Passes a group its own parts. One is an entry that is replaced by its own copy; the other is a
+// key that lives in the entry that is removed.
 void passOwnParts(Group& g, Group&, const Entry&, ByteReader& in) {
   if (g.model.entries.empty()) return;
   const auto& [key, entry] = *g.real.getEntriesRef().begin();

@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FUZZ_MODEL_H_
 #define FILTER_COMMON_FUZZ_MODEL_H_
 
-// A model of entries and groups: the content that they must have after a sequence of calls, written
-// a second time and as plainly as possible, as maps from codes to bytes. A model and its object
-// serialize to the same bytes.
+// Models of entries and groups. A model does what a call must do, but as plainly as possible: it
+// holds matches and actions as maps from codes to bytes. After each call, a model and its object
+// must serialize to the same bytes.
 
 #include <optional>
 
@@ -93,8 +93,8 @@ struct EntryModel {
   }
 };
 
-// `noRow` if the table does not have the row, `notAdmitted` if the row does not admit everything
-// held.
+// Returns `noRow` if the table does not have the row, and `notAdmitted` if the row does not admit
+// everything in `held`.
 template <class Value>
 filtersErr_t refusalOf(const catalogue::Table& table, std::uint32_t row,
                        const std::map<std::uint32_t, Value>& held, filtersErr_t noRow,
@@ -113,7 +113,7 @@ struct GroupModel {
   std::uint32_t type = 0;
   std::map<std::uint32_t, EntryModel> entries;
 
-  // The refusal, if the stage does not admit the type.
+  // The error that the library must return for this stage and type.
   static filtersErr_t check(std::uint32_t stage, std::uint32_t type) {
     return refusalOf(catalogue::kTypesOfStage, stage, std::map<std::uint32_t, int>{{type, 0}},
                      FILTERS_ERR_INVALID_STAGE, FILTERS_ERR_TYPE_NOT_ALLOWED);
@@ -139,7 +139,7 @@ struct GroupModel {
     return FILTERS_OK;
   }
 
-  // Changes the stage or the type, if the new stage admits the new type and each entry passes the
+  // Changes the stage or the type, if the stage then admits the type and each entry passes the
   // check.
   filtersErr_t change(std::uint32_t GroupModel::*which, std::uint32_t value,
                       filtersErr_t (*checkEntry)(const EntryModel&, std::uint32_t)) {

@@ -1,4 +1,5 @@
-// Checks the promises of strict decoding for any bytes, as an entry and as a group.
+// Checks the promises of strict decoding for any bytes. The bytes are decoded as an entry and as a
+// group.
 
 #include "../tests/inspect/decode/decoding.h"
 #include "fuzz.h"

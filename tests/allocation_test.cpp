@@ -1,6 +1,7 @@
-// Tests failing memory. Every public operation that allocates is repeated: its first allocation is
-// refused, then its second, its third and so on, until an operation runs without a refusal. Once
-// only that allocation is refused, and once all that follow too.
+// Tests what happens when memory runs out. Every public operation that allocates is repeated: its
+// first allocation is refused, then its second, its third and so on, until the operation runs
+// without a refusal. Each time is tried twice: once only that allocation is refused, and once all
+// later ones are refused too.
 
 #include "memory_control.h"
 
@@ -20,13 +21,13 @@ using namespace catalogue;
 using E = FiltersEntry;
 using G = FiltersGroup;
 
-// The state of a subject after a failure. Leaking means that it is unchanged, but the
-// protocol-buffer runtime may lose the one block that it has just allocated.
+// The state of the tested object after a failure. Leaking means that the object is unchanged, but
+// the protocol-buffer runtime may lose the one block that it has just allocated.
 enum Promise { Unchanged, Valid, Leaking, NotTried };
 
 // Without memory, releases 3.6.0 and 34.2 crash when an element is added to a message that is not
-// on an arena, and 3.6.0 crashes over an unknown field: they count the element before they store
-// it.
+// on an arena, and 3.6.0 crashes over an unknown field. The reason is that they count the element
+// before they store it.
 constexpr Promise AddsElements = GOOGLE_PROTOBUF_VERSION / 1000 == 3021 ? Unchanged : NotTried;
 constexpr Promise HasUnknownFields = GOOGLE_PROTOBUF_VERSION >= 3021000 ? Leaking : NotTried;
 
@@ -79,7 +80,7 @@ void trial(Subject subject, const std::vector<Step<Subject>>& steps) {
   EXPECT_GT(failures, 0);
 }
 
-// A step with an object of its own; `holds` checks the object after a failure.
+// Runs a step on an object that only this step uses. `holds` checks the object after a failure.
 template <class Holds, class Run>
 void expectOnFailure(Holds holds, Run run) {
   try {

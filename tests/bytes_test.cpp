@@ -1,6 +1,6 @@
-// Tests the bytes of entries and groups, also bytes that were cut off or changed. Any bytes are
-// read, printed, compared and written without a crash, a leak or a long wait, and give the same
-// object as their parsed message.
+// Tests reading the bytes of entries and groups, also bytes that were cut off or changed. Whatever
+// the bytes are, the object can be read, printed, compared and written without a crash, a leak or a
+// long wait. It is the same object as the one converted from the parsed message.
 
 #include "memory_control.h"
 
@@ -39,7 +39,7 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
   TypeParam expected(0);
   expected.setPriority(42);
   testing::internal::CaptureStderr();
-  // Early runtimes store a value for a number that is cut off.
+  // Runtimes before 3.21 store a value even if the bytes of the number are cut off.
   const std::string cut = GOOGLE_PROTOBUF_VERSION < 3021000 ? "" : "18";
   for (const std::string& rest : {""s, "ffffff"s, "02"s, "7a05"s, cut, std::string(3000, '0')}) {
     const std::string bytes = fromHex("102a") + fromHex(rest);

@@ -93,7 +93,7 @@ TEST(Classes, DifferByTheirCodes) {
 
 // --- Bytes ---------------------------------------------------------------------------------------
 
-// Expects that an object that reads the message `in` then writes `out`.
+// Expects that an object writes the message `out` after it has read the message `in`.
 template <class T>
 void expectRead(T object, const std::string& in, const std::string& out) {
   readInto(&object, in);
@@ -232,7 +232,7 @@ TEST(ClassPrint, LaysRedirectPortsOutUnlikeBlockedPorts) {
 
 // --- Single behaviours ---------------------------------------------------------------------------
 
-// The tests with samples.h and those of printing call the other getters.
+// The tests with samples.h and the tests of printing call the other getters.
 TEST(Classes, ReturnWhatTheyWereGiven) {
   const MatchIngressPorts ports(Ports{5, 3, 5}), excluding(kCpuPort);
   EXPECT_TRUE(ports.getPorts() == Ports({5, 3, 5}) && excluding.getPorts().empty());

@@ -1,6 +1,6 @@
 // If a failed assertion ends a process, no exit handlers run and no coverage is written. In builds
-// that count coverage, the process therefore forks at that moment; the copy exits normally and
-// writes it.
+// that count coverage, the process therefore forks at that moment. The copy exits normally and so
+// writes the coverage.
 
 #include <sys/wait.h>
 #include <unistd.h>

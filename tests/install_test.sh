@@ -24,9 +24,9 @@ if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
     share/bash-completion/completions/filter-inspect)
 fi
 
-# No installed file may contain the folder in which it was built or first installed. This does not
-# look at the library's debug information, which names system headers; reproducible_test.sh checks
-# that.
+# No installed file may contain the path of the folder in which it was built or first installed.
+# This does not look at the library's debug information, which names system headers;
+# reproducible_test.sh checks that.
 if grep -rI -e "$prefix-first" -e "$build" "$prefix"; then
   echo "install: a text file names a folder of the build"
   exit 1

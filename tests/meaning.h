@@ -32,8 +32,8 @@ inline std::unique_ptr<FiltersEntry> converted(const FiltersEntryPB& message) {
   return entry;
 }
 
-// Converts the reference message. Its head, wherever the fields are in the bytes, is set first;
-// then each entry is inserted as a caller would do it.
+// Converts the reference message. The head is set first, wherever its fields are in the bytes. Then
+// each entry is inserted as a caller would do it.
 inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   google::protobuf::RepeatedPtrField<FiltersEntryPB> entries;
   entries.Swap(message.mutable_entries_());
@@ -43,7 +43,8 @@ inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   return group;
 }
 
-// The object, or null and the text of the one exception that reading bytes may throw.
+// The object; or null, and the text of std::invalid_argument, which is the only exception that
+// reading bytes may throw.
 template <class Make>
 auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   try {

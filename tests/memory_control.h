@@ -22,10 +22,10 @@ inline void restartPeak() { peak = held; }
 inline bool refusing = false;
 inline bool refusingOnce = false;
 inline long allowed = 0;      // allocations before the first refusal; below 0 after it
-inline void* last = nullptr;  // the last allocation before it
+inline void* last = nullptr;  // the last allocation before that refusal
 
-// Refuses memory after this number of allocations, once or every time, until endRefusal(), which
-// says whether memory was refused.
+// Refuses memory after this number of allocations: only once, or every time until endRefusal().
+// endRefusal() returns whether memory was refused.
 inline void refuseAfter(long allocations, bool once) {
   allowed = allocations;
   refusingOnce = once;
@@ -50,7 +50,8 @@ inline bool endRefusal() {
   peak = std::max(peak, held);
   return block;
 }
-// The same as in the C++ library; sanitizers replace that one by their own.
+// Does the same as the C++ library's operator. It is here because sanitizers replace that one by
+// their own.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return operator new(size);

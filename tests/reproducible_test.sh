@@ -1,6 +1,7 @@
 #!/bin/bash
 # Builds a copy of the sources in another folder, which must give the same bytes. The copy is first
-# built without libfilter_inspect, and then with it. This must not change the other libraries.
+# built without libfilter_inspect, and then with it; the second build must not change the other
+# libraries.
 #   reproducible_test.sh <folder of the sources> <folder for the copy> <library>...
 # The environment variables that tests/packaging.cmake sets name the tools and the kind of build.
 # The copied files keep their times, so that the next run builds only what changed.

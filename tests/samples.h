@@ -96,7 +96,7 @@ inline void write(const Action& action, ActionPB* message) { action.convertToAct
 inline void read(Match& match, const MatchPB& message) { match.convertFromMatchPB(&message); }
 inline void read(Action& action, const ActionPB& message) { action.convertFromActionPB(&message); }
 
-// The bytes of a fresh message that the object has filled, as hexadecimal text.
+// The bytes that the object writes into a new message, as hexadecimal text.
 template <class T>
 std::string wireOf(const T& object) {
   MessageOf<T> message;
@@ -119,7 +119,7 @@ using PortTypes = std::list<port_type_t>;
 using VlanIds = std::set<unsigned short>;
 using Pcps = std::set<unsigned char>;
 
-// An address that begins with these bytes; the others are zero.
+// An address that begins with these bytes and has zeros behind them.
 template <class Address>
 Address addressOf(const std::string& hex) {
   Address address{};
@@ -144,7 +144,7 @@ inline const limid_t kBridge9 = limid_make_bridgedomain(limid_bridgedomain_type_
 inline const PortTypes kCpuPort{FILTERS_PORT_TYPE_CPU};
 constexpr std::uint32_t kMax = 0xffffffff;  // no enumerator has this value
 
-// Only reading a message gives a redirection with any number of ports.
+// Makes a redirection to several ports by reading a message, because no constructor can.
 inline ActionRedirect redirectTo(const Ports& ports) {
   ActionRedirect action(0);
   std::string hex;
@@ -324,7 +324,7 @@ ROW(ActionL3Switch, &T::getL3DestinationId, 15, "l3_switch 100000 4294967295 0",
     "L3 Destination ID: 100000", {100000, kMax, 0})
 ROW(ActionBlackHole, 16, "black_hole", "", kNoParameters, T())
 ROW(ActionCopyInnerPcp, 17, "copy_inner_pcp", "", kNoParameters, T())
-// This class sends interface indexes; every other class sends limids.
+// This class writes interface indexes into messages; every other class writes limids.
 ROW(ActionMplsPortSet, 18,
     "mpls_port_set 0x03000007/0x01000003 0x03000007/0x02000001 0x04050009/0x01000003",
     "50" + varint(interfaceIndex(kVpws7)) + "58" + varint(interfaceIndex(kEth3)),

@@ -1,5 +1,6 @@
 // Tests what several threads may do at once. The thread sanitizer (preset tsan) finds races even if
-// the results are right. Without it, the test finds results that differ from those of one thread.
+// the results are right. Without the sanitizer, the test finds only results that differ from those
+// of one thread.
 
 #include <filter_common/filter_groups_c.h>
 

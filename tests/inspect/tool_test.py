@@ -68,7 +68,8 @@ def prepare():
     write("refused.bin", first.replace(b"\x18\x02\x20\x03", b"\x18\x02\x20\x01"))
     write("notes.bin", b"\x08\x81\x00" + first[2:])  # an id that is longer than it needs to be
     write("many.bin", b"\0" * 40)  # ten empty frames
-    # The first group has an action without its interfaces, which throws; a good group follows.
+    # Building the first group throws, because an action lacks its interfaces. The group after it is
+    # good.
     thrown = bytes.fromhex("0809 1000 1802 2003 2a0a 08011000 1a00 2a020812")
     write("thrown.bin", b"".join(struct.pack(">I", len(each)) + each for each in (thrown, first)))
     write("framed.bin", struct.pack(">I", len(first)) + first)
@@ -99,7 +100,8 @@ def prepare():
     write("bad.txt", text.replace(b"ttl=255", b"tttl=255"))
     write("bad.json", b'{\n  "format": "filter-groups",\n  "version": 1,\n  "groups": [}\n')
     write("faulty.txt", head + b"rule\n" * 1003)
-    # Entry 20 is shadowed by priority, entry 30 has an open port and ties with entry 40.
+    # Entry 10 takes all packets of entry 20 first. Entry 30 has a port with several readings, and
+    # ties with entry 40.
     write("rules.txt", b"""filter-groups 1
 group 7 priority=10 stage=ingress type=3
 entry 10 priority=100 if src_ipv4=192.0.2.0/24 then permit
@@ -191,7 +193,8 @@ MISSING = "".join(
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
 G_TXT = object()  # stands for the text of g.txt
 
-# Each row has the arguments, the exit code, the results and the trouble.
+# Each row has the arguments, the exit code, the results (standard output) and the trouble (standard
+# error).
 TABLE = [
     # --- What is shown
     ("show g.bin", 0, G_TXT, NONE),

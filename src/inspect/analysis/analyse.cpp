@@ -17,15 +17,16 @@ namespace {
 
 using namespace FiltersCommon;
 
-// The most entries in `others` of a finding about entries that lie within others.
+// An entry lies within another one, its holder, if the holder takes all packets of the entry. This
+// is the largest number of holders in `others` of a finding.
 constexpr std::size_t kMostHolders = 16;
-// The most entries within others that get a finding each.
+// If more entries than this lie within others, they get one finding together.
 constexpr std::size_t kMostHeld = 8;
 // A rule that meets at most kFew rules before it is compared with each of them. For a rule that
 // meets more, some packets are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
-constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more
+constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more packet
 
 using Positions = std::vector<std::uint32_t>;
 
@@ -34,7 +35,7 @@ void sortUnique(std::vector<std::uint32_t>* numbers) {
   numbers->erase(std::unique(numbers->begin(), numbers->end()), numbers->end());
 }
 
-// Remembers which candidates took something, and a packet that one above level 0 took.
+// Remembers which candidates took something, and a packet that a candidate above level 0 took.
 struct Takers : Cut::Watcher {
   explicit Takers(const RuleSpace& space) : witness(space) {}
   void took(const Candidate& candidate, const Cut& cut) override {
@@ -121,8 +122,8 @@ class Analysis {
 
   // --- Some packets of a rule, to see quickly what most rules are ---
 
-  // A packet that all sets have, which must not be disjoint. For `k` = 0 it is the one that people
-  // expect.
+  // A packet that is in all sets, which must have one in common. For `which` = 0 it is a packet
+  // that people expect, otherwise another one.
   Point pointOf(const std::vector<SetId>& sets, unsigned which) {
     const Space& space = space_.space();
     const auto choose = [&](std::uint32_t first, std::uint32_t last) {
@@ -216,7 +217,7 @@ class Analysis {
     return findings_.add(Code::kEntryUnreachable, rules_[i].id);
   }
 
-  // The first rule that alone takes all packets of another one.
+  // The first rule before the one at `i` that alone takes all packets of that rule.
   std::optional<std::uint32_t> findHolder(std::uint32_t i) {
     met_by_.holding(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
     for (std::uint32_t p : met_) {
@@ -225,7 +226,8 @@ class Analysis {
     return std::nullopt;
   }
 
-  // Drops each taker whose share the others take, so that none of the rest can be left out.
+  // Drops each taker whose packets the other takers take too. None of the takers that are left can
+  // be left out.
   Positions withoutSpare(std::uint32_t i, Positions takers) {
     sortUnique(&takers);
     if (takers.size() == 1) return takers;
@@ -248,19 +250,20 @@ class Analysis {
     return kept;
   }
 
-  // No blocker can be left out. Other rules may come first for some packets; those rules decide how
-  // the packets are treated.
+  // Writes a finding about a rule that never takes effect. `blockers` are rules before it that
+  // together take all its packets, and none of them can be left out. Other rules may take some of
+  // these packets before a blocker does; those rules then decide how the packets are treated.
   void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
-    // No rule after the last blocker comes first. The blockers are looked at before others, since
-    // the finding names them anyway.
+    // No rule after the last blocker is the first to take a packet. Blockers are looked at before
+    // other rules, since the finding names the blockers anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
     Positions all = blockers, differing, alike;
     std::set_difference(before.begin(), before.end(), blockers.begin(), blockers.end(),
                         std::back_inserter(all));
-    bool known = true, only = true;  // whether only blockers come first
+    bool known = true, only = true;  // `only`: only blockers come first; `known`: this is certain
     std::size_t most = kNamed;
     for (std::size_t k = 0; k < all.size(); ++k) {
       const bool differs = differ(all[k], i), other = k >= blockers.size();
@@ -305,7 +308,7 @@ class Analysis {
     finding->witness = witness.text();
   }
 
-  // Looks for a packet of one rule that the rule at `p` is the first to take.
+  // Looks for a packet of the rule at `i` that the rule at `p` is the first to take.
   void showFirst(std::uint32_t i, std::uint32_t p, const Positions& before, Witness* witness) {
     if (tryPackets(i, p, rules_[p].ranks_begin, witness)) return;
     Leftover left(space_);
@@ -314,9 +317,10 @@ class Analysis {
     witness->take(left.witness);
   }
 
-  // Tries some packets of both rules; those that lack the fewest fields come first. Among these, a
-  // packet is best if both rules surely take it and no rule before `end` may take it, and second
-  // best if no rule before `end` must take it. Returns true if no packet can lack fewer fields.
+  // Tries some packets of both rules; packets that lack the fewest fields come first. Among these,
+  // a packet is best if both rules surely take it and no rule before `end` may take it. A packet is
+  // second best if no rule before `end` must take it. Returns true if no packet of both rules can
+  // lack fewer fields than the one found.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
     std::optional<std::size_t> least;  // the fewest fields that a packet of both can lack
@@ -344,8 +348,8 @@ class Analysis {
     return false;
   }
 
-  // The packets that rules before the one at `p` must take, among those that it shares with another
-  // rule.
+  // The packets that rules before the one at `p` must take, among the packets that the rules at `p`
+  // and `i` share.
   std::vector<Candidate> takenBefore(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) {
@@ -354,7 +358,7 @@ class Analysis {
     return list;
   }
 
-  // Returns kLeft if the rule at `p` comes first for some packet of another rule.
+  // Returns kLeft if the rule at `p` is the first to take some packet of the rule at `i`.
   Cut::Outcome findFirst(std::uint32_t i, std::uint32_t p, const Positions& before) {
     for (unsigned k = 0; k < kTried; ++k) {
       const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
@@ -366,8 +370,8 @@ class Analysis {
 
   // --- Whether a rule is missed ---
 
-  // A rule is redundant if, without it, every packet that it gets goes first to a rule that treats
-  // it alike.
+  // A rule is redundant if, without it, every packet that it takes first would be taken first by a
+  // rule with the same treatment.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
     if (isSurelyMissed(i)) return;
@@ -404,10 +408,10 @@ class Analysis {
     addTreatments(i, takers.tags[0], finding);
   }
 
-  // Takes rules away from the packets of another one: those before it, and then, rank by rank,
-  // those that treat packets alike. A rule that treats packets differently stops the cut, but only
-  // under some reading. If that reading makes an earlier rule take the packet, the stopping rule
-  // does not come first after all. Such rules are looked at one by one.
+  // Subtracts rules from the packets of the rule at `i`: first the rules before it, and then, rank
+  // by rank, the rules that treat packets in the same way. A rule with another treatment stops the
+  // cut. But a rule with several readings might stop it only under some reading, and under that
+  // reading an earlier rule may take the packet. So such rules are looked at one by one.
   Cut::Outcome runByRank(std::uint32_t i, const Positions& before, const Positions& next,
                          Takers* takers) {
     Positions doubtful;
@@ -437,7 +441,8 @@ class Analysis {
     return outcome;
   }
 
-  // Tries a few packets: true if one shows that the rule takes effect.
+  // Tries a few packets of the rule. Returns true if one of them would be treated differently
+  // without the rule.
   bool isSurelyMissed(std::uint32_t i) {
     for (unsigned k = 0; k < kTried; ++k) {
       const Point point = pointOf({rules_[i].may}, k);
@@ -447,7 +452,7 @@ class Analysis {
     return false;
   }
 
-  // The same for packets that it shares with the next rules that treat them differently.
+  // The same for packets that the rule shares with later rules that have another treatment.
   bool isSurelyMissedBy(std::uint32_t i, const Positions& next) {
     unsigned tried = 0;
     for (std::uint32_t p : next) {
@@ -462,7 +467,7 @@ class Analysis {
     return false;
   }
 
-  // The same for a packet that no rule before takes.
+  // The same for one packet, which no rule before the one at `i` takes.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;
@@ -478,8 +483,9 @@ class Analysis {
 
   // --- Two rules ---
 
-  // Looks for a packet of both rules that none of the candidates takes, which are rules before
-  // `end`. Prefers one that is sure under every reading. Returns kLeft if there is a packet.
+  // Looks for a packet of both rules that none of the candidates takes. The candidates are rules
+  // before `end`. A packet that is sure under every reading is preferred. Returns kLeft if there is
+  // a packet.
   Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
                           const std::vector<Candidate>& candidates, Witness* witness) {
     if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
@@ -543,8 +549,8 @@ class Analysis {
     return true;
   }
 
-  // Without an order, nobody knows which of two rules comes first. But if two take exactly the same
-  // packets, only one of them takes effect.
+  // Without an order, it is not known which of two rules comes first. But if both take exactly the
+  // same packets, only one of the two takes effect.
   void findPair(std::uint32_t i, std::uint32_t p) {
     const bool differing = differ(i, p);
     const bool same = surelyHolds(i, p) && surelyHolds(p, i);
@@ -585,8 +591,9 @@ class Analysis {
 
   // --- Rules within others, without an order ---
 
-  // Finds the rules that take all packets of this one and treat them differently. A rule that takes
-  // every packet is not worth a finding. Returns false if that takes too many steps.
+  // Finds the rules that take all packets of the rule at `i` and treat them differently. A rule
+  // that takes every packet there is does not count, since it is not worth a finding. Returns false
+  // if the search takes too many steps.
   bool findHolders(std::uint32_t i) {
     Positions met, holders;
     if (!met_by_.meeting(rules_[i].may, 0, rules_.size(), &met)) return false;
@@ -601,8 +608,8 @@ class Analysis {
     return true;
   }
 
-  // In a large group, one rule may hold nearly all others, since it is meant for the rest. Drops
-  // such rules.
+  // In a large group, one rule may take all packets of nearly all others, since it is meant for the
+  // rest. Drops such rules from the holders.
   void dropRests() {
     if (rules_.size() <= kMostHeld) return;
     std::vector<std::size_t> counts(rules_.size());
@@ -682,7 +689,7 @@ class Analysis {
   Cuts reach_, spare_, redundancy_, ties_;
   EntryFindings findings_;
   std::vector<bool> reached_, redundant_;
-  std::vector<std::pair<std::uint32_t, Positions>> held_;  // each with the rules that hold it
+  std::vector<std::pair<std::uint32_t, Positions>> held_;  // each with its holders
   Positions met_, tried_;
   std::vector<Space::Range> shared_, was_;
   std::vector<std::uint32_t> numbers_;  // of the rules that take a packet

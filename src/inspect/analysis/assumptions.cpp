@@ -36,7 +36,7 @@ std::string toJson(const Report& report, Order order, std::string_view command,
 }
 
 std::string toJson(const std::vector<ReportInput>& inputs, Order order, std::string_view command) {
-  // The document keeps the short name that it had before orders of two keys came.
+  // The document keeps the short name "id", which is older than the orders with two keys.
   const ReportBasis basis = {order == Order::kAscendingId ? "id" : nameOf(order), assumptions()};
   return reportJson(inputs, command, &basis);
 }

@@ -20,8 +20,8 @@ constexpr std::uint32_t kNoRule = ~std::uint32_t{0};
 constexpr char kTooLong[] = "takes too many steps to say";
 
 // Compares a rule of one group with what the other group does with its packets. A twin is a rule of
-// the other group with the same matches: both take the same packets, whatever the matches mean to
-// the device.
+// the other group with the same matches. Both take the same packets, however the device reads the
+// matches. An heir is a twin that treats the packets in the same way.
 class Comparison {
  public:
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
@@ -72,8 +72,8 @@ class Comparison {
   const std::vector<Rule>& own() const { return all_.of(side_); }
   const std::vector<Rule>& others() const { return all_.of(1 - side_); }
 
-  // True if this side has a twin of a rule of the other group that comes before this rule whenever
-  // the other one comes before `heir`.
+  // True if the other group's rule at `p` has a twin in this group, and the twin comes before this
+  // rule whenever the rule at `p` comes before `heir`.
   bool hasElder(std::uint32_t p, const Rule& heir) const {
     const Rule& other = others()[p];
     const auto twins = by_matches_[side_].find(other.matches);
@@ -91,7 +91,7 @@ class Comparison {
     return false;
   }
 
-  // True if a twin has the same treatment, and no rule that may come before it can treat one of the
+  // True if this rule has an heir, and no rule that may come before the heir can treat one of this
   // rule's packets differently.
   bool hasHeir() const {
     const auto twins = by_matches_[1 - side_].find(rule_->matches);
@@ -106,8 +106,8 @@ class Comparison {
     });
   }
 
-  // Looks for a packet that the rule gets and that, under some reading, is treated differently. If
-  // nothing is left, there is surely none.
+  // Looks for a packet that this rule is the first to take and that, under some reading, the other
+  // group treats differently. If the cut leaves nothing, there is surely no such packet.
   Cut::Outcome mayDiffer() {
     std::vector<Candidate> list;
     for (std::uint32_t p : own_) {
@@ -148,7 +148,8 @@ class Comparison {
     std::uint32_t rule;
   };
 
-  // The packets that the rule surely gets, without those that the other side may treat alike.
+  // Finds packets that this rule is surely the first to take and that the other group surely treats
+  // differently.
   Cut::Outcome findPairs(std::uint32_t i) {
     if (rule_->must == kNothing) return Cut::Outcome::kNothingLeft;
     std::vector<Candidate> list;
@@ -169,8 +170,8 @@ class Comparison {
     return cuts_.runThrough({rule_->must}, &list, &watcher);
   }
 
-  // Pairs are found from the first group's side. From the other side come only those without a rule
-  // of the first group.
+  // Pairs of two rules are found while the rules of the first group are compared. The rules of the
+  // second group add only pairs without a rule of the first group.
   void found(std::uint32_t i, std::uint32_t other, const Cut& cut) {
     if (side_ == 1 && other != kNoRule) return;
     const auto pair = side_ == 0 ? std::pair(i, other) : std::pair(other, i);

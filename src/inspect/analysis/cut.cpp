@@ -5,13 +5,13 @@
 namespace FiltersInspect {
 namespace {
 
-// Less than 1 by more than the rounding error of a sum of shares.
+// A sum of shares below this is surely less than 1, in spite of rounding errors.
 constexpr double kSurelyLess = 1 - 1e-9;
 // The number of ranges looked at in one step.
 constexpr std::uint64_t kLooksAStep = 256;
-constexpr std::uint64_t kLooksAtMany = 4;  // in a set of several ranges, which must be searched
+constexpr std::uint64_t kLooksAtMany = 4;  // the cost of a look into a set of several ranges
 
-// The first range from `range` on that does not end before the value.
+// The first range, from `range` on, that does not end before `value`.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
   std::ptrdiff_t stride = 1;
   for (; stride < end - range && range[stride].last < value; stride *= 2) range += stride;
@@ -110,7 +110,7 @@ double Cut::shareOf(SetId set, bool* whole) {
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;
-  // After a candidate that has all of it, no other counts.
+  // Candidates of a higher level than one that takes all of what remains do not count.
   std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
   const std::uint64_t most = std::min(steps_left_, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
   for (std::size_t i = 0; i < frames_.back().candidates && looks_ < most; ++i) {
@@ -139,8 +139,8 @@ Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   return chosen;
 }
 
-// Divides a frame in the next dimension of the set taken from it. The part outside of the set
-// becomes a new frame, and this frame keeps the part inside. Returns false after the last
+// Divides a frame in the next dimension of the set that is subtracted from it. The part outside of
+// the set becomes a new frame, and this frame keeps the part inside. Returns false after the last
 // dimension.
 bool Cut::pushNextRest() {
   const std::size_t dimensions = space_.dimensions();
@@ -154,7 +154,7 @@ bool Cut::pushNextRest() {
     const std::uint32_t size = span.size - common;
     was_.assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);
     if (frames_.back().next == space_.end(frames_.back().taken)) {
-      // The frame is not needed any more, so it becomes the part outside.
+      // The frame is not needed any more, so it is used again for the part outside.
       const bool own = span.begin >= frames_.back().ranges;
       if (own && span.begin + span.count == ranges_.size()) ranges_.resize(span.begin);
       span.begin = static_cast<std::uint32_t>(ranges_.size());

@@ -27,11 +27,11 @@ class Cut {
   enum class Outcome {
     kNothingLeft,
     kLeft,     // no candidate meets some part
-    kStopped,  // the first candidate of some part stops
+    kStopped,  // the first candidate that takes some part has `stops` set
     kUndecided,
   };
-  // Watches a cut. Inside these functions, meets() and point() are about the part that the function
-  // is called for.
+  // Watches a cut. Inside these functions, meets() and point() are about the part for which the
+  // function is called.
   class Watcher {
    public:
     virtual ~Watcher() = default;
@@ -60,7 +60,7 @@ class Cut {
     std::uint32_t begin, count;  // in ranges_
     std::uint32_t size;          // the number of ranks
   };
-  // A product from which candidates are still subtracted, and how much of it is done.
+  // A product from which a set is being subtracted, and how much of that is done.
   struct Frame {
     std::size_t ranges;      // size of ranges_ when it was made
     std::size_t candidates;  // how many candidates, from the front, meet it
@@ -70,8 +70,8 @@ class Cut {
   struct Chosen {
     Candidate candidate{kNothing, 0, false, 0};
     double share = 0;
-    bool whole = false;  // takes all that remains
-    double shares = 0;   // the sum over all candidates that take
+    bool whole = false;  // the candidate takes all that remains
+    double shares = 0;   // the sum of all candidates' shares
   };
   bool begin(const std::vector<SetId>& sets, std::size_t candidates);
   void setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const;

@@ -18,7 +18,8 @@ class EntryFindings {
  public:
   EntryFindings(FiltersCommon::filtersGroupId_t group, std::size_t most)
       : group_(group), report_(most) {}
-  // As LimitedReport::add(), for a finding about the entry, or about the group if there is none.
+  // Like LimitedReport::add(). The finding is about the entry, or about the group if no entry is
+  // given.
   Finding* add(Code code, std::optional<FiltersCommon::filtersEntryId_t> entry);
   Report take() { return report_.take(); }
  private:
@@ -26,8 +27,8 @@ class EntryFindings {
   LimitedReport report_;
 };
 
-// "entry 10", "entries 10, 20 and 30", "entries 1, 2, 3, 4 and 60 more". With `others`, for more
-// entries than are known, "entries 10, 20 and others".
+// For example "entry 10", "entries 10, 20 and 30" or "entries 1, 2, 3, 4 and 60 more". `others`
+// says that there are entries beside those of `ids`: "entries 10, 20 and others".
 std::string entriesText(const std::vector<std::uint32_t>& ids, bool others = false);
 
 }  // namespace FiltersInspect

@@ -13,23 +13,25 @@
 
 namespace FiltersInspect {
 
-// Budget of ranges inspected to find overlapping rules, from the per-rule step limit.
+// The number of ranges that may be looked at to find overlapping rules, if each rule may use
+// `max_steps` steps.
 std::uint64_t looksFor(std::uint64_t max_steps);
 
-// Cuts for many rules with a limit for each. All together may use the steps of twenty rules at
-// their limit, or of one rule in a thousand if that is more.
+// Makes cuts for many rules, with a limit of steps for each rule. All rules together may use the
+// steps of twenty rules at their limit, or of one rule in a thousand if that is more.
 class Cuts {
  public:
   Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);
-  // As Cut::run() with `quick`.
+  // Like Cut::run() with `quick`.
   Cut::Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                    Cut::Watcher* watcher = nullptr) {
     return runFor(of_one_, sets, candidates, true, watcher);
   }
-  // The same for packets to show, with few steps: if one is not found, there are others to show.
+  // The same with few steps, to find a packet to show. If no packet is found, the caller can show
+  // another one.
   Cut::Outcome runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher);
-  // As Cut::run() without `quick`: the watcher is called for every part.
+  // Like Cut::run() without `quick`, so that the watcher is called for every part.
   Cut::Outcome runThrough(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher) {
     return runFor(of_one_, sets, candidates, false, watcher);

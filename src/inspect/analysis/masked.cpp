@@ -66,8 +66,9 @@ unsigned Masked::lengthForAll() const {
   return (length + unit - 1) / unit * unit;
 }
 
-// If the mask looks like a wildcard, its complement. Otherwise the mask without its hole, after a
-// shorter one if the value is the first of a block of that size.
+// If the complement of the mask is a prefix (a wildcard mask), the complement was meant. Otherwise
+// the mask without its hole was meant. If the value is the first of a larger block, the mask of
+// that block comes before it.
 std::string Masked::meantMasks() const {
   AddressBytes wildcard = prefixMask(bits());
   for (std::size_t i = 0; i < size; ++i) wildcard[i] = static_cast<unsigned char>(~mask[i]);

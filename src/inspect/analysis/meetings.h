@@ -1,14 +1,14 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_MEETINGS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_MEETINGS_H_
 
-// Finds the sets of a list that meet another set.
+// Finds the sets of a list that meet another set, that is, have a packet in common with it.
 //
-// In each dimension a set has a hull, from its lowest to its highest rank. A hull overlaps another
-// one if it does not begin after that ends and does not end before that begins. For each of the two
-// conditions, a dimension keeps the hulls sorted. At regular distances in the sorted list it stores
-// a bit set of all hulls up to that place. The few hulls between two bit sets are looked at one by
-// one. The answer is the intersection of two bit sets for each constrained dimension. Its cost
-// grows with the length of the list, but 100,000 sets take only a few thousand machine words.
+// In each dimension a set has a hull, from its lowest to its highest rank. Two hulls overlap if
+// neither begins after the end of the other. For each of the two conditions, a dimension keeps the
+// hulls sorted. At regular distances in the sorted list it stores a bit set of all hulls up to that
+// place. The few hulls between two bit sets are looked at one by one. The answer is the
+// intersection of two bit sets for each constrained dimension. The cost of an answer grows with the
+// length of the list, but for 100,000 sets it is only a few thousand machine words.
 
 #include <cstddef>
 #include <cstdint>
@@ -48,7 +48,7 @@ class Meetings {
     Sorted begins, ends;
     bool asked = false;
   };
-  // Sorts the hulls. `bits` are the sets before all of them.
+  // Sorts the hulls and stores the bit sets. `bits` has the sets that come before all hulls.
   void mark(Sorted* sorted, std::vector<Word> bits) const;
   void start(std::size_t begin, std::size_t end);
   // Keeps the sets whose hulls begin no later than `last` and end no earlier than `first`. Returns

@@ -104,7 +104,7 @@ void complete(Packet* packet) {
       if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
-  // If a header is known to be incomplete, nothing completes it.
+  // A header of which a field is known to be absent stays incomplete.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
     if (hasOne(layer) && !isHalf(layer)) addAll(layer);
   }
@@ -168,7 +168,7 @@ Packet packetOf(const Space& space, const Point& point) {
     if (whole && value) (*whole)[1] = *value;
   }
   complete(&packet);
-  // If no set has a constraint, any packet will do, but it must have a field.
+  // If no set has a constraint, any packet will do, but it must have at least one field.
   if (fields.empty()) fields[0] = packetFields()[0].usual[0];
   return packet;
 }

@@ -39,26 +39,28 @@ std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text)
 void appendField(const FieldRow& row, const FieldValue& value, std::string* out);
 
 // A space has two fields for each field of a packet. Half 0 holds the upper 64 bits of an IPv6
-// address, and all of any other value. Half 1 holds the rest. If the packet lacks the field, only
-// half 0 is lacking.
+// address, or the whole of another value. Half 1 holds the lower 64 bits of an IPv6 address. If the
+// packet lacks the field, only half 0 is lacking.
 constexpr std::uint32_t halfOf(std::uint32_t field, unsigned half) { return 2 * field + half; }
 std::vector<Space::Field> spaceFields();
 
 // --- Readings ------------------------------------------------------------------------------------
 
-// A constraint of a match on one field. Each half with a constraint must meet one of its own.
+// What a match asks of one field. A half that has constraints must meet at least one of them.
 struct Asked {
   std::uint8_t field;
   std::uint8_t which;           // the first or second field of the match
-  std::vector<Constraint> may;  // packets that it takes under some reading
-  // Why the match has several readings, as a sentence; null if it has one. If set, `must` is what
-  // every reading takes; empty means nothing.
+  std::vector<Constraint> may;  // what it takes under some reading
+  // Why the match has several readings, as a sentence; null if it has only one. If `open` is not
+  // null, `must` is what every reading takes, and an empty `must` means that no packet is taken by
+  // every reading.
   const char* open = nullptr;
   std::vector<Constraint> must;
   std::uint32_t match = 0;  // for an open match: equal matches have the same number
 };
 
-// Numbers for open matches. Equal matches take equal packets, whatever the device makes of them.
+// Numbers for open matches, that is, for those with several readings. Equal matches get equal
+// numbers, since they take the same packets however the device reads them.
 class MatchNumbers {
  public:
   std::uint32_t numberOf(const MatchPB& match);
@@ -66,7 +68,7 @@ class MatchNumbers {
   std::map<std::string, std::uint32_t> numbers_;
 };
 
-// Appends the constraints of a match. A match that takes every packet, or has no class, has none.
+// Appends what a match asks. Appends nothing for a match that takes every packet or has no class.
 void appendAsked(const MatchPB& match, std::vector<Asked>* asked, MatchNumbers* numbers);
 
 // True if the value meets one of the constraints.

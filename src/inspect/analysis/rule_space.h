@@ -1,11 +1,11 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_RULE_SPACE_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_RULE_SPACE_H_
 
-// Rules as sets of packets: the packets that each must take, under every reading, and those that it
-// may take, under some reading.
+// Rules as sets of packets. Each rule has two sets: the packets that it must take (under every
+// reading), and the packets that it may take (under some reading).
 //
-// A match that two rules share takes the same packets for both, whatever the device makes of it. So
-// if one of the rules takes a packet, the match holds for the other rule too. For example, nobody
+// A match that two rules share takes the same packets for both, however the device reads it. So if
+// one of the rules takes a packet, the match holds for the other rule too. For example, nobody
 // knows which packets `tos=184` takes. But if a rule with this match takes a packet, then another
 // rule with only this match surely takes it too.
 
@@ -36,7 +36,8 @@ class RuleSpace {
   // until forget(), and says nothing about other packets.
   SetId mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers);
   void forget() { space_.forget(sealed_); }
-  // True if, for packets that all of `takers` take, no reading of the rule is open.
+  // True if it is settled which of the packets that all of `takers` take the rule takes: all
+  // readings of the rule agree about these packets.
   bool isSettledBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) const;
  private:
   struct OpenMatch {
@@ -45,7 +46,7 @@ class RuleSpace {
   };
   struct Rule {
     SetId must, may;
-    SetId asked;  // `must` without the matches that must take no packet
+    SetId asked;  // `must`, but ignoring matches that must take no packet
     std::uint32_t open_begin, open_end;
   };
   bool isShared(const OpenMatch& match, const std::vector<std::uint32_t>& takers) const;

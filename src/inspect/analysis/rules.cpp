@@ -23,9 +23,10 @@ bool isPrefix(std::uint64_t mask, unsigned width) {
   return (zeros & (zeros + 1)) == 0;
 }
 
-// Ranges and masks with holes cannot be cut alike. One field can have both only if two groups of
-// different types are compared. Such a mask is then treated as open, that is, as a value with
-// several readings: it may take anything.
+// A field that is divided into dimensions cannot have ranges, so ranges and masks with holes
+// exclude each other. One field can have both only if two groups of different types are compared.
+// Such a mask is then treated as open, that is, as a value with several readings: it may take
+// anything.
 void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* all) {
   static const std::vector<Space::Field> fields = spaceFields();
   for (Asked& asked : *all) {

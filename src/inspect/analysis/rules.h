@@ -24,7 +24,7 @@ struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;
   std::uint32_t number;     // in the space
-  SetId must, may;          // the packets that it takes under every reading, and under some
+  SetId must, may;          // the packets that it takes under every reading, or under some
   std::uint32_t matches;    // equal for equal matches, in both groups
   std::uint32_t treatment;  // equal for equal treatments
   // Positions of rules: those before `ranks_begin` come first, those from `ranks_end` on come
@@ -38,7 +38,7 @@ class Rules {
   Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order);
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // Finds rules of a group by the packets that they may take.
+  // For finding rules of a group by the packets that they may take.
   Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);

@@ -149,7 +149,7 @@ std::uint32_t Space::rankOf(const Part& part, std::uint64_t value) {
   return static_cast<std::uint32_t>(found - part.starts.begin() - 1);
 }
 
-// A rank begins at the start of each range, and after the end of each.
+// A rank begins at the first value of each range, and at the value after its last one.
 void Space::findRanks() {
   const auto sortUnique = [](std::vector<std::uint64_t>* starts) {
     std::sort(starts->begin(), starts->end());
@@ -280,8 +280,8 @@ std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_
   return found != usual.end() ? *found : ranges[0].first;
 }
 
-// A usual value of the rank if there is one. Otherwise its lowest value, or the odd value after
-// that if the rank has it: numbers of hosts and ports look like that.
+// A usual value of the rank if there is one. Otherwise the lowest value of the rank, or the odd
+// value after that if the rank has it, because it looks more like the number of a host or port.
 std::uint64_t Space::shown(const Part& part, std::uint32_t rank) const {
   for (std::size_t i = 0; i < part.usual.size(); ++i) {
     if (part.usual[i] == rank) return fields_[part.field].usual[i] & part.bits;

@@ -6,12 +6,13 @@
 //
 // A packet has a value in each field, or lacks the field. A set is a product: it constrains some
 // fields, and a packet is in the set if each of these fields has a value that the set allows. A
-// packet that lacks a constrained field is not in the set. Two steps make such sets cheap to cut:
+// packet that lacks a constrained field is not in the set. Two steps make it cheap to intersect and
+// subtract such sets:
 //
 // - A field under masks is divided into parts. Seen from the top bit, a new part begins wherever
-//   some mask goes from 0 to 1. Within a part every mask is a prefix, so that it takes a range of
-//   values. A part, or a field that is not divided, is a dimension.
-// - Values of a dimension that no set tells apart share a rank. The last rank is that of packets
+//   some mask goes from 0 to 1. Within a part every mask is a prefix, so a value under that mask is
+//   a range of values. A part, or a field that is not divided, is a dimension.
+// - Values of a dimension that no set tells apart share a rank. The last rank belongs to packets
 //   that lack the field. For each dimension, a set is then a list of ranges of ranks.
 
 #include <cstddef>
@@ -87,12 +88,14 @@ class Space {
 
   // The term of a set for a dimension; null if the set does not constrain it.
   const Term* termOf(SetId set, std::uint32_t dimension) const;
-  // A packet as values, one for each field that some set constrains; nullopt if it lacks the field.
+  // A packet as values, one for each field that some set constrains. The value is nullopt if the
+  // packet lacks the field.
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
-  // The best rank of the ranges for a packet that people see: a usual value, or else the first
-  // rank. That lacks the field only if there is no other rank.
+  // The best rank of the ranges for a packet that is shown to people: the rank of a usual value, or
+  // else the first rank. A packet of this rank lacks the field only if the ranges have no other
+  // rank.
   std::uint32_t best(std::size_t dimension, const Range* ranges, std::size_t count) const;
  private:
   struct Part {
@@ -106,7 +109,7 @@ class Space {
   struct Ask {
     std::uint32_t field;
     Asks asks;
-    std::size_t begin;  // in values_; it ends where the next one begins
+    std::size_t begin;  // in values_; the values end where those of the next one begin
   };
   static Values within(const Part& part, Asks asks, const Values& values);
   static std::uint32_t rankOf(const Part& part, std::uint64_t value);

@@ -17,7 +17,7 @@ using namespace FiltersCommon;
 struct PreparedEntry {
   std::uint64_t rank;
   filtersEntryId_t id;
-  std::size_t treatment;  // its place in the list of different treatments
+  std::size_t treatment;  // the index in the list of different treatments
   std::vector<Asked> asked;
 };
 
@@ -28,7 +28,7 @@ struct Tracer::Prepared {
 
 namespace {
 
-// The number of steps for each packet to find out which candidates are possible.
+// The number of steps that finding the possible candidates of one packet may take.
 constexpr std::uint64_t kSteps = 20000;
 
 // True if every packet with the field meets the constraint, because the mask is 0.
@@ -40,8 +40,8 @@ bool surelyHolds(const Asked& asked) {
          std::all_of(asked.may.begin(), asked.may.end(), takesAll);
 }
 
-// Compares an entry with the known fields. A field that misses decides; the first such field is the
-// reason.
+// Compares an entry with the known fields. If a field does not match, the entry misses, and the
+// first such field is the reason.
 Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Packet& packet) {
   Traced traced{id, Hit::kHit, {}, {}};
   const auto& told = PacketFields::of(packet);

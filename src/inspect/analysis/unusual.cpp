@@ -58,8 +58,8 @@ constexpr OddNumber kOddNumbers[] = {
     {FILTERS_MATCH_TPID, true, 9100, 9100, "it is 9100 in decimal; write 0x9100"},
 };
 
-// Addresses and ports that cannot be a source, or a destination: all that begin with the first bits
-// of this byte.
+// Addresses and ports that cannot be a source, or cannot be a destination. These are all addresses
+// that begin with the first bits of this byte.
 struct NoAddress {
   filtersMatch_t code;
   bool even_if_denied;
@@ -88,7 +88,7 @@ constexpr NoAddress kNoAddresses[] = {
     {FILTERS_MATCH_SRC_L4_PORT, false, 0, 16, kPortZero},
 };
 
-// Actions whose number has fewer values than its field has bits.
+// Actions with a number that has fewer values than its field can hold.
 struct FewNumbers {
   filtersAction_t code;
   std::uint32_t most;
@@ -107,7 +107,7 @@ constexpr FewNumbers kFewNumbers[] = {
     {FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE, 7, kEightQueues},
 };
 
-// Pairs of actions in which one undoes the other.
+// Pairs of actions of which one undoes the other.
 constexpr std::pair<filtersAction_t, filtersAction_t> kContradictions[] = {
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY},
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_BLACK_HOLE},
@@ -203,7 +203,8 @@ class Oddities {
     addNumber(match, row);
   }
 
-  // The device decides what the match takes.
+  // Reports a mask, set or range that has several readings. Returns false if there is nothing to
+  // report.
   bool addOpen(const MatchPB& match, const MatchForm& row) {
     const FieldTest test = row.packet[0].test;
     if (test != FieldTest::kTernary && test != FieldTest::kSet && test != FieldTest::kRange)

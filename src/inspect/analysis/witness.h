@@ -1,7 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_WITNESS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_WITNESS_H_
 
-// Chooses a packet to show, among sets of packets that all show the same.
+// Chooses the example packet of a finding from sets of packets. Every packet in these sets shows
+// the finding.
 
 #include <cstddef>
 #include <optional>
@@ -12,18 +13,19 @@
 
 namespace FiltersInspect {
 
-// Keeps the packet of the best shape: one that exists, and has as many fields as possible.
+// Keeps the packet with the best shape: the shape of a real packet that has as many fields as
+// possible.
 class Witness {
  public:
   explicit Witness(const RuleSpace& space) : space_(space), shape_(space.shapes().size()) {}
-  // Considers a packet of what the cut left.
+  // Considers a packet of the part that the cut is at.
   void consider(const Cut& cut);
   // Takes this packet if its shape is better.
   void take(Point point, std::size_t shape);
   void take(const Witness& other);
   std::size_t shape() const { return shape_; }  // its place in the space's list
   bool found() const { return point_.has_value(); }
-  // True if searching on is not worth it.
+  // True if it is not worth while to search for a better packet.
   bool isGood() const {
     return shape_ < space_.shapes().size() &&
            (space_.lacking(shape_) == space_.lacking(0) || looks_ >= kLooks);
@@ -37,7 +39,7 @@ class Witness {
   std::optional<Point> point_;
 };
 
-// Considers everything that a cut leaves.
+// Considers each part that a cut leaves.
 class Leftover : public Cut::Watcher {
  public:
   explicit Leftover(const RuleSpace& space) : witness(space) {}

@@ -28,7 +28,8 @@ struct Pair {
   StageTypeSet admits_before = 0, admits_after = 0;
 };
 
-// The entries that a plan must look at: those that differ, or all if stage or type change.
+// The entries that a plan must look at: those that differ, or all entries if the stage or the type
+// changes.
 std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   const bool moves = !(stageAndTypeOf(from) == stageAndTypeOf(to));
   std::vector<Pair> pairs;
@@ -47,7 +48,8 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   return pairs;
 }
 
-// The entries that a good route spares: they could stay, or be replaced in one step.
+// The entries that a good route does not remove: entries that could stay, or be replaced in one
+// step.
 std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   std::map<std::tuple<StageTypeSet, StageTypeSet, bool>, std::uint64_t> losses;
   for (const Pair& pair : pairs) {
@@ -140,7 +142,8 @@ filtersErr_t take(const Step& step, const FiltersGroup& to, FiltersGroup* group)
   return FILTERS_ERR_INVALID_ARGUMENT;
 }
 
-// True for an entry that the target holds but would refuse. It can stay, but not be inserted.
+// True for an entry that the target group holds although insertEntry() would refuse it there. Such
+// an entry can stay in the group, but cannot be inserted.
 bool isStray(const Pair& pair, StageTypeSet goal) {
   return pair.after != nullptr && !contains(pair.admits_after, goal);
 }
@@ -151,7 +154,8 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   Report report;
   if (!(stageAndTypeOf(from) == stageAndTypeOf(to))) {
     append(explainStage(emptyGroup(headOf(to)), to.getStage()), &report);
-    // If the target's stage and type are valid, no setter leads away from those of the group.
+    // If the target's stage and type are valid, the reason is that no setter leads away from the
+    // stage and type of `from`.
     if (report.empty() &&
         findRoute(stageAndTypeOf(from), stageAndTypeOf(to), ~StageTypeSet{0}, {}).route.empty()) {
       append(explainStage(emptyGroup(headOf(from)), to.getStage()), &report);
@@ -164,7 +168,8 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   return report;
 }
 
-// The route. Entries that could not come back must be able to stay; if they cannot, there is none.
+// Finds the route. Entries that could not be inserted again must be able to stay; if they cannot,
+// there is no route.
 FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
                    const std::vector<Pair>& pairs) {
   StageTypeSet allowed = ~StageTypeSet{0};

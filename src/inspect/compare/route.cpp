@@ -43,9 +43,9 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
   return held;
 }
 
-// Tries sequences of stages and types, short ones first, and none twice in a sequence. Loops never
-// help: an entry insertable inside one is insertable where it closes. A sequence ends when it costs
-// as much as the best one known.
+// Tries sequences of stages and types, short ones first. No stage and type is in a sequence twice,
+// because loops never help: an entry that can be inserted inside a loop can also be inserted where
+// the loop closes. A sequence is given up when it costs as much as the best one known.
 class Search {
  public:
   Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
@@ -73,11 +73,13 @@ class Search {
     return {best_, !outOfWork()};
   }
  private:
-  // Some tens of milliseconds. The search goes on beyond this until it has found a route.
+  // This is some tens of milliseconds. If no route is found by then, the search goes on until one
+  // is found.
   static constexpr std::uint64_t kMaxWork = 1 << 23;
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 
-  // True if some route spares these entries their loss. Entries that no route spares do not matter.
+  // True if some route keeps the entries of this kind. Entries that no route keeps do not matter
+  // for the choice.
   bool canKeep(const EntryKind& kind) const {
     const HeldVersions start = heldAt(route_[0], kind, kOld);
     std::vector<HeldVersions> reached(waypoints_.size());
@@ -104,7 +106,7 @@ class Search {
     return {next.place, next.bits, next.bits & ~waypoint.bits};
   }
 
-  // The least number of setters to come.
+  // The smallest number of setters that are still needed.
   std::uint64_t distance(const Waypoint& waypoint) const {
     const StageTypeSet same = waypoint.bits & goal_;
     return same == goal_ ? 0 : same == 0 ? 2 : 1;
@@ -114,7 +116,7 @@ class Search {
     const Waypoint here = route_.back();
     const std::size_t setters = route_.size() - 1;
     if (here.bits == goal_) {
-      if (setters != limit_) return;  // found before
+      if (setters != limit_) return;  // a shorter search has found it
       best_ = route_;
       cost_ = setters + lost;
       return;
@@ -165,7 +167,7 @@ StageTypeSet stageTypeSetOf(const StageAndType& place) {
 }
 
 StageTypeSet stageTypeSetOf(const FiltersEntry& entry) {
-  static const FiltersGroup checks(0);  // its checks look only at their arguments
+  static const FiltersGroup checks(0);  // its checks use only their arguments, not the group
   StageTypeSet admitting = 0;
   for (const auto& row : FiltersGroup::StageActionsDescription_) {
     if (checks.groupActionValidation(entry, row.first) == FILTERS_OK &&

@@ -1,7 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 #define FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 
-// Finds which setters lead from one stage and type to others, and what they cost the entries held.
+// Finds the setters that lead from one stage and type to others, and the steps that they cost
+// because the group loses entries on the way.
 
 #include <cstddef>
 #include <cstdint>
@@ -29,34 +30,37 @@ inline bool operator==(const StageAndType& a, const StageAndType& b) {
 StageTypeSet stageTypeSetOf(const StageAndType& place);
 // The stages that admit the entry's actions and policer, and the types that admit its matches.
 StageTypeSet stageTypeSetOf(const FiltersCommon::FiltersEntry& entry);
-// True if all of `these` are in `all`. insertEntry() admits an entry whose set contains the group's
-// stage and type; a setter lets it stay if the set contains the new stage or type.
+// True if all of `these` are in `all`. insertEntry() admits an entry if the entry's set contains
+// the group's stage and type. A setter lets an entry stay if the entry's set contains the new stage
+// or type.
 inline bool contains(StageTypeSet all, StageTypeSet these) { return (all & these) == these; }
 
 // A stage and type of the group between two setters.
 struct Waypoint {
   StageAndType place;
   StageTypeSet bits;     // the stage and the type as bits
-  StageTypeSet changed;  // the one that the last setter changed; empty at first
+  StageTypeSet changed;  // the stage or type that the last setter changed; empty at first
 };
 // The first waypoint is the group's own stage and type, the last one the target's.
 using Route = std::vector<Waypoint>;
 
-// For an entry that `admitting` admits: the last waypoint that it can reach if it is held from the
-// start, and the first from which it can stay held until the end.
+// For an entry that the stages and types in `admitting` admit. lastWaypoint() is the last waypoint
+// to which the entry can stay if the group holds it from the start. firstWaypoint() is the first
+// waypoint from which the entry can stay until the end.
 std::size_t lastWaypoint(const Route& route, StageTypeSet admitting);
 std::size_t firstWaypoint(const Route& route, StageTypeSet admitting);
 
-// Entries that fare alike on every route. Each has a version at the start and one at the end.
+// Entries that every route treats in the same way. Each has a version at the start and one at the
+// end.
 struct EntryKind {
-  StageTypeSet before, after;  // what admits the version at the start, and the one at the end
+  StageTypeSet before, after;  // what admits the version at the start, or the one at the end
   bool same;                   // both versions are equal: an entry that can stay needs no step
-  std::uint64_t loss;          // steps more if the entries must go before they can be replaced
+  std::uint64_t loss;          // additional steps if the entries must be removed on the way
 };
 
 struct FoundRoute {
   Route route;       // empty if there is none
-  bool best = true;  // true if it is shown that no other costs less
+  bool best = true;  // true if it is certain that no other route costs less
 };
 // Finds the route with the fewest steps. Its setters set only stages and types that are in
 // `allowed`.

@@ -74,7 +74,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
     Order order;
     const char *head, *entries, *said;
   } rows[] = {
-      // Equal matches take equal packets, however the device reads them.
+      // Equal matches take the same packets, however the device reads the matches.
       {first, "ingress type=9",
        "entry 10 priority=100 if external_vlan_id={100} tos=184 then set_pcp=5\n"
        "entry 20 priority=90 if external_vlan_id={100} tos=184 then set_pcp=1\n"
@@ -91,14 +91,15 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 20 priority=2 if my_station_hit=false then permit\n"
        "entry 30 priority=1 then deny\n",
        "entry-unreachable 30: 10 20 deny/permit\n"},
-      // The blocker takes all packets, but another entry comes before it.
+      // The blocker takes all packets of the entry, but another entry takes some of these packets
+      // before it.
       {first, "ingress type=3",
        "entry 10 priority=100 if src_ipv4=10.1.0.0/17 then permit\n"
        "entry 20 priority=90 if src_ipv4=10.0.0.0/8 then deny\n"
        "entry 30 priority=80 if src_ipv4=10.1.0.0/16 ip_protocol=6 then deny\n",
        "entry-unreachable 30: 20 deny/permit; part of its packets are treated otherwise by entry "
        "10\n"},
-      // An earlier entry takes every packet about which the two would tie.
+      // An earlier entry takes every packet that both of the tied entries would take.
       {first, "ingress type=3",
        "entry 10 priority=100 if src_ipv4=10.1.1.1 dst_ipv4=10.2.2.2 then permit\n"
        "entry 20 priority=90 if src_ipv4=10.1.1.1 ip_protocol=6 then permit\n"
@@ -131,8 +132,8 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   }
 }
 
-// Tests every sentence about entries and about two groups: how packets are treated, and how many
-// other entries it names.
+// Tests every sentence about entries and about two groups. A sentence varies with the treatment of
+// packets and with the number of entries that it names.
 TEST(AnalyseTest, SaysEachSentence) {
   const auto entry = [](unsigned id, unsigned priority, const std::string& rest) {
     return "entry " + std::to_string(id) + " priority=" + std::to_string(priority) + " if " + rest +
@@ -201,8 +202,9 @@ TEST(AnalyseTest, SaysEachSentence) {
   sentences.expectGolden("sentences_analysis.txt");
 }
 
-// If other entries take all packets of many entries, the report has one line for all of them. It
-// has no line if the others are last entries for the rest of the packets.
+// If there are many entries all of whose packets another entry takes too, the report has one line
+// for all of these entries. It has no line if that other entry is meant for the rest of the
+// packets.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
@@ -233,7 +235,7 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   for (RandomCases i(2000); i.more(); ++i) {
     Maker<Random> maker(random);
     const Case a = maker.make(1 + random.below(4));
-    // The second group gets new rules, or the same rules and sometimes one more.
+    // The second group gets new rules, or the rules of the first group and sometimes one more.
     Case b = random.below(3) == 0 ? maker.make(1 + random.below(4)) : a;
     if (random.below(2) == 0) maker.add(&b, static_cast<filtersEntryId_t>(b.rules.size()));
     for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i.done();
@@ -542,7 +544,7 @@ TEST(AnalyseTest, SaysNothingOfWhatIsUsual) {
   }
 }
 
-// Tests the fields of findings that programs use.
+// Tests those fields of findings that programs use.
 TEST(AnalyseTest, TellsWhatAnOddityIsAbout) {
   const auto parsed = groupsFromText(
       "filter-groups 1\ngroup 5 priority=0 stage=ingress type=3\n"

@@ -89,7 +89,7 @@ struct Case {
   }
 
   bool in(SetId set, std::size_t packet) const { return members[set][packet]; }
-  // The number in `packets` of the packet at a point. A field without a condition can have any
+  // The index in `packets` of the packet at a point. A field without a condition can have any
   // value.
   std::size_t find(const Point& point) const {
     Packet packet = packets.front();
@@ -162,7 +162,8 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
       const auto level = static_cast<std::uint32_t>(random() % 3);
       candidates.push_back({set, level, level > 0 && random() % 4 == 0, 0});
     }
-    // The lowest level of the candidates with the packet. `stops`: one of them stops the search.
+    // The lowest level of the candidates with the packet. `*stops` becomes true if a candidate of
+    // this level stops the cut.
     const auto first = [&](std::size_t p, bool* stops) {
       std::uint32_t level = 3;
       *stops = false;
@@ -203,7 +204,7 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
   EXPECT_EQ(seen[3], 0);
 }
 
-// A cut calls its watcher for each candidate that takes packets, and for the packets that are left.
+// A cut calls its watcher for each candidate that takes packets, and for each part that is left.
 TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   struct Heard : Cut::Watcher {
     explicit Heard(const Case& itsCase) : c(itsCase) {}
@@ -326,7 +327,8 @@ TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   EXPECT_EQ(outcome(200, few), Outcome::kLeft);
 }
 
-// 128-bit addresses are two fields of 64 bits. The highest values of such a field are not special.
+// A 128-bit address is two fields of 64 bits. The largest value of such a field must work like any
+// other value.
 TEST_F(SpaceTest, TakesFieldsOf64Bits) {
   const std::uint64_t kMost = ~std::uint64_t{0};
   Space space({{64, true}, {64, false}});

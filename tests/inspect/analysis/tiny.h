@@ -2,8 +2,9 @@
 #define FILTER_COMMON_TESTS_INSPECT_TINY_H_
 
 // Makes tiny groups, with so few packets that a test can try every packet. Each match is written a
-// second time by hand, as a list of readings. A reading says yes or no to a value. Random choices
-// come from any object with below(limit), so that tests and the fuzzing harness share this code.
+// second time by hand, as a list of readings. A reading is a function that says for each value of
+// the field if the match takes it. Random choices come from any object with below(limit), so that
+// tests and the fuzzing harness share this code.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_analysis.h>
@@ -29,9 +30,9 @@ using PlainPacket = std::vector<std::optional<Value>>;  // a value for each fiel
                                                         // packet may lack a field
 using Reading = std::function<bool(Value)>;
 
-// The condition of a match on one field, in each reading. Equal matches always have the same
-// reading. If several matches on one field have open readings, each has another `key`. `match` is
-// the number of a match with an open reading.
+// The condition of a match on one field, in each reading. The device reads equal matches in the
+// same way. If a match on a field has several readings, it has a `key`, which differs from those of
+// other such matches on the field. `match` is then the number of the match.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
@@ -115,8 +116,8 @@ Address addressOf(unsigned lowest, unsigned char rest = 0) {
   return address;
 }
 
-// A kind of match. It has fields, and a function that puts such a match into an entry. `at` is the
-// number of its first field.
+// A kind of match: its fields, and a function that puts such a match into an entry. `at` is the
+// number of the first of these fields.
 template <class Random>
 struct Kind {
   std::vector<Field> fields;
@@ -314,8 +315,9 @@ const std::vector<Theme<Random>>& themes() {
 
 // --- The plain side ------------------------------------------------------------------------------
 
-// Says if a rule takes one packet. The rule takes it if all open matches with a bit in this number
-// take it. kNo means that the rule never takes it.
+// Says if a rule takes one packet. Each bit stands for a match with several readings. The rule
+// takes the packet if every match whose bit is set takes it. kNo means that the rule takes it in no
+// reading.
 using Takes = std::uint32_t;
 constexpr Takes kYes = 0, kNo = ~Takes{0};
 
@@ -331,7 +333,7 @@ inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
   return result;
 }
 
-// Says for each rule if it takes one packet.
+// Says for each rule if it takes the same packet.
 using Row = std::vector<Takes>;
 inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
   Row row;
@@ -402,7 +404,7 @@ struct Case {
 };
 
 // Makes cases with matches of one or two kinds of a theme. Two cases of one maker can be compared,
-// because they have the same kinds.
+// because both have the same kinds of match.
 template <class Random>
 struct Maker {
   explicit Maker(Random& itsRandom) : random(itsRandom) {

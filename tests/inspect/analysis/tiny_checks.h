@@ -69,7 +69,8 @@ struct Facts {
           reached[rule->id] = true;
           for (const PlainRule* other : first) ties[rule->id][other->id] = true;
           for (const PlainRule* other : takers) firsts[other->id][rule->id] = true;
-          // A tie can be broken in any way: this rule may be first, and any of the others second.
+          // A device may break a tie in any way: this rule may be the first, and any of the other
+          // rules the second.
           const Takers then = firstOf(takers, rank, rule);
           if (treatmentsOf(then) != treatmentsOf({rule})) missed[rule->id] = true;
         }
@@ -77,7 +78,7 @@ struct Facts {
     }
   }
   std::vector<bool> reached;              // the rule is first for some packet
-  std::vector<bool> missed;               // without it some packet would be treated differently
+  std::vector<bool> missed;               // without the rule some packet is treated differently
   std::vector<bool> all;                  // the rule takes every packet
   std::vector<std::vector<bool>> meets;   // both take the same packet in some reading
   std::vector<std::vector<bool>> holds;   // [outer][inner]: outer takes every packet of inner
@@ -318,7 +319,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
 
 // --- Two groups ----------------------------------------------------------------------------------
 
-// True if every treatment of the packet that is possible in one group is impossible in the other.
+// True if no treatment of the packet is possible in both groups.
 inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Order order) {
   std::uint32_t may[2] = {};
   for (const Case* c : {&a, &b}) {
@@ -331,8 +332,9 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
   return (may[0] & may[1]) == 0;
 }
 
-// If rules are ordered by id and have one reading each, one rule of each group comes first for a
-// packet. The report must have exactly the pairs of such rules that treat a packet differently.
+// If rules are ordered by id and each has one reading, exactly one rule of each group comes first
+// for a packet. The report must have exactly those pairs of first rules that treat a packet
+// differently.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);

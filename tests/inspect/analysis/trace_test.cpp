@@ -82,8 +82,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 28),
             "undecided: entry 50 or 1000 ");
-  // An entry is no candidate if others surely take all its packets. Equal matches have the same
-  // reading.
+  // An entry is no candidate if earlier entries surely take all its packets. The device reads equal
+  // matches in the same way.
   const ParsedGroups halves = groupsFromText(
       "filter-groups 1\ngroup 1 priority=1 stage=ingress type=4\n"
       "entry 10 priority=30 if src_ipv4=10.0.0.0/9 tos=8 then permit\n"
@@ -100,7 +100,7 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "undecided: entry 50, or none\n");
 }
 
-// If it takes too many steps to exclude some of many entries, the trace names all of them.
+// If excluding entries takes too many steps, the trace names all entries that may take the packet.
 TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
   for (unsigned i = 0; i < 3000; ++i) {

@@ -1,5 +1,5 @@
-// Calls every function of the inspection library from C11. inspect_c_test.cpp runs these calls and
-// makes memory fail in each of them.
+// Calls every function of the inspection library from C11. inspect_c_test.cpp runs these calls, and
+// makes the allocations in each call fail.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_matches_c.h>

@@ -67,8 +67,9 @@ bool holds(FiltersReport* report) {
   return answered;
 }
 
-// Fails the first allocation of the call, then the second and so on, until it needs no more. Each
-// time the call must return false or do its work, and must leak nothing.
+// Fails the first allocation of the call, then the second and so on, until the call succeeds
+// without a failed allocation. Each time the call must return false or do its work, and must leak
+// nothing.
 void expectToSurviveWithoutMemory(const char* what, const Call& call) {
   ASSERT_TRUE(call()) << what;  // makes the objects that a process makes only once
   for (long allocations = 0;; ++allocations) {
@@ -116,7 +117,7 @@ TEST(InspectC, SurvivesWithoutMemory) {
     if (object != nullptr) destroy(object);
     return holds(read);
   };
-  // If memory is missing, a text is still complete or empty.
+  // Even if memory runs out, a text is complete or empty.
   const auto fills = [&out](auto fill, const auto* object) {
     const std::size_t length = fill(object, out, sizeof out);
     EXPECT_TRUE(length == 0 || out[length - 1] == '\n') << out;

@@ -71,7 +71,8 @@ void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_js
   for (const auto& key : form.at("required")) EXPECT_EQ(json.count(key), 1u) << key;
 }
 
-// The JSON of any report can be parsed, and is laid out as the parser's library writes it.
+// The JSON of any report can be parsed, and has the layout in which the JSON parser's library
+// writes.
 TEST(Report, IsWrittenAsJson) {
   Report report;
   for (int i = 0; i < 7 * 4; ++i) {
@@ -159,8 +160,8 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
-// The subject and the result of a finding decide the enumeration of its numbers. For findings about
-// tables only the subject decides.
+// The subject and the result of a finding decide to which enumeration its numbers belong. For
+// findings about tables only the subject decides.
 TEST(Report, NamesTheCodesInIt) {
   catalogue::Sentences said;
   for (int i = 0; i < 7 * 10; ++i) {

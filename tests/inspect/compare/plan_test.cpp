@@ -1,5 +1,5 @@
-// Compares plans with a search over all states of a small group, which uses the tables of rules.h.
-// Then it applies each plan step by step.
+// Compares plans with a search over all states of a small group. The search uses the tables of
+// rules.h. Then the test applies each plan step by step.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -194,8 +194,8 @@ Version randomVersion(Random& random, Head head) {
   return version;
 }
 
-// Two groups with common entries, some of them changed. If `wild`, heads and entries can be such
-// that only reading bytes gives them.
+// Two groups with common entries, some of them changed. If `wild` is true, the heads and entries
+// may be ones that a group can get only by reading bytes.
 std::pair<Model, Model> randomPair(Random& random, unsigned ids, bool wild) {
   std::pair<Model, Model> pair{{randomHead(random, !wild), {}}, {randomHead(random, !wild), {}}};
   auto& [from, to] = pair;
@@ -203,7 +203,7 @@ std::pair<Model, Model> randomPair(Random& random, unsigned ids, bool wild) {
   const auto versionFor = [&](const Model& model) {
     return randomVersion(random, wild ? randomHead(random) : model.head);
   };
-  const unsigned share = random(8);  // how alike they are
+  const unsigned share = random(8);  // how similar the groups are
   for (unsigned id = 1; id <= ids; ++id) {
     if (random(5) != 0) from.entries[id] = versionFor(from);
     if (random(5) == 0) continue;
@@ -284,8 +284,8 @@ TEST(Plan, GoesByWayOfOthers) {
   const FiltersGroup to = groupOf(kEgress, 5);
   EXPECT_EQ(linesOf(plan(groupOf(kLookup, 6), to), to),
             "set-stage none\nset-type 5\nset-stage egre\n");
-  // Only type 6 admits both the old and the new entries. Setting it in between costs one step and
-  // saves one step for each entry.
+  // Only type 6 admits both the old and the new entries. Setting type 6 in between costs one step
+  // and saves one step for each entry.
   Model a{{0, 4}, {}}, b{{0, 1}, {}};
   for (unsigned id = 1; id <= 2; ++id) {
     a.entries[id] = {{FILTERS_MATCH_PCP}, {}};
@@ -296,11 +296,12 @@ TEST(Plan, GoesByWayOfOthers) {
 }
 
 // Between two setters, and in a plan without setters, all insertions must come before all removals.
-// If the plan removes an entry before a setter, that setter must refuse the entry. If it inserts an
-// entry after a setter, either the group before the setter or the setter must refuse the entry.
+// If the plan removes an entry before a setter, that setter must refuse the entry. If the plan
+// inserts an entry after a setter, either the group before the setter or the setter must refuse the
+// entry.
 void expectAddedFirst(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from),
-      before(from.getId());  // before: as before the last setter, without entries
+      before(from.getId());  // the state before the last setter, without entries
   std::vector<FiltersEntry> removed;
   const Step* setter = nullptr;
   const auto setterRefuses = [&](const FiltersEntry& entry, const Step& step) {

@@ -203,7 +203,8 @@ INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
 
 // --- What the documents say ----------------------------------------------------------------------
 
-// A line without the position in the bytes, because other platforms have other bytes of policers.
+// A line without the position in the bytes, because the bytes of policers differ from platform to
+// platform.
 std::string withoutBytes(const std::string& line) {
   return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
 }
@@ -342,7 +343,7 @@ TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   }
 }
 
-// The fields of a head that are written later count.
+// If the bytes have a field of the head twice, the later one counts.
 TEST(Decode, AsAnotherStageOrType) {
   const std::string bytes = golden("group.hex");
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {

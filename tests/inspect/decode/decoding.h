@@ -14,7 +14,7 @@ namespace catalogue {
 
 using namespace FiltersInspect;
 
-// Sorts, because the order of parts and of the elements of a set has no meaning.
+// Sorts the parts, because the order of parts and of the elements of a set has no meaning.
 template <class Parts, class Key>
 void sortBy(Parts* parts, Key key) {
   std::stable_sort(parts->pointer_begin(), parts->pointer_end(),
@@ -67,8 +67,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// A lower limit must keep the most severe of the same findings. If several are equally severe, it
-// must keep the first ones.
+// With a lower limit the report must keep the most severe of the same findings. If several are
+// equally severe, it must keep the first ones.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;

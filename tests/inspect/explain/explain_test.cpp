@@ -81,7 +81,7 @@ Said byHead(unsigned stage, unsigned type) {
   return {{Code::kTypeNotAdmitted, type}};
 }
 
-// Appends findings, but an unknown stage or type only once.
+// Appends findings, but the finding about an unknown stage or type only once.
 Said operator+(Said said, const Said& more) {
   for (const auto& one : more) {
     const bool unknown = one.first == Code::kStageUnknown || one.first == Code::kTypeUnknown;
@@ -135,7 +135,7 @@ TEST(ExplainInsert, SaysAllThatTheTablesRefuse) {
   }
 }
 
-// Tests groups as bytes make them, with stages and types that the setters refuse.
+// Tests groups that can only be read from bytes, with stages and types that the setters refuse.
 TEST(ExplainStageAndType, SayWhatStandsInTheWay) {
   std::mt19937 random(2);
   forEachStageAndType([&](int stage, int type) {

@@ -2,7 +2,7 @@
 #define FILTER_COMMON_TESTS_INSPECT_FORM_SAMPLES_H_
 
 // Groups to write and read, and checks that text and JSON keep their promises for any input. Tests
-// and fuzz/ use them. Each check returns the fault as text, or an empty text.
+// and fuzz/ use these groups and checks. Each check returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_text.h>
 
