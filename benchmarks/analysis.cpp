@@ -1,5 +1,5 @@
-// Measures the CPU time and the memory of an analysis, for groups like those in use and for some
-// hard ones. Fails if a figure is above its limit. `analysis FACTOR` multiplies the limits, for a
+// Measures the CPU time and the memory of an analysis, for groups like real filters and for some
+// hard groups. Fails if a figure is above its limit. `analysis FACTOR` multiplies the limits, for a
 // slow machine.
 
 #include <filter_inspect/filter_analysis.h>
@@ -86,7 +86,7 @@ void measureComparison() {
               count(report, Code::kTreatmentDiffers), count(report, Code::kNotDecided));
 }
 
-// Traces packets with all fields that the rules ask for.
+// Traces packets that have all fields that the rules test.
 void measureTrace() {
   const FiltersGroup group = RuleSet(kShapes[1], 10000).make(10000);
   const Tracer tracer(group, Order::kHighestPriority);

@@ -1,5 +1,5 @@
-// Measures how long it takes to write and read text and JSON, in CPU time, the fastest of five
-// runs. Fails if 10,000 rules take longer than a second.
+// Measures how much CPU time writing and reading text and JSON take, as the fastest of five runs.
+// Fails if 10,000 rules take longer than a second.
 
 #include <filter_inspect/filter_text.h>
 

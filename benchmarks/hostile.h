@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 #define FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 
-// Bytes of groups that cost their reader as much as bytes of their kind and size can.
+// Bytes of groups that are as expensive to read as bytes of this kind and size can be.
 
 #include <cstddef>
 #include <functional>

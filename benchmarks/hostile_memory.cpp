@@ -1,8 +1,8 @@
-// Measures the memory that hostile groups of 1 MiB need: the most in use while a group is rebuilt
-// (from bytes as serialize() writes them, and from another shape), the memory of the finished
-// group, and the most in use while the message runtime alone parses the same bytes on an arena.
-// (Parsing without an arena can leak when memory runs out.) Fails if rebuilding takes more
-// than 1.25 times the sum of parsing and the finished group.
+// Measures the memory that hostile groups of 1 MiB need. There are three figures: the most memory
+// in use while a group is rebuilt (from bytes as serialize() writes them, and from other bytes),
+// the memory of the finished group, and the most memory in use while the message runtime alone
+// parses the same bytes on an arena. (Parsing without an arena can leak when memory runs out.)
+// Fails if rebuilding takes more than 1.25 times the sum of parsing and the finished group.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>

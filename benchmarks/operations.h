@@ -1,10 +1,11 @@
 #ifndef FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
 #define FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
 
-// The measured operations on a group of N rules, by name: operations of the library, and floors
-// (the same bytes with the message classes alone). Each operation is done for the whole group. Its
-// preparation is not timed or counted, so that an operation and its floor can be compared: for
-// example, one makes a group and the other makes a message, or both also destroy it.
+// The measured operations on a group of N rules, by name: operations of the library, and floors. A
+// floor handles the same bytes with the message classes alone. Each operation is done for the whole
+// group. Its preparation is not timed or counted, so that an operation and its floor can be
+// compared. For example, one makes a group and the other makes a message, or both also destroy what
+// they make.
 
 #include <google/protobuf/arena.h>
 

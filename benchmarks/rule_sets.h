@@ -1,9 +1,10 @@
 #ifndef FILTER_COMMON_BENCHMARKS_RULE_SETS_H_
 #define FILTER_COMMON_BENCHMARKS_RULE_SETS_H_
 
-// Groups like the filters in use: access lists (ACL), firewalls (FW) and chains of both (IPC). They
-// differ in how often an address, a port or the protocol is left open, in the length of the
-// prefixes, and in the number of networks, which nest. The groups are the same on every machine.
+// Groups like real filters: access lists (ACL), firewalls (FW) and chains of both (IPC). These
+// kinds differ in how often a rule has no condition on an address, a port or the protocol, in the
+// length of the prefixes, and in the number of networks. Some networks are part of others. The
+// groups are the same on every machine.
 
 #include <filter_common/filter_groups.h>
 
@@ -20,7 +21,7 @@ namespace benchmarks {
 
 struct Shape {
   const char* name;
-  unsigned open_source, open_destination;  // how many rules in 100 leave the address open
+  unsigned open_source, open_destination;  // how many rules in 100 have no condition on the address
   unsigned open_source_port, open_destination_port, open_protocol;
   unsigned exact_port;              // how many ports in 100 are one port; the others are ranges
   std::array<unsigned, 4> lengths;  // prefixes in 100 of length 8-16, 17-24, 25-31, 32
@@ -114,7 +115,7 @@ class RuleSet {
     if (!happens(shape_.open_protocol)) tuple_[4] = masked(protocols[below(6)], 0xff);
   }
 
-  // No two tuples are equal, each has an address, and most narrow ones come before the wide ones.
+  // No two tuples are equal, each has an address, and most narrow tuples come before the wide ones.
   void makeTuples(unsigned count) {
     std::set<Tuple> seen;
     std::vector<std::pair<unsigned, Tuple>> ordered;

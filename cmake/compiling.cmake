@@ -26,9 +26,9 @@ set(CMAKE_LINK_DEPENDS_NO_SHARED ON)
 
 # --- filter_common_warnings, linked PRIVATE: the warnings for our own code -----------------------
 
-# Generated code does not link it. CMAKE_COMPILE_WARNING_AS_ERROR, which the presets set, turns the
-# warnings into errors. A switch that leaves out an enumerator is always an error, because the
-# catalogues rely on it.
+# Generated code does not link this target. CMAKE_COMPILE_WARNING_AS_ERROR, which the presets set,
+# turns the warnings into errors. A switch that leaves out an enumerator is always an error, because
+# the catalogues rely on it.
 add_library(filter_common_warnings INTERFACE)
 target_compile_options(
   filter_common_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror=switch
@@ -47,11 +47,12 @@ foreach(kind debug macro)
 endforeach()
 
 # Calls inside a library are direct. Calls to other libraries go through a table that is filled at
-# load time. The code is smaller and faster, and the exports stay the same.
+# load time. This makes the code smaller and faster, and the exports stay the same.
 target_compile_options(filter_common_shipped INTERFACE -fno-semantic-interposition -fno-plt)
 
 # On 32-bit PowerPC the loader expects that code reaches thread-local variables through call stubs,
-# but -fno-plt leaves these out. Programs crash without this option. Other linkers do not have it.
+# but -fno-plt leaves these out. Programs crash without the linker option below. Linkers for other
+# targets do not have it.
 check_linker_flag(
   CXX LINKER:--no-tls-get-addr-optimize FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
 if(FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)

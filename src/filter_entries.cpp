@@ -91,8 +91,8 @@ filtersErr_t eraseFrom(Held* held, Code code) {
   return FILTERS_OK;
 }
 
-// Makes room for `count` more objects, but at most for one of each code: a message may repeat
-// codes, and an entry holds each code once.
+// Makes room for `count` more objects, but at most for one of each code, because a message may
+// repeat codes and an entry holds each code once.
 template <class Held>
 void reserveObjects(Held* held, std::size_t count) {
   constexpr std::size_t kMost = 64;  // more than there are codes

@@ -96,7 +96,7 @@ void printPolicerAction(std::ostream& os, const policer::Action& action) {
 }
 
 // Prints no line end after the last line. The lines are not indented, even if the caller of the
-// entry's printer has set a width: the lines before these have used it up.
+// entry's printer has set a width, because the lines before these have used up the width.
 void printPolicer(std::ostream& os, const policer::Policer& policer) {
   os << "Policer Id: ";
   if (policer.GetId() == kInvalidPolicerId) {

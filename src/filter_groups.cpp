@@ -84,7 +84,8 @@ filtersErr_t FiltersGroup::validate(const FiltersEntry& entry) const {
 filtersErr_t FiltersGroup::insertEntry(const FiltersEntry& entry) {
   const filtersErr_t result = validate(entry);
   if (result != FILTERS_OK) return result;
-  // The argument may be the entry that is replaced. The extracted node keeps it until it is copied.
+  // The argument may be the very entry that is replaced. The extracted node keeps that entry until
+  // it is copied.
   const auto replaced = entries_.extract(entry.getId());
   entries_.emplace(entry.getId(), entry);
   return FILTERS_OK;
@@ -184,8 +185,8 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   return read == size || bytes[read] == '\0';
 }
 
-// Writes one entry's message at a time: the bytes of a message are the bytes of its fields in a
-// row.
+// Writes one entry's message at a time. This is possible because the bytes of a message are the
+// bytes of its fields in a row.
 void FiltersGroup::serialize(std::string* out) const {
   FiltersGroupPB head;
   fillHead(&head);

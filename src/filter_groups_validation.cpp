@@ -40,7 +40,7 @@ template <filtersGroupType_t... codes>
 constexpr CodeSet<filtersGroupType_t> kTypes = {codes...};
 
 // The matches that a group type admits, or null for an unknown type. Deliberate: no type admits an
-// IPv6 source. If it were inlined, the check of each entry would take more instructions.
+// IPv6 source. If this function were inlined, the check of each entry would take more instructions.
 [[gnu::noinline]] constexpr const CodeSet<filtersMatch_t>* matchesOf(filtersGroupType_t type) {
   switch (type) {
     case FILTERS_GROUP_TYPE_NONE:

@@ -9,8 +9,8 @@
 namespace policer {
 namespace {
 
-// Uses the named functions, so that a figure that the mode does not use stays 0 even if the bytes
-// have one.
+// Uses the named functions, so that a parameter that the mode does not use stays 0 even if the
+// bytes have it.
 Mode ReadMode(const ModePB& message) {
   const auto type = static_cast<ModeType>(message.type());
   switch (type) {

@@ -18,8 +18,8 @@ class MessageArena {
   MessageArena(const MessageArena&) = delete;
   MessageArena& operator=(const MessageArena&) = delete;
 
-  // An empty message, which the arena destroys. The runtime's other functions that make one have
-  // different names in different releases; New() is in all of them.
+  // An empty message, which the arena destroys. The runtime's other functions that make a message
+  // have different names in different releases; New() is in all releases.
   template <class Message>
   Message* make() {
     return Message::default_instance().New(&arena_);

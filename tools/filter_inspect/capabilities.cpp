@@ -106,7 +106,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// The question is where entries fit, so it is no loss that their own group refuses them.
+// Drops findings about refused entries. This command asks where entries fit, so it is no loss that
+// their own group refuses them.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {

@@ -60,7 +60,7 @@ class Checker {
                                           : decodeGroup(input.bytesOf(group), limits).report;
   }
 
-  // The same for a group of the other stage or type.
+  // The same for a group with another stage or type, which --stage or --type gives.
   Report checkInstead(const std::string& bytes, const DecodeLimits& limits,
                       std::size_t* entries) const {
     DecodedGroup decoded = decodeGroupAs(bytes, instead_, limits);
@@ -75,11 +75,11 @@ class Checker {
 
   bool isAgainstOthers() const { return instead_.stage || instead_.type; }
 
-  // Drops what was found about groups with their own stage and type. Findings about groups that
-  // could not be made stay, since nothing else is known about them.
+  // Drops the findings about groups with the stage and type from the file. Findings about groups
+  // that could not be made stay, since nothing else is known about these groups.
   static void dropOwn(Input& input) {
     Report own;
-    // An error that was left out may be about such a group.
+    // An error that was left out may be about a group that could not be made.
     const bool areMade =
         std::all_of(input.groups.begin(), input.groups.end(),
                     [](const InputGroup& group) { return group.group.has_value(); });

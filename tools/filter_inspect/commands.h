@@ -47,8 +47,8 @@ class Console;
 // The function of a command.
 using Run = Exit(const Options& options, Console* console);
 
-// Reads the command line. Returns null if there is nothing to run: it printed help, or reported
-// trouble.
+// Reads the command line. Returns null if there is nothing to run, because help was printed or
+// trouble was reported.
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 
 // The words for one enumeration that the command names accepts.

@@ -247,7 +247,7 @@ void Console::keep(const std::string& file, Report report) {
 void Console::say(const std::string& text) {
   hideProgress();
   flush();  // on a terminal, output and trouble keep their order
-  // If this fails, nobody is left to tell.
+  // If this fails, there is no place left to report it.
   static_cast<void>(writeAll(STDERR_FILENO, text));
 }
 

@@ -47,7 +47,7 @@ std::string leftOutText(const Report& report);
 
 class Console {
  public:
-  // The options are read at each call, not here.
+  // The options are read at each later call, so they may change after this one.
   explicit Console(const Options* options);
 
   // --- Results ---
@@ -72,16 +72,16 @@ class Console {
   // Reports an error of the system about a file.
   void systemTrouble(Code code, const std::string& file, int error);
   bool hasFailed() const { return failed_; }
-  // Reports what is neither trouble nor a result: the losses of a file, or why there is nothing to
-  // show.
+  // Writes a report that is neither trouble nor a result: the losses of a file, or the reason why
+  // there is nothing to show.
   void aside(const std::string& file, const Report& report);
   // Writes advice for people.
   void hint(const std::string& line);
 
   // Shows a line on a terminal while reading a file takes longer than a second.
   void showProgress(const std::string& file);
-  // The same for work on a part of a file, with how much of it is done. Empty if there is no
-  // terminal.
+  // Returns a function that shows how much of the work on a part of a file is done. The function is
+  // empty if there is no terminal.
   std::function<void(std::size_t done, std::size_t all)> progressOf(std::string_view doing,
                                                                     std::string_view place);
   void hideProgress();

@@ -23,7 +23,7 @@ struct Pair {
 
   // Findings are about the second file, unless only the first one has the group.
   std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
-  // Adds that place to the findings.
+  // Adds the file and the place of the group to the findings.
   void locate(const std::vector<Input>& inputs, Report* report) const {
     inputs[toldOf()].locate(*(b != nullptr ? b : a), report);
   }
@@ -211,7 +211,7 @@ Exit runPlan(const Options& options, Console* console) {
     if (!options.json) console->aside(inputs->at(pair.toldOf()).file, plan.report);
     document.add(pair.toldOf(), std::move(plan.report));
   }
-  if (exit == kExitFound) all.clear();  // half of a way is none
+  if (exit == kExitFound) all.clear();  // half of a plan is of no use
   for (auto& [pair, steps] : all) {
     if (!options.json && all.size() > 1 && !steps.empty()) {
       console->writeLine("# " + printable(pair.a->place + " to " + pair.b->place));

@@ -18,7 +18,7 @@ class FileReport {
 
   // Adds a report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);
-  // Adds a report about several groups. Its findings name them.
+  // Adds a report about several groups. Its findings must already name their groups.
   void add(Report&& report) { all_.append(std::move(report)); }
   // All findings, group by group. If some are left out, the most severe come first.
   Report take();

@@ -127,7 +127,7 @@ class Reader {
   void readBytes() {
     input_.framing = options_.framing;
     if (options_.framing == "auto") input_.framing = addsUp(input_.content) ? "be32" : "none";
-    // No bytes are a group of zeros for the library, so they are one group here, whatever the
+    // The library reads an empty input as a group of zeros, so it is one group here, whatever the
     // framing.
     if (input_.framing == "none" || input_.content.empty()) {
       addBytes({0, input_.content.size()});
@@ -149,7 +149,7 @@ class Reader {
   // Returns false if something cannot be read.
   bool readForm() {
     const bool isText = input_.form == FileForm::kText;
-    // Even if no findings are wanted, one says what cannot be read.
+    // Even if no findings are wanted, one finding is kept, to say what cannot be read.
     const std::size_t most = std::max(options_.max_findings, std::size_t{1});
     FiltersInspect::ParsedGroups parsed =
         isText ? FiltersInspect::groupsFromText(input_.content, most)
@@ -175,7 +175,7 @@ class Reader {
     return group;
   }
 
-  // About the last group.
+  // Keeps a report about the last group.
   void keep(Report&& report) {
     input_.locate(input_.groups.back(), &report);
     report_.append(std::move(report));
@@ -316,7 +316,7 @@ void tellLosses(const Input& input, Console* console) {
     }
   }
   for (const InputGroup& group : input.groups) {
-    if (!group.is_broken || std::exchange(isTold, true)) continue;  // its reason was left out
+    if (!group.is_broken || std::exchange(isTold, true)) continue;  // its finding was left out
     Finding broken = findingOf(Code::kBytesBroken, "it cannot be read to its end");
     input.locate(group, &broken);
     console->trouble(input.file, broken);

@@ -31,7 +31,7 @@ struct InputGroup {
   // The group that a device would hold. Nothing if the device could not build it, or if a frame is
   // broken.
   std::optional<FiltersGroup> group;
-  std::vector<FiltersEntry> entries;         // all that came, with refused ones; only if wanted
+  std::vector<FiltersEntry> entries;         // all entries received, also refused ones; if wanted
   FiltersInspect::ByteRange range;           // for bytes: their place in the content
   FiltersInspect::GroupPositions positions;  // for text and JSON
   bool is_broken = false;                    // true if some of the bytes could not be read
@@ -58,7 +58,7 @@ void tellLosses(const Input& input, Console* console);
 
 // What a command needs of files that hold bytes.
 struct Wanted {
-  Severity least = Severity::kWarning;  // findings below are left out
+  Severity least = Severity::kWarning;  // findings below this severity are left out
   bool entries = false;                 // fills InputGroup::entries
 };
 
@@ -70,8 +70,8 @@ void forEachInput(const Options& options, const Wanted& wanted, Console* console
 // All inputs, with the losses of those that hold bytes.
 std::vector<Input> readInputs(const Options& options, Console* console);
 
-// The same, and reports their losses. For commands that need every byte: returns nothing after
-// trouble.
+// The same, and reports the losses of the inputs. This is for commands that need every byte, so it
+// returns nothing if there was trouble.
 std::optional<std::vector<Input>> readWholeInputs(const Options& options, Console* console);
 
 // The groups of all inputs that could be built.

@@ -31,8 +31,8 @@ class Uninterrupted {
   sigset_t before_;
 };
 
-// Writes a file completely or not at all. It writes a temporary file beside it, which replaces the
-// file at the end. A terminal, a pipe or the like is written directly.
+// Writes a file completely or not at all. The text goes into a temporary file in the same folder,
+// which replaces the file at the end. A terminal, a pipe or the like is written directly.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& name) : name_(name) {

@@ -37,7 +37,7 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-// If an entry has several findings, the one that is last here is drawn.
+// If an entry has several findings, the one whose look is last in this list is drawn.
 struct Look {
   Code code;
   const char* style;
@@ -123,8 +123,8 @@ void mark(const Report& report, std::vector<Row>* rows) {
   }
 }
 
-// If there are many rows, keeps those with a finding and those that such findings name. Returns the
-// number of rows left out after the last one.
+// If there are many rows, keeps only the rows with a finding and the rows that such findings name.
+// Returns the number of rows that are left out after the last row kept.
 std::size_t leaveOut(std::vector<Row>* rows) {
   if (rows->size() <= kMostRows) return 0;
   std::vector<Row> kept;

@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_TOOLS_PICTURE_H_
 #define FILTER_INSPECT_TOOLS_PICTURE_H_
 
-// Draws groups as tables: a row for each entry, in their order, and a column for each match code
-// that some entry has. Entries with a finding are coloured. In a large group, only these and the
-// entries that their findings name are drawn.
+// Draws groups as tables. A table has a row for each entry, in the order of the entries, and a
+// column for each match code that some entry has. Entries with a finding are coloured. In a large
+// group, only the entries with a finding and the entries that such findings name are drawn.
 
 #include <filter_inspect/filter_analysis.h>
 

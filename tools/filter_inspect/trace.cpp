@@ -119,7 +119,8 @@ class Packets {
     }
   }
 
-  // Adds a finding about the packet, and if it is the only packet, one about each entry.
+  // Adds a finding about the packet. If it is the only packet, also adds a finding about each
+  // entry.
   void keep(Finding&& whole, const Trace& traced, const InputGroup& group) {
     add(std::move(whole));
     for (const Traced& one : traced.entries) {
@@ -143,7 +144,7 @@ class Packets {
   Console& console_;
   std::vector<Prepared> prepared_;
   FiltersInspect::LimitedReport report_{options_.max_findings};
-  // Even if no findings are wanted, one says what cannot be read.
+  // Even if no findings are wanted, one finding is kept, to say what cannot be read.
   std::size_t room_ = std::max(options_.max_findings, std::size_t{1});
   Report untold_;
   bool is_decided_ = true;

@@ -220,7 +220,7 @@ std::optional<Order> orderOf(std::int32_t number) {
   return static_cast<Order>(number);
 }
 
-// As explained(), for an order that is one of the options.
+// Like explained(), for functions whose options have an order.
 template <class Analyse, class... Objects>
 FiltersReport* analysed(std::int32_t number, Analyse analyse, const Objects*... objects) {
   AnalysisOptions options;

@@ -25,7 +25,7 @@ T blankOf();
   }
 #include <filter_common/filter_actions.def>
 
-// Compares as entries compare their parts.
+// Compares in the same way in which entries compare their parts.
 template <class Base>
 bool isSame(const Base& a, const Base& b) {
   return a == b;

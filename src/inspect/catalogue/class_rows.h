@@ -13,9 +13,10 @@ struct MatchRow {
   // the entry refuses it.
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
-  // Compares the matches of two entries that both hold one.
+  // Compares the matches of two entries. Both entries must hold one of this class.
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // Reads a match's message into a blank object and writes it again: what the library makes of it.
+  // Reads a match's message into a blank object and writes that object as a message. This shows
+  // what the library makes of the first message.
   void (*echo)(const FiltersCommon::MatchPB& in, FiltersCommon::MatchPB* out);
 };
 
@@ -24,11 +25,12 @@ struct ActionRow {
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // Throws what the action throws.
+  // Does the same for actions. Throws what the action throws.
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };
 
-// The rows in order of codes, for loops; and the row of a code, null for a code without a class.
+// All rows in the order of codes, and the row of one code. The row is null for a code without a
+// class.
 const MatchRow* rowOf(FiltersCommon::filtersMatch_t code);
 const ActionRow* rowOf(FiltersCommon::filtersAction_t code);
 

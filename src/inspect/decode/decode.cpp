@@ -49,8 +49,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
   return {message, whole};
 }
 
-// Reports what concerns all bytes together, if no other finding says it. `ended` is true if a
-// finding says where the bytes end.
+// Reports what concerns all bytes together, unless another finding has said it. `ended` is true if
+// a finding says where the bytes end.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
               DecodeFindings* findings) {
   const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
@@ -66,7 +66,8 @@ void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool 
   }
 }
 
-// True if the group has nothing unusual. It is already known to write the same bytes again.
+// True if the group has nothing unusual. The caller already knows that the group writes the same
+// bytes again.
 bool areUsual(const FiltersGroup& group) {
   if (group.groupStageValidation(group.getStage(), group.getType()) != FILTERS_OK) return false;
   for (const auto& [id, entry] : group.getEntriesRef()) {
@@ -104,7 +105,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
   findings->group = blank.getId();
-  // Losses of the head come first, wherever it is in the bytes.
+  // Losses of the head come first, wherever its fields are in the bytes.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
   EntryReader reader(bytes, whole, &arena, &ofEntries);

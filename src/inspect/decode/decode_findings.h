@@ -39,15 +39,15 @@ class DecodeFindings {
   explicit DecodeFindings(const DecodeLimits& limits)
       : report_(limits.max_findings), least_(limits.least) {}
 
-  // Returns null for a severity that nobody asked for, and beyond the limit, where the finding is
-  // only counted.
+  // Returns null if nobody asked for findings of this severity. Also returns null beyond the limit,
+  // where the finding is only counted.
   Finding* add(Code code, const MessagePart& part, const char* message = "");
   // Adds the findings of another report at the end.
   void append(DecodeFindings&& others) { report_.append(others.take()); }
   bool empty() const { return report_.empty(); }
   Report take() { return report_.take(); }
 
-  // The next findings are about these.
+  // The group and the entry that the next findings are about.
   std::optional<FiltersCommon::filtersGroupId_t> group;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   Subject subject = Subject::kGroup;

@@ -178,7 +178,7 @@ bool EntryReader::readCounter(const CounterPB& in, const MessagePart& part, int 
   return true;
 }
 
-// Keeps the part, in place of an earlier one with its code or id.
+// Keeps the part. It replaces an earlier part with the same code or id.
 void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) {
   const std::uint32_t code = findings_->offender;
   const Kept kept = {part.index, part.bytes};

@@ -79,12 +79,12 @@ class EntryReader {
       action_check_{FiltersCommon::ActionPB::descriptor()},
       counter_check_{FiltersCommon::CounterPB::descriptor()};
 
-  // These are about the entry that is read.
+  // The following members are about the entry that is being read.
   FiltersCommon::FiltersEntry blanks_;  // a blank match of each kept code
   KeptByCode matches_, actions_, counters_;
   bool parts_ascend_ = true;
 
-  // These are about the group.
+  // The following members are about the group.
   KeptByCode held_;
   bool entries_ascend_ = true;
   std::vector<FiltersCommon::FiltersEntry>* entries_ = nullptr;

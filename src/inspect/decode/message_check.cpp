@@ -51,7 +51,7 @@ std::vector<std::uint32_t> numbersIn(const google::protobuf::Message& message, c
   return {numbers.begin(), numbers.end()};
 }
 
-// `bits` are the bits of the number that came.
+// `bits` are the bits of the received number.
 void sayCut(Finding* finding, std::string before, std::uint64_t bits, std::int64_t after) {
   finding->before = std::move(before);
   finding->after = std::to_string(after);
@@ -267,7 +267,7 @@ void MessageCheck::compare(const google::protobuf::Message& in,
   }
 }
 
-// Compares bytes of which something is kept.
+// Compares the bytes of a field of which the library keeps at least a part.
 void MessageCheck::compareBytes(const Field& field, const google::protobuf::Message& in,
                                 const google::protobuf::Message& out, const MessagePart& part,
                                 DecodeFindings* findings) {
@@ -296,7 +296,8 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
                               const google::protobuf::Message& out, const MessagePart& part,
                               DecodeFindings* findings) {
   const Reflection& reflection = *in.GetReflection();
-  // If the bytes break off, the runtime may have stored something that did not come.
+  // If the bytes break off, the runtime may have stored a value for a field that is not in the
+  // bytes.
   const bool came = hasCome(field.number());
   const bool kept = reflection.HasField(out, &field);
   if (!came && (!kept || broken_)) return;
@@ -323,8 +324,8 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   }
 }
 
-// Lets the library keep each element alone, to see what becomes of it. Returns what should be kept
-// of all, in order.
+// Lets the library read each element alone, to see what it keeps of the element. Returns what the
+// library should keep of all elements, in order.
 std::vector<std::uint32_t> MessageCheck::compareElements(
     const Field& field, const google::protobuf::Message& in, const std::vector<std::uint32_t>& came,
     const MessagePart& all, DecodeFindings* findings, const Echo& echo) {

@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 #define FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 
-// Reports what one message loses, in two steps. The first looks at its bytes alone; the second
-// compares the message with what the library makes of it. Neither knows a class or a field:
-// descriptors and the library do.
+// Reports what one message loses, in two steps. The first step looks only at the bytes. The second
+// compares the message with what the library makes of it. The code here knows no class and no
+// field, because it asks descriptors and the library.
 
 #include <google/protobuf/message.h>
 
@@ -24,25 +24,27 @@ class MessageCheck {
  public:
   using Descriptor = google::protobuf::Descriptor;
   using Field = google::protobuf::FieldDescriptor;
-  // Called for each message inside this one, with its number among those of its field. Returns
-  // whether the walk goes on.
+  // Called for each message inside this one. The part's `index` is the position among the messages
+  // of the same field. Returns whether the walk goes on.
   using Visit = std::function<bool(const Field& field, const MessagePart& part)>;
-  // Lets the library read one message and write the other.
+  // Lets the library read the first message and write the second one.
   using Echo =
       std::function<void(const google::protobuf::Message& in, google::protobuf::Message* out)>;
 
   explicit MessageCheck(const Descriptor* descriptor);
 
-  // Goes through the bytes and reports what they show alone. Returns false if the bytes break off.
+  // Goes through the bytes and reports what can be seen from them alone. Returns false if the bytes
+  // break off.
   bool walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
             DecodeFindings* findings, const Visit& visit = nullptr);
 
-  // Reports differences between what came and what is kept; call walk() before. `echo` says what is
-  // kept of one element of a repeated number. Without it, repeated numbers are not compared.
+  // Reports differences between what was received and what is kept. Call walk() before. `echo` says
+  // what is kept of one element of a repeated number. Without it, repeated numbers are not
+  // compared.
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
-  // The caller has a value for this field, so it is not reported as missing.
+  // Says that the caller has a value for this field, so that the field is not reported as missing.
   void assume(int fieldNumber);
 
   // True if the bytes broke off inside the message. Nothing is then reported about its last part,

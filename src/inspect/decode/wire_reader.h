@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 
 // Finds the fields of messages in their bytes; the message runtime does not say where they are. The
-// runtime decides what they mean, and this reader goes the same way.
+// runtime decides what the bytes mean, and this reader reads them in the same way.
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ struct WireField {
   std::size_t value = 0;  // where the value begins, after tag and length
   std::size_t end = 0;
   std::uint64_t varint = 0;  // the value of a kVarint
-  bool plain = false;        // true if nothing can be written in fewer bytes
+  bool plain = false;        // true if no number in it could be written in fewer bytes
 };
 
 // Reads the fields of one message, one after the other. Does not look inside a field.
@@ -37,13 +37,14 @@ class WireReader {
   static constexpr int kDepth = 100;
 
   // Reads bytes[begin, end). `depth` is the number of levels that may follow. Releases of the
-  // runtime differ in the longest tags and lengths, and in messages that overrun the one around
-  // them. `lenient` says that this runtime has read the bytes to their end.
+  // runtime differ in the longest tags and lengths that they read, and in how they read a message
+  // that is longer than the one around it. `lenient` says that this runtime has read the bytes to
+  // their end.
   WireReader(std::string_view bytes, std::size_t begin, std::size_t end, int depth, bool lenient)
       : bytes_(bytes), position_(begin), end_(end), depth_(depth), lenient_(lenient) {}
 
-  // Reads the next field. Returns false at the end, or if no more can be read. A field that
-  // overruns the message is cut off and is the last one.
+  // Reads the next field. Returns false at the end, or if no more can be read. A field that is
+  // longer than the rest of the message is cut off, and is the last field.
   bool next(WireField* field);
 
   bool broken() const { return broken_; }

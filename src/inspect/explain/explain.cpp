@@ -35,8 +35,8 @@ std::vector<std::uint32_t> keysOf(const Table& table) {
   return keys;
 }
 
-// The stages of policers that a group's stage admits. The library has this only in its checks; the
-// tests compare every row with them.
+// The stages of policers that a group's stage admits. The library has these rules only in its
+// checks; the tests compare every row with the checks.
 std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   switch (stage) {
     case FILTERS_GROUP_STAGE_NONE:
@@ -50,19 +50,20 @@ std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   return {};
 }
 
-// The library's checks are members of a group, but look only at their arguments.
+// The library's checks are members of a group, but use only their arguments, so any group will do.
 const FiltersGroup& checks() {
   static const FiltersGroup group(0);
   return group;
 }
 
-// A match as the library's checks of compatibility see it.
+// The part of a match that the library's checks of compatibility look at.
 struct JustCode {
   filtersMatch_t code;
   filtersMatch_t getType() const { return code; }
 };
 
-// Fills a report with refusals. The library decides; only what it refuses is looked at closer.
+// Fills a report with refusals. The library decides; only what the library refuses is looked at
+// more closely.
 class Refusals {
  public:
   Refusals() = default;
@@ -70,7 +71,7 @@ class Refusals {
 
   Report take() { return std::move(report_); }
 
-  // Checks whether a group may have both.
+  // Checks whether a group may have this stage and type together.
   void addStage(filtersGroupStage_t stage, filtersGroupType_t type) {
     switch (checks().groupStageValidation(stage, type)) {
       case FILTERS_OK:
@@ -131,7 +132,7 @@ class Refusals {
         "it is made for " + nameOrNumber(its) + ", and the group's stage is " + nameOrNumber(stage);
   }
 
-  // The order is that of insertEntry().
+  // Checks in the order of insertEntry().
   void addEntry(const FiltersEntry& entry, filtersGroupStage_t stage, filtersGroupType_t type) {
     addMatches(entry, type);
     addActions(entry, stage);
@@ -164,7 +165,8 @@ class Refusals {
     return finding;
   }
  private:
-  // One finding is enough for these: they are the same for every entry and check.
+  // One finding is enough for an unknown stage or type, because it is the same for every entry and
+  // check.
   void addUnknownStage(filtersGroupStage_t stage) {
     if (std::exchange(stage_is_unknown_, true)) return;
     Finding& finding = add(Code::kStageUnknown, FILTERS_ERR_INVALID_STAGE);
@@ -224,14 +226,15 @@ Report explainType(const FiltersGroup& group, filtersGroupType_t type) {
   return refusals.take();
 }
 
-// As setMatches() does: in the order of the map, by each match's own code, skipping unknown codes.
+// Goes through the matches as setMatches() does: in the order of the map, by each match's own code,
+// skipping unknown codes.
 Report explainMatches(const FiltersEntry::Matches& matches) {
   Refusals refusals;
   std::map<filtersMatch_t, FiltersEntry> held;  // a blank match of each code
   for (const auto& [key, match] : matches) {
     if (match == nullptr || rowOf(match->getType()) == nullptr) continue;
     const filtersMatch_t code = match->getType();
-    if (held.count(code) != 0) continue;  // the later one replaces the earlier
+    if (held.count(code) != 0) continue;  // the later match replaces the earlier one
     for (const auto& [other, holder] : held) refusals.addConflict(holder, other, code);
     held.emplace(code, holderOf(code));
   }

@@ -62,8 +62,8 @@ enum class FieldTest : std::uint8_t {
   kNotIn,    // the field is none of the numbers in fields[1]
 };
 
-// The values whose meaning the model leaves open. Empty sets, and ranges that end before they
-// begin, are open for every match that can hold them.
+// The values that a device can read in several ways ("open" values). Empty sets, and ranges that
+// end before they begin, are open in every match that can hold them.
 enum class Reading : std::uint8_t {
   kPlain,
   kNoMaskIsOpen,   // a mask of 0 may mean this value alone
@@ -90,7 +90,7 @@ constexpr bool isInEveryPacket(Layer layer) {
 struct PacketField {
   FieldTest test = FieldTest::kNone;
   Layer layer = Layer::kSome;
-  const char* usual = nullptr;  // values to show, separated by blanks, the best first
+  const char* usual = nullptr;  // values for example packets, separated by blanks, the best first
   const char* name = nullptr;   // null: the name of the match
   Reading reading = Reading::kPlain;
   std::uint8_t carried = 0;  // the number of bits in a frame, if the match has more

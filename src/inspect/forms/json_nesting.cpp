@@ -8,7 +8,8 @@
 namespace FiltersInspect {
 namespace {
 
-// The key inside of lists, which have none. An object of MPLS ports has two keys of one kind.
+// Stands for the key inside of lists, which have no keys. An object of MPLS ports has two keys of
+// one kind.
 constexpr std::size_t kInList = 0;
 constexpr Nesting kNestings[] = {
     {In::kNowhere, kInList, '{', In::kFile},

@@ -12,9 +12,9 @@
 namespace FiltersInspect {
 
 // The characters of the text, with line ends and tabs as blanks. The parser keeps all characters
-// since the last token for its error message; a line end or tab there would take eight bytes. A
-// zero byte becomes the character 1, because the parser reads a zero as the end of the text and
-// would ignore what follows.
+// since the last token for its error message, and a line end or tab in that message would take
+// eight bytes. A zero byte becomes the character 1, because the parser reads a zero as the end of
+// the text and would ignore what follows.
 class Characters {
  public:
   using iterator_category = std::input_iterator_tag;

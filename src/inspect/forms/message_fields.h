@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 #define FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 
-// Reads and writes the fields of a match's or action's message by their numbers. Works on messages,
-// not objects, so values that no setter accepts survive.
+// Reads and writes the fields of a match's or action's message by their numbers. These functions
+// work on messages and not on objects, so that values that no setter accepts survive.
 
 #include <google/protobuf/message.h>
 

@@ -15,7 +15,8 @@ namespace FiltersInspect {
 // The bytes of the policer that an entry holds if it was given none.
 const std::string& defaultPolicer();
 
-// A key with a name or a number. The facts are all but the policer's actions.
+// A fact about a policer: a key with a name or a number. The facts are everything in a policer but
+// its actions.
 struct PolicerFact {
   const char* key;
   std::string_view name;  // empty if the number is the value

@@ -230,7 +230,7 @@ class TextReader {
     return message;
   }
 
-  // Another way to write a ToS, like the library's class MatchDSCP.
+  // Reads `dscp`, which is another way to write a ToS, like the library's class MatchDSCP.
   template <class Messages>
   bool readDscp(std::string_view value, Messages* messages) {
     const auto dscp = parseNumber(value, 6);

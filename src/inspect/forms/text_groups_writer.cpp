@@ -33,7 +33,7 @@ void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& me
   }
 }
 
-// Writes matches or actions, and their names of interfaces into the comment.
+// Writes matches or actions, and the names of their interfaces into the comment.
 template <class Code, class Messages>
 void appendAll(const char* keyword, const Messages& messages, std::string* out,
                std::string* comment) {

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_VALUE_TEXT_H_
 #define FILTER_INSPECT_SRC_FORMS_VALUE_TEXT_H_
 
-// The text of one match, action or counter, from its message and back. Works on messages, not
-// objects, so values no setter accepts survive a round trip.
+// The text of one match, action or counter, from its message and back. These functions work on
+// messages and not on objects, so that values that no setter accepts survive a round trip.
 
 #include <cstddef>
 #include <cstdint>
@@ -23,8 +23,8 @@ using FiltersCommon::ActionPB;
 using FiltersCommon::CounterPB;
 using FiltersCommon::MatchPB;
 
-// "dst_l4_port=179/0xffff", "permit", "1=packets". A code or type without a name is written as its
-// number.
+// For example "dst_l4_port=179/0xffff", "permit" or "1=packets". A code or type without a name is
+// written as its number.
 std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
@@ -41,8 +41,8 @@ struct ValueFault {
 // Sets the message's fields, but not its code.
 std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
 
-// Parts of values. A number is decimal, or hexadecimal after 0x; nothing if the text is no number
-// or has more bits. A name can also be a number.
+// These functions read parts of values. A number is decimal, or hexadecimal after 0x. They return
+// nothing if the text is no number or the number has more bits. A name can also be a number.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
 std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
 std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as in messages

@@ -17,7 +17,7 @@ using namespace FiltersCommon;
 
 constexpr Severity kWorstFirst[] = {Severity::kError, Severity::kWarning, Severity::kNote};
 
-// The kind of codes that the numbers of a finding are.
+// Says which enumeration the numbers of a finding belong to.
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
 
 CodesOf offenderOf(const Finding& finding) {
@@ -153,7 +153,7 @@ void write(const Finding& finding, JsonWriter* json) {
   json->close('}');
 }
 
-// "permit becomes deny"; empty if the finding has no two treatments.
+// For example "permit becomes deny". The text is empty if the finding does not have two treatments.
 std::string treatmentsText(const Finding& finding) {
   if (finding.witness.empty() || finding.before.empty() || finding.after.empty()) return {};
   if (finding.before == finding.after) return "alike: " + finding.before;
@@ -270,7 +270,7 @@ void Report::append(Report&& other) {
 
 void Report::keep(std::size_t most) {
   if (findings.size() <= most) return;
-  SeverityCounts room = {};  // how many of each severity are kept
+  SeverityCounts room = {};  // how many findings of each severity are kept
   for (const Finding& finding : findings) ++room[static_cast<std::size_t>(finding.severity)];
   for (const Severity severity : kWorstFirst) {
     std::size_t& its = room[static_cast<std::size_t>(severity)];

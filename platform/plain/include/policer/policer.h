@@ -15,7 +15,8 @@ enum class Color : std::uint8_t { Red = 0, Yellow = 1, Green = 2 };
 enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
 enum class ActionType : std::uint8_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
 
-// A way of metering. Each has at most four figures: committed rate and size, and two of its own.
+// A metering mode. A mode has at most four parameters: the committed rate and size, and two that
+// differ from mode to mode.
 struct Mode {
   static Mode TrTcm(std::uint32_t cir, std::uint32_t cbs, std::uint32_t pir, std::uint32_t pbs) {
     return {ModeType::TrTcm, {cir, cbs, pir, pbs}};

@@ -40,7 +40,7 @@ enum class Stage : std::uint32_t { Ingress = 0, Egress = 1, None = 2 };
 // The outcome of metering, from Red (exceeds every rate) to Green (conforms).
 enum class Color : std::uint32_t { Red = 0, Yellow = 1, Green = 2 };
 
-// The way of metering: single-rate three-colour, two-rate three-colour, two-rate three-colour for
+// The metering mode: single-rate three-colour, two-rate three-colour, two-rate three-colour for
 // differentiated services, one plain rate, or none.
 enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
 
@@ -74,7 +74,7 @@ class Mode {
   }
   static constexpr Mode None() { return Mode(ModeType::None); }
 
-  // All figures are 0. This is for types without a function above.
+  // Makes a mode whose parameters are all 0. This is for types without a function above.
   explicit constexpr Mode(ModeType type) : type_(type) {}
 
   constexpr ModeType GetType() const { return type_; }
