@@ -19,8 +19,8 @@ namespace {
 
 using Ids = std::vector<fc::filtersEntryId_t>;
 
-// The data that goes from one end to the other. The sender chooses how to frame its two parts; the
-// bytes of a group do not say where they end.
+// The data that goes from one end to the other. The sender chooses how to separate its two parts,
+// because the bytes of a group do not say where they end.
 struct Change {
   Ids removed;
   std::string bytes;  // a group of the new and the changed rules alone

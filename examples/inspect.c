@@ -47,7 +47,7 @@ static int whyRefused(void) {
   return good;
 }
 
-// Reads a sender with wider numbers, which adds a match on VLAN 65636 to the bytes of a rule.
+// Reads the bytes of a sender whose numbers are wider: a rule has a match on VLAN 65636.
 static int whatWasLost(void) {
   static const unsigned char match[] = {0x22, 0x06, 0x08, 0x02, 0x18, 0xe4, 0x80, 0x04};
   unsigned char bytes[200];

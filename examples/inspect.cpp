@@ -37,7 +37,8 @@ bool whyRefused() {
   return good;
 }
 
-// Reads a sender with wider numbers: the only rule of its group matches VLAN 65636.
+// Reads the bytes of a sender whose numbers are wider: the only rule of the group matches VLAN
+// 65636.
 bool whatWasLost() {
   std::string rule;
   FiltersEntry(40).serialize(&rule);

@@ -17,8 +17,8 @@ static void show(const char* what, long value, long expected) {
   ++surprises;
 }
 
-// Stops if a call that must not fail is refused: a rule without one of its matches would apply to
-// more packets.
+// Stops the program if a call that must not fail is refused, because a rule without one of its
+// matches would apply to more packets.
 static void require(filtersErr_t result) {
   if (result != FILTERS_OK) show("an unexpected refusal", result, FILTERS_OK);
 }
@@ -62,7 +62,7 @@ static FiltersEntry* bgpFromPeers(void) {
   return rule;
 }
 
-// Packets that expire here are dropped.
+// Drops packets that arrive with TTL 1, which this router could not forward.
 static FiltersEntry* expiring(void) {
   FiltersEntry* rule = newFiltersEntry(50);
   require(addMatch(rule, newMatchTTL(1)));

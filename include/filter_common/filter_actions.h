@@ -140,7 +140,7 @@ class FILTERS_API ActionL2ToCpuDrop : public Action {
 
 // The base class of actions with a list of ports, which keeps the caller's order. A comparison
 // looks at order and duplicates, but not at the code. The conversion of this class writes and reads
-// the code alone; the derived class adds the ports.
+// only the code; the derived class adds the ports.
 class FILTERS_API ActionPorts : public Action {
  public:
   ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);
@@ -151,7 +151,8 @@ class FILTERS_API ActionPorts : public Action {
   friend FILTERS_API std::ostream& ::operator<<(std::ostream& os, const ActionPorts& action);
 };
 
-// The ports that the packet must not leave by. Reading a message adds to the ports already held.
+// The ports through which the packet must not leave. Reading a message adds to the ports already
+// held.
 class FILTERS_API ActionBlockEgressPorts : public ActionPorts {
  public:
   explicit ActionBlockEgressPorts(const std::list<limid_t>& ports);

@@ -177,7 +177,8 @@ class FILTERS_API FiltersEntry {
   const Counter* getCounter(unsigned short id) const;
   const std::map<unsigned short, Counter>& getCounters() const { return counters_; }
   // Stores the counter, which replaces a held one with its id. Returns FILTERS_ERR_INVALID for type
-  // 0 and for a type that a held counter has. Deliberate: also if that counter has the same id.
+  // 0 and for a type that a held counter has. Deliberate: this is so even if that counter has the
+  // same id.
   FILTERS_NODISCARD filtersErr_t setCounter(const Counter& counter);
   // Returns FILTERS_ERR_INVALID_ARGUMENT if no counter has this id.
   FILTERS_NODISCARD filtersErr_t deleteCounter(unsigned short id);
@@ -188,9 +189,10 @@ class FILTERS_API FiltersEntry {
   // Fills a fresh message. Counters, matches and actions are written in ascending order.
   void convertToFiltersEntryPB(FiltersEntryPB* message) const;
   // Sets id, priority and policer from the message, and the parent if the message has one. Adds the
-  // message's counters, matches and actions. A held one with the same id or code is replaced. A
-  // match that a held one excludes is left out. Use it on a fresh entry. An MPLS port action can
-  // throw std::invalid_argument. The parts that were converted before an exception stay.
+  // message's counters, matches and actions. A held counter, match or action with the same id or
+  // code is replaced. A match that a held match excludes is left out. Use it on a fresh entry. An
+  // MPLS port action can throw std::invalid_argument. The parts that were converted before an
+  // exception stay.
   void convertFromFiltersEntryPB(const FiltersEntryPB* message);
 
   // Writes the bytes of the entry's message: they replace the content of the string, or fill an
@@ -221,7 +223,7 @@ class FILTERS_API FiltersEntry {
   policer::Policer policer_;
   std::shared_ptr<policer::Policer> policerParent_;
   std::map<unsigned short, Counter> counters_;
-  // In ascending order of their codes (getType()).
+  // Both are in ascending order of their codes (getType()).
   std::vector<std::unique_ptr<Match>> matches_;
   std::vector<std::unique_ptr<Action>> actions_;
 };

@@ -48,8 +48,8 @@ class FILTERS_API FiltersGroup {
   // Reads the bytes of serialize(). The group keeps whatever the parser could read, even when
   // parsing fails. Empty bytes give a group whose fields are all 0. Id and priority keep their low
   // 16 bits. Deliberate: stage and type are accepted unchecked. Each entry then has to pass the
-  // checks of insertEntry(). If two with the same id pass, the later one stays. The constructors
-  // throw the same exceptions as those of FiltersEntry.
+  // checks of insertEntry(). If two entries with the same id pass, the later one stays. The
+  // constructors throw the same exceptions as those of FiltersEntry.
   explicit FiltersGroup(const std::string& bytes);
   // Deliberate: the parameter is not const, although the buffer is only read.
   explicit FiltersGroup(FiltersSerialized& buffer);

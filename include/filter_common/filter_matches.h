@@ -1,9 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_H_
 #define FILTER_COMMON_FILTER_MATCHES_H_
 
-// The criteria of a filter rule, one class each. A match is a value: its constructor makes it, its
-// getters read it, == compares it, << prints it, and it can be written to and read from a MatchPB
-// message. An entry keeps copies and never takes the caller's object. For example:
+// The criteria of a filter rule. Each kind of criterion has a class. A match is a value: its
+// constructor makes it, its getters read it, == compares it, << prints it, and it can be written to
+// and read from a MatchPB message. An entry keeps copies and never takes the caller's object. For
+// example:
 //
 //     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
 //     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
@@ -89,8 +90,8 @@ class MatchExternalVlanId;
 class MatchInternalVlanId;
 
 // The base class of matches on ports. It holds a list of logical interface ids in the caller's
-// order, or a list of port types to exclude; only reading a message can give it both. A comparison
-// looks at order and duplicates.
+// order, or a list of port types to exclude. Only reading a message can give an object both lists.
+// A comparison looks at order and duplicates.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
@@ -126,8 +127,8 @@ class FILTERS_API MatchIngressPorts : public MatchPorts {
   void convertFromMatchPB(const MatchPB* message) override;
 };
 
-// The packet leaves by one of these ports. This match never excludes port types, and ignores those
-// of a message. Reading a message adds to the ports already held.
+// The packet leaves through one of these ports. This match never excludes port types, and ignores
+// those of a message. Reading a message adds to the ports already held.
 class FILTERS_API MatchEgressPorts : public MatchPorts {
  public:
   explicit MatchEgressPorts(const std::list<limid_t>& ports);
@@ -226,7 +227,7 @@ class FILTERS_API MatchForwardingType : public Match {
   en_ForwardingType fwd_;
 };
 
-// Spanning-tree state of the ingress port.
+// The spanning-tree state of the ingress port.
 class FILTERS_API MatchIngressStpState : public Match {
  public:
   explicit MatchIngressStpState(en_StpState state)

@@ -13,15 +13,16 @@
 //
 // Order. Several rules of a group may take the same packet. The device decides which of them comes
 // first; the model does not say. So the order is a parameter, and by default only claims that hold
-// in every order are made. The model does not say either that the first rule ends the search: that
-// is an assumption.
+// in every order are made. It is an assumption that the first rule ends the search, since the model
+// does not say so either.
 //
 // Readings. The model leaves the meaning of some values to the device. Examples are a layer-4 mask
 // of zero, an empty set of VLAN ids, a range with swapped ends, and the two low bits of a ToS byte.
-// For each match this library knows two sets of packets: those that it takes under every reading
-// (must) and those that it takes under some reading (may). Equal matches take equal packets,
-// whatever the device makes of them. Every claim holds under every reading; everything else is
-// undecided. docs/analysis.md lists the readings, and the assumptions behind every claim.
+// For each match this library knows two sets of packets: the packets that it takes under every
+// reading (must) and the packets that it takes under some reading (may). Equal matches take the
+// same packets, however the device reads the matches. Every claim holds under every reading;
+// everything else is undecided. docs/analysis.md lists the readings, and the assumptions behind
+// every claim.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They
 // throw std::bad_alloc, and what a progress function throws.
@@ -44,14 +45,14 @@
 
 namespace FiltersInspect {
 
-// Decides which of two rules comes first if both take a packet. Rules of equal rank have no order;
-// a result that depends on it is reported as a tie.
+// Decides which of two rules comes first if both take a packet. Rules of equal rank have no order.
+// If a result depends on which of these comes first, a tie is reported.
 enum class Order : std::uint8_t {
   kUnspecified,      // all rules have equal rank
   kHighestPriority,  // larger numbers first
   kLowestPriority,   // smaller numbers first
   kAscendingId,      // smaller ids first
-  // By priority, and by id if priorities are equal: no two rules have equal rank.
+  // By priority, and by id if priorities are equal, so that no two rules have equal rank.
   kHighestPriorityAscendingId,
   kHighestPriorityDescendingId,
   kLowestPriorityAscendingId,
@@ -68,8 +69,8 @@ constexpr std::array<Order, 8> kAllOrders = {
     Order::kLowestPriorityDescendingId,
 };
 
-// "unspecified", "highest-priority", "lowest-priority", "ascending-id",
-// "highest-priority,ascending-id" and so on. A zero byte follows each.
+// The name of an order: "unspecified", "highest-priority", "lowest-priority", "ascending-id",
+// "highest-priority,ascending-id" and so on. A zero byte follows each name.
 FILTERS_API std::string_view nameOf(Order);
 FILTERS_API std::optional<Order> orderFromName(std::string_view name);
 
@@ -86,7 +87,7 @@ struct AnalysisOptions {
   std::function<void(std::size_t done, std::size_t all)> progress;
 };
 
-// As toJson() of filter_report.h, for reports of the functions below: the document also has the
+// Like toJson() of filter_report.h, for reports of the functions below. The document also has the
 // order and the assumptions.
 FILTERS_API std::string toJson(const Report& report, Order order,
                                std::string_view command = "analyse", std::string_view file = "");
@@ -95,10 +96,10 @@ FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order ord
 
 // Reports what the rules of a group do to each other. The treatment of a packet is the actions, the
 // policer and the parent; counters and ids do not count. A finding is about the entry in `entry`;
-// `others` are other entries. If a packet shows the finding, `witness` is such a packet, and
-// trace() agrees. `before` is then what the entry does with packets, and `after` what another entry
-// does. The codes:
-// - kEntryUnreachable: entries before it take every packet that it may take. The entries in
+// `others` are other entries. If a packet can show the finding, `witness` is such a packet, and
+// trace() of this packet agrees with the finding. `before` is then what the entry does with
+// packets, and `after` what another entry does with them. The codes:
+// - kEntryUnreachable: entries before this one take every packet that it may take. The entries in
 //   `others` together take all these packets, and none of these entries can be left out. The
 //   treatment in the sentence and in `after` is that of the entries that take the packets first,
 //   which may be different ones.
@@ -126,10 +127,10 @@ FILTERS_API Report unusualValues(const FiltersCommon::FiltersGroup& group,
                                  std::size_t max_findings = 1000);
 
 // Reports packets that the two groups treat differently. There is a finding (kTreatmentDiffers) for
-// each pair of rules: the rule of `a` is in `entry` and the rule of `b` in `others`. `witness` is a
-// packet, and `before` and `after` are what the groups do with it. One side is empty if no rule
-// there surely takes the packet. Differences under some readings only, and rules that need too many
-// steps, are kNotDecided.
+// each pair of rules: the rule of `a` is in `entry` and the rule of `b` in `others`. `witness` is
+// an example packet, and `before` and `after` are what the groups `a` and `b` do with it. If no
+// rule of a group surely takes the packet, the fields of that group are empty. Differences under
+// some readings only, and rules that need too many steps, are kNotDecided.
 FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
                                     const FiltersCommon::FiltersGroup& b,
                                     const AnalysisOptions& options = {});
@@ -138,9 +139,9 @@ FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
 // value, or is known to be absent ("none"), or is unknown.
 class FILTERS_API Packet {
  public:
-  // "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6 dst_l4_port=179 vlan_tagging=none".
-  // Returns nothing if a part cannot be read. The report, which may be null, then says why, and
-  // counts findings beyond `max_findings` in Report::left_out.
+  // Reads text such as "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6
+  // vlan_tagging=none". Returns nothing if a part cannot be read. The report, which may be null,
+  // then says why, and counts findings beyond `max_findings` in Report::left_out.
   static std::optional<Packet> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
   std::string toText() const;  // in the order of the fields' match codes
@@ -158,8 +159,8 @@ FILTERS_API std::string_view nameOf(Hit);  // "miss", "hit", "undecided"
 struct Traced {
   FiltersCommon::filtersEntryId_t entry;
   Hit hit;
-  std::vector<std::string> lacking;  // unknown fields that leave it undecided
-  std::string reason;                // the field that missed, or the reading that is open
+  std::vector<std::string> lacking;  // the unknown fields on which the result depends
+  std::string reason;                // the field that missed, or why the match has several readings
 };
 struct Trace {
   std::vector<Traced> entries;  // in the order asked for, or by id
@@ -174,8 +175,9 @@ struct Trace {
   std::vector<FiltersCommon::filtersEntryId_t> candidates;
   bool may_be_none = false;
   bool at_most = false;
-  // The treatment of the packet, "permit, set_pcp=5", by the entry or by all candidates alike.
-  // Empty if it is undecided, or if no entry takes the packet.
+  // The treatment of the packet, for example "permit, set_pcp=5". If there are several candidates,
+  // all of them treat the packet in this way. The text is empty if the treatment is undecided, or
+  // if no entry takes the packet.
   std::string treatment;
 };
 // For example "undecided: entry 10 or 60, or 1000", and "hit" or "miss: the field that missed".
@@ -185,7 +187,8 @@ FILTERS_API std::string toText(const Traced& traced);
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
 
-// A group made ready for many packets. It may outlive the group, and copies share their memory.
+// A group that is prepared for tracing many packets. The object may outlive the group, and copies
+// of the object share their memory.
 class FILTERS_API Tracer {
  public:
   Tracer(const FiltersCommon::FiltersGroup& group, Order order);

@@ -46,20 +46,20 @@ struct DecodedGroup {
   Report report;
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
-// As decodeGroup(), and appends the entries as they came, in the order of the bytes. Entries that
-// the group refuses or that a later one replaces are among them; entries that cannot be made are
-// not.
+// Like decodeGroup(), and also appends the entries as they were received, in the order of the
+// bytes. Entries that the group refuses or that a later entry replaces are appended too, but not
+// entries that cannot be made.
 FILTERS_API DecodedGroup decodeGroupAndEntries(std::string_view bytes,
                                                std::vector<FiltersCommon::FiltersEntry>* entries,
                                                const DecodeLimits& limits = {});
 
-// A stage or a type, or both, that replace those of the bytes.
+// A stage or a type, or both, that replace the stage and type in the bytes.
 struct StageTypeInstead {
   std::optional<FiltersCommon::filtersGroupStage_t> stage;
   std::optional<FiltersCommon::filtersGroupType_t> type;
 };
 // Decodes the group as if it had come with this stage or type. Every finding is about the bytes as
-// they are. Nothing is said about whether a group may have this stage and type together: ask
+// they are. No finding says whether a group may have this stage and type together; ask
 // explainStage() and explainType().
 FILTERS_API DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& instead,
                                        const DecodeLimits& limits = {});

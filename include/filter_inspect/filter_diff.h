@@ -1,8 +1,9 @@
 #ifndef FILTER_INSPECT_FILTER_DIFF_H_
 #define FILTER_INSPECT_FILTER_DIFF_H_
 
-// Finds what two groups differ in, and the shortest way from one to the other. For example, a
-// process that changes one of many rules can send that one step instead of the group.
+// Finds the differences between two groups, and the fewest steps that make one group from the
+// other. For example, a process that changes one of many rules can send that one step instead of
+// the group.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else.
@@ -48,14 +49,15 @@ enum class PlanOrder : std::uint8_t {
 };
 
 // The fewest steps that turn a group equal to `from` into one equal to `to`. The library accepts
-// each of them: they have been tried on a copy. There is no plan in three cases, and the report
-// says which: the ids of the groups differ, no setter leads to the target's stage and type, or the
-// target holds an entry that it would refuse today, as a group that was read from bytes can.
+// each step, because all steps have been tried on a copy. There is no plan in three cases, and the
+// report says which one: the ids of the groups differ, no setter leads to the target's stage and
+// type, or the target holds an entry that it would refuse today, as a group that was read from
+// bytes can.
 struct Plan {
   bool possible = false;
-  // True if it is shown that no plan has fewer steps. The setters can go by way of other stages and
-  // types, and each entry stays or goes depending on the way. If there are too many ways to try,
-  // the plan is the best of those tried, and this is false.
+  // True if it is certain that no plan has fewer steps. The setters can pass through other stages
+  // and types, and these decide which entries can stay. If there are too many sequences of stages
+  // and types to try, the plan is the best one that was tried, and `fewest` is false.
   bool fewest = false;
   std::vector<Step> steps;  // empty if the groups are equal, or if there is no plan
   Report report;            // empty if there is a plan

@@ -4,8 +4,8 @@
 // These functions say why something would be refused, and what would be admitted. Each asks the
 // filter_common library's own checks and changes nothing. A report is empty exactly when the
 // operation would succeed, and its first finding has the code that the operation would return. The
-// operation stops at the first violation; a report has a finding for every one, in the order in
-// which the library would meet them.
+// operation stops at the first violation; a report has a finding for every violation, in the order
+// in which the library would find them.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc.
@@ -41,8 +41,9 @@ FILTERS_API Report explainCounter(const FiltersEntry& entry, const FiltersCommon
 
 // --- Capabilities ---
 
-// What a stage and a type admit together. The type decides the matches, the stage the rest; an
-// unknown stage or type admits nothing. `valid` is true if setters would give a group both.
+// Everything that a stage and a type admit together. The type decides about matches, the stage
+// about everything else. An unknown stage or type admits nothing. `valid` is true if the setters
+// would give a group this stage and type together.
 struct Capability {
   bool valid = false;
   std::set<FiltersCommon::filtersMatch_t> matches;

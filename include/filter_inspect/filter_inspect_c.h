@@ -66,7 +66,7 @@ typedef enum filtersSubject_t {
   FILTERS_SUBJECT_COUNTER = 6,
 } filtersSubject_t;
 
-// As Finding of filter_report.h. No text is null; fields that a finding does not use are "", 0 or
+// Like Finding of filter_report.h. No text is null; fields that a finding does not use are "", 0 or
 // false.
 typedef struct filtersFinding_t {
   const char* code;  // "match-not-admitted": one of findings.def, and stable
@@ -86,20 +86,22 @@ typedef struct filtersFinding_t {
   bool has_bytes;
   size_t offset;  // counted from the first byte that was read
   size_t length;
-  const char* before;  // values as text: the one that came, the one that is kept
+  const char* before;  // values as text: the received one, and the one that is kept
   const char* after;
-  const char* witness;  // a packet that shows it
+  const char* witness;  // a packet that shows what the finding says
   const char* message;  // one English sentence, which may be reworded
 } filtersFinding_t;
 
 FILTERS_API size_t filtersReportCount(const FiltersReport* r);
-// Fills *out and returns 1, or returns 0 beyond the last and leaves *out as it is.
+// Fills *out and returns 1. If there is no finding with this index, returns 0 and leaves *out as it
+// is.
 FILTERS_API int32_t filtersReportGet(const FiltersReport* r, size_t index, filtersFinding_t* out);
 // The number of findings beyond the limit of a report.
 FILTERS_API size_t filtersReportLeftOut(const FiltersReport* r);
-// The number of those with this severity. The most severe findings are kept.
+// The number of left-out findings with this severity. The most severe findings are kept.
 FILTERS_API size_t filtersReportLeftOutOf(const FiltersReport* r, filtersSeverity_t severity);
-// The highest severity of all findings, kept or left out; that of notes if there is none.
+// The highest severity of all findings, kept or left out; the severity of a note if there is no
+// finding.
 FILTERS_API filtersSeverity_t filtersReportWorst(const FiltersReport* r);
 // Text has a line for each finding; JSON follows docs/schema/filter-report-1.schema.json.
 FILTERS_API size_t filtersReportToText(const FiltersReport* r, char* out, size_t size);
@@ -208,7 +210,7 @@ FILTERS_API size_t filtersStepToText(const filtersStep_t* step, const FiltersGro
 
 // --- Analysis ------------------------------------------------------------------------------------
 
-// As Order of filter_analysis.h, which also lists the assumptions. Any other number gives a null
+// Like Order of filter_analysis.h, which also lists the assumptions. Any other number gives a null
 // report and no trace. The JSON of these reports has the order and the assumptions.
 typedef enum filtersOrder_t {
   FILTERS_ORDER_UNSPECIFIED = 0,  // only what holds in every order
@@ -237,9 +239,9 @@ typedef enum filtersOutcome_t {
 
 // trace() for a packet as text, "src_ipv4=192.0.2.7 ip_protocol=6". Writes the outcome, and then a
 // line for each entry. `outcome` and `entry` may be null. *entry gets the entry that takes the
-// packet, and does not change if none is known to. If the packet cannot be read, the outcome is
-// FILTERS_OUTCOME_NONE and the text says why. The text is empty if an object is null or memory runs
-// out.
+// packet, and does not change if no entry is known to take it. If the packet cannot be read, the
+// outcome is FILTERS_OUTCOME_NONE and the text says why. The text is empty if an object is null or
+// memory runs out.
 FILTERS_API size_t filtersTrace(const FiltersGroup* g, const char* packet, int32_t order,
                                 filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
                                 size_t size);

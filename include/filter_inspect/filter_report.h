@@ -54,8 +54,8 @@ struct ByteRange {
 struct Finding {
   Code code;
   Severity severity;
-  // The code that the library returns for this. FILTERS_OK if it returns none, as for a silent
-  // loss.
+  // The result code that the library returns for what the finding is about. It is FILTERS_OK if the
+  // library reports nothing, as for a silent loss.
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
@@ -64,7 +64,7 @@ struct Finding {
   std::optional<std::size_t> group_number;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // The code of the match or action, or the id of the counter. If a stage, a type or a policer's
-  // stage is refused, it is that stage or type.
+  // stage is refused, `offender` is that stage or type.
   std::uint32_t offender = 0;
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
@@ -73,10 +73,10 @@ struct Finding {
   // line and the column: "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
-  // Values as text: the one that came, and the one that is kept. Beside a witness, what this entry
-  // does with the packet, and what another entry does with it.
+  // Values as text: the received value, and the value that is kept. If there is a witness, what
+  // this entry does with that packet, and what another entry does with it.
   std::string before, after;
-  std::string witness;  // a packet that shows it
+  std::string witness;  // a packet that shows what the finding says
   std::string message;  // one English sentence without its full stop
 };
 
@@ -96,19 +96,19 @@ struct Report {
   bool empty() const { return findings.empty() && left_out == 0; }
   // The highest severity of all findings, kept or left out; kNote if there is none.
   FILTERS_API Severity worst() const;
-  // Counts findings that are not kept.
+  // Adds to the number of findings that were left out.
   void leaveOut(Severity severity, std::size_t number = 1) {
     left_out += number;
     left_out_by_severity[static_cast<std::size_t>(severity)] += number;
   }
-  // Puts the findings of another report behind these ones, and counts what it left out.
+  // Appends the findings of another report, and adds the number of findings that it left out.
   FILTERS_API void append(Report&& other);
   // Keeps the `most` most severe findings, in their order, and leaves out the others.
   FILTERS_API void keep(std::size_t most);
 };
 
-// A report with a limit of findings. While it grows it holds up to twice as many, so that adding
-// one costs the same at any size.
+// A report with a limit of findings. While it grows it holds up to twice as many findings, so that
+// adding a finding costs the same at any size.
 class LimitedReport {
  public:
   explicit LimitedReport(std::size_t most) : most_(most) {}
@@ -117,7 +117,7 @@ class LimitedReport {
   // is reached by findings that are more severe, or as severe and earlier: the new one has then
   // been counted as left out.
   FILTERS_API Finding* add(Code code);
-  // Adds the findings of another report, and counts what it left out.
+  // Adds the findings of another report, and the number of findings that it left out.
   FILTERS_API void append(Report&& other);
   bool empty() const { return report_.empty(); }
   FILTERS_API Report take();
@@ -131,7 +131,7 @@ class LimitedReport {
 };
 
 // Writes one line for each finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". If
-// there is a witness, it follows on the next lines, with what the entry and others do with it. A
+// there is a witness, the next lines show it, and what this entry and other entries do with it. A
 // report ends with the number of findings left out.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);

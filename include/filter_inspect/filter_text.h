@@ -1,11 +1,11 @@
 #ifndef FILTER_INSPECT_FILTER_TEXT_H_
 #define FILTER_INSPECT_FILTER_TEXT_H_
 
-// Writes groups as concise text and as JSON, and reads both. Whatever bytes can hold survives:
-// reading what was written gives equal groups. Both forms carry a version; readers accept the
-// versions that they know and refuse others. docs/text-format.md and docs/schema/ describe the
-// forms. The same groups give the same bytes on every machine, if the platform gives interfaces the
-// same names.
+// Writes groups as concise text and as JSON, and reads both. Everything that bytes can hold
+// survives, so reading what was written gives equal groups. Both forms carry a version; readers
+// accept the versions that they know and refuse others. docs/text-format.md and docs/schema/
+// describe the forms. The same groups give the same bytes on every machine, if the platform gives
+// interfaces the same names.
 //
 // A policer is written as the bytes to which the platform's library serializes it, and a port as
 // its id. Beside them stand the policer's rates and the interface's name, for people. Readers use
