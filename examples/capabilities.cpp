@@ -43,7 +43,8 @@ std::string nameOf(fc::filtersGroupStage_t stage) {
   return std::to_string(stage);
 }
 
-// Prints the columns of the codes, then one for each type or stage in the library's table.
+// Prints the head of a table: the given columns, then a column for each type or stage in the
+// library's table.
 template <class Table>
 void printHead(const std::string& columns, const std::string& rule, const Table& table) {
   std::cout << '\n' << columns;
@@ -77,7 +78,7 @@ void printTypes() {
   }
 }
 
-// The library has no public table of policer stages, so this asks the check.
+// The library has no public table of policer stages, so this function asks the check.
 void printPolicerStages() {
   const fc::FiltersGroup group(0);
   std::cout << "\n| stage | policer stages |\n| --- | --- |\n";
@@ -99,23 +100,29 @@ void printPolicerStages() {
 }  // namespace
 
 int main() {
-  std::cout << "# What groups admit\n\n"
-               "The output of `examples/capabilities`; change the library, not this file.\n\n"
-               "## The matches of each group type\n\n"
-               "`FiltersGroup::TypeDescription_`: column 3 is `FILTERS_GROUP_TYPE_3`. Others are\n"
-               "`FILTERS_ERR_MATCH_NOT_ALLOWED`. `MatchDSCP` has the code of `MatchToS`.\n";
+  std::cout
+      << "# What groups admit\n\n"
+         "`examples/capabilities` prints this page; change the library, not the page. In the\n"
+         "tables, x means that the library admits a match, an action or a type.\n\n"
+         "## The matches of each group type\n\n"
+         "This is `FiltersGroup::TypeDescription_`. For example, column 3 is\n"
+         "`FILTERS_GROUP_TYPE_3`. The library refuses other matches with\n"
+         "`FILTERS_ERR_MATCH_NOT_ALLOWED`. `MatchDSCP` has the code of `MatchToS`.\n";
   printTable("match", kMatches, fc::FiltersGroup::TypeDescription_);
   std::cout << "\n## The actions of each stage\n\n"
-               "`FiltersGroup::StageActionsDescription_`: column LOOKUP is\n"
-               "`FILTERS_GROUP_STAGE_LOOKUP`. Others are `FILTERS_ERR_ACTION_NOT_ALLOWED`.\n";
+               "This is `FiltersGroup::StageActionsDescription_`. For example, column LOOKUP is\n"
+               "`FILTERS_GROUP_STAGE_LOOKUP`. The library refuses other actions with\n"
+               "`FILTERS_ERR_ACTION_NOT_ALLOWED`.\n";
   printTable("action", kActions, fc::FiltersGroup::StageActionsDescription_);
   std::cout
       << "\n## The types of each stage\n\n"
-         "`FiltersGroup::StageTypesDescription_`. Others are `FILTERS_ERR_TYPE_NOT_ALLOWED`.\n";
+         "This is `FiltersGroup::StageTypesDescription_`. The library refuses other types with\n"
+         "`FILTERS_ERR_TYPE_NOT_ALLOWED`.\n";
   printTypes();
-  std::cout << "\n## The policers of each stage\n\n"
-               "The `policer::Stage` that the group's stage requires, and None, which fits\n"
-               "everywhere. Others are `FILTERS_ERR_POLICER_STAGE`.\n";
+  std::cout
+      << "\n## The policers of each stage\n\n"
+         "These are the stages that a policer in the group may have. The library refuses other\n"
+         "policers with `FILTERS_ERR_POLICER_STAGE`.\n";
   printPolicerStages();
   return std::cout.flush() ? 0 : 1;
 }

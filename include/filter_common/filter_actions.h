@@ -22,11 +22,10 @@
 //   Action(FILTERS_ACTION_REDIRECT). Do not compare, print or copy such an object as an Action: it
 //   would be read as an ActionRedirect, which it is not.
 // - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-// those
-//   that write lists or addresses into a message, which is then partly filled. ActionMplsPortSet
-//   also throws std::invalid_argument. The object is then unchanged, with two exceptions:
-//   ActionMplsPortSet may keep the first of two ids that it reads, and an assignment that runs out
-//   of memory leaves the object valid with unspecified values.
+//   those that write lists or addresses into a message, which is then partly filled.
+//   ActionMplsPortSet also throws std::invalid_argument. The object is then unchanged, with two
+//   exceptions: ActionMplsPortSet may keep the first of two ids that it reads, and an assignment
+//   that runs out of memory leaves the object valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 

@@ -1,10 +1,9 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_H_
 #define FILTER_COMMON_FILTER_MATCHES_H_
 
-// The criteria of a filter rule. Each kind of criterion has a class. A match is a value: its
-// constructor makes it, its getters read it, == compares it, << prints it, and it can be written to
-// and read from a MatchPB message. An entry keeps copies and never takes the caller's object. For
-// example:
+// The criteria of a filter rule; each kind has a class. A match is a value: its constructor makes
+// it, its getters read it, == compares it, << prints it, and it can be written to and read from a
+// MatchPB message. An entry keeps copies and never takes the caller's object. For example:
 //
 //     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
 //     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
@@ -16,20 +15,17 @@
 // - No class checks the range of its values: a VLAN id of 5000, a PCP of 9 or an unnamed enumerator
 //   is kept.
 // - convertToMatchPB() sets the message's type_ and the fields of the class. Pass a fresh or
-// cleared
-//   message.
+//   cleared message.
 // - convertFromMatchPB() reads the fields of the class and ignores type_. It reads absent numbers
-// and
-//   addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the width of
-//   the member and addresses to their size, and reads missing address bytes as zero.
+//   and addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the
+//   width of the member and addresses to their size, and reads missing address bytes as zero.
 // - Deliberate: the comparison of some classes is virtual, and that of the others is not.
 // - An object of a base class can be made with a leaf's code, for example Match(FILTERS_MATCH_TTL).
 //   Do not compare, print or copy such an object as a Match: it would be read as a MatchTTL, which
 //   it is not.
 // - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-// those
-//   that write lists or addresses into a message, which is then partly filled. The object is then
-//   unchanged, except that an assignment leaves it valid with unspecified values.
+//   those that write lists or addresses into a message, which is then partly filled. The object is
+//   then unchanged, except that an assignment leaves it valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 
