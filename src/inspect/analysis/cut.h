@@ -71,7 +71,7 @@ class Cut {
     Candidate candidate{kNothing, 0, false, 0};
     double share = 0;
     bool whole = false;  // the candidate takes all that remains
-    double shares = 0;   // the sum of all candidates' shares
+    double shares = 0;   // the sum for all candidates without `stops`
   };
   bool begin(const std::vector<SetId>& sets, std::size_t candidates);
   void setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const;
