@@ -187,7 +187,7 @@ def capabilities():
 NONE = ""
 ENOENT = "No such file or directory\n"
 MISSING = "".join(
-    rf"empty: group 1: warning: {name}_ [^\n]* \[required-missing\]\n"
+    rf"empty: group 1: warning: group 0: {name}_ [^\n]* \[required-missing\]\n"
     for name in ("id", "priority", "stage", "type")
 )
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
@@ -218,7 +218,7 @@ TABLE = [
     ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
     ("show brace.bin", 0, "filter-groups 1\ngroup 5 [^\n]* type=123\n", "(brace.bin: group 1: [^\n]*\n){2}"),
     ("show thrown.bin", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
-     r"thrown.bin: group 1: error: entry 1: action mpls_port_set: ActionMplsPortSet: .*"),
+     r"thrown.bin: group 1: error: entry 1: action mpls_port_set: it has no vpn_id .*"),
     ("show empty --framing=be32", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
     ("show nosuch.bin g.bin", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
     # --- What is checked
@@ -239,7 +239,7 @@ TABLE = [
      r"thrown.bin: group 1: error: [^\n]*\[rebuild-throws\]\n.*thrown.bin: 2 groups, 7 entries, .*", NONE),
     ("check one.txt --type=3", 0, "one.txt: 1 group, 7 entries, nothing to say\n", NONE),
     ("check one.bin --stage lookup --type 3", 1,
-     r"one.bin: group 1: error: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
+     r"one.bin: group 1: error: group 1: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
     ("check refused.bin --type=3", 0, "refused.bin: 1 group, 7 entries, nothing to say\n", NONE),
     # --- What is converted
     ("convert g.txt --to=text", 0, G_TXT, NONE),
@@ -282,8 +282,8 @@ TABLE = [
      "[^\n]*\nremove entry 1000\ninsert entry 40 .*\n", NONE),
     ("plan one.bin one.txt", 0, NONE, NONE),
     ("plan g.bin renamed.txt", 1, NONE,
-     r"g.bin: group 2: error: no step takes a whole group away \[no-plan\]\n"
-     r"renamed.txt:10:1: error: no step makes a new group \[no-plan\]\n"),
+     r"g.bin: group 2: error: group 2: no step takes a whole group away \[no-plan\]\n"
+     r"renamed.txt:10:1: error: group 3: no step makes a new group \[no-plan\]\n"),
     ("plan rules.txt turned.txt", 0, "(insert|remove) entry 20.*", NONE),
     # --- What rules do to each other
     ("analyse rules.txt --order=highest-priority", 1,
@@ -451,7 +451,7 @@ TABLE = [
      "(refused.bin: group 1: [^\n]*\n){33}[^\n]* 30 errors, 3 warnings; left out: 4 warnings; .*",
      NONE),
     ("check cut_group.bin --stage=egress --type=1", 1,
-     r"cut_group.bin: group 1: error: the stage egress [^\n]*\n.*"
+     r"cut_group.bin: group 1: error: group 1: the stage egress [^\n]*\n.*"
      r"cut_group.bin: group 1: error: entry 1000: counter 1: [^\n]* \[bytes-broken\]\n.*", NONE),
     ("analyse twice.txt --order=highest-priority --max-findings=4", 1,
      "(twice.txt:[3-5]:1: .*){3}twice.txt:10:1: [^\n]*\ntwice.txt: 2 groups, 8 entries, 4 warnings; "

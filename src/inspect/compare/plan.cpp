@@ -202,7 +202,8 @@ Plan plan(const FiltersGroup& from, const FiltersGroup& to, PlanOrder order) {
     Finding& why = report.findings.front();
     why.code = Code::kNoPlan;
     why.severity = severityOf(why.code);
-    why.message = "no step changes the id of a group: " + why.message;
+    why.message = "the groups have the ids " + std::to_string(from.getId()) + " and " +
+                  std::to_string(to.getId()) + ", and no setter changes an id: there is no plan";
     return {false, false, {}, std::move(report)};
   }
   Plan plan = draft(from, to, order);

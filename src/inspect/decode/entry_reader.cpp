@@ -8,6 +8,7 @@
 #include <filter_inspect/filter_names.h>
 
 #include "catalogue/class_rows.h"
+#include "catalogue/name_or_number.h"
 
 namespace FiltersInspect {
 
@@ -20,6 +21,24 @@ std::string_view writtenBy(const Message& message, std::string* scratch) {
   scratch->clear();
   static_cast<void>(message.AppendPartialToString(scratch));
   return *scratch;
+}
+
+// For example "match ttl" or "counter 3".
+std::string partText(Subject subject, std::uint32_t code) {
+  const std::string kind = std::string(nameOf(subject)) + ' ';
+  if (subject == Subject::kMatch) return kind + nameOrNumber(static_cast<filtersMatch_t>(code));
+  if (subject == Subject::kAction) return kind + nameOrNumber(static_cast<filtersAction_t>(code));
+  return kind + std::to_string(code);
+}
+
+// The fields without which no action of this message can be made.
+std::string missingIn(const ActionPB& message) {
+  std::string missing;
+  if (!message.has_vpn_id()) missing = "vpn_id";
+  if (!message.has_mpls_access_port()) {
+    missing += missing.empty() ? "mpls_access_port" : " and no mpls_access_port";
+  }
+  return missing;
 }
 
 }  // namespace
@@ -111,11 +130,16 @@ bool EntryReader::readMatch(const MatchPB& in, const MessagePart& part, int dept
     if (row == nullptr) {
       findings_->add(Code::kMatchUnknown, part, "no class has this code; the match is dropped");
     } else if (Finding* finding = findings_->add(Code::kMatchRefused, part)) {
-      finding->message = "it cannot stand beside an earlier match, and is dropped";
       for (const Finding& conflict : explainMatch(blanks_, code).findings) {
         finding->others.insert(finding->others.end(), conflict.others.begin(),
                                conflict.others.end());
       }
+      std::string held;
+      for (const std::uint32_t other : finding->others) {
+        held += (held.empty() ? "" : " and ") + nameOrNumber(static_cast<filtersMatch_t>(other));
+      }
+      finding->message = "it cannot stand beside " + held +
+                         ", which came first, and is dropped: the entry takes more packets";
     }
     return true;
   }
@@ -155,7 +179,11 @@ bool EntryReader::readAction(const ActionPB& in, const MessagePart& part, int de
   if (!refusal.empty()) {
     threw_ = true;
     whole = action_check_.walk(bytes_, part, depth, lenient_, findings_);
-    if (Finding* finding = findings_->add(Code::kRebuildThrows, part)) finding->message = refusal;
+    if (Finding* finding = findings_->add(Code::kRebuildThrows, part)) {
+      const std::string missing = missingIn(in);
+      finding->message = (missing.empty() ? refusal : "it has no " + missing) +
+                         ", so neither its entry nor its group can be made";
+    }
   } else if (writtenBy(*action_out_, &scratch_) != body) {
     whole = action_check_.walk(bytes_, part, depth, lenient_, findings_);
     if (whole) action_check_.compare(in, *action_out_, part, findings_, echo);
@@ -188,7 +216,14 @@ void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) 
                    "a later one takes its place: it is lost");
     it->second = kept;
   } else if (std::next(it) != all->end() && std::exchange(parts_ascend_, false)) {
-    findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
+    noteOrder(std::next(it)->first, part);
+  }
+}
+
+// `next` is the code or id that is written behind this part.
+void EntryReader::noteOrder(std::uint32_t next, const MessagePart& part) {
+  if (Finding* finding = findings_->add(Code::kOrderDiffers, part)) {
+    finding->message = "written again, it stands before " + partText(findings_->subject, next);
   }
 }
 
@@ -264,7 +299,7 @@ void EntryReader::noteHeld(std::uint32_t id, const MessagePart& part) {
                    "a later one of its id takes its place: it is lost");
     it->second = kept;
   } else if (std::next(it) != held_.end() && std::exchange(entries_ascend_, false)) {
-    findings_->add(Code::kOrderDiffers, part, "it is written before the one in front of it");
+    noteOrder(std::next(it)->first, part);
   }
 }
 

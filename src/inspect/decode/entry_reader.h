@@ -57,6 +57,7 @@ class EntryReader {
   bool readAction(const FiltersCommon::ActionPB& in, const MessagePart& part, int depth);
   bool readCounter(const FiltersCommon::CounterPB& in, const MessagePart& part, int depth);
   void keep(Code replaced, KeptByCode* all, const MessagePart& part);
+  void noteOrder(std::uint32_t next, const MessagePart& part);
   void notePolicer(const std::string& in, Subject subject, int field, const MessagePart& part);
   void noteCounters(const FiltersCommon::FiltersEntry& entry, const MessagePart& part);
   void noteRefusal(const Report& refusal, const MessagePart& part);

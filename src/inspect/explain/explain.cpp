@@ -35,6 +35,22 @@ std::vector<std::uint32_t> keysOf(const Table& table) {
   return keys;
 }
 
+// The keys of the rows that hold the code, as "; types that do: 3, 8".
+template <class Table, class Code>
+std::string rowsWith(const char* rows, const Table& table, Code code) {
+  std::string names;
+  for (const auto& [key, codes] : table) {
+    if (codes.count(code) != 0) names += (names.empty() ? "" : ", ") + nameOrNumber(key);
+  }
+  if (names.empty()) return std::string("; no ") + rows + " does";
+  return std::string("; ") + rows + "s that do: " + names;
+}
+
+// For example "stage ingress"; "stage 99, which does not exist".
+std::string stageText(policer::Stage stage) {
+  return "stage " + nameOrNumber(stage) + (nameOf(stage).empty() ? ", which does not exist" : "");
+}
+
 // The stages of policers that a group's stage admits. The library has these rules only in its
 // checks; the tests compare every row with the checks.
 std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
@@ -100,7 +116,10 @@ class Refusals {
       Finding& finding = add(Code::kMatchNotAdmitted, verdict, Subject::kMatch, &entry);
       finding.offender = row.code;
       finding.admitted = numbersOf(rowOr(FiltersGroup::TypeDescription_, type));
-      finding.message = "a group of type " + nameOrNumber(type) + " does not admit it";
+      finding.message = type == FILTERS_GROUP_TYPE_NONE
+                            ? "the group has no type yet and does not admit it: set one first"
+                            : "a group of type " + nameOrNumber(type) + " does not admit it";
+      finding.message += rowsWith("type", FiltersGroup::TypeDescription_, row.code);
     }
   }
 
@@ -116,7 +135,8 @@ class Refusals {
       Finding& finding = add(Code::kActionNotAdmitted, verdict, Subject::kAction, &entry);
       finding.offender = row.code;
       finding.admitted = numbersOf(rowOr(FiltersGroup::StageActionsDescription_, stage));
-      finding.message = "the stage " + nameOrNumber(stage) + " does not admit it";
+      finding.message = "the stage " + nameOrNumber(stage) + " does not admit it" +
+                        rowsWith("stage", FiltersGroup::StageActionsDescription_, row.code);
     }
   }
 
@@ -129,7 +149,7 @@ class Refusals {
     finding.offender = static_cast<std::uint32_t>(its);
     finding.admitted = numbersOf(policersOf(stage));
     finding.message =
-        "it is made for " + nameOrNumber(its) + ", and the group's stage is " + nameOrNumber(stage);
+        "it is made for " + stageText(its) + ", and the group's stage is " + nameOrNumber(stage);
   }
 
   // Checks in the order of insertEntry().
@@ -266,9 +286,13 @@ Report explainCounter(const FiltersEntry& entry, const Counter& counter) {
   Finding& finding = refusals.add(invalid ? Code::kCounterTypeInvalid : Code::kCounterTypeTaken,
                                   FILTERS_ERR_INVALID, Subject::kCounter, &entry);
   finding.offender = counter.GetId();
-  finding.message = invalid ? "its type says that it counts nothing"
-                            : "the entry counts " + nameOrNumber(counter.GetType()) + " already";
-  if (!invalid) finding.others = std::move(holders);
+  if (invalid) {
+    finding.message = "its type says that it counts nothing";
+  } else {
+    finding.message = "counter " + std::to_string(holders.front()) + " of the entry counts " +
+                      nameOrNumber(counter.GetType()) + " already";
+    finding.others = std::move(holders);
+  }
   return refusals.take();
 }
 

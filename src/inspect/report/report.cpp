@@ -329,7 +329,11 @@ Report LimitedReport::take() {
 std::ostream& operator<<(std::ostream& os, const Finding& finding) {
   std::string line(nameOf(finding.severity));
   line += ": ";
-  if (finding.entry) line += "entry " + std::to_string(*finding.entry) + ": ";
+  if (finding.entry) {
+    line += "entry " + std::to_string(*finding.entry) + ": ";
+  } else if (finding.group) {
+    line += "group " + std::to_string(*finding.group) + ": ";
+  }
   if (finding.subject != Subject::kGroup && finding.subject != Subject::kEntry) {
     line += nameOf(finding.subject);
     const CodesOf codes = offenderOf(finding);

@@ -157,7 +157,7 @@ TEST(Diff, SaysWhatBecameOfEachPart) {
   std::ostringstream os;
   os << diff(holding(before), holding(after, 2));
   EXPECT_EQ(std::regex_replace(os.str(), std::regex("[0-9a-f]{9,}"), "bytes"),
-            "note: stage=none became stage=ingress [head-changed]\n"
+            "note: group 0: stage=none became stage=ingress [head-changed]\n"
             "note: entry 7: match ttl: removed: ttl=1 [entry-changed]\n"
             "note: entry 7: action deny: added: deny [entry-changed]\n"
             "note: entry 7: counter 5: 5=packets became 5=-9 [entry-changed]\n"
