@@ -1,7 +1,7 @@
 # Debian packages, which `cpack` makes in the build folder. libfilter-common1 (named after the
 # soname) has the files to run programs, and libfilter-common-dev those to build them. If the second
 # library is built, there are also libfilter-inspect1 and libfilter-inspect-dev, and filter-inspect
-# with the program.
+# with the program. With FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
 #
 # A build with the stand-ins puts them into the first two packages. Such packages are for
 # development machines, and all three sonames change together. Separate packages would need the
@@ -25,6 +25,21 @@ endif()
 if(TARGET filter-inspect)
   list(APPEND kinds tool)
   set(tool_package filter-inspect)
+endif()
+if(FILTER_COMMON_BUILD_DOCS)
+  list(APPEND kinds documentation)
+  set(documentation_package libfilter-common-doc)
+  set(book ${PROJECT_BINARY_DIR}/docs/html)
+  file(GLOB pages CONFIGURE_DEPENDS *.md docs/*.* include/filter_*/*.h)
+  file(GLOB pages CONFIGURE_DEPENDS *.md docs/* include/filter_*/*.h)
+  add_custom_command(
+    OUTPUT ${book}/index.html
+    COMMAND ${PROJECT_SOURCE_DIR}/scripts/docs ${PROJECT_BINARY_DIR}/docs
+    DEPENDS ${pages}
+    VERBATIM)
+  add_custom_target(book ALL DEPENDS ${book}/index.html)
+  install(DIRECTORY ${book} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${documentation_package}
+          COMPONENT filter_common_package_documentation EXCLUDE_FROM_ALL)
 endif()
 set(manual ${PROJECT_BINARY_DIR}/filter-inspect.1.gz)
 filter_common_install(
@@ -83,7 +98,7 @@ function(describe_package kind section summary about)
   set(${fields}_PACKAGE_NAME ${${kind}_package} PARENT_SCOPE)
   set(${fields}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(${fields}_DESCRIPTION "${summary}\n${about}" PARENT_SCOPE)
-  if(NOT section STREQUAL "libdevel")
+  if(NOT section MATCHES "^(libdevel|doc)$")
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
   endif()
   if(section STREQUAL "libs")
@@ -129,6 +144,16 @@ to each other, and says what stages and types of groups admit.")
     DEPENDS ${inspect_runtime_package} ${runtime_package})
   # One package serves programs of any architecture.
   set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_TOOL_PACKAGE_PRIORITY "optional\nMulti-Arch: foreign")
+endif()
+
+if(FILTER_COMMON_BUILD_DOCS)
+  set(about "Describes how to write rules of packet filters, what each part of a rule\n\
+means, what filter-inspect says about them, and every class and function.")
+  describe_package(documentation doc "data model of packet-filter rules, book" "${about}")
+  set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DOCUMENTATION_PACKAGE_PRIORITY
+      "optional\nMulti-Arch: foreign")
+  set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 endif()
 
 include(CPack)
