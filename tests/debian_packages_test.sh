@@ -22,6 +22,10 @@ if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   tool=("$work"/packages/filter-inspect_*.deb)
 fi
 
+if grep -q '^FILTER_COMMON_BUILD_DOCS:BOOL=ON' "$build/CMakeCache.txt"; then
+  dpkg-deb -c "$work"/packages/libfilter-common-doc_*.deb | grep '/html/index.html$'
+fi
+
 # field <package> <field> <pattern for all of it>
 field() { dpkg-deb -f "$1" "$2" | grep -Ex -- "$3" || fail "expected $2 $3 of $1"; }
 field "$runtime" Section libs
