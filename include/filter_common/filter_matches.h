@@ -280,12 +280,14 @@ class FILTERS_API MatchMac : public Match {
   ether_addr mask_;
 };
 
+// The destination MAC address under a mask.
 class FILTERS_API MatchDstMac : public MatchMac {
  public:
   explicit MatchDstMac(ether_addr mac) : MatchMac(FILTERS_MATCH_DST_MAC, mac) {}
   MatchDstMac(ether_addr mac, ether_addr mask) : MatchMac(FILTERS_MATCH_DST_MAC, mac, mask) {}
 };
 
+// The source MAC address under a mask.
 class FILTERS_API MatchSrcMac : public MatchMac {
  public:
   explicit MatchSrcMac(ether_addr mac) : MatchMac(FILTERS_MATCH_SRC_MAC, mac) {}
@@ -423,12 +425,14 @@ class FILTERS_API MatchIPv4 : public Match {
   in_addr mask_;
 };
 
+// The source IPv4 address under a mask.
 class FILTERS_API MatchSrcIPv4 : public MatchIPv4 {
  public:
   explicit MatchSrcIPv4(in_addr ip) : MatchIPv4(FILTERS_MATCH_SRC_IPV4, ip) {}
   MatchSrcIPv4(in_addr ip, in_addr mask) : MatchIPv4(FILTERS_MATCH_SRC_IPV4, ip, mask) {}
 };
 
+// The destination IPv4 address under a mask.
 class FILTERS_API MatchDstIPv4 : public MatchIPv4 {
  public:
   explicit MatchDstIPv4(in_addr ip) : MatchIPv4(FILTERS_MATCH_DST_IPV4, ip) {}
@@ -452,12 +456,14 @@ class FILTERS_API MatchIPv6 : public Match {
   in6_addr mask_;
 };
 
-// Deliberate: this is the only address class without a constructor with a mask.
+// The source IPv6 address under a mask. Deliberate: this is the only address class without a
+// constructor with a mask.
 class FILTERS_API MatchSrcIPv6 : public MatchIPv6 {
  public:
   explicit MatchSrcIPv6(in6_addr ip) : MatchIPv6(FILTERS_MATCH_SRC_IPV6, ip) {}
 };
 
+// The destination IPv6 address under a mask.
 class FILTERS_API MatchDstIPv6 : public MatchIPv6 {
  public:
   explicit MatchDstIPv6(in6_addr ip) : MatchIPv6(FILTERS_MATCH_DST_IPV6, ip) {}

@@ -77,9 +77,15 @@ FILTERS_ENUM(filtersErr_t, int32_t){
 // The place in the packet pipeline at which a group's rules are applied. The stage decides which
 // types, actions and policers a group admits.
 FILTERS_ENUM(filtersGroupStage_t, int32_t){
+    // The group has no place in the pipeline yet.
     FILTERS_GROUP_STAGE_NONE = 0,
+    // The rules work while the device looks up what a packet belongs to. They let it through or
+    // drop
+    // it, give it a priority, or put it into an MPLS VPN.
     FILTERS_GROUP_STAGE_LOOKUP = 1,
+    // The rules work on packets that come in. Most actions and types belong to this stage.
     FILTERS_GROUP_STAGE_INGRESS = 2,
+    // The rules work on packets that are about to leave. They let them through or drop them.
     FILTERS_GROUP_STAGE_EGRESS = 3,
 } filtersGroupStage_t;
 
