@@ -74,6 +74,10 @@ constexpr std::array<Order, 8> kAllOrders = {
 FILTERS_API std::string_view nameOf(Order);
 FILTERS_API std::optional<Order> orderFromName(std::string_view name);
 
+// The entry with the smaller rank comes first. Entries of equal rank have no order.
+FILTERS_API std::uint64_t rankOf(Order order, FiltersCommon::filtersEntryId_t id,
+                                 FiltersCommon::filtersEntryPriority_t priority);
+
 // The assumptions behind every claim. Each is a sentence that begins with its name, "A1: ".
 FILTERS_API const std::vector<std::string_view>& assumptions();
 

@@ -83,6 +83,11 @@ std::optional<Enum> fromName(std::string_view name) {
 // sentence too.
 FILTERS_API std::string_view describe(FiltersCommon::filtersErr_t);
 
+// A few words for people: when a stage applies its rules, and what the matches of a type look at.
+// An unknown stage or type has words too.
+FILTERS_API std::string_view describe(FiltersCommon::filtersGroupStage_t);
+FILTERS_API std::string_view describe(FiltersCommon::filtersGroupType_t);
+
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_FILTER_NAMES_H_

@@ -47,6 +47,11 @@ struct EntryColumns {
   std::vector<std::pair<FiltersCommon::filtersMatch_t, std::string>> matches;
   std::vector<std::string> actions;              // "permit", "set_pcp=5"
   std::optional<std::uint32_t> policer, parent;  // ids; none for the default policer
+  // For each match, the packet field that it tests: "dst_l4_port" also for a range of ports. It is
+  // the name of the match if it tests several fields, or none.
+  std::vector<std::string_view> fields;
+  std::string policer_text, parent_text;  // "10 ingress trtcm cir=2000"; empty without an id
+  std::vector<std::string> counters;      // "1=packets"
 };
 FILTERS_API EntryColumns columnsOf(const FiltersCommon::FiltersEntry& entry);
 

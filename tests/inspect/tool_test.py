@@ -131,6 +131,12 @@ src_ipv4=192.0.2.7
 \r
 ttl=1 dst_l4_port=179 src_ipv4=none
 \tttl=2 dst_l4_port=none src_ipv4=none""")
+    write("many_vlans.txt", b"""filter-groups 1
+group 1 priority=1 stage=lookup type=4
+entry 1 priority=1 if external_vlan_id={1001,1002,1003,1004,1005,1006,1007,1008,1009,1010} then deny
+entry 2 priority=1 if dst_l4_port=7/0xffff then deny
+entry 3 priority=1 if dst_l4_port=7/0xfff0 then deny
+""")
     write("wrong.txt", b"ttl=1 foo=3 ttl=999\nttl=1\nttl\n")
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
@@ -194,33 +200,46 @@ WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
 G_TXT = object()  # stands for the text of g.txt
 
 # Each row has the arguments, the exit code, the results (standard output) and the trouble (standard
-# error).
+# error). The results may be the name of a file in tests/golden/.
 TABLE = [
     # --- What is shown
-    ("show g.bin", 0, G_TXT, NONE),
-    ("show - <g.bin", 0, G_TXT, NONE),
-    ("show varint.bin --framing=varint", 0, G_TXT, NONE),
-    ("--framing varint show varint.bin", 0, G_TXT, NONE),
-    ("show g.txt", 0, G_TXT, NONE),
-    ("show g.json", 0, G_TXT, NONE),
-    ("show --from=json - <g.json", 0, G_TXT, NONE),
-    ("show blanks.json", 0, G_TXT, NONE),
-    ("show marked.json", 0, G_TXT, NONE),
-    ("show none.txt", 0, "filter-groups 1\n", NONE),
-    ("show one.bin", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
-    ("show one.bin g.bin", 0,
+    ("show g.bin --width=80", 0, "show_80.txt", NONE),
+    ("show g.bin --width=200", 0, "show_200.txt", NONE),
+    ("show g.bin --order=lowest-priority,descending-id --width=0", 0,
+     "[^\n]*\n.*\n1000 .*\n50 .*\n40 .*\n10 [^\n]*\n\n.*\n20 [^\n]*\n10 .*\n1 [^\n]*\n", NONE),
+    ("show many_vlans.txt --width=60", 0,
+     ".* prio +ext_vlan_id +dst_l4_port +then\n"
+     "1 +1 +{1001,1002,1003 \\+7} +deny\n2 +1 +7 +deny\n3 +1 +7/0xfff0 +deny\n", NONE),
+    ("show many_vlans.txt --width=0", 0, ".*1009,1010} .*", NONE),
+    ("show many_vlans.txt --width=20", 0, ".*\n1 +1\n +ext_vlan_id\n.*\n +then deny\n.*", NONE),
+    ("show none.txt", 0, "none.txt: no groups\n", NONE),
+    ("show empty", 0, "empty: group 1: id 0, [^\n]*\n[^\n]*\nno entries\n", MISSING),
+    ("show brace.bin --width=0", 0, ".* type 123 \\(unknown\\)\nno entries\n", "(brace.bin: [^\n]*\n){2}"),
+    ("show rules.txt", 0, "rules.txt:2:1: group 7, priority 10, stage ingress \\(.*", NONE),
+    ("show g.bin --as=text", 0, G_TXT, NONE),
+    ("show - --as=text <g.bin", 0, G_TXT, NONE),
+    ("show varint.bin --framing=varint --as=text", 0, G_TXT, NONE),
+    ("--framing varint show varint.bin --as=text", 0, G_TXT, NONE),
+    ("show g.txt --as=text", 0, G_TXT, NONE),
+    ("show g.json --as=text", 0, G_TXT, NONE),
+    ("show --from=json - --as=text <g.json", 0, G_TXT, NONE),
+    ("show blanks.json --as=text", 0, G_TXT, NONE),
+    ("show marked.json --as=text", 0, G_TXT, NONE),
+    ("show none.txt --as=text", 0, "filter-groups 1\n", NONE),
+    ("show one.bin --as=text", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
+    ("show one.bin g.bin --as=text", 0,
      "filter-groups 1\n# one.bin: group 1\ngroup 1 .*# g.bin: group 1\n.*"
      "# g.bin: group 2\n.*", NONE),
     ("show g.bin --as=dump", 0, "=FiltersGroup=\n  ID: 1\n.*=FiltersGroup=\n  ID: 2\n.*", NONE),
-    ("show lost.bin", 0, ".*entry 1000 priority=0 then deny .*",
+    ("show lost.bin --as=text", 0, ".*entry 1000 priority=0 then deny .*",
      r"lost.bin: group 1: warning: entry 1000: match 99: .* \[match-unknown\]\n"),
-    ("show empty", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
-    ("show notes.bin", 0, "filter-groups 1\ngroup 1 .*", NONE),
-    ("show brace.bin", 0, "filter-groups 1\ngroup 5 [^\n]* type=123\n", "(brace.bin: group 1: [^\n]*\n){2}"),
-    ("show thrown.bin", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
+    ("show empty --as=text", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
+    ("show notes.bin --as=text", 0, "filter-groups 1\ngroup 1 .*", NONE),
+    ("show brace.bin --as=text", 0, "filter-groups 1\ngroup 5 [^\n]* type=123\n", "(brace.bin: group 1: [^\n]*\n){2}"),
+    ("show thrown.bin --as=text", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
      r"thrown.bin: group 1: error: entry 1: action mpls_port_set: it has no vpn_id .*"),
-    ("show empty --framing=be32", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
-    ("show nosuch.bin g.bin", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
+    ("show empty --framing=be32 --as=text", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
+    ("show nosuch.bin g.bin --as=text", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
     # --- What is checked
     ("check g.bin", 0, WHOLE, NONE),
     ("check g.txt g.json", 0, "g.txt: 2 groups.*\ng.json: 2 groups.*", NONE),
@@ -420,7 +439,7 @@ TABLE = [
      r"1 error\n", NONE),
     ("check cut_length.bin --framing=be32", 1,
      r"cut_length.bin: group 3: error: .*2 bytes.*", NONE),
-    ("show cut.bin --framing=be32", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
+    ("show cut.bin --framing=be32 --as=text", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
      r"cut.bin: group 2: error: [^\n]* \[bytes-broken\]\n"),
     ("capabilities cut.bin --framing=be32", 2, "(cut.bin: group 1: [^\n]*\n){7}", r"cut.bin: group 2: error: .*"),
     ("convert cut.bin --framing=be32 --to=text", 2, NONE, r"cut.bin: group 2: error: .*"),
@@ -428,9 +447,9 @@ TABLE = [
     ("plan cut.bin g.bin --framing=be32", 2, NONE, r"cut.bin: group 2: error: its length is [^\n]*\n"),
     ("check zeros.bin", 1, r".*\[bytes-broken\].*", NONE),
     ("check cut_group.bin", 1, r".*\[bytes-broken\].*", NONE),
-    ("show cut_group.bin --max-findings=0", 2,
+    ("show cut_group.bin --as=text --max-findings=0", 2,
      "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
-    ("show cut_group.bin", 2, "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
+    ("show cut_group.bin --as=text", 2, "filter-groups 1\ngroup 1 .*", r".*\[bytes-broken\].*"),
     ("check g.bin --framing=none", 1, r"g.bin: group 1: error: .*\[bytes-broken\]\n.*", NONE),
     ("check varint.bin --framing=be32", 1,
      r"varint.bin: group 1: error: .*\[bytes-broken\]\n.*", NONE),
@@ -461,7 +480,7 @@ TABLE = [
      r"(many.bin: group 1: warning: [^\n]*\n){2}many.bin: 9 groups, 0 entries, 2 warnings; "
      r"left out: 34 warnings; --max-findings=N shows more\n",
      r"filter-inspect: many.bin: [^\n]*--max-groups=N[^\n]*\n"),
-    ("show many.bin --max-findings=0", 0, "filter-groups 1\n(group 0 [^\n]*\n){10}",
+    ("show many.bin --as=text --max-findings=0", 0, "filter-groups 1\n(group 0 [^\n]*\n){10}",
      "many.bin: left out: 40 warnings; --max-findings=N shows more\n"),
     ("convert lost.bin --to=text --max-findings=0", 1, NONE, ".*not converted.*"),
     ("check faulty.txt --max-findings=0", 2,
@@ -584,6 +603,8 @@ def try_table():
         done = inspect(*arguments, stdin=stdin)
         out, err = done.stdout.decode(), done.stderr.decode()
         pattern = g_txt if results is G_TXT else results
+        if results.__class__ is str and re.fullmatch(r"\w+\.txt", results):
+            pattern = re.escape(source("tests/golden/" + results))
         good = re.fullmatch(pattern, out, re.DOTALL) and re.fullmatch(trouble, err, re.DOTALL)
         expect(line, done.returncode == code and good, done.returncode, out[:2000], err[:2000])
     for name in os.listdir("."):
@@ -836,7 +857,7 @@ def try_completion():
               "_filedir() { COMPREPLY=(FILES); }; compopt() { COMPREPLY+=(nospace); }\n"
               f". {sources}/tools/filter_inspect/filter-inspect.bash\n"
               "given=(filter-inspect \"$@\"); _filter_inspect; echo \"${COMPREPLY[@]}\"")
-    for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "text json dump"),
+    for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "table text json dump"),
                            ("analyse --over", "--overlaps"), ("convert -o ", "FILES"),
                            ("--framing v", "varint"), ("diff --ord", "--order= nospace"),
                            ("check --max-bytes ", ""), ("--vers", "--version")):

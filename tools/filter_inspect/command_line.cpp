@@ -6,6 +6,7 @@
 #include <charconv>
 #include <iterator>
 #include <numeric>
+#include <type_traits>
 #include <utility>
 
 #include "commands.h"
@@ -63,17 +64,27 @@ CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* v
 }
 
 template <class Number>
-void declareLimit(CLI::App* to, const char* name, Number* value, const std::string& about) {
-  const std::string preset = std::to_string(*value);
+Number numberFrom(const char* option, const std::string& word) {
+  Number value = 0;
+  const char* const last = word.data() + word.size();
+  const auto [end, fault] = std::from_chars(word.data(), last, value);
+  if (fault == std::errc() && end == last) return value;
+  throw CLI::ValidationError(option, "'" + word + "' is no number that it can have");
+}
+
+template <class Number>
+void declareNumber(CLI::App* to, const char* name, Number* value, const std::string& about) {
+  using Plain =
+      std::conditional_t<std::is_same_v<Number, std::optional<std::size_t>>, std::size_t, Number>;
   const auto take = [name, value](const std::string& word) {
-    const char* const last = word.data() + word.size();
-    const auto [end, fault] = std::from_chars(word.data(), last, *value);
-    if (fault == std::errc() && end == last) return;
-    throw CLI::ValidationError(name, "'" + word + "' is no number that it can have");
+    *value = numberFrom<Plain>(name, word);
   };
-  to->add_option_function<std::string>(name, take, about + " (default " + preset + ")")
-      ->take_last()
-      ->option_text("N");
+  to->add_option_function<std::string>(name, take, about)->take_last()->option_text("N");
+}
+
+template <class Number>
+void declareLimit(CLI::App* to, const char* name, Number* value, const std::string& about) {
+  declareNumber(to, name, value, about + " (default " + std::to_string(*value) + ")");
 }
 
 void declareCommon(CLI::App* app, Options* options) {
@@ -104,11 +115,12 @@ void declareCode(CLI::App* command, const char* name, std::string* value, const 
   declareChoice(command, name, value, std::move(choices), about)->transform(nameOfNumber);
 }
 
-CLI::Option* declareOrder(CLI::App* command, Options* options) {
+CLI::Option* declareOrder(
+    CLI::App* command, Options* options,
+    const char* about = "The rule that the device tries first if two take a packet") {
   std::vector<std::string> choices;
   for (const auto order : FiltersInspect::kAllOrders) choices.emplace_back(nameOf(order));
-  return declareChoice(command, "--order", &options->order, std::move(choices),
-                       "The rule that the device tries first if two take a packet");
+  return declareChoice(command, "--order", &options->order, std::move(choices), about);
 }
 
 void declareFiles(CLI::App* command, Options* options, int atLeast, int atMost) {
@@ -129,8 +141,13 @@ void declareStageAndType(CLI::App* command, Options* options) {
 
 void declareShow(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, kAnyNumber);
-  declareChoice(command, "--as", &options->as, {"text", "json", "dump"},
-                "The form: text by default, or JSON with --json; dump is the library's own print");
+  declareChoice(command, "--as", &options->as, {"table", "text", "json", "dump"},
+                "The form: a table by default, or JSON with --json; dump is the library's own "
+                "print");
+  declareOrder(command, options, "The order of the table's rows; without it, by id");
+  declareNumber(command, "--width", &options->width,
+                "The letters in a line of the table, 0 for any number; without it, as wide as the "
+                "terminal");
 }
 
 void declareCheck(CLI::App* command, Options* options) {

@@ -34,6 +34,7 @@ struct Options {
   bool remove_first = false;
   std::string enumeration;
   std::string order;
+  std::optional<std::size_t> width;
   bool overlaps = false;
   bool redundant = true;
   std::optional<std::string> picture;

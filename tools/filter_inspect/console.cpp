@@ -1,9 +1,11 @@
 #include "console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -128,6 +130,17 @@ void Console::write(const std::vector<ReportInput>& inputs) {
 
 void Console::write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order) {
   write(toJson(inputs, order, options_.command));
+}
+
+std::size_t Console::width() const {
+  if (options_.width) return *options_.width;
+  struct winsize size = {};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0) return size.ws_col;
+  std::size_t columns = 0;
+  if (const char* text = std::getenv("COLUMNS")) {
+    std::from_chars(text, text + std::strlen(text), columns);
+  }
+  return columns != 0 ? columns : 80;
 }
 
 void Console::flush() {

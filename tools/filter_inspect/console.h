@@ -59,6 +59,9 @@ class Console {
   // Writes a document. For an analysis it has the order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
+  // The letters in a line of results: --width, or that of the terminal, or of COLUMNS, or 80. 0 is
+  // any number.
+  std::size_t width() const;
   // Writes now what has been said so far.
   void flush();
   // True if writing has failed: no more can be written.

@@ -1,16 +1,12 @@
 #include "picture.h"
 
-#include <filter_inspect/filter_names.h>
-#include <filter_inspect/filter_text.h>
-
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <optional>
-#include <tuple>
 #include <utility>
 
 #include "analysis.h"
+#include "table.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -53,35 +49,14 @@ constexpr Look kLooks[] = {
 };
 
 struct Row {
-  filtersEntryId_t id;
-  filtersEntryPriority_t priority;
-  std::map<filtersMatch_t, std::string> values;
-  std::string actions, policer, parent;
+  const FiltersEntry* entry;
   const Look* look = nullptr;
   std::string found, treatment, why;
   bool isNamed = false;     // a finding about another entry names it
   std::size_t skipped = 0;  // the number of rows before it that are not drawn
+
+  explicit Row(const FiltersEntry* its) : entry(its) {}
 };
-
-std::string idText(const std::optional<std::uint32_t>& id) {
-  return id ? std::to_string(*id) : std::string();
-}
-
-Row rowOf(const FiltersEntry& entry) {
-  const EntryColumns columns = columnsOf(entry);
-  Row row{};
-  row.id = entry.getId();
-  row.priority = entry.getPriority();
-  for (const auto& [match, value] : columns.matches) {
-    row.values[match] = value.empty() ? "yes" : value;
-  }
-  for (const std::string& action : columns.actions) {
-    row.actions += (row.actions.empty() ? "" : " ") + action;
-  }
-  row.policer = idText(columns.policer);
-  row.parent = idText(columns.parent);
-  return row;
-}
 
 std::string_view treatmentOf(const Finding& finding) {
   if (finding.before.empty() && finding.after.empty()) return {};
@@ -90,7 +65,7 @@ std::string_view treatmentOf(const Finding& finding) {
 
 void mark(const Report& report, std::vector<Row>* rows) {
   std::map<filtersEntryId_t, Row*> byId;
-  for (Row& row : *rows) byId[row.id] = &row;
+  for (Row& row : *rows) byId[row.entry->getId()] = &row;
   const auto set = [&byId](filtersEntryId_t id, const Look* look, const Finding& finding,
                            const std::vector<std::uint32_t>& others, const std::string& why) {
     const auto found = byId.find(id);
@@ -141,57 +116,27 @@ std::size_t leaveOut(std::vector<Row>* rows) {
   return skipped;
 }
 
-void sort(Order order, std::vector<Row>* rows) {
-  const auto keyOf = [order](const Row& row) {
-    const std::int64_t priority = order == Order::kHighestPriority  ? -std::int64_t{row.priority}
-                                  : order == Order::kLowestPriority ? std::int64_t{row.priority}
-                                                                    : 0;
-    return std::tuple(priority, row.id);
-  };
-  std::sort(rows->begin(), rows->end(),
-            [&](const Row& a, const Row& b) { return keyOf(a) < keyOf(b); });
+std::size_t widthOf(const Column& column) {
+  std::size_t letters = column.name.size();
+  for (const std::string& cell : column.cells) letters = std::max(letters, cell.size());
+  return std::min(letters, kMostLetters) * kLetter + kGap;
 }
 
-struct Column {
-  std::string name;
-  std::vector<std::string> cells;
-
-  std::size_t width() const {
-    std::size_t letters = name.size();
-    for (const std::string& cell : cells) letters = std::max(letters, cell.size());
-    return std::min(letters, kMostLetters) * kLetter + kGap;
-  }
-};
-
+// The columns of the entries, and what was found about them.
 std::vector<Column> tableOf(const std::vector<Row>& rows) {
-  std::vector<Column> columns = {{"entry", {}}, {"priority", {}}};
-  std::map<filtersMatch_t, Column> fields;
-  Column actions{"then", {}}, policer{"policer", {}}, parent{"parent", {}};
-  Column found{"found", {}}, treatment{"treatment", {}};
+  Entries entries;
+  Column found{"found", Column::Holds::kTreatment, {}};
+  Column treatment{"treatment", Column::Holds::kTreatment, {}};
+  bool hasTreatment = false;
   for (const Row& row : rows) {
-    for (const auto& [match, value] : row.values) fields[match].name = nameOf(match);
-  }
-  for (const Row& row : rows) {
-    columns[0].cells.push_back(std::to_string(row.id));
-    columns[1].cells.push_back(std::to_string(row.priority));
-    for (auto& [match, column] : fields) {
-      const auto value = row.values.find(match);
-      column.cells.push_back(value == row.values.end() ? "" : value->second);
-    }
-    actions.cells.push_back(row.actions);
-    policer.cells.push_back(row.policer);
-    parent.cells.push_back(row.parent);
+    entries.push_back(row.entry);
     found.cells.push_back(row.found);
     treatment.cells.push_back(row.treatment);
+    hasTreatment = hasTreatment || !row.treatment.empty();
   }
-  for (auto& [match, column] : fields) columns.push_back(std::move(column));
-  columns.push_back(std::move(actions));
-  for (Column* column : {&policer, &parent, &found, &treatment}) {
-    const auto isSet = [](const std::string& cell) { return !cell.empty(); };
-    if (column == &found || std::any_of(column->cells.begin(), column->cells.end(), isSet)) {
-      columns.push_back(std::move(*column));
-    }
-  }
+  std::vector<Column> columns = columnsOf(entries);
+  columns.push_back(std::move(found));
+  if (hasTreatment) columns.push_back(std::move(treatment));
   return columns;
 }
 
@@ -227,8 +172,7 @@ void Picture::drawRow(const char* style, const std::vector<std::string_view>& ce
 
 void Picture::add(const std::string& title, const FiltersGroup& group, const Report& report) {
   std::vector<Row> rows;
-  for (const auto& [id, entry] : group.getEntriesRef()) rows.push_back(rowOf(entry));
-  sort(order_, &rows);
+  for (const FiltersEntry* entry : inOrder(group, order_)) rows.emplace_back(entry);
   mark(report, &rows);
   const std::size_t behind = leaveOut(&rows);
   Report rest = report;
@@ -240,8 +184,8 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Rep
   widths_.clear();
   for (const Column& column : columns) {
     head.push_back(column.name);
-    widths_.push_back(column.width());
-    wide += column.width();
+    widths_.push_back(widthOf(column));
+    wide += widths_.back();
   }
   width_ = std::max(width_, wide);
   const auto drawGap = [this](std::size_t count) {

@@ -1,8 +1,11 @@
+#include <filter_inspect/filter_names.h>
 #include <filter_inspect/filter_text.h>
 
 #include <sstream>
 
+#include "analysis.h"
 #include "input.h"
+#include "table.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -11,6 +14,40 @@ std::string dumped(const FiltersGroup& group) {
   std::ostringstream dump;
   dump << group;
   return dump.str();
+}
+
+// "ingress (as packets come in)", or a number without a name.
+template <class Code>
+std::string described(Code code) {
+  const std::string_view name = FiltersInspect::nameOf(code);
+  const std::string text =
+      name.empty() ? std::to_string(static_cast<std::uint32_t>(code)) : std::string(name);
+  return text + " (" + std::string(FiltersInspect::describe(code)) + ')';
+}
+
+std::string titleOf(const Input& input, const InputGroup& group) {
+  const FiltersGroup& its = *group.group;
+  // The place of a group in bytes ends in its number, so that "group" would stand there twice.
+  const char* id = input.form == FileForm::kBytes ? ": id " : ": group ";
+  return printable(group.place) + id + std::to_string(its.getId()) + ", priority " +
+         std::to_string(its.getPriority()) + ", stage " + described(its.getStage()) + ", type " +
+         described(its.getType());
+}
+
+// Writes one table for each group.
+void showTables(const std::vector<Input>& inputs, const Options& options, Console* console) {
+  const std::size_t width = console->width();
+  const char* gap = "";  // a blank line between two tables
+  for (const Input& input : inputs) {
+    if (input.groups.empty()) console->writeLine(printable(input.file) + ": no groups");
+    for (const InputGroup& group : input.groups) {
+      if (!group.group) continue;
+      console->write(gap + wrapped(titleOf(input, group), width, 4) + '\n');
+      const Entries entries = inOrder(*group.group, orderOf(options));
+      console->write(entries.empty() ? "no entries\n" : drawn(columnsOf(entries), width));
+      gap = "\n";
+    }
+  }
 }
 
 // With several files, each group comes after a comment that names its file. All groups make one
@@ -30,10 +67,12 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
 
 Exit runShow(const Options& options, Console* console) {
   const std::vector<Input> inputs = readInputs(options, console);
-  const std::string as = !options.as.empty() ? options.as : options.json ? "json" : "text";
+  const std::string as = !options.as.empty() ? options.as : options.json ? "json" : "table";
   if (inputs.empty()) return kExitTrouble;
   if (as == "json") {
     console->write(FiltersInspect::toJson(groupsOf(inputs)));
+  } else if (as == "table") {
+    showTables(inputs, options, console);
   } else {
     show(inputs, as == "text", console);
   }

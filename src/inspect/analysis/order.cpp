@@ -1,4 +1,4 @@
-#include "order.h"
+#include <filter_inspect/filter_analysis.h>
 
 namespace FiltersInspect {
 

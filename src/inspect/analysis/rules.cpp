@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "order.h"
 #include "shared/arena.h"
 #include "treatment.h"
 

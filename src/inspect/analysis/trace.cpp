@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <ostream>
 
-#include "order.h"
 #include "packet_fields.h"
 #include "rules.h"
 #include "shared/arena.h"

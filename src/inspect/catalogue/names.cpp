@@ -87,4 +87,48 @@ std::string_view describe(filtersErr_t result) {
   return "The library returns no such result.";
 }
 
+std::string_view describe(filtersGroupStage_t stage) {
+  switch (stage) {
+    case FILTERS_GROUP_STAGE_NONE:
+      return "no place in the pipeline yet";
+    case FILTERS_GROUP_STAGE_LOOKUP:
+      return "as tables are looked up";
+    case FILTERS_GROUP_STAGE_INGRESS:
+      return "as packets come in";
+    case FILTERS_GROUP_STAGE_EGRESS:
+      return "as packets go out";
+  }
+  return "unknown";
+}
+
+std::string_view describe(filtersGroupType_t type) {
+  switch (type) {
+    case FILTERS_GROUP_TYPE_NONE:
+      return "no kind of table yet";
+    case FILTERS_GROUP_TYPE_1:
+      return "MAC addresses and forwarding results";
+    case FILTERS_GROUP_TYPE_2:
+      return "source addresses, VLANs and virtual ports";
+    case FILTERS_GROUP_TYPE_3:
+      return "IPv4 addresses, layer-4 ports and TTL";
+    case FILTERS_GROUP_TYPE_4:
+      return "IPv4 addresses, VLANs and ToS";
+    case FILTERS_GROUP_TYPE_5:
+      return "destination MAC addresses, VLANs and egress ports";
+    case FILTERS_GROUP_TYPE_6:
+      return "MAC addresses and VLANs";
+    case FILTERS_GROUP_TYPE_7:
+      return "destination MAC addresses and layer-4 ports";
+    case FILTERS_GROUP_TYPE_8:
+      return "IPv6 destinations and VRFs";
+    case FILTERS_GROUP_TYPE_9:
+      return "VLANs and ToS";
+    case FILTERS_GROUP_TYPE_10:
+      return "IPv4 addresses";
+    case FILTERS_GROUP_TYPE_11:
+      return "destination MAC addresses, port ranges and injected packets";
+  }
+  return "unknown";
+}
+
 }  // namespace FiltersInspect

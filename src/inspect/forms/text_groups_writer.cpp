@@ -111,10 +111,23 @@ EntryColumns columnsOf(const FiltersEntry& entry) {
   for (const MatchPB& match : message.matches_()) {
     const auto code = static_cast<filtersMatch_t>(match.type_());
     columns.matches.emplace_back(code, valueText(*formOf(code), match));
+    const bool isOneField = packetFieldName(code, 1).empty();
+    const std::string_view field = isOneField ? packetFieldName(code, 0) : std::string_view();
+    columns.fields.push_back(field.empty() ? nameOf(code) : field);
   }
   for (const ActionPB& action : message.actions_()) columns.actions.push_back(textOf(action));
-  if (message.policer_() != defaultPolicer()) columns.policer = entry.getPolicer().GetId();
-  if (const auto parent = entry.getPolicerParent()) columns.parent = parent->GetId();
+  const auto take = [](const policer::Policer& policer, auto* id, std::string* text) {
+    *id = policer.GetId();
+    appendFacts(policer, text);
+    text->erase(0, 1);  // a blank
+  };
+  if (message.policer_() != defaultPolicer()) {
+    take(entry.getPolicer(), &columns.policer, &columns.policer_text);
+  }
+  if (const auto parent = entry.getPolicerParent()) {
+    take(*parent, &columns.parent, &columns.parent_text);
+  }
+  for (const CounterPB& counter : message.counters_()) columns.counters.push_back(textOf(counter));
   return columns;
 }
 

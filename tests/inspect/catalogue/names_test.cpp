@@ -48,10 +48,16 @@ TEST(NamesTest, AreTheEnumeratorsWithoutTheirPrefix) {
   EXPECT_EQ(nameOf(FILTERS_RESOLUTION_L2_UNKNOWN_UNICAST), "l2_unknown_unicast");
 }
 
-TEST(Describe, HasASentenceForEachResult) {
+TEST(Describe, HasWordsForEachResultStageAndType) {
   catalogue::Sentences said;
   for (int result = -10; result <= 0; ++result) {
     said.add(std::to_string(result) + ": " + std::string(describe(filtersErr_t(result))));
+  }
+  for (int stage = 0; stage <= 4; ++stage) {
+    said.add("stage: " + std::string(describe(filtersGroupStage_t(stage))));
+  }
+  for (int type = 0; type <= 12; ++type) {
+    said.add("type: " + std::string(describe(filtersGroupType_t(type))));
   }
   said.expectGolden("sentences_results.txt");
 }

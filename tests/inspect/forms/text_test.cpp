@@ -54,6 +54,12 @@ TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
       EXPECT_EQ(columns.policer.has_value(), line.find(" police ") != line.npos) << line;
       EXPECT_EQ(columns.policer.value_or(entry.getPolicer().GetId()), entry.getPolicer().GetId());
       EXPECT_EQ(columns.parent.has_value(), entry.getPolicerParent() != nullptr) << line;
+      for (const std::string& part : columns.counters) EXPECT_NE(line.find(part), line.npos);
+      EXPECT_EQ(columns.fields.size(), columns.matches.size());
+      const std::size_t comment = line.find("  #");
+      for (const std::string& part : {columns.policer_text, columns.parent_text}) {
+        EXPECT_TRUE(part.empty() || line.find(' ' + part, comment) != line.npos) << part;
+      }
     }
     EXPECT_EQ(groupLines(group), lines);
   }

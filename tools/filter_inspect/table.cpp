@@ -1,0 +1,327 @@
+#include "table.h"
+
+#include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_text.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+namespace FilterInspectTool {
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+constexpr std::size_t kMostOfList = 24;  // letters of a list, if the table is too wide
+constexpr std::size_t kGap = 2;          // letters between two columns
+constexpr std::size_t kIndent = 6;       // of the lines below a row
+constexpr std::size_t kHeading = 6;      // no heading is broken to be narrower
+constexpr std::size_t kCost = 1000;      // so that quotients keep three digits
+
+// Appends a word to a cell.
+void add(std::string_view word, std::string* cell) { (*cell += cell->empty() ? "" : " ") += word; }
+
+bool isEmpty(const Column& column) {
+  return std::all_of(column.cells.begin(), column.cells.end(),
+                     [](const std::string& cell) { return cell.empty(); });
+}
+
+// Headings are short, so that many columns have room.
+std::string headingOf(std::string_view field) {
+  constexpr std::pair<std::string_view, std::string_view> kShort[] = {{"destination", "dst"},
+                                                                      {"external", "ext"},
+                                                                      {"forwarding", "fwd"},
+                                                                      {"internal", "int"},
+                                                                      {"protocol", "proto"}};
+  std::string name(field);
+  for (const auto& [word, its] : kShort) {
+    const std::size_t at = name.find(word);
+    if (at != name.npos) name.replace(at, word.size(), its);
+  }
+  return name;
+}
+
+// A port under the mask of all ones is that port.
+std::string valueIn(filtersMatch_t match, std::string value) {
+  constexpr std::string_view kWhole = "/0xffff";
+  const bool isPort = match == FILTERS_MATCH_DST_L4_PORT || match == FILTERS_MATCH_SRC_L4_PORT;
+  const std::size_t size = value.size();
+  if (isPort && size > kWhole.size() &&
+      value.compare(size - kWhole.size(), kWhole.size(), kWhole) == 0) {
+    value.resize(size - kWhole.size());
+  }
+  return value.empty() ? "yes" : value;
+}
+
+// Cuts a list that is longer than `most` letters: "{10,20,30 +17}".
+std::string cutList(const std::string& cell, std::size_t most) {
+  const std::size_t end = cell.find_last_of("}]");
+  if (cell.size() <= most || end == cell.npos) return cell;
+  const auto partsIn = [&cell, end](std::size_t from) {
+    return static_cast<std::size_t>(std::count(cell.begin() + static_cast<std::ptrdiff_t>(from),
+                                               cell.begin() + static_cast<std::ptrdiff_t>(end),
+                                               ','));
+  };
+  const std::size_t last = cell.rfind(',', most);
+  const std::size_t at = last == cell.npos || last > end ? cell.find(',') : last;
+  if (at == cell.npos || at > end) return cell;
+  return cell.substr(0, at) + " +" + std::to_string(partsIn(at)) + cell.substr(end);
+}
+
+constexpr char kInHeadings[] = "_", kInCells[] = " ,/-";  // a text may be broken behind these
+
+// Breaks a text into lines of at most `width` letters. A part that cannot be broken may be longer.
+std::vector<std::string_view> linesOf(std::string_view text, const char* breaks,
+                                      std::size_t width) {
+  std::vector<std::string_view> lines;
+  // A line may end in a blank or an underscore, which is then not shown.
+  const auto isShown = [&text](std::size_t i) { return text[i] != ' ' && text[i] != '_'; };
+  const auto isBreak = [&](std::size_t i) {
+    const bool isLength = text[i] == '/' && text.size() - i <= sizeof "/128" - 1;
+    return std::string_view(breaks).find(text[i]) != text.npos && !isLength;
+  };
+  while (text.size() > width) {
+    std::size_t at = text.npos;
+    for (std::size_t i = 0; i + 1 < text.size() && (i <= width || at == text.npos); ++i) {
+      if (isBreak(i) && (at == text.npos || i < width || !isShown(i))) at = i;
+    }
+    if (at == text.npos) break;
+    lines.push_back(text.substr(0, at + (isShown(at) ? 1 : 0)));
+    text.remove_prefix(at + 1);
+  }
+  lines.push_back(text);
+  return lines;
+}
+
+std::size_t widestOf(const std::vector<std::string_view>& lines) {
+  std::size_t width = 0;
+  for (std::string_view line : lines) width = std::max(width, line.size());
+  return width;
+}
+
+// A column at a place and width of its own.
+struct Drawn {
+  const Column* column;
+  std::size_t width = 0;
+  std::size_t narrower = 0;  // the next width to which its cells could be broken; 0 if none
+  std::size_t added = 0;     // the number of lines that this would add to cells
+
+  explicit Drawn(const Column* its) : column(its) {
+    for (const std::string& cell : its->cells) width = std::max(width, cell.size());
+    width = std::max(width, widestOf(linesOf(its->name, kInHeadings, std::max(width, kHeading))));
+    plan();
+  }
+
+  std::vector<std::string_view> lines(std::size_t i, std::size_t most) const {
+    return linesOf(column->cells[i], kInCells, most);
+  }
+  void narrow() {
+    width = narrower;
+    plan();
+  }
+ private:
+  void plan() {
+    narrower = std::min(kHeading, column->name.size());
+    added = 0;
+    for (std::size_t i = 0; i < column->cells.size(); ++i) {
+      const auto broken = lines(i, width - 1);
+      narrower = std::max(narrower, widestOf(broken));
+      added += broken.size() - lines(i, width).size();
+    }
+    narrower = std::max(narrower, widestOf(linesOf(column->name, kInHeadings, narrower)));
+    if (narrower >= width) narrower = 0;
+  }
+};
+
+// A way to draw the table: the columns in each row, and those on lines of their own below it.
+struct Layout {
+  std::vector<Drawn> in_row, below;
+
+  std::size_t width() const {
+    std::size_t width = 0;
+    for (const Drawn& column : in_row) width += column.width + kGap;
+    return width - std::min(width, kGap);
+  }
+
+  // Makes columns narrower until the table fits. Returns false if that is impossible.
+  bool fit(std::size_t most) {
+    const auto cost = [](const Drawn& one) {
+      return one.narrower == 0 ? SIZE_MAX : kCost * one.added / (one.width - one.narrower);
+    };
+    while (width() > most) {
+      const auto best =
+          std::min_element(in_row.begin(), in_row.end(),
+                           [&](const Drawn& a, const Drawn& b) { return cost(a) < cost(b); });
+      if (best->narrower == 0) return false;
+      best->narrow();
+    }
+    return true;
+  }
+
+  // Moves a column below the rows: the widest of those that say what is done, or else of the
+  // fields. Returns false if only keys are left.
+  bool moveDown() {
+    const auto rank = [](const Drawn& one) { return std::pair(one.column->holds, one.width); };
+    const auto out =
+        std::max_element(in_row.begin(), in_row.end(),
+                         [&](const Drawn& a, const Drawn& b) { return rank(a) < rank(b); });
+    if (out->column->holds == Column::Holds::kKey) return false;
+    below.push_back(*out);
+    in_row.erase(out);
+    std::sort(below.begin(), below.end(),
+              [](const Drawn& a, const Drawn& b) { return a.column < b.column; });
+    return true;
+  }
+
+  // The number of lines of all rows.
+  std::size_t height() const {
+    std::size_t height = 0;
+    for (std::size_t i = 0; i < in_row[0].column->cells.size(); ++i) {
+      std::size_t lines = 1;
+      for (const Drawn& one : in_row) lines = std::max(lines, one.lines(i, one.width).size());
+      for (const Drawn& one : below) lines += one.column->cells[i].empty() ? 0 : 1;
+      height += lines;
+    }
+    return height;
+  }
+};
+
+// The layout with the fewest lines; of several, the one with the most columns in the row.
+Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
+  Layout next;
+  for (const Column& column : columns) next.in_row.emplace_back(&column);
+  if (width == 0 || next.width() <= width) return next;
+  std::optional<Layout> best;
+  std::size_t lines = SIZE_MAX;
+  do {
+    Layout tried = next;
+    if (!tried.fit(width)) continue;
+    const std::size_t its = tried.height();
+    if (its >= lines) continue;
+    best = std::move(tried);
+    lines = its;
+  } while (next.moveDown());
+  return best ? *std::move(best) : next;
+}
+
+// Draws cells beside each other, each from its first line or, at the bottom, to its last.
+void drawCells(const std::vector<Drawn>& columns,
+               const std::vector<std::vector<std::string_view>>& cells, bool atBottom,
+               std::string* out) {
+  std::size_t height = 0;
+  for (const auto& lines : cells) height = std::max(height, lines.size());
+  for (std::size_t k = 0; k < height; ++k) {
+    std::string line;
+    std::size_t x = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const std::size_t above = atBottom ? height - cells[i].size() : 0;
+      if (k >= above && k - above < cells[i].size()) {
+        line.append(x - line.size(), ' ').append(cells[i][k - above]);
+      }
+      x += columns[i].width + kGap;
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    *out += line + '\n';
+  }
+}
+
+}  // namespace
+
+Entries inOrder(const FiltersGroup& group, Order order) {
+  Entries entries;
+  for (const auto& [id, entry] : group.getEntriesRef()) entries.push_back(&entry);
+  const auto rank = [order](const FiltersEntry* entry) {
+    return rankOf(order, entry->getId(), entry->getPriority());
+  };
+  std::stable_sort(entries.begin(), entries.end(),
+                   [&](const auto* a, const auto* b) { return rank(a) < rank(b); });
+  return entries;
+}
+
+std::vector<Column> columnsOf(const Entries& entries) {
+  using Cells = std::vector<std::string>;
+  const std::size_t count = entries.size();
+  Cells ids, priorities, actions(count), policers, parents, counters(count);
+  std::vector<std::pair<filtersMatch_t, Column>> fields;  // by code
+  for (std::size_t i = 0; i < count; ++i) {
+    const EntryColumns its = FiltersInspect::columnsOf(*entries[i]);
+    ids.push_back(std::to_string(entries[i]->getId()));
+    priorities.push_back(std::to_string(entries[i]->getPriority()));
+    for (std::size_t k = 0; k < its.matches.size(); ++k) {
+      const auto& [code, value] = its.matches[k];
+      const std::string name = headingOf(its.fields[k]);
+      auto field = std::find_if(fields.begin(), fields.end(),
+                                [&](const auto& one) { return one.second.name == name; });
+      if (field == fields.end()) {
+        const auto behind = std::find_if(fields.begin(), fields.end(),
+                                         [c = code](const auto& one) { return one.first > c; });
+        field = fields.insert(behind, {code, {name, Column::Holds::kField, Cells(count)}});
+      }
+      add(valueIn(code, value), &field->second.cells[i]);
+    }
+    for (const std::string& action : its.actions) add(action, &actions[i]);
+    for (const std::string& counter : its.counters) add(counter, &counters[i]);
+    policers.push_back(its.policer_text);
+    parents.push_back(its.parent_text);
+  }
+  std::vector<Column> columns = {{"entry", Column::Holds::kKey, std::move(ids)},
+                                 {"prio", Column::Holds::kKey, std::move(priorities)}};
+  for (auto& [code, column] : fields) columns.push_back(std::move(column));
+  const auto addTreatment = [&columns](const char* name, Cells cells) {
+    columns.push_back({name, Column::Holds::kTreatment, std::move(cells)});
+  };
+  addTreatment("then", std::move(actions));
+  for (auto& [name, cells] :
+       {std::pair("policer", &policers), {"parent", &parents}, {"count", &counters}}) {
+    addTreatment(name, std::move(*cells));
+    if (isEmpty(columns.back())) columns.pop_back();
+  }
+  return columns;
+}
+
+std::string wrapped(std::string_view text, std::size_t width, std::size_t indent) {
+  std::string lines;
+  std::size_t room = width;
+  while (width != 0 && text.size() > room) {
+    std::size_t end = text.rfind(' ', room);
+    if (end == text.npos) end = text.find(' ');
+    if (end == text.npos) break;
+    lines.append(text.substr(0, end)).append(1, '\n').append(indent, ' ');
+    text.remove_prefix(end + 1);
+    room = std::max(width, indent + 1) - indent;
+  }
+  return lines.append(text);
+}
+
+std::string drawn(std::vector<Column> columns, std::size_t width) {
+  Layout layout = bestLayout(columns, width);
+  if (width != 0 && !(layout.below.empty() && layout.height() == columns[0].cells.size())) {
+    for (Column& column : columns) {
+      if (column.holds != Column::Holds::kField) continue;
+      for (std::string& cell : column.cells) cell = cutList(cell, kMostOfList);
+    }
+    layout = bestLayout(columns, width);
+  }
+  std::string text;
+  std::vector<std::vector<std::string_view>> cells;
+  for (const Drawn& one : layout.in_row) {
+    cells.push_back(linesOf(one.column->name, kInHeadings, one.width));
+  }
+  drawCells(layout.in_row, cells, true, &text);
+  for (std::size_t i = 0; i < columns[0].cells.size(); ++i) {
+    cells.clear();
+    for (const Drawn& one : layout.in_row) cells.push_back(one.lines(i, one.width));
+    drawCells(layout.in_row, cells, false, &text);
+    for (const Drawn& one : layout.below) {
+      const std::string& cell = one.column->cells[i];
+      if (cell.empty()) continue;
+      const std::string line = std::string(kIndent, ' ') + one.column->name + ' ' + cell;
+      text += wrapped(line, width, kIndent + one.column->name.size() + 1) + '\n';
+    }
+  }
+  return text;
+}
+
+}  // namespace FilterInspectTool

@@ -1,0 +1,43 @@
+#ifndef FILTER_INSPECT_TOOLS_TABLE_H_
+#define FILTER_INSPECT_TOOLS_TABLE_H_
+
+// The entries of a group as a table, for lines of text and for pictures.
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_analysis.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace FilterInspectTool {
+
+// A column with a cell for each entry.
+struct Column {
+  enum class Holds { kKey, kField, kTreatment };  // treatment: what is done with a packet
+  std::string name;
+  Holds holds;
+  std::vector<std::string> cells;
+};
+
+using Entries = std::vector<const FiltersCommon::FiltersEntry*>;
+
+// The entries of a group, the one that comes first first; entries of equal rank by id.
+Entries inOrder(const FiltersCommon::FiltersGroup& group, FiltersInspect::Order order);
+
+// The columns: id, priority, each packet field that some entry tests, actions, policers and
+// counters. Columns without any value are left out, but not id, priority and actions.
+std::vector<Column> columnsOf(const Entries& entries);
+
+// Draws a table at most `width` letters wide; 0 is any width. If that is too narrow, the widest
+// columns move to lines of their own below each row, and long lists are cut.
+std::string drawn(std::vector<Column> columns, std::size_t width);
+
+// Breaks a text at blanks into lines of at most `width` letters. All lines but the first are
+// indented.
+std::string wrapped(std::string_view text, std::size_t width, std::size_t indent);
+
+}  // namespace FilterInspectTool
+
+#endif  // FILTER_INSPECT_TOOLS_TABLE_H_
