@@ -3,7 +3,7 @@
 #include <filter_inspect/filter_text.h>
 
 #include "interface_ids.h"
-#include "policer_facts.h"
+#include "policer_text.h"
 #include "report/hex.h"
 #include "value_text.h"
 
@@ -49,10 +49,20 @@ void appendAll(const char* keyword, const Messages& messages, std::string* out,
   }
 }
 
-// Writes a policer's bytes, or '-' if there are none, since the keyword needs a value.
-void appendPolicer(std::string_view bytes, std::string* out) {
-  if (bytes.empty()) *out += '-';
+// Writes a policer by its values if they say all of it. Otherwise writes its bytes, and its values
+// into the comment.
+void appendPolicer(Subject subject, const policer::Policer& policer, std::string_view bytes,
+                   std::string* out, std::string* comment) {
+  *out += subject == Subject::kParent ? " parent " : " police ";
+  const PolicerFacts facts = factsOf(policer);
+  if (sayAllOf(bytes, facts)) {
+    *out += policerText(facts);
+    return;
+  }
+  if (bytes.empty()) *out += '-';  // the keyword needs a value
   appendHex(bytes, out);
+  ((*comment += ", ") += nameOf(subject)) += ' ';
+  *comment += policerWords(facts);
 }
 
 void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
@@ -66,12 +76,10 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
   if (!message->counters_().empty()) *out += " count";
   for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
   if (message->policer_() != defaultPolicer()) {
-    appendPolicer(message->policer_(), &(*out += " police "));
-    appendFacts(entry.getPolicer(), &(comment += ", policer"));
+    appendPolicer(Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
   }
   if (const auto parent = entry.getPolicerParent()) {
-    appendPolicer(message->policer_parent_(), &(*out += " parent "));
-    appendFacts(*parent, &(comment += ", parent"));
+    appendPolicer(Subject::kParent, *parent, message->policer_parent_(), out, &comment);
   }
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }

@@ -22,8 +22,8 @@ struct ActionValues {
   std::uint32_t value;
 };
 
-// The numbers are those of the enumerations Stage and ModeType. A figure that the mode does not use
-// is 0. Rates are in kbit/s, sizes in bytes.
+// The numbers are those of the enumerations Stage and ModeType. A parameter that the mode does not
+// use is 0. Rates are in kbit/s, sizes in bytes.
 struct PolicerValues {
   std::uint32_t id;
   std::uint32_t stage;
