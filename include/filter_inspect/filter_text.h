@@ -42,6 +42,10 @@ FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 
+// The line as people read it: each policer by its values, also if they do not say everything. So
+// the lines of different entries can be the same, and not every platform reads them.
+FILTERS_API std::string shownText(const FiltersCommon::FiltersEntry& entry);
+
 // The parts of an entry's line, for tables and pictures.
 struct EntryColumns {
   // Values as the text form writes them, "192.0.2.0/24"; empty for a match without a value.

@@ -49,13 +49,16 @@ void appendAll(const char* keyword, const Messages& messages, std::string* out,
   }
 }
 
-// Writes a policer by its values if they say all of it. Otherwise writes its bytes, and its values
-// into the comment.
-void appendPolicer(Subject subject, const policer::Policer& policer, std::string_view bytes,
-                   std::string* out, std::string* comment) {
+// The reader of a line: the library, which must get the same entry, or people.
+enum class For { kReading, kShowing };
+
+// Writes a policer by its values if they say all of it. Otherwise writes its bytes for reading, and
+// its values into the comment.
+void appendPolicer(For use, Subject subject, const policer::Policer& policer,
+                   std::string_view bytes, std::string* out, std::string* comment) {
   *out += subject == Subject::kParent ? " parent " : " police ";
   const PolicerFacts facts = factsOf(policer);
-  if (sayAllOf(bytes, facts)) {
+  if (use == For::kShowing || sayAllOf(bytes, facts)) {
     *out += policerText(facts);
     return;
   }
@@ -65,7 +68,7 @@ void appendPolicer(Subject subject, const policer::Policer& policer, std::string
   *comment += policerWords(facts);
 }
 
-void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
+void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, std::string* out) {
   message->Clear();
   entry.convertToFiltersEntryPB(message);
   std::string comment;
@@ -76,10 +79,10 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
   if (!message->counters_().empty()) *out += " count";
   for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
   if (message->policer_() != defaultPolicer()) {
-    appendPolicer(Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
+    appendPolicer(use, Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
   }
   if (const auto parent = entry.getPolicerParent()) {
-    appendPolicer(Subject::kParent, *parent, message->policer_parent_(), out, &comment);
+    appendPolicer(use, Subject::kParent, *parent, message->policer_parent_(), out, &comment);
   }
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
@@ -89,7 +92,7 @@ void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string
   *out += toText(headOf(group));
   *out += '\n';
   for (const auto& [id, entry] : group.getEntriesRef()) {
-    appendEntry(entry, message, out);
+    appendEntry(entry, For::kReading, message, out);
     *out += '\n';
   }
 }
@@ -142,7 +145,14 @@ EntryColumns columnsOf(const FiltersEntry& entry) {
 std::string toText(const FiltersEntry& entry) {
   std::string text;
   FiltersEntryPB message;
-  appendEntry(entry, &message, &text);
+  appendEntry(entry, For::kReading, &message, &text);
+  return text;
+}
+
+std::string shownText(const FiltersEntry& entry) {
+  std::string text;
+  FiltersEntryPB message;
+  appendEntry(entry, For::kShowing, &message, &text);
   return text;
 }
 
