@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <limid/limid_standin.h>
 #include <policer/policer.h>
+#include <policer/policer_values.h>
 
 namespace {
 
@@ -57,6 +58,8 @@ TEST(Policer, EqualsOneMadeFromItsOwnBytesAndNoOther) {
       EXPECT_EQ(one != read, &one != &other);
     }
   }
+  EXPECT_EQ(MakePolicer({0, 9, 3, 1, 2, 0, 0, 0, 0, {{2, 1, 255}}}), policers[7]);
+  EXPECT_EQ(MakePolicer({0, 9, 2, 1, 2, 7, 7, 3, 4, {}}), policers[5]);  // without pir and pbs
   const std::string whole = policers[7].Serialize();
   for (std::size_t size = 0; size < whole.size(); ++size) {
     EXPECT_EQ(Policer(whole.substr(0, size)), Policer()) << size;

@@ -22,7 +22,7 @@ namespace FiltersInspect {
 // one group lacks (kEntryAdded, kEntryRemoved), or each part of an entry that differs
 // (kEntryChanged). Parts are the entry's priority, policer and parent, a match, an action and a
 // counter. `before` is the part in a, `after` the part in b; each is empty if the part is not
-// there.
+// there. A policer is described by its values, or by its bytes if the values are the same.
 FILTERS_API Report diff(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b);
 
 // One call of a member of FiltersGroup.

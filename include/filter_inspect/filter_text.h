@@ -7,10 +7,11 @@
 // describe the forms. The same groups give the same bytes on every machine, if the platform gives
 // interfaces the same names.
 //
-// A policer is written as the bytes to which the platform's library serializes it, and a port as
-// its id. Beside them stand the policer's rates and the interface's name, for people. Readers use
-// the bytes and ids. They refuse JSON whose names or descriptions contradict these, and ignore the
-// comments of text.
+// A policer is written by its values, its rates for example, if the platform's library can make the
+// same policer of them. If not, it is written as the bytes that the library makes of it, and its
+// values stand beside them for people, as the name of an interface stands beside its id. Readers
+// use the bytes and ids. They refuse JSON whose names or descriptions contradict these, and ignore
+// the comments of text.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else. Time and memory grow with the size of the argument, so
@@ -40,6 +41,10 @@ FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
+
+// The line as people read it: each policer by its values, also if they do not say everything. So
+// the lines of different entries can be the same, and not every platform reads them.
+FILTERS_API std::string shownText(const FiltersCommon::FiltersEntry& entry);
 
 // The parts of an entry's line, for tables and pictures.
 struct EntryColumns {

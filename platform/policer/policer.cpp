@@ -3,25 +3,27 @@
 #include <google/protobuf/arena.h>
 
 #include <limits>
+#include <utility>
 
 #include "policer.pb.h"
+#include "policer/policer_values.h"
 
 namespace policer {
 namespace {
 
 // Uses the named functions, so that a parameter that the mode does not use stays 0 even if the
 // bytes have it.
-Mode ReadMode(const ModePB& message) {
-  const auto type = static_cast<ModeType>(message.type());
+Mode ModeOf(const PolicerValues& values) {
+  const auto type = static_cast<ModeType>(values.mode);
   switch (type) {
     case ModeType::SrTcm:
-      return Mode::SrTcm(message.cir(), message.cbs(), message.ebs());
+      return Mode::SrTcm(values.cir, values.cbs, values.ebs);
     case ModeType::TrTcm:
-      return Mode::TrTcm(message.cir(), message.cbs(), message.pir(), message.pbs());
+      return Mode::TrTcm(values.cir, values.cbs, values.pir, values.pbs);
     case ModeType::TrTcmDs:
-      return Mode::TrTcmDs(message.cir(), message.cbs(), message.eir(), message.ebs());
+      return Mode::TrTcmDs(values.cir, values.cbs, values.eir, values.ebs);
     case ModeType::Flow:
-      return Mode::Flow(message.cir(), message.cbs());
+      return Mode::Flow(values.cir, values.cbs);
     case ModeType::None:
       break;
   }
@@ -51,17 +53,27 @@ Policer::Policer(const std::string& bytes) {
   if (!Parse(bytes, message)) {
     return;
   }
-  std::vector<Action> actions;
-  actions.reserve(static_cast<std::size_t>(message->actions_size()));
+  const ModePB& mode = message->mode();
+  PolicerValues values{message->id(), message->stage(), mode.type(), mode.cir(), mode.cbs(),
+                       mode.pir(),    mode.pbs(),       mode.eir(),  mode.ebs(), {}};
+  values.actions.reserve(static_cast<std::size_t>(message->actions_size()));
   for (const ActionPB& action : message->actions()) {
     if (action.value() > std::numeric_limits<std::uint8_t>::max()) {
       return;
     }
-    actions.emplace_back(static_cast<ActionType>(action.type()), static_cast<Color>(action.color()),
-                         static_cast<std::uint8_t>(action.value()));
+    values.actions.push_back({action.color(), action.type(), action.value()});
   }
-  *this = Policer(message->id(), static_cast<Stage>(message->stage()), ReadMode(message->mode()),
-                  std::move(actions));
+  *this = MakePolicer(values);
+}
+
+Policer MakePolicer(const PolicerValues& values) {
+  std::vector<Action> actions;
+  actions.reserve(values.actions.size());
+  for (const ActionValues& action : values.actions) {
+    actions.emplace_back(static_cast<ActionType>(action.type), static_cast<Color>(action.color),
+                         static_cast<std::uint8_t>(action.value));
+  }
+  return Policer(values.id, static_cast<Stage>(values.stage), ModeOf(values), std::move(actions));
 }
 
 std::string Policer::Serialize() const {

@@ -2,6 +2,7 @@
 // stores, checks, prints, compares, sends and rebuilds ids and policers.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_text.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -54,4 +55,19 @@ int main() {
   const FiltersEntryPB sent = group.convertToFiltersGroupPB().entries_(0);
   check(sent.policer_parent_() == policer.Serialize(), "the policer's bytes differ");
   check(sent.actions_(0).mpls_access_port() == 0x03000011, "no interface index is sent");
+
+  // These libraries make no policers of values.
+  const std::string text = FiltersInspect::toText({group});
+  check(text.find(" parent 05000000") != text.npos &&
+            text.find(", parent 5 ingress trtcmds cir=1000 cbs=1500 eir=2000 ebs=3000 red=pcp:255 "
+                      "green=dscp:128\n") != text.npos,
+        "the text has no bytes of policers");
+  check(FiltersInspect::groupsFromText(text).groups.at(0) == group, "the text is another group");
+  check(FiltersInspect::groupsFromJson(FiltersInspect::toJson({group})).groups.at(0) == group,
+        "the JSON is another group");
+  const auto refused = FiltersInspect::groupsFromText(
+      "filter-groups 1\ngroup 1 priority=1 stage=none type=none\n"
+      "entry 1 priority=1 police {id=5 stage=ingress flow cir=1000}\n");
+  check(refused.report.findings.at(0).code == FiltersInspect::Code::kTextSyntax,
+        "a policer by value is taken");
 }

@@ -113,6 +113,14 @@ entry 40 priority=60 if ttl=1 then deny
         rules = file.read()
     write("twice.txt", rules + rules[rules.index(b"group 7") :].replace(b"group 7", b"group 8"))
     write("fewer.txt", re.sub(b"entry 30 .*\n", b"", rules))
+    policed = rules.replace(b"permit\n", b"permit police {id=5 stage=ingress flow cir=1000 red=drop}\n", 1)
+    policed = policed.replace(b"ip_protocol=6", b"ttl=6").replace(b"25 then deny", b"25 then permit copy_to_cpu")
+    write("words.txt", policed)
+    write("rated.txt", policed.replace(b"cir=1000 red=drop", b"cir=64 red=pcp:1"))
+    # What the values of these policers leave out: the number of an action that writes none.
+    for number in (b"8", b"9"):
+        policer = b"permit parent 0a0608001000180%b120e080410001800200028003000380018007805\n"
+        write(f"hidden{number.decode()}.txt", rules.replace(b"permit\n", policer % number, 1))
     write("turned.txt", rules.replace(b"priority=90", b"priority=110"))
     # Group 1 has only notes, group 2 has a warning.
     write("late.txt", b"""filter-groups 1
@@ -279,16 +287,25 @@ TABLE = [
     ("diff g.bin g.json", 0, NONE, NONE),
     ("diff g.bin swapped.txt", 0, NONE, NONE),
     ("diff g.bin changed.txt", 1,
-     "--- g.bin: group 1\n\\+\\+\\+ changed.txt:2:1\n-entry 40 [^\n]*ttl=255 [^\n]*\n"
-     "\\+entry 40 [^\n]*ttl=254 [^\n]*\n-entry 1000 [^\n]*\n", NONE),
+     r"--- g.bin: group 1\n\+\+\+ changed.txt:2:1\n~entry 40 priority=\[-(\d+)-\]\{\+1\1\+\} if "
+     r"(?!.*\[-if)[^\n]*ttl=\[-255-\]\{\+254\+\} [^\n]*\n-entry 1000 [^\n]*\n", NONE),
+    ("diff rules.txt words.txt", 1,
+     r"---.*\n~entry 10 priority=100 if src_ipv4=192.0.2.0/24 then permit"
+     r" \{\+police \{id=5 stage=ingress flow cir=1000 red=drop\}\+\}\n"
+     r"~entry 20 priority=90 if src_ipv4=192.0.2.128/25 \[-ip_protocol=6-\]\{\+ttl=6\+\} then"
+     r" \[-deny-\]\{\+permit copy_to_cpu\+\}\n", NONE),
+    ("diff words.txt rated.txt", 1,
+     r"---.*\n~entry 10 .* flow cir=\[-1000-\]\{\+64\+\} red=\[-drop-\]\{\+pcp:1\+\}\}\n", NONE),
+    ("diff hidden8.txt hidden9.txt", 1,
+     r"---.*\n~entry 10 .* parent \[-0a060800100018081\w+-\]\{\+0a060800100018091\w+\+\} .*\n", NONE),
     ("diff g.bin moved.txt", 1,
-     ".*\n-group 1 priority=10 [^\n]*\n\\+group 1 priority=11 [^\n]*\n", NONE),
+     r".*\n~group 1 priority=\[-10-\]\{\+11\+\} [^\n]*\n", NONE),
     ("diff g.bin one.bin", 1,
      "--- g.bin: group 2\n\\+\\+\\+ one.bin: no such group\n-group 2 [^\n]*\n"
      "(-entry [^\n]*\n){5}", NONE),
     ("diff none.txt one.bin", 1,
      "--- none.txt: no such group\n[^\n]*\n\\+group 1 [^\n]*\n(\\+entry [^\n]*\n){7}", NONE),
-    ("diff empty one.bin", 1, "--- empty: group 1\n.*-group 0 [^\n]*\n\\+group 1 .*", MISSING),
+    ("diff empty one.bin", 1, r"--- empty: group 1\n.*\n~group \[-0-\]\{\+1\+\} [^\n]*\n(\+entry [^\n]*\n){7}", MISSING),
     ("diff rules.txt lines.txt", 2, NONE, "lines.txt:1:15: error: a carriage return [^\n]*\n"),
     ("diff g.bin", 2, NONE, "filter-inspect: one more FILE is wanted\n"),
     ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE is given too often\n"),
@@ -368,7 +385,7 @@ TABLE = [
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
      "filter-inspect: either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
-     "---.*\\+entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
+     "---.*~entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.129[^\n]*\n  permit becomes deny\n"
      "rules.txt, turned.txt: 1 pair of rules treats packets differently"
      "[^\n]*\\(order: highest-priority; .*",
@@ -516,7 +533,8 @@ TABLE = [
     ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
     # --- Colours
     ("diff g.bin changed.txt --color=always", 1,
-     ".*\33\\[31m-entry 40 .*\33\\[32m\\+entry 40 .*", NONE),
+     ".*\n~entry 40 .* if .*ttl=\33\\[31m\\[-255-]\33\\[0m\33\\[32m{\\+254\\+}\33\\[0m .*\n"
+     "\33\\[31m-entry 1000 .*", NONE),
     ("check lost.bin --color=always", 1, r"lost.bin: group 1: \x1b\[33mwarning\x1b\[0m: .*", NONE),
     ("check notes.bin --color=always", 0, r"notes.bin: group 1: \x1b\[36mnote\x1b\[0m: .*", NONE),
     ("check refused.bin --color=always", 1, r".*\nrefused.bin: group 1: \x1b\[31merror\x1b\[0m: .*", NONE),

@@ -116,8 +116,10 @@ void Console::write(std::string_view text) {
   if (results_.size() >= kWrittenAtOnce) flush();
 }
 
-void Console::writeLine(std::string_view line, Color color) {
-  write(painted(STDOUT_FILENO, line, color) + '\n');
+void Console::writeLine(std::string_view line, Color color) { write(painted(line, color) + '\n'); }
+
+std::string Console::painted(std::string_view text, Color color) const {
+  return painted(STDOUT_FILENO, text, color);
 }
 
 void Console::write(const std::string& file, const Report& report) {

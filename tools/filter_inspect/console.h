@@ -54,6 +54,8 @@ class Console {
 
   void write(std::string_view text);
   void writeLine(std::string_view line, Color color = Color::kNone);
+  // A part of a result in its colour, if results have colours.
+  std::string painted(std::string_view text, Color color) const;
   // Writes findings about a file, each after its place.
   void write(const std::string& file, const Report& report);
   // Writes a document. For an analysis it has the order.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "analysis.h"
+#include "changed_line.h"
 #include "file_report.h"
 
 namespace FilterInspectTool {
@@ -64,18 +65,46 @@ Report compare(const Pair& pair) {
   return report;
 }
 
-void printEntry(const InputGroup* group, filtersEntryId_t id, char sign, Console* console) {
-  if (group == nullptr) return;
-  const auto& entries = group->group->getEntriesRef();
-  const auto entry = entries.find(id);
-  if (entry == entries.end()) return;
-  console->writeLine(sign + toText(entry->second), sign == '-' ? Color::kRemoved : Color::kAdded);
+// Writes a line that only one of the files has.
+void printAlone(char sign, const std::string& line, Console* console) {
+  console->writeLine(sign + line, sign == '-' ? Color::kRemoved : Color::kAdded);
 }
 
-void printHead(const InputGroup* group, char sign, Console* console) {
-  if (group == nullptr) return;
-  console->writeLine(sign + toText(headOf(*group->group)),
-                     sign == '-' ? Color::kRemoved : Color::kAdded);
+// Writes a line that both files have, with its differences marked.
+void printChanged(const std::string& before, const std::string& after, Console* console) {
+  std::string line(1, '~');
+  for (const LinePart& part : compareLines(before, after)) {
+    if (part.in == LinePart::kBoth) line += part.text;
+    if (part.in == LinePart::kBefore) {
+      line += console->painted("[-" + part.text + "-]", Color::kRemoved);
+    }
+    if (part.in == LinePart::kAfter) {
+      line += console->painted("{+" + part.text + "+}", Color::kAdded);
+    }
+  }
+  console->writeLine(line);
+}
+
+void printEntry(const Pair& pair, filtersEntryId_t id, Console* console) {
+  const auto find = [id](const InputGroup* group) -> const FiltersEntry* {
+    if (group == nullptr) return nullptr;
+    const auto& entries = group->group->getEntriesRef();
+    const auto entry = entries.find(id);
+    return entry == entries.end() ? nullptr : &entry->second;
+  };
+  const FiltersEntry *a = find(pair.a), *b = find(pair.b);
+  if (b == nullptr) return printAlone('-', shownText(*a), console);
+  if (a == nullptr) return printAlone('+', shownText(*b), console);
+  const std::string before = shownText(*a), after = shownText(*b);
+  if (before != after) return printChanged(before, after, console);
+  printChanged(toText(*a), toText(*b), console);  // the values of their policers say too little
+}
+
+void printHead(const Pair& pair, Console* console) {
+  const auto lineOf = [](const InputGroup* group) { return toText(headOf(*group->group)); };
+  if (pair.b == nullptr) return printAlone('-', lineOf(pair.a), console);
+  if (pair.a == nullptr) return printAlone('+', lineOf(pair.b), console);
+  printChanged(lineOf(pair.a), lineOf(pair.b), console);
 }
 
 // Writes lines of text for the head and each entry that the findings are about.
@@ -91,13 +120,11 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   std::optional<filtersEntryId_t> last;
   for (const Finding& finding : report.findings) {
     if (!finding.entry && !std::exchange(headPrinted, true)) {
-      printHead(pair.a, '-', console);
-      printHead(pair.b, '+', console);
+      printHead(pair, console);
     }
     if (!finding.entry || last == finding.entry) continue;
     last = finding.entry;
-    printEntry(pair.a, *last, '-', console);
-    printEntry(pair.b, *last, '+', console);
+    printEntry(pair, *last, console);
   }
 }
 

@@ -1,6 +1,6 @@
 #include "treatment.h"
 
-#include "forms/policer_facts.h"
+#include "forms/policer_text.h"
 #include "forms/value_text.h"
 #include "shared/arena.h"
 
@@ -18,17 +18,13 @@ std::string treatmentText(const FiltersEntry& entry) {
   auto& message = *arena.make<FiltersEntryPB>();
   entry.convertToFiltersEntryPB(&message);
   std::string text;
-  const auto begin = [&text](const char* part) {
-    text += (text.empty() ? "" : ", ") + std::string(part);
-  };
-  for (const ActionPB& action : message.actions_()) begin(textOf(action).c_str());
+  const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
+  for (const ActionPB& action : message.actions_()) add(textOf(action));
   if (message.policer_() != defaultPolicer()) {
-    begin("policer");
-    appendFacts(entry.getPolicer(), &text);
+    add("policer " + policerWords(factsOf(entry.getPolicer())));
   }
   if (const auto parent = entry.getPolicerParent()) {
-    begin("parent");
-    appendFacts(*parent, &text);
+    add("parent " + policerWords(factsOf(*parent)));
   }
   return text.empty() ? "no action" : text;
 }

@@ -9,7 +9,7 @@
 
 #include "catalogue/class_rows.h"
 #include "catalogue/name_or_number.h"
-#include "forms/policer_facts.h"
+#include "forms/policer_text.h"
 #include "forms/value_text.h"
 #include "report/hex.h"
 #include "side_by_side.h"
@@ -19,13 +19,6 @@ namespace FiltersInspect {
 using namespace FiltersCommon;
 
 namespace {
-
-// The bytes as the text form writes them.
-std::string policerText(const std::string& bytes) {
-  std::string text(bytes.empty() ? "-" : "");
-  appendHex(bytes, &text);
-  return text;
-}
 
 template <class Value>
 std::string pairOf(const char* key, Value value) {
@@ -54,8 +47,9 @@ class Differences {
       return;
     }
     entry_ = (a == nullptr ? b : a)->getId();
-    add(a == nullptr ? Code::kEntryAdded : Code::kEntryRemoved, Subject::kEntry, 0,
-        a == nullptr ? "" : toText(*a), b == nullptr ? "" : toText(*b));
+    Finding& finding = add(a == nullptr ? Code::kEntryAdded : Code::kEntryRemoved, Subject::kEntry,
+                           0, a == nullptr ? "" : toText(*a), b == nullptr ? "" : toText(*b));
+    finding.message = a == nullptr ? "added: " + shownText(*b) : "removed: " + shownText(*a);
   }
  private:
   void addParts(const FiltersEntry& a, const FiltersEntry& b) {
@@ -111,7 +105,30 @@ class Differences {
   void addPolicer(Subject subject, const policer::Policer* a, const std::string& ofA,
                   const policer::Policer* b, const std::string& ofB) {
     if (a != nullptr && b != nullptr ? *a == *b : a == b) return;
-    addPart(subject, 0, a == nullptr ? "" : policerText(ofA), b == nullptr ? "" : policerText(ofB));
+    // An entry that was given no policer holds the default one.
+    if (subject == Subject::kPolicer && ofA == defaultPolicer()) a = nullptr;
+    if (subject == Subject::kPolicer && ofB == defaultPolicer()) b = nullptr;
+    const PolicerFacts before = a == nullptr ? PolicerFacts() : factsOf(*a);
+    const PolicerFacts after = b == nullptr ? PolicerFacts() : factsOf(*b);
+    const std::string name = std::string(nameOf(subject)) + ' ';
+    if (a == nullptr) {
+      addPart(subject, 0, "", policerText(after)).message =
+          name + policerWords(after) + " was added";
+    } else if (b == nullptr) {
+      addPart(subject, 0, policerText(before), "").message =
+          name + policerWords(before) + " was removed";
+    } else if (policerText(before) != policerText(after)) {
+      addPart(subject, 0, policerText(before), policerText(after)).message =
+          name + policerChange(before, after);
+    } else {
+      addPart(subject, 0, hexOf(ofA), hexOf(ofB));
+    }
+  }
+
+  static std::string hexOf(const std::string& bytes) {
+    std::string text;
+    appendHex(bytes, &text);
+    return text;
   }
 
   template <class Value>
@@ -119,12 +136,12 @@ class Differences {
     if (a != b) add(Code::kHeadChanged, Subject::kGroup, 0, pairOf(key, a), pairOf(key, b));
   }
 
-  void addPart(Subject subject, std::uint32_t offender, std::string before, std::string after) {
-    add(Code::kEntryChanged, subject, offender, std::move(before), std::move(after));
+  Finding& addPart(Subject subject, std::uint32_t offender, std::string before, std::string after) {
+    return add(Code::kEntryChanged, subject, offender, std::move(before), std::move(after));
   }
 
-  void add(Code code, Subject subject, std::uint32_t offender, std::string before,
-           std::string after) {
+  Finding& add(Code code, Subject subject, std::uint32_t offender, std::string before,
+               std::string after) {
     Finding& finding = report_.findings.emplace_back();
     finding.code = code;
     finding.severity = severityOf(code);
@@ -135,6 +152,7 @@ class Differences {
     finding.message = messageOf(before, after);
     finding.before = std::move(before);
     finding.after = std::move(after);
+    return finding;
   }
 
   static std::string messageOf(const std::string& before, const std::string& after) {

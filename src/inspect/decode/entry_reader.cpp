@@ -9,6 +9,7 @@
 
 #include "catalogue/class_rows.h"
 #include "catalogue/name_or_number.h"
+#include "forms/policer_text.h"
 
 namespace FiltersInspect {
 
@@ -229,16 +230,23 @@ void EntryReader::noteOrder(std::uint32_t next, const MessagePart& part) {
 
 void EntryReader::notePolicer(const std::string& in, Subject subject, int field,
                               const MessagePart& part) {
-  const std::string out = policer::Policer(in).Serialize();
+  const policer::Policer policer(in);
+  const std::string out = policer.Serialize();
   if (in == out) return;
-  const bool isDefault = out == policer::Policer().Serialize();
   about(subject);
   Finding* finding = findings_->add(Code::kPolicerRewritten, entry_check_.partOf(field, part));
   if (finding == nullptr) return;
   finding->before = shownBytes(in);
   finding->after = shownBytes(out);
-  finding->message = isDefault ? "it is read as the default policer, which every stage admits"
-                               : "the policer library writes other bytes of it";
+  if (out != defaultPolicer()) {
+    finding->message = "it is read as " + policerWords(factsOf(policer)) +
+                       ", which the policer library writes in other bytes";
+    return;
+  }
+  finding->message = in.empty() ? "it has no bytes: the default one is taken, which "
+                                : "it is read as the default one, which ";
+  if (subject == Subject::kPolicer) finding->message += "every stage admits and which ";
+  finding->message += "polices nothing";
 }
 
 void EntryReader::noteCounters(const FiltersEntry& entry, const MessagePart& part) {

@@ -222,8 +222,11 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
     Finding* finding = findings->add(Code::kRequiredMissing,
                                      {&part, field.name(), MessagePart::kAlone, part.bytes});
     if (finding == nullptr) continue;
-    finding->message =
-        nameOf(field) + " is not there, and read as " + (isBytes(field) ? "no bytes" : "0");
+    // The policer is the only field of bytes that is required.
+    finding->message = isBytes(field)
+                           ? "there is no policer: the default one is taken, which every "
+                             "stage admits and which polices nothing"
+                           : nameOf(field) + " is not there, and read as 0";
     // Matches and actions require only their types.
     if (findings->subject == Subject::kMatch) {
       finding->message = "a match without a type is read as the match ";

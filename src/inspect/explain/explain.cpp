@@ -48,7 +48,8 @@ std::string rowsWith(const char* rows, const Table& table, Code code) {
 
 // For example "stage ingress"; "stage 99, which does not exist".
 std::string stageText(policer::Stage stage) {
-  return "stage " + nameOrNumber(stage) + (nameOf(stage).empty() ? ", which does not exist" : "");
+  return "stage " + nameOrNumber(stage) +
+         (FiltersInspect::nameOf(stage).empty() ? ", which does not exist" : "");
 }
 
 // The stages of policers that a group's stage admits. The library has these rules only in its

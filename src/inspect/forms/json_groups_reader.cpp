@@ -87,11 +87,16 @@ class JsonReader {
   bool scalarOfGroup(const Scalar& value);
   bool scalarOfCounter(const Scalar& value);
   bool scalarOfPolicer(const Scalar& value);
+  bool scalarOfPolicerAction(const Scalar& value);
   bool scalarOfForm(const Scalar& value, int field);
   bool endLimid();
   bool endPolicer();
+  bool endPolicerAction();
+  std::optional<TextPosition> contradictionToBytes() const;
+  bool makePolicerBytes();
 
   Frame& top() { return frames_[depth_]; }
+  const Frame& top() const { return frames_[depth_]; }
   Frame& outer() { return frames_[depth_ - 1]; }
 
   bool fail(Code code, std::string message) {
@@ -134,14 +139,16 @@ class JsonReader {
   std::optional<std::string> name_;
   TextPosition name_position_;
   std::string bytes_;
+  // What is said about a policer. It describes the bytes, or if there are none, it is the policer.
   struct Fact {
-    bool given = false;
     bool isText = false;
     std::int64_t number = 0;
     std::string text;
     TextPosition position;
   };
-  std::array<Fact, std::tuple_size_v<PolicerFacts>> facts_;
+  std::array<std::optional<Fact>, kPolicerKeys.size()> facts_;
+  std::optional<std::vector<PolicerAction>> policer_actions_;
+  TextPosition policer_actions_position_;
 };
 
 bool JsonReader::begin(char bracket) {
@@ -167,6 +174,14 @@ bool JsonReader::begin(char bracket) {
       break;
     case In::kPolicer:
       facts_ = {};
+      policer_actions_.reset();
+      break;
+    case In::kPolicerActions:
+      policer_actions_.emplace();
+      policer_actions_position_ = position_;
+      break;
+    case In::kPolicerAction:
+      policer_actions_->push_back({});
       break;
     default:
       break;
@@ -224,6 +239,7 @@ bool JsonReader::end() {
   if (ended == In::kEntry) groups_.endEntry();
   if (ended == In::kLimid) good = endLimid();
   if (ended == In::kPolicer) good = endPolicer();
+  if (ended == In::kPolicerAction) good = endPolicerAction();
   --depth_;
   return good;
 }
@@ -243,15 +259,14 @@ bool JsonReader::endLimid() {
 }
 
 bool JsonReader::endPolicer() {
-  if (top().hasSeen(kPolicerAbout)) {
-    const PolicerFacts said = factsOf(policer::Policer(bytes_));
-    for (std::size_t i = 0; i < said.size(); ++i) {
-      const Fact& fact = facts_[i];
-      const bool same = fact.isText ? fact.text == said[i].name : fact.number == said[i].number;
-      if (!fact.given || same) continue;
-      position_ = fact.position;
-      return fail(Code::kTextContradiction, "the policer's bytes say something else");
+  if (!top().hasSeen(kPolicerBytes)) {
+    if (!top().hasSeen(kPolicerAbout)) {
+      return fail(Code::kTextSyntax, "the policer has neither values in about nor bytes");
     }
+    if (!makePolicerBytes()) return false;
+  } else if (const auto position = contradictionToBytes()) {
+    position_ = *position;
+    return fail(Code::kTextContradiction, "the policer's bytes say something else");
   }
   if (outer().key == kEntryParent) {
     groups_.entry()->set_policer_parent_(bytes_);
@@ -259,6 +274,49 @@ bool JsonReader::endPolicer() {
     groups_.entry()->set_policer_(bytes_);
   }
   return true;
+}
+
+bool JsonReader::endPolicerAction() {
+  const bool has = hasCodePoint(policer_actions_->back().type);
+  if (has == top().hasSeen(kActionValue)) return true;
+  return fail(Code::kTextSyntax, has ? "there is no value" : "this action has no value");
+}
+
+// The place of the first fact that the bytes contradict.
+std::optional<TextPosition> JsonReader::contradictionToBytes() const {
+  if (!top().hasSeen(kPolicerAbout)) return std::nullopt;
+  const PolicerFacts said = factsOf(policer::Policer(bytes_));
+  for (std::size_t i = 0; i < facts_.size(); ++i) {
+    if (!facts_[i]) continue;
+    const Enumeration* names = kPolicerKeys[i].names;
+    const bool same = facts_[i]->isText
+                          ? names != nullptr && facts_[i]->text == names->nameOf(said.numbers[i])
+                          : facts_[i]->number == said.numbers[i];
+    if (!same) return facts_[i]->position;
+  }
+  if (policer_actions_ && *policer_actions_ != said.actions) return policer_actions_position_;
+  return std::nullopt;
+}
+
+bool JsonReader::makePolicerBytes() {
+  const TextPosition end = position_;
+  PolicerFacts facts;
+  std::uint32_t given = 0;
+  for (std::size_t i = 0; i < facts_.size(); ++i) {
+    if (!facts_[i]) continue;
+    position_ = facts_[i]->position;
+    const Scalar value{facts_[i]->isText ? Scalar::kText : Scalar::kNumber, facts_[i]->number,
+                       facts_[i]->text};
+    const auto set = [&](std::uint32_t number) { facts.numbers[i] = number; };
+    const Enumeration* names = kPolicerKeys[i].names;
+    if (!(names != nullptr ? named(*names, value, set) : number(value, 32, set))) return false;
+    given |= std::uint32_t{1} << i;
+  }
+  if (policer_actions_) facts.actions = *policer_actions_;
+  const auto fault = makePolicer(facts, given, &bytes_);
+  if (!fault) return true;
+  position_ = fault->number == facts_.size() ? end : facts_[fault->number]->position;
+  return fail(Code::kTextSyntax, fault->why);
 }
 
 bool JsonReader::scalar(const Scalar& value) {
@@ -282,6 +340,8 @@ bool JsonReader::scalar(const Scalar& value) {
     case In::kPolicer:
     case In::kAbout:
       return scalarOfPolicer(value);
+    case In::kPolicerAction:
+      return scalarOfPolicerAction(value);
     case In::kMatches:
     case In::kActions:
       if (nestingOf(top().in, key, row_).bracket != '\0') return wanted("an object or a list");
@@ -306,6 +366,7 @@ bool JsonReader::scalar(const Scalar& value) {
     case In::kGroups:
     case In::kEntries:
     case In::kCounters:
+    case In::kPolicerActions:
     case In::kLimids:
     case In::kPorts:
     case In::kMplsPorts:
@@ -362,8 +423,11 @@ bool JsonReader::scalarOfCounter(const Scalar& value) {
 
 bool JsonReader::scalarOfPolicer(const Scalar& value) {
   if (top().in == In::kAbout) {
-    if (value.type != Scalar::kNumber && value.type != Scalar::kText) return wanted("a fact");
-    facts_[top().key] = {true, value.type == Scalar::kText, value.number, std::string(value.text),
+    if (top().key == kAboutActions) return wanted("a list");
+    if (value.type != Scalar::kNumber && value.type != Scalar::kText) {
+      return wanted("a number or a name");
+    }
+    facts_[top().key] = {value.type == Scalar::kText, value.number, std::string(value.text),
                          position_};
     return true;
   }
@@ -373,6 +437,18 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
   if (!bytes) return fail(Code::kTextValue, "bytes in pairs of hexadecimal digits are wanted");
   bytes_ = std::move(*bytes);
   return true;
+}
+
+bool JsonReader::scalarOfPolicerAction(const Scalar& value) {
+  PolicerAction& action = policer_actions_->back();
+  switch (top().key) {
+    case kActionColor:
+      return named(kPolicerColors, value, [&](std::uint32_t color) { action.color = color; });
+    case kActionDo:
+      return named(kPolicerActionTypes, value, [&](std::uint32_t type) { action.type = type; });
+    default:
+      return number(value, 8, [&](std::uint32_t number) { action.value = number; });
+  }
 }
 
 // Reads a value without brackets, or one part of a pair.

@@ -133,23 +133,44 @@ void writeCounter(const CounterPB& counter, JsonWriter* out) {
   out->close('}');
 }
 
+void writePolicerAction(const PolicerAction& action, JsonWriter* out) {
+  out->open('{');
+  out->key(kColorKey);
+  writeName(kPolicerColors, action.color, out);
+  out->key(kDoKey);
+  writeName(kPolicerActionTypes, action.type, out);
+  if (hasCodePoint(action.type)) write(kValueKey, action.value, out);
+  out->close('}');
+}
+
+// Writes the bytes too if the values do not say all of them.
 void writePolicer(std::string_view key, std::string_view bytes, const policer::Policer& policer,
                   JsonWriter* out) {
-  std::string digits;
-  appendHex(bytes, &digits);
+  const PolicerFacts facts = factsOf(policer);
   out->key(key);
   out->open('{');
-  write(kBytesKey, std::string_view(digits), out);
+  if (!sayAllOf(bytes, facts)) {
+    std::string digits;
+    appendHex(bytes, &digits);
+    write(kBytesKey, std::string_view(digits), out);
+  }
   out->key(kAboutKey);
   out->open('{');
-  for (const PolicerFact& fact : factsOf(policer)) {
-    if (fact.is_figure && fact.number == 0) continue;
-    out->key(fact.key);
-    if (fact.name.empty()) {
-      out->value(fact.number);
+  for (std::size_t i = 0; i < kPolicerKeys.size(); ++i) {
+    const std::uint32_t number = facts.numbers[i];
+    if (i >= kFirstParameter && number == 0) continue;
+    out->key(kPolicerKeys[i].key);
+    if (kPolicerKeys[i].names != nullptr) {
+      writeName(*kPolicerKeys[i].names, number, out);
     } else {
-      out->value(fact.name);
+      out->value(number);
     }
+  }
+  if (!facts.actions.empty()) {
+    out->key(kActionsKey);
+    out->open('[');
+    for (const PolicerAction& action : facts.actions) writePolicerAction(action, out);
+    out->close(']');
   }
   out->close('}');
   out->close('}');

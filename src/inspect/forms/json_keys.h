@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_FORMS_JSON_KEYS_H_
 
 // The keys of the JSON form, for its writer and its reader. The keys of matches and actions are
-// their names. The keys of a policer's description are in PolicerFact.
+// their names. The keys of a policer's description are kPolicerKeys.
 
 #include <string_view>
 #include <utility>
@@ -28,6 +28,9 @@ inline constexpr std::string_view kPolicerKey = "policer";
 inline constexpr std::string_view kParentKey = "parent";
 inline constexpr std::string_view kBytesKey = "bytes";
 inline constexpr std::string_view kAboutKey = "about";
+inline constexpr std::string_view kColorKey = "color";
+inline constexpr std::string_view kDoKey = "do";
+inline constexpr std::string_view kValueKey = "value";
 inline constexpr std::string_view kLimidKey = "limid";
 inline constexpr std::string_view kNameKey = "name";
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "json_keys.h"
-#include "policer_facts.h"
 
 namespace FiltersInspect {
 namespace {
@@ -24,6 +23,8 @@ constexpr Nesting kNestings[] = {
     {In::kEntry, kEntryParent, '{', In::kPolicer},
     {In::kCounters, kInList, '{', In::kCounter},
     {In::kPolicer, kPolicerAbout, '{', In::kAbout},
+    {In::kAbout, kAboutActions, '[', In::kPolicerActions},
+    {In::kPolicerActions, kInList, '{', In::kPolicerAction},
     {In::kLimids, kLimidsPorts, '[', In::kPorts},
     {In::kLimids, kLimidsTypes, '[', In::kTypes},
     {In::kPorts, kInList, '{', In::kLimid},
@@ -63,13 +64,15 @@ Keys keysOf(In in, const FormRow* row) {
     case In::kCounter:
       return {{kIdKey, kTypeKey}, 2};
     case In::kPolicer:
-      return {{kBytesKey, kAboutKey}, 1};
+      return {{kBytesKey, kAboutKey}, 0};  // one of them
     case In::kAbout: {
-      static const PolicerFacts facts = factsOf(policer::Policer(std::string()));
       Keys keys;
-      for (std::size_t i = 0; i < facts.size(); ++i) keys.names[i] = facts[i].key;
+      for (std::size_t i = 0; i < kPolicerKeys.size(); ++i) keys.names[i] = kPolicerKeys[i].key;
+      keys.names[kAboutActions] = kActionsKey;
       return keys;
     }
+    case In::kPolicerAction:
+      return {{kColorKey, kDoKey, kValueKey}, 2};
     case In::kLimid:
       return {{kLimidKey, kNameKey}, 1};
     case In::kPair:

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "form_rows.h"
+#include "policer_facts.h"
 
 namespace FiltersInspect {
 
@@ -25,6 +26,8 @@ enum class In : std::uint8_t {
   kCounter,
   kPolicer,
   kAbout,
+  kPolicerActions,
+  kPolicerAction,
   kPair,
   kNumbers,
   kLimids,
@@ -47,13 +50,16 @@ enum EntryKey : std::size_t {
   kEntryParent,
 };
 enum CounterKey : std::size_t { kCounterId, kCounterType };
-enum PolicerKey : std::size_t { kPolicerBytes, kPolicerAbout };
+enum PolicerPart : std::size_t { kPolicerBytes, kPolicerAbout };
+// The keys of a policer's description are those of its numbers, and this one.
+inline constexpr std::size_t kAboutActions = kPolicerKeys.size();
+enum PolicerActionKey : std::size_t { kActionColor, kActionDo, kActionValue };
 enum LimidsKey : std::size_t { kLimidsPorts, kLimidsTypes };
 enum LimidKey : std::size_t { kLimidNumber, kLimidName };
 
 // The keys of an object. The first `required` of them must be there.
 struct Keys {
-  std::string_view names[9] = {};
+  std::string_view names[10] = {};
   std::size_t required = 0;
 };
 Keys keysOf(In in, const FormRow* row);

@@ -1,33 +1,76 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 #define FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 
-// The description of a policer in text and JSON, for people.
+// What a policer says, as plain values, and policers made of such values.
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <policer/policer.h>
+
+#include "form_rows.h"
 
 namespace FiltersInspect {
 
 // The bytes of the policer that an entry holds if it was given none.
 const std::string& defaultPolicer();
 
-// A fact about a policer: a key with a name or a number. The facts are everything in a policer but
-// its actions.
-struct PolicerFact {
+extern const Enumeration kPolicerModes, kPolicerColors, kPolicerActionTypes;
+
+// The numbers of a policer, in the order in which they are written. The rates and burst sizes begin
+// at kFirstParameter; writers leave out those that are 0.
+enum PolicerNumber : std::size_t { kNumberId, kNumberStage, kNumberMode, kFirstParameter };
+struct PolicerKey {
   const char* key;
-  std::string_view name;  // empty if the number is the value
-  std::uint32_t number;
-  bool is_figure;  // a rate or burst size; writers leave out 0
+  const Enumeration* names;  // null if the values have no names
 };
-using PolicerFacts = std::array<PolicerFact, 9>;
+inline constexpr std::array<PolicerKey, 9> kPolicerKeys = {{
+    {"id", nullptr},
+    {"stage", &kNamesOf<policer::Stage>},
+    {"mode", &kPolicerModes},
+    {"cir", nullptr},
+    {"cbs", nullptr},
+    {"pir", nullptr},
+    {"pbs", nullptr},
+    {"eir", nullptr},
+    {"ebs", nullptr},
+}};
+
+struct PolicerAction {
+  std::uint32_t color;
+  std::uint32_t type;
+  std::uint32_t value;  // a code point; 0 for a type without one
+};
+inline bool operator==(const PolicerAction& a, const PolicerAction& b) {
+  return a.color == b.color && a.type == b.type && a.value == b.value;
+}
+// True if actions of the type write a code point.
+bool hasCodePoint(std::uint32_t action_type);
+
+struct PolicerFacts {
+  std::array<std::uint32_t, kPolicerKeys.size()> numbers = {};
+  std::vector<PolicerAction> actions;
+};
 PolicerFacts factsOf(const policer::Policer& policer);
 
-// Appends, for example, " 10 ingress trtcm cir=2000".
-void appendFacts(const policer::Policer& policer, std::string* out);
+// The reason why no policer can be made of facts that people wrote. `number` is the place in
+// kPolicerKeys of the wrong one; kPolicerKeys.size() if the policer as a whole is meant.
+struct PolicerFault {
+  std::size_t number;
+  std::string why;
+};
+// Makes the bytes of a policer. `given` has a bit for each number that was written; the others are
+// 0.
+std::optional<PolicerFault> makePolicer(const PolicerFacts& facts, std::uint32_t given,
+                                        std::string* bytes);
+
+// True if the facts say everything that the bytes do, so that a policer made of them is the same.
+bool sayAllOf(std::string_view bytes, const PolicerFacts& facts);
 
 }  // namespace FiltersInspect
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "group_builder.h"
+#include "policer_text.h"
 #include "report/hex.h"
 #include "value_text.h"
 
@@ -42,8 +43,8 @@ class TextReader {
 
   // Goes to the next word of the line; after the last one, word_ is empty.
   void nextWord() {
-    words_.remove_prefix(std::min(words_.find_first_not_of(" \t"), words_.size()));
-    const std::size_t end = std::min(words_.find_first_of(" \t"), words_.size());
+    words_.remove_prefix(std::min(words_.find_first_not_of(kWordBreaks), words_.size()));
+    const std::size_t end = std::min(words_.find_first_of(kWordBreaks), words_.size());
     word_ = words_.substr(0, end);
     words_.remove_prefix(end);
   }
@@ -260,11 +261,30 @@ class TextReader {
   template <class Set>
   bool readPolicer(std::string_view keyword, Set set) {
     if (!take(keyword)) return true;
-    if (word_.empty()) return wanted("the policer's bytes, or '-'");
+    if (word_.empty()) return wanted("the policer's values in braces, its bytes, or '-'");
+    if (word_.front() == '{') return readPolicerValues(set);
     auto bytes = parseHex(word_ == "-" ? std::string_view() : word_);
     if (!bytes)
       return fail(Code::kTextValue, word_, "bytes in pairs of hexadecimal digits are wanted");
     set(std::move(*bytes));
+    nextWord();
+    return true;
+  }
+
+  template <class Set>
+  bool readPolicerValues(Set set) {
+    const std::string_view opened(word_.data(), word_.size() + words_.size());
+    const std::size_t end = opened.find('}');
+    if (end == opened.npos) return fail(Code::kTextSyntax, word_, "there is no '}' behind it");
+    std::string bytes;
+    if (const auto fault = policerFromText(opened.substr(1, end - 1), &bytes)) {
+      return fail(fault->code, fault->word, fault->why);
+    }
+    words_ = opened.substr(end + 1);
+    if (!words_.empty() && kWordBreaks.find(words_.front()) == kWordBreaks.npos) {
+      return fail(Code::kTextSyntax, words_, "a blank follows the '}'");
+    }
+    set(std::move(bytes));
     nextWord();
     return true;
   }

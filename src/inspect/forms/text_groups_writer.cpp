@@ -3,7 +3,7 @@
 #include <filter_inspect/filter_text.h>
 
 #include "interface_ids.h"
-#include "policer_facts.h"
+#include "policer_text.h"
 #include "report/hex.h"
 #include "value_text.h"
 
@@ -49,13 +49,26 @@ void appendAll(const char* keyword, const Messages& messages, std::string* out,
   }
 }
 
-// Writes a policer's bytes, or '-' if there are none, since the keyword needs a value.
-void appendPolicer(std::string_view bytes, std::string* out) {
-  if (bytes.empty()) *out += '-';
+// The reader of a line: the library, which must get the same entry, or people.
+enum class For { kReading, kShowing };
+
+// Writes a policer by its values if they say all of it. Otherwise writes its bytes for reading, and
+// its values into the comment.
+void appendPolicer(For use, Subject subject, const policer::Policer& policer,
+                   std::string_view bytes, std::string* out, std::string* comment) {
+  *out += subject == Subject::kParent ? " parent " : " police ";
+  const PolicerFacts facts = factsOf(policer);
+  if (use == For::kShowing || sayAllOf(bytes, facts)) {
+    *out += policerText(facts);
+    return;
+  }
+  if (bytes.empty()) *out += '-';  // the keyword needs a value
   appendHex(bytes, out);
+  ((*comment += ", ") += nameOf(subject)) += ' ';
+  *comment += policerWords(facts);
 }
 
-void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string* out) {
+void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, std::string* out) {
   message->Clear();
   entry.convertToFiltersEntryPB(message);
   std::string comment;
@@ -66,12 +79,10 @@ void appendEntry(const FiltersEntry& entry, FiltersEntryPB* message, std::string
   if (!message->counters_().empty()) *out += " count";
   for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
   if (message->policer_() != defaultPolicer()) {
-    appendPolicer(message->policer_(), &(*out += " police "));
-    appendFacts(entry.getPolicer(), &(comment += ", policer"));
+    appendPolicer(use, Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
   }
   if (const auto parent = entry.getPolicerParent()) {
-    appendPolicer(message->policer_parent_(), &(*out += " parent "));
-    appendFacts(*parent, &(comment += ", parent"));
+    appendPolicer(use, Subject::kParent, *parent, message->policer_parent_(), out, &comment);
   }
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
@@ -81,7 +92,7 @@ void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string
   *out += toText(headOf(group));
   *out += '\n';
   for (const auto& [id, entry] : group.getEntriesRef()) {
-    appendEntry(entry, message, out);
+    appendEntry(entry, For::kReading, message, out);
     *out += '\n';
   }
 }
@@ -134,7 +145,14 @@ EntryColumns columnsOf(const FiltersEntry& entry) {
 std::string toText(const FiltersEntry& entry) {
   std::string text;
   FiltersEntryPB message;
-  appendEntry(entry, &message, &text);
+  appendEntry(entry, For::kReading, &message, &text);
+  return text;
+}
+
+std::string shownText(const FiltersEntry& entry) {
+  std::string text;
+  FiltersEntryPB message;
+  appendEntry(entry, For::kShowing, &message, &text);
   return text;
 }
 

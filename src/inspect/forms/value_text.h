@@ -23,6 +23,8 @@ using FiltersCommon::ActionPB;
 using FiltersCommon::CounterPB;
 using FiltersCommon::MatchPB;
 
+inline constexpr std::string_view kWordBreaks = " \t";  // separate words
+
 // For example "dst_l4_port=179/0xffff", "permit" or "1=packets". A code or type without a name is
 // written as its number.
 std::string textOf(const MatchPB& match);

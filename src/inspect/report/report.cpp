@@ -335,13 +335,16 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
     line += "group " + std::to_string(*finding.group) + ": ";
   }
   if (finding.subject != Subject::kGroup && finding.subject != Subject::kEntry) {
-    line += nameOf(finding.subject);
+    std::string subject(nameOf(finding.subject));
     const CodesOf codes = offenderOf(finding);
     if (codes != CodesOf::kNothing && finding.subject != Subject::kPolicer) {
       const std::string_view name = nameIn(codes, finding.offender);
-      line += ' ' + (name.empty() ? std::to_string(finding.offender) : std::string(name));
+      subject += ' ' + (name.empty() ? std::to_string(finding.offender) : std::string(name));
     }
-    line += ": ";
+    // A sentence can begin with its subject: "policer 5 was added".
+    if (finding.message.compare(0, subject.size() + 1, subject + ' ') != 0) {
+      line += subject + ": ";
+    }
   }
   line += finding.message;
   if (finding.bytes) {

@@ -7,6 +7,7 @@
 #include "../../../src/inspect/forms/form_rows.h"
 #include "../../../src/inspect/forms/json_keys.h"
 #include "../../../src/inspect/forms/message_fields.h"
+#include "../../../src/inspect/forms/policer_facts.h"
 #include "../../samples.h"
 
 namespace {
@@ -112,10 +113,24 @@ Json definitions() {
   made["ipv4"] = {{"type", "string"}, {"pattern", "^([0-9]{1,3}\\.){3}[0-9]{1,3}$"}};
   made["ipv6"] = {{"type", "string"}, {"pattern", "^[0-9a-f:.]+$"}};
   made["limid"] = object({{"limid", number(32)}, {"name", {{"type", "string"}}}}, {kLimidKey});
-  made["policer"] = object(
-      {{"bytes", {{"type", "string"}, {"pattern", "^([0-9a-f]{2})*$"}}},
-       {"about", {{"type", "object"}, {"description", "may be left out; else it fits the bytes"}}}},
-      {kBytesKey});
+  const Json action = object({{std::string(kColorKey), nameOr(number(32), kPolicerColors)},
+                              {std::string(kDoKey), nameOr(number(32), kPolicerActionTypes)},
+                              {std::string(kValueKey), number(8)}},
+                             {kColorKey, kDoKey});
+  Json facts = Json::object();
+  for (const PolicerKey& key : kPolicerKeys) {
+    facts[key.key] = key.names != nullptr ? nameOr(number(32), *key.names) : number(32);
+  }
+  facts[std::string(kActionsKey)] = listOf(action);
+  Json about = object(facts, {});
+  about["description"] = "Beside bytes it may be left out; else it fits them.";
+  made["policer"] =
+      object({{std::string(kBytesKey), {{"type", "string"}, {"pattern", "^([0-9a-f]{2})*$"}}},
+              {std::string(kAboutKey), about}},
+             {});
+  const Json byValue = {{std::string(kAboutKey), {{"required", {"id", "stage", "mode"}}}}};
+  made["policer"]["anyOf"] = {{{"required", {kBytesKey}}},
+                              {{"required", {kAboutKey}}, {"properties", byValue}}};
   return made;
 }
 

@@ -165,6 +165,26 @@ inline std::uint32_t anyOf(const CodeSet& codes, std::mt19937& random) {
   return *std::next(codes.begin(), static_cast<std::ptrdiff_t>(random() % codes.size()));
 }
 
+// A policer with any mode and any actions; some have numbers that mean nothing.
+inline policer::Policer randomPolicer(policer::Stage stage, std::mt19937& random) {
+  using policer::Mode;
+  const auto number = [&random] { return static_cast<std::uint32_t>(random()) >> random() % 32; };
+  const Mode modes[] = {Mode::SrTcm(number(), number(), number()),
+                        Mode::TrTcm(number(), number(), number(), number()),
+                        Mode::TrTcmDs(number(), number(), number(), number()),
+                        Mode::Flow(number(), number()),
+                        Mode::None(),
+                        Mode(policer::ModeType{number()})};
+  std::vector<policer::Action> actions;
+  for (auto left = random() % 4; left > 0; --left) {
+    const auto type = static_cast<unsigned>(random() % 4);
+    const bool hasValue = type == 1 || type == 2 || random() % 8 == 0;
+    actions.emplace_back(policer::ActionType{type}, policer::Color(random() % 4),
+                         static_cast<std::uint8_t>(hasValue ? random() : 0));
+  }
+  return {number(), stage, modes[random() % std::size(modes)], std::move(actions)};
+}
+
 inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& random) {
   fill(entry, random, 4);
   for (auto left = random() % 6; left > 0; --left) {
@@ -181,7 +201,11 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   }
   for (auto left = random() % 4; left > 0; --left) fill(entry->add_counters_(), random, 0);
   const auto at = static_cast<policer::Stage>(anyOf(kPolicersOfStage[unsigned(stage)], random));
-  entry->set_policer_(policerAt(at, static_cast<std::uint32_t>(random())).Serialize());
+  entry->set_policer_(randomPolicer(at, random).Serialize());
+  if (entry->has_policer_parent_() && random() % 2 == 0) {
+    const auto any = policer::Stage(random() % 4);
+    entry->set_policer_parent_(randomPolicer(any, random).Serialize());
+  }
 }
 
 // A group read from a random message. So it can hold any value that a message can bring, even those

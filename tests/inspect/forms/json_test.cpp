@@ -40,6 +40,11 @@ std::string withMatch(const std::string& match) {
 // descriptions.
 TEST(Json, ReadsWhatPeopleWrite) {
   const std::string bytes = toHex(policerAt(policer::Stage::None).Serialize());
+  const std::string odd =
+      toHex(policer::Policer(1, policer::Stage{7}, policer::Mode(policer::ModeType{9}),
+                             {policer::Action::SetDscp(policer::Color{8}, 255),
+                              policer::Action(policer::ActionType{5}, policer::Color::Green, 0)})
+                .Serialize());
   const std::pair<std::string, std::string> same[] = {
       {R"("matches": {}, "actions": {}, "counters": [])", R"("counters": [])"},
       {R"("actions": {"deny": true, "permit": true}, "matches": {"tos": 1})",
@@ -51,6 +56,12 @@ TEST(Json, ReadsWhatPeopleWrite) {
       {R"("policer": {"about": {"stage": "none", "cbs": 1500, "pir": 0}, "bytes": ")" + bytes +
            "\"}",
        R"("policer": {"bytes": ")" + bytes + "\"}"},
+      {R"("policer": {"about": {"actions": [{"do": 0, "color": 0}], "cir": 1000, "mode": 3, "id": 300,
+          "cbs": 1500, "stage": "none"}})",
+       R"("policer": {"bytes": ")" + bytes + "\"}"},
+      {R"("parent": {"about": {"id": 1, "stage": 7, "mode": 9,
+          "actions": [{"color": 8, "do": "dscp", "value": 255}, {"color": "green", "do": 5}]}})",
+       R"("parent": {"bytes": ")" + odd + "\"}"},
   };
   for (const auto& [text, usual] : same) {
     const ParsedGroups parsed = groupsFromJson(withEntry(text));
@@ -161,6 +172,26 @@ TEST(Json, RefusesAllElse) {
        "3:29 text-contradiction"},
       {entry(R"("policer": {"about": {"stage": "egress"}, "bytes": ")" + bytes + "\"}"),
        "3:32 text-contradiction"},
+      {entry(R"("policer": {"about": {"actions": []}, "bytes": ")" + bytes + "\"}"),
+       "3:34 text-contradiction"},
+      {entry(R"("policer": {})"), "3:13 text-syntax"},
+      {entry(R"("policer": {"about": {"id": 1, "stage": 1}})"), "3:43 text-syntax"},
+      {entry(R"("policer": {"about": {"id": 1, "stage": 1, "mode": "trctm"}})"), "3:52 text-value"},
+      {entry(R"("policer": {"about": {"id": 1, "stage": 1, "mode": "flow", "pir": 0}})"),
+       "3:67 text-syntax"},
+      {entry(R"("policer": {"about": {"id": 1, "stage": 1, "mode": 4294967296}})"),
+       "3:52 text-value"},
+      {entry(R"("policer": {"about": {"id": "one", "stage": 1, "mode": 3}})"), "3:29 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": 1}})"), "3:34 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": [1]}})"), "3:35 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": [{"color": "blue"}]}})"), "3:45 text-value"},
+      {entry(R"("policer": {"about": {"actions": [{"color": "red"}]}})"), "3:50 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": [{"color": 0, "do": "drop", "value": 1}]}})"),
+       "3:72 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": [{"color": 0, "do": "dscp"}]}})"),
+       "3:60 text-syntax"},
+      {entry(R"("policer": {"about": {"actions": [{"color": 0, "value": 256}]}})"),
+       "3:57 text-value"},
       {entry(R"("counters": [{"id": 1}])"), "3:22 text-syntax"},
       {entry(R"("counters": [{"id": 1, "type": 2147483648}])"), "3:32 text-value"},
       {entry(R"("actions": {"mpls_port_set": {"vpn": {"limid": 0}, "access_port": {"limid": 0}}})"),

@@ -11,13 +11,17 @@ namespace {
 using namespace catalogue;
 using namespace FiltersInspect;
 
-// The groups have every code that some group admits, and values that no setter accepts.
+// The groups have every code that some group admits, values that no setter accepts, and policers
+// whose values do not say everything.
 TEST(Text, ReadsWhatItWrote) {
   std::mt19937 random(1);
   CodeSet matches, actions;
+  std::size_t byValue = 0, inBytes = 0;
   for (int i = 0; i < 500; ++i) {
     const Groups groups{randomGroup(random), randomGroup(random)};
     ASSERT_EQ(faultOf(kText, groups), "");
+    byValue += toText(groups).find(" police {") != std::string::npos;
+    inBytes += toText(groups).find(" police 0") != std::string::npos;
     for (const FiltersGroup& group : groups) {
       const FiltersGroupPB message = group.convertToFiltersGroupPB();
       for (const FiltersEntryPB& entry : message.entries_()) {
@@ -30,6 +34,8 @@ TEST(Text, ReadsWhatItWrote) {
   for (const CodeSet& codes : kMatchesOfType) admitted.insert(codes.begin(), codes.end());
   EXPECT_EQ(matches, admitted);
   EXPECT_EQ(actions.size(), kActionCodes.size());
+  EXPECT_GT(byValue, inBytes);
+  EXPECT_GT(inBytes, 10u);
 }
 
 TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
@@ -90,17 +96,33 @@ TYPED_TEST(TextOfEachClass, IsThatOfItsRow) {
 }
 
 TEST(Text, SaysWhatPolicersDo) {
+  using policer::Action;
+  using policer::ActionType;
+  using policer::Color;
   using policer::Mode;
-  for (const auto& [mode, said] : {std::pair(Mode::None(), "none"),
-                                   {Mode::SrTcm(1, 2, 3), "srtcm cir=1 cbs=2 ebs=3"},
-                                   {Mode::TrTcm(1, 2, 3, 4), "trtcm cir=1 cbs=2 pir=3 pbs=4"},
-                                   {Mode::TrTcmDs(1, 2, 3, 4), "trtcmds cir=1 cbs=2 eir=3 ebs=4"},
-                                   {Mode::Flow(1, 2), "flow cir=1 cbs=2"}}) {
+  const std::tuple<Mode, std::vector<Action>, const char*> rows[] = {
+      {Mode::None(), {}, "none"},
+      {Mode::SrTcm(1, 2, 3), {}, "srtcm cir=1 cbs=2 ebs=3"},
+      {Mode::TrTcm(1, 2, 3, 4), {}, "trtcm cir=1 cbs=2 pir=3 pbs=4"},
+      {Mode::TrTcmDs(1, 2, 3, 4), {}, "trtcmds cir=1 cbs=2 eir=3 ebs=4"},
+      {Mode::Flow(0, 2),
+       {Action::SetDscp(Color::Yellow, 255), Action::SetPcp(Color::Green, 0),
+        Action::Drop(Color::Red), Action::Drop(Color::Red)},
+       "flow cbs=2 yellow=dscp:255 green=pcp:0 red=drop red=drop"},
+      {Mode(policer::ModeType{9}), {Action(ActionType{5}, Color{8}, 0)}, "mode=9 8=5"},
+  };
+  for (const auto& [mode, actions, said] : rows) {
     FiltersEntry entry(7);
-    entry.setPolicer({5, policer::Stage::Egress, mode, {}});
-    const std::string text = toText(entry);
-    EXPECT_EQ(text.substr(text.find('#')), std::string("# policer 5 egress ") + said);
+    entry.setPolicer({5, policer::Stage{7}, mode, actions});
+    EXPECT_EQ(toText(entry), "entry 7 priority=0 police {id=5 stage=7 " + std::string(said) + '}');
   }
+  // These values leave out the number of an action that writes none.
+  FiltersEntry entry(7);
+  entry.setPolicerParent(
+      {5, policer::Stage::Egress, Mode::Flow(1, 2), {Action(ActionType::Drop, Color::Red, 9)}});
+  EXPECT_EQ(toText(entry),
+            "entry 7 priority=0 parent 0a06080010001809120e080310011802200028003000380018017805"
+            "  # parent 5 egress flow cir=1 cbs=2 red=drop");
 }
 
 const std::string kHead = "filter-groups 1\n";
@@ -125,6 +147,12 @@ TEST(Text, ReadsWhatPeopleWrite) {
        "entry 1 priority=0 then permit deny\nentry 2 priority=0"},
       {"entry 1 priority=0 count 2=octets 1=1", "entry 1 priority=0 count 1=packets 2=octets"},
       {"entry 1 priority=0 police -", "entry 1 priority=0"},
+      {"entry 1 priority=0 police {id=4294967295 stage=none none}", "entry 1 priority=0"},
+      {"entry 1 priority=0 parent 120e080310011802200028003000380018017805",
+       "entry 1 priority=0 parent {id=5 stage=egress flow cir=1 cbs=2}"},
+      {"entry 1 priority=0 police {\tyellow=2:0x8 cir=0 red=drop cbs=7 flow stage=2 0=pcp:1 id=0x5 "
+       "}",
+       "entry 1 priority=0 police {id=5 stage=none flow cbs=7 yellow=dscp:8 red=drop red=pcp:1}"},
   };
   for (const auto& [text, usual] : same) {
     const ParsedGroups parsed = groupsFromText(kHead + group + text);
@@ -193,6 +221,28 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police 0g", "3:27 text-value"},
       {"entry 1 priority=0 parent", "3:26 text-syntax"},
       {"entry 1 priority=0 police ff", "3:1 policer-rewritten"},
+      {"entry 1 priority=0 police {id=5 # }", "3:27 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none none}parent 00", "3:49 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none none} 00", "3:50 text-syntax"},
+      {"entry 1 priority=0 police {}", "3:28 text-syntax"},
+      {"entry 1 priority=0 police {stage=none none}", "3:43 text-syntax"},
+      {"entry 1 priority=0 police {id=5 none }", "3:38 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none cir=1}", "3:49 text-syntax"},
+      {"entry 1 priority=0 police {id=5 pir=1 stage=none flow}", "3:33 text-syntax"},
+      {"entry 1 priority=0 police {id=5 cir=0 stage=none mode=9}", "3:33 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none trctm}", "3:44 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none mode=trctm}", "3:49 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=none flow trtcm}", "3:49 text-repeated"},
+      {"entry 1 priority=0 police {id=5 id=5 stage=none none}", "3:33 text-repeated"},
+      {"entry 1 priority=0 police {id=4294967296 stage=none none}", "3:31 text-value"},
+      {"entry 1 priority=0 police {id= stage=none none}", "3:31 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=inside none}", "3:39 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=none none blue=drop}", "3:49 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none none red}", "3:52 text-syntax"},
+      {"entry 1 priority=0 police {id=5 stage=none none red=dorp}", "3:53 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=none none red=drop:1}", "3:57 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=none none red=dscp}", "3:53 text-value"},
+      {"entry 1 priority=0 police {id=5 stage=none none red=dscp:256}", "3:53 text-value"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
       // A fault does not hide other faults, unless the group's stage or type cannot be read.
