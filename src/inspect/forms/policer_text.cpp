@@ -36,7 +36,6 @@ void appendRates(const PolicerFacts& facts, std::string* out) {
   for (std::size_t i = kFirstParameter; i < kPolicerKeys.size(); ++i) {
     if (facts.numbers[i] != 0) appendParameter(facts, i, out);
   }
-  appendActions(facts, out);
 }
 
 // "10 ingress trtcm"
@@ -180,12 +179,19 @@ std::string policerText(const PolicerFacts& facts) {
   appendName(*kPolicerKeys[kNumberStage].names, facts.numbers[kNumberStage], &text);
   appendMode(facts.numbers[kNumberMode], &text);
   appendRates(facts, &text);
+  appendActions(facts, &text);
   return text += '}';
 }
 
-std::string policerWords(const PolicerFacts& facts) {
+std::string policerRates(const PolicerFacts& facts) {
   std::string text = identityOf(facts);
   appendRates(facts, &text);
+  return text;
+}
+
+std::string policerWords(const PolicerFacts& facts) {
+  std::string text = policerRates(facts);
+  appendActions(facts, &text);
   return text;
 }
 

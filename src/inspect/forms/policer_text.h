@@ -16,7 +16,8 @@ namespace FiltersInspect {
 // "{id=10 stage=ingress trtcm cir=2000 red=drop yellow=dscp:8}"
 std::string policerText(const PolicerFacts& facts);
 
-// "10 ingress trtcm cir=2000 red=drop yellow=dscp:8"
+// "10 ingress trtcm cir=2000", and the same with the actions: "... red=drop yellow=dscp:8"
+std::string policerRates(const PolicerFacts& facts);
 std::string policerWords(const PolicerFacts& facts);
 // The difference of two policers: "10 ingress trtcm cir=2000 became cir=1000".
 std::string policerChange(const PolicerFacts& before, const PolicerFacts& after);
