@@ -98,6 +98,10 @@ FILTERS_API std::string toJson(const Report& report, Order order,
 FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order order,
                                std::string_view command);
 
+// The same document on one line, without the assumptions: for many answers in a row.
+FILTERS_API std::string toJsonLine(const std::vector<ReportInput>& inputs, Order order,
+                                   std::string_view command);
+
 // Reports what the rules of a group do to each other. The treatment of a packet is the actions, the
 // policer and the parent; counters and ids do not count. A finding is about the entry in `entry`;
 // `others` are other entries. If a packet can show the finding, `witness` is such a packet, and
@@ -183,8 +187,11 @@ struct Trace {
   // all of them treat the packet in this way. The text is empty if the treatment is undecided, or
   // if no entry takes the packet.
   std::string treatment;
+  // What each candidate does with the packet, in the order of `candidates`.
+  std::vector<std::string> treatments;
 };
-// For example "undecided: entry 10 or 60, or 1000", and "hit" or "miss: the field that missed".
+// For example "undecided: 50 takes it, unless 10, 11 or 30 does", and "hit" or "miss: the field
+// that missed".
 FILTERS_API std::string toText(const Trace& trace);
 FILTERS_API std::string toText(const Traced& traced);
 

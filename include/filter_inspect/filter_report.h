@@ -78,6 +78,11 @@ struct Finding {
   std::string before, after;
   std::string witness;  // a packet that shows what the finding says
   std::string message;  // one English sentence without its full stop
+  // A step of a plan: its kind, "insert" or "set-priority", and what it inserts or sets.
+  std::string step, value;
+  // A traced packet: what is done with it, and the unknown fields on which the answer depends.
+  std::string treatment;
+  std::vector<std::string> lacking;
 };
 
 // The number of findings for each severity.

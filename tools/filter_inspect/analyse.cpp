@@ -4,6 +4,7 @@
 #include "file_report.h"
 #include "output.h"
 #include "picture.h"
+#include "selection.h"
 
 namespace FilterInspectTool {
 
@@ -18,7 +19,10 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
   how.redundant = options.redundant;
-  how.max_findings = options.max_findings;
+  // Findings about other entries are dropped later, and must not take the place of these.
+  constexpr std::size_t kMostToChooseFrom = 100000;
+  how.max_findings = options.entries.empty() ? options.max_findings
+                                             : std::max(options.max_findings, kMostToChooseFrom);
   how.max_steps = options.max_steps;
   how.progress = console->progressOf("analysing", place);
   return how;
@@ -41,8 +45,10 @@ Exit runAnalyse(const Options& options, Console* console) {
   const Order order = orderOf(options);
   std::vector<ReportInput> documents;
   Picture picture(order);
+  Selection selection(options);
   bool found = false;
   forEachInput(options, {}, console, [&](Input& input) {
+    selection.choose(&input);
     tellLosses(input, console);
     FileReport all(options, input);
     std::size_t entries = 0;
@@ -50,6 +56,7 @@ Exit runAnalyse(const Options& options, Console* console) {
       if (!group.group) continue;
       Report report = analyse(*group.group, analysisOf(options, group.place, console));
       console->hideProgress();
+      selection.keep(&report);
       if (options.picture) picture.add(group.place, *group.group, report);
       all.add(group, std::move(report));
       entries += group.group->getEntriesRef().size();
@@ -58,7 +65,7 @@ Exit runAnalyse(const Options& options, Console* console) {
     found = found || document.report.worst() != Severity::kNote;
     documents.push_back(options.json ? std::move(document) : ReportInput());
   });
-  if (documents.empty()) return kExitTrouble;
+  if (documents.empty() || !selection.isThere(console)) return kExitTrouble;
   if (options.picture) writeTo(*options.picture, picture.take(), console);
   if (options.json) console->write(documents, order);
   return found ? kExitFound : kExitFine;

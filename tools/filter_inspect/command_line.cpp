@@ -91,6 +91,10 @@ void declareCommon(CLI::App* app, Options* options) {
   app->set_help_flag("-h,--help", "Show help for filter-inspect or for one command");
   app->set_version_flag("--version", kVersion);
   app->add_flag("--json", options->json, "Print JSON documents, also for errors");
+  app->add_flag("-q,--quiet", options->quiet,
+                "Print no results, only trouble; the exit status says the rest");
+  app->add_flag("-v,--verbose", options->verbose,
+                "Say also how each file was read, how many findings there are, and the time");
   declareChoice(app, "--color", &options->color, {"auto", "always", "never"}, "Colour the lines");
   declareChoice(app, "--framing", &options->framing, {"auto", "none", "be32", "varint"},
                 "The length before each group's bytes, or none");
@@ -137,6 +141,22 @@ void declareStageAndType(CLI::App* command, Options* options) {
                                                  "Use this type instead of each group's own");
 }
 
+void declareIds(CLI::App* command, const char* name, std::vector<std::uint32_t>* ids,
+                const std::string& about) {
+  const auto take = [name, ids](const std::vector<std::string>& words) {
+    for (const std::string& word : words) ids->push_back(numberFrom<std::uint32_t>(name, word));
+  };
+  command->add_option_function<std::vector<std::string>>(name, take, about)
+      ->allow_extra_args(false)
+      ->option_text("ID");
+}
+
+void declareSelection(CLI::App* command, Options* options, const std::string& aboutEntries) {
+  declareIds(command, "--group", &options->groups,
+             "Only groups with this id; may be given several times");
+  declareIds(command, "--entry", &options->entries, aboutEntries);
+}
+
 // --- What each command takes ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
@@ -148,6 +168,7 @@ void declareShow(CLI::App* command, Options* options) {
   declareNumber(command, "--width", &options->width,
                 "The letters in a line of the table, 0 for any number; without it, as wide as the "
                 "terminal");
+  declareSelection(command, options, "Only entries with this id; may be given several times");
 }
 
 void declareCheck(CLI::App* command, Options* options) {
@@ -167,6 +188,8 @@ void declareConvert(CLI::App* command, Options* options) {
 void declareDiff(CLI::App* command, Options* options) {
   declareFiles(command, options, 2, 2);
   declareOrder(command, options);
+  declareSelection(command, options,
+                   "Only what is said about entries with this id; the others still take packets");
 }
 
 void declarePlan(CLI::App* command, Options* options) {
@@ -179,6 +202,8 @@ void declarePlan(CLI::App* command, Options* options) {
 void declareAnalyse(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, kAnyNumber);
   declareOrder(command, options);
+  declareSelection(command, options,
+                   "Only findings about entries with this id; the others still take packets");
   command->add_flag("--overlaps", options->overlaps,
                     "Also report every pair that shares packets and treats them differently");
   command->add_flag_callback(
@@ -195,6 +220,8 @@ void declareAnalyse(CLI::App* command, Options* options) {
 void declareTrace(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, 1);
   declareOrder(command, options)->required();
+  declareSelection(command, options,
+                   "Only the lines of entries with this id; the others still take packets");
   command->add_option("--packet", options->packet, "One packet: 'src_ipv4=192.0.2.7 ttl=none ...'")
       ->take_last()
       ->option_text("PACKET");

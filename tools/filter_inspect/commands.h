@@ -18,6 +18,8 @@ enum Exit { kExitFine = 0, kExitFound = 1, kExitTrouble = 2 };
 struct Options {
   std::string command;
   bool json = false;
+  bool quiet = false;
+  bool verbose = false;
   std::string color = "auto";
   std::string framing = "auto";
   std::string from = "auto";
@@ -35,6 +37,7 @@ struct Options {
   std::string enumeration;
   std::string order;
   std::optional<std::size_t> width;
+  std::vector<std::uint32_t> groups, entries;  // the ids that are asked for; empty for all
   bool overlaps = false;
   bool redundant = true;
   std::optional<std::string> picture;

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -15,6 +16,8 @@
 
 namespace FilterInspectTool {
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kWrittenAtOnce = 64 << 10;
 
@@ -111,6 +114,7 @@ Console::Console(const Options* options)
     : options_(*options), shares_terminal_(::isatty(STDOUT_FILENO) != 0) {}
 
 void Console::write(std::string_view text) {
+  if (options_.quiet) return;
   if (shares_terminal_) hideProgress();
   results_ += text;
   if (results_.size() >= kWrittenAtOnce) flush();
@@ -123,6 +127,7 @@ std::string Console::painted(std::string_view text, Color color) const {
 }
 
 void Console::write(const std::string& file, const Report& report) {
+  findings_ += report.findings.size();
   for (const Finding& finding : report.findings) write(linesOf(STDOUT_FILENO, file, finding));
 }
 
@@ -172,13 +177,14 @@ void Console::systemTrouble(Code code, const std::string& file, int error) {
 }
 
 void Console::aside(const std::string& file, const Report& report) {
+  if (options_.quiet) return;
   if (options_.json) return keep(file, report);
   for (const Finding& finding : report.findings) say(linesOf(STDERR_FILENO, file, finding));
   if (report.left_out != 0) say(printable(file) + ": " + leftOutText(report) + '\n');
 }
 
 void Console::hint(const std::string& line) {
-  if (!options_.json) say("filter-inspect: " + printable(line) + '\n');
+  if (!options_.json && !options_.quiet) say("filter-inspect: " + printable(line) + '\n');
 }
 
 void Console::showProgress(const std::string& file) {
@@ -197,7 +203,6 @@ void Console::showProgress(const std::string& file) {
 std::function<void(std::size_t, std::size_t)> Console::progressOf(std::string_view doing,
                                                                   std::string_view place) {
   if (::isatty(STDERR_FILENO) == 0) return {};
-  using Clock = std::chrono::steady_clock;
   const std::string line =
       "\r" + std::string(doing) + ' ' + printable(std::string(place)).substr(0, 60) + " ... ";
   return [line, next = Clock::now() + std::chrono::seconds(1)](std::size_t done,
@@ -217,9 +222,17 @@ void Console::hideProgress() {
   progressShown = 0;
 }
 
+void Console::note(const std::string& line) {
+  if (options_.verbose) hint(line);
+}
+
 Exit Console::finish(Exit exit) {
   hideProgress();
   flush();
+  const std::chrono::duration<double> time = Clock::now() - begin_;
+  char seconds[32];
+  std::snprintf(seconds, sizeof seconds, "%.3f s", time.count());
+  note(counted(findings_, "finding") + ", " + seconds);
   if (!troubles_.empty()) {
     const std::string& command = options_.command;
     say(toJson(troubles_, command.empty() ? "usage" : command));

@@ -7,6 +7,7 @@
 #include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_report.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -82,6 +83,8 @@ class Console {
   void aside(const std::string& file, const Report& report);
   // Writes advice for people.
   void hint(const std::string& line);
+  // Writes a line that only --verbose asks for.
+  void note(const std::string& line);
 
   // Shows a line on a terminal while reading a file takes longer than a second.
   void showProgress(const std::string& file);
@@ -103,6 +106,8 @@ class Console {
   const bool shares_terminal_;  // true if results go to the terminal of the progress line
   std::string results_;         // not yet written
   std::vector<ReportInput> troubles_;
+  const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  std::size_t findings_ = 0;  // the number of findings that were written
   bool failed_ = false;
   bool closed_ = false;  // true if standard output accepts no more
 };

@@ -1,4 +1,5 @@
 #include <filter_inspect/filter_text.h>
+#include <unistd.h>
 
 #include "input.h"
 #include "output.h"
@@ -25,6 +26,11 @@ const char* whyNotBytes(std::size_t groups, const std::string& framing) {
 }  // namespace
 
 Exit runConvert(const Options& options, Console* console) {
+  if (options.to == "bytes" && options.output == "-" && ::isatty(STDOUT_FILENO) != 0) {
+    console->trouble(Code::kUsage, "--to=bytes",
+                     "bytes are not written to a terminal; use -o FILE or a pipe");
+    return kExitTrouble;
+  }
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
   const Input& input = inputs->front();

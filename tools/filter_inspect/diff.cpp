@@ -10,6 +10,7 @@
 #include "analysis.h"
 #include "changed_line.h"
 #include "file_report.h"
+#include "selection.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -129,10 +130,12 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
 }
 
 // Reports the packets that are treated differently, with one packet for each pair of rules.
-Report compareTreatment(const Pair& pair, const Options& options, Console* console) {
+Report compareTreatment(const Pair& pair, const Options& options, const Selection& selection,
+                        Console* console) {
   Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group,
                                                    analysisOf(options, pair.a->place, console));
   console->hideProgress();
+  selection.keep(&report);
   return report;
 }
 
@@ -174,6 +177,10 @@ Report stepsOf(const Plan& plan, const FiltersGroup& to) {
   for (const Step& step : plan.steps) {
     Finding& finding = report.findings.emplace_back(findingOf(Code::kPlanStep, toText(step, to)));
     finding.group = to.getId();
+    // A line of a plan is the kind of the step, and what it is about.
+    const std::size_t end = finding.message.find(' ');
+    finding.step = finding.message.substr(0, end);
+    if (step.kind != Step::Kind::kRemove) finding.value = finding.message.substr(end + 1);
     if (step.kind != Step::Kind::kInsert && step.kind != Step::Kind::kRemove) continue;
     finding.subject = Subject::kEntry;
     finding.entry = step.entry;
@@ -194,20 +201,24 @@ Plan planOf(const Pair& pair, PlanOrder order) {
 }  // namespace
 
 Exit runDiff(const Options& options, Console* console) {
-  const auto inputs = readWholeInputs(options, console);
+  auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
+  Selection selection(options);
+  for (Input& input : *inputs) selection.choose(&input);
+  if (!selection.isThere(console)) return kExitTrouble;
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
   FileReport treatment(options, inputs->at(0));  // its entries are those of the first file
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
+    selection.keep(&report);
     differ = differ || !report.empty();
     if (!options.json) print(pair, files, report, console);
     pair.locate(*inputs, &report);
     document.add(pair.toldOf(), std::move(report));
     if (!options.order.empty() && pair.a != nullptr && pair.b != nullptr)
-      treatment.add(*pair.a, compareTreatment(pair, options, console));
+      treatment.add(*pair.a, compareTreatment(pair, options, selection, console));
   }
   Report treated = treatment.take();
   if (options.json) {

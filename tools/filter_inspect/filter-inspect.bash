@@ -7,14 +7,14 @@ _filter_inspect() {
   # begin generated
   local commands="show check convert diff plan analyse trace capabilities names"
   local -A options=(
-    [any]="--help --version --json --color= --framing= --from= --max-bytes= --max-findings= --max-groups="
-    [show]="--as= --order= --width="
+    [any]="--help --version --json --quiet --verbose --color= --framing= --from= --max-bytes= --max-findings= --max-groups="
+    [show]="--as= --order= --width= --group= --entry="
     [check]="--stage= --type="
     [convert]="--to= --output="
-    [diff]="--order="
+    [diff]="--order= --group= --entry="
     [plan]="--remove-first"
-    [analyse]="--order= --overlaps --no-redundant --max-steps= --svg="
-    [trace]="--order= --packet= --packets="
+    [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg="
+    [trace]="--order= --group= --entry= --packet= --packets="
     [capabilities]="--stage= --type="
   )
   local -A values=(
@@ -27,6 +27,8 @@ _filter_inspect() {
     [--as]="table text json dump"
     [--order]="unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id"
     [--width]="N"
+    [--group]="ID"
+    [--entry]="ID"
     [--stage]="none lookup ingress egress"
     [--type]="none 1 2 3 4 5 6 7 8 9 10 11"
     [--to]="text json bytes"

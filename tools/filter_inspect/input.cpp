@@ -210,12 +210,13 @@ class Reader {
     console_.aside(input_.file, report);
   }
 
-  // A file that was cut off while it was written looks like one group without a length.
+  // A file that was cut off while it was written looks like one group without a length. No group
+  // begins with a zero byte, but lengths do.
   void hintAtFrames() {
     std::string_view rest = input_.content;
     std::uint64_t length = 0;
     if (options_.framing == "auto" && input_.isBroken() && takeLength(false, &rest, &length) &&
-        length != 0 && length <= rest.size()) {
+        length != 0 && (length <= rest.size() || input_.content[0] == '\0')) {
       console_.hint(input_.file + ": it begins as one with lengths; --framing=be32 reads it so");
     }
   }
@@ -226,6 +227,15 @@ class Reader {
   Input& input_;
   FiltersInspect::LimitedReport report_;
 };
+
+// "g.bin: 1500 bytes, read as bytes with the framing be32: 2 groups"
+std::string aboutReading(const Input& input) {
+  std::string how = "text";
+  if (input.form == FileForm::kJson) how = "JSON";
+  if (input.form == FileForm::kBytes) how = "bytes with the framing " + input.framing;
+  return input.file + ": " + counted(input.content.size(), "byte") + ", read as " + how + ": " +
+         counted(input.groups.size(), "group");
+}
 
 std::optional<Input> readInput(const std::string& file, const Options& options,
                                const Wanted& wanted, Console* console) {
@@ -251,6 +261,7 @@ std::optional<Input> readInput(const std::string& file, const Options& options,
   }
   input.report = reader.takeReport();
   console->hideProgress();
+  console->note(aboutReading(input));
   return input;
 }
 
@@ -308,7 +319,10 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 void tellLosses(const Input& input, Console* console) {
   bool isTold = false;  // whether some broken group has its reason
   for (const Finding& finding : input.report.findings) {
-    if (input.groups[*finding.group_number - 1].is_broken) {
+    const auto group =
+        std::find_if(input.groups.begin(), input.groups.end(),
+                     [&](const InputGroup& one) { return one.number == *finding.group_number; });
+    if (group->is_broken) {
       console->trouble(input.file, finding);
       isTold = true;
     } else {

@@ -9,9 +9,10 @@
 
 int main(int argc, char** argv) {
   using namespace FilterInspectTool;
-  // Ignore SIGPIPE: a closed pipe becomes a failed write, reported as exit 2.
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);  // the same for a file that may not grow any more
+  // A closed pipe ends the program silently, even if its caller ignores the signal.
+  std::signal(SIGPIPE, SIG_DFL);
+  // A file that may not grow any more becomes a failed write, reported as exit 2.
+  std::signal(SIGXFSZ, SIG_IGN);
   Options options;
   Console console(&options);
   Exit exit = kExitFine;

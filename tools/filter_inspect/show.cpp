@@ -5,6 +5,7 @@
 
 #include "analysis.h"
 #include "input.h"
+#include "selection.h"
 #include "table.h"
 
 namespace FilterInspectTool {
@@ -63,12 +64,30 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   }
 }
 
+// Takes everything out of the inputs that is not asked for. Returns false if an id is not there.
+bool choose(const Options& options, std::vector<Input>* inputs, Console* console) {
+  Selection selection(options);
+  for (Input& input : *inputs) {
+    selection.choose(&input);
+    for (InputGroup& group : input.groups) {
+      if (!group.group || options.entries.empty()) continue;
+      std::vector<FiltersCommon::filtersEntryId_t> others;
+      for (const auto& [id, entry] : group.group->getEntriesRef()) {
+        if (!selection.has(id)) others.push_back(id);
+      }
+      for (const auto id : others) static_cast<void>(group.group->removeEntry(id));
+    }
+    selection.keep(&input.report);
+  }
+  return selection.isThere(console);
+}
+
 }  // namespace
 
 Exit runShow(const Options& options, Console* console) {
-  const std::vector<Input> inputs = readInputs(options, console);
+  std::vector<Input> inputs = readInputs(options, console);
   const std::string as = !options.as.empty() ? options.as : options.json ? "json" : "table";
-  if (inputs.empty()) return kExitTrouble;
+  if (inputs.empty() || !choose(options, &inputs, console)) return kExitTrouble;
   if (as == "json") {
     console->write(FiltersInspect::toJson(groupsOf(inputs)));
   } else if (as == "table") {

@@ -3,6 +3,7 @@
 #include "analysis.h"
 #include "input.h"
 #include "input_file.h"
+#include "selection.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -58,8 +59,8 @@ class Lines {
 // Traces packets through the groups of a file.
 class Packets {
  public:
-  Packets(const Options& options, const Input& input, Console* console)
-      : options_(options), input_(input), console_(*console) {
+  Packets(const Options& options, const Input& input, const Selection& selection, Console* console)
+      : options_(options), input_(input), console_(*console), selection_(selection) {
     for (const InputGroup& group : input.groups) {
       if (group.group) prepared_.push_back({&group, Tracer(*group.group, orderOf(options))});
     }
@@ -76,16 +77,24 @@ class Packets {
     }
     untold_.append(std::move(faults));
     if (!packet) return;
+    const std::string itsPlace = place + ':' + std::to_string(line);
+    Report all;
     for (const Prepared& one : prepared_) {
-      show(one.tracer.trace(*packet), *packet, *one.group, place + ':' + std::to_string(line));
+      const Trace traced = one.tracer.trace(*packet);
+      is_decided_ = is_decided_ && traced.outcome != Hit::kUndecided;
+      Finding whole = findingAbout(traced, *packet, *one.group);
+      if (options_.json) {
+        keep(traced, *one.group, std::move(whole), &all);
+      } else {
+        show(traced, whole, itsPlace);
+      }
     }
+    if (options_.json) write(std::move(all), itsPlace);
   }
 
   // `place` is the source of all packets.
   Exit finish(const std::string& place) {
     console_.aside(place, untold_);
-    if (options_.json)
-      console_.write({{input_.file, input_.groups.size(), report_.take()}}, orderOf(options_));
     return is_decided_ ? kExitFine : kExitFound;
   }
  private:
@@ -95,55 +104,93 @@ class Packets {
   };
 
   bool isAlone() const { return !options_.packets; }
+  // The lines about entries are too many for each packet of a file.
+  bool hasLine(const Traced& one) const {
+    return selection_.has(one.entry) && (isAlone() || !options_.entries.empty());
+  }
 
-  void show(Trace traced, const Packet& packet, const InputGroup& group, const std::string& place) {
-    if (!isAlone()) traced.entries.clear();
-    const bool isDecided = traced.outcome != Hit::kUndecided;
-    is_decided_ = is_decided_ && isDecided;
-    const std::string outcome = toText(traced);
-    Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, outcome);
-    whole.entry = traced.entry;
-    input_.locate(group, &whole);
-    if (options_.json) {
-      whole.others = traced.candidates;
-      whole.after = nameOf(traced.outcome);
-      whole.witness = packet.toText();
-      if (!isAlone()) whole.path = place;
-      return keep(std::move(whole), traced, group);
-    }
+  // Writes the answer about a packet and a group.
+  void show(const Trace& traced, const Finding& whole, const std::string& place) {
     console_.writeLine((isAlone() ? "" : printable(place) + ": ") +
-                           printable(placeOf(input_.file, whole)) + ": " + outcome,
-                       isDecided ? Color::kNone : Color::kWarning);
+                           printable(placeOf(input_.file, whole)) + ": " + whole.message,
+                       traced.outcome == Hit::kUndecided ? Color::kWarning : Color::kNone);
     for (const Traced& one : traced.entries) {
-      console_.writeLine("  " + std::to_string(one.entry) + ' ' + toText(one));
+      if (!hasLine(one)) continue;
+      const std::string then = treatmentOf(traced, one);
+      const bool isBeaten = traced.entry && traced.entry != one.entry && one.hit == Hit::kHit;
+      console_.writeLine(
+          "  " + std::to_string(one.entry) + ' ' + toText(one) +
+          (then.empty() ? "" : " (" + then + ')') +
+          (isBeaten ? ", but " + std::to_string(*traced.entry) + " comes first" : ""));
     }
   }
 
-  // Adds a finding about the packet. If it is the only packet, also adds a finding about each
-  // entry.
-  void keep(Finding&& whole, const Trace& traced, const InputGroup& group) {
-    add(std::move(whole));
+  Finding findingAbout(const Trace& traced, const Packet& packet, const InputGroup& group) const {
+    const bool isDecided = traced.outcome != Hit::kUndecided;
+    Finding whole = findingOf(isDecided ? Code::kTraced : Code::kTraceUndecided, toText(traced));
+    whole.entry = traced.entry;
+    whole.others = traced.candidates;
+    whole.after = nameOf(traced.outcome);
+    whole.witness = packet.toText();
+    whole.treatment = traced.treatment;
+    if (!isDecided) whole.lacking = lackingOf(traced);
+    input_.locate(group, &whole);
+    return whole;
+  }
+
+  // What an entry that may take the packet does with it. If all of them do the same, the answer
+  // says so.
+  static std::string treatmentOf(const Trace& traced, const Traced& one) {
+    const auto at = std::find(traced.candidates.begin(), traced.candidates.end(), one.entry);
+    if (at == traced.candidates.end() || !traced.treatment.empty()) return {};
+    return traced.treatments[static_cast<std::size_t>(at - traced.candidates.begin())];
+  }
+
+  // The unknown fields on which the candidates depend.
+  static std::vector<std::string> lackingOf(const Trace& traced) {
+    std::vector<std::string> all;
+    auto candidate = traced.candidates.begin();  // in the order of the entries
     for (const Traced& one : traced.entries) {
-      Finding finding = findingOf(Code::kTracedEntry, toText(one));
+      if (candidate == traced.candidates.end() || one.entry != *candidate) continue;
+      ++candidate;
+      for (const std::string& field : one.lacking) {
+        if (std::find(all.begin(), all.end(), field) == all.end()) all.push_back(field);
+      }
+    }
+    return all;
+  }
+
+  // Writes a document about a packet: one line for each packet of a file.
+  void write(Report&& all, const std::string& place) {
+    if (isAlone()) {
+      return console_.write({{input_.file, input_.groups.size(), std::move(all)}},
+                            orderOf(options_));
+    }
+    for (Finding& finding : all.findings) finding.path = place;
+    console_.write(toJsonLine({{input_.file, input_.groups.size(), std::move(all)}},
+                              orderOf(options_), options_.command));
+  }
+
+  // Adds a finding about the packet, and a finding about each entry that has a line.
+  void keep(const Trace& traced, const InputGroup& group, Finding&& whole, Report* all) const {
+    all->findings.push_back(std::move(whole));
+    for (const Traced& one : traced.entries) {
+      if (!hasLine(one)) continue;
+      Finding& finding = all->findings.emplace_back(findingOf(Code::kTracedEntry, toText(one)));
       finding.subject = Subject::kEntry;
       finding.entry = one.entry;
       finding.after = nameOf(one.hit);
+      finding.lacking = one.lacking;
+      finding.treatment = treatmentOf(traced, one);
       input_.locate(group, &finding);
-      add(std::move(finding));
     }
-  }
-
-  void add(Finding&& finding) {
-    Report one;
-    one.findings.push_back(std::move(finding));
-    report_.append(std::move(one));
   }
 
   const Options& options_;
   const Input& input_;
   Console& console_;
+  const Selection& selection_;
   std::vector<Prepared> prepared_;
-  FiltersInspect::LimitedReport report_{options_.max_findings};
   // Even if no findings are wanted, one finding is kept, to say what cannot be read.
   std::size_t room_ = std::max(options_.max_findings, std::size_t{1});
   Report untold_;
@@ -186,10 +233,13 @@ Exit runTrace(const Options& options, Console* console) {
     console->trouble(Code::kUsage, "-", "standard input is read once");
     return kExitTrouble;
   }
-  const std::vector<Input> inputs = readInputs(options, console);
+  std::vector<Input> inputs = readInputs(options, console);
   if (inputs.empty()) return kExitTrouble;
+  Selection selection(options);
+  selection.choose(&inputs.front());
+  if (!selection.isThere(console)) return kExitTrouble;
   tellLosses(inputs.front(), console);
-  Packets packets(options, inputs.front(), console);
+  Packets packets(options, inputs.front(), selection, console);
   if (options.packet) {
     packets.trace(*options.packet, kPacketPlace, 1);
     return packets.finish(kPacketPlace);

@@ -36,9 +36,14 @@ std::string toJson(const Report& report, Order order, std::string_view command,
 }
 
 std::string toJson(const std::vector<ReportInput>& inputs, Order order, std::string_view command) {
-  // The document keeps the short name "id", which is older than the orders with two keys.
-  const ReportBasis basis = {order == Order::kAscendingId ? "id" : nameOf(order), assumptions()};
+  const ReportBasis basis = {nameOf(order), assumptions()};
   return reportJson(inputs, command, &basis);
+}
+
+std::string toJsonLine(const std::vector<ReportInput>& inputs, Order order,
+                       std::string_view command) {
+  const ReportBasis basis = {nameOf(order), assumptions()};
+  return reportJson(inputs, command, &basis, true);
 }
 
 }  // namespace FiltersInspect

@@ -150,7 +150,10 @@ void settle(const std::vector<const PreparedEntry*>& entries,
     return;
   }
   trace->outcome = Hit::kUndecided;
-  for (const PreparedEntry* entry : entries) trace->candidates.push_back(entry->id);
+  for (const PreparedEntry* entry : entries) {
+    trace->candidates.push_back(entry->id);
+    trace->treatments.push_back(treatments[entry->treatment]);
+  }
 }
 
 }  // namespace
@@ -214,16 +217,42 @@ std::string_view nameOf(Hit hit) {
   return {};
 }
 
+namespace {
+
+// "10, 11 or 30"
+std::string listed(const std::vector<filtersEntryId_t>& ids) {
+  std::string list;
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    list += (i == 0 ? "" : i + 1 == ids.size() ? " or " : ", ") + std::to_string(ids[i]);
+  }
+  return list;
+}
+
+// Which candidate takes the packet: one that surely matches, unless one of the others does.
+std::string candidatesText(const Trace& trace) {
+  std::vector<filtersEntryId_t> sure, others;
+  auto traced = trace.entries.begin();  // the candidates are in the order of the entries
+  for (const filtersEntryId_t id : trace.candidates) {
+    traced = std::find_if(traced, trace.entries.end(),
+                          [id](const Traced& one) { return one.entry == id; });
+    const bool isSure = traced != trace.entries.end() && traced->hit == Hit::kHit;
+    (isSure ? sure : others).push_back(id);
+  }
+  std::string text = trace.may_be_none ? "no entry" : sure.empty() ? listed(others) : listed(sure);
+  text += " takes it";
+  if (sure.size() > 1) text += " (nothing says which comes first)";
+  if (others.empty() || (sure.empty() && !trace.may_be_none)) return text;
+  return text + ", unless " + listed(others) + " does";
+}
+
+}  // namespace
+
 std::string toText(const Trace& trace) {
   std::string text(nameOf(trace.outcome));
   if (trace.entry) text += ": entry " + std::to_string(*trace.entry);
   const std::size_t count = trace.candidates.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const bool last = count > 2 && i + 1 == count && !trace.may_be_none;
-    text += i == 0 ? (trace.at_most ? ": at most entry " : ": entry ") : last ? ", or " : " or ";
-    text += std::to_string(trace.candidates[i]);
-  }
-  if (trace.may_be_none) text += ", or none";
+  if (count != 0) text += ": " + candidatesText(trace);
+  if (trace.at_most) text += "; some of them may be impossible";
   if (!trace.treatment.empty()) {
     text += (count == 0 ? " (" : count == 2 ? " (both: " : " (all: ") + trace.treatment + ')';
   }

@@ -68,6 +68,7 @@ void JsonWriter::begin() {
 }
 
 void JsonWriter::startLine() {
+  if (is_line_) return;
   text_ += '\n';
   text_.append(2 * depth_, ' ');
 }

@@ -14,6 +14,9 @@ namespace FiltersInspect {
 
 class JsonWriter {
  public:
+  // Writes either an indented text or a single line.
+  explicit JsonWriter(bool isLine = false) : is_line_(isLine) {}
+
   // Begins or ends an object or an array: '{' and '}', '[' and ']'.
   void open(char bracket);
   void close(char bracket);
@@ -35,6 +38,7 @@ class JsonWriter {
   std::size_t depth_ = 0;
   bool first_ = true;  // of the innermost bracket
   bool keyed_ = false;
+  const bool is_line_;
 };
 
 }  // namespace FiltersInspect

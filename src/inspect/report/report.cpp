@@ -149,6 +149,17 @@ void write(const Finding& finding, JsonWriter* json) {
         std::pair("witness", &finding.witness)}) {
     if (!text->empty()) write(key, std::string_view(*text), json);
   }
+  for (const auto& [key, text] :
+       {std::pair("step", &finding.step), std::pair("value", &finding.value),
+        std::pair("treatment", &finding.treatment)}) {
+    if (!text->empty()) write(key, std::string_view(*text), json);
+  }
+  if (!finding.lacking.empty()) {
+    json->key("lacking");
+    json->open('[');
+    for (const std::string& field : finding.lacking) json->value(field);
+    json->close(']');
+  }
   write("message", std::string_view(finding.message), json);
   json->close('}');
 }
@@ -370,18 +381,20 @@ std::ostream& operator<<(std::ostream& os, const Report& report) {
 }
 
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
-                       const ReportBasis* basis) {
-  JsonWriter json;
+                       const ReportBasis* basis, bool isLine) {
+  JsonWriter json(isLine);
   json.open('{');
   write("format", std::string_view("filter-report"), &json);
   write("version", std::uint64_t{1}, &json);
   write("command", command, &json);
   if (basis != nullptr) {
     write("order", basis->order, &json);
-    json.key("assumptions");
-    json.open('[');
-    for (std::string_view assumption : basis->assumptions) json.value(assumption);
-    json.close(']');
+    if (!isLine) {
+      json.key("assumptions");
+      json.open('[');
+      for (std::string_view assumption : basis->assumptions) json.value(assumption);
+      json.close(']');
+    }
   }
   json.key("inputs");
   json.open('[');

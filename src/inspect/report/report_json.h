@@ -15,9 +15,10 @@ struct ReportBasis {
   const std::vector<std::string_view>& assumptions;
 };
 
-// The JSON document of reports. `basis` is null for reports that are no analysis.
+// The JSON document of reports. `basis` is null for reports that are no analysis. A document on one
+// line leaves out the assumptions, which are the same in all of many lines.
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
-                       const ReportBasis* basis);
+                       const ReportBasis* basis, bool isLine = false);
 
 }  // namespace FiltersInspect
 

@@ -55,23 +55,23 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   }
   const Order order = Order::kHighestPriority;
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 ttl=64", order),
-            "undecided: entry 10 or 1000 (both: no action)\n"
+            "undecided: 1000 takes it, unless 10 does (both: no action)\n"
             "  10 undecided: dst_l4_port is not told\n"
             "  50 miss: ttl\n"
             "  1000 hit\n");
   EXPECT_EQ(traced(group, "src_ipv4=0.0.0.7 dst_l4_port=80", order),
-            "undecided: entry 10 or 50, or 1000 (all: no action)\n"
+            "undecided: 1000 takes it, unless 10 or 50 does (all: no action)\n"
             "  10 undecided: dst_l4_port: its mask of 0 may mean that value alone\n"
             "  50 undecided: ttl is not told\n"
             "  1000 hit\n");
   EXPECT_EQ(traced(group, "dst_l4_port=80", order),
-            "undecided: entry 10 or 50, or 1000 (all: no action)\n"
+            "undecided: 1000 takes it, unless 10 or 50 does (all: no action)\n"
             "  10 undecided: dst_l4_port: its mask of 0 may mean that value alone; src_ipv4 is not "
             "told\n"
             "  50 undecided: ttl is not told\n"
             "  1000 hit\n");
   EXPECT_EQ(traced(group, "ttl=64", order),
-            "undecided: entry 10 or 1000 (both: no action)\n"
+            "undecided: 1000 takes it, unless 10 does (both: no action)\n"
             "  10 undecided: dst_l4_port, src_ipv4 are not told\n"
             "  50 miss: ttl\n"
             "  1000 hit\n");
@@ -80,8 +80,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", order).substr(0, 16), "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", Order::kUnspecified).substr(0, 16),
             "hit: entry 1000 ");
-  EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 28),
-            "undecided: entry 50 or 1000 ");
+  EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 72),
+            "undecided: 50 or 1000 takes it (nothing says which comes first) (both: no");
   // An entry is no candidate if earlier entries surely take all its packets. The device reads equal
   // matches in the same way.
   const ParsedGroups halves = groupsFromText(
@@ -93,11 +93,11 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   ASSERT_EQ(halves.groups.size(), 1U) << halves.report;
   const std::string undecided = traced(halves.groups[0], "tos=9", order);
   EXPECT_EQ(undecided.substr(0, undecided.find('\n')),
-            "undecided: entry 10 or 20, or 40 (all: permit)");
+            "undecided: 40 takes it, unless 10 or 20 does (all: permit)");
   EXPECT_EQ(traced(FiltersGroup(1), "", order), "miss\n");
   ASSERT_EQ(group.removeEntry(1000), FILTERS_OK);
-  EXPECT_EQ(traced(group, "src_ipv4=0.0.0.1", order).substr(0, 29),
-            "undecided: entry 50, or none\n");
+  EXPECT_EQ(traced(group, "src_ipv4=0.0.0.1", order).substr(0, 45),
+            "undecided: no entry takes it, unless 50 does\n");
 }
 
 // If excluding entries takes too many steps, the trace names all entries that may take the packet.
@@ -112,8 +112,8 @@ TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   ASSERT_EQ(parsed.groups.size(), 1U) << parsed.report;
   const std::string said = traced(parsed.groups[0], "", Order::kHighestPriority);
   const std::string line = said.substr(0, said.find('\n'));
-  EXPECT_EQ(line.substr(0, 36), "undecided: at most entry 0 or 1 or 2");
-  EXPECT_EQ(line.substr(line.size() - 21), "2998 or 2999, or none");
+  EXPECT_EQ(line.substr(0, 45), "undecided: no entry takes it, unless 0, 1, 2,");
+  EXPECT_EQ(line.substr(line.size() - 49), "2998 or 2999 does; some of them may be impossible");
 }
 
 // A packet writes the same text from which it was read.

@@ -260,7 +260,7 @@ static void analyse(void) {
       {FILTERS_ORDER_UNSPECIFIED, "entries-overlap", "\"order\": \"unspecified\""},
       {FILTERS_ORDER_HIGHEST_PRIORITY, "entry-unreachable", "\"order\": \"highest-priority\""},
       {FILTERS_ORDER_LOWEST_PRIORITY, NULL, "\"order\": \"lowest-priority\""},
-      {FILTERS_ORDER_ASCENDING_ID, "entry-unreachable", "\"order\": \"id\""},
+      {FILTERS_ORDER_ASCENDING_ID, "entry-unreachable", "\"order\": \"ascending-id\""},
       {FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID, NULL,
        "\"order\": \"lowest-priority,descending-id\""},
   };
