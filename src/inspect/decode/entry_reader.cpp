@@ -9,7 +9,6 @@
 
 #include "catalogue/class_rows.h"
 #include "catalogue/name_or_number.h"
-#include "forms/policer_text.h"
 
 namespace FiltersInspect {
 
@@ -230,17 +229,15 @@ void EntryReader::noteOrder(std::uint32_t next, const MessagePart& part) {
 
 void EntryReader::notePolicer(const std::string& in, Subject subject, int field,
                               const MessagePart& part) {
-  const policer::Policer policer(in);
-  const std::string out = policer.Serialize();
+  const std::string out = policer::Policer(in).Serialize();
   if (in == out) return;
   about(subject);
   Finding* finding = findings_->add(Code::kPolicerRewritten, entry_check_.partOf(field, part));
   if (finding == nullptr) return;
   finding->before = shownBytes(in);
   finding->after = shownBytes(out);
-  if (out != defaultPolicer()) {
-    finding->message = "it is read as " + policerWords(factsOf(policer)) +
-                       ", which the policer library writes in other bytes";
+  if (out != policer::Policer().Serialize()) {
+    finding->message = "it is read, but the policer library writes it in other bytes";
     return;
   }
   finding->message = in.empty() ? "it has no bytes: the default one is taken, which "
