@@ -100,12 +100,16 @@ function(filter_common_install libdir docdir prefix)
   if(TARGET filter-inspect)
     set(tool COMPONENT filter_common_${prefix}tool ${ARGN})
     install(TARGETS filter-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ${tool})
-    install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man1 ${tool})
+    install(FILES ${command_manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man1 ${tool})
+    install(FILES ${form_manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man5 ${tool})
+    install(DIRECTORY examples/rules/
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/filter-inspect/examples ${tool})
     install(FILES tools/filter_inspect/filter-inspect.bash RENAME filter-inspect
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions ${tool})
   endif()
 endfunction()
 
-set(manual tools/filter_inspect/filter-inspect.1)
+set(command_manual tools/filter_inspect/filter-inspect.1)
+set(form_manual tools/filter_inspect/filter-groups.5)
 
 filter_common_install(${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_DATADIR}/doc/filter_common "")

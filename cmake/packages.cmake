@@ -41,7 +41,8 @@ if(FILTER_COMMON_BUILD_DOCS)
   install(DIRECTORY ${book} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${documentation_package}
           COMPONENT filter_common_package_documentation EXCLUDE_FROM_ALL)
 endif()
-set(manual ${PROJECT_BINARY_DIR}/filter-inspect.1.gz)
+set(command_manual ${PROJECT_BINARY_DIR}/filter-inspect.1.gz)
+set(form_manual ${PROJECT_BINARY_DIR}/filter-groups.5.gz)
 filter_common_install(
   lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_INSTALL_DATADIR}/doc/${development_package} package_
   EXCLUDE_FROM_ALL)
@@ -55,8 +56,9 @@ set(FILTER_COMMON_CONTACT "nobody named by the packager <root@localhost>" CACHE 
 configure_file(packaging/debian/changelog.in packaging/changelog @ONLY)
 set(changelog_sources ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_BINARY_DIR}/packaging/changelog)
 set(changelogs changelog.gz changelog.Debian.gz)
-set(packed_sources ${changelog_sources} ${PROJECT_SOURCE_DIR}/tools/filter_inspect/filter-inspect.1)
-set(packed_files ${changelogs} filter-inspect.1.gz)
+set(manuals ${PROJECT_SOURCE_DIR}/tools/filter_inspect)
+set(packed_sources ${changelog_sources} ${manuals}/filter-inspect.1 ${manuals}/filter-groups.5)
+set(packed_files ${changelogs} filter-inspect.1.gz filter-groups.5.gz)
 foreach(source packed IN ZIP_LISTS packed_sources packed_files)
   add_custom_command(
     OUTPUT ${packed}

@@ -21,6 +21,7 @@ if grep -q '^FILTER_COMMON_BUILD_INSPECT:BOOL=ON' "$build/CMakeCache.txt"; then
 fi
 if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   (cd "$prefix" && ls bin/filter-inspect share/man/man1/filter-inspect.1 \
+    share/man/man5/filter-groups.5 share/doc/filter-inspect/examples/edge.txt \
     share/bash-completion/completions/filter-inspect)
 fi
 
