@@ -44,7 +44,8 @@ def admitted_by(row, head):
 
 
 matches, actions, types, *_ = tables(read("docs/capabilities.md"))
-examples = {row[0]: row[1] for table in tables(read("docs/text-format.md")) for row in table if len(row) > 1}
+values = [table for table in tables(read("docs/text-format.md")) if table[0][0] in ("match", "action")]
+examples = {row[0]: row[1] for table in values for row in table}
 
 for kind, table, what, where in (("matches", matches, "match", "types"), ("actions", actions, "action", "stages")):
     print(f"\n| {what} | meaning | example | {where} that admit it |\n| --- | --- | --- | --- |")

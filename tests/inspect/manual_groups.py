@@ -33,8 +33,12 @@ def rows_of(table):
     return [[cell.strip() for cell in line.strip("|").split(" | ")] for line in table.splitlines()[2:]]
 
 
+def print_item(word, *about):
+    print(".TP\n" + roff(word) + "\n" + roff(" ".join(about)))
+
+
 def print_text(text):
-    """Paragraphs, lists, examples and headings; tables are left out."""
+    """Paragraphs, lists, tables, examples and headings."""
     for part in re.split(r"\n\n+", text.strip("\n")):
         if part.startswith("    "):
             print(".IP\n.EX\n" + re.sub(r"(?m)^    ", "", part).replace("\\", "\\e").replace("-", "\\-") + "\n.EE")
@@ -43,20 +47,22 @@ def print_text(text):
                 print(".IP \\(bu 2\n" + roff(item))
         elif part.startswith("#"):
             print(".SS " + roff(part.lstrip("# ")))
-        elif not part.startswith(("|", "```", "These tables")):
+        elif part.startswith("|"):
+            for row in rows_of(part):
+                print_item(*row)
+        elif not part.startswith(("```", "These tables")):
             print(".PP\n" + roff(part))
 
 
-def print_words(title, tables):
-    """A list of the words of a table: an example, its meaning, its values, and who admits it."""
+def print_words(title, rows):
     print(".SH " + title.upper())
-    for example, *about in tables:
-        print(".TP\n" + roff(example) + "\n" + roff(" ".join(about)))
+    for row in rows:
+        print_item(*row)
 
 
 form, words, findings = page("text-format"), page("vocabulary"), page("findings")
-tables = re.findall(r"(?:^\|.*\n)+", form, re.M)
-values = {row[0]: row[2] for table in tables for row in rows_of(table) if len(row) == 3}
+tables = re.findall(r"(?:^\|.*\n)+", section(form, "Values"), re.M)
+values = {row[0]: row[2] for table in tables[:2] for row in rows_of(table)}
 known = [rows_of(table) for table in re.findall(r"(?:^\|.*\n)+", words, re.M)]
 
 
@@ -70,16 +76,16 @@ print('.\\" Made by tests/inspect/manual_groups.py from docs/; the target `renew
 print(".TH FILTER\\-GROUPS 5 2026\\-11\\-22 filter_common\n.SH NAME")
 print("filter\\-groups \\- rules of packet filters as text\n.SH DESCRIPTION")
 print_text(form[form.index("\n\n") : form.index("\n## Values")])
-print_text(section(form, "Values"))
+print_text(re.sub(r"(?m)^\|.*\n", "", section(form, "Values")))
 print_words("Matches", [of("Types", row) for row in known[0]])
 print_words("Actions", [of("Stages", row) for row in known[1]])
+print_words("Packet fields", [[name, f"Tested by {matches}. Packets that have it: {packets}."]
+                              for name, matches, packets in rows_of(tables[2])])
 print_words("Stages", [[name, meaning, f"Types: {types}."] for name, meaning, types in known[2]])
 print_words("Types", [[name, f"Its rules may test {tests}."] for name, tests in known[3]])
 print(".SH OTHER WORDS")
 for title in ("Counters", "Policers", "Other words"):
     print_text(section(words, title))
-    for name, *about in known[4] if title == "Policers" else ():
-        print(".TP\n" + roff(name) + "\n" + roff("; figures: ".join(about) + "."))
 print(".SH FINDINGS")
 for name, text in re.findall(r"^### ([a-z-]+)\n\n(.*?)(?=\n\n)", findings, re.M | re.S):
     print(".TP\n\\fB" + roff(name) + "\\fR\n" + roff(text))

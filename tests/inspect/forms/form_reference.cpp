@@ -265,6 +265,49 @@ void printRow(Code code) {
             << " |\n";
 }
 
+const char* packetsWith(Layer layer) {
+  switch (layer) {
+    case Layer::kSome:
+      return "unknown";
+    case Layer::kEvery:
+    case Layer::kTagging:
+      return "all";
+    case Layer::kTag:
+      return "with a tag";
+    case Layer::kIp:
+    case Layer::kIpProtocol:
+      return "IPv4, IPv6";
+    case Layer::kIPv4:
+      return "IPv4";
+    case Layer::kIPv6:
+      return "IPv6";
+    case Layer::kPorts:
+      return "TCP, UDP and others with ports";
+  }
+  return "";
+}
+
+// The fields of packets, each with the matches that test it. The first of these describes it.
+void printFields() {
+  std::vector<std::string> names;
+  std::map<std::string, std::pair<const PacketField*, std::string>> fields;
+#define FILTERS_MATCH(code, T, blank)                                                   \
+  for (std::size_t i = 0; i < 2; ++i) {                                                 \
+    const std::string name(packetFieldName(code, i));                                   \
+    if (name.empty()) continue;                                                         \
+    const auto [field, isNew] = fields.try_emplace(name, &formOf(code)->packet[i], ""); \
+    if (isNew) names.push_back(name);                                                   \
+    field->second.second.append(isNew ? "`" : ", `").append(nameOf(code)).append("`");  \
+  }
+#include <filter_common/filter_matches.def>
+  std::cout << "\n| field of a packet | matches that test it | packets that have it |\n"
+               "| --- | --- | --- |\n";
+  for (const std::string& name : names) {
+    const auto& [field, matches] = fields[name];
+    std::cout << "| `" << name << "` | " << matches << " | " << packetsWith(field->layer) << " |\n";
+  }
+}
+
 void printValues() {
   std::cout << "\n| match | example | value |\n| --- | --- | --- |\n";
 #define FILTERS_MATCH(code, T, blank) printRow<T>(code);
@@ -272,6 +315,7 @@ void printValues() {
   std::cout << "\n| action | example | value |\n| --- | --- | --- |\n";
 #define FILTERS_ACTION(code, T, blank) printRow<T>(code);
 #include <filter_common/filter_actions.def>
+  printFields();
   std::cout << '\n';
 }
 
