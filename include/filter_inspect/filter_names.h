@@ -10,6 +10,7 @@
 // a zero byte follows each.
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -78,6 +79,14 @@ std::optional<Enum> fromName(std::string_view name) {
   }
   return std::nullopt;
 }
+
+// The end of a sentence about a word that is none of the names: "; did you mean ingress?" if one of
+// them is near, or else "; it can be lookup, ingress or egress". A name is near if at most a third
+// of its letters differ; capital letters do not count. If the names do not fit into two lines,
+// `command` says what lists them: "; filter-inspect names matches lists them".
+FILTERS_API std::string suggestion(std::string_view word,
+                                   const std::vector<std::string_view>& names,
+                                   std::string_view command = {});
 
 // A sentence for people that says what a result means and what to look at. An unknown result has a
 // sentence too.

@@ -83,6 +83,9 @@ struct Finding {
   // A traced packet: what is done with it, and the unknown fields on which the answer depends.
   std::string treatment;
   std::vector<std::string> lacking;
+  // For text and JSON, the word that is wrong, as it was written at `path`; a long one is cut. If
+  // `path` is where an entry begins, the name of its match or action.
+  std::string word;
 };
 
 // The number of findings for each severity.

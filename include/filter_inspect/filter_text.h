@@ -77,12 +77,13 @@ struct GroupPositions {
 };
 
 // Reading gives all groups or none: either `report` is empty, or `groups` is. A finding has its
-// line and column in `path`, "12:7". If it is about the content of an entry or group, that is the
-// place where the entry or group begins. Nothing is dropped silently: an unknown name, a repeated
-// one, a number that is too large, a match that excludes another one and an entry that its group
-// refuses are findings. After a faulty line the reader of text goes on, and still finds every fault
-// of other entries; only a faulty head hides those of its own group. The reader of JSON stops at
-// the first fault. Findings beyond `max_findings` are counted in Report::left_out.
+// line and column in `path`, "12:7", and the wrong word in `word`. If it is about the content of an
+// entry or group, `path` is the place where the entry or group begins. Nothing is dropped silently:
+// an unknown name, a repeated one, a number that is too large, a match that excludes another one
+// and an entry that its group refuses are findings. Every finding is an error, also one whose code
+// is a warning about bytes. After a faulty line the reader of text goes on, and still finds every
+// fault of other entries; only a faulty head hides those of its own group. The reader of JSON stops
+// at the first fault. Findings beyond `max_findings` are counted in Report::left_out.
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
@@ -93,6 +94,17 @@ FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_f
 // The same with a limit of 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
+
+// The bytes of groups, whatever their stages and types admit. For programs that ask which stages
+// and types would: decodeGroupAs() reads them as another one. Only what the grammar refuses is in
+// the report; the decoder reports the rest.
+struct ParsedBytes {
+  std::vector<std::string> groups;
+  Report report;
+  std::vector<GroupPositions> positions;  // one for each group
+};
+FILTERS_API ParsedBytes groupBytesFromText(std::string_view text, std::size_t max_findings);
+FILTERS_API ParsedBytes groupBytesFromJson(std::string_view json, std::size_t max_findings);
 
 }  // namespace FiltersInspect
 

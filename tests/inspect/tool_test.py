@@ -85,10 +85,21 @@ def prepare():
     with open("g.txt", "rb") as file:
         text = file.read()
     head, one, two = re.split(b"(?m)^(?=group)", text)
-    write("one.txt", head + one)
+    one_group = head + one
+    write("one.txt", one_group)
     with open("g.json", "rb") as file:
         as_json = file.read()
-    write("marked.txt", b"\xef\xbb\xbf" + text)
+    write("marked.txt", b"\xef\xbb\xbf" + text.replace(b"\n", b"\r\n"))
+    write("late_head.txt", b"\n# first\r\n\t" + text)
+    write("misspelt.txt", text.replace(b"filter-groups", b"filter-group"))
+    # One byte of 123 is no group, though its length is the brace that JSON begins with.
+    write("printable.bin", b" !")
+    write("braces.bin", varint(123) + b"\x08\x05" + 121 * b"\0")
+    write("latin.txt", b"# caf\xe9\n" + text)
+    write("zero.txt", text.replace(b"ttl=255", b"ttl=\x00"))
+    write("zero.json", as_json.replace(b'"priority"', b'"priority\0"', 1))
+    write("elsewhere.txt", one_group.replace(b"type=3", b"type=1"))
+    write("elsewhere.json", as_json.replace(b'"type": 3', b'"type": 1', 1))
     write("blanks.json", b"\n  " + as_json)
     write("marked.json", b"\xef\xbb\xbf" + as_json)
     write("wide.json", as_json.replace(b'"priority": 100', b'"priority": 1' + 30 * b"0", 1))
@@ -107,7 +118,7 @@ def prepare():
 group 7 priority=10 stage=ingress type=3
 entry 10 priority=100 if src_ipv4=192.0.2.0/24 then permit
 entry 20 priority=90 if ip_protocol=6 src_ipv4=192.0.2.128/25 then deny
-entry 30 priority=60 if dst_l4_port=179/0 then permit
+entry 30 priority=60 if dst_l4_port=179/0x0 then permit
 entry 40 priority=60 if ttl=1 then deny
 """)
     with open("rules.txt", "rb") as file:
@@ -135,6 +146,7 @@ entry 5 priority=5 if ip_protocol=6 then deny
 """)
     inspect("convert", "late.txt", "--to=bytes", "-o", "late.bin")
     write("lines.txt", rules.replace(b"\n", b"\r\n"))
+    write("bare.txt", rules.replace(b"\n", b"\r"))
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
 \r
@@ -233,6 +245,9 @@ TABLE = [
     ("show g.json --as=text", 0, G_TXT, NONE),
     ("show --from=json - --as=text <g.json", 0, G_TXT, NONE),
     ("show blanks.json --as=text", 0, G_TXT, NONE),
+    ("show marked.txt --as=text", 0, G_TXT, NONE),
+    ("show late_head.txt --as=text", 0, G_TXT, NONE),
+    ("show latin.txt --as=text", 0, G_TXT, NONE),
     ("show marked.json --as=text", 0, G_TXT, NONE),
     ("show none.txt --as=text", 0, "filter-groups 1\n", NONE),
     ("show one.bin --as=text", 0, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n", NONE),
@@ -245,6 +260,14 @@ TABLE = [
     ("show empty --as=text", 0, "filter-groups 1\ngroup 0 priority=0 stage=none type=none\n", MISSING),
     ("show notes.bin --as=text", 0, "filter-groups 1\ngroup 1 .*", NONE),
     ("show brace.bin --as=text", 0, "filter-groups 1\ngroup 5 [^\n]* type=123\n", "(brace.bin: group 1: [^\n]*\n){2}"),
+    ("show braces.bin --as=text --framing=varint", 2, "filter-groups 1\ngroup 5 [^\n]*\n", "(braces.bin: group 1: [^\n]*\n)*"),
+    ("show printable.bin", 2, NONE, "printable.bin:1:2: error: the first line must be `filter-groups 1` .*"),
+    ("show printable.bin --as=text --from=bytes", 0, ".*type=33\n", "(printable.bin: group 1: [^\n]*\n){3}"),
+    ("show zero.txt", 2, NONE, "zero.txt:7:\\d+: error: no zero byte .*"),
+    ("show zero.json", 2, NONE, "zero.json:7:\\d+: error: no zero byte .*"),
+    ("show misspelt.txt", 2, NONE,
+     "misspelt.txt:1:1: error: the first line must be `filter-groups 1` [^\n]*\n"
+     "misspelt.txt: refused; nothing was read\n"),
     ("show thrown.bin --as=text", 2, "filter-groups 1\ngroup 1 .*entry 1000 [^\n]*\n",
      r"thrown.bin: group 1: error: entry 1: action mpls_port_set: it has no vpn_id .*"),
     ("show empty --framing=be32 --as=text", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
@@ -306,6 +329,14 @@ TABLE = [
     ("check one.bin --stage lookup --type 3", 1,
      r"one.bin: group 1: error: group 1: the stage lookup .*\[type-not-admitted\]\n.*", NONE),
     ("check refused.bin --type=3", 0, "refused.bin: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check elsewhere.txt", 2, NONE,
+     r"(elsewhere.txt:\d:1: error: [^\n]*\n)*elsewhere.txt: refused; nothing was read\n"),
+    ("check elsewhere.txt --type=3", 0, "elsewhere.txt: 1 group, 7 entries, nothing to say\n", NONE),
+    ("check elsewhere.json --type=3", 1, "elsewhere.json:.*: 2 groups, .*", NONE),
+    ("check elsewhere.txt --stage=egress", 1,
+     r"elsewhere.txt:2:1: error: [^\n]*\[type-not-admitted\]\nelsewhere.txt:3:1: .*"
+     r"elsewhere.txt: 1 group, 0 entries, .*", NONE),
+    ("check bad.txt --type=3", 2, NONE, r"bad.txt:7:\d+: .*bad.txt: refused; nothing was read\n"),
     # --- What is converted
     ("convert g.txt --to=text", 0, G_TXT, NONE),
     ("convert g.json --to=text -o -", 0, G_TXT, NONE),
@@ -344,8 +375,10 @@ TABLE = [
     ("diff none.txt one.bin", 1,
      "--- none.txt: no such group\n[^\n]*\n\\+group 1 [^\n]*\n(\\+entry [^\n]*\n){7}", NONE),
     ("diff empty one.bin", 1, r"--- empty: group 1\n.*\n~group \[-0-\]\{\+1\+\} [^\n]*\n(\+entry [^\n]*\n){7}", MISSING),
-    ("diff rules.txt lines.txt", 2, NONE, "lines.txt:1:15: error: a carriage return [^\n]*\n"),
-    ("diff g.bin", 2, NONE, "filter-inspect: one more FILE is wanted\n"),
+    ("diff rules.txt lines.txt", 0, NONE, NONE),
+    ("diff rules.txt bare.txt", 2, NONE,
+     "bare.txt:1:15: error: a carriage return [^\n]*\nbare.txt: refused; nothing was read\n"),
+    ("diff g.bin", 2, NONE, "filter-inspect: one more FILE is needed\n"),
     ("diff g.bin g.bin g.bin", 2, NONE, "filter-inspect: FILE is given too often\n"),
     ("diff - - <g.bin", 2, NONE, "filter-inspect: -: standard input is read once\n"),
     ("plan g.bin g.txt", 0, NONE, NONE),
@@ -387,13 +420,14 @@ TABLE = [
      r"lost.bin: group 1: warning: .*\[match-unknown\]\nfilter-inspect: nosuch.bin: " + ENOENT),
     ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
      r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
-    ("analyse g.bin --order=priority", 2, NONE, ".*did you mean lowest-priority\\?\n"),
+    ("analyse g.bin --order=priority", 2, NONE, ".*'priority'; filter-inspect analyse --help lists them\n"),
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
      "rules.txt:3:1: hit: entry 10 \\(permit\\)\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
      "rules.txt:2:1: undecided: no entry takes it, unless 10, 30 or 40 does\n"
      "  10 undecided: src_ipv4 is not told \\(permit\\)\n(  \\d+ undecided: .*){3}",
      NONE),
+    ("trace rules.txt --order=highest-priority --packet=ip_protocol=tcp", 1, ".*undecided: .*", NONE),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
      "packets.txt:2: rules.txt:3:1: hit: entry 10 \\(permit\\)\n"
      "packets.txt:4: rules.txt:2:1: undecided: 30 or 40 takes it \\(nothing .*\\)\n"
@@ -402,7 +436,8 @@ TABLE = [
      "-:2: g.bin: group 1: [^\n]*\n-:2: g.bin: group 2: [^\n]*\n-:4: .*-:5: .*", NONE),
     ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
      "-:2: rules.txt:\\d:1: [^\n]*\n",
-     r"-:1:7: error: 'foo': [^\n]*\n-:1:13: error: 'ttl=999': .*"),
+     r"-:1:7: error: 'foo': there is no such field [^\n]*\n"
+     r"-:1:13: error: 'ttl=999': ttl is a number from 0 to 255 .*"),
     ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
      "wrong.txt:1:7: [^\n]*\nwrong.txt: left out: 2 errors; --max-findings=N shows more\n"),
     ("trace none.txt --order=ascending-id --packets=packets.txt --max-bytes=38", 0, NONE, NONE),
@@ -420,9 +455,9 @@ TABLE = [
      "filter-inspect: folder: Is a directory\n"),
     ("trace - --order=ascending-id --packets=-", 2, NONE, ".* standard input is read once\n"),
     ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required\n"),
-    ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: either --packet or .*"),
+    ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: give either --packet or .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
-     "filter-inspect: either --packet or .*"),
+     "filter-inspect: give either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
      "---.*~entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.129[^\n]*\n  permit becomes deny\n"
@@ -454,6 +489,8 @@ TABLE = [
      NONE),
     ("capabilities refused.bin --stage=ingress", 0,
      "(refused.bin: group 1: entry \\d+: fits ingress/3[^\n]*\n){7}", NONE),
+    ("capabilities elsewhere.txt", 0, "(elsewhere.txt:\\d:1: entry \\d+: fits [^\n]*\n){7}", NONE),
+    ("capabilities elsewhere.json --type=3", 1, "elsewhere.json:.*fits ingress/3.*", NONE),
     ("capabilities lost.bin", 0, "(lost.bin: group 1: entry [^\n]*\n){7}",
      r"lost.bin: group 1: warning: [^\n]*\[match-unknown\]\n"),
     ("capabilities g.txt --type=3", 1, ".*g.txt:15:1: entry 20: no stage and type that was asked for "
@@ -473,19 +510,18 @@ TABLE = [
      "filter-inspect: nosuch.bin: " + ENOENT),
     ("capabilities nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
     ("show \x7f.bin", 2, NONE, "filter-inspect: \\?.bin: " + ENOENT),
-    ("plan bad.txt g.bin", 2, NONE, r"bad.txt:7:\d+: error: no such name is known here \[.*"),
-    ("analyse bad.json", 2, NONE, r"bad.json:4:\d+: error: what stands here, or ends .*"),
+    ("plan bad.txt g.bin", 2, NONE, r"bad.txt:7:\d+: error: there is no match 'tttl'; did you mean ttl\? \[.*"),
+    ("analyse bad.json", 2, NONE, r"bad.json:4:\d+: error: this is no JSON: a value or `\]` comes here .*"),
     ("trace bad.txt --order=ascending-id --packet=ttl=1", 2, NONE, r"bad.txt:7:\d+: .*"),
     ("capabilities bad.txt", 2, NONE, r"bad.txt:7:\d+: .*"),
-    ("check marked.txt", 2, NONE, "marked.txt:1:1: error: 'filter-groups' and a version is wanted.*"),
     ("check folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
     ("check ''", 2, NONE, "filter-inspect: '': " + ENOENT),
-    ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n"),
-    ("check bad.json", 2, NONE, r"bad.json:4:\d+: error: [^\n]* \[text-syntax\]\n"),
+    ("show bad.txt", 2, NONE, r"bad.txt:7:\d+: error: [^\n]* \[text-[^\n]*\n[^\n]*\n"),
+    ("check bad.json", 2, NONE, r"bad.json:4:\d+: error: [^\n]* \[text-syntax\]\n[^\n]*\n"),
     ("convert bad.txt --to=bytes -o bad.bin", 2, NONE, r"bad.txt:7:\d+: .*"),
-    ("check wide.json", 2, NONE, r"wide.json:\d+:\d+: error: [^\n]* \[text-value\]\n"),
-    ("check future.txt", 2, NONE, r"future.txt:1:\d+: .*\[text-version\]\n"),
-    ("check future.json", 2, NONE, r"future.json:1:\d+: .*\[text-version\]\n"),
+    ("check wide.json", 2, NONE, r"wide.json:\d+:\d+: error: [^\n]* \[text-value\]\n[^\n]*\n"),
+    ("check future.txt", 2, NONE, r"future.txt:1:\d+: .*\[text-version\]\n.*"),
+    ("check future.json", 2, NONE, r"future.json:1:\d+: .*\[text-version\]\n.*"),
     ("show --from=text g.bin", 2, NONE, r"g.bin:1:1: .*"),
     # --- Frames that are not whole
     ("check cut.bin", 1,
@@ -542,9 +578,10 @@ TABLE = [
      "many.bin: left out: 40 warnings; --max-findings=N shows more\n"),
     ("convert lost.bin --to=text --max-findings=0", 1, NONE, ".*not converted.*"),
     ("check faulty.txt --max-findings=0", 2,
-     NONE, "faulty.txt:2:1: [^\n]*\nfaulty.txt: left out: 1002 errors; [^\n]*\n"),
-    ("check faulty.txt --max-findings=2000", 2, NONE, r"(faulty.txt:\d+:1: [^\n]*\n){1003}"),
-    ("diff g.bin bad.json --max-findings=0", 2, NONE, r"bad.json:4:\d+: [^\n]*\n"),
+     NONE, "faulty.txt:2:1: [^\n]*\nfaulty.txt: left out: 1002 errors; [^\n]*\n"
+     "faulty.txt: refused; nothing was read\n"),
+    ("check faulty.txt --max-findings=2000", 2, NONE, r"(faulty.txt:\d+:1: [^\n]*\n){1003}[^\n]*\n"),
+    ("diff g.bin bad.json --max-findings=0", 2, NONE, r"bad.json:4:\d+: [^\n]*\n[^\n]*\n"),
     ("check lost.bin --max-findings=0", 1,
      ".*left out: 1 warning; --max-findings=N shows more\n", NONE),
     # --- Command lines
@@ -556,10 +593,13 @@ TABLE = [
     ("plan --remove-frist a b", 2, NONE, ".* did you mean --remove-first\\?\n"),
     ("show --as=jsn g.bin", 2, NONE, "filter-inspect: --as: .*'jsn'; did you mean json\\?\n"),
     ("check --stage=ingres g.bin", 2, NONE, ".*did you mean ingress\\?\n"),
-    ("capabilities --type=99", 2, NONE, ".*did you mean 9\\?\n"),
+    ("capabilities --type=99", 2, NONE, ".*'99'; it can be none, 1, .* 10 or 11\n"),
+    ("check --stage=INGRESS g.bin", 2, NONE, ".*'INGRESS'; did you mean ingress\\?\n"),
+    ("chekc g.bin", 2, NONE, ".*did you mean check\\?\n"),
+    ("list g.bin", 2, NONE, ".*no command list; it can be show, check, .*\n"),
     ("names matchs", 2, NONE, ".*did you mean matches\\?\n"),
     ("show", 2, NONE, "filter-inspect: FILE is required\n"),
-    ("show -x g.bin", 2, NONE, "filter-inspect: there is no option -x; did you mean -[a-z]\\?\n"),
+    ("show -x g.bin", 2, NONE, "filter-inspect: there is no option -x; filter-inspect show --help lists them\n"),
     ("show --jsn=1 g.bin", 2, NONE, ".* no option --jsn; did you mean --json\\?\n"),
     ("check --max-groups=9x g.bin", 2, NONE, ".*--max-groups: '9x' is no number that it can have\n"),
     ("analyse g.bin --svg", 2, NONE, "filter-inspect: --svg: a value is missing\n"),
@@ -580,6 +620,13 @@ TABLE = [
     ("check notes.bin --color=always", 0, r"notes.bin: group 1: \x1b\[36mnote\x1b\[0m: .*", NONE),
     ("check refused.bin --color=always", 1, r".*\nrefused.bin: group 1: \x1b\[31merror\x1b\[0m: .*", NONE),
     ("show cut.bin --framing=be32 --color=always", 2, ".*", r"cut.bin: group 2: \x1b\[31merror\x1b\[0m: .*"),
+    ("show bad.txt --color=always", 2, NONE,
+     r"bad.txt:7:\d+: \x1b\[31merror\x1b\[0m: [^\n]*\n  .*tttl=255[^\n]*\n +\^~~~\nbad.txt: .*"),
+    ("show elsewhere.txt --color=always", 2, NONE,
+     r".* match ip_protocol: [^\n]*\n  entry [^\n]* ip_protocol=[^\n]*\n +\^~{10}\n.*"),
+    ("show wide.json --color=always", 2, NONE, r"wide[^\n]*\n +\"priority\": 10*,\n +\^~{30}\n.*"),
+    ("trace g.bin --order=ascending-id --packets=- --color=always <wrong.txt", 2, ".*",
+     r"[^\n]* no such field[^\n]*\n  ttl=1 foo=3 ttl=999\n        \^~~\n.*"),
 ]
 
 # Rows for --json: the arguments, the exit code, whether standard output has a document, whether
@@ -596,7 +643,7 @@ DOCUMENTS = [
     ("capabilities nosuch.bin", 2, False, True, {"file-unreadable"}),
     ("show many.bin --max-findings=0", 0, True, True, {'"left_out": 40'}),
     ("check bad.txt faulty.txt --max-findings=1", 2, False, True,
-     {'"path": "7:', '"left_out": 1002'}),
+     {'"path": "7:', '"left_out": 1002', '"word": "tttl"'}),
     ("diff g.bin changed.txt", 1, True, False, {"entry-changed", "entry-removed"}),
     ("diff g.bin one.bin", 1, True, False,
      {"head-changed", "entry-removed", '"the group is gone"', '"before": "group 2 '}),

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
-#include <numeric>
 #include <type_traits>
 #include <utility>
 
@@ -24,30 +23,9 @@ constexpr char kFooter[] =
 
 constexpr char kVersion[] = "filter-inspect " FILTER_INSPECT_VERSION;
 
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i + 1);
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t change = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({change, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-// The candidate that needs the fewest changes of letters to become the word.
-std::string nearest(std::string_view word, const std::vector<std::string>& candidates) {
-  const auto less = [word](const std::string& a, const std::string& b) {
-    return distance(word, a) < distance(word, b);
-  };
-  return *std::min_element(candidates.begin(), candidates.end(), less);
-}
-
-std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates) {
-  return "; did you mean " + nearest(word, candidates) + '?';
+std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates,
+                       const std::string& command) {
+  return FiltersInspect::suggestion(word, {candidates.begin(), candidates.end()}, command);
 }
 
 // --- What commands share -------------------------------------------------------------------------
@@ -56,9 +34,11 @@ CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* v
                            std::vector<std::string> choices, const std::string& about) {
   std::string listed;
   for (const std::string& choice : choices) listed += (listed.empty() ? "" : "|") + choice;
-  const auto check = [choices = std::move(choices)](const std::string& word) {
+  const std::string help =
+      "filter-inspect " + (to->get_parent() == nullptr ? "" : to->get_name() + ' ') + "--help";
+  const auto check = [choices = std::move(choices), help](const std::string& word) {
     if (std::find(choices.begin(), choices.end(), word) != choices.end()) return std::string();
-    return "there is no value '" + word + "'" + didYouMean(word, choices);
+    return "there is no value '" + word + "'" + didYouMean(word, choices, help);
   };
   return to->add_option(name, *value, about)->check(check)->take_last()->option_text(listed);
 }
@@ -288,7 +268,7 @@ std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";
   const bool tooFew = told.find("At least") != told.npos;
-  return tooFew ? "one more " + name + " is wanted" : name + " is given too often";
+  return tooFew ? "one more " + name + " is needed" : name + " is given too often";
 }
 
 // Reports a word that is not understood before one that is missing: the two may be the same
@@ -305,12 +285,16 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   if (word.size() > 1 && word[0] == '-') {
     std::vector<std::string> names = optionNames(app);
     for (const CLI::App* command : parsed) {
-      for (std::string& name : optionNames(*command)) names.push_back(std::move(name));
+      for (std::string& name : optionNames(*command)) {
+        if (std::count(names.begin(), names.end(), name) == 0) names.push_back(std::move(name));
+      }
     }
     const std::string option = word.substr(0, word.find('='));
-    return "there is no option " + option + didYouMean(option, names);
+    const std::string its = parsed.empty() ? "" : parsed.front()->get_name() + ' ';
+    return "there is no option " + option +
+           didYouMean(option, names, "filter-inspect " + its + "--help");
   }
-  if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames());
+  if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames(), "");
   return "one argument too many: " + word;
 }
 

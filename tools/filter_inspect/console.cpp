@@ -50,6 +50,43 @@ Color colorOf(Severity severity) {
   return Color::kNone;
 }
 
+// The line of the finding and a line with a mark under its word; a part of a long line. Empty if
+// the finding has no line in the source.
+std::string excerptOf(std::string_view source, std::size_t first_line, const Finding& finding) {
+  constexpr std::size_t kWidth = 76;
+  std::size_t line = 0, column = 0;
+  const char* const end = finding.path.data() + finding.path.size();
+  const auto colon = std::from_chars(finding.path.data(), end, line);
+  if (colon.ptr == end || std::from_chars(colon.ptr + 1, end, column).ptr != end) return {};
+  for (; line > first_line && !source.empty(); --line) {
+    source.remove_prefix(std::min(source.find('\n'), source.size() - 1) + 1);
+  }
+  constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
+  if (source.substr(0, kMark.size()) == kMark) source.remove_prefix(kMark.size());
+  source = source.substr(0, source.find_first_of("\r\n"));
+  if (column == 0 || column > source.size() + 1) return {};
+  // A finding of the grammar is where its word begins, perhaps after a quote; another one is
+  // somewhere in the entry that begins here.
+  const bool isAtWord = nameOf(finding.code).substr(0, 5) == "text-";
+  std::size_t at = column - 1;
+  if (!isAtWord) at = finding.word.empty() ? source.npos : source.find(' ' + finding.word, at);
+  if (at == source.npos) return {};
+  if (!isAtWord || source.substr(at, finding.word.size() + 2) == '"' + finding.word + '"') ++at;
+  const std::size_t begin = at < kWidth - 20 ? 0 : at - kWidth / 2;
+  std::string part(source.substr(begin, kWidth));
+  std::replace(part.begin(), part.end(), '\t', ' ');
+  std::string mark;
+  for (std::size_t i = begin; i < at; ++i) {
+    const bool isBegun = (static_cast<unsigned char>(source[i]) & 0xc0) == 0x80;
+    if (!isBegun) mark += ' ';  // each character of UTF-8 once
+  }
+  mark += '^';
+  const std::size_t end_of_part = begin + part.size();
+  const std::size_t end_of_word = std::min(at + finding.word.size(), end_of_part);
+  if (end_of_word > at + 1) mark.append(end_of_word - at - 1, '~');
+  return "  " + printable(part) + "\n  " + mark + '\n';
+}
+
 // The text for the handler of the alarm, which may call hardly any function.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
@@ -166,10 +203,12 @@ void Console::trouble(Code code, const std::string& file, const std::string& mes
   say("filter-inspect: " + printable(file.empty() ? message : file + ": " + message) + '\n');
 }
 
-void Console::trouble(const std::string& file, const Finding& finding) {
+void Console::trouble(const std::string& file, const Finding& finding, std::string_view source,
+                      std::size_t first_line) {
   failed_ = true;
   if (options_.json) return keep(file, {{finding}});
-  say(linesOf(STDERR_FILENO, file, finding));
+  say(linesOf(STDERR_FILENO, file, finding) +
+      (showsSource(STDERR_FILENO) ? excerptOf(source, first_line, finding) : ""));
 }
 
 void Console::systemTrouble(Code code, const std::string& file, int error) {
@@ -185,6 +224,10 @@ void Console::aside(const std::string& file, const Report& report) {
 
 void Console::hint(const std::string& line) {
   if (!options_.json && !options_.quiet) say("filter-inspect: " + printable(line) + '\n');
+}
+
+void Console::refuse(const std::string& file) {
+  if (!options_.json) say(printable(file) + ": refused; nothing was read\n");
 }
 
 void Console::showProgress(const std::string& file) {
@@ -250,6 +293,10 @@ std::string Console::painted(int stream, std::string_view text, Color color) con
     if ((noColor != nullptr && *noColor != '\0') || isDumb || ::isatty(stream) == 0) return result;
   }
   return codeOf(color) + result + "\33[0m";
+}
+
+bool Console::showsSource(int stream) const {
+  return options_.color == "always" || ::isatty(stream) != 0;
 }
 
 std::string Console::linesOf(int stream, const std::string& file, Finding finding) const {

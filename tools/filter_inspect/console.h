@@ -72,9 +72,12 @@ class Console {
 
   // --- Trouble ---
 
-  // Reports trouble, which makes the program end with kExitTrouble. `file` may be empty.
+  // Reports trouble, which makes the program end with kExitTrouble. `file` may be empty. If there
+  // is a source, its line and a mark under the wrong word follow on a terminal; `first_line` is
+  // the number of the source's first line.
   void trouble(Code code, const std::string& file, const std::string& message);
-  void trouble(const std::string& file, const Finding& finding);
+  void trouble(const std::string& file, const Finding& finding, std::string_view source = {},
+               std::size_t first_line = 1);
   // Reports an error of the system about a file.
   void systemTrouble(Code code, const std::string& file, int error);
   bool hasFailed() const { return failed_; }
@@ -85,6 +88,8 @@ class Console {
   void hint(const std::string& line);
   // Writes a line that only --verbose asks for.
   void note(const std::string& line);
+  // Says that a file is refused as a whole.
+  void refuse(const std::string& file);
 
   // Shows a line on a terminal while reading a file takes longer than a second.
   void showProgress(const std::string& file);
@@ -99,6 +104,7 @@ class Console {
  private:
   std::string painted(int stream, std::string_view text, Color color) const;
   std::string linesOf(int stream, const std::string& file, Finding finding) const;
+  bool showsSource(int stream) const;
   void keep(const std::string& file, Report report);
   void say(const std::string& text);
 

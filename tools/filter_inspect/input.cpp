@@ -33,26 +33,37 @@ int readAll(const std::string& name, std::size_t limit, std::string* content) {
   return file.error();
 }
 
-// JSON begins with an object, perhaps after blanks. The bytes of a group never begin like an object
-// with a key.
-bool looksLikeJson(std::string_view content) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  if (content.substr(0, 1) == "{") return true;
-  const std::size_t start = content.find_first_not_of(kBlanks);
-  if (start == content.npos || content[start] != '{') return false;
-  const std::size_t next = content.find_first_not_of(kBlanks, start + 1);
-  return next != content.npos && content[next] == '"';
+// True if there is no control character but tabs and line ends. The bytes of a group have others:
+// the numbers before its id, its priority and its stage.
+bool isPrintable(std::string_view content) {
+  return !content.empty() && std::none_of(content.begin(), content.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte == 0x7f || (byte < ' ' && c != '\t' && c != '\r' && c != '\n');
+  });
 }
 
+// Bytes are what is neither printable nor begins as the text or the JSON of groups does. What
+// begins so is no group's bytes; if it has a control character, the reader says where.
 FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
   if (forced == "bytes") return FileForm::kBytes;
-  constexpr std::string_view kMark = "\xef\xbb\xbf",
-                             kText = "filter-groups";  // the byte-order mark of UTF-8
+  constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
+  constexpr std::string_view kBlanks = " \t\r\n", kText = "filter-groups", kJson = "\"format\"";
+  const bool isText = isPrintable(content);
   if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
+  const auto skipBlanks = [&] {
+    content.remove_prefix(std::min(content.find_first_not_of(kBlanks), content.size()));
+  };
+  skipBlanks();
   if (content.substr(0, kText.size()) == kText) return FileForm::kText;
-  return looksLikeJson(content) ? FileForm::kJson : FileForm::kBytes;
+  if (content.substr(0, 1) == "{") {
+    if (isText) return FileForm::kJson;
+    content.remove_prefix(1);
+    skipBlanks();
+    if (content.substr(0, kJson.size()) == kJson) return FileForm::kJson;
+  }
+  return isText ? FileForm::kText : FileForm::kBytes;
 }
 
 // --- Frames --------------------------------------------------------------------------------------
@@ -151,18 +162,24 @@ class Reader {
     const bool isText = input_.form == FileForm::kText;
     // Even if no findings are wanted, one finding is kept, to say what cannot be read.
     const std::size_t most = std::max(options_.max_findings, std::size_t{1});
+    if (wanted_.refused) {
+      FiltersInspect::ParsedBytes parsed =
+          isText ? FiltersInspect::groupBytesFromText(input_.content, most)
+                 : FiltersInspect::groupBytesFromJson(input_.content, most);
+      for (std::size_t i = 0; i < parsed.groups.size() && hasRoom(); ++i) {
+        InputGroup& group = add(std::move(parsed.positions[i]));
+        group.bytes = std::move(parsed.groups[i]);
+        decode(group.bytes, SIZE_MAX, &group);
+      }
+      return tellRefusal(std::move(parsed.report));
+    }
     FiltersInspect::ParsedGroups parsed =
         isText ? FiltersInspect::groupsFromText(input_.content, most)
                : FiltersInspect::groupsFromJson(input_.content, most);
-    const bool wasRead = parsed.report.empty();
-    tell(parsed.report);
     for (std::size_t i = 0; i < parsed.groups.size() && hasRoom(); ++i) {
-      InputGroup& group = add(std::move(parsed.positions[i]));
-      group.group = std::move(parsed.groups[i]);
-      if (!wanted_.entries) continue;
-      for (const auto& [id, entry] : group.group->getEntriesRef()) group.entries.push_back(entry);
+      add(std::move(parsed.positions[i])).group = std::move(parsed.groups[i]);
     }
-    return wasRead;
+    return tellRefusal(std::move(parsed.report));
   }
  private:
   InputGroup& add(FiltersInspect::GroupPositions positions) {
@@ -184,15 +201,17 @@ class Reader {
   void addBytes(ByteRange range) {
     const std::string_view bytes =
         std::string_view(input_.content).substr(range.offset, range.length);
-    std::vector<FiltersEntry> entries;
-    FiltersInspect::DecodedGroup decoded = FiltersInspect::decodeGroupAndEntries(
-        bytes, wanted_.entries ? &entries : nullptr,
-        {options_.max_findings, options_.max_bytes, wanted_.least});
     InputGroup& group = add({});
-    group.is_broken = !decoded.group || breaks(decoded.report, bytes);
-    group.group = std::move(decoded.group);
-    group.entries = std::move(entries);
     group.range = range;
+    decode(bytes, options_.max_bytes, &group);
+  }
+
+  void decode(std::string_view bytes, std::size_t max_bytes, InputGroup* group) {
+    FiltersInspect::DecodedGroup decoded =
+        FiltersInspect::decodeGroupAndEntries(bytes, wanted_.refused ? &group->entries : nullptr,
+                                              {options_.max_findings, max_bytes, wanted_.least});
+    group->is_broken = !decoded.group || breaks(decoded.report, bytes);
+    group->group = std::move(decoded.group);
     keep(std::move(decoded.report));
   }
 
@@ -204,10 +223,16 @@ class Reader {
     return false;
   }
 
-  void tell(Report report) {
-    for (const Finding& finding : report.findings) console_.trouble(input_.file, finding);
+  // Returns true if there is nothing to tell.
+  bool tellRefusal(Report report) {
+    if (report.empty()) return true;
+    for (const Finding& finding : report.findings) {
+      console_.trouble(input_.file, finding, input_.content);
+    }
     report.findings.clear();
     console_.aside(input_.file, report);
+    console_.refuse(input_.file);
+    return false;
   }
 
   // A file that was cut off while it was written looks like one group without a length. No group
@@ -274,6 +299,7 @@ bool Input::isBroken() const {
 
 std::string Input::bytesOf(const InputGroup& group) const {
   if (form == FileForm::kBytes) return content.substr(group.range.offset, group.range.length);
+  if (!group.bytes.empty()) return group.bytes;
   std::string bytes;
   group.group->serialize(&bytes);
   return bytes;

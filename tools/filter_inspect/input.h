@@ -31,9 +31,10 @@ struct InputGroup {
   // The group that a device would hold. Nothing if the device could not build it, or if a frame is
   // broken.
   std::optional<FiltersGroup> group;
-  std::vector<FiltersEntry> entries;         // all entries received, also refused ones; if wanted
+  std::vector<FiltersEntry> entries;         // all entries received, if refused ones are wanted
   FiltersInspect::ByteRange range;           // for bytes: their place in the content
   FiltersInspect::GroupPositions positions;  // for text and JSON
+  std::string bytes;                         // for text and JSON, if refused entries are wanted
   bool is_broken = false;                    // true if some of the bytes could not be read
 };
 
@@ -43,7 +44,7 @@ struct Input {
   FileForm form = FileForm::kBytes;
   std::string framing;  // for bytes: "none", "be32" or "varint"
   std::vector<InputGroup> groups;
-  Report report;  // for bytes: the findings of strict decoding
+  Report report;  // the findings of strict decoding, if there were bytes to decode
 
   bool isBroken() const;
   // The bytes of a group: those that were read, or those that a group from text or JSON writes.
@@ -56,10 +57,12 @@ struct Input {
 // Reports what a device would lose of the input. Broken bytes are trouble.
 void tellLosses(const Input& input, Console* console);
 
-// What a command needs of files that hold bytes.
+// What a command needs of files.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below this severity are left out
-  bool entries = false;                 // fills InputGroup::entries
+  // Fills InputGroup::entries with all entries. Reads text and JSON as bytes, so that entries which
+  // their own group refuses are findings and no trouble.
+  bool refused = false;
 };
 
 // Visits each readable file of the command line; "-" is standard input. Reports why a file cannot

@@ -73,7 +73,7 @@ class Packets {
     room_ -= faults.findings.size();
     for (Finding& fault : std::exchange(faults.findings, {})) {
       fault.path = std::to_string(line) + fault.path.substr(fault.path.find(':'));
-      console_.trouble(place, fault);
+      console_.trouble(place, fault, text, line);
     }
     untold_.append(std::move(faults));
     if (!packet) return;
@@ -226,7 +226,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
 
 Exit runTrace(const Options& options, Console* console) {
   if (options.packet.has_value() == options.packets.has_value()) {
-    console->trouble(Code::kUsage, "", "either --packet or --packets is wanted");
+    console->trouble(Code::kUsage, "", "give either --packet or --packets");
     return kExitTrouble;
   }
   if (options.packets == "-" && options.files[0] == "-") {

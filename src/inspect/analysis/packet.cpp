@@ -9,13 +9,47 @@ namespace {
 constexpr std::string_view kLacking = "none";
 
 // `at` counts from 0; people count from 1.
-void addFault(Code code, std::size_t at, std::string_view text, const char* why,
+void addFault(Code code, std::size_t at, std::string_view text, const std::string& why,
               LimitedReport* faults) {
   Finding* finding = faults->add(code);
   if (finding == nullptr) return;
   finding->path = "1:" + std::to_string(at + 1);
   finding->before = text;
+  finding->word = text;
   finding->message = '\'' + finding->before + "': " + why;
+}
+
+// A field of the packet, as it is written. The word `dscp` is another way to write the ToS: the two
+// bits of its congestion notification are 0, as in a rule with this word.
+struct Written {
+  explicit Written(std::string_view name)
+      : is_dscp(name == kDscp),
+        field(packetField(is_dscp ? nameOf(FiltersCommon::FILTERS_MATCH_TOS) : name)) {}
+
+  FormRow form() const {
+    if (is_dscp) return kDscpRow;
+    const FieldRow& row = packetFields()[*field];
+    return {row.form, row.bits, {}, row.names};
+  }
+  std::optional<FieldValue> parse(std::string_view value) const {
+    if (!is_dscp) return parseField(packetFields()[*field], value);
+    const auto dscp = parseName(kDscpRow.names, value, kDscpRow.bits);
+    return dscp ? std::optional(FieldValue{tosOf(*dscp), 0}) : std::nullopt;
+  }
+
+  bool is_dscp;
+  std::optional<std::uint8_t> field;
+};
+
+std::string noSuchField(std::string_view name) {
+  std::vector<std::string_view> names = packetFieldNames();
+  names.push_back(kDscp);
+  return "there is no such field" + suggestion(name, names);
+}
+
+std::string noValue(std::string_view name, const FormRow& form, std::string_view value) {
+  if (form.names.all != nullptr) return noName(name, form.names, value, form.bits);
+  return std::string(name) + " is " + describe(form);
 }
 
 }  // namespace
@@ -26,7 +60,7 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
   Packet packet;
   LimitedReport faults(max_findings);
   const char* const start = text.data();
-  const auto fault = [&](Code code, std::string_view piece, const char* why) {
+  const auto fault = [&](Code code, std::string_view piece, const std::string& why) {
     addFault(code, static_cast<std::size_t>(piece.data() - start), piece, why, &faults);
   };
   while (true) {
@@ -36,24 +70,25 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
     text.remove_prefix(piece.size());
     const std::size_t sign = piece.find('=');
     if (sign == piece.npos) {
-      fault(Code::kTextSyntax, piece, "a field, '=' and its value are wanted");
+      fault(Code::kTextSyntax, piece, "a value is missing, as in ttl=64 or ttl=none");
       continue;
     }
-    const auto field = packetField(piece.substr(0, sign));
-    if (!field) {
-      fault(Code::kTextValue, piece.substr(0, sign), "there is no such field");
+    const std::string_view name = piece.substr(0, sign);
+    const Written written(name);
+    if (!written.field) {
+      fault(Code::kTextValue, name, noSuchField(name));
       continue;
     }
     const std::string_view value = piece.substr(sign + 1);
     std::optional<FieldValue> known;
     if (value != kLacking) {
-      known = parseField(packetFields()[*field], value);
+      known = written.parse(value);
       if (!known) {
-        fault(Code::kTextValue, piece, "this is no value of the field");
+        fault(Code::kTextValue, piece, noValue(name, written.form(), value));
         continue;
       }
     }
-    if (!packet.fields_.emplace(*field, known).second) {
+    if (!packet.fields_.emplace(*written.field, known).second) {
       fault(Code::kTextRepeated, piece, "the field is told twice");
     }
   }

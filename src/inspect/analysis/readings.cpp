@@ -241,8 +241,9 @@ std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text)
     return bytes ? std::optional(valueOf(row.form, *bytes)) : std::nullopt;
   }
   std::optional<std::uint32_t> number;
-  if (row.form == ValueForm::kName) {
-    number = parseName(row.names, text);
+  if (row.form == ValueForm::kName ||
+      (row.form == ValueForm::kNumber && row.names.all != nullptr)) {
+    number = parseName(row.names, text, row.bits);
   } else if (row.form == ValueForm::kBoolean && (text == "true" || text == "false")) {
     number = text == "true" ? 1 : 0;
   } else {

@@ -8,11 +8,29 @@ namespace {
 
 using namespace FiltersCommon;
 
+// --- Names of numbers ----------------------------------------------------------------------------
+
+struct NumberName {
+  std::uint32_t value;
+  std::string_view name;
+};
+constexpr NumberName kIpProtocolNames[] = {
+#define IP_PROTOCOL(number, name) {number, name},
+#include "number_names.def"
+};
+constexpr NumberName kDscpNames[] = {
+#define DSCP(number, name) {number, name},
+#include "number_names.def"
+};
+
+constexpr const Enumeration& kIpProtocols = kNamesIn<kIpProtocolNames>;
+constexpr const Enumeration& kDscps = kNamesIn<kDscpNames>;
+
 // --- What rows are made of -----------------------------------------------------------------------
 
 constexpr FormRow flag() { return {}; }
-constexpr FormRow number(std::uint8_t bits, int field) {
-  return {ValueForm::kNumber, bits, {field}, {}};
+constexpr FormRow number(std::uint8_t bits, int field, Enumeration names = {}) {
+  return {ValueForm::kNumber, bits, {field}, names};
 }
 constexpr FormRow hexadecimal(std::uint8_t bits, int field) {
   return {ValueForm::kHexadecimal, bits, {field}, {}};
@@ -84,6 +102,8 @@ const ActionForm* formOf(filtersAction_t code) {
   }
   return nullptr;
 }
+
+const FormRow kDscpRow = number(6, 0, kDscps);
 
 std::string_view packetFieldName(filtersMatch_t code, std::size_t which) {
   const MatchForm* row = formOf(code);

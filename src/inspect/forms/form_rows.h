@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include <filter_inspect/filter_names.h>
 
@@ -36,10 +37,12 @@ constexpr std::uint8_t bitsOf(ValueForm address) {
   return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;
 }
 
-// The names of an enumeration whose values travel as numbers.
+// The names of an enumeration whose values travel as numbers. For a value of form kNumber, names
+// are read but not written.
 struct Enumeration {
   std::string_view (*nameOf)(std::uint32_t value);
   std::optional<std::uint32_t> (*fromName)(std::string_view name);
+  std::vector<std::string_view> (*all)();
 };
 
 template <class Enum>
@@ -49,7 +52,34 @@ constexpr Enumeration kNamesOf = {
       const auto value = fromName<Enum>(name);
       if (!value) return std::nullopt;
       return static_cast<std::uint32_t>(*value);
+    },
+    [] {
+      std::vector<std::string_view> all;
+      for (const auto& [code, name] : namesOf<Enum>()) all.push_back(name);
+      return all;
     }};
+
+// The names in rows that have a `value` and its `name`; the first name of a value is its own.
+template <const auto& kRows>
+constexpr Enumeration kNamesIn = {[](std::uint32_t value) {
+                                    for (const auto& row : kRows) {
+                                      if (static_cast<std::uint32_t>(row.value) == value)
+                                        return row.name;
+                                    }
+                                    return std::string_view();
+                                  },
+                                  [](std::string_view name) -> std::optional<std::uint32_t> {
+                                    for (const auto& row : kRows) {
+                                      if (row.name == name)
+                                        return static_cast<std::uint32_t>(row.value);
+                                    }
+                                    return std::nullopt;
+                                  },
+                                  [] {
+                                    std::vector<std::string_view> all;
+                                    for (const auto& row : kRows) all.push_back(row.name);
+                                    return all;
+                                  }};
 
 // The constraint of a match on a packet field.
 enum class FieldTest : std::uint8_t {
@@ -118,7 +148,7 @@ struct FormRow {
   // The numbers of the message's fields; 0 if there is none. The second field is the mask of an
   // address, the excluded types of ports, or the second of a pair.
   int fields[2] = {};
-  Enumeration names = {};  // for kName, and for the excluded types of kLimids
+  Enumeration names = {};  // for kName, some kNumber, and the excluded types of kLimids
 };
 
 struct MatchForm : FormRow {
@@ -131,6 +161,11 @@ enum class Effect : std::uint8_t { kAlways, kUnlessDropped };
 struct ActionForm : FormRow {
   Effect effect = Effect::kAlways;
 };
+
+// The word `dscp` is another way to write a ToS whose two low bits are 0.
+inline constexpr std::string_view kDscp = "dscp";
+extern const FormRow kDscpRow;  // a number of 6 bits, or a name
+constexpr std::uint32_t tosOf(std::uint32_t dscp) { return dscp << 2; }
 
 // Null for a code without a class.
 const MatchForm* formOf(FiltersCommon::filtersMatch_t code);

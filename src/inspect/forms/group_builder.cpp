@@ -5,11 +5,39 @@
 
 #include <filter_inspect/filter_decode.h>
 
+#include "catalogue/name_or_number.h"
 #include "policer_facts.h"
 
 namespace FiltersInspect {
 
 using namespace FiltersCommon;
+
+namespace {
+
+// The decoder says what becomes of bytes: "and is dropped". These are its findings about what is
+// written twice, and about entries that their group refuses; empty for others.
+std::string sentenceFor(const Finding& finding) {
+  switch (finding.code) {
+    case Code::kEntryRefused:
+      return "the group does not admit it";
+    case Code::kEntryReplaced:
+      return "another entry of the group has this id";
+    case Code::kCounterReplaced:
+      return "another counter of the entry has this id";
+    case Code::kMatchRefused: {
+      std::string others;
+      for (const std::uint32_t other : finding.others) {
+        others += others.empty() ? "" : " or ";
+        others += nameOrNumber(static_cast<filtersMatch_t>(other));
+      }
+      return "it cannot stand beside " + others;
+    }
+    default:
+      return {};
+  }
+}
+
+}  // namespace
 
 std::string toText(TextPosition position) {
   return std::to_string(position.line) + ':' + std::to_string(position.column);
@@ -48,22 +76,46 @@ void GroupBuilder::endEntry() {
 
 void GroupBuilder::endGroup() {
   if (is_head_faulty_) return;
-  const std::string bytes = head_->SerializePartialAsString() + bytes_;
-  DecodeLimits limits;
-  limits.max_findings = max_findings_;
-  limits.max_bytes = bytes.size();
-  limits.least = Severity::kWarning;  // a note means that nothing is lost
-  DecodedGroup decoded = decodeGroup(bytes, limits);
-  for (Finding& finding : decoded.report.findings) {
-    finding.path = toText(positionOf(finding.path));
-    finding.bytes.reset();  // the bytes were made here, and nobody sees them
+  std::string bytes = head_->SerializePartialAsString() + bytes_;
+  std::optional<FiltersGroup> group;
+  if (makes_ == Makes::kGroups) {
+    DecodeLimits limits;
+    limits.max_findings = max_findings_;
+    limits.max_bytes = bytes.size();
+    limits.least = Severity::kWarning;  // a note means that nothing is lost
+    DecodedGroup decoded = decodeGroup(bytes, limits);
+    refuse(std::move(decoded.report));
+    group = std::move(decoded.group);
   }
-  report_.append(std::move(decoded.report));
   if (!report_.empty()) return;
-  groups_.push_back(std::move(*decoded.group));
   std::sort(positions_.entries.begin(), positions_.entries.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
   positions_of_groups_.push_back(std::move(positions_));
+  if (group) {
+    groups_.push_back(std::move(*group));
+  } else {
+    bytes_of_groups_.push_back(std::move(bytes));
+  }
+}
+
+// What bytes would lose is refused here: nothing of the text is read.
+void GroupBuilder::refuse(Report&& losses) {
+  for (Finding& finding : losses.findings) {
+    finding.path = toText(positionOf(finding.path));
+    finding.bytes.reset();  // the bytes were made here, and nobody sees them
+    finding.severity = Severity::kError;
+    if (finding.subject == Subject::kMatch) {
+      finding.word = nameOf(static_cast<filtersMatch_t>(finding.offender));
+    } else if (finding.subject == Subject::kAction) {
+      finding.word = nameOf(static_cast<filtersAction_t>(finding.offender));
+    }
+    std::string sentence = sentenceFor(finding);
+    if (!sentence.empty()) finding.message = std::move(sentence);
+  }
+  Report errors;
+  errors.findings = std::move(losses.findings);
+  errors.leaveOut(Severity::kError, losses.left_out);
+  report_.append(std::move(errors));
 }
 
 ParsedGroups GroupBuilder::finish() {
@@ -71,11 +123,19 @@ ParsedGroups GroupBuilder::finish() {
   return {std::move(groups_), {}, std::move(positions_of_groups_)};
 }
 
-void GroupBuilder::fail(Code code, TextPosition position, std::string message) {
+ParsedBytes GroupBuilder::finishBytes() {
+  if (!report_.empty()) return {{}, report_.take(), {}};
+  return {std::move(bytes_of_groups_), {}, std::move(positions_of_groups_)};
+}
+
+void GroupBuilder::fail(Code code, TextPosition position, std::string_view word,
+                        std::string message) {
+  constexpr std::size_t kMostOfWord = 200;
   (in_entry_ ? is_entry_faulty_ : is_head_faulty_) = true;
   Finding* finding = report_.add(code);
   if (finding == nullptr) return;
   finding->path = toText(position);
+  finding->word = word.substr(0, kMostOfWord);
   finding->message = std::move(message);
 }
 

@@ -25,9 +25,11 @@ inline constexpr const char* kZeroByte = "no zero byte is allowed here";
 class GroupBuilder {
  public:
   static constexpr std::size_t kMaxFindings = 1000;  // unless the caller sets another limit
+  // What is made of a text: groups, or the bytes of groups, which nothing has decoded.
+  enum class Makes : std::uint8_t { kGroups, kBytes };
 
-  explicit GroupBuilder(std::size_t max_findings)
-      : max_findings_(max_findings), report_(max_findings) {}
+  GroupBuilder(Makes makes, std::size_t max_findings)
+      : makes_(makes), max_findings_(max_findings), report_(max_findings) {}
 
   // The messages for the caller to fill in.
   FiltersCommon::FiltersGroupPB* head() { return head_; }
@@ -42,14 +44,18 @@ class GroupBuilder {
   void endGroup();
 
   // Reports a fault of the current entry, or of the head.
-  void fail(Code code, TextPosition position, std::string message);
+  void fail(Code code, TextPosition position, std::string_view word, std::string message);
   // All groups, or none of them and the findings.
   ParsedGroups finish();
+  ParsedBytes finishBytes();
  private:
   TextPosition positionOf(const std::string& path) const;
+  void refuse(Report&& losses);
 
+  const Makes makes_;
   const std::size_t max_findings_;
   std::vector<FiltersCommon::FiltersGroup> groups_;
+  std::vector<std::string> bytes_of_groups_;
   std::vector<GroupPositions> positions_of_groups_;
   LimitedReport report_;
   // Without an arena, messages can leak when memory runs out.

@@ -5,6 +5,7 @@
 #include <filter_inspect/filter_text.h>
 #include <nlohmann/json.hpp>
 
+#include "catalogue/in_quotes.h"
 #include "group_builder.h"
 #include "interface_ids.h"
 #include "json_keys.h"
@@ -30,13 +31,12 @@ struct Scalar {
 // so nesting has a limit.
 class JsonReader {
  public:
-  JsonReader(std::string_view text, std::size_t max_findings)
-      : text_(text), positions_(text), groups_(max_findings) {}
+  JsonReader(std::string_view text, GroupBuilder* groups)
+      : text_(text), positions_(text), groups_(*groups) {}
 
-  ParsedGroups read() {
+  void read() {
     const char* const begin = text_.data();
     nlohmann::json::sax_parse(Characters(begin), Characters(begin + text_.size()), this);
-    return groups_.finish();
   }
 
   bool null() { return scalar({Scalar::kOther}); }
@@ -63,13 +63,18 @@ class JsonReader {
   bool parse_error(std::size_t position, const std::string&, const std::exception&) {
     const std::size_t read = std::min(position == 0 ? 0 : position - 1, text_.size());
     position_ = TokenPositions::of(text_.substr(0, read));
-    const bool isZero = read < text_.size() && text_[read] == '\0';
-    return fail(Code::kTextSyntax,
-                isZero ? kZeroByte : "what stands here, or ends here, is no JSON");
+    const std::string_view found = text_.substr(read, 1);
+    const bool isZero = found == std::string_view("\0", 1);
+    groups_.fail(Code::kTextSyntax, position_, found, isZero ? kZeroByte : noJson());
+    return false;
   }
  private:
+  // The last token that was read.
+  enum class Last : std::uint8_t { kNothing, kOpening, kKey, kValue };
+
   struct Frame {
     In in = In::kNowhere;
+    bool is_list = false;
     std::size_t key = 0;          // the last one
     std::uint32_t seen_keys = 0;  // a bit for each key
 
@@ -99,28 +104,48 @@ class JsonReader {
   const Frame& top() const { return frames_[depth_]; }
   Frame& outer() { return frames_[depth_ - 1]; }
 
+  void next() {
+    position_ = positions_.next();
+    token_ = positions_.token();
+  }
+
+  // Reports a fault of the current token. Words are told without their quotes.
   bool fail(Code code, std::string message) {
-    groups_.fail(code, position_, std::move(message));
+    std::string_view word = token_;
+    if (word.size() > 1 && word.front() == '"') word = word.substr(1, word.size() - 2);
+    groups_.fail(code, position_, word, std::move(message));
     return false;
   }
-  bool wanted(const std::string& what) { return fail(Code::kTextSyntax, what + " is wanted"); }
+  // Reports a value of another kind than `what`.
+  bool wanted(const std::string& what) {
+    return fail(Code::kTextSyntax, subject() + " is " + what);
+  }
+  bool wantedNumber(unsigned bits) {
+    return wanted("a number from 0 to " + std::to_string(mostOf(bits)));
+  }
+  std::string subject() const;
+  std::string shape() const;
+  std::string noJson() const;
 
   // Sets a number of at most `bits` bits, or a value that has a name.
   template <class Set>
   bool number(const Scalar& value, unsigned bits, Set set) {
-    if (value.type != Scalar::kNumber) return wanted("a whole number");
+    if (value.type != Scalar::kNumber) return wantedNumber(bits);
     if (value.number < 0 || value.number >> bits != 0) {
-      return fail(Code::kTextValue,
-                  "a number of up to " + std::to_string(bits) + " bits is wanted");
+      return fail(Code::kTextValue, noNumber(token_, bits));
     }
     set(static_cast<std::uint32_t>(value.number));
     return true;
   }
   template <class Set>
-  bool named(const Enumeration& names, const Scalar& value, Set set) {
-    if (value.type != Scalar::kText) return number(value, 32, set);
+  bool named(const Enumeration& names, const Scalar& value, Set set, unsigned bits = 32) {
+    if (value.type == Scalar::kNumber) return number(value, bits, set);
+    if (value.type != Scalar::kText) return wanted("a name or a number");
     const auto code = names.fromName(value.text);
-    if (!code) return fail(Code::kTextValue, "no such name is known here");
+    if (!code) {
+      const std::string kind = top().in == In::kTypes ? "kind of port" : subject();
+      return fail(Code::kTextValue, noName(kind, names, value.text, bits));
+    }
     set(*code);
     return true;
   }
@@ -128,13 +153,17 @@ class JsonReader {
   std::string_view text_;
   TokenPositions positions_;
   TextPosition position_;  // of the current token
-  GroupBuilder groups_;
+  std::string_view token_;
+  GroupBuilder& groups_;
   std::array<Frame, 10> frames_;
   std::size_t depth_ = 0;
+  Last last_ = Last::kNothing;
 
   // The current match or action, and what has been read of it or of a policer.
   AnyMessage* message_ = nullptr;
   const FormRow* row_ = nullptr;
+  std::string_view name_of_row_;
+  std::string_view subject_;  // if the current value is none of its place
   std::uint32_t limid_ = 0;
   std::optional<std::string> name_;
   TextPosition name_position_;
@@ -145,20 +174,106 @@ class JsonReader {
     std::int64_t number = 0;
     std::string text;
     TextPosition position;
+    std::string_view token;
   };
   std::array<std::optional<Fact>, kPolicerKeys.size()> facts_;
   std::optional<std::vector<PolicerAction>> policer_actions_;
   TextPosition policer_actions_position_;
 };
 
+// What the current value is, for sentences.
+std::string JsonReader::subject() const {
+  if (!subject_.empty()) return std::string(subject_);
+  const Frame& frame = frames_[depth_];
+  switch (frame.in) {
+    case In::kNowhere:
+      return "the file";
+    case In::kGroups:
+      return "a group";
+    case In::kEntries:
+      return "an entry";
+    case In::kCounters:
+      return "a counter";
+    case In::kNumbers:
+      return "each value of the list";
+    case In::kPorts:
+      return "a port";
+    case In::kTypes:
+      return "a kind of port";
+    case In::kPolicerActions:
+      return "an action of a policer";
+    case In::kMatches:
+    case In::kActions:
+      return std::string(name_of_row_);
+    default:
+      return std::string(keysOf(frame.in, row_).names[frame.key]);
+  }
+}
+
+// The kind that the current value must have; empty if it has no brackets and is no match or action.
+std::string JsonReader::shape() const {
+  const Frame& frame = frames_[depth_];
+  const Nesting nesting = nestingOf(frame.in, frame.key, row_);
+  if (nesting.bracket == '[') return "a list";
+  if (nesting.bracket == '{') {
+    const Keys keys = keysOf(nesting.inner, row_);
+    std::string text = "an object";
+    for (std::size_t i = 0; i < keys.required; ++i) {
+      text += i == 0 ? " with " : i + 1 == keys.required ? " and " : ", ";
+      text += keys.names[i];
+    }
+    return text;
+  }
+  if (frame.in == In::kNumbers) return "a number from 0 to " + std::to_string(mostOf(row_->bits));
+  if (frame.in != In::kMatches && frame.in != In::kActions) return {};
+  return row_->form == ValueForm::kFlag ? "true, or is left out" : describe(*row_);
+}
+
+// What would have been JSON behind the last token.
+std::string JsonReader::noJson() const {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  std::string_view rest = positions_.rest();
+  const auto skip = [&rest](std::string_view characters) {
+    const std::size_t size = std::min(rest.find_first_not_of(characters), rest.size());
+    rest.remove_prefix(size);
+    return size != 0;
+  };
+  skip(kBlanks);
+  const bool isSeparated =
+      !rest.empty() && rest[0] == (last_ == Last::kKey ? ':' : ',') && last_ >= Last::kKey;
+  if (isSeparated) rest.remove_prefix(1);
+  skip(kBlanks);
+  const bool isList = frames_[depth_].is_list;
+  const std::string closing = isList ? "`]`" : "`}`";
+  const std::string next = isList ? "a value" : "a key in double quotes";
+  std::string expected;
+  if (last_ == Last::kNothing) {
+    expected = "`{`";
+  } else if (depth_ == 0) {
+    expected = "nothing more";
+  } else if (last_ == Last::kKey) {
+    expected = isSeparated ? "a value" : "`:`";
+  } else if (last_ == Last::kOpening) {
+    expected = next + " or " + closing;
+  } else {
+    expected = isSeparated ? next : "`,` or " + closing;
+  }
+  if (rest.empty()) return "the file ends too early: " + expected + " comes here";
+  if (rest[0] == '"' && expected[0] == 'a') {
+    return "the text in double quotes does not end, or has a character that JSON does not allow";
+  }
+  return "this is no JSON: " + expected + " comes here";
+}
+
 bool JsonReader::begin(char bracket) {
-  position_ = positions_.next();
+  next();
   const Nesting nesting = nestingOf(top().in, top().key, row_);
   if (nesting.bracket != bracket) {
-    return fail(Code::kTextSyntax,
-                bracket == '{' ? "no object may stand here" : "no list may stand here");
+    const std::string its = shape();
+    return wanted(!its.empty() ? its : bracket == '{' ? "no object" : "no list");
   }
-  frames_[++depth_] = {nesting.inner, 0, 0};
+  last_ = Last::kOpening;
+  frames_[++depth_] = {nesting.inner, bracket == '[', 0, 0};
   switch (nesting.inner) {
     case In::kGroup:
       groups_.beginGroup(position_);
@@ -190,7 +305,8 @@ bool JsonReader::begin(char bracket) {
 }
 
 bool JsonReader::key(const std::string& name) {
-  position_ = positions_.next();
+  next();
+  last_ = Last::kKey;
   if (top().in == In::kMatches) {
     return keyOfOne<filtersMatch_t>(name, groups_.entry()->mutable_matches_());
   }
@@ -200,7 +316,11 @@ bool JsonReader::key(const std::string& name) {
   const Keys keys = keysOf(top().in, row_);
   const auto found = std::find(std::begin(keys.names), std::end(keys.names), name);
   if (found == std::end(keys.names) || name.empty()) {
-    return fail(Code::kTextSyntax, "no such key is known here");
+    std::vector<std::string_view> names;
+    for (const std::string_view one : keys.names) {
+      if (!one.empty()) names.push_back(one);
+    }
+    return fail(Code::kTextSyntax, "there is no key " + inQuotes(name) + suggestion(name, names));
   }
   const auto place = static_cast<std::size_t>(found - std::begin(keys.names));
   if (top().hasSeen(place)) return fail(Code::kTextRepeated, name + " stands here twice");
@@ -212,7 +332,14 @@ bool JsonReader::key(const std::string& name) {
 template <class CodeEnum, class Messages>
 bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
   const auto code = fromName<CodeEnum>(name);
-  if (!code) return fail(Code::kTextSyntax, "no such name is known here");
+  if (!code) {
+    constexpr bool isMatch = std::is_same_v<CodeEnum, filtersMatch_t>;
+    const std::string_view kind = isMatch ? "match" : "action";
+    const std::string all = isMatch ? "matches" : "actions";
+    return fail(Code::kTextSyntax,
+                "there is no " + std::string(kind) + ' ' + inQuotes(name) +
+                    suggestion(name, kNamesOf<CodeEnum>.all(), "filter-inspect names " + all));
+  }
   for (const auto& held : *messages) {
     if (held.type_() == static_cast<std::uint32_t>(*code)) {
       return fail(Code::kTextRepeated, name + " stands here twice");
@@ -222,15 +349,17 @@ bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
   message->set_type_(static_cast<std::uint32_t>(*code));
   message_ = message;
   row_ = formOf(*code);
+  name_of_row_ = nameOf(*code);
   return true;
 }
 
 bool JsonReader::end() {
-  position_ = positions_.next();
+  next();
+  last_ = Last::kValue;
   const Keys keys = keysOf(top().in, row_);
   for (std::size_t i = 0; i < keys.required; ++i) {
     if (!top().hasSeen(i)) {
-      return fail(Code::kTextSyntax, "there is no " + std::string(keys.names[i]));
+      return fail(Code::kTextSyntax, "the key " + inQuotes(keys.names[i]) + " is missing");
     }
   }
   const In ended = top().in;
@@ -247,7 +376,8 @@ bool JsonReader::end() {
 bool JsonReader::endLimid() {
   if (name_ && *name_ != interfaceName(limid_)) {
     position_ = name_position_;
-    return fail(Code::kTextContradiction, "the interface is called " + interfaceName(limid_));
+    return fail(Code::kTextContradiction,
+                "the limid is that of the interface " + interfaceName(limid_));
   }
   const std::uint32_t value = limidToField(*row_, limid_);
   if (outer().in == In::kPorts) {
@@ -279,7 +409,7 @@ bool JsonReader::endPolicer() {
 bool JsonReader::endPolicerAction() {
   const bool has = hasCodePoint(policer_actions_->back().type);
   if (has == top().hasSeen(kActionValue)) return true;
-  return fail(Code::kTextSyntax, has ? "there is no value" : "this action has no value");
+  return fail(Code::kTextSyntax, has ? "the key 'value' is missing" : "this action has no value");
 }
 
 // The place of the first fact that the bytes contradict.
@@ -300,11 +430,14 @@ std::optional<TextPosition> JsonReader::contradictionToBytes() const {
 
 bool JsonReader::makePolicerBytes() {
   const TextPosition end = position_;
+  const std::string_view end_token = token_;
   PolicerFacts facts;
   std::uint32_t given = 0;
   for (std::size_t i = 0; i < facts_.size(); ++i) {
     if (!facts_[i]) continue;
     position_ = facts_[i]->position;
+    token_ = facts_[i]->token;
+    subject_ = kPolicerKeys[i].key;
     const Scalar value{facts_[i]->isText ? Scalar::kText : Scalar::kNumber, facts_[i]->number,
                        facts_[i]->text};
     const auto set = [&](std::uint32_t number) { facts.numbers[i] = number; };
@@ -312,15 +445,19 @@ bool JsonReader::makePolicerBytes() {
     if (!(names != nullptr ? named(*names, value, set) : number(value, 32, set))) return false;
     given |= std::uint32_t{1} << i;
   }
+  subject_ = {};
   if (policer_actions_) facts.actions = *policer_actions_;
   const auto fault = makePolicer(facts, given, &bytes_);
   if (!fault) return true;
-  position_ = fault->number == facts_.size() ? end : facts_[fault->number]->position;
+  const bool isWhole = fault->number == facts_.size();
+  position_ = isWhole ? end : facts_[fault->number]->position;
+  token_ = isWhole ? end_token : facts_[fault->number]->token;
   return fail(Code::kTextSyntax, fault->why);
 }
 
 bool JsonReader::scalar(const Scalar& value) {
-  position_ = positions_.next();
+  next();
+  last_ = Last::kValue;
   const std::size_t key = top().key;
   switch (top().in) {
     case In::kFile:
@@ -333,7 +470,7 @@ bool JsonReader::scalar(const Scalar& value) {
       if (key == kEntryPriority) {
         return number(value, 32, [&](std::uint32_t n) { entry->set_priority_(n); });
       }
-      return wanted(key == kEntryCounters ? "a list" : "an object");
+      return wanted(shape());
     }
     case In::kCounter:
       return scalarOfCounter(value);
@@ -344,7 +481,7 @@ bool JsonReader::scalar(const Scalar& value) {
       return scalarOfPolicerAction(value);
     case In::kMatches:
     case In::kActions:
-      if (nestingOf(top().in, key, row_).bracket != '\0') return wanted("an object or a list");
+      if (nestingOf(top().in, key, row_).bracket != '\0') return wanted(shape());
       return scalarOfForm(value, row_->fields[0]);
     case In::kPair:
       return scalarOfForm(value, row_->fields[key]);
@@ -358,7 +495,7 @@ bool JsonReader::scalar(const Scalar& value) {
       if (key == kLimidNumber) {
         return number(value, 32, [&](std::uint32_t limid) { limid_ = limid; });
       }
-      if (value.type != Scalar::kText) return wanted("a text");
+      if (value.type != Scalar::kText) return wanted("a text in double quotes");
       name_ = value.text;
       name_position_ = position_;
       return true;
@@ -372,7 +509,7 @@ bool JsonReader::scalar(const Scalar& value) {
     case In::kMplsPorts:
       break;
   }
-  return wanted("an object or a list");
+  return wanted(shape());
 }
 
 bool JsonReader::scalarOfFile(const Scalar& value) {
@@ -380,7 +517,7 @@ bool JsonReader::scalarOfFile(const Scalar& value) {
     if (value.type == Scalar::kText && value.text == kFormat) return true;
     return wanted('"' + std::string(kFormat) + '"');
   }
-  if (top().key == kFileGroups) return wanted("a list");
+  if (top().key == kFileGroups) return wanted(shape());
   if (value.type == Scalar::kNumber && value.number == kJsonVersion) return true;
   return fail(Code::kTextVersion, "only version 1 is read here");
 }
@@ -398,7 +535,7 @@ bool JsonReader::scalarOfGroup(const Scalar& value) {
     case kGroupType:
       return number(value, 32, [&](std::uint32_t type) { head->set_type_(type); });
     default:
-      return wanted("a list");
+      return wanted(shape());
   }
 }
 
@@ -413,9 +550,9 @@ bool JsonReader::scalarOfCounter(const Scalar& value) {
     return named(kNamesOf<counter_type_t>, value,
                  [&](std::uint32_t type) { counter->set_type(static_cast<std::int32_t>(type)); });
   }
-  if (value.type != Scalar::kNumber) return wanted("a whole number");
+  if (value.type != Scalar::kNumber) return wanted("a name or a number");
   if (value.number != static_cast<std::int32_t>(value.number)) {
-    return fail(Code::kTextValue, "a signed number of up to 32 bits is wanted");
+    return fail(Code::kTextValue, inQuotes(token_) + " is no signed number of 32 bits");
   }
   counter->set_type(static_cast<std::int32_t>(value.number));
   return true;
@@ -423,18 +560,21 @@ bool JsonReader::scalarOfCounter(const Scalar& value) {
 
 bool JsonReader::scalarOfPolicer(const Scalar& value) {
   if (top().in == In::kAbout) {
-    if (top().key == kAboutActions) return wanted("a list");
+    if (top().key == kAboutActions) return wanted(shape());
     if (value.type != Scalar::kNumber && value.type != Scalar::kText) {
       return wanted("a number or a name");
     }
     facts_[top().key] = {value.type == Scalar::kText, value.number, std::string(value.text),
-                         position_};
+                         position_, token_};
     return true;
   }
   if (top().key != kPolicerBytes) return wanted("an object");
-  if (value.type != Scalar::kText) return wanted("a text");
+  if (value.type != Scalar::kText) return wanted("a text in double quotes");
   auto bytes = parseHex(value.text);
-  if (!bytes) return fail(Code::kTextValue, "bytes in pairs of hexadecimal digits are wanted");
+  if (!bytes) {
+    return fail(Code::kTextValue,
+                inQuotes(value.text) + " is not bytes: write pairs of hexadecimal digits");
+  }
   bytes_ = std::move(*bytes);
   return true;
 }
@@ -456,9 +596,9 @@ bool JsonReader::scalarOfForm(const Scalar& value, int field) {
   const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
   switch (row_->form) {
     case ValueForm::kFlag:
-      return (value.type == Scalar::kBoolean && value.number == 1) || wanted("true");
+      return (value.type == Scalar::kBoolean && value.number == 1) || wanted(shape());
     case ValueForm::kBoolean:
-      if (value.type != Scalar::kBoolean) return wanted("true or false");
+      if (value.type != Scalar::kBoolean) return wanted(shape());
       setNumber(message_, field, value.number != 0 ? 1 : 0);
       return true;
     case ValueForm::kName:
@@ -466,12 +606,17 @@ bool JsonReader::scalarOfForm(const Scalar& value, int field) {
     case ValueForm::kMac:
     case ValueForm::kIPv4:
     case ValueForm::kIPv6: {
-      if (value.type != Scalar::kText) return wanted("a text");
+      if (value.type != Scalar::kText) return wanted(describe(*row_) + ", in double quotes");
       const auto bytes = parseAddress(row_->form, value.text);
-      if (!bytes) return fail(Code::kTextValue, "this is no address of the kind wanted");
+      if (!bytes) {
+        return fail(Code::kTextValue, inQuotes(value.text) + " is not " + describe(*row_));
+      }
       setAddress(message_, field, row_->form, *bytes);
       return true;
     }
+    case ValueForm::kNumber:
+      if (row_->names.all != nullptr) return named(row_->names, value, set, row_->bits);
+      return number(value, row_->bits, set);
     default:
       return number(value, row_->bits, set);
   }
@@ -480,7 +625,15 @@ bool JsonReader::scalarOfForm(const Scalar& value, int field) {
 }  // namespace
 
 ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings) {
-  return JsonReader(json, max_findings).read();
+  GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);
+  JsonReader(json, &groups).read();
+  return groups.finish();
+}
+
+ParsedBytes groupBytesFromJson(std::string_view json, std::size_t max_findings) {
+  GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
+  JsonReader(json, &groups).read();
+  return groups.finishBytes();
 }
 
 ParsedGroups groupsFromJson(std::string_view json) {

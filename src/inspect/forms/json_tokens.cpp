@@ -8,7 +8,7 @@ TextPosition TokenPositions::next() {
   for (; at_ < text_.size() && kBetween.find(text_[at_]) != kBetween.npos; ++at_) {
     if (text_[at_] == '\n') ++line_, line_start_ = at_ + 1;
   }
-  const std::size_t start = at_++;
+  const std::size_t start = start_ = std::min(at_++, text_.size());
   const char first = start < text_.size() ? text_[start] : '\0';
   if (first == '"') {
     while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2 : 1;

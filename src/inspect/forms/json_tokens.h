@@ -51,6 +51,9 @@ class TokenPositions {
       : text_(text), at_(lengthOfMark(text)), line_start_(at_) {}
 
   TextPosition next();
+  // The token whose position was found last, and what follows it.
+  std::string_view token() const { return text_.substr(start_, at_ - start_); }
+  std::string_view rest() const { return text_.substr(at_); }
 
   // The position after this text.
   static TextPosition of(std::string_view before);
@@ -64,6 +67,7 @@ class TokenPositions {
 
   std::string_view text_;
   std::size_t at_;
+  std::size_t start_ = 0;
   std::size_t line_ = 1;
   std::size_t line_start_;
 };

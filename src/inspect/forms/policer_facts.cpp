@@ -45,19 +45,6 @@ const auto* valueRowOf(const Rows& rows, std::uint32_t value) {
   return found == std::end(rows) ? nullptr : &*found;
 }
 
-template <const auto& rows>
-constexpr Enumeration kNamesIn = {[](std::uint32_t value) {
-                                    const auto* row = valueRowOf(rows, value);
-                                    return row == nullptr ? std::string_view() : row->name;
-                                  },
-                                  [](std::string_view name) -> std::optional<std::uint32_t> {
-                                    for (const auto& row : rows) {
-                                      if (row.name == name)
-                                        return static_cast<std::uint32_t>(row.value);
-                                    }
-                                    return std::nullopt;
-                                  }};
-
 // Device types can be narrower than 32 bits, and code points signed.
 template <class Value>
 std::uint32_t codeOf(Value value) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "catalogue/in_quotes.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -46,26 +47,6 @@ std::string identityOf(const PolicerFacts& facts) {
   return text;
 }
 
-std::vector<std::string_view> namesIn(const Enumeration& names) {
-  std::vector<std::string_view> list;
-  for (std::uint32_t value = 0; !names.nameOf(value).empty(); ++value) {
-    list.push_back(names.nameOf(value));
-  }
-  return list;
-}
-
-// "'x' is no mode: it can be srtcm, trtcm, trtcmds, flow or none"
-std::string noSuch(std::string_view what, std::string_view word, const Enumeration& names) {
-  std::string text =
-      "there is no " + std::string(what) + " '" + std::string(word) + "'; it can be ";
-  const auto all = namesIn(names);
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    if (i != 0) text += i + 1 == all.size() ? " or " : ", ";
-    text += all[i];
-  }
-  return text;
-}
-
 // The place of the key in kPolicerKeys, or their number.
 std::size_t placeOf(std::string_view key) {
   const auto found = std::find_if(kPolicerKeys.begin(), kPolicerKeys.end(),
@@ -106,10 +87,10 @@ class PolicerReader {
     const std::string_view key = word_.substr(0, equals), value = word_.substr(equals + 1);
     if (const std::size_t i = placeOf(key); i < kPolicerKeys.size()) return readNumber(i, value);
     if (const auto color = parseName(kPolicerColors, key)) return readAction(*color, value);
+    std::vector<std::string_view> keys = kPolicerColors.all();
+    for (const PolicerKey& one : kPolicerKeys) keys.emplace_back(one.key);
     return fail(Code::kTextSyntax, key,
-                "there is no '" + std::string(key) +
-                    "' in a policer; it can be id, stage, mode, cir, cbs, pir, pbs, eir, ebs, red, "
-                    "yellow or green");
+                "a policer has no value " + inQuotes(key) + suggestion(key, keys));
   }
 
   bool readBareWord() {
@@ -118,16 +99,15 @@ class PolicerReader {
       return fail(Code::kTextSyntax, word_.substr(word_.size()),
                   std::string(word_) + " needs '=' and a value");
     }
-    return fail(Code::kTextSyntax, word_, noSuch("mode", word_, kPolicerModes));
+    return fail(Code::kTextSyntax, word_, noName("mode", kPolicerModes, word_, 32));
   }
 
   bool readNumber(std::size_t i, std::string_view value) {
     const auto& [key, names] = kPolicerKeys[i];
     const auto number = names != nullptr ? parseName(*names, value) : parseNumber(value, 32);
     if (number) return set(i, *number);
-    return fail(
-        Code::kTextValue, value,
-        names != nullptr ? noSuch(key, value, *names) : "a number of up to 32 bits is wanted");
+    return fail(Code::kTextValue, value,
+                names != nullptr ? noName(key, *names, value, 32) : noNumber(value, 32));
   }
 
   bool set(std::size_t i, std::uint32_t number) {
@@ -146,7 +126,7 @@ class PolicerReader {
     const auto type = parseName(kPolicerActionTypes, text.substr(0, colon));
     if (!type) {
       return fail(Code::kTextValue, text,
-                  noSuch("action", text.substr(0, colon), kPolicerActionTypes));
+                  noName("action", kPolicerActionTypes, text.substr(0, colon), 32));
     }
     PolicerAction action{color, *type, 0};
     if (hasCodePoint(*type)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "catalogue/in_quotes.h"
 #include "group_builder.h"
 #include "policer_text.h"
 #include "report/hex.h"
@@ -12,18 +13,23 @@ namespace {
 
 using namespace FiltersCommon;
 
+constexpr char kFirstLine[] = "the first line must be `filter-groups 1`";
+constexpr char kGroupExample[] = "`group 1 priority=10 stage=ingress type=3`";
+constexpr char kEntryExample[] = "`entry 10 priority=100 if ttl=1 then deny`";
+
 class TextReader {
  public:
-  TextReader(std::string_view text, std::size_t max_findings)
-      : rest_(text), groups_(max_findings) {}
+  TextReader(std::string_view text, GroupBuilder* groups) : rest_(text), groups_(*groups) {
+    constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
+    if (rest_.substr(0, kMark.size()) == kMark) rest_.remove_prefix(kMark.size());
+  }
 
-  ParsedGroups read() {
+  void read() {
     nextLine();
-    if (readVersion()) {
-      while (nextLine()) readLine();
-      if (in_group_) groups_.endGroup();
-    }
-    return groups_.finish();
+    while (word_.empty() && nextLine()) continue;
+    if (!readVersion()) return;
+    while (nextLine()) readLine();
+    if (in_group_) groups_.endGroup();
   }
  private:
   // Goes to the next line and drops its comment. Returns false after the last line.
@@ -33,6 +39,7 @@ class TextReader {
     const std::size_t end = std::min(rest_.find('\n'), rest_.size());
     line_ = rest_.substr(0, end);
     rest_.remove_prefix(std::min(end + 1, rest_.size()));
+    if (!line_.empty() && line_.back() == '\r') line_.remove_suffix(1);
     const std::size_t comment = std::min(line_.find('#'), line_.size());
     words_ = line_.substr(0, comment);
     const std::size_t zero = line_.find('\0', comment);
@@ -52,20 +59,20 @@ class TextReader {
   TextPosition positionOf(std::string_view piece) const {
     return {position_.line, static_cast<std::size_t>(piece.data() - line_.data()) + 1};
   }
+  // Reports that a piece of the line is wrong.
   bool fail(Code code, std::string_view piece, std::string message) {
-    if (!piece.empty() && piece.back() == '\r') message = "a carriage return ends no line here";
     const std::size_t zero = piece.find('\0');
     if (zero != piece.npos) {
-      piece.remove_prefix(zero);
+      piece = piece.substr(zero, 1);
       code = Code::kTextSyntax;
       message = kZeroByte;
+    } else if (piece.find('\r') != piece.npos) {
+      message = "a carriage return stands inside of the line";
     }
-    groups_.fail(code, positionOf(piece), std::move(message));
+    groups_.fail(code, positionOf(piece), piece, std::move(message));
     return false;
   }
-  bool wanted(const std::string& what) {
-    return fail(Code::kTextSyntax, word_, what + " is wanted");
-  }
+  bool failWord(std::string message) { return fail(Code::kTextSyntax, word_, std::move(message)); }
 
   bool take(std::string_view word) {
     if (word_ != word) return false;
@@ -74,12 +81,13 @@ class TextReader {
   }
 
   bool readVersion() {
-    if (!take("filter-groups")) return wanted("'filter-groups' and a version");
+    if (!take("filter-groups")) return failWord(kFirstLine);
     if (word_ != std::to_string(kTextVersion)) {
-      return fail(Code::kTextVersion, word_, "only version 1 is read here");
+      return fail(Code::kTextVersion, word_,
+                  std::string("only version 1 is read here: ") + kFirstLine);
     }
     nextWord();
-    return word_.empty() || wanted("the end of the line");
+    return word_.empty() || failWord(std::string(kFirstLine) + " alone");
   }
 
   void readLine() {
@@ -89,26 +97,44 @@ class TextReader {
     // it.
     if (word_ == "group" || (word_ != "entry" && words_.find("stage=") != words_.npos)) {
       beginGroup(position);
+      example_ = kGroupExample;
       if (!take("group")) {
-        wanted("'group' or 'entry'");
+        failFirstWord();
       } else if (readHead() && !word_.empty()) {
-        wanted("the end of the line");
+        failWord(std::string("the line of a group ends behind its type, as in ") + kGroupExample);
       }
       return;
     }
     // Every other line counts as an entry, so that faults of other entries are still found.
+    example_ = kEntryExample;
     const bool isEntry = take("entry");
     if (isEntry && !in_group_) {
       beginGroup(position);
-      groups_.fail(Code::kTextSyntax, position, "an entry before any group");
+      groups_.fail(
+          Code::kTextSyntax, position, "entry",
+          std::string("an entry follows a group: first write a line like ") + kGroupExample);
     }
     groups_.beginEntry(position);
     if (!isEntry) {
-      wanted("'group' or 'entry'");
+      failFirstWord();
     } else if (readEntry() && !word_.empty()) {
-      wanted("a match, action or counter, 'then', 'count', 'police' or 'parent'");
+      failMisplaced();
     }
     groups_.endEntry();
+  }
+
+  void failFirstWord() {
+    failWord("no line begins with " + inQuotes(word_) + suggestion(word_, {"group", "entry"}));
+  }
+
+  void failMisplaced() {
+    const char* place = fromName<filtersMatch_t>(word_.substr(0, word_.find('=')))
+                            ? "matches stand behind `if`"
+                        : fromName<filtersAction_t>(word_.substr(0, word_.find('=')))
+                            ? "actions stand behind `then`"
+                        : atKeyword() ? "the order is `if`, `then`, `count`, `police`, `parent`"
+                                      : "`if` begins the matches and `then` the actions";
+    failWord(inQuotes(word_) + " is out of place: " + place);
   }
 
   void beginGroup(TextPosition position) {
@@ -122,10 +148,7 @@ class TextReader {
     const auto text = behind(key);
     if (!text) return std::nullopt;
     const auto value = parseNumber(*text, bits);
-    if (!value) {
-      fail(Code::kTextValue, *text,
-           "a number of up to " + std::to_string(bits) + " bits is wanted");
-    }
+    if (!value) fail(Code::kTextValue, *text, noNumber(*text, bits));
     nextWord();
     return value;
   }
@@ -134,13 +157,16 @@ class TextReader {
     const auto text = behind(key);
     if (!text) return std::nullopt;
     const auto value = parseName(kNamesOf<Enum>, *text);
-    if (!value) fail(Code::kTextValue, *text, "neither a name known here nor a number");
+    if (!value)
+      fail(Code::kTextValue, *text,
+           noName(key.substr(0, key.size() - 1), kNamesOf<Enum>, *text, 32));
     nextWord();
     return value;
   }
   std::optional<std::string_view> behind(std::string_view key) {
     if (word_.empty() || word_.substr(0, key.size()) != key) {
-      wanted(key.empty() ? "a number" : '\'' + std::string(key) + '\'');
+      failWord((key.empty() ? "an id" : '`' + std::string(key) + '`') +
+               " is missing here; an example is " + example_);
       return std::nullopt;
     }
     return word_.substr(key.size());
@@ -198,23 +224,49 @@ class TextReader {
     const std::string_view name = word_.substr(0, equals);
     std::string_view value = word_.substr(std::min(equals + 1, word_.size()));
     if constexpr (std::is_same_v<CodeEnum, filtersMatch_t>) {
-      if (name == "dscp") return readDscp(value, messages);
+      if (name == kDscp) return readDscp(value, messages);
     }
     const auto code = fromName<CodeEnum>(name);
-    if (!code) return fail(Code::kTextSyntax, name, "no such name is known here");
+    if (!code) return failName<CodeEnum>(name);
     const FormRow& row = *formOf(*code);
     if ((row.form == ValueForm::kFlag) != (equals == word_.size())) {
-      return fail(
-          Code::kTextSyntax, word_.substr(equals),
-          row.form == ValueForm::kFlag ? "no value may stand here" : "'=' and a value is wanted");
+      return failValue(name, row, equals);
     }
     auto* message = addNew(*code, messages);
     if (message == nullptr) return false;
     if (const auto fault = readValue(row, value, message)) {
-      return fail(Code::kTextValue, value.substr(fault->at), fault->why);
+      return fail(Code::kTextValue, fault->word, fault->why);
     }
     nextWord();
     return true;
+  }
+
+  // Reports that a value is missing, or that there is one too many, at this place in the word.
+  bool failValue(std::string_view name, const FormRow& row, std::size_t at) {
+    return fail(
+        Code::kTextSyntax, word_.substr(at),
+        std::string(name) +
+            (row.form == ValueForm::kFlag ? " takes no value" : " needs `=` and " + describe(row)));
+  }
+
+  // Reports a word that is no name of a match or an action.
+  template <class CodeEnum>
+  bool failName(std::string_view name) {
+    constexpr bool isMatch = std::is_same_v<CodeEnum, filtersMatch_t>;
+    if (isMatch && fromName<filtersAction_t>(name)) {
+      return failWord(inQuotes(name) + " is an action: write `then` before the first action");
+    }
+    if (!isMatch && (fromName<filtersMatch_t>(name) || name == kDscp)) {
+      return failWord(inQuotes(name) + " is a match: matches stand behind `if`, before `then`");
+    }
+    std::vector<std::string_view> names = kNamesOf<CodeEnum>.all();
+    if (isMatch) names.insert(names.end(), {kDscp, "then"});
+    names.push_back("count");
+    return fail(
+        Code::kTextSyntax, name,
+        std::string("there is no ") + (isMatch ? "match " : "action ") + inQuotes(name) +
+            suggestion(name, names,
+                       isMatch ? "filter-inspect names matches" : "filter-inspect names actions"));
   }
 
   // Returns null and reports a fault if the entry already has this code.
@@ -234,8 +286,11 @@ class TextReader {
   // Reads `dscp`, which is another way to write a ToS, like the library's class MatchDSCP.
   template <class Messages>
   bool readDscp(std::string_view value, Messages* messages) {
-    const auto dscp = parseNumber(value, 6);
-    if (!dscp) return fail(Code::kTextValue, value, "a number of up to 6 bits is wanted");
+    if (word_ == kDscp) return failValue(kDscp, kDscpRow, kDscp.size());
+    const auto dscp = parseName(kDscpRow.names, value, kDscpRow.bits);
+    if (!dscp) {
+      return fail(Code::kTextValue, value, noName(kDscp, kDscpRow.names, value, kDscpRow.bits));
+    }
     auto* message = addNew(FILTERS_MATCH_TOS, messages);
     if (message == nullptr) return false;
     MatchDSCP(static_cast<unsigned char>(*dscp)).convertToMatchPB(message);
@@ -247,11 +302,16 @@ class TextReader {
     const std::size_t equals = std::min(word_.find('='), word_.size());
     const auto id = parseNumber(word_.substr(0, equals), 16);
     if (!id || equals == word_.size()) {
-      return wanted("a counter's id of up to 16 bits, '=' and its type");
+      return failWord("a counter is its id, from 0 to 65535, and its type, as in `1=packets`");
     }
     const std::string_view text = word_.substr(equals + 1);
     const auto type = parseCounterType(text);
-    if (!type) return fail(Code::kTextValue, text, "neither a counter's type nor a number");
+    if (!type) {
+      const bool isNumber = text.find_first_of("-0123456789") == 0;
+      return fail(Code::kTextValue, text,
+                  isNumber ? inQuotes(text) + " is no signed number of 32 bits"
+                           : noName("counter type", kNamesOf<counter_type_t>, text, 32));
+    }
     counter->set_id(static_cast<std::int32_t>(*id));
     counter->set_type(*type);
     nextWord();
@@ -261,11 +321,16 @@ class TextReader {
   template <class Set>
   bool readPolicer(std::string_view keyword, Set set) {
     if (!take(keyword)) return true;
-    if (word_.empty()) return wanted("the policer's values in braces, its bytes, or '-'");
+    if (word_.empty()) {
+      return failWord('`' + std::string(keyword) + "` needs a policer, as in `" +
+                      std::string(keyword) + " {id=10 stage=ingress flow cir=1000 cbs=1500}`");
+    }
     if (word_.front() == '{') return readPolicerValues(set);
     auto bytes = parseHex(word_ == "-" ? std::string_view() : word_);
-    if (!bytes)
-      return fail(Code::kTextValue, word_, "bytes in pairs of hexadecimal digits are wanted");
+    if (!bytes) {
+      return fail(Code::kTextValue, word_,
+                  inQuotes(word_) + " is not bytes: write pairs of hexadecimal digits");
+    }
     set(std::move(*bytes));
     nextWord();
     return true;
@@ -294,14 +359,23 @@ class TextReader {
   std::string_view words_;  // the rest of the line, after word_
   std::string_view word_;
   TextPosition position_ = {0, 1};
+  const char* example_ = kEntryExample;  // for the current line
   bool in_group_ = false;
-  GroupBuilder groups_;
+  GroupBuilder& groups_;
 };
 
 }  // namespace
 
 ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings) {
-  return TextReader(text, max_findings).read();
+  GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);
+  TextReader(text, &groups).read();
+  return groups.finish();
+}
+
+ParsedBytes groupBytesFromText(std::string_view text, std::size_t max_findings) {
+  GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
+  TextReader(text, &groups).read();
+  return groups.finishBytes();
 }
 
 ParsedGroups groupsFromText(std::string_view text) {

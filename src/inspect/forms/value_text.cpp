@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 
+#include "catalogue/in_quotes.h"
 #include "interface_ids.h"
 #include "message_fields.h"
 #include "report/hex.h"
@@ -55,22 +56,18 @@ class ValueReader {
   }
  private:
   void fail(std::string_view piece, std::string why) {
-    if (!fault_) fault_ = {std::move(why), static_cast<std::size_t>(piece.data() - text_.data())};
-  }
-
-  void failNumber(std::string_view piece) {
-    fail(piece, "a number of up to " + std::to_string(row_.bits) + " bits is wanted");
+    if (!fault_) fault_ = {std::move(why), piece};
   }
 
   // The value of a number or name; 0 and a fault if there is none.
   std::uint32_t number(std::string_view piece) {
     const auto value = parseNumber(piece, row_.bits);
-    if (!value) failNumber(piece);
+    if (!value) fail(piece, noNumber(piece, row_.bits));
     return value.value_or(0);
   }
-  std::uint32_t named(std::string_view piece) {
-    const auto value = parseName(row_.names, piece);
-    if (!value) fail(piece, "neither a name known here nor a number");
+  std::uint32_t named(std::string_view piece, unsigned bits) {
+    const auto value = parseName(row_.names, piece, bits);
+    if (!value) fail(piece, noName("value", row_.names, piece, bits));
     return value.value_or(0);
   }
 
@@ -81,7 +78,9 @@ class ValueReader {
       comma = list.find(',');
       use(list.substr(0, comma));
       if (comma == list.npos) return;
-      if (comma + 1 == list.size()) return fail(list.substr(comma), "nothing behind the comma");
+      if (comma + 1 == list.size()) {
+        return fail(list.substr(comma), "a value is missing behind the comma");
+      }
     }
   }
 
@@ -89,22 +88,32 @@ class ValueReader {
   template <class Use>
   void pair(char sign, Use use) {
     const std::size_t at = text_.find(sign);
-    if (at == text_.npos) {
-      return fail(text_.substr(text_.size()),
-                  std::string("a second part behind '") + sign + "' is wanted");
-    }
+    if (at == text_.npos) return fail(text_.substr(text_.size()), "write " + describe(row_));
     setNumber(message_, row_.fields[0], use(text_.substr(0, at)));
     setNumber(message_, row_.fields[1], use(text_.substr(at + 1)));
+  }
+
+  // A decimal number behind the slash might be meant as the length of a mask.
+  void readPort() {
+    const std::size_t slash = std::min(text_.find('/'), text_.size());
+    const std::string_view port = text_.substr(0, slash), mask = text_.substr(slash);
+    setNumber(message_, row_.fields[0], number(port));
+    if (!mask.empty() && (mask.size() < 3 || mask.substr(1, 2) != "0x")) {
+      return fail(mask, "write " + std::string(port) +
+                            " for the port alone, or a mask in hexadecimal as in " +
+                            std::string(port) + "/0xff00");
+    }
+    setNumber(message_, row_.fields[1], mask.empty() ? 0xffff : number(mask.substr(1)));
   }
 
   void readAddress() {
     const std::size_t slash = text_.find('/');
     const std::string_view text = text_.substr(0, slash);
     const auto bytes = parseAddress(row_.form, text);
-    if (!bytes) return fail(text, "this is no address of the kind wanted");
+    if (!bytes) return fail(text, inQuotes(text) + " is not " + describe(row_));
     setAddress(message_, row_.fields[0], row_.form, *bytes);
     if (row_.fields[1] == 0) {
-      if (slash != text_.npos) fail(text_.substr(slash), "no mask may stand here");
+      if (slash != text_.npos) fail(text_.substr(slash), "this address takes no mask");
       return;
     }
     auto mask = std::optional(prefixMask(row_.bits));
@@ -116,29 +125,34 @@ class ValueReader {
     if (auto mask = parseAddress(row_.form, text)) return mask;
     const auto length = row_.form == ValueForm::kMac ? std::nullopt : parseNumber(text, 8);
     if (length && *length <= row_.bits) return prefixMask(*length);
-    fail(text, "this is no mask for the address");
+    fail(text, inQuotes(text) + " is no mask: write " +
+                   (row_.form == ValueForm::kMac
+                        ? "an address, as in /ff:ff:ff:00:00:00"
+                        : "a length from 0 to " + std::to_string(row_.bits) + ", or an address"));
     return std::nullopt;
   }
 
   void readLimids() {
     const std::size_t end = text_.find(']');
     if (text_.empty() || text_[0] != '[' || end == text_.npos) {
-      return fail(text_, "a list in square brackets is wanted");
+      return fail(text_, inQuotes(text_) + " is no list: write " + describe(row_));
     }
     each(text_.substr(1, end - 1),
          [&](std::string_view piece) { addNumber(message_, row_.fields[0], number(piece)); });
     const std::string_view rest = text_.substr(end + 1);
     if (rest.empty()) return;
     if (rest.size() == 1 || rest[0] != '!' || row_.fields[1] == 0) {
-      return fail(rest, "nothing of this kind may follow the list");
+      return fail(rest, row_.fields[1] == 0
+                            ? "nothing may follow the list"
+                            : "only kinds of port to leave out may follow the list, as in !cpu");
     }
     each(rest.substr(1),
-         [&](std::string_view piece) { addNumber(message_, row_.fields[1], named(piece)); });
+         [&](std::string_view piece) { addNumber(message_, row_.fields[1], named(piece, 32)); });
   }
 
   void readNumbers() {
     if (text_.size() < 2 || text_.front() != '{' || text_.back() != '}') {
-      return fail(text_, "a set in braces is wanted");
+      return fail(text_, inQuotes(text_) + " is no set: write " + describe(row_));
     }
     each(text_.substr(1, text_.size() - 2),
          [&](std::string_view piece) { addNumber(message_, row_.fields[0], number(piece)); });
@@ -153,17 +167,21 @@ class ValueReader {
       case ValueForm::kNumber:
       case ValueForm::kHexadecimal:
       case ValueForm::kLimid:
-        return setNumber(message_, row_.fields[0], number(text_));
+        return setNumber(message_, row_.fields[0],
+                         row_.names.all == nullptr ? number(text_) : named(text_, row_.bits));
       case ValueForm::kName:
-        return setNumber(message_, row_.fields[0], named(text_));
+        return setNumber(message_, row_.fields[0], named(text_, 32));
       case ValueForm::kBoolean:
-        if (text_ != "true" && text_ != "false") return fail(text_, "true or false is wanted");
+        if (text_ != "true" && text_ != "false") {
+          return fail(text_, inQuotes(text_) + " is not " + describe(row_));
+        }
         return setNumber(message_, row_.fields[0], text_ == "true" ? 1 : 0);
       case ValueForm::kMac:
       case ValueForm::kIPv4:
       case ValueForm::kIPv6:
         return readAddress();
       case ValueForm::kPortMask:
+        return readPort();
       case ValueForm::kVlanInfo:
         return pair('/', asNumber);
       case ValueForm::kPortRange:
@@ -261,6 +279,57 @@ std::optional<ValueFault> readValue(const FormRow& row, std::string_view text,
   return ValueReader(row, text, message).read();
 }
 
+std::string describe(const FormRow& row) {
+  switch (row.form) {
+    case ValueForm::kFlag:
+      return "no value";
+    case ValueForm::kNumber:
+    case ValueForm::kHexadecimal:
+      return "a number from 0 to " + std::to_string(mostOf(row.bits)) +
+             (row.names.all == nullptr ? "" : " or a name");
+    case ValueForm::kName:
+      return "a name or a number";
+    case ValueForm::kBoolean:
+      return "true or false";
+    case ValueForm::kMac:
+      return "a MAC address, as in 00:1b:21:0a:ff:42";
+    case ValueForm::kIPv4:
+      return "an IPv4 address, as in 192.0.2.1";
+    case ValueForm::kIPv6:
+      return "an IPv6 address, as in 2001:db8::1";
+    case ValueForm::kPortMask:
+      return "a port, as in 179";
+    case ValueForm::kPortRange:
+      return "the first and the last port, as in 1000-2000";
+    case ValueForm::kNumbers:
+      return "a set in braces, as in {1,2}";
+    case ValueForm::kLimid:
+      return "an interface id, as in 0x01000003";
+    case ValueForm::kLimids:
+      return "interface ids in square brackets, as in [0x01000003,0x01000004]";
+    case ValueForm::kVlanInfo:
+      return "two numbers, as in 1/2";
+    case ValueForm::kMplsPorts:
+      return "two interface ids, as in 0x03000007/0x01000003";
+  }
+  return {};
+}
+
+std::string noNumber(std::string_view text, unsigned bits) {
+  const std::string range = " number from 0 to " + std::to_string(mostOf(bits));
+  if (text.empty()) return 'a' + range + " is missing";
+  const bool startsWithZero =
+      text.size() > 1 && text[0] == '0' && text.find_first_not_of("0123456789") == text.npos;
+  if (startsWithZero) return inQuotes(text) + " begins with a zero, which decimal numbers do not";
+  return inQuotes(text) + " is no" + range;
+}
+
+std::string noName(std::string_view kind, const Enumeration& names, std::string_view text,
+                   unsigned bits) {
+  if (text.find_first_of("-0123456789") == 0) return noNumber(text, bits);
+  return "there is no " + std::string(kind) + ' ' + inQuotes(text) + suggestion(text, names.all());
+}
+
 // A leading zero is refused, since it makes a number octal elsewhere.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits) {
   int base = 10;
@@ -277,9 +346,10 @@ std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits) {
   return value;
 }
 
-std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text) {
+std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text,
+                                       unsigned bits) {
   const auto value = names.fromName(text);
-  return value ? value : parseNumber(text, 32);
+  return value ? value : parseNumber(text, bits);
 }
 
 std::optional<std::int32_t> parseCounterType(std::string_view text) {

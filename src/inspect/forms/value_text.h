@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,18 +36,32 @@ std::string textOf(const CounterPB& counter);
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);
 std::string valueText(const FormRow& row, const AnyMessage& message);
 
-// The reason why a text is no value of the row, and its place in the text.
+// The reason why a text is no value of the row, and the part of the text that is wrong.
 struct ValueFault {
   std::string why;
-  std::size_t at = 0;
+  std::string_view word;
 };
 // Sets the message's fields, but not its code.
 std::optional<ValueFault> readValue(const FormRow& row, std::string_view text, AnyMessage* message);
 
+// The largest number of so many bits.
+constexpr std::uint32_t mostOf(unsigned bits) {
+  return bits < 32 ? (std::uint32_t{1} << bits) - 1 : std::numeric_limits<std::uint32_t>::max();
+}
+
+// What a value of the row is, for sentences: "a number from 0 to 255".
+std::string describe(const FormRow& row);
+std::string noNumber(std::string_view text, unsigned bits);  // "'256' is no number from 0 to 255"
+// A sentence for a text that is neither a name nor a number of that many bits: "there is no stage
+// 'x'; it can be ...".
+std::string noName(std::string_view kind, const Enumeration& names, std::string_view text,
+                   unsigned bits);
+
 // These functions read parts of values. A number is decimal, or hexadecimal after 0x. They return
 // nothing if the text is no number or the number has more bits. A name can also be a number.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits);
-std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text);
+std::optional<std::uint32_t> parseName(const Enumeration& names, std::string_view text,
+                                       unsigned bits = 32);
 std::optional<std::int32_t> parseCounterType(std::string_view text);  // signed, as in messages
 
 void appendNumber(std::uint32_t value, std::string* out);

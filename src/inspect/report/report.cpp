@@ -146,7 +146,7 @@ void write(const Finding& finding, JsonWriter* json) {
   }
   for (const auto& [key, text] :
        {std::pair("before", &finding.before), std::pair("after", &finding.after),
-        std::pair("witness", &finding.witness)}) {
+        std::pair("witness", &finding.witness), std::pair("word", &finding.word)}) {
     if (!text->empty()) write(key, std::string_view(*text), json);
   }
   for (const auto& [key, text] :

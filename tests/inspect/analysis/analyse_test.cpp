@@ -158,7 +158,7 @@ TEST(AnalyseTest, SaysEachSentence) {
       entry(53, 7, "ttl=3 parent 120e0804100018002000280030003800180278ffffffff0f") +
       entry(54, 7, "src_ipv4=10.0.0.0/8 then permit") +
       entry(55, 7, "src_ipv4=10.0.0.0/9 then set_pcp=1");
-  const std::string open = entry(63, 7, "dst_l4_port=179/0 then deny");
+  const std::string open = entry(63, 7, "dst_l4_port=179/0x0 then deny");
   const Order none = Order::kUnspecified, first = Order::kHighestPriority;
   const struct {
     Order order;
@@ -294,7 +294,7 @@ const Odd kOdd[] = {
      "16/0x10; write that if the mask is right\n"
      "match src_l4_port: '179/0x10': its mask has a hole, a 0 in front of a 1; write the mask "
      "0xfff0 if that was meant\n"},
-    {"ingress type=3", "if dst_l4_port=179/0 then permit",
+    {"ingress type=3", "if dst_l4_port=179/0x0 then permit",
      "match dst_l4_port: '179/0x0': its mask of 0 may mean that value alone; write 179/0xffff for "
      "that port, or leave the match out for every port\n"},
     {"ingress type=8", "if dst_ipv6=2001:db8:0:4::/48 then permit",

@@ -137,6 +137,9 @@ TEST(PacketTest, ReadsBackWhatItWrites) {
   }
   EXPECT_EQ(Packet::parse(" ttl=0x40\t src_ipv4=10.0.0.1\n", nullptr)->toText(),
             "src_ipv4=10.0.0.1 ttl=64");
+  EXPECT_EQ(Packet::parse("dscp=ef ip_protocol=icmpv6", nullptr)->toText(),
+            "ip_protocol=58 tos=184");
+  EXPECT_EQ(Packet::parse("dscp=none", nullptr)->toText(), "tos=none");
   for (std::string_view name : packetFieldNames()) {
     EXPECT_TRUE(Packet::parse(std::string(name) + "=none", nullptr)) << name;
   }
@@ -154,7 +157,12 @@ TEST(PacketTest, SaysWhatItCannotRead) {
       {"src_ipv4=7", Code::kTextValue},
       {"cpu_port=2", Code::kTextValue},
       {"vlan_tagging=None", Code::kTextValue},
+      {"srcipv4=1.2.3.4", Code::kTextValue},
+      {"ip_protocol=TCP", Code::kTextValue},
+      {"dscp=64", Code::kTextValue},
+      {"dst_l4_port=179/0xffff", Code::kTextValue},
       {"ttl=1 ttl=1", Code::kTextRepeated},
+      {"tos=1 dscp=1", Code::kTextRepeated},
       {"ttl=none ttl=1", Code::kTextRepeated},
   };
   catalogue::Sentences sentences;
@@ -171,6 +179,7 @@ TEST(PacketTest, SaysWhatItCannotRead) {
   EXPECT_FALSE(Packet::parse("ttl=1 a=1 b", &report));
   ASSERT_EQ(report.findings.size(), 2U);
   EXPECT_EQ(report.findings[0].path, "1:7");
+  EXPECT_EQ(report.findings[0].word, "a");
   EXPECT_EQ(report.findings[1].path, "1:11");
   report = {};
   EXPECT_FALSE(Packet::parse("a b c", &report, 1));

@@ -251,7 +251,7 @@ static void analyse(void) {
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
       "entry 10 priority=2 if ttl=3 then permit\n"
       "entry 20 priority=1 if ttl=3 ip_protocol=6 then deny\n"
-      "entry 30 priority=0 if dst_l4_port=179/0 then deny\n";
+      "entry 30 priority=0 if dst_l4_port=179/0x0 then deny\n";
   static const struct {
     int32_t order;
     const char* code;

@@ -16,22 +16,13 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 using Json = nlohmann::ordered_json;
 
-// The names of the values of an enumeration.
-std::vector<std::string> namesIn(const Enumeration& names) {
-  std::vector<std::string> list;
-  for (std::uint32_t value = 0; value < 256; ++value) {
-    if (const auto name = names.nameOf(value); !name.empty()) list.emplace_back(name);
-  }
-  return list;
-}
-
 // --- The schema ----------------------------------------------------------------------------------
 
 Json definition(const std::string& name) { return {{"$ref", "#/$defs/" + name}}; }
 Json number(unsigned bits) { return definition("number" + std::to_string(bits)); }
 
 Json nameOr(const Json& number, const Enumeration& names) {
-  return {{"oneOf", {{{"enum", namesIn(names)}}, number}}};
+  return {{"oneOf", {{{"enum", names.all()}}, number}}};
 }
 
 Json listOf(const Json& items) { return {{"type", "array"}, {"items", items}}; }
@@ -58,7 +49,7 @@ Json shapeOf(const FormRow& row) {
       return {{"type", "boolean"}};
     case ValueForm::kNumber:
     case ValueForm::kHexadecimal:
-      return number(row.bits);
+      return row.names.all == nullptr ? number(row.bits) : nameOr(number(row.bits), row.names);
     case ValueForm::kName:
       return nameOr(number(32), row.names);
     case ValueForm::kMac:
@@ -164,10 +155,12 @@ Json schema() {
 
 // --- The tables ----------------------------------------------------------------------------------
 
-std::string listed(const Enumeration& names) {
+std::string listed(const Enumeration& names, const char* end = ", ") {
   std::string list;
-  for (const std::string& name : namesIn(names)) list += '`' + name + "`, ";
-  return list;
+  for (const std::string_view name : names.all()) {
+    list.append(list.empty() ? "`" : ", `").append(name).append("`");
+  }
+  return list + end;
 }
 
 // The range of a value as text.
@@ -179,7 +172,7 @@ std::string rangeOf(const FormRow& row) {
       return "no value";
     case ValueForm::kNumber:
     case ValueForm::kHexadecimal:
-      return bits;
+      return row.names.all == nullptr ? bits : bits + ", or a name: " + listed(row.names, "");
     case ValueForm::kName:
       return listed(row.names) + "or a number";
     case ValueForm::kBoolean:
@@ -190,7 +183,7 @@ std::string rangeOf(const FormRow& row) {
     case ValueForm::kIPv6:
       return masked ? "a mask is a length or an address" : "no mask";
     case ValueForm::kPortMask:
-      return "port and mask, " + bits + " each";
+      return "port and hexadecimal mask, " + bits + " each; 0xffff if there is no mask";
     case ValueForm::kPortRange:
       return "both ends belong to it, " + bits + " each";
     case ValueForm::kNumbers:

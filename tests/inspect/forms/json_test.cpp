@@ -46,6 +46,8 @@ TEST(Json, ReadsWhatPeopleWrite) {
                               policer::Action(policer::ActionType{5}, policer::Color::Green, 0)})
                 .Serialize());
   const std::pair<std::string, std::string> same[] = {
+      {R"("matches": {"ip_protocol": "tcp"}, "actions": {"set_dscp": "ef"})",
+       R"("matches": {"ip_protocol": 6}, "actions": {"set_dscp": 46})"},
       {R"("matches": {}, "actions": {}, "counters": [])", R"("counters": [])"},
       {R"("actions": {"deny": true, "permit": true}, "matches": {"tos": 1})",
        R"("matches": {"tos": 1}, "actions": {"permit": true, "deny": true})"},
@@ -75,6 +77,9 @@ TEST(Json, RefusesMatches) {
   const std::pair<const char*, const char*> refused[] = {
       {R"("nothing": 1)", "3:13 text-syntax"},
       {R"("dscp": 1)", "3:13 text-syntax"},
+      {R"("ip_protocol": "tpc")", "3:28 text-value"},
+      {R"("ip_protocol": null)", "3:28 text-syntax"},
+      {R"("dst_l4_port": {"port": 179})", "3:40 text-syntax"},
       {R"("tos": 256)", "3:20 text-value"},
       {R"("tos": -1)", "3:20 text-value"},
       {R"("tos": 1.0)", "3:20 text-syntax"},

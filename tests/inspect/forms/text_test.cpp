@@ -144,8 +144,12 @@ TEST(Text, ReadsWhatPeopleWrite) {
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/32", "entry 1 priority=0 if src_ipv4=1.2.3.4"},
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/0 count 1=0x7fffffff 2=-2147483648",
        "entry 1 priority=0 if src_ipv4=1.2.3.4/0 count 1=2147483647 2=-2147483648"},
-      {"entry 1 priority=0 if tpid=33024 dst_l4_port=0xb3/65535",
+      {"entry 1 priority=0 if tpid=33024 dst_l4_port=0xb3",
        "entry 1 priority=0 if tpid=0x8100 dst_l4_port=179/0xffff"},
+      {"entry 1 priority=0 if dst_l4_port=179/0x0", "entry 1 priority=0 if dst_l4_port=179/0x0"},
+      {"entry 1 priority=0 if ip_protocol=tcp", "entry 1 priority=0 if ip_protocol=6"},
+      {"entry 1 priority=0 if ip_protocol=ipv6-icmp dscp=af41 then set_dscp=voice-admit",
+       "entry 1 priority=0 if ip_protocol=58 tos=136 then set_dscp=44"},
       {"entry 2 priority=0\nentry 1 priority=0 then deny permit",
        "entry 1 priority=0 then permit deny\nentry 2 priority=0"},
       {"entry 1 priority=0 count 2=octets 1=1", "entry 1 priority=0 count 1=packets 2=octets"},
@@ -162,6 +166,18 @@ TEST(Text, ReadsWhatPeopleWrite) {
     EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
     EXPECT_EQ(toText(parsed.groups), kHead + group + usual + '\n');
   }
+  // The ways in which editors write the same lines.
+  const std::string lines = "group 1 priority=2 stage=none type=4\nentry 1 priority=0\n";
+  for (const char* text :
+       {"\xef\xbb\xbf"
+        "filter-groups 1\r\ngroup 1 priority=2 stage=none type=4\r\n"
+        "entry 1 priority=0\r\n",
+        "# who wrote this\n\n \t\r\n\tfilter-groups 1  # and when\n\n"
+        "group 1 priority=2 stage=none type=4 # as it is\r\n\r\nentry 1 priority=0 #\r"}) {
+    const ParsedGroups parsed = groupsFromText(text);
+    EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
+    EXPECT_EQ(toText(parsed.groups), kHead + lines);
+  }
 }
 
 // Each row has lines of text and the expected findings. If the lines do not begin with a group, the
@@ -177,7 +193,8 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 allow", "3:20 text-syntax"},
       {"entry 1 priority=0 then permit if tos=1", "3:32 text-syntax"},
       {"entry 1 priority=0 police 00 police 00", "3:30 text-syntax"},
-      {"entry 1 priority=0\r", "3:18 text-value"},
+      {"entry 1 priority=0\r # a", "3:18 text-value"},
+      {"entry 1 priority=0 then count\rpermit", "3:25 text-syntax"},
       {"entry 1 priority=0 if nothing=1", "3:23 text-syntax"},
       {"entry 1 priority=0 if TOS=1", "3:23 text-syntax"},
       {"entry 1 priority=0 if all=1", "3:26 text-syntax"},
@@ -196,14 +213,28 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 if src_ipv4=1.2.3", "3:32 text-value"},
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/33", "3:40 text-value"},
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/", "3:40 text-value"},
-      {"entry 1 priority=0 if dst_l4_port=1", "3:36 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=1/16", "3:36 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=1/", "3:36 text-value"},
+      {"entry 1 priority=0 if dst_l4_port=1/0", "3:36 text-value"},
       {"entry 1 priority=0 if dst_l4_port=1/0x10000", "3:37 text-value"},
+      {"entry 1 priority=0 if ip_protocol=TCP", "3:35 text-value"},
+      {"entry 1 priority=0 if ip_protocol=256", "3:35 text-value"},
+      {"entry 1 priority=0 if dscp=af44", "3:28 text-value"},
+      {"entry 1 priority=0 if dscp", "3:27 text-syntax"},
+      {"entry 1 priority=0 if src_ip=1.2.3.4", "3:23 text-syntax"},
+      {"entry 1 priority=0 if permit", "3:23 text-syntax"},
+      {"entry 1 priority=0 if ttl=1 tehn permit", "3:29 text-syntax"},
+      {"entry 1 priority=0 then ttl=1", "3:25 text-syntax"},
+      {"entry 1 priority=0 then allow", "3:25 text-syntax"},
+      {"entry 1 priority=0 deny", "3:20 text-syntax"},
+      {"entry 1 priority=0 ttl=1", "3:20 text-syntax"},
+      {"entry 1 priority=0 count 1=packet", "3:28 text-value"},
       {"entry 1 priority=0 if dst_l4_port=a/b", "3:35 text-value"},
       {"entry 1 priority=0 if dst_l4_port_range=1-65536", "3:43 text-value"},
       {"entry 1 priority=0 if l2_src_entry_type=4294967296", "3:41 text-value"},
       {"entry 1 priority=0 if drop=1", "3:28 text-value"},
       {"entry 1 priority=0 if pcp={x,y}", "3:28 text-value"},
-      {"entry 1 priority=0 if dst_l4_port_range=2-1 dst_l4_port=1/0",
+      {"entry 1 priority=0 if dst_l4_port_range=2-1 dst_l4_port=1",
        "3:1 match-refused 3:1 entry-refused 3:1 match-not-admitted"},
       {"entry 1 priority=0 if dst_mac=00:00:00:00:00:0g", "3:31 text-value"},
       {"entry 1 priority=0 if dst_mac=00:00:00-00:00:00", "3:31 text-value"},
@@ -273,7 +304,8 @@ TEST(Text, RefusesAllElse) {
                   "2:45 text-syntax 3:1 text-syntax"),
         {kHead + "group 1 priority=0" + kZero + " stage=none type=none", "2:19 text-syntax"},
         {"", "1:1 text-syntax"},
-        {"group 1 priority=0 stage=none type=1", "1:1 text-syntax"},
+        {"group 1 priority=0 stage=none type=1\nrule", "1:1 text-syntax"},
+        {"\n# rules\n  filter-group 1\nrule", "3:3 text-syntax"},
         {"filter-groups", "1:14 text-version"},
         {"filter-groups 2\nsomething", "1:15 text-version"},
         {"filter-groups 1 2", "1:17 text-syntax"},
@@ -282,6 +314,36 @@ TEST(Text, RefusesAllElse) {
     said.add(groupsFromText(text).report);
   }
   said.expectGolden("sentences_text.txt");
+  for (const auto& [text, word] : {std::pair("if src_ip=1.2.3.4", "src_ip"),
+                                   {"if src_ipv4=1.2.3.4/33", "33"},
+                                   {"if dst_l4_port=179/16", "/16"},
+                                   {"if pcp={1,x}", "x"},
+                                   {"when ttl=1", "when"},
+                                   {"if vrf_id=1", ""}}) {
+    const auto findings =
+        groupsFromText(kHead + "group 1 priority=2 stage=none type=4\nentry 1 priority=0 " + text)
+            .report.findings;
+    ASSERT_FALSE(findings.empty()) << text;
+    EXPECT_EQ(findings[0].word, word);
+  }
+}
+
+// The bytes of entries that their group refuses are there for who asks for bytes.
+TEST(Text, GivesTheBytesThatAGroupRefuses) {
+  const std::string text =
+      kHead + "group 1 priority=2 stage=none type=1\n\n entry 7 priority=0 if ttl=1\n";
+  EXPECT_EQ(findingsOf(groupsFromText(text)), "4:2 entry-refused 4:2 match-not-admitted");
+  const ParsedBytes parsed = groupBytesFromText(text, 10);
+  EXPECT_TRUE(parsed.report.empty()) << parsed.report;
+  ASSERT_EQ(parsed.groups.size(), 1u);
+  FiltersGroupPB message;
+  EXPECT_TRUE(message.ParseFromString(parsed.groups[0]));
+  EXPECT_EQ(message.entries__size(), 1);
+  ASSERT_EQ(parsed.positions.size(), 1u);
+  EXPECT_EQ(toText(parsed.positions[0].of(7)), "4:2");
+  const ParsedBytes refused = groupBytesFromText(text + "entry", 10);
+  EXPECT_TRUE(refused.groups.empty());
+  EXPECT_EQ(refused.report.findings.size(), 1u);
 }
 
 // Any number of notes is no fault.

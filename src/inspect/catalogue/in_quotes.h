@@ -1,0 +1,15 @@
+#ifndef FILTER_INSPECT_SRC_CATALOGUE_IN_QUOTES_H_
+#define FILTER_INSPECT_SRC_CATALOGUE_IN_QUOTES_H_
+
+#include <string>
+#include <string_view>
+
+namespace FiltersInspect {
+
+// A word that somebody wrote, for a sentence: 'src_ip'. A long one ends in "...", and control
+// characters become question marks.
+std::string inQuotes(std::string_view word);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_CATALOGUE_IN_QUOTES_H_

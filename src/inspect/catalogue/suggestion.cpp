@@ -1,0 +1,83 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include <filter_inspect/filter_names.h>
+
+#include "in_quotes.h"
+
+namespace FiltersInspect {
+namespace {
+
+constexpr std::size_t kLongestName = 40;
+constexpr std::size_t kTwoLines = 150;
+
+char inLowerCase(char c) { return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// How many letters must be added, removed, changed or exchanged with the next one.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::array<std::array<std::size_t, kLongestName + 1>, 3> rows = {};
+  for (std::size_t j = 0; j <= b.size(); ++j) rows[0][j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    auto& row = rows[i % 3];
+    const auto &last = rows[(i + 2) % 3], &before = rows[(i + 1) % 3];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const char x = inLowerCase(a[i - 1]), y = inLowerCase(b[j - 1]);
+      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (x == y ? 0 : 1)});
+      const bool areExchanged =
+          i > 1 && j > 1 && x == inLowerCase(b[j - 2]) && inLowerCase(a[i - 2]) == y;
+      if (areExchanged) row[j] = std::min(row[j], before[j - 2] + 1);
+    }
+  }
+  return rows[a.size() % 3][b.size()];
+}
+
+// The nearest of the names; empty if none is near.
+std::string_view nearest(std::string_view word, const std::vector<std::string_view>& names) {
+  std::string_view best;
+  std::size_t least = kLongestName;
+  for (const std::string_view name : names) {
+    const std::size_t most = name.size() / 3;
+    if (name.size() > kLongestName || word.size() > name.size() + most ||
+        name.size() > word.size() + most) {
+      continue;
+    }
+    const std::size_t its = distance(word, name);
+    if (its > most || its >= least) continue;
+    best = name;
+    least = its;
+  }
+  return best;
+}
+
+std::string listOf(const std::vector<std::string_view>& names) {
+  std::string list;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i != 0) list += i + 1 == names.size() ? " or " : ", ";
+    list += names[i];
+  }
+  return list;
+}
+
+}  // namespace
+
+std::string suggestion(std::string_view word, const std::vector<std::string_view>& names,
+                       std::string_view command) {
+  const std::string_view near = nearest(word, names);
+  if (!near.empty()) return "; did you mean " + std::string(near) + '?';
+  const std::string list = listOf(names);
+  if (!list.empty() && list.size() <= kTwoLines) return "; it can be " + list;
+  return command.empty() ? std::string() : "; " + std::string(command) + " lists them";
+}
+
+std::string inQuotes(std::string_view word) {
+  constexpr std::size_t kMost = 60;
+  std::string text(word.substr(0, kMost));
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ') c = '?';
+  }
+  return '\'' + text + (word.size() > kMost ? "...'" : "'");
+}
+
+}  // namespace FiltersInspect
