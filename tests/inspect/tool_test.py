@@ -189,26 +189,20 @@ def capabilities():
     tables = [[re.split(r"[` ]*\|[` ]*", line)[1:-1] for line in part.split("\n") if line[:1] == "|"]
               for part in sections]
     matches, actions, types, policers = [[head] + rows for head, rule, *rows in tables]
-
-    def listed(names):
-        return ", ".join(re.sub("^FILTERS_(GROUP_TYPE|[A-Z]+)_", "", name).lower() for name in names)
-
-    def column(table, key):
-        return listed(row[0] for row in table if row[table[0].index(key)] == "x")
-
+    stages = types[0][1:]
+    of_policers = [["", *stages]]
+    for policer in ("Ingress", "Egress", "None"):
+        held = ["x" if f"`{policer}`" in f"`{row[1]}`" else "" for row in policers[1:]]
+        of_policers.append([policer, *held])
     text = ""
-    for stage, (_, of) in zip(types[0][1:], policers[1:]):
-        text += f"stage {stage.lower()} admits the types {column(types, stage)}\n"
-        text += f"stage {stage.lower()} admits the actions {column(actions, stage)}\n"
-        text += f"stage {stage.lower()} admits the policer stages {listed(sorted(of.split('` `')))}\n"
-    for name, *marks in types[1:]:
-        group_type = name.rpartition("_")[2]
-        admitted = column(matches, group_type)
-        text += f"type {group_type.lower()} admits "
-        text += f"the matches {admitted}\n" if admitted else "no matches\n"
-        stages = listed(stage for stage, mark in zip(types[0][1:], marks) if mark == "x")
-        text += f"type {group_type.lower()} lives in the stages {stages}\n"
-    return re.escape(text)
+    for table, names in ((matches, 2), (types, 1), (actions, 2), (of_policers, 1)):
+        text += r"[^\n]*:\n(type|stage) +" + " +".join(name.lower() for name in table[0][names:]) + r"\n"
+        for row in table[1:]:
+            name = re.sub("^FILTERS_(GROUP_TYPE|[A-Z]+)_", "", row[0]).lower()
+            marks = " +".join("x" if mark == "x" else r"\." for mark in row[names:])
+            text += rf"{name} +{marks}(  [^\n]*)?\n"
+        text += r"\n?"
+    return text
 
 
 NONE = ""
@@ -430,7 +424,7 @@ TABLE = [
     ("trace rules.txt --order=highest-priority --packet=ip_protocol=tcp", 1, ".*undecided: .*", NONE),
     ("trace rules.txt --order=highest-priority --packets=packets.txt", 1,
      "packets.txt:2: rules.txt:3:1: hit: entry 10 \\(permit\\)\n"
-     "packets.txt:4: rules.txt:2:1: undecided: 30 or 40 takes it \\(nothing .*\\)\n"
+     "packets.txt:4: rules.txt:2:1: undecided: 30 or 40 takes it; nothing [^\n]*\n"
      "packets.txt:5: rules.txt:2:1: miss\n", NONE),
     ("trace g.bin --order=highest-priority --packets=- <packets.txt", 1,
      "-:2: g.bin: group 1: [^\n]*\n-:2: g.bin: group 2: [^\n]*\n-:4: .*-:5: .*", NONE),
@@ -483,7 +477,8 @@ TABLE = [
      "stage egress admits the types none, 5.*\n.*policer stages egress, none\n", NONE),
     ("capabilities", 0, capabilities(), NONE),
     ("capabilities --stage=ingress --type=3", 0,
-     "(stage ingress admits [^\n]*\n){3}type 3 admits [^\n]*\ntype 3 lives in [^\n]*\n", NONE),
+     "(stage ingress admits [^\n]*\n(  [^\n]*\n)*){3}type 3 admits [^\n]*\n(  [^\n]*\n)+"
+     "type 3 lives in [^\n]*\n", NONE),
     ("capabilities one.bin", 0,
      "(one.bin: group 1: entry \\d+: fits ingress/3[^\n]*\n){6}one.bin: group 1: entry 1000: fits none/3 [^\n]*\n",
      NONE),

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "input.h"
+#include "table.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -85,6 +86,58 @@ Report tablesOf(const Options& options) {
     for (const filtersGroupType_t type : types) addType(type, &report);
   }
   return report;
+}
+
+// --- The matrix -------------------------------------------------------------------------------
+
+// A table with x where the column admits the row. `wordsOf` may say more about a row.
+template <class Row, class Column, class Admits>
+std::string matrixOf(const char* title, const Admits& admits,
+                     std::string_view (*wordsOf)(Row) = nullptr) {
+  std::string text, head = title;
+  std::size_t first = head.size();
+  for (const auto& [code, name] : namesOf<Row>()) first = std::max(first, name.size());
+  head.append(first - head.size(), ' ');
+  for (const auto& [code, name] : namesOf<Column>()) head.append("  ").append(name);
+  text = head + '\n';
+  for (const auto& [code, name] : namesOf<Row>()) {
+    std::string line(name);
+    line.append(first - line.size(), ' ');
+    for (const auto& [column, its] : namesOf<Column>()) {
+      line.append(1 + its.size(), ' ').append(1, admits(code, column) ? 'x' : '.');
+    }
+    if (wordsOf != nullptr) line.append("  ").append(wordsOf(code));
+    text += line + '\n';
+  }
+  return text;
+}
+
+// What every stage and type admits.
+std::string matrices() {
+  const auto ofStage = [](filtersGroupStage_t stage) {
+    return capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);
+  };
+  const auto hasMatch = [](filtersMatch_t match, filtersGroupType_t type) {
+    return capabilityOf(FILTERS_GROUP_STAGE_NONE, type).matches.count(match) != 0;
+  };
+  const auto hasAction = [&](filtersAction_t action, filtersGroupStage_t stage) {
+    return ofStage(stage).actions.count(action) != 0;
+  };
+  const auto hasType = [&](filtersGroupType_t type, filtersGroupStage_t stage) {
+    return ofStage(stage).types.count(type) != 0;
+  };
+  const auto hasPolicer = [&](policer::Stage policer, filtersGroupStage_t stage) {
+    const auto its = ofStage(stage).policers;
+    return std::find(its.begin(), its.end(), policer) != its.end();
+  };
+  return "The matches that each type admits:\n" +
+         matrixOf<filtersMatch_t, filtersGroupType_t>("type", hasMatch) +
+         "\nThe types that each stage admits:\n" +
+         matrixOf<filtersGroupType_t, filtersGroupStage_t>("stage", hasType, describe) +
+         "\nThe actions that each stage admits:\n" +
+         matrixOf<filtersAction_t, filtersGroupStage_t>("stage", hasAction) +
+         "\nThe stages of policers that each stage admits:\n" +
+         matrixOf<policer::Stage, filtersGroupStage_t>("stage", hasPolicer);
 }
 
 Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& types) {
@@ -176,7 +229,13 @@ Exit runCapabilities(const Options& options, Console* console) {
     console->write({{"", {}, tables}});
     return kExitFine;
   }
-  for (const Finding& finding : tables.findings) console->writeLine(finding.message);
+  if (options.stage.empty() && options.type.empty()) {
+    console->write(matrices());
+    return kExitFine;
+  }
+  for (const Finding& finding : tables.findings) {
+    console->writeLine(wrapped(finding.message, console->width(), 2));
+  }
   return kExitFine;
 }
 

@@ -101,34 +101,35 @@ std::size_t widestOf(const std::vector<std::string_view>& lines) {
   return width;
 }
 
-// A column at a place and width of its own.
+// A column at a width of its own, and at the next width to which its cells could be broken.
 struct Drawn {
   const Column* column;
-  std::size_t width = 0;
-  std::size_t narrower = 0;  // the next width to which its cells could be broken; 0 if none
-  std::size_t added = 0;     // the number of lines that this would add to cells
+  std::size_t width = 0, narrower = 0;  // `narrower` is 0 if there is none
+  std::vector<std::size_t> heights;     // the number of lines of each cell
+  std::vector<std::size_t> higher;      // the same if the column becomes narrower
 
-  explicit Drawn(const Column* its) : column(its) {
+  explicit Drawn(const Column* its) : column(its), heights(its->cells.size(), 1) {
     for (const std::string& cell : its->cells) width = std::max(width, cell.size());
     width = std::max(width, widestOf(linesOf(its->name, kInHeadings, std::max(width, kHeading))));
     plan();
   }
 
-  std::vector<std::string_view> lines(std::size_t i, std::size_t most) const {
-    return linesOf(column->cells[i], kInCells, most);
+  std::vector<std::string_view> lines(std::size_t i) const {
+    return linesOf(column->cells[i], kInCells, width);
   }
   void narrow() {
     width = narrower;
+    heights.swap(higher);
     plan();
   }
  private:
   void plan() {
     narrower = std::min(kHeading, column->name.size());
-    added = 0;
-    for (std::size_t i = 0; i < column->cells.size(); ++i) {
-      const auto broken = lines(i, width - 1);
+    higher.clear();
+    for (const std::string& cell : column->cells) {
+      const auto broken = linesOf(cell, kInCells, width - 1);
       narrower = std::max(narrower, widestOf(broken));
-      added += broken.size() - lines(i, width).size();
+      higher.push_back(broken.size());
     }
     narrower = std::max(narrower, widestOf(linesOf(column->name, kInHeadings, narrower)));
     if (narrower >= width) narrower = 0;
@@ -145,16 +146,48 @@ struct Layout {
     return width - std::min(width, kGap);
   }
 
-  // Makes columns narrower until the table fits. Returns false if that is impossible.
+  // The number of lines of each row, without those below it.
+  std::vector<std::size_t> heights() const {
+    std::vector<std::size_t> heights = in_row[0].heights;
+    for (const Drawn& one : in_row) {
+      for (std::size_t i = 0; i < heights.size(); ++i) {
+        heights[i] = std::max(heights[i], one.heights[i]);
+      }
+    }
+    return heights;
+  }
+
+  // The number of lines of the table.
+  std::size_t height() const {
+    std::size_t height = 0;
+    for (const std::size_t lines : heights()) height += lines;
+    for (const Drawn& one : below) {
+      for (const std::string& cell : one.column->cells) height += cell.empty() ? 0 : 1;
+    }
+    return height;
+  }
+
+  // Makes columns narrower until the table fits, each time the one that adds the fewest lines for
+  // the letters that it saves. Returns false if that is impossible.
   bool fit(std::size_t most) {
-    const auto cost = [](const Drawn& one) {
-      return one.narrower == 0 ? SIZE_MAX : kCost * one.added / (one.width - one.narrower);
-    };
     while (width() > most) {
-      const auto best =
-          std::min_element(in_row.begin(), in_row.end(),
-                           [&](const Drawn& a, const Drawn& b) { return cost(a) < cost(b); });
-      if (best->narrower == 0) return false;
+      const std::vector<std::size_t> rows = heights();
+      const auto cost = [&rows](const Drawn& one) {
+        if (one.narrower == 0) return SIZE_MAX;
+        std::size_t added = 0;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+          added += std::max(one.higher[i], rows[i]) - rows[i];
+        }
+        return kCost * added / (one.width - one.narrower);
+      };
+      Drawn* best = nullptr;
+      std::size_t least = SIZE_MAX;
+      for (Drawn& one : in_row) {
+        const std::size_t its = cost(one);
+        if (its < least) best = &one;
+        least = std::min(least, its);
+      }
+      if (best == nullptr) return false;
       best->narrow();
     }
     return true;
@@ -173,18 +206,6 @@ struct Layout {
     std::sort(below.begin(), below.end(),
               [](const Drawn& a, const Drawn& b) { return a.column < b.column; });
     return true;
-  }
-
-  // The number of lines of all rows.
-  std::size_t height() const {
-    std::size_t height = 0;
-    for (std::size_t i = 0; i < in_row[0].column->cells.size(); ++i) {
-      std::size_t lines = 1;
-      for (const Drawn& one : in_row) lines = std::max(lines, one.lines(i, one.width).size());
-      for (const Drawn& one : below) lines += one.column->cells[i].empty() ? 0 : 1;
-      height += lines;
-    }
-    return height;
   }
 };
 
@@ -312,7 +333,7 @@ std::string drawn(std::vector<Column> columns, std::size_t width) {
   drawCells(layout.in_row, cells, true, &text);
   for (std::size_t i = 0; i < columns[0].cells.size(); ++i) {
     cells.clear();
-    for (const Drawn& one : layout.in_row) cells.push_back(one.lines(i, one.width));
+    for (const Drawn& one : layout.in_row) cells.push_back(one.lines(i));
     drawCells(layout.in_row, cells, false, &text);
     for (const Drawn& one : layout.below) {
       const std::string& cell = one.column->cells[i];

@@ -240,9 +240,10 @@ std::string candidatesText(const Trace& trace) {
   }
   std::string text = trace.may_be_none ? "no entry" : sure.empty() ? listed(others) : listed(sure);
   text += " takes it";
-  if (sure.size() > 1) text += " (nothing says which comes first)";
-  if (others.empty() || (sure.empty() && !trace.may_be_none)) return text;
-  return text + ", unless " + listed(others) + " does";
+  const bool isUnless = !others.empty() && (trace.may_be_none || !sure.empty());
+  if (isUnless) text += ", unless " + listed(others) + " does";
+  if (sure.size() > 1) text += "; nothing says which of " + listed(sure) + " comes first";
+  return text;
 }
 
 }  // namespace

@@ -114,11 +114,11 @@ std::string_view describe(filtersGroupType_t type) {
     case FILTERS_GROUP_TYPE_4:
       return "IPv4 addresses, VLANs and ToS";
     case FILTERS_GROUP_TYPE_5:
-      return "destination MAC addresses, VLANs and egress ports";
+      return "MAC destinations, VLANs and egress ports";
     case FILTERS_GROUP_TYPE_6:
       return "MAC addresses and VLANs";
     case FILTERS_GROUP_TYPE_7:
-      return "destination MAC addresses and layer-4 ports";
+      return "MAC destinations and layer-4 ports";
     case FILTERS_GROUP_TYPE_8:
       return "IPv6 destinations and VRFs";
     case FILTERS_GROUP_TYPE_9:
@@ -126,7 +126,7 @@ std::string_view describe(filtersGroupType_t type) {
     case FILTERS_GROUP_TYPE_10:
       return "IPv4 addresses";
     case FILTERS_GROUP_TYPE_11:
-      return "destination MAC addresses, port ranges and injected packets";
+      return "MAC destinations, port ranges, injected packets";
   }
   return "unknown";
 }

@@ -80,8 +80,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", order).substr(0, 16), "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=none", Order::kUnspecified).substr(0, 16),
             "hit: entry 1000 ");
-  EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 73),
-            "undecided: 50 or 1000 takes it (nothing says which comes first) (both: no");
+  EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 72),
+            "undecided: 50 or 1000 takes it; nothing says which of 50 or 1000 comes f");
   // An entry is no candidate if earlier entries surely take all its packets. The device reads equal
   // matches in the same way.
   const ParsedGroups halves = groupsFromText(
