@@ -2,6 +2,7 @@
 // stores, checks, prints, compares, sends and rebuilds ids and policers.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
+#include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_text.h>
 
 #include <cstdlib>
@@ -56,7 +57,7 @@ int main() {
   check(sent.policer_parent_() == policer.Serialize(), "the policer's bytes differ");
   check(sent.actions_(0).mpls_access_port() == 0x03000011, "no interface index is sent");
 
-  // These libraries make no policers of values.
+  // These libraries make no policers of values, but show them.
   const std::string text = FiltersInspect::toText({group});
   check(text.find(" parent 05000000") != text.npos &&
             text.find(", parent 5 ingress trtcmds cir=1000 cbs=1500 eir=2000 ebs=3000 red=pcp:255 "
@@ -70,4 +71,16 @@ int main() {
       "entry 1 priority=1 police {id=5 stage=ingress flow cir=1000}\n");
   check(refused.report.findings.at(0).code == FiltersInspect::Code::kTextSyntax,
         "a policer by value is taken");
+  FiltersGroup faster(group);
+  entry.setPolicerParent(policer::Policer(5, policer::Stage::Ingress,
+                                          policer::Mode::TrTcmDs(4000, 1500, 2000, 3000), {}));
+  check(faster.insertEntry(entry) == FILTERS_OK, "entry");
+  const auto changes = FiltersInspect::diff(group, faster).findings;
+  check(changes.at(0).message ==
+            "parent 5 ingress trtcmds cir=1000 red=pcp:255 green=dscp:128 "
+            "became cir=4000 no actions",
+        "the change is not told by values");
+  check(FiltersInspect::shownText(entry).find(" parent {id=5 stage=ingress trtcmds cir=4000 ") !=
+            std::string::npos,
+        "the policer is not shown by value");
 }
