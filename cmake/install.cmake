@@ -106,6 +106,10 @@ function(filter_common_install libdir docdir prefix)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/filter-inspect/examples ${tool})
     install(FILES tools/filter_inspect/filter-inspect.bash RENAME filter-inspect
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions ${tool})
+    install(FILES tools/filter_inspect/filter-inspect.zsh RENAME _filter-inspect
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions ${tool})
+    install(FILES tools/filter_inspect/filter-inspect.fish
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d ${tool})
   endif()
 endfunction()
 

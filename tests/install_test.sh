@@ -22,7 +22,9 @@ fi
 if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   (cd "$prefix" && ls bin/filter-inspect share/man/man1/filter-inspect.1 \
     share/man/man5/filter-groups.5 share/doc/filter-inspect/examples/edge.txt \
-    share/bash-completion/completions/filter-inspect)
+    share/bash-completion/completions/filter-inspect \
+    share/zsh/vendor-completions/_filter-inspect \
+    share/fish/vendor_completions.d/filter-inspect.fish)
 fi
 
 # No installed file may contain the path of the folder in which it was built or first installed.

@@ -1,9 +1,9 @@
 """Prints the options of filter-inspect, which it reads from the program's --help.
 
-    options.py manual|bash FILTER-INSPECT...
+    options.py manual|bash|zsh|fish FILTER-INSPECT...
 
 tests/generated.py uses the output for the list of options in the manual page and for the tables of
-the completion.
+the completions.
 """
 
 import re
@@ -26,7 +26,10 @@ def section(text, title):
 
 
 overview = help_of()
-commands = [name for name, _, _ in section(overview, "Subcommands")]
+summaries = {name: about for name, _, about in section(overview, "Subcommands")}
+commands = list(summaries)
+# The end of the help for trace lists the fields of a packet.
+fields = re.search(r"Fields of a packet: ([^.]*)\.", help_of("trace"))[1].replace(",", "").split()
 options = {"": section(overview, "Options")}
 for command in commands:
     own = section(help_of(command), "Options")
@@ -57,6 +60,7 @@ def print_manual():
 
 def print_bash():
     print(f'  local commands="{" ".join(commands)}"')
+    print(f'  local fields="{" ".join(fields)}"')
     print("  local -A options=(")
     values = {}
     for command, declared in options.items():
@@ -72,4 +76,56 @@ def print_bash():
     print("  )")
 
 
-{"manual": print_manual, "bash": print_bash}[form]()
+def in_quotes(text):
+    return "'" + text.replace("'", "'\\''") + "'"
+
+
+def print_zsh():
+    def values(value):
+        if value in ("FILE", "OUT"):
+            return "file:_files"
+        if value == "PACKET":
+            return "packet:_filter_inspect_packet"
+        return f"value:({value.replace('|', ' ')})" if "|" in value else f"{value}:"
+
+    print(f"  local -a fields=({' '.join(fields)})\n  local -a commands=(")
+    for name, about in summaries.items():
+        print(f"    {in_quotes(name + ':' + about)}")
+    print("  )")
+    for command, declared in options.items():
+        print(f"  local -a of_{command or 'any'}=(")
+        for names, value, about in declared:
+            told = re.sub(r"([][:\\])", r"\\\1", about)
+            for name in names.split(","):
+                sign = "=" if value and name.startswith("--") else ""
+                again = "*" if value == "ID" else ""
+                takes = ":" + values(value) if value else ""
+                print(f"    {in_quotes(f'{again}{name}{sign}[{told}]{takes}')}")
+        print("  )")
+
+
+def print_fish():
+    print(f"set -l commands {' '.join(commands)}")
+    for name, about in summaries.items():
+        print(f'complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands"'
+              f" -f -a {name} -d {in_fish(about)}")
+    for command, declared in options.items():
+        when = f" -n '__fish_seen_subcommand_from {command}'" if command else ""
+        for names, value, about in declared:
+            words = [f"{'-l' if name.startswith('--') else '-s'} {name.lstrip('-')}"
+                     for name in names.split(",")]
+            takes = ""
+            if value in ("FILE", "OUT"):
+                takes = " -r -F"
+            elif value == "PACKET":
+                takes = f" -x -a '{' '.join(field + '=' for field in fields)}'"
+            elif value:
+                takes = " -x" + (f" -a '{value.replace('|', ' ')}'" if "|" in value else "")
+            print(f"complete -c filter-inspect{when} {' '.join(words)}{takes} -d {in_fish(about)}")
+
+
+def in_fish(text):
+    return "'" + text.replace("\\", "\\\\").replace("'", "\\'") + "'"
+
+
+{"manual": print_manual, "bash": print_bash, "zsh": print_zsh, "fish": print_fish}[form]()

@@ -606,7 +606,8 @@ TABLE = [
      r".*--max-findings N  [^-]* \(default 1000\)\n.*show.*check.*convert.*diff.*plan.*analyse.*trace.*"
      "capabilities.*names.*Exit status.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
-    ("--version", 0, r"filter-inspect \d+\.\d+\.\d+\n", NONE),
+    ("--version", 0, r"filter-inspect (\d+\.\d+\.\d+)\nlibfilter_inspect \1\nlibfilter_common \1\n"
+     r"protocol buffers: built with \d+\.\d+\.\d+, runs with lib\S+\n", NONE),
     # --- Colours
     ("diff g.bin changed.txt --color=always", 1,
      ".*\n~entry 40 .* if .*ttl=\33\\[31m\\[-255-]\33\\[0m\33\\[32m{\\+254\\+}\33\\[0m .*\n"
@@ -972,7 +973,8 @@ def try_completion():
     for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "table text json dump"),
                            ("analyse --over", "--overlaps"), ("convert -o ", "FILES"),
                            ("--framing v", "varint"), ("diff --ord", "--order= nospace"),
-                           ("check --max-bytes ", ""), ("--vers", "--version")):
+                           ("check --max-bytes ", ""), ("--vers", "--version"),
+                           ("show --entry ", ""), ("trace --packet src_i", "src_ipv4= src_ipv6= nospace")):
         done = subprocess.run(["bash", "-c", script, "bash", *line.split(" ")], stdout=subprocess.PIPE)
         expect(f"completion of {line}", done.stdout.decode().strip() == expected, done.stdout)
 

@@ -10,6 +10,7 @@
 
 #include "commands.h"
 #include "console.h"
+#include "table.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -20,8 +21,6 @@ constexpr char kFooter[] =
     "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
     "Exit status: 0 fine; 1 found something, differs, or refused; 2 trouble.\n"
     "filter-inspect(1) describes all of it.";
-
-constexpr char kVersion[] = "filter-inspect " FILTER_INSPECT_VERSION;
 
 std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates,
                        const std::string& command) {
@@ -69,7 +68,8 @@ void declareLimit(CLI::App* to, const char* name, Number* value, const std::stri
 
 void declareCommon(CLI::App* app, Options* options) {
   app->set_help_flag("-h,--help", "Show help for filter-inspect or for one command");
-  app->set_version_flag("--version", kVersion);
+  app->set_version_flag("--version", versions,
+                        "Print the releases of the program and its libraries");
   app->add_flag("--json", options->json, "Print JSON documents, also for errors");
   app->add_flag("-q,--quiet", options->quiet,
                 "Print no results, only trouble; the exit status says the rest");
@@ -208,6 +208,11 @@ void declareTrace(CLI::App* command, Options* options) {
   command->add_option("--packets", options->packets, "A file with a packet on each line, or -")
       ->take_last()
       ->option_text("FILE");
+  std::string fields;
+  for (const std::string_view field : FiltersInspect::packetFieldNames()) {
+    fields.append(fields.empty() ? "Fields of a packet: " : ", ").append(field);
+  }
+  command->footer(wrapped(fields + '.', 80, 2));
 }
 
 void declareCapabilities(CLI::App* command, Options* options) {

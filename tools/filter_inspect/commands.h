@@ -58,6 +58,9 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 // The words for one enumeration that the command names accepts.
 std::vector<std::string> enumerationNames();
 
+// The releases of the program, of its libraries and of the message runtime, a line each.
+std::string versions();
+
 Exit runShow(const Options& options, Console* console);
 Exit runCheck(const Options& options, Console* console);
 Exit runConvert(const Options& options, Console* console);
