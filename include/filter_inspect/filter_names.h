@@ -82,8 +82,9 @@ std::optional<Enum> fromName(std::string_view name) {
 
 // The end of a sentence about a word that is none of the names: "; did you mean ingress?" if one of
 // them is near, or else "; it can be lookup, ingress or egress". A name is near if at most a third
-// of its letters differ; capital letters do not count. If the names do not fit into two lines,
-// `command` says what lists them: "; filter-inspect names matches lists them".
+// of its letters differ; capital letters do not count. If the names do not fit into two lines, only
+// those that contain the word are named. If there is none, `command` says what lists them all:
+// "; filter-inspect names matches lists them".
 FILTERS_API std::string suggestion(std::string_view word,
                                    const std::vector<std::string_view>& names,
                                    std::string_view command = {});

@@ -414,7 +414,7 @@ TABLE = [
      r"lost.bin: group 1: warning: .*\[match-unknown\]\nfilter-inspect: nosuch.bin: " + ENOENT),
     ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
      r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
-    ("analyse g.bin --order=priority", 2, NONE, ".*'priority'; filter-inspect analyse --help lists them\n"),
+    ("analyse g.bin --order=priority", 2, NONE, ".*'priority'; did you mean highest-priority, lowest-priority, .*\n"),
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
      "rules.txt:3:1: hit: entry 10 \\(permit\\)\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,

@@ -74,6 +74,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   if (!isAtWord || source.substr(at, finding.word.size() + 2) == '"' + finding.word + '"') ++at;
   const std::size_t begin = at < kWidth - 20 ? 0 : at - kWidth / 2;
   std::string part(source.substr(begin, kWidth));
+  if (begin != 0) part.replace(0, 3, "...");
+  if (begin + kWidth < source.size()) part.replace(kWidth - 3, 3, "...");
   std::replace(part.begin(), part.end(), '\t', ' ');
   std::string mark;
   for (std::size_t i = begin; i < at; ++i) {

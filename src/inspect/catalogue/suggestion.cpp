@@ -10,7 +10,7 @@ namespace FiltersInspect {
 namespace {
 
 constexpr std::size_t kLongestName = 40;
-constexpr std::size_t kTwoLines = 150;
+constexpr std::size_t kTwoLines = 160;
 
 char inLowerCase(char c) { return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -66,8 +66,14 @@ std::string suggestion(std::string_view word, const std::vector<std::string_view
                        std::string_view command) {
   const std::string_view near = nearest(word, names);
   if (!near.empty()) return "; did you mean " + std::string(near) + '?';
-  const std::string list = listOf(names);
-  if (!list.empty() && list.size() <= kTwoLines) return "; it can be " + list;
+  const std::string all = listOf(names);
+  if (!all.empty() && all.size() <= kTwoLines) return "; it can be " + all;
+  std::vector<std::string_view> longer;
+  for (const std::string_view name : names) {
+    if (word.size() > 2 && name.find(word) != name.npos) longer.push_back(name);
+  }
+  const std::string some = listOf(longer);
+  if (!some.empty() && some.size() <= kTwoLines) return "; did you mean " + some + '?';
   return command.empty() ? std::string() : "; " + std::string(command) + " lists them";
 }
 

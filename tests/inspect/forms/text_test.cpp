@@ -222,6 +222,7 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 if dscp=af44", "3:28 text-value"},
       {"entry 1 priority=0 if dscp", "3:27 text-syntax"},
       {"entry 1 priority=0 if src_ip=1.2.3.4", "3:23 text-syntax"},
+      {"entry 1 priority=0 if mac=1", "3:23 text-syntax"},
       {"entry 1 priority=0 if permit", "3:23 text-syntax"},
       {"entry 1 priority=0 if ttl=1 tehn permit", "3:29 text-syntax"},
       {"entry 1 priority=0 then ttl=1", "3:25 text-syntax"},
