@@ -69,6 +69,20 @@ class GroupBuilder {
   GroupPositions positions_;  // of the current group, and of its entries so far
 };
 
+// What a reader, of text or of JSON, makes of all of it.
+template <class Reader>
+ParsedGroups readGroups(std::string_view all, std::size_t max_findings) {
+  GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);
+  Reader(all, &groups).read();
+  return groups.finish();
+}
+template <class Reader>
+ParsedBytes readBytes(std::string_view all, std::size_t max_findings) {
+  GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
+  Reader(all, &groups).read();
+  return groups.finishBytes();
+}
+
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_SRC_FORMS_GROUP_BUILDER_H_

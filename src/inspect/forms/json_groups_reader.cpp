@@ -625,15 +625,11 @@ bool JsonReader::scalarOfForm(const Scalar& value, int field) {
 }  // namespace
 
 ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings) {
-  GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);
-  JsonReader(json, &groups).read();
-  return groups.finish();
+  return readGroups<JsonReader>(json, max_findings);
 }
 
 ParsedBytes groupBytesFromJson(std::string_view json, std::size_t max_findings) {
-  GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
-  JsonReader(json, &groups).read();
-  return groups.finishBytes();
+  return readBytes<JsonReader>(json, max_findings);
 }
 
 ParsedGroups groupsFromJson(std::string_view json) {

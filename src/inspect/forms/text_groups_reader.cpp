@@ -367,15 +367,11 @@ class TextReader {
 }  // namespace
 
 ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings) {
-  GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);
-  TextReader(text, &groups).read();
-  return groups.finish();
+  return readGroups<TextReader>(text, max_findings);
 }
 
 ParsedBytes groupBytesFromText(std::string_view text, std::size_t max_findings) {
-  GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
-  TextReader(text, &groups).read();
-  return groups.finishBytes();
+  return readBytes<TextReader>(text, max_findings);
 }
 
 ParsedGroups groupsFromText(std::string_view text) {
