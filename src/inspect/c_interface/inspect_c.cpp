@@ -123,7 +123,7 @@ FiltersReport* readFrom(const char* text, std::size_t size, FiltersGroup** group
       finding.severity = severityOf(finding.code);
       finding.path = "1:1";
       finding.message =
-          "one group is wanted, and there are " + std::to_string(parsed.groups.size());
+          "there must be one group, and there are " + std::to_string(parsed.groups.size());
     }
     return std::pair(std::move(one), std::move(parsed.report));
   });
