@@ -4,7 +4,7 @@
 
 Commands run in a folder with the files of examples/rules and some captures. A command behind `$ ` in
 an example must print what stands below it; a line `...` stands for any lines. Any other command of
-filter-inspect must find its files and know its options.
+filter-inspect, and those that its help shows, must find its files and know its options.
 """
 
 import difflib
@@ -46,6 +46,15 @@ def run(command, folder):
 
 def main():
     ran, faults = 0, 0
+
+    def expect_to_run(where, command):
+        nonlocal ran, faults
+        ran += 1
+        status, printed = run(command, folder)
+        if status > 1:
+            faults += 1
+            print(f"{where}: `{command}` exits with {status}: {printed}")
+
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         tool = folder / "bin" / "filter-inspect"
@@ -54,6 +63,7 @@ def main():
         tool.chmod(0o755)
         for file in (SOURCES / "examples/rules").iterdir():
             shutil.copy(file, folder)
+        (folder / "packets.txt").write_text("ip_protocol=tcp dst_l4_port=179\nip_protocol=udp ttl=1\n")
         for capture, rules in (("capture", "edge"), ("old", "edge"), ("new", "edge-candidate")):
             run(f"filter-inspect convert {rules}.txt --to=bytes -o {capture}.bin", folder)
         for page in PAGES:
@@ -68,11 +78,15 @@ def main():
             for command in re.findall(r"`(filter-inspect [^`]*(?:\.bin|\.txt|--type)[^`]*)`", text):
                 if re.search(r"\b[A-Z]{3,}\b", command):
                     continue  # stands for many commands
-                ran += 1
-                status, printed = run(command, folder)
-                if status > 1:
-                    faults += 1
-                    print(f"{page.name}: `{command}` exits with {status}: {printed}")
+                expect_to_run(page.name, command)
+        overview = run("filter-inspect --help", folder)[1].split("Subcommands:")[1]
+        for command in re.findall(r"^  ([a-z]+) ", overview, re.M):
+            examples = re.findall(r"^  (filter-inspect .*)", run(f"filter-inspect help {command}", folder)[1], re.M)
+            if not examples:
+                faults += 1
+                print(f"the help of {command} has no example")
+            for example in examples:
+                expect_to_run("help", example)
     print(f"{ran} commands, {faults} faults")
     return 1 if faults or ran < 10 else 0
 

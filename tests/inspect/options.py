@@ -6,6 +6,7 @@ tests/generated.py uses the output for the list of options in the manual page an
 the completions.
 """
 
+import os
 import re
 import subprocess
 import sys
@@ -15,7 +16,7 @@ form, *tool = sys.argv[1:]
 
 def help_of(*command):
     return subprocess.run([*tool, *command, "--help"], stdout=subprocess.PIPE, check=True,
-                          encoding="ascii").stdout
+                          env={**os.environ, "COLUMNS": "100000"}, encoding="ascii").stdout
 
 
 def section(text, title):

@@ -180,7 +180,9 @@ def names():
         text += rf"\w+ \({enum}\)\n"
         for name, code in codes:
             text += f"{code:>4}  {re.sub('^' + prefix, '', name).lower()}\n"
-    return text + r"policer_stages \(policer::Stage\)\n   0  ingress\n   1  egress\n   2  none\n"
+    text += r"policer_stages \(policer::Stage\)\n   0  ingress\n   1  egress\n   2  none\n"
+    fields = re.findall(r"^\| `(\w+)` \|", source("docs/text-format.md").split("| field of a packet")[1], re.M)
+    return text + r"fields \(Packet\)\n" + "".join(f"      {field}\n" for field in fields)
 
 
 def capabilities():

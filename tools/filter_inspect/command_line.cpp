@@ -20,7 +20,7 @@ constexpr int kAnyNumber = -1;
 constexpr char kFooter[] =
     "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
     "Exit status: 0 fine; 1 found something, differs, or refused; 2 trouble.\n"
-    "filter-inspect(1) describes all of it.";
+    "filter-inspect help COMMAND describes a command, and filter-inspect(1) all of them.";
 
 std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates,
                        const std::string& command) {
@@ -212,7 +212,7 @@ void declareTrace(CLI::App* command, Options* options) {
   for (const std::string_view field : FiltersInspect::packetFieldNames()) {
     fields.append(fields.empty() ? "Fields of a packet: " : ", ").append(field);
   }
-  command->footer(wrapped(fields + '.', 80, 2));
+  command->footer(fields + '.');
 }
 
 void declareCapabilities(CLI::App* command, Options* options) {
@@ -225,30 +225,76 @@ void declareNames(CLI::App* command, Options* options) {
                 "Print one enumeration only, by its name here or in C++");
 }
 
-// A command with its options and its function.
+// A command with its options, its function, and the arguments of examples, a line each.
 struct Command {
   const char* name;
   const char* summary;
   void (*declare)(CLI::App* command, Options* options);
   Run* run;
+  const char* examples;
 };
 
 constexpr Command kCommands[] = {
-    {"show", "Print what a device would hold; losses go to standard error", declareShow, runShow},
+    {"show", "Print what a device would hold; losses go to standard error", declareShow, runShow,
+     "show edge.txt\n--json show edge.txt\nshow --order=highest-priority --entry=10 capture.bin"},
     {"check", "Report what the bytes lose when they are read, and unusual values", declareCheck,
-     runCheck},
+     runCheck, "check capture.bin\ncheck --stage=ingress --type=4 edge.txt"},
     {"convert", "Write the groups in another form, unless something would be lost", declareConvert,
-     runConvert},
-    {"diff", "Compare two files, entry by entry", declareDiff, runDiff},
+     runConvert,
+     "convert edge.txt --to=bytes -o edge.bin\nconvert capture.bin --to=text -o rules.txt"},
+    {"diff", "Compare two files, entry by entry", declareDiff, runDiff,
+     "diff edge.txt edge-candidate.txt\n"
+     "diff --order=highest-priority edge.txt edge-candidate.txt"},
     {"plan", "Print the steps that turn the groups of one file into those of another", declarePlan,
-     runPlan},
+     runPlan, "plan edge.txt edge-candidate.txt\nplan --remove-first old.bin new.bin"},
     {"analyse", "Report entries that never take effect, are redundant, tie or overlap",
-     declareAnalyse, runAnalyse},
-    {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace},
+     declareAnalyse, runAnalyse,
+     "analyse --order=highest-priority edge.txt\n"
+     "analyse --order=highest-priority --svg=edge.svg edge.txt"},
+    {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace,
+     "trace edge.txt --order=highest-priority --packet='ip_protocol=tcp ttl=1'\n"
+     "trace edge.txt --order=highest-priority --packets=packets.txt"},
     {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
-     declareCapabilities, runCapabilities},
-    {"names", "Print codes and their names", declareNames, runNames},
+     declareCapabilities, runCapabilities, "capabilities --type=6\ncapabilities edge.txt"},
+    {"names", "Print codes and their names", declareNames, runNames, "names matches\nnames fields"},
 };
+
+// --- Help ----------------------------------------------------------------------------------------
+
+// The column in which descriptions begin.
+constexpr std::size_t kAbout = 30;
+
+std::string examplesOf(const Command& command) {
+  std::string text = "Examples:";
+  for (std::string_view left = command.examples; !left.empty();) {
+    const std::size_t end = std::min(left.find('\n'), left.size());
+    text.append("\n  filter-inspect ").append(left.substr(0, end));
+    left.remove_prefix(std::min(end + 1, left.size()));
+  }
+  return text;
+}
+
+// Breaks long lines: lists of values behind a bar, other lines at a blank. Examples stay as they
+// are, so that they can be copied.
+std::string wrappedHelp(std::string_view help, std::size_t width) {
+  std::string text;
+  while (!help.empty()) {
+    const std::size_t end = std::min(help.find('\n'), help.size());
+    std::string line(help.substr(0, end));
+    help.remove_prefix(std::min(end + 1, help.size()));
+    const bool isAbout = line.size() > kAbout && line[0] == ' ';
+    const bool isExample = line.rfind("  filter-inspect ", 0) == 0;
+    while (isAbout && width != 0 && line.size() > width && line.find(' ', kAbout) == line.npos) {
+      const std::size_t bar = line.rfind('|', width - 1);
+      if (bar == line.npos || bar < kAbout) break;
+      text.append(line, 0, bar + 1).append(1, '\n');
+      line.replace(0, bar + 1, kAbout / 2, ' ');
+    }
+    text += isExample ? line : wrapped(line, width, isAbout ? kAbout : 0);
+    text += '\n';
+  }
+  return text;
+}
 
 // --- What cannot be read -------------------------------------------------------------------------
 
@@ -317,6 +363,8 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
     CLI::App* its = app.add_subcommand(command.name, command.summary);
     its->fallthrough();
     command.declare(its, options);
+    const std::string more = its->get_footer();
+    its->footer(examplesOf(command) + (more.empty() ? "" : "\n\n" + more));
   }
   const auto findCommand = [&app] {
     const std::vector<CLI::App*> parsed = app.get_subcommands();
@@ -326,13 +374,20 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
     const auto* found = std::find_if(std::begin(kCommands), std::end(kCommands), isIt);
     return found == std::end(kCommands) ? nullptr : found;
   };
+  // `help COMMAND` is another way to write `COMMAND --help`.
+  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  if (!words.empty() && words[0] == "help") {
+    words.erase(words.begin());
+    words.emplace_back("--help");
+  }
   try {
-    app.parse(argc, argv);
+    std::reverse(words.begin(), words.end());  // the library takes them from the end
+    app.parse(words);
     const Command* command = findCommand();
     options->command = command->name;
     return command->run;
   } catch (const CLI::CallForHelp&) {
-    console->write(app.help());
+    console->write(wrappedHelp(app.help(), console->width()));
   } catch (const CLI::CallForVersion& version) {
     console->writeLine(version.what());
   } catch (const CLI::ParseError& error) {

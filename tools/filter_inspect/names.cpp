@@ -1,6 +1,8 @@
+#include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_names.h>
 
 #include <iterator>
+#include <optional>
 
 #include "console.h"
 
@@ -11,7 +13,7 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 
 struct NamedCode {
-  std::int64_t code;
+  std::optional<std::int64_t> code;  // fields of packets have none
   std::string_view name;
 };
 
@@ -22,6 +24,12 @@ std::vector<NamedCode> codesOf() {
     codes.push_back({static_cast<std::int64_t>(code), name});
   }
   return codes;
+}
+
+std::vector<NamedCode> packetFields() {
+  std::vector<NamedCode> fields;
+  for (const std::string_view name : packetFieldNames()) fields.push_back({std::nullopt, name});
+  return fields;
 }
 
 // Each enumeration and its name on the command line.
@@ -48,11 +56,12 @@ constexpr Enumeration kEnumerations[] = {
     ENUMERATION("forwarding_type", en_ForwardingType),
     ENUMERATION("port_types", port_type_t),
     ENUMERATION("policer_stages", policer::Stage),
+    {"fields", "Packet", packetFields},
 };
 #undef ENUMERATION
 
 std::string rowOf(const NamedCode& row) {
-  std::string code = std::to_string(row.code);
+  std::string code = row.code ? std::to_string(*row.code) : std::string();
   code.insert(0, 4 - std::min<std::size_t>(code.size(), 4), ' ');
   return code + "  " + std::string(row.name);
 }
@@ -75,8 +84,9 @@ void printJson(const std::vector<const Enumeration*>& chosen, Console* console) 
                    "\",\n      \"type\": \"" + enumeration->type + "\",\n      \"codes\": [");
     separator = "\n";
     for (const NamedCode& row : enumeration->codes()) {
-      console->write(separator + ("        {\"code\": " + std::to_string(row.code)) +
-                     ", \"name\": \"" + std::string(row.name) + "\"}");
+      console->write(separator + std::string("        {"));
+      if (row.code) console->write("\"code\": " + std::to_string(*row.code) + ", ");
+      console->write("\"name\": \"" + std::string(row.name) + "\"}");
       separator = ",\n";
     }
     console->write("\n      ]\n    }");

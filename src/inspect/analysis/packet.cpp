@@ -44,7 +44,7 @@ struct Written {
 std::string noSuchField(std::string_view name) {
   std::vector<std::string_view> names = packetFieldNames();
   names.push_back(kDscp);
-  return "there is no such field" + suggestion(name, names);
+  return "there is no such field" + suggestion(name, names, "filter-inspect names fields");
 }
 
 std::string noValue(std::string_view name, const FormRow& form, std::string_view value) {
