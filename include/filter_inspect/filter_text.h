@@ -55,6 +55,9 @@ struct EntryColumns {
   // For each match, the packet field that it tests: "dst_l4_port" also for a range of ports. It is
   // the name of the match if it tests several fields, or none.
   std::vector<std::string_view> fields;
+  // For each match, its value as people say it: "tcp", "179" for that port alone, "[eth-1,eth-2]"
+  // for interfaces, and "yes" for a match without a value.
+  std::vector<std::string> shown;
   std::string policer_text, parent_text;  // "10 ingress trtcm cir=2000"; empty without an id
   std::vector<std::string> counters;      // "1=packets"
 };

@@ -43,18 +43,6 @@ std::string headingOf(std::string_view field) {
   return name;
 }
 
-// A port under the mask of all ones is that port.
-std::string valueIn(filtersMatch_t match, std::string value) {
-  constexpr std::string_view kWhole = "/0xffff";
-  const bool isPort = match == FILTERS_MATCH_DST_L4_PORT || match == FILTERS_MATCH_SRC_L4_PORT;
-  const std::size_t size = value.size();
-  if (isPort && size > kWhole.size() &&
-      value.compare(size - kWhole.size(), kWhole.size(), kWhole) == 0) {
-    value.resize(size - kWhole.size());
-  }
-  return value.empty() ? "yes" : value;
-}
-
 // Cuts a list that is longer than `most` letters: "{10,20,30 +17}".
 std::string cutList(const std::string& cell, std::size_t most) {
   const std::size_t end = cell.find_last_of("}]");
@@ -271,16 +259,16 @@ std::vector<Column> columnsOf(const Entries& entries) {
     ids.push_back(std::to_string(entries[i]->getId()));
     priorities.push_back(std::to_string(entries[i]->getPriority()));
     for (std::size_t k = 0; k < its.matches.size(); ++k) {
-      const auto& [code, value] = its.matches[k];
+      const filtersMatch_t code = its.matches[k].first;
       const std::string name = headingOf(its.fields[k]);
       auto field = std::find_if(fields.begin(), fields.end(),
                                 [&](const auto& one) { return one.second.name == name; });
       if (field == fields.end()) {
         const auto behind = std::find_if(fields.begin(), fields.end(),
-                                         [c = code](const auto& one) { return one.first > c; });
+                                         [code](const auto& one) { return one.first > code; });
         field = fields.insert(behind, {code, {name, Column::Holds::kField, Cells(count)}});
       }
-      add(valueIn(code, value), &field->second.cells[i]);
+      add(its.shown[k], &field->second.cells[i]);
     }
     for (const std::string& action : its.actions) add(action, &actions[i]);
     for (const std::string& counter : its.counters) add(counter, &counters[i]);

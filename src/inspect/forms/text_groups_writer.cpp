@@ -115,13 +115,44 @@ std::string groupLines(const FiltersGroup& group) {
   return text;
 }
 
+namespace {
+
+std::string shownValue(const FormRow& row, const MatchPB& match) {
+  const auto number = [&](int which) { return numberIn(match, row.fields[which]); };
+  const auto nameOrId = [](std::uint32_t limid) {
+    std::string text = interfaceName(limid);
+    if (text.empty()) appendLimid(limid, &text);
+    return text;
+  };
+  std::string text = valueText(row, match);
+  if (row.form == ValueForm::kFlag) return "yes";
+  if (row.form == ValueForm::kLimid) return nameOrId(number(0));
+  if (row.form == ValueForm::kPortMask && number(1) == 0xffff) return std::to_string(number(0));
+  if (row.form == ValueForm::kNumber && row.names.nameOf != nullptr) {
+    const std::string_view name = row.names.nameOf(number(0));
+    return name.empty() ? text : std::string(name);
+  }
+  if (row.form == ValueForm::kLimids) {
+    std::string names;
+    for (std::size_t i = 0; i < countIn(match, row.fields[0]); ++i) {
+      names += (i == 0 ? "" : ",") + nameOrId(numberIn(match, row.fields[0], i));
+    }
+    return '[' + names + text.substr(text.find(']'));
+  }
+  return text;
+}
+
+}  // namespace
+
 EntryColumns columnsOf(const FiltersEntry& entry) {
   FiltersEntryPB message;
   entry.convertToFiltersEntryPB(&message);
   EntryColumns columns;
   for (const MatchPB& match : message.matches_()) {
     const auto code = static_cast<filtersMatch_t>(match.type_());
-    columns.matches.emplace_back(code, valueText(*formOf(code), match));
+    const FormRow& row = *formOf(code);
+    columns.matches.emplace_back(code, valueText(row, match));
+    columns.shown.push_back(shownValue(row, match));
     const bool isOneField = packetFieldName(code, 1).empty();
     const std::string_view field = isOneField ? packetFieldName(code, 0) : std::string_view();
     columns.fields.push_back(field.empty() ? nameOf(code) : field);

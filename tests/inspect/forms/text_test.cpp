@@ -74,6 +74,17 @@ TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
   }
 }
 
+TEST(Text, HasValuesAsPeopleSayThem) {
+  const ParsedGroups parsed = groupsFromText(
+      "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\nentry 1 priority=1 if "
+      "ingress_ports=[0x01000003,0x01000004]!cpu dst_l4_port=179/0xffff src_l4_port=7/0xfff0 "
+      "src_ipv4=10.0.0.0/8 ip_protocol=6 ttl=9 destination_cpu then deny\n");
+  ASSERT_EQ(parsed.groups.size(), 1U) << parsed.report;
+  const std::vector<std::string> shown = {
+      "[eth-3,eth-4]!cpu", "179", "7/0xfff0", "10.0.0.0/8", "tcp", "9", "yes"};
+  EXPECT_EQ(columnsOf(parsed.groups[0].getEntriesRef().at(1)).shown, shown);
+}
+
 TEST(Text, IsTheSameOnEveryMachine) {
   EXPECT_EQ(toText(goldenGroups()), textOfFile(FILTERS_GOLDEN_DIR "/groups.txt"));
   EXPECT_EQ(faultOf(kText, goldenGroups()), "");
