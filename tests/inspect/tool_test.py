@@ -432,7 +432,7 @@ TABLE = [
      "-:2: g.bin: group 1: [^\n]*\n-:2: g.bin: group 2: [^\n]*\n-:4: .*-:5: .*", NONE),
     ("trace rules.txt --order=ascending-id --packets=- <wrong.txt", 2,
      "-:2: rules.txt:\\d:1: [^\n]*\n",
-     r"-:1:7: error: 'foo': there is no such field [^\n]*\n"
+     r"-:1:7: error: 'foo': there is no such field; filter-inspect names fields lists them [^\n]*\n"
      r"-:1:13: error: 'ttl=999': ttl is a number from 0 to 255 .*"),
     ("trace none.txt --order=ascending-id --packets=wrong.txt --max-findings=0", 2, NONE,
      "wrong.txt:1:7: [^\n]*\nwrong.txt: left out: 2 errors; --max-findings=N shows more\n"),
@@ -960,7 +960,8 @@ def try_manual():
     schema = json.loads(source("docs/schema/filter-report-1.schema.json"))
     known = schema["properties"]["command"]["enum"]
     expect("commands in reports", set(known) == {*commands, "usage"}, known)
-    orders = re.search(r"--order (\S+)", inspect("diff", "--help").stdout.decode())[1].split("|")
+    help_text = re.sub(r"\|\n +", "|", inspect("diff", "--help").stdout.decode())
+    orders = re.search(r"--order (\S+)", help_text)[1].split("|")
     known = schema["properties"]["order"]["enum"]
     expect("orders in reports", known == orders, known)
 
