@@ -490,7 +490,7 @@ TABLE = [
     ("capabilities elsewhere.json --type=3", 1, "elsewhere.json:.*fits ingress/3.*", NONE),
     ("capabilities lost.bin", 0, "(lost.bin: group 1: entry [^\n]*\n){7}",
      r"lost.bin: group 1: warning: [^\n]*\[match-unknown\]\n"),
-    ("capabilities g.txt --type=3", 1, ".*g.txt:15:1: entry 20: no stage and type that was asked for "
+    ("capabilities g.txt --type=3", 1, ".*g.txt:15:1: entry 20: none of the stages and types asked about "
      "admits it\n.*", NONE),
     ("names stages types", 2, NONE, "filter-inspect: one argument too many: types\n"),
     ("names stages", 0, "   0  none\n   1  lookup\n   2  ingress\n   3  egress\n", NONE),

@@ -151,7 +151,7 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
     places.append(nameOf(placement.type));
   }
   Finding finding = places.empty() ? findingOf(Code::kNoPlacement,
-                                               "no stage and type that was asked for admits it")
+                                               "none of the stages and types asked about admits it")
                                    : findingOf(Code::kPlacement, "fits " + places);
   finding.subject = Subject::kEntry;
   finding.entry = entry.getId();

@@ -20,7 +20,8 @@ constexpr int kAnyNumber = -1;
 constexpr char kFooter[] =
     "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
     "Exit status: 0 fine; 1 found something, differs, or refused; 2 trouble.\n"
-    "filter-inspect help COMMAND describes a command, and filter-inspect(1) all of them.";
+    "filter-inspect help COMMAND describes a command. filter-inspect(1) describes all of them,\n"
+    "and filter-groups(5) the rules as text.";
 
 std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates,
                        const std::string& command) {
@@ -313,6 +314,20 @@ std::vector<std::string> optionNames(const CLI::App& app) {
   return names;
 }
 
+bool isOptionOf(const CLI::App& command, const std::string& option) {
+  const std::vector<std::string> names = optionNames(command);
+  return std::find(names.begin(), names.end(), option) != names.end();
+}
+
+// The first command that has the option; null if none has.
+const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
+  for (const Command& command : kCommands) {
+    const CLI::App* its = app.get_subcommand(command.name);
+    if (isOptionOf(*its, option)) return its;
+  }
+  return nullptr;
+}
+
 // The sentence of the command line library begins with the name of the option or command. An option
 // takes its last argument, so it can only have too few.
 std::string mismatch(std::string_view told) {
@@ -330,7 +345,11 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   if (unknown.empty()) {
     const bool lacksCommand = parsed.empty() && error.get_name() == "RequiredError";
     if (lacksCommand) return "a command is missing; filter-inspect --help lists them";
-    return error.get_name() == "ArgumentMismatch" ? mismatch(error.what()) : error.what();
+    if (error.get_name() == "ArgumentMismatch") return mismatch(error.what());
+    const bool lacksOption = error.get_name() == "RequiredError" && error.what()[0] == '-';
+    const std::string help =
+        "; filter-inspect help " + parsed.front()->get_name() + " describes it";
+    return error.what() + (lacksOption ? help : std::string());
   }
   const std::string& word = unknown.front();
   if (word.size() > 1 && word[0] == '-') {
@@ -341,6 +360,12 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
       }
     }
     const std::string option = word.substr(0, word.find('='));
+    if (parsed.empty() || !isOptionOf(*parsed.front(), option)) {
+      if (const CLI::App* owner = ownerOf(app, option)) {
+        return option + " stands behind its command: filter-inspect " + owner->get_name() + ' ' +
+               option;
+      }
+    }
     const std::string its = parsed.empty() ? "" : parsed.front()->get_name() + ' ';
     return "there is no option " + option +
            didYouMean(option, names, "filter-inspect " + its + "--help");

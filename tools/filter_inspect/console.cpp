@@ -103,8 +103,22 @@ void printProgress(int) {
 }  // namespace
 
 std::string printable(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = [&](std::size_t at) {
+      return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
+    };
+    const auto follows = [&](std::size_t at) { return (byte(at) & 0xc0) == 0x80; };
+    // The bytes of one character in UTF-8 (RFC 3629). Those from 80 to 9f control terminals.
+    std::size_t length = byte(i) < 0x80 ? 1 : byte(i) < 0xe0 ? 2 : byte(i) < 0xf0 ? 3 : 4;
+    bool isShown = byte(i) >= ' ' && byte(i) != 0x7f && byte(i) < 0xf8;
+    if (length > 1)
+      isShown = isShown && byte(i) >= 0xc2 && !(byte(i) == 0xc2 && byte(i + 1) < 0xa0);
+    for (std::size_t next = 1; next < length; ++next) isShown = isShown && follows(i + next);
+    if (!isShown) {
+      text[i] = '?';
+      length = 1;
+    }
+    i += length - 1;
   }
   return text;
 }

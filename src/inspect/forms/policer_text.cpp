@@ -126,13 +126,19 @@ class PolicerReader {
     const auto type = parseName(kPolicerActionTypes, text.substr(0, colon));
     if (!type) {
       return fail(Code::kTextValue, text,
-                  noName("action", kPolicerActionTypes, text.substr(0, colon), 32));
+                  noName("action", kPolicerActionTypes, text.substr(0, colon), 32) +
+                      ", as in red=drop or yellow=dscp:8");
     }
     PolicerAction action{color, *type, 0};
     if (hasCodePoint(*type)) {
-      const auto value = parseNumber(text.substr(std::min(colon + 1, text.size())), 8);
+      const std::string_view point = text.substr(std::min(colon + 1, text.size()));
+      const auto value =
+          kPolicerActionTypes.nameOf(*type) == kDscp && kDscpRow.names.fromName(point)
+              ? kDscpRow.names.fromName(point)
+              : parseNumber(point, 8);
       if (!value) {
-        return fail(Code::kTextValue, text, "an action writes a number of up to 8 bits: dscp:46");
+        return fail(Code::kTextValue, text,
+                    "this action writes a code point, as in dscp:46 or pcp:5");
       }
       action.value = *value;
     } else if (colon != text.size()) {

@@ -124,6 +124,8 @@ class TextReader {
   }
 
   void failFirstWord() {
+    if (word_ == "filter-groups")
+      return static_cast<void>(failWord("a second first line: remove it"));
     failWord("no line begins with " + inQuotes(word_) + suggestion(word_, {"group", "entry"}));
   }
 
@@ -165,8 +167,10 @@ class TextReader {
   }
   std::optional<std::string_view> behind(std::string_view key) {
     if (word_.empty() || word_.substr(0, key.size()) != key) {
-      failWord((key.empty() ? "an id" : '`' + std::string(key) + '`') +
-               " is missing here; an example is " + example_);
+      const bool isOther = !word_.empty() && !key.empty();
+      failWord((key.empty() ? "an id" : '`' + std::string(key) + '`') + " is missing here" +
+               (isOther ? ", where " + inQuotes(word_) + " stands" : "") + "; an example is " +
+               example_);
       return std::nullopt;
     }
     return word_.substr(key.size());
@@ -194,6 +198,8 @@ class TextReader {
     entry->set_id_(*id);
     entry->set_priority_(*priority);
     if (take("if")) {
+      // A forgotten match must not make a rule that takes every packet.
+      if (atKeyword()) return failWord("behind `if` at least one match is missing, as in `ttl=1`");
       while (!atKeyword()) {
         if (!readOne<filtersMatch_t>(entry->mutable_matches_())) return false;
       }

@@ -160,7 +160,7 @@ EntryColumns columnsOf(const FiltersEntry& entry) {
   for (const ActionPB& action : message.actions_()) columns.actions.push_back(textOf(action));
   const auto take = [](const policer::Policer& policer, auto* id, std::string* text) {
     *id = policer.GetId();
-    *text = policerRates(factsOf(policer));
+    *text = policerWords(factsOf(policer));
   };
   if (message.policer_() != defaultPolicer()) {
     take(entry.getPolicer(), &columns.policer, &columns.policer_text);
