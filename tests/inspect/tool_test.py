@@ -638,6 +638,7 @@ DOCUMENTS = [
     ("check refused.bin", 1, True, False,
      {"entry-refused", "match-not-admitted", '"group": 1', '"offender": "dst_l4_port"'}),
     ("show nosuch.bin", 2, False, True, {"file-unreadable"}),
+    ("show bad.txt", 2, False, True, {'"group_number": 1', '"path": "7:'}),
     ("analyse nosuch.bin", 2, False, True, {"file-unreadable"}),
     ("capabilities nosuch.bin", 2, False, True, {"file-unreadable"}),
     ("show many.bin --max-findings=0", 0, True, True, {'"left_out": 40'}),
