@@ -59,8 +59,8 @@ struct Finding {
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
-  // The number of the group in its file, counted from 1. Programs that read files set it; this
-  // library does not.
+  // The number of the group in its file, counted from 1. The readers of text and JSON set it.
+  // Programs that read files of bytes do so too; the other functions do not know it.
   std::optional<std::size_t> group_number;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // The code of the match or action, or the id of the counter. If a stage, a type or a policer's

@@ -303,7 +303,8 @@ TABLE = [
     ("--quiet diff g.bin nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
     ("check g.bin -v", 0, WHOLE,
      "filter-inspect: g.bin: \\d+ bytes, read as bytes with the framing be32: 2 groups\n"
-     "filter-inspect: 0 findings, \\d+.\\d{3} s\n"),
+     "filter-inspect: \\d+.\\d{3} s\n"),
+    ("-q names --help", 0, "Print codes and their names\n.*", NONE),
     ("check rules.txt -v", 1, ".*", "[^\n]* read as text: 1 group\n[^\n]*: 1 finding, .* s\n"),
     # --- What is checked
     ("check g.bin", 0, WHOLE, NONE),
@@ -637,6 +638,7 @@ DOCUMENTS = [
     ("check refused.bin", 1, True, False,
      {"entry-refused", "match-not-admitted", '"group": 1', '"offender": "dst_l4_port"'}),
     ("show nosuch.bin", 2, False, True, {"file-unreadable"}),
+    ("show bad.txt", 2, False, True, {'"group_number": 1', '"path": "7:'}),
     ("analyse nosuch.bin", 2, False, True, {"file-unreadable"}),
     ("capabilities nosuch.bin", 2, False, True, {"file-unreadable"}),
     ("show many.bin --max-findings=0", 0, True, True, {'"left_out": 40'}),

@@ -50,8 +50,8 @@ class Comparison {
       ++end;
     }
     for (std::size_t i = 0; i < same; ++i) addPair(a[i], b[i]);
-    const auto begin = static_cast<std::ptrdiff_t>(same), left = static_cast<std::ptrdiff_t>(end);
-    addMiddle({a.begin() + begin, a.end() - left}, {b.begin() + begin, b.end() - left});
+    const auto first = static_cast<std::ptrdiff_t>(same), behind = static_cast<std::ptrdiff_t>(end);
+    addMiddle({a.begin() + first, a.end() - behind}, {b.begin() + first, b.end() - behind});
     for (std::size_t i = end; i > 0; --i) addPair(a[a.size() - i], b[b.size() - i]);
     flush();
     return std::move(parts_);

@@ -412,8 +412,10 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
     options->command = command->name;
     return command->run;
   } catch (const CLI::CallForHelp&) {
+    options->quiet = false;
     console->write(wrappedHelp(app.help(), console->width()));
   } catch (const CLI::CallForVersion& version) {
+    options->quiet = false;
     console->writeLine(version.what());
   } catch (const CLI::ParseError& error) {
     const Command* command = findCommand();

@@ -291,7 +291,7 @@ Exit Console::finish(Exit exit) {
   const std::chrono::duration<double> time = Clock::now() - begin_;
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, "%.3f s", time.count());
-  note(counted(findings_, "finding") + ", " + seconds);
+  note((findings_ == 0 ? "" : counted(findings_, "finding") + ", ") + seconds);
   if (!troubles_.empty()) {
     const std::string& command = options_.command;
     say(toJson(troubles_, command.empty() ? "usage" : command));

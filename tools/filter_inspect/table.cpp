@@ -15,7 +15,7 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 
 constexpr std::size_t kMostOfList = 24;  // letters of a list, if the table is too wide
-constexpr std::size_t kGap = 2;          // letters between two columns
+constexpr std::size_t kBetween = 2;      // letters between two columns
 constexpr std::size_t kIndent = 6;       // of the lines below a row
 constexpr std::size_t kHeading = 6;      // no heading is broken to be narrower
 constexpr std::size_t kCost = 1000;      // so that quotients keep three digits
@@ -130,8 +130,8 @@ struct Layout {
 
   std::size_t width() const {
     std::size_t width = 0;
-    for (const Drawn& column : in_row) width += column.width + kGap;
-    return width - std::min(width, kGap);
+    for (const Drawn& column : in_row) width += column.width + kBetween;
+    return width - std::min(width, kBetween);
   }
 
   // The number of lines of each row, without those below it.
@@ -229,7 +229,7 @@ void drawCells(const std::vector<Drawn>& columns,
       if (k >= above && k - above < cells[i].size()) {
         line.append(x - line.size(), ' ').append(cells[i][k - above]);
       }
-      x += columns[i].width + kGap;
+      x += columns[i].width + kBetween;
     }
     line.erase(line.find_last_not_of(' ') + 1);
     *out += line + '\n';

@@ -51,6 +51,7 @@ TextPosition GroupPositions::of(std::optional<filtersEntryId_t> entry) const {
 }
 
 void GroupBuilder::beginGroup(TextPosition position) {
+  ++number_;
   is_head_faulty_ = false;
   head_->Clear();
   bytes_.clear();
@@ -104,6 +105,7 @@ void GroupBuilder::refuse(Report&& losses) {
     finding.path = toText(positionOf(finding.path));
     finding.bytes.reset();  // the bytes were made here, and nobody sees them
     finding.severity = Severity::kError;
+    finding.group_number = number_;
     if (finding.subject == Subject::kMatch) {
       finding.word = nameOf(static_cast<filtersMatch_t>(finding.offender));
     } else if (finding.subject == Subject::kAction) {
@@ -135,6 +137,7 @@ void GroupBuilder::fail(Code code, TextPosition position, std::string_view word,
   Finding* finding = report_.add(code);
   if (finding == nullptr) return;
   finding->path = toText(position);
+  if (number_ != 0) finding->group_number = number_;
   finding->word = word.substr(0, kMostOfWord);
   finding->message = std::move(message);
 }

@@ -63,7 +63,8 @@ class GroupBuilder {
   FiltersCommon::FiltersGroupPB* const head_ = arena_.make<FiltersCommon::FiltersGroupPB>();
   FiltersCommon::FiltersGroupPB* const entries_ =  // holds the current entry alone
       arena_.make<FiltersCommon::FiltersGroupPB>();
-  std::string bytes_;  // of the entries before the current one
+  std::string bytes_;       // of the entries before the current one
+  std::size_t number_ = 0;  // of the current group, counted from 1
   bool is_head_faulty_ = false;
   bool in_entry_ = false, is_entry_faulty_ = false;
   GroupPositions positions_;  // of the current group, and of its entries so far

@@ -68,7 +68,10 @@ void JsonWriter::begin() {
 }
 
 void JsonWriter::startLine() {
-  if (is_line_) return;
+  if (is_line_) {
+    if (text_.back() == ',') text_ += ' ';
+    return;
+  }
   text_ += '\n';
   text_.append(2 * depth_, ' ');
 }
