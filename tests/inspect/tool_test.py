@@ -348,7 +348,7 @@ TABLE = [
     ("convert g.bin --to=text -o ''", 2, NONE, "filter-inspect: '': " + ENOENT),
     ("convert g.bin --to=text -o folder", 2, NONE, "filter-inspect: folder: Is a directory\n"),
     ("convert g.bin --to=text -o /dev/full", 2, NONE, "filter-inspect: /dev/full: No space left.*"),
-    ("convert g.bin", 2, NONE, "filter-inspect: --to is required\n"),
+    ("convert g.bin", 2, NONE, "filter-inspect: --to is required; filter-inspect help convert describes it\n"),
     # --- What is compared
     ("diff g.bin g.json", 0, NONE, NONE),
     ("diff g.bin swapped.txt", 0, NONE, NONE),
@@ -451,7 +451,7 @@ TABLE = [
     ("trace rules.txt --order=ascending-id --packets=folder", 2, NONE,
      "filter-inspect: folder: Is a directory\n"),
     ("trace - --order=ascending-id --packets=-", 2, NONE, ".* standard input is read once\n"),
-    ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required\n"),
+    ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required; filter-inspect help trace describes it\n"),
     ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: give either --packet or .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
      "filter-inspect: give either --packet or .*"),

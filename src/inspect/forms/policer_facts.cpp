@@ -119,8 +119,7 @@ std::optional<PolicerFault> makePolicer(const PolicerFacts& facts, std::uint32_t
     const std::string key = kPolicerKeys[i].key;
     const bool isGiven = (given >> i & 1) != 0;
     if (i < kFirstParameter && !isGiven) {
-      return {{kPolicerKeys.size(), "the policer has no " + key +
-                                        "; an example is {id=10 stage=ingress flow cir=1000}"}};
+      return {{kPolicerKeys.size(), "the policer has no " + key}};
     }
     if (i >= kFirstParameter && isGiven && !usesParameter(mode, key)) {
       const std::string_view name = kPolicerModes.nameOf(mode);

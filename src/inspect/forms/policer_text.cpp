@@ -65,7 +65,9 @@ class PolicerReader {
     const auto fault = makePolicer(facts_, given_, bytes);
     if (!fault) return std::nullopt;
     const bool isWhole = fault->number == kPolicerKeys.size();
-    fail(Code::kTextSyntax, isWhole ? rest_ : places_[fault->number], fault->why);
+    constexpr char kExample[] = "; an example is {id=10 stage=ingress flow cir=1000 cbs=1500}";
+    fail(Code::kTextSyntax, isWhole ? rest_ : places_[fault->number],
+         fault->why + (isWhole ? kExample : ""));
     return std::move(fault_);
   }
  private:

@@ -198,8 +198,6 @@ class TextReader {
     entry->set_id_(*id);
     entry->set_priority_(*priority);
     if (take("if")) {
-      // A forgotten match must not make a rule that takes every packet.
-      if (atKeyword()) return failWord("behind `if` at least one match is missing, as in `ttl=1`");
       while (!atKeyword()) {
         if (!readOne<filtersMatch_t>(entry->mutable_matches_())) return false;
       }
