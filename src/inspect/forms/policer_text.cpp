@@ -128,8 +128,8 @@ class PolicerReader {
     const auto type = parseName(kPolicerActionTypes, text.substr(0, colon));
     if (!type) {
       return fail(Code::kTextValue, text,
-                  noName("action", kPolicerActionTypes, text.substr(0, colon), 32) +
-                      ", as in red=drop or yellow=dscp:8");
+                  "write red=drop or yellow=dscp:8: " +
+                      noName("action", kPolicerActionTypes, text.substr(0, colon), 32));
     }
     PolicerAction action{color, *type, 0};
     if (hasCodePoint(*type)) {
