@@ -405,6 +405,13 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
     words.erase(words.begin());
     words.emplace_back("--help");
   }
+  // Without this check the library would take the next word for the value.
+  for (const std::string& word : words) {
+    if (word.size() > 3 && word.compare(0, 2, "--") == 0 && word.back() == '=') {
+      console->trouble(Code::kUsage, "", word.substr(0, word.size() - 1) + ": a value is missing");
+      return nullptr;
+    }
+  }
   try {
     std::reverse(words.begin(), words.end());  // the library takes them from the end
     app.parse(words);

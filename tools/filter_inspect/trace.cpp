@@ -116,13 +116,20 @@ class Packets {
                        traced.outcome == Hit::kUndecided ? Color::kWarning : Color::kNone);
     for (const Traced& one : traced.entries) {
       if (!hasLine(one)) continue;
-      const std::string then = treatmentOf(traced, one);
-      const bool isBeaten = traced.entry && traced.entry != one.entry && one.hit == Hit::kHit;
-      console_.writeLine(
-          "  " + std::to_string(one.entry) + ' ' + toText(one) +
-          (then.empty() ? "" : " (" + then + ')') +
-          (isBeaten ? ", but " + std::to_string(*traced.entry) + " comes first" : ""));
+      console_.writeLine("  " + std::to_string(one.entry) + ' ' + sentenceOf(traced, one));
     }
+  }
+
+  static bool isBeaten(const Trace& traced, const Traced& one) {
+    return traced.entry && traced.entry != one.entry && one.hit == Hit::kHit;
+  }
+
+  // For example "hit, but 10 comes first".
+  static std::string sentenceOf(const Trace& traced, const Traced& one) {
+    std::string text = toText(one);
+    if (const std::string then = treatmentOf(traced, one); !then.empty()) text += " (" + then + ')';
+    if (isBeaten(traced, one)) text += ", but " + std::to_string(*traced.entry) + " comes first";
+    return text;
   }
 
   Finding findingAbout(const Trace& traced, const Packet& packet, const InputGroup& group) const {
@@ -176,7 +183,9 @@ class Packets {
     all->findings.push_back(std::move(whole));
     for (const Traced& one : traced.entries) {
       if (!hasLine(one)) continue;
-      Finding& finding = all->findings.emplace_back(findingOf(Code::kTracedEntry, toText(one)));
+      Finding& finding =
+          all->findings.emplace_back(findingOf(Code::kTracedEntry, sentenceOf(traced, one)));
+      if (isBeaten(traced, one)) finding.others = {*traced.entry};
       finding.subject = Subject::kEntry;
       finding.entry = one.entry;
       finding.after = nameOf(one.hit);

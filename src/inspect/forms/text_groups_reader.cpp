@@ -261,7 +261,9 @@ class TextReader {
       return failWord(inQuotes(name) + " is an action: write `then` before the first action");
     }
     if (!isMatch && (fromName<filtersMatch_t>(name) || name == kDscp)) {
-      return failWord(inQuotes(name) + " is a match: matches stand behind `if`, before `then`");
+      return failWord(
+          inQuotes(name) + " is a match: matches stand behind `if`, before `then`" +
+          (name == nameOf(FILTERS_MATCH_DROP) ? "; the action that drops is deny" : ""));
     }
     std::vector<std::string_view> names = kNamesOf<CodeEnum>.all();
     if (isMatch) names.insert(names.end(), {kDscp, "then"});
