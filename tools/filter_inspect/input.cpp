@@ -52,15 +52,20 @@ FileForm formOf(std::string_view content, const std::string& forced) {
   constexpr std::string_view kBlanks = " \t\r\n", kText = "filter-groups", kJson = "\"format\"";
   const bool isText = isPrintable(content);
   if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
-  const auto skipBlanks = [&] {
-    content.remove_prefix(std::min(content.find_first_not_of(kBlanks), content.size()));
+  const auto skipBlanks = [](std::string_view* text) {
+    text->remove_prefix(std::min(text->find_first_not_of(kBlanks), text->size()));
   };
-  skipBlanks();
-  if (content.substr(0, kText.size()) == kText) return FileForm::kText;
+  skipBlanks(&content);
+  std::string_view head = content;
+  while (head.substr(0, 1) == "#") {
+    head.remove_prefix(std::min(head.find('\n'), head.size()));
+    skipBlanks(&head);
+  }
+  if (head.substr(0, kText.size()) == kText) return FileForm::kText;
   if (content.substr(0, 1) == "{") {
     if (isText) return FileForm::kJson;
     content.remove_prefix(1);
-    skipBlanks();
+    skipBlanks(&content);
     if (content.substr(0, kJson.size()) == kJson) return FileForm::kJson;
   }
   return isText ? FileForm::kText : FileForm::kBytes;

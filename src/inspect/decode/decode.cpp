@@ -104,7 +104,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   rest->mutable_entries_()->Swap(head->mutable_entries_());
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
-  findings->group = blank.getId();
+  if (head->has_id_()) findings->group = blank.getId();
   // Losses of the head come first, wherever its fields are in the bytes.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;

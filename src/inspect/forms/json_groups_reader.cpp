@@ -142,6 +142,7 @@ class JsonReader {
     if (value.type == Scalar::kNumber) return number(value, bits, set);
     if (value.type != Scalar::kText) return wanted("a name or a number");
     const auto code = names.fromName(value.text);
+    if (!code && parseNumber(value.text, bits)) return wanted("a number without quotes");
     if (!code) {
       const std::string kind = top().in == In::kTypes ? "kind of port" : subject();
       return fail(Code::kTextValue, noName(kind, names, value.text, bits));

@@ -101,6 +101,13 @@ class PolicerReader {
       return fail(Code::kTextSyntax, word_.substr(word_.size()),
                   std::string(word_) + " needs '=' and a value");
     }
+    if (parseNumber(word_, 32))
+      return fail(Code::kTextSyntax, word_,
+                  inQuotes(word_) + " has no key: write id=" + std::string(word_));
+    if (kNamesOf<policer::Stage>.fromName(word_)) {
+      return fail(Code::kTextSyntax, word_,
+                  inQuotes(word_) + " has no key: write stage=" + std::string(word_));
+    }
     return fail(Code::kTextSyntax, word_, noName("mode", kPolicerModes, word_, 32));
   }
 

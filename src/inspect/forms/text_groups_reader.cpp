@@ -198,16 +198,19 @@ class TextReader {
     entry->set_id_(*id);
     entry->set_priority_(*priority);
     if (take("if")) {
+      if (isNothing("if", "match, as in `ttl=1`")) return false;
       while (!atKeyword()) {
         if (!readOne<filtersMatch_t>(entry->mutable_matches_())) return false;
       }
     }
     if (take("then")) {
+      if (isNothing("then", "action, as in `deny`")) return false;
       while (!atKeyword()) {
         if (!readOne<filtersAction_t>(entry->mutable_actions_())) return false;
       }
     }
     if (take("count")) {
+      if (isNothing("count", "counter, as in `1=packets`")) return false;
       while (!atKeyword()) {
         if (!readCounter(entry->add_counters_())) return false;
       }
@@ -219,6 +222,14 @@ class TextReader {
   bool atKeyword() const {
     return word_.empty() || word_ == "then" || word_ == "count" || word_ == "police" ||
            word_ == "parent" || word_ == "if";
+  }
+
+  // Reports a keyword with nothing behind it. A forgotten match would otherwise make a rule that
+  // takes every packet.
+  bool isNothing(const char* keyword, const char* what) {
+    if (!atKeyword()) return false;
+    failWord('`' + std::string(keyword) + "` is followed by at least one " + what);
+    return true;
   }
 
   // Reads one match or action.

@@ -326,7 +326,8 @@ std::string noNumber(std::string_view text, unsigned bits) {
 
 std::string noName(std::string_view kind, const Enumeration& names, std::string_view text,
                    unsigned bits) {
-  if (text.find_first_of("-0123456789") == 0) return noNumber(text, bits);
+  const bool isNumber = parseNumber(text, bits).has_value();
+  if (!isNumber && text.find_first_of("-0123456789") == 0) return noNumber(text, bits);
   return "there is no " + std::string(kind) + ' ' + inQuotes(text) + suggestion(text, names.all());
 }
 

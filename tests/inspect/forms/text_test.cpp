@@ -146,8 +146,8 @@ TEST(Text, ReadsWhatPeopleWrite) {
   const std::string group = "group 1 priority=2 stage=none type=4\n";
   const std::pair<const char*, const char*> same[] = {
       {"entry 1 priority=0 if dscp=46", "entry 1 priority=0 if tos=184"},
-      {"\tentry  0x1\tpriority=0x0 if  # no matches", "entry 1 priority=0"},
-      {"\n  \n# nothing\nentry 1 priority=0 if then count\n", "entry 1 priority=0"},
+      {"\tentry  0x1\tpriority=0x0  # nothing", "entry 1 priority=0"},
+      {"\n  \n# nothing\nentry 1 priority=0\n", "entry 1 priority=0"},
       {"entry 1 priority=0 if src_ipv4=192.0.2.7/0xc",
        "entry 1 priority=0 if src_ipv4=192.0.2.7/12"},
       {"entry 1 priority=0 if src_ipv4=1.2.3.4/255.0.0.0",
@@ -206,6 +206,11 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police 00 police 00", "3:30 text-syntax"},
       {"entry 1 priority=0\r # a", "3:18 text-value"},
       {"entry 1 priority=0 then count\rpermit", "3:25 text-syntax"},
+      {"entry 1 priority=0 if then permit", "3:23 text-syntax"},
+      {"entry 1 priority=0 then  # nothing", "3:26 text-syntax"},
+      {"entry 1 priority=0 then permit count", "3:37 text-syntax"},
+      {"entry 1 priority=0 police {10 ingress flow}", "3:28 text-syntax"},
+      {"entry 1 priority=0 police {id=1 ingress flow}", "3:33 text-syntax"},
       {"entry 1 priority=0 if nothing=1", "3:23 text-syntax"},
       {"entry 1 priority=0 if TOS=1", "3:23 text-syntax"},
       {"entry 1 priority=0 if all=1", "3:26 text-syntax"},
