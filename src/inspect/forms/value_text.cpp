@@ -97,6 +97,11 @@ class ValueReader {
   void readPort() {
     const std::size_t slash = std::min(text_.find('/'), text_.size());
     const std::string_view port = text_.substr(0, slash), mask = text_.substr(slash);
+    if (port.find('-') != port.npos) {
+      return fail(port, inQuotes(port) + " is a range, which only " +
+                            std::string(nameOf(FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE)) +
+                            " takes");
+    }
     setNumber(message_, row_.fields[0], number(port));
     if (!mask.empty() && (mask.size() < 3 || mask.substr(1, 2) != "0x")) {
       return fail(mask, "write " + std::string(port) +

@@ -207,6 +207,7 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0\r # a", "3:18 text-value"},
       {"entry 1 priority=0 then count\rpermit", "3:25 text-syntax"},
       {"entry 1 priority=0 if then permit", "3:23 text-syntax"},
+      {"entry 1 priority=0 if dst_l4_port=80-90", "3:35 text-value"},
       {"entry 1 priority=0 then  # nothing", "3:26 text-syntax"},
       {"entry 1 priority=0 then permit count", "3:37 text-syntax"},
       {"entry 1 priority=0 police {10 ingress flow}", "3:28 text-syntax"},
