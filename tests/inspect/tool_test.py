@@ -974,13 +974,14 @@ def try_completion():
               "cur=${words[cword]}; prev=${words[cword - 1]}; }\n"
               "_filedir() { COMPREPLY=(FILES); }; compopt() { COMPREPLY+=(nospace); }\n"
               f". {sources}/tools/filter_inspect/filter-inspect.bash\n"
-              "given=(filter-inspect \"$@\"); _filter_inspect; echo \"${COMPREPLY[@]}\"")
-    for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "table text json dump"),
+              "given=(filter-inspect \"$@\"); _filter_inspect; printf '%s\\n' \"${COMPREPLY[@]}\"")
+    for line, expected in (("an", "analyse"), ("show x", "FILES"), ("show --as ", "table\ntext\njson\ndump"),
                            ("analyse --over", "--overlaps"), ("convert -o ", "FILES"),
-                           ("--framing v", "varint"), ("diff --ord", "--order= nospace"),
+                           ("--framing v", "varint"), ("diff --ord", "--order=\nnospace"),
                            ("check --max-bytes ", ""), ("--vers", "--version"),
-                           ("show --entry ", ""), ("trace --packet src_i", "src_ipv4= src_ipv6= nospace")):
-        done = subprocess.run(["bash", "-c", script, "bash", *line.split(" ")], stdout=subprocess.PIPE)
+                           ("show --entry ", ""), ("trace --packet src_i", "src_ipv4=\nsrc_ipv6=\nnospace"),
+                           ("trace --packet 'ttl=1 src_m", "'ttl=1 src_mac=\nnospace")):
+        done = subprocess.run(["bash", "-c", script, "bash", *line.split(" ", 2)], stdout=subprocess.PIPE)
         expect(f"completion of {line}", done.stdout.decode().strip() == expected, done.stdout)
 
 

@@ -48,7 +48,7 @@ _filter_inspect() {
     N | ID) return ;;
     PACKET)
       local part=${cur##*[ \'\"]}  # the field behind the last blank
-      COMPREPLY=($(compgen -P "${cur%"$part"}" -S = -W "$fields" -- "$part"))
+      mapfile -t COMPREPLY < <(compgen -P "${cur%"$part"}" -S = -W "$fields" -- "$part")
       compopt -o nospace && return
       ;;
     *) COMPREPLY=($(compgen -W "${values[$prev]}" -- "$cur")) && return ;;
