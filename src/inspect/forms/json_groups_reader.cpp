@@ -335,6 +335,10 @@ bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
   const auto code = fromName<CodeEnum>(name);
   if (!code) {
     constexpr bool isMatch = std::is_same_v<CodeEnum, filtersMatch_t>;
+    if (isMatch && name == kDscp) {
+      return fail(Code::kTextSyntax, "JSON has no match " + inQuotes(name) +
+                                         "; write tos, which is four times the DSCP");
+    }
     const std::string_view kind = isMatch ? "match" : "action";
     const std::string all = isMatch ? "matches" : "actions";
     return fail(Code::kTextSyntax,
