@@ -27,10 +27,10 @@ if(TARGET filter-inspect)
   set(tool_package filter-inspect)
 endif()
 if(FILTER_COMMON_BUILD_DOCS)
+  find_program(FILTER_COMMON_DOXYGEN doxygen REQUIRED)
   list(APPEND kinds documentation)
   set(documentation_package libfilter-common-doc)
   set(book ${PROJECT_BINARY_DIR}/docs/html)
-  file(GLOB pages CONFIGURE_DEPENDS *.md docs/*.* include/filter_*/*.h)
   file(GLOB pages CONFIGURE_DEPENDS *.md docs/* include/filter_*/*.h)
   add_custom_command(
     OUTPUT ${book}/index.html
