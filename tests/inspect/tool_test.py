@@ -182,7 +182,7 @@ def names():
             text += f"{code:>4}  {re.sub('^' + prefix, '', name).lower()}\n"
     text += r"policer_stages \(policer::Stage\)\n   0  ingress\n   1  egress\n   2  none\n"
     fields = re.findall(r"^\| `(\w+)` \|", source("docs/text-format.md").split("| field of a packet")[1], re.M)
-    return text + r"fields \(Packet\)\n" + "".join(f"      {field}\n" for field in fields)
+    return text + r"fields \(Packet\)\n" + "".join(f"      {field}\n" for field in [*fields, "dscp"])
 
 
 def capabilities():
@@ -607,8 +607,12 @@ TABLE = [
     ("check -- g.bin", 0, WHOLE, NONE),
     ("--help", 0,
      r".*--max-findings N  [^-]* \(default 1000\)\n.*show.*check.*convert.*diff.*plan.*analyse.*trace.*"
-     "capabilities.*names.*Exit status.*", NONE),
+     r"capabilities.*names.*\nExit status 0: [^\n]{,63}\nExit status 1: [^\n]{,63}\nExit status 2: [^\n]{,63}\n.*", NONE),
     ("check --help", 0, ".*--stage.*", NONE),
+    ("help", 0, ".*Subcommands:.*", NONE),
+    ("help trace", 0, ".*Fields of a packet: ingress_port, .*\\bdscp\\.\n", NONE),
+    ("help chekc", 2, NONE, "filter-inspect: there is no command chekc; did you mean check\\?\n"),
+    ("help show extra", 2, NONE, "filter-inspect: one argument too many: extra\n"),
     ("--version", 0, r"filter-inspect (\d+\.\d+\.\d+)\nlibfilter_inspect \1\nlibfilter_common \1\n"
      r"protocol buffers: built with \d+\.\d+\.\d+, runs with lib\S+\n", NONE),
     # --- Colours

@@ -19,9 +19,11 @@ constexpr int kAnyNumber = -1;
 
 constexpr char kFooter[] =
     "FILE is - for standard input, or a path. Its content is bytes, text or JSON.\n"
-    "Exit status: 0 fine; 1 found something, differs, or refused; 2 trouble.\n"
-    "filter-inspect help COMMAND describes a command. filter-inspect(1) describes all of them,\n"
-    "and filter-groups(5) the rules as text.";
+    "Exit status 0: fine.\n"
+    "Exit status 1: something was found, differs, would be lost, or has no answer.\n"
+    "Exit status 2: trouble with the command line, a file or the output.\n"
+    "filter-inspect help COMMAND describes a command.\n"
+    "filter-inspect(1) describes all of them, and filter-groups(5) the rules.";
 
 std::string didYouMean(const std::string& word, const std::vector<std::string>& candidates,
                        const std::string& command) {
@@ -210,7 +212,7 @@ void declareTrace(CLI::App* command, Options* options) {
       ->take_last()
       ->option_text("FILE");
   std::string fields;
-  for (const std::string_view field : FiltersInspect::packetFieldNames()) {
+  for (const std::string_view field : fieldNames()) {
     fields.append(fields.empty() ? "Fields of a packet: " : ", ").append(field);
   }
   command->footer(fields + '.');
@@ -337,6 +339,8 @@ std::string mismatch(std::string_view told) {
   return tooFew ? "one more " + name + " is needed" : name + " is given too often";
 }
 
+constexpr char kTooMany[] = "one argument too many: ";
+
 // Reports a word that is not understood before one that is missing: the two may be the same
 // mistake.
 std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
@@ -371,7 +375,20 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
            didYouMean(option, names, "filter-inspect " + its + "--help");
   }
   if (parsed.empty()) return "there is no command " + word + didYouMean(word, commandNames(), "");
-  return "one argument too many: " + word;
+  return kTooMany + word;
+}
+
+// What is wrong with the words behind `help`. Empty if they are one command or none, and options.
+std::string faultOfHelp(const CLI::App& app, const CLI::ParseError& error) {
+  if (!app.remaining(true).empty()) return sentence(app, error);
+  for (const CLI::App* command : app.get_subcommands()) {
+    for (const CLI::Option* option : command->get_options()) {
+      if (option->get_positional() && option->count() > 0) {
+        return kTooMany + option->results().front();
+      }
+    }
+  }
+  return "";
 }
 
 }  // namespace
@@ -401,7 +418,8 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
   };
   // `help COMMAND` is another way to write `COMMAND --help`.
   std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-  if (!words.empty() && words[0] == "help") {
+  const bool isHelp = !words.empty() && words[0] == "help";
+  if (isHelp) {
     words.erase(words.begin());
     words.emplace_back("--help");
   }
@@ -412,22 +430,30 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
       return nullptr;
     }
   }
+  const auto refuse = [&](const std::string& fault) {
+    const Command* command = findCommand();
+    if (command != nullptr) options->command = command->name;
+    console->trouble(Code::kUsage, "", fault);
+  };
   try {
     std::reverse(words.begin(), words.end());  // the library takes them from the end
     app.parse(words);
     const Command* command = findCommand();
     options->command = command->name;
     return command->run;
-  } catch (const CLI::CallForHelp&) {
+  } catch (const CLI::CallForHelp& help) {
+    const std::string fault = isHelp ? faultOfHelp(app, help) : "";
+    if (!fault.empty()) {
+      refuse(fault);
+      return nullptr;
+    }
     options->quiet = false;
     console->write(wrappedHelp(app.help(), console->width()));
   } catch (const CLI::CallForVersion& version) {
     options->quiet = false;
     console->writeLine(version.what());
   } catch (const CLI::ParseError& error) {
-    const Command* command = findCommand();
-    if (command != nullptr) options->command = command->name;
-    console->trouble(Code::kUsage, "", sentence(app, error));
+    refuse(sentence(app, error));
   }
   return nullptr;
 }

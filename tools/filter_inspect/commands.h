@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace FilterInspectTool {
@@ -57,6 +58,9 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 
 // The words for one enumeration that the command names accepts.
 std::vector<std::string> enumerationNames();
+
+// The words for the fields of a packet.
+std::vector<std::string_view> fieldNames();
 
 // The releases of the program, of its libraries and of the message runtime, a line each.
 std::string versions();

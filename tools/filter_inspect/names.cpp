@@ -28,7 +28,7 @@ std::vector<NamedCode> codesOf() {
 
 std::vector<NamedCode> packetFields() {
   std::vector<NamedCode> fields;
-  for (const std::string_view name : packetFieldNames()) fields.push_back({std::nullopt, name});
+  for (const std::string_view name : fieldNames()) fields.push_back({std::nullopt, name});
   return fields;
 }
 
@@ -96,6 +96,12 @@ void printJson(const std::vector<const Enumeration*>& chosen, Console* console) 
 }
 
 }  // namespace
+
+std::vector<std::string_view> fieldNames() {
+  std::vector<std::string_view> names = packetFieldNames();
+  names.push_back("dscp");  // another way to write tos
+  return names;
+}
 
 std::vector<std::string> enumerationNames() {
   std::vector<std::string> names;
