@@ -158,6 +158,15 @@ entry 1 priority=1 if external_vlan_id={1001,1002,1003,1004,1005,1006,1007,1008,
 entry 2 priority=1 if dst_l4_port=7/0xffff then deny
 entry 3 priority=1 if dst_l4_port=7/0xfff0 then deny
 """)
+    # Lists that take minutes to draw if each step breaks them anew.
+    write("long_lists.txt", b"""filter-groups 1
+group 1 priority=1 stage=ingress type=3
+entry 1 priority=1 if ingress_ports=[%s] then redirect=[%s] deny count %s
+group 2 priority=1 stage=ingress type=11
+entry 2 priority=1 if dst_l4_port_range=10000-20000 then deny
+""" % (b",".join(b"%d" % port for port in range(0x1000000, 0x1000000 + 50000)),
+       b",".join(b"%d" % port for port in range(50000)),
+       b" ".join(b"%d=packets" % counter for counter in range(60000))))
     write("wrong.txt", b"ttl=1 foo=3 ttl=999\nttl=1\nttl\n")
     write("future.txt", b"filter-groups 2\n")
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
@@ -229,6 +238,11 @@ TABLE = [
      "1 +1 +{1001,1002,1003,1004 \\+6} +deny\n2 +1 +7 +deny\n3 +1 +7/0xfff0 +deny\n", NONE),
     ("show many_vlans.txt --width=0", 0, ".*1009,1010} .*", NONE),
     ("show many_vlans.txt --width=20", 0, ".*\n1 +1\n +ext_vlan_id\n.*\n +then deny\n.*", NONE),
+    ("show long_lists.txt --width=80", 0,
+     r".*\[eth-0,eth-1,eth-2,eth-3 \+49996\].* redirect=\[0x00000000 \+49999\].* 0=packets .* \+599\d\d\n.*",
+     NONE),
+    ("show long_lists.txt --width=28", 0, ".* 10000- +deny\n +20000\n", NONE),
+    ("show long_lists.txt --width=0", 0, ".*,eth-49999.*,0x0000c34f.* 59999=packets\n.*", NONE),
     ("show none.txt", 0, "none.txt: no groups\n", NONE),
     ("show empty", 0, "empty: group 1: id 0, [^\n]*\n[^\n]*\nno entries\n", MISSING),
     ("show brace.bin --width=0", 0, ".* type 123 \\(unknown\\)\nno entries\n", "(brace.bin: [^\n]*\n){2}"),

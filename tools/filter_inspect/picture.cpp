@@ -134,7 +134,7 @@ std::vector<Column> tableOf(const std::vector<Row>& rows) {
     treatment.cells.push_back(row.treatment);
     hasTreatment = hasTreatment || !row.treatment.empty();
   }
-  std::vector<Column> columns = columnsOf(entries);
+  std::vector<Column> columns = columnsOf(entries, 0);
   columns.push_back(std::move(found));
   if (hasTreatment) columns.push_back(std::move(treatment));
   return columns;

@@ -45,7 +45,7 @@ void showTables(const std::vector<Input>& inputs, const Options& options, Consol
       if (!group.group) continue;
       console->write(gap + wrapped(titleOf(input, group), width, 4) + '\n');
       const Entries entries = inOrder(*group.group, orderOf(options));
-      console->write(entries.empty() ? "no entries\n" : drawn(columnsOf(entries), width));
+      console->write(entries.empty() ? "no entries\n" : drawn(entries, width));
       gap = "\n";
     }
   }

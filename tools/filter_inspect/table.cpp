@@ -14,7 +14,7 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-constexpr std::size_t kMostOfList = 24;  // letters of a list, if the table is too wide
+constexpr std::size_t kMostOfList = 24;  // letters of a list that is cut
 constexpr std::size_t kBetween = 2;      // letters between two columns
 constexpr std::size_t kIndent = 6;       // of the lines below a row
 constexpr std::size_t kHeading = 6;      // no heading is broken to be narrower
@@ -43,19 +43,36 @@ std::string headingOf(std::string_view field) {
   return name;
 }
 
-// Cuts a list that is longer than `most` letters: "{10,20,30 +17}".
-std::string cutList(const std::string& cell, std::size_t most) {
+// Cuts a list to kMostOfList letters, "{10,20,30 +17}", unless it is cut already.
+std::string cutList(const std::string& cell) {
   const std::size_t end = cell.find_last_of("}]");
-  if (cell.size() <= most || end == cell.npos) return cell;
+  if (cell.size() <= kMostOfList || end == cell.npos || cell.find(" +") != cell.npos) return cell;
   const auto partsIn = [&cell, end](std::size_t from) {
     return static_cast<std::size_t>(std::count(cell.begin() + static_cast<std::ptrdiff_t>(from),
                                                cell.begin() + static_cast<std::ptrdiff_t>(end),
                                                ','));
   };
-  const std::size_t last = cell.rfind(',', most);
+  const std::size_t last = cell.rfind(',', kMostOfList);
   const std::size_t at = last == cell.npos || last > end ? cell.find(',') : last;
   if (at == cell.npos || at > end) return cell;
   return cell.substr(0, at) + " +" + std::to_string(partsIn(at)) + cell.substr(end);
+}
+
+// Appends a word to a cell. If it is longer than `width` letters, its list is cut; 0 is any width.
+void addCut(const std::string& word, std::size_t width, std::string* cell) {
+  add(width != 0 && word.size() > width ? cutList(word) : word, cell);
+}
+
+// Joins words to a cell. Words beyond `width` letters are only counted: "1=packets +17".
+std::string joined(const std::vector<std::string>& words, std::size_t width) {
+  std::string cell;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (width != 0 && i != 0 && cell.size() + words[i].size() >= width) {
+      return cell + " +" + std::to_string(words.size() - i);
+    }
+    add(words[i], &cell);
+  }
+  return cell;
 }
 
 constexpr char kInHeadings[] = "_", kInCells[] = " ,/-";  // a text may be broken behind these
@@ -66,9 +83,12 @@ std::vector<std::string_view> linesOf(std::string_view text, const char* breaks,
   std::vector<std::string_view> lines;
   // A line may end in a blank or an underscore, which is then not shown.
   const auto isShown = [&text](std::size_t i) { return text[i] != ' ' && text[i] != '_'; };
+  const auto isDigit = [&text](std::size_t i) { return text[i] >= '0' && text[i] <= '9'; };
   const auto isBreak = [&](std::size_t i) {
-    const bool isLength = text[i] == '/' && text.size() - i <= sizeof "/128" - 1;
-    return std::string_view(breaks).find(text[i]) != text.npos && !isLength;
+    if (std::string_view(breaks).find(text[i]) == text.npos) return false;
+    if (text[i] == '/') return text.size() - i > sizeof "/128" - 1;  // the length of a prefix stays
+    // A range may be broken, but not a name such as "eth-3".
+    return text[i] != '-' || (i != 0 && isDigit(i - 1) && isDigit(i + 1));
   };
   while (text.size() > width) {
     std::size_t at = text.npos;
@@ -96,10 +116,13 @@ struct Drawn {
   std::vector<std::size_t> heights;     // the number of lines of each cell
   std::vector<std::size_t> higher;      // the same if the column becomes narrower
 
-  explicit Drawn(const Column* its) : column(its), heights(its->cells.size(), 1) {
+  // A column wider than the table, `most` letters, is broken at once. 0 is any width.
+  Drawn(const Column* its, std::size_t most) : column(its), heights(its->cells.size(), 1) {
     for (const std::string& cell : its->cells) width = std::max(width, cell.size());
     width = std::max(width, widestOf(linesOf(its->name, kInHeadings, std::max(width, kHeading))));
-    plan();
+    if (most == 0) return;
+    plan(std::min(width - 1, most));
+    if (width > most && narrower != 0) narrow();
   }
 
   std::vector<std::string_view> lines(std::size_t i) const {
@@ -108,14 +131,14 @@ struct Drawn {
   void narrow() {
     width = narrower;
     heights.swap(higher);
-    plan();
+    plan(width - 1);
   }
  private:
-  void plan() {
+  void plan(std::size_t most) {
     narrower = std::min(kHeading, column->name.size());
     higher.clear();
     for (const std::string& cell : column->cells) {
-      const auto broken = linesOf(cell, kInCells, width - 1);
+      const auto broken = linesOf(cell, kInCells, most);
       narrower = std::max(narrower, widestOf(broken));
       higher.push_back(broken.size());
     }
@@ -200,8 +223,8 @@ struct Layout {
 // The layout with the fewest lines; of several, the one with the most columns in the row.
 Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
   Layout next;
-  for (const Column& column : columns) next.in_row.emplace_back(&column);
-  if (width == 0 || next.width() <= width) return next;
+  for (const Column& column : columns) next.in_row.emplace_back(&column, width);
+  if (width == 0) return next;
   std::optional<Layout> best;
   std::size_t lines = SIZE_MAX;
   do {
@@ -211,7 +234,7 @@ Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
     if (its >= lines) continue;
     best = std::move(tried);
     lines = its;
-  } while (next.moveDown());
+  } while (lines != columns[0].cells.size() && next.moveDown());
   return best ? *std::move(best) : next;
 }
 
@@ -249,10 +272,10 @@ Entries inOrder(const FiltersGroup& group, Order order) {
   return entries;
 }
 
-std::vector<Column> columnsOf(const Entries& entries) {
+std::vector<Column> columnsOf(const Entries& entries, std::size_t width) {
   using Cells = std::vector<std::string>;
   const std::size_t count = entries.size();
-  Cells ids, priorities, actions(count), policers, parents, counters(count);
+  Cells ids, priorities, actions(count), policers, parents, counters;
   std::vector<std::pair<filtersMatch_t, Column>> fields;  // by code
   for (std::size_t i = 0; i < count; ++i) {
     const EntryColumns its = FiltersInspect::columnsOf(*entries[i]);
@@ -268,10 +291,10 @@ std::vector<Column> columnsOf(const Entries& entries) {
                                          [code](const auto& one) { return one.first > code; });
         field = fields.insert(behind, {code, {name, Column::Holds::kField, Cells(count)}});
       }
-      add(its.shown[k], &field->second.cells[i]);
+      addCut(its.shown[k], width, &field->second.cells[i]);
     }
-    for (const std::string& action : its.actions) add(action, &actions[i]);
-    for (const std::string& counter : its.counters) add(counter, &counters[i]);
+    for (const std::string& action : its.actions) addCut(action, width, &actions[i]);
+    counters.push_back(joined(its.counters, width));
     policers.push_back(its.policer_text);
     parents.push_back(its.parent_text);
   }
@@ -304,12 +327,13 @@ std::string wrapped(std::string_view text, std::size_t width, std::size_t indent
   return lines.append(text);
 }
 
-std::string drawn(std::vector<Column> columns, std::size_t width) {
+std::string drawn(const Entries& entries, std::size_t width) {
+  std::vector<Column> columns = columnsOf(entries, width);
   Layout layout = bestLayout(columns, width);
   if (width != 0 && !(layout.below.empty() && layout.height() == columns[0].cells.size())) {
     for (Column& column : columns) {
       if (column.holds != Column::Holds::kField) continue;
-      for (std::string& cell : column.cells) cell = cutList(cell, kMostOfList);
+      for (std::string& cell : column.cells) cell = cutList(cell);
     }
     layout = bestLayout(columns, width);
   }

@@ -27,12 +27,13 @@ using Entries = std::vector<const FiltersCommon::FiltersEntry*>;
 Entries inOrder(const FiltersCommon::FiltersGroup& group, FiltersInspect::Order order);
 
 // The columns: id, priority, each packet field that some entry tests, actions, policers and
-// counters. Columns without any value are left out, but not id, priority and actions.
-std::vector<Column> columnsOf(const Entries& entries);
+// counters. Columns without any value are left out, but not id, priority and actions. Lists longer
+// than `width` letters are cut and end in the number of values that are left out; 0 is any width.
+std::vector<Column> columnsOf(const Entries& entries, std::size_t width);
 
-// Draws a table at most `width` letters wide; 0 is any width. If that is too narrow, the widest
-// columns move to lines of their own below each row, and long lists are cut.
-std::string drawn(std::vector<Column> columns, std::size_t width);
+// Draws a table of entries at most `width` letters wide; 0 is any width. If that is too narrow, the
+// widest columns move to lines of their own below each row, and long lists are cut.
+std::string drawn(const Entries& entries, std::size_t width);
 
 // Breaks a text at blanks into lines of at most `width` letters. All lines but the first are
 // indented.
