@@ -64,7 +64,8 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   }
 }
 
-// Takes everything out of the inputs that is not asked for. Returns false if an id is not there.
+// Takes everything out of the inputs that is not asked for, also a group without any entry
+// that is, unless it is empty. Returns false if an id is not there.
 bool choose(const Options& options, std::vector<Input>* inputs, Console* console) {
   Selection selection(options);
   for (Input& input : *inputs) {
@@ -76,6 +77,7 @@ bool choose(const Options& options, std::vector<Input>* inputs, Console* console
         if (!selection.has(id)) others.push_back(id);
       }
       for (const auto id : others) static_cast<void>(group.group->removeEntry(id));
+      if (!others.empty() && group.group->getEntriesRef().empty()) group.group.reset();
     }
     selection.keep(&input.report);
   }
