@@ -211,9 +211,9 @@ def capabilities():
         for row in table[1:]:
             name = re.sub("^FILTERS_(GROUP_TYPE|[A-Z]+)_", "", row[0]).lower()
             marks = " +".join("x" if mark == "x" else r"\." for mark in row[names:])
-            text += rf"{name} +{marks}(  [^\n]*)?\n"
+            text += rf"{name} +{marks}(  [^\n]*(\n {{30,}}[^\n]*)?)?\n"
         text += r"\n?"
-    return text
+    return r"(?=([^\n]{,80}\n)*\Z)" + text
 
 
 NONE = ""

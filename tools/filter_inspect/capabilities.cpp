@@ -90,10 +90,11 @@ Report tablesOf(const Options& options) {
 
 // --- The matrix -------------------------------------------------------------------------------
 
-// A table with x where the column admits the row. `wordsOf` may say more about a row.
+// A table with x where the column admits the row. `wordsOf` may say more about a row, on more lines
+// if it would be longer than `width` letters.
 template <class Row, class Column, class Admits>
 std::string matrixOf(const char* title, const Admits& admits,
-                     std::string_view (*wordsOf)(Row) = nullptr) {
+                     std::string_view (*wordsOf)(Row) = nullptr, std::size_t width = 0) {
   std::string text, head = title;
   std::size_t first = head.size();
   for (const auto& [code, name] : namesOf<Row>()) first = std::max(first, name.size());
@@ -106,14 +107,15 @@ std::string matrixOf(const char* title, const Admits& admits,
     for (const auto& [column, its] : namesOf<Column>()) {
       line.append(1 + its.size(), ' ').append(1, admits(code, column) ? 'x' : '.');
     }
+    const std::size_t indent = line.size() + 2;
     if (wordsOf != nullptr) line.append("  ").append(wordsOf(code));
-    text += line + '\n';
+    text += wrapped(line, width > indent ? width : 0, indent) + '\n';
   }
   return text;
 }
 
 // What every stage and type admits.
-std::string matrices() {
+std::string matrices(std::size_t width) {
   const auto ofStage = [](filtersGroupStage_t stage) {
     return capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);
   };
@@ -133,7 +135,7 @@ std::string matrices() {
   return "The matches that each type admits:\n" +
          matrixOf<filtersMatch_t, filtersGroupType_t>("type", hasMatch) +
          "\nThe types that each stage admits:\n" +
-         matrixOf<filtersGroupType_t, filtersGroupStage_t>("stage", hasType, describe) +
+         matrixOf<filtersGroupType_t, filtersGroupStage_t>("stage", hasType, describe, width) +
          "\nThe actions that each stage admits:\n" +
          matrixOf<filtersAction_t, filtersGroupStage_t>("stage", hasAction) +
          "\nThe stages of policers that each stage admits:\n" +
@@ -230,7 +232,7 @@ Exit runCapabilities(const Options& options, Console* console) {
     return kExitFine;
   }
   if (options.stage.empty() && options.type.empty()) {
-    console->write(matrices());
+    console->write(matrices(console->width()));
     return kExitFine;
   }
   for (const Finding& finding : tables.findings) {
