@@ -52,7 +52,7 @@ FileForm formOf(std::string_view content, const std::string& forced) {
   constexpr std::string_view kBlanks = " \t\r\n", kText = "filter-groups", kJson = "\"format\"";
   const bool isText = isPrintable(content);
   if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
-  const auto skipBlanks = [](std::string_view* text) {
+  const auto skipBlanks = [&](std::string_view* text) {
     text->remove_prefix(std::min(text->find_first_not_of(kBlanks), text->size()));
   };
   skipBlanks(&content);
