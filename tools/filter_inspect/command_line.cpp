@@ -255,7 +255,7 @@ constexpr Command kCommands[] = {
      "analyse --order=highest-priority edge.txt\n"
      "analyse --order=highest-priority --svg=edge.svg edge.txt"},
     {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace,
-     "trace edge.txt --order=highest-priority --packet='ip_protocol=tcp ttl=1'\n"
+     "trace edge.txt --order=highest-priority --packet=ttl=1\n"
      "trace edge.txt --order=highest-priority --packets=packets.txt"},
     {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
      declareCapabilities, runCapabilities, "capabilities --type=6\ncapabilities edge.txt"},

@@ -61,8 +61,7 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   for (; line > first_line && !source.empty(); --line) {
     source.remove_prefix(std::min(source.find('\n'), source.size() - 1) + 1);
   }
-  constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
-  if (source.substr(0, kMark.size()) == kMark) source.remove_prefix(kMark.size());
+  source = withoutMark(source);
   source = source.substr(0, source.find_first_of("\r\n"));
   if (column == 0 || column > source.size() + 1) return {};
   // A finding of the grammar is where its word begins, perhaps after a quote; another one is

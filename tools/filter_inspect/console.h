@@ -27,6 +27,11 @@ using FiltersInspect::Severity;
 
 enum class Color { kNone, kRemoved, kAdded, kWarning, kError, kNote };
 
+// The text behind a UTF-8 byte-order mark, or all of it.
+inline std::string_view withoutMark(std::string_view text) {
+  return text.substr(text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0);
+}
+
 // "1 group", "2 groups".
 std::string counted(std::size_t number, std::string_view what);
 

@@ -48,10 +48,9 @@ FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
   if (forced == "bytes") return FileForm::kBytes;
-  constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
   constexpr std::string_view kBlanks = " \t\r\n", kText = "filter-groups", kJson = "\"format\"";
   const bool isText = isPrintable(content);
-  if (content.substr(0, kMark.size()) == kMark) content.remove_prefix(kMark.size());
+  content = withoutMark(content);
   const auto skipBlanks = [&](std::string_view* text) {
     text->remove_prefix(std::min(text->find_first_not_of(kBlanks), text->size()));
   };

@@ -9,6 +9,8 @@
 
 #include <filter_inspect/filter_text.h>
 
+#include "utf8_mark.h"
+
 namespace FiltersInspect {
 
 // The characters of the text, with line ends and tabs as blanks. The parser keeps all characters
@@ -59,11 +61,6 @@ class TokenPositions {
   static TextPosition of(std::string_view before);
  private:
   static constexpr std::string_view kBetween = " \t\r\n,:";
-
-  // The length of a UTF-8 byte-order mark, which the parser skips and columns do not count.
-  static std::size_t lengthOfMark(std::string_view text) {
-    return text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0;
-  }
 
   std::string_view text_;
   std::size_t at_;

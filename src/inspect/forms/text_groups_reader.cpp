@@ -6,6 +6,7 @@
 #include "group_builder.h"
 #include "policer_text.h"
 #include "report/hex.h"
+#include "utf8_mark.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -20,8 +21,7 @@ constexpr char kEntryExample[] = "`entry 10 priority=100 if ttl=1 then deny`";
 class TextReader {
  public:
   TextReader(std::string_view text, GroupBuilder* groups) : rest_(text), groups_(*groups) {
-    constexpr std::string_view kMark = "\xef\xbb\xbf";  // the byte-order mark of UTF-8
-    if (rest_.substr(0, kMark.size()) == kMark) rest_.remove_prefix(kMark.size());
+    rest_.remove_prefix(lengthOfMark(text));
   }
 
   void read() {
