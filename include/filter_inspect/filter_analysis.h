@@ -32,7 +32,6 @@
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -155,7 +154,12 @@ class FILTERS_API Packet {
   std::string toText() const;  // in the order of the fields' match codes
  private:
   friend struct PacketFields;
-  std::map<std::uint8_t, std::optional<std::array<std::uint64_t, 2>>> fields_;
+  struct Field {
+    std::uint8_t number;
+    bool has;                            // false: the packet lacks the field
+    std::array<std::uint64_t, 2> value;  // the upper half of 128 bits comes first
+  };
+  std::vector<Field> fields_;  // in the order of their numbers
 };
 
 // The names of all fields, in the order of their match codes.

@@ -88,7 +88,7 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
         continue;
       }
     }
-    if (!packet.fields_.emplace(*written.field, known).second) {
+    if (!PacketFields::tell(&packet, *written.field, known)) {
       fault(Code::kTextRepeated, piece, "the field is told twice");
     }
   }
@@ -99,13 +99,13 @@ std::optional<Packet> Packet::parse(std::string_view text, Report* report,
 
 std::string Packet::toText() const {
   std::string text;
-  for (const auto& [field, value] : fields_) {
-    const FieldRow& row = packetFields()[field];
+  for (const Field& field : fields_) {
+    const FieldRow& row = packetFields()[field.number];
     if (!text.empty()) text += ' ';
     text += row.name;
     text += '=';
-    if (value) {
-      appendField(row, *value, &text);
+    if (field.has) {
+      appendField(row, field.value, &text);
     } else {
       text += kLacking;
     }

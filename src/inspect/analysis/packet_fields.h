@@ -1,14 +1,42 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_PACKET_FIELDS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_PACKET_FIELDS_H_
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
 #include <filter_inspect/filter_analysis.h>
 
 namespace FiltersInspect {
 
-// Access to the private fields of a Packet.
+// Access to the private fields of a Packet. Fields have the numbers of packetFields().
 struct PacketFields {
-  static auto& of(Packet& packet) { return packet.fields_; }
-  static const auto& of(const Packet& packet) { return packet.fields_; }
+  using Field = Packet::Field;
+  using Value = std::array<std::uint64_t, 2>;
+
+  // All fields that are told, in the order of their numbers.
+  static const std::vector<Field>& of(const Packet& packet) { return packet.fields_; }
+
+  // Null if the field is not told.
+  static const Field* find(const Packet& packet, std::uint8_t number) {
+    const auto at =
+        std::lower_bound(packet.fields_.begin(), packet.fields_.end(), number, isBefore);
+    return at != packet.fields_.end() && at->number == number ? &*at : nullptr;
+  }
+
+  // Tells a field; no value means that the packet lacks it. Returns false, and changes nothing, if
+  // the field is already told.
+  static bool tell(Packet* packet, std::uint8_t number, const std::optional<Value>& value) {
+    auto& all = packet->fields_;
+    const auto at = std::lower_bound(all.begin(), all.end(), number, isBefore);
+    if (at != all.end() && at->number == number) return false;
+    all.insert(at, {number, value.has_value(), value.value_or(Value{})});
+    return true;
+  }
+ private:
+  static bool isBefore(const Field& field, std::uint8_t number) { return field.number < number; }
 };
 
 }  // namespace FiltersInspect

@@ -87,33 +87,31 @@ bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b)
 // Adds the other fields of each header of which the packet has a field. Fields that the packet is
 // known to lack stay absent.
 void complete(Packet* packet) {
-  auto& values = PacketFields::of(*packet);
+  const auto& fields = PacketFields::of(*packet);
   const auto& rows = packetFields();
-  const auto hasOne = [&](Layer layer) {
-    return std::any_of(values.begin(), values.end(), [&](const auto& field) {
-      return field.second && rows[field.first].layer == layer;
-    });
-  };
-  const auto isHalf = [&](Layer layer) {
-    return std::any_of(values.begin(), values.end(), [&](const auto& field) {
-      return !field.second && rows[field.first].layer == layer;
+  const auto isAny = [&](Layer layer, bool has) {
+    return std::any_of(fields.begin(), fields.end(), [&](const PacketFields::Field& field) {
+      return field.has == has && rows[field.number].layer == layer;
     });
   };
   const auto addAll = [&](Layer layer) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      if (rows[i].layer == layer) values.emplace(static_cast<std::uint8_t>(i), rows[i].usual[0]);
+      if (rows[i].layer != layer) continue;
+      PacketFields::tell(packet, static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
   // A header of which a field is known to be absent stays incomplete.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
-    if (hasOne(layer) && !isHalf(layer)) addAll(layer);
+    if (isAny(layer, true) && !isAny(layer, false)) addAll(layer);
   }
-  if (isHalf(Layer::kPorts)) return;
-  if (hasOne(Layer::kPorts)) addAll(Layer::kIpProtocol);
-  for (const auto& [field, value] : values) {
-    const bool its = value && rows[field].layer == Layer::kIpProtocol;
-    if (its && hasPorts(static_cast<std::uint32_t>((*value)[0]))) return addAll(Layer::kPorts);
-  }
+  if (isAny(Layer::kPorts, false)) return;
+  if (isAny(Layer::kPorts, true)) addAll(Layer::kIpProtocol);
+  const bool addsPorts =
+      std::any_of(fields.begin(), fields.end(), [&](const PacketFields::Field& field) {
+        return field.has && rows[field.number].layer == Layer::kIpProtocol &&
+               hasPorts(static_cast<std::uint32_t>(field.value[0]));
+      });
+  if (addsPorts) addAll(Layer::kPorts);
 }
 
 }  // namespace
@@ -154,22 +152,26 @@ std::size_t fieldsLacking(const std::vector<Constraint>& shape) {
 
 Packet packetOf(const Space& space, const Point& point) {
   Packet packet;
-  auto& fields = PacketFields::of(packet);
-  for (const auto& [half, value] : space.valuesOf(point)) {
-    const auto field = static_cast<std::uint8_t>(half / 2);
-    if (half % 2 == 0) {
-      fields[field] = value ? std::optional(FieldValue{*value, 0}) : std::nullopt;
-      continue;
+  const auto values = space.valuesOf(point);
+  for (auto half = values.begin(); half != values.end(); ++half) {
+    const auto field = static_cast<std::uint8_t>(half->first / 2);
+    std::optional<FieldValue> whole;
+    if (half->first % 2 != 0) {
+      // The lower half of an address can be constrained without the upper one.
+      whole = FieldValue{packetFields()[field].usual[0][0], half->second.value_or(0)};
+    } else if (half->second) {
+      whole = FieldValue{*half->second, 0};
     }
-    // The lower half of an address can be constrained without the upper one.
-    const bool told = fields.count(field) != 0;
-    auto& whole = fields.try_emplace(field, packetFields()[field].usual[0]).first->second;
-    if (!told) (*whole)[1] = 0;
-    if (whole && value) (*whole)[1] = *value;
+    const auto next = half + 1;
+    if (half->first % 2 == 0 && next != values.end() && next->first == half->first + 1) {
+      if (whole && next->second) (*whole)[1] = *next->second;
+      half = next;
+    }
+    PacketFields::tell(&packet, field, whole);
   }
   complete(&packet);
   // If no set has a constraint, any packet will do, but it must have at least one field.
-  if (fields.empty()) fields[0] = packetFields()[0].usual[0];
+  if (PacketFields::of(packet).empty()) PacketFields::tell(&packet, 0, packetFields()[0].usual[0]);
   return packet;
 }
 

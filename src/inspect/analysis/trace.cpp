@@ -1,6 +1,7 @@
 #include <filter_inspect/filter_analysis.h>
 
 #include <algorithm>
+#include <map>
 #include <ostream>
 
 #include "packet_fields.h"
@@ -43,17 +44,16 @@ bool surelyHolds(const Asked& asked) {
 // first such field is the reason.
 Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Packet& packet) {
   Traced traced{id, Hit::kHit, {}, {}};
-  const auto& told = PacketFields::of(packet);
   for (const Asked& asked : all) {
     const std::string_view name = packetFields()[asked.field].name;
-    const auto field = told.find(asked.field);
-    if (field == told.end()) {
+    const auto* field = PacketFields::find(packet, asked.field);
+    if (field == nullptr) {
       if (surelyHolds(asked)) continue;
       traced.hit = Hit::kUndecided;
       traced.lacking.emplace_back(name);
-    } else if (!field->second || !isAmong(asked.may, *field->second)) {
+    } else if (!field->has || !isAmong(asked.may, field->value)) {
       return {id, Hit::kMiss, {}, std::string(name)};
-    } else if (asked.open != nullptr && !isAmong(asked.must, *field->second)) {
+    } else if (asked.open != nullptr && !isAmong(asked.must, field->value)) {
       traced.hit = Hit::kUndecided;
       if (traced.reason.empty()) traced.reason = std::string(name) + ": " + asked.open;
     }
@@ -64,13 +64,12 @@ Traced traceEntry(filtersEntryId_t id, const std::vector<Asked>& all, const Pack
 // The constraints of an entry on unknown fields. If a known value meets a constraint under some
 // reading only, the match stays, and may take every packet.
 std::vector<Asked> untold(const std::vector<Asked>& all, const Packet& packet) {
-  const auto& told = PacketFields::of(packet);
   std::vector<Asked> rest;
   for (const Asked& asked : all) {
-    const auto field = told.find(asked.field);
-    if (field == told.end()) {
+    const auto* field = PacketFields::find(packet, asked.field);
+    if (field == nullptr) {
       rest.push_back(asked);
-    } else if (asked.open != nullptr && !isAmong(asked.must, *field->second)) {
+    } else if (asked.open != nullptr && !isAmong(asked.must, field->value)) {
       rest.push_back({asked.field, asked.which, {}, asked.open, {}, asked.match});
     }
   }
