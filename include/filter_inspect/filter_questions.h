@@ -110,6 +110,25 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
+// What is left of an entry behind the entries before it.
+struct Remains {
+  // As in Destination; kMiss: no packet is left.
+  Hit hit = Hit::kMiss;
+  std::string reason;
+  Packet witness;
+  // All packets that surely reach the entry and match it, and all that do so under some reading or
+  // if a tie is decided so. A packet that is left is in one of these sets. A list is empty if it
+  // would be too long. `hit` tells whether there are such packets.
+  std::vector<PacketSet> surely, possibly;
+  bool complete = true;  // false if the steps did not suffice
+};
+
+// Looks at the packets of the set alone. Returns nothing if the group has no such entry.
+FILTERS_API std::optional<Remains> remains(const FiltersCommon::FiltersGroup& group,
+                                           FiltersCommon::filtersEntryId_t entry,
+                                           const PacketSet& packets, Order order,
+                                           const AnalysisOptions& options = {});
+
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_FILTER_QUESTIONS_H_
