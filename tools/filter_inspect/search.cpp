@@ -34,14 +34,13 @@ class Answer {
   // Writes the answer, or keeps it with --json.
   void write(const Input& input, const InputGroup& group) {
     const AnalysisOptions how = analysisOf(options_, group.place, &console_);
-    place_ = printable(group.place) + ": ";
+    how_ = how.order;
     if (options_.entries.empty()) {
-      writeFound(*group.group, how);
-    } else {
-      for (const filtersEntryId_t id : options_.entries) writeLeft(*group.group, id, how);
+      Report report = writeFound(group, how);
+      input.locate(group, &report);
+      all_.append(std::move(report));
     }
-    input.locate(group, &report_);
-    all_.append(std::exchange(report_, {}));
+    for (const filtersEntryId_t id : options_.entries) writeLeft(input, group, id, how);
   }
 
   Exit finish(const Input& input) {
@@ -51,18 +50,18 @@ class Answer {
     return is_sure_ ? kExitFound : is_open_ ? kExitTrouble : kExitFine;
   }
  private:
-  void writeFound(const FiltersGroup& group, const AnalysisOptions& how) {
-    how_ = how.order;
+  Report writeFound(const InputGroup& group, const AnalysisOptions& how) {
     const auto ask = options_.touching ? touching : search;
-    const Destinations found = ask(group, packets_, how.order, how, then_);
+    const auto report_on = options_.touching ? touchingReport : searchReport;
+    const Destinations found = ask(*group.group, packets_, how.order, how, then_);
     console_.hideProgress();
-    report_ = options_.touching ? touchingReport(group, found) : searchReport(group, found);
+    Report report = report_on(*group.group, found);
     is_open_ = is_open_ || !found.complete;
-    if (!options_.json) console_.writeLine(place_ + summaryOf(found));
+    if (!options_.json) console_.writeLine(printable(group.place) + ": " + summaryOf(found));
     std::vector<std::string> heads;
     std::size_t widest = 0;
     for (std::size_t i = 0; i < found.found.size(); ++i) {
-      heads.push_back("  " + headOf(found.found[i], report_.findings[i]));
+      heads.push_back("  " + headOf(found.found[i], report.findings[i]));
       if (heads[i].size() <= kWidestTreatment) widest = std::max(widest, heads[i].size());
     }
     for (std::size_t i = 0; i < found.found.size(); ++i) {
@@ -75,20 +74,22 @@ class Answer {
                          one.hit == Hit::kHit ? Color::kNone : Color::kWarning);
       if (!one.reason.empty()) console_.writeLine("    " + one.reason);
     }
+    return report;
   }
 
-  void writeLeft(const FiltersGroup& group, filtersEntryId_t id, const AnalysisOptions& how) {
-    how_ = how.order;
-    const auto left = remains(group, id, packets_, how.order, how);
+  void writeLeft(const Input& input, const InputGroup& group, filtersEntryId_t id,
+                 const AnalysisOptions& how) {
+    const auto left = remains(*group.group, id, packets_, how.order, how);
     console_.hideProgress();
-    if (!left) return;
-    Report report = remainsReport(group, id, *left);
+    if (!left) return;  // another group has this entry
+    Report report = remainsReport(*group.group, id, *left);
+    input.locate(group, &report);
     tell(left->hit);
     is_open_ = is_open_ || !left->complete;
     if (!options_.json) {
       const Finding& first = report.findings[0];
-      console_.writeLine(place_ + "entry " + std::to_string(id) + " (" + first.treatment +
-                         "): " + first.message);
+      console_.writeLine(printable(placeOf(input.file, first)) + ": entry " + std::to_string(id) +
+                         " (" + first.treatment + "): " + first.message);
       bool listed = false;
       for (const Finding& one : report.findings) {
         if (one.code != Code::kPacketsLeft || &one == &first) continue;
@@ -99,7 +100,7 @@ class Answer {
       if (!listed && !first.witness.empty()) console_.writeLine("  packet: " + first.witness);
       if (!left->complete) console_.writeLine("  " + report.findings.back().message);
     }
-    report_.append(std::move(report));
+    all_.append(std::move(report));
   }
 
   void tell(Hit hit) {
@@ -142,9 +143,8 @@ class Answer {
   const PacketSet& packets_;
   const ActionTest* then_;
   Console& console_;
-  std::string place_;
   Order how_ = Order::kUnspecified;
-  Report report_, all_;
+  Report all_;
   bool is_sure_ = false, is_open_ = false;
 };
 
