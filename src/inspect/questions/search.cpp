@@ -16,7 +16,7 @@ namespace {
 
 using namespace FiltersCommon;
 
-constexpr char kTooLong[] = "whether it surely takes one takes too many steps to say";
+constexpr char kNotSure[] = "whether it surely takes one takes too many steps to say";
 
 // Looks for a good packet among the first parts that a cut leaves.
 struct FirstParts : Cut::Watcher {
@@ -202,7 +202,7 @@ class Search {
     one.witness = surely.packet ? *surely.packet : *may.packet;
     if (!surely.known) {
       found_.complete = false;
-      one.reason = kTooLong;
+      one.reason = kNotSure;
     } else if (!surely.packet) {
       one.reason = reasonFor(entry, one.witness);
     }

@@ -306,8 +306,37 @@ struct PlainAnswer {
   std::vector<bool> meets_all;
 };
 
-inline PlainAnswer answerOf(const Case& c, const PlainSet& set, Order order) {
+// The same set with fewer values to try: one of all that neither the rules nor the set tell apart,
+// nor those of `others`.
+inline PlainSet withFewValues(const Case& c, PlainSet set,
+                              const std::vector<std::string>& others = {}) {
+  for (std::size_t i = 0; i < set.fields.size(); ++i) {
+    std::set<std::vector<bool>> known;
+    const auto isKnown = [&](Value value) {
+      std::vector<bool> signs = {value == 0, set.asks[i].isIn(value)};
+      for (const PlainRule& rule : c.rules) {
+        for (const Ask& ask : rule.asks) {
+          if (ask.field != i) continue;
+          for (const Reading& reading : ask.readings) signs.push_back(reading(value));
+        }
+      }
+      for (const std::string& other : others) {
+        const auto words = PlainSet::wordsOf(other);
+        const auto word = words.find(set.fields[i].field.name);
+        if (word == words.end() || word->second == "none") continue;
+        signs.push_back(set.fields[i].isIn(word->second, value));
+      }
+      return !known.insert(signs).second;
+    };
+    auto& values = set.fields[i].values;
+    values.erase(std::remove_if(values.begin(), values.end(), isKnown), values.end());
+  }
+  return set;
+}
+
+inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   using Is = PlainAnswer::Is;
+  const PlainSet set = withFewValues(c, whole);
   const std::size_t n = c.rules.size();
   const std::vector<Is> none(n + 1, Is::kNever);
   PlainAnswer answer{none, none, none, none, std::vector<bool>(n, true)};
@@ -394,8 +423,16 @@ inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const Pa
   }
   if (remaining->witness.toText() != one->witness.toText()) return "another packet remains";
   if (wanted != Hit::kHit && !remaining->surely.empty()) return "nothing surely remains";
+  std::vector<std::string> texts;
+  for (const auto* list : {&remaining->possibly, &remaining->surely}) {
+    for (const PacketSet& its : *list) {
+      const auto again = PacketSet::parse(its.toText(), nullptr);
+      if (!again || again->toText() != its.toText()) return "does not read back: " + its.toText();
+      texts.push_back(its.toText());
+    }
+  }
   std::string fault;
-  plain.forEach([&](const PlainPacket& packet) {
+  withFewValues(c, plain, texts).forEach([&](const PlainPacket& packet) {
     bool may = false, must = true;
     forEachReading(c.rules, rowOf(c.rules, packet), [&](const Takers& takers) {
       const Takers first = firstOf(takers, [&](const PlainRule& r) { return rankOf(r, order); });
@@ -410,15 +447,8 @@ inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const Pa
     };
     const bool wrong = (!remaining->possibly.empty() && isIn(remaining->possibly) != may) ||
                        (!remaining->surely.empty() && isIn(remaining->surely) != must);
-    if (wrong) fault = "it is left or not: " + c.textOf(packet);
+    if (wrong) fault = "it is left, or it is not: " + remaining->witness.toText();
   });
-  for (const auto* list : {&remaining->possibly, &remaining->surely}) {
-    for (const PacketSet& its : *list) {
-      const auto again = PacketSet::parse(its.toText(), nullptr);
-      if (!again || again->toText() != its.toText()) return "does not read back: " + its.toText();
-      if (!fault.empty()) fault += "\n" + its.toText();
-    }
-  }
   return fault;
 }
 
