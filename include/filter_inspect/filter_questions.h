@@ -122,10 +122,19 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
 // `entry` is the changed rule, of `b` if `a` does not have it. `others` are the rules that take the
 // packets before or after the change instead of it. `witness` is an example packet, `before` and
 // `after` what the groups do with it. kNoDifference: the rule has changed, but every packet is
-// treated as before. kNotDecided: as from compareTreatment().
+// treated as before. kNotDecided: as from compareTreatment(). If there are `packets`, only packets
+// of this set count.
 FILTERS_API Report explainChanges(const FiltersCommon::FiltersGroup& a,
                                   const FiltersCommon::FiltersGroup& b,
-                                  const AnalysisOptions& options = {});
+                                  const AnalysisOptions& options = {},
+                                  const PacketSet* packets = nullptr);
+
+// True if some packet outside of the set is treated differently, false if surely none is. Nothing
+// is returned if this depends on readings or takes too many steps.
+FILTERS_API std::optional<bool> changesOthers(const FiltersCommon::FiltersGroup& a,
+                                              const FiltersCommon::FiltersGroup& b,
+                                              const PacketSet& packets,
+                                              const AnalysisOptions& options = {});
 
 }  // namespace FiltersInspect
 

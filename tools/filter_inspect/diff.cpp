@@ -140,11 +140,27 @@ class Treatment {
         inputs_(inputs),
         reports_{FileReport(options, inputs[0]), FileReport(options, inputs[1])} {}
 
+  // Reads --packets. Returns false if it cannot be read.
+  bool readPackets() {
+    if (!options_.packets) return true;
+    Report faults;
+    packets_ = PacketSet::parse(*options_.packets, &faults, options_.max_findings);
+    if (packets_ && !options_.order.empty()) return true;
+    if (packets_) console_.trouble(Code::kUsage, "--packets", "it needs --order");
+    for (const Finding& fault : faults.findings) {
+      console_.trouble("--packets", fault, *options_.packets, 1);
+    }
+    return false;
+  }
+
   void add(const Pair& pair, const Selection& selection) {
     if (options_.order.empty() || pair.a == nullptr || pair.b == nullptr) return;
     AnalysisOptions options = analysisOf(options_, pair.a->place, &console_);
     options.max_findings = std::numeric_limits<std::size_t>::max();
-    Report report = explainChanges(*pair.a->group, *pair.b->group, options);
+    const FiltersGroup &a = *pair.a->group, &b = *pair.b->group;
+    Report report = explainChanges(a, b, options, packets_ ? &*packets_ : nullptr);
+    Report others;
+    if (packets_) others.findings = {aboutOthers(a, changesOthers(a, b, *packets_, options))};
     console_.hideProgress();
     selection.keep(&report);
     // A finding is about the first file, unless only the second one has the entry.
@@ -157,6 +173,7 @@ class Treatment {
     }
     reports_[0].add(*pair.a, std::move(parts[0]));
     reports_[1].add(*pair.b, std::move(parts[1]));
+    reports_[1].add(*pair.b, std::move(others));
   }
 
   Report take(std::size_t file) { return reports_[file].take(); }
@@ -172,14 +189,28 @@ class Treatment {
     console_.writeLine(summary(left_out));
   }
  private:
+  // What happens to packets that are not in the set.
+  static Finding aboutOthers(const FiltersGroup& group, std::optional<bool> differ) {
+    Finding finding =
+        !differ   ? findingOf(Code::kNotDecided, "whether something else changes is not decided")
+        : *differ ? findingOf(Code::kTreatmentDiffers, "other packets are treated differently too")
+                  : findingOf(Code::kNoDifference, "nothing else changes");
+    finding.group = group.getId();
+    return finding;
+  }
+
   // "a.bin, b.bin: 2 changes treat packets differently, 1 changes nothing (order: ...)"
   std::string summary(std::size_t left_out) {
     const std::size_t differing = counts_[Code::kTreatmentDiffers];
     const std::size_t open = counts_[Code::kNotDecided], idle = counts_[Code::kNoDifference];
     std::string text = printable(inputs_[0].file + ", " + inputs_[1].file) + ": ";
-    text += differing == 0 && open == 0 ? "no packet is treated differently"
-                                        : counted(differing, "change") + " treat" +
-                                              (differing == 1 ? "s" : "") + " packets differently";
+    if (differing == 0 && open == 0) {
+      text += packets_ ? "none of these packets" : "no packet";
+      text += " is treated differently";
+    } else {
+      text += counted(differing, "change") + " treat" + (differing == 1 ? "s" : "") +
+              (packets_ ? " these packets" : " packets") + " differently";
+    }
     if (differing != 0 && idle != 0) text += ", " + std::to_string(idle) + " treat no packet so";
     if (open != 0) text += ", " + std::to_string(open) + " not decided";
     if (left_out != 0) text += "; " + counted(left_out, "finding") + " left out";
@@ -191,6 +222,7 @@ class Treatment {
   const std::vector<Input>& inputs_;
   FileReport reports_[2];
   std::map<Code, std::size_t> counts_;
+  std::optional<PacketSet> packets_;
 };
 
 // The JSON document. It has one `input` object for each file.
@@ -245,6 +277,7 @@ Exit runDiff(const Options& options, Console* console) {
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
   Treatment treatment(options, *inputs, console);
+  if (!treatment.readPackets()) return kExitTrouble;
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);

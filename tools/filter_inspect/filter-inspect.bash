@@ -12,7 +12,7 @@ _filter_inspect() {
     [show]="--as= --order= --width= --group= --entry="
     [check]="--stage= --type="
     [convert]="--to= --output="
-    [diff]="--order= --group= --entry="
+    [diff]="--order= --packets= --group= --entry="
     [plan]="--remove-first"
     [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg="
     [trace]="--order= --group= --entry= --packet= --packets="
@@ -35,10 +35,10 @@ _filter_inspect() {
     [--to]="text json bytes"
     [-o]="OUT"
     [--output]="OUT"
+    [--packets]="FILE"
     [--max-steps]="N"
     [--svg]="OUT"
     [--packet]="PACKET"
-    [--packets]="FILE"
   )
   # end generated
 

@@ -8,8 +8,9 @@
 #include <tuple>
 #include <utility>
 
+#include "analysis/compare_treatment.h"
 #include "analysis/entry_findings.h"
-#include "analysis/treatment.h"
+#include "packet_set.h"
 
 namespace FiltersInspect {
 namespace {
@@ -39,8 +40,13 @@ std::string consequence(const FiltersEntry* before, const FiltersEntry* after) {
 
 class Changes {
  public:
-  Changes(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
-      : a_(a), b_(b), after_(b, options.order), findings_(a.getId(), options.max_findings) {
+  Changes(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options,
+          const PacketSet* packets)
+      : a_(a),
+        b_(b),
+        unchanged_(packets == nullptr ? "no packet" : "none of these packets"),
+        after_(b, options.order),
+        findings_(a.getId(), options.max_findings) {
     for (Finding& part : diff(a, b).findings) {
       if (part.entry) parts_[*part.entry].push_back(std::move(part));
     }
@@ -59,8 +65,8 @@ class Changes {
     for (const auto& [id, parts] : parts_) {
       if (!isDecided || seen_.count(id) != 0 || changeOf(id).empty()) continue;
       Finding* finding = findings_.add(Code::kNoDifference, id);
-      if (finding != nullptr)
-        finding->message = changeOf(id) + ": no packet is treated differently";
+      if (finding == nullptr) continue;
+      finding->message = changeOf(id) + ": " + unchanged_ + " is treated differently";
     }
     for (Finding& open : compared.findings) {
       if (open.code == Code::kTreatmentDiffers) continue;
@@ -120,31 +126,40 @@ class Changes {
   // What has changed in a rule: "new", "gone", "permit became deny, priority=5 became priority=7".
   // The text is empty if only the counters have.
   std::string changeOf(filtersEntryId_t id) const {
-    const FiltersEntry *before = find(a_, id), *after = find(b_, id);
-    if (before == nullptr) return "new";
-    if (after == nullptr) return "gone";
-    std::string text, treatment;
-    bool hasMatches = false;
+    if (find(a_, id) == nullptr) return "new";
+    if (find(b_, id) == nullptr) return "gone";
+    std::string priority, matches, before, after, policer;
+    const auto add = [](const std::string& part, const char* between, std::string* text) {
+      if (!part.empty()) *text += (text->empty() ? "" : between) + part;
+    };
     for (const Finding& part : parts_.at(id)) {
       switch (part.subject) {
         case Subject::kEntry:
-          text += (text.empty() ? "" : ", ") + part.before + " became " + part.after;
+          priority = part.before + " became " + part.after;
           break;
         case Subject::kMatch:
-          hasMatches = true;
+          matches = "other matches";
           break;
         case Subject::kAction:
+          add(part.before, " ", &before);
+          add(part.after, " ", &after);
+          break;
         case Subject::kPolicer:
         case Subject::kParent:
-          treatment = treatmentText(*before) + " became " + treatmentText(*after);
+          policer = "another policer";
           break;
         case Subject::kGroup:
         case Subject::kCounter:
           break;
       }
     }
-    if (hasMatches) text += text.empty() ? "other matches" : ", other matches";
-    if (!treatment.empty()) text += (text.empty() ? "" : ", ") + treatment;
+    std::string actions = after.empty() ? before : before + " became " + after;
+    if (before.empty() != after.empty())
+      actions = before.empty() ? "also " + after : "no " + before;
+    std::string text;
+    for (const std::string* part : {&priority, &matches, &actions, &policer}) {
+      add(*part, ", ", &text);
+    }
     return text;
   }
 
@@ -173,6 +188,7 @@ class Changes {
   }
 
   const FiltersGroup &a_, &b_;
+  const std::string unchanged_;  // the packets of a rule that treats them as before
   const Tracer after_;
   std::map<filtersEntryId_t, std::vector<Finding>> parts_;  // what has changed in each rule
   std::map<std::tuple<filtersEntryId_t, Role, std::string, std::string>, std::size_t> by_key_;
@@ -183,11 +199,25 @@ class Changes {
 
 }  // namespace
 
-Report explainChanges(const FiltersGroup& a, const FiltersGroup& b,
-                      const AnalysisOptions& options) {
+Report explainChanges(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options,
+                      const PacketSet* packets) {
   AnalysisOptions all = options;
   all.max_findings = std::numeric_limits<std::size_t>::max();
-  return Changes(a, b, options).explain(compareTreatment(a, b, all));
+  Changes changes(a, b, options, packets);
+  if (packets == nullptr) return changes.explain(compareTreatment(a, b, all));
+  const Among among{PacketSetFields::of(*packets), false};
+  return changes.explain(compareTreatment(a, b, all, &among));
+}
+
+std::optional<bool> changesOthers(const FiltersGroup& a, const FiltersGroup& b,
+                                  const PacketSet& packets, const AnalysisOptions& options) {
+  const Among among{PacketSetFields::of(packets), true};
+  AnalysisOptions first = options;
+  first.max_findings = 1;  // the report keeps the most severe finding
+  const Report compared = compareTreatment(a, b, first, &among);
+  if (compared.empty()) return false;
+  return compared.worst() == severityOf(Code::kTreatmentDiffers) ? std::optional(true)
+                                                                 : std::nullopt;
 }
 
 }  // namespace FiltersInspect
