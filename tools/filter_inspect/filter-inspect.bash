@@ -12,7 +12,7 @@ _filter_inspect() {
     [show]="--as= --order= --width= --group= --entry="
     [check]="--stage= --type="
     [convert]="--to= --output="
-    [diff]="--order= --group= --entry="
+    [diff]="--order= --packets= --group= --entry="
     [plan]="--remove-first"
     [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg="
     [trace]="--order= --group= --entry= --packet= --packets="
@@ -36,11 +36,11 @@ _filter_inspect() {
     [--to]="text json bytes"
     [-o]="OUT"
     [--output]="OUT"
+    [--packets]="PACKET"
     [--max-steps]="N"
     [--svg]="OUT"
     [--packet]="PACKET"
-    [--packets]="FILE"
-    [search--packets]="PACKET"
+    [trace--packets]="FILE"
     [--then]="ACTIONS"
   )
   # end generated
