@@ -495,8 +495,9 @@ TABLE = [
      "rules.txt:4:1: entry 20 \\(deny\\): nothing is left of it\n"
      "rules.txt:3:1: entry 10 \\(permit\\): packets are left for it\n"
      "  src_ipv4=192.0.2.0/24 ttl=1\n", NONE),
-    ("search g.bin --order=ascending-id --max-steps=0", 2,
-     "(g.bin: group [^\n]*; what else there is takes too many steps to say\n)+", NONE),
+    ("search rules.txt --order=highest-priority --packets=src_ipv4=192.0.2.128/25 --then=deny"
+     " --max-steps=0", 2, "rules.txt:2:1: no entry with deny takes any of these packets; what else "
+     "there is takes too many steps to say\n", NONE),
     ("search - --order=ascending-id --packets=ttl=1 -q <rules.txt", 1, NONE, NONE),
     ("search rules.txt --order=ascending-id --packets=ttl={1,300}", 2, NONE,
      r"--packets:1:8: error: '300': ttl is a number from 0 to 255 .*"),
