@@ -33,8 +33,7 @@ struct FirstParts : Cut::Watcher {
   int looks_left_ = 4;
 };
 
-// The packets of a set among the rules of a group. Each rule may take some of them; a rule at a
-// position comes before all rules whose ranks begin behind it.
+// The packets of a set among the rules of a group. Rules are named by their positions.
 class Search {
  public:
   Search(const FiltersGroup& group, const PacketSet& packets, Order order,
@@ -56,13 +55,12 @@ class Search {
   }
 
   Destinations destinations() {
-    const std::vector<std::uint32_t> all = met_;
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      tell(options_, k, all.size() + 1);
+    for (std::size_t k = 0; k < met_.size(); ++k) {
+      tell(options_, k, met_.size() + 1);
       space_.forget();
-      findEntry(all[k]);
+      findEntry(met_[k]);
     }
-    tell(options_, all.size(), all.size() + 1);
+    tell(options_, met_.size(), met_.size() + 1);
     space_.forget();
     findNone();
     if (found_.found.size() == 1 && found_.complete) found_.found[0].all = true;
@@ -70,10 +68,9 @@ class Search {
   }
 
   Destinations touched() {
-    const std::vector<std::uint32_t> all = met_;
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      tell(options_, k, all.size());
-      const Rule& rule = rules_[all[k]];
+    for (std::size_t k = 0; k < met_.size(); ++k) {
+      tell(options_, k, met_.size());
+      const Rule& rule = rules_[met_[k]];
       const Left may = leftOf(rule.may, {});
       if (!may.known) found_.complete = false;
       if (!may.packet) continue;
@@ -81,8 +78,8 @@ class Search {
       if (!surely.known) found_.complete = false;
       Destination& one = add(rule.id, may, surely);
       std::vector<Candidate> its;
-      if (rule.must != kNothing) its.push_back({rule.must, 0, false, all[k]});
-      const Left others = leftOf(kEverything, std::move(its), all[k] + 1);
+      if (rule.must != kNothing) its.push_back({rule.must, 0, false, met_[k]});
+      const Left others = leftOf(kEverything, std::move(its), met_[k] + 1);
       if (!others.known) found_.complete = false;
       one.all = others.known && !others.packet;
     }
