@@ -72,10 +72,6 @@ const Fields& fields() {
   return fields;
 }
 
-bool isAddress(ValueForm form) {
-  return form == ValueForm::kMac || form == ValueForm::kIPv4 || form == ValueForm::kIPv6;
-}
-
 FieldValue valueOf(ValueForm form, const AddressBytes& bytes) {
   FieldValue value = {};
   for (std::size_t i = 0; i < sizeOf(form); ++i) value[i / 8] = value[i / 8] << 8 | bytes[i];

@@ -32,6 +32,9 @@ enum class ValueForm : std::uint8_t {
   kMplsPorts,    // 0x03000007/0x01000003          {"vpn": {...}, "access_port": {...}}
 };
 
+constexpr bool isAddress(ValueForm form) {
+  return form == ValueForm::kMac || form == ValueForm::kIPv4 || form == ValueForm::kIPv6;
+}
 // The size of an address in bits.
 constexpr std::uint8_t bitsOf(ValueForm address) {
   return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;

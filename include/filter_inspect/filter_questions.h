@@ -1,0 +1,80 @@
+#ifndef FILTER_INSPECT_FILTER_QUESTIONS_H_
+#define FILTER_INSPECT_FILTER_QUESTIONS_H_
+
+// Asks the rules of a group where packets go. A question is about a set of packets, and its answers
+// hold for every packet of the set. For example:
+//
+//     const auto telnet = PacketSet::parse("ip_protocol=tcp dst_l4_port=23", nullptr);
+//
+// The readings, the orders and the assumptions are those of filter_analysis.h. All functions may be
+// called from any thread, if nobody changes the arguments meanwhile. They throw std::bad_alloc, and
+// what a progress function throws.
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_common/filter_entries.h>
+#include <filter_inspect/filter_analysis.h>
+#include <filter_inspect/filter_report.h>
+
+namespace FiltersInspect {
+
+// A set of packets: a Packet with room in it. Each field that is named has
+// - one value:              ttl=1
+// - a value under a mask:   src_ipv4=10.0.0.0/8  dst_mac=01:80:c2:00:00:00/44
+// dst_l4_port=0x1f00/0xff00
+// - a value of a range:     dst_l4_port=1024-65535  (both ends belong to it)
+// - one of a list of these: external_vlan_id={10,20-29}
+// - no value:               vlan_tagging=none  (packets that lack the field)
+// A field that is not named has any value, or is lacking. Names of values are those of the text
+// form. An address takes a prefix length or a mask, every other field a mask in hexadecimal. Bits
+// of a value outside of its mask do not count. A mask with holes may be in a list only if it stands
+// for at most 16 ranges. The word `dscp` stands for the ToS bytes whose two low bits are 0; to ask
+// for any congestion notification, write tos=184-187.
+//
+// Copies share their memory.
+class FILTERS_API PacketSet {
+ public:
+  PacketSet() = default;  // every packet
+  // Like Packet::parse(): returns nothing if a part cannot be read, and the report, which may be
+  // null, then says why at "1:column". Fields that every packet has can be `none` too, as in a
+  // Packet: entries that test the field then miss.
+  static std::optional<PacketSet> parse(std::string_view text, Report* report,
+                                        std::size_t max_findings = 1000);
+  // Reads back to the same set. Two sets with the same values in each field have the same text.
+  std::string toText() const;
+ private:
+  friend struct PacketSetFields;
+  struct Fields;
+  std::shared_ptr<const Fields> fields_;
+};
+
+// Actions by name, as in the text form: "permit set_pcp=5". An action that holds a value may be
+// named without it, and then has any value.
+class FILTERS_API ActionTest {
+ public:
+  // Reads one or more actions between blanks. Returns nothing if one cannot be read, and the
+  // report, which may be null, then says why at "1:column".
+  static std::optional<ActionTest> parse(std::string_view text, Report* report,
+                                         std::size_t max_findings = 1000);
+  // True if the entry has all of these actions, or any of them.
+  bool hasAll(const FiltersCommon::FiltersEntry& entry) const;
+  bool hasAny(const FiltersCommon::FiltersEntry& entry) const;
+  std::string toText() const;
+ private:
+  friend struct ActionWords;
+  struct Action {
+    FiltersCommon::filtersAction_t code;
+    std::string text;  // with its value; only the name if any value will do
+    bool any_value;
+  };
+  std::vector<Action> actions_;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_QUESTIONS_H_

@@ -1,0 +1,63 @@
+#ifndef FILTER_INSPECT_SRC_ANALYSIS_PACKET_WORDS_H_
+#define FILTER_INSPECT_SRC_ANALYSIS_PACKET_WORDS_H_
+
+// Packets and packet sets as words: "ttl=1", "src_ipv4=10.0.0.0/8", "pcp={1,4-6}", "tpid=none".
+// A packet is a set whose fields all have one value, so both have one parser.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_inspect/filter_report.h>
+
+#include "readings.h"
+
+namespace FiltersInspect {
+
+inline constexpr std::string_view kBlanks = " \t\r\n";  // separate words
+
+// Values from the first to the last, both included. Under a mask: the value and the mask.
+struct ValuePair {
+  FieldValue first, last;
+};
+
+// The values that a field has in the packets of a set. Equal values have one form only:
+// - kLacks: the packets lack the field, and `values` is empty.
+// - kRanges: ascending ranges that do not touch each other.
+// - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. As
+//   ranges the values would be more than kMostRanges.
+struct FieldSet {
+  enum class Form : std::uint8_t { kLacks, kRanges, kMasked };
+  static constexpr std::size_t kMostRanges = 16;
+
+  std::uint8_t number;  // as in packetFields()
+  Form form;
+  std::vector<ValuePair> values;
+};
+
+// Reads words between blanks. The fields are in the order of their numbers. Returns nothing, and
+// appends the faults to the report, which may be null, if a word cannot be read. For kPackets each
+// field must be written as one value or `none`.
+enum class WordsOf : std::uint8_t { kPackets, kSets };
+std::optional<std::vector<FieldSet>> parsePacketWords(std::string_view text, WordsOf kind,
+                                                      Report* report, std::size_t max_findings);
+
+// Appends the word of a field, which reads back as the same set.
+void appendWord(const FieldSet& field, std::string* out);
+
+// --- Numbers of up to 128 bits -------------------------------------------------------------------
+
+// The number with the lowest `count` bits set, or with all bits of a field set.
+FieldValue lowBits(unsigned count, unsigned width);
+// The next larger number. A number of 64 bits or less has the upper half alone.
+FieldValue nextOf(FieldValue value, unsigned width);
+
+// The fewest masks without holes under which exactly the values of a range lie.
+void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_ANALYSIS_PACKET_WORDS_H_

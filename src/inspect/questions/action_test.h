@@ -1,0 +1,26 @@
+#ifndef FILTER_INSPECT_SRC_QUESTIONS_ACTION_TEST_H_
+#define FILTER_INSPECT_SRC_QUESTIONS_ACTION_TEST_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <filter_inspect/filter_questions.h>
+
+namespace FiltersInspect {
+
+// Reading the words of an ActionTest one by one.
+struct ActionWords {
+  // Why a word cannot be read, and the part of it that is wrong.
+  struct Fault {
+    Code code;
+    std::string_view piece;
+    std::string why;
+  };
+  // Adds the action of a word, or returns its fault.
+  static std::optional<Fault> add(std::string_view word, ActionTest* test);
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_QUESTIONS_ACTION_TEST_H_
