@@ -75,6 +75,41 @@ class FILTERS_API ActionTest {
   std::vector<Action> actions_;
 };
 
+// --- Where packets go ----------------------------------------------------------------------------
+
+// An entry that takes packets of a set, or the case that no entry takes some of them.
+struct Destination {
+  std::optional<FiltersCommon::filtersEntryId_t> entry;  // unset: no entry takes them
+  // kHit: under every reading, some packet of the set goes there. kUndecided: packets go there only
+  // under some reading, or only if a tie is decided so.
+  Hit hit = Hit::kHit;
+  bool all = false;    // every packet of the set goes there
+  std::string reason;  // for kUndecided: which match has several readings, or which entries tie
+  // A packet of the set. For kHit, trace() says that this entry takes it, or that none does. For
+  // kUndecided, trace() says that this may be so.
+  Packet witness;
+};
+struct Destinations {
+  std::vector<Destination> found;  // in the order given; the case without an entry comes last
+  // False if the steps of AnalysisOptions did not suffice: some destinations may be missing, or be
+  // kUndecided for no other reason.
+  bool complete = true;
+};
+
+// Every place where a packet of the set can go, with an example each. The order in `options` does
+// not count. If there is a `then`, only entries with all of its actions are in the answer.
+FILTERS_API Destinations search(const FiltersCommon::FiltersGroup& group, const PacketSet& packets,
+                                Order order, const AnalysisOptions& options = {},
+                                const ActionTest* then = nullptr);
+
+// The entries that match a packet of the set, whatever comes before them. kHit: it matches under
+// every reading; kUndecided: only under some. `all`: it matches every packet of the set. trace()
+// says of the witness that the entry is a hit, or undecided.
+FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
+                                  const PacketSet& packets, Order order,
+                                  const AnalysisOptions& options = {},
+                                  const ActionTest* then = nullptr);
+
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_FILTER_QUESTIONS_H_

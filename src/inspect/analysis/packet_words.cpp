@@ -408,6 +408,11 @@ FieldValue nextOf(FieldValue value, unsigned width) {
   return value;
 }
 
+FieldValue lastBefore(FieldValue value, unsigned width) {
+  if (width <= 64 || value[1]-- == 0) --value[0];
+  return value;
+}
+
 // Each mask has as many free bits as fit at its place in the range.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks) {
   for (FieldValue first = range.first;; first = nextOf(first, width)) {
@@ -422,6 +427,18 @@ void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePai
     first = either(first, block);
     if (first == range.last) return;
   }
+}
+
+void appendGaps(const std::vector<ValuePair>& ranges, unsigned width,
+                std::vector<ValuePair>* masks) {
+  const FieldValue most = lowBits(width, width);
+  FieldValue next = {};
+  for (const ValuePair& range : ranges) {
+    if (next < range.first) appendPrefixes({next, lastBefore(range.first, width)}, width, masks);
+    if (range.last == most) return;
+    next = nextOf(range.last, width);
+  }
+  appendPrefixes({next, most}, width, masks);
 }
 
 }  // namespace FiltersInspect

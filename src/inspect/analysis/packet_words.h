@@ -55,8 +55,14 @@ FieldValue lowBits(unsigned count, unsigned width);
 // The next larger number. A number of 64 bits or less has the upper half alone.
 FieldValue nextOf(FieldValue value, unsigned width);
 
+// The largest number before this one, which must not be 0.
+FieldValue lastBefore(FieldValue value, unsigned width);
+
 // The fewest masks without holes under which exactly the values of a range lie.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks);
+// The same for the values that are in none of these ascending ranges.
+void appendGaps(const std::vector<ValuePair>& ranges, unsigned width,
+                std::vector<ValuePair>* masks);
 
 }  // namespace FiltersInspect
 

@@ -11,17 +11,29 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
+#include "packet_words.h"
 #include "readings.h"
 #include "space.h"
 
 namespace FiltersInspect {
 
+// A packet set among rules: the packets of `core` that are in none of `outside`.
+struct SetAmongRules {
+  SetId core = kNothing;
+  std::vector<SetId> outside;
+  // True if for some field one value stands for all values of the set that no rule tells apart.
+  bool is_sample = false;
+};
+
 class RuleSpace {
  public:
-  // Add all rules, numbered from 0, before seal(). `shapes` also adds packetShapes().
+  // Add all rules and packet sets, each numbered from 0, before seal(). `shapes` also adds
+  // packetShapes().
   void add(const std::vector<Asked>& asked);
+  void addSet(std::vector<FieldSet> fields) { fields_of_sets_.push_back(std::move(fields)); }
   void seal(bool shapes = true);
 
   const Space& space() const { return space_; }
@@ -31,6 +43,7 @@ class RuleSpace {
   std::size_t size() const { return rules_.size(); }
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
+  const SetAmongRules& set(std::size_t number) const { return sets_[number]; }
 
   // The packets that a rule must take, among those that all rules of `takers` take. The set lives
   // until forget(), and says nothing about other packets.
@@ -49,7 +62,15 @@ class RuleSpace {
     SetId asked;  // `must`, but ignoring matches that must take no packet
     std::uint32_t open_begin, open_end;
   };
+  // What the rules and the sets ask of half a field.
+  struct Use {
+    bool ranges = false, holes = false;
+    bool lacks = false;  // some set has packets without it, although every packet has it
+  };
   bool isShared(const OpenMatch& match, const std::vector<std::uint32_t>& takers) const;
+  void note(const std::vector<Constraint>& constraints);
+  void addSets();
+  SetAmongRules placed(const std::vector<FieldSet>& fields);
 
   Space space_{spaceFields()};
   std::vector<Rule> rules_;
@@ -57,6 +78,9 @@ class RuleSpace {
   std::vector<bool> fields_;  // the fields that some rule constrains
   std::vector<SetId> shapes_;
   std::vector<std::size_t> lacking_;
+  std::vector<Use> uses_;  // of each half
+  std::vector<std::vector<FieldSet>> fields_of_sets_;
+  std::vector<SetAmongRules> sets_;
   SetId sealed_ = 0;  // the number of sets at seal()
 };
 

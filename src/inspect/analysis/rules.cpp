@@ -16,12 +16,6 @@ std::uint32_t numberOf(std::string text, std::map<std::string, std::uint32_t>* n
   return numbers->emplace(std::move(text), next).first->second;
 }
 
-// True if no 1 stands after a 0 in a mask of this width.
-bool isPrefix(std::uint64_t mask, unsigned width) {
-  const std::uint64_t zeros = ~mask & ~std::uint64_t{0} >> (64 - width);
-  return (zeros & (zeros + 1)) == 0;
-}
-
 // A field that is divided into dimensions cannot have ranges, so ranges and masks with holes
 // exclude each other. One field can have both only if two groups of different types are compared.
 // Such a mask is then treated as open, that is, as a value with several readings: it may take
@@ -58,7 +52,8 @@ void noteRanges(const FiltersEntry& entry, std::vector<bool>* ranged) {
 
 }  // namespace
 
-Rules::Rules(std::initializer_list<const FiltersGroup*> groups, Order order) {
+Rules::Rules(std::initializer_list<const FiltersGroup*> groups, Order order,
+             std::vector<std::vector<FieldSet>> sets) {
   if (groups.size() > 1) {
     ranged_.resize(spaceFields().size());
     for (const FiltersGroup* group : groups) {
@@ -66,6 +61,7 @@ Rules::Rules(std::initializer_list<const FiltersGroup*> groups, Order order) {
     }
   }
   for (const FiltersGroup* group : groups) read(*group, order);
+  for (auto& set : sets) space_.addSet(std::move(set));
   space_.seal();
   std::uint32_t number = 0;
   for (auto& rules : rules_) {

@@ -32,10 +32,11 @@ struct Rule {
   std::uint32_t ranks_begin, ranks_end;
 };
 
-// The rules of up to two groups.
+// The rules of up to two groups, and packet sets beside them.
 class Rules {
  public:
-  Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order);
+  Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order,
+        std::vector<std::vector<FieldSet>> sets = {});
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
   // For finding rules of a group by the packets that they may take.

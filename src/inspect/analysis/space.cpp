@@ -7,6 +7,11 @@ namespace {
 
 std::uint64_t lowestBit(std::uint64_t bits) { return bits & (~bits + 1); }
 
+void sortUnique(std::vector<std::uint64_t>* values) {
+  std::sort(values->begin(), values->end());
+  values->erase(std::unique(values->begin(), values->end()), values->end());
+}
+
 bool meetIn(const Space::Range* a, std::size_t aCount, const Space::Range* b, std::size_t bCount,
             std::uint64_t* looks) {
   for (const auto *aEnd = a + aCount, *bEnd = b + bCount; a != aEnd && b != bEnd; ++*looks) {
@@ -59,6 +64,22 @@ SetId Space::add(std::vector<Constraint> constraints) {
   }
   ends_.push_back(asks_.size());
   return static_cast<SetId>(ends_.size() - 1);
+}
+
+std::vector<std::uint64_t> Space::startsOf(std::uint32_t field) const {
+  const std::uint64_t all = ~std::uint64_t{0} >> (64 - fields_[field].width);
+  std::vector<std::uint64_t> starts = {0};
+  for (std::size_t i = 0; i < asks_.size(); ++i) {
+    if (asks_[i].field != field || asks_[i].asks == Asks::kLack) continue;
+    const std::size_t end = i + 1 < asks_.size() ? asks_[i + 1].begin : values_.size();
+    for (std::size_t v = asks_[i].begin; v < end; ++v) {
+      const Values values = within({field, all, {}, {}}, asks_[i].asks, values_[v]);
+      starts.push_back(values.first);
+      if (values.second != all) starts.push_back(values.second + 1);
+    }
+  }
+  sortUnique(&starts);
+  return starts;
 }
 
 void Space::seal() {
@@ -151,10 +172,6 @@ std::uint32_t Space::rankOf(const Part& part, std::uint64_t value) {
 
 // A rank begins at the first value of each range, and at the value after its last one.
 void Space::findRanks() {
-  const auto sortUnique = [](std::vector<std::uint64_t>* starts) {
-    std::sort(starts->begin(), starts->end());
-    starts->erase(std::unique(starts->begin(), starts->end()), starts->end());
-  };
   std::vector<std::size_t> crowded(parts_.size(), 1024);  // sizes from which duplicates are removed
   for (std::size_t k = 0; k + 1 < asks_.size(); ++k) {
     const Ask& ask = asks_[k];

@@ -36,6 +36,12 @@ struct Constraint {
   std::uint64_t first, last;
 };
 
+// True if no 1 stands after a 0 in a mask of this width.
+constexpr bool isPrefix(std::uint64_t mask, unsigned width) {
+  const std::uint64_t zeros = ~mask & ~std::uint64_t{0} >> (64 - width);
+  return (zeros & (zeros + 1)) == 0;
+}
+
 using SetId = std::uint32_t;
 constexpr SetId kNothing = std::numeric_limits<SetId>::max();  // the empty set
 constexpr SetId kEverything = kNothing - 1;                    // all packets, for termOf()
@@ -56,6 +62,11 @@ class Space {
   // A set may give a field one mask, or say that it is lacking, or give any number of ranges, one
   // of which must hold. Add all sets before seal(), and ask all questions after it.
   SetId add(std::vector<Constraint> constraints);
+  // Says that there are packets without this field.
+  void mayLack(std::uint32_t field) { fields_[field].may_lack = true; }
+  // The first values of the ranges and masks that have been added for a field, and the values after
+  // their last ones, in ascending order. No mask may have a hole.
+  std::vector<std::uint64_t> startsOf(std::uint32_t field) const;
   void seal();
 
   // Adds a copy of a set without its constraints on these fields.

@@ -29,8 +29,6 @@ void Witness::take(const Witness& other) {
   if (other.point_) take(*other.point_, other.shape_);
 }
 
-std::string Witness::text() const {
-  return point_ ? packetOf(space_.space(), *point_).toText() : std::string();
-}
+Packet Witness::packet() const { return point_ ? packetOf(space_.space(), *point_) : Packet(); }
 
 }  // namespace FiltersInspect

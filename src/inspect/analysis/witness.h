@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include <filter_inspect/filter_analysis.h>
+
 #include "cut.h"
 #include "rule_space.h"
 
@@ -30,7 +32,9 @@ class Witness {
     return shape_ < space_.shapes().size() &&
            (space_.lacking(shape_) == space_.lacking(0) || looks_ >= kLooks);
   }
-  std::string text() const;
+  // The packet that was found; without any, one without fields.
+  Packet packet() const;
+  std::string text() const { return packet().toText(); }
  private:
   static constexpr std::size_t kLooks = 64;
   const RuleSpace& space_;

@@ -1,0 +1,224 @@
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include <filter_inspect/filter_questions.h>
+
+#include "analysis/entry_findings.h"
+#include "analysis/limited_cuts.h"
+#include "analysis/rules.h"
+#include "analysis/witness.h"
+#include "packet_set.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+constexpr char kTooLong[] = "whether it surely takes one takes too many steps to say";
+
+// Looks for a good packet among the first parts that a cut leaves.
+struct FirstParts : Cut::Watcher {
+  explicit FirstParts(const RuleSpace& space) : witness(space) {}
+  bool left(const Cut& cut) override {
+    witness.consider(cut);
+    return --looks_left_ != 0 && !witness.isGood();
+  }
+  Witness witness;
+ private:
+  int looks_left_ = 64;
+};
+
+// The packets of a set among the rules of a group. Each rule may take some of them; a rule at a
+// position comes before all rules whose ranks begin behind it.
+class Search {
+ public:
+  Search(const FiltersGroup& group, const PacketSet& packets, Order order,
+         const AnalysisOptions& options)
+      : group_(group),
+        order_(order),
+        options_(options),
+        all_({&group}, order, {PacketSetFields::of(packets)}),
+        rules_(all_.of(0)),
+        space_(all_.space()),
+        set_(space_.set(0)),
+        met_by_(all_.meetingsOf(0, looksFor(options.max_steps))),
+        cuts_(space_.space(), options.max_steps, rules_.size()),
+        is_met_(rules_.size()) {
+    met_by_.meeting(set_.core, 0, rules_.size(), &met_);
+    for (const std::uint32_t i : met_) is_met_[i] = true;
+  }
+
+  Destinations destinations() {
+    const std::vector<std::uint32_t> all = met_;
+    for (std::size_t k = 0; k < all.size(); ++k) {
+      tell(options_, k, all.size() + 1);
+      space_.forget();
+      findEntry(all[k]);
+    }
+    tell(options_, all.size(), all.size() + 1);
+    space_.forget();
+    findNone();
+    if (found_.found.size() == 1 && found_.complete) found_.found[0].all = true;
+    return std::move(found_);
+  }
+
+  Destinations touched() {
+    const std::vector<std::uint32_t> all = met_;
+    for (std::size_t k = 0; k < all.size(); ++k) {
+      tell(options_, k, all.size());
+      const Rule& rule = rules_[all[k]];
+      const Left may = leftOf(rule.may, {});
+      if (!may.known) found_.complete = false;
+      if (!may.packet) continue;
+      Left surely = isClosed(rule) ? may : leftOf(rule.must, {});
+      if (!surely.known) found_.complete = false;
+      Destination& one = add(rule.id, may, surely);
+      std::vector<Candidate> its;
+      if (rule.must != kNothing) its.push_back({rule.must, 0, false, 0});
+      const Left others = leftOf(kEverything, std::move(its));
+      if (!others.known) found_.complete = false;
+      one.all = others.known && !others.packet;
+    }
+    return std::move(found_);
+  }
+ private:
+  // What is left of packets behind entries: an example of them. It is `known` whether there is one.
+  struct Left {
+    bool known = true;
+    std::optional<Packet> packet;
+  };
+
+  bool isClosed(const Rule& rule) const { return rule.must == rule.may; }
+
+  // The packets of the set that are in `within` and in none of the others.
+  Left leftOf(SetId within, std::vector<Candidate> others) {
+    if (within == kNothing) return {};
+    std::vector<SetId> sets = {set_.core};
+    if (within != kEverything) sets.push_back(within);
+    for (const SetId gap : set_.outside) others.push_back({gap, 0, false, 0});
+    FirstParts parts(space_);
+    std::vector<Candidate> list = others;
+    const Cut::Outcome outcome = cuts_.runThrough(sets, &list, &parts);
+    if (!parts.witness.found()) return {outcome != Cut::Outcome::kUndecided, std::nullopt};
+    // A packet that can be real may be in some other part.
+    const auto& shapes = space_.shapes();
+    for (std::size_t i = 0; i < shapes.size() && !parts.witness.isGood(); ++i) {
+      if (i >= parts.witness.shape()) break;
+      sets.push_back(shapes[i]);
+      FirstParts shaped(space_);
+      list = others;
+      cuts_.runBriefly(sets, &list, &shaped);
+      parts.witness.take(shaped.witness);
+      sets.pop_back();
+    }
+    return {true, parts.witness.packet()};
+  }
+
+  void findEntry(std::uint32_t i) {
+    const Rule& rule = rules_[i];
+    std::vector<std::uint32_t> others;
+    met_by_.meeting(rule.may, 0, rule.ranks_end, &others);
+    // The packets that the entry takes under some reading, and those that it takes under every one.
+    std::vector<Candidate> surely_taken, maybe_taken;
+    bool settled = isClosed(rule);
+    for (const std::uint32_t p : others) {
+      if (p == i || !is_met_[p]) continue;
+      settled = settled && p < rule.ranks_begin && isClosed(rules_[p]);
+      maybe_taken.push_back({rules_[p].may, 0, false, p});
+      if (p >= rule.ranks_begin) continue;
+      const SetId set =
+          isClosed(rules_[p]) ? rules_[p].must : space_.mustBeside(rules_[p].number, {rule.number});
+      if (set != kNothing) surely_taken.push_back({set, 0, false, p});
+    }
+    const Left may = leftOf(rule.may, std::move(surely_taken));
+    if (!may.known) found_.complete = false;
+    if (!may.packet) return;
+    addFound(rule.id, may, settled ? may : leftOf(rule.must, std::move(maybe_taken)));
+  }
+
+  void findNone() {
+    std::vector<Candidate> surely_taken, maybe_taken;
+    bool settled = true;
+    for (const std::uint32_t p : met_) {
+      settled = settled && isClosed(rules_[p]);
+      maybe_taken.push_back({rules_[p].may, 0, false, p});
+      if (rules_[p].must != kNothing) surely_taken.push_back({rules_[p].must, 0, false, p});
+    }
+    const Left may = leftOf(kEverything, std::move(surely_taken));
+    if (!may.known) found_.complete = false;
+    if (!may.packet) return;
+    addFound(std::nullopt, may, settled ? may : leftOf(kEverything, std::move(maybe_taken)));
+  }
+
+  Destination& add(std::optional<filtersEntryId_t> entry, const Left& may, const Left& surely) {
+    Destination& one = found_.found.emplace_back();
+    one.entry = entry;
+    one.hit = surely.packet ? Hit::kHit : Hit::kUndecided;
+    one.witness = surely.packet ? *surely.packet : *may.packet;
+    if (!surely.known) {
+      found_.complete = false;
+      one.reason = kTooLong;
+    } else if (!surely.packet) {
+      one.reason = reasonFor(entry, one.witness);
+    }
+    return one;
+  }
+  void addFound(std::optional<filtersEntryId_t> entry, const Left& may, const Left& surely) {
+    add(entry, may, surely);
+  }
+
+  // Why a packet goes to an entry only perhaps.
+  std::string reasonFor(std::optional<filtersEntryId_t> entry, const Packet& packet) {
+    if (!tracer_) tracer_.emplace(group_, order_);
+    const Trace trace = tracer_->trace(packet);
+    std::map<filtersEntryId_t, const Traced*> traced;
+    for (const Traced& one : trace.entries) traced[one.entry] = &one;
+    if (entry && !traced[*entry]->reason.empty()) return traced[*entry]->reason;
+    std::vector<filtersEntryId_t> sure;
+    for (const filtersEntryId_t id : trace.candidates) {
+      if (!traced[id]->reason.empty()) return entriesText({id}) + ": " + traced[id]->reason;
+      sure.push_back(id);
+    }
+    return "nothing says which of " + entriesText(sure) + " comes first";
+  }
+
+  const FiltersGroup& group_;
+  const Order order_;
+  const AnalysisOptions& options_;
+  Rules all_;
+  const std::vector<Rule>& rules_;
+  RuleSpace& space_;
+  const SetAmongRules& set_;
+  Meetings met_by_;
+  Cuts cuts_;
+  std::vector<std::uint32_t> met_;  // rules that may take a packet of the set
+  std::vector<bool> is_met_;
+  std::optional<Tracer> tracer_;
+  Destinations found_;
+};
+
+Destinations onlyWith(const ActionTest* then, const FiltersGroup& group, Destinations all) {
+  if (then == nullptr) return all;
+  const auto& entries = group.getEntriesRef();
+  all.found.erase(std::remove_if(all.found.begin(), all.found.end(),
+                                 [&](const Destination& one) {
+                                   return !one.entry || !then->hasAll(entries.at(*one.entry));
+                                 }),
+                  all.found.end());
+  return all;
+}
+
+}  // namespace
+
+Destinations search(const FiltersGroup& group, const PacketSet& packets, Order order,
+                    const AnalysisOptions& options, const ActionTest* then) {
+  return onlyWith(then, group, Search(group, packets, order, options).destinations());
+}
+
+Destinations touching(const FiltersGroup& group, const PacketSet& packets, Order order,
+                      const AnalysisOptions& options, const ActionTest* then) {
+  return onlyWith(then, group, Search(group, packets, order, options).touched());
+}
+
+}  // namespace FiltersInspect

@@ -1,0 +1,353 @@
+#ifndef FILTER_COMMON_TESTS_INSPECT_TINY_SETS_H_
+#define FILTER_COMMON_TESTS_INSPECT_TINY_SETS_H_
+
+// Makes random packet sets over the fields of tiny groups, in every written form. Each is written a
+// second time by hand, as a function that says for each value of a field if the set has it.
+
+#include <arpa/inet.h>
+#include <filter_inspect/filter_questions.h>
+
+#include <cstdio>
+
+#include "../analysis/tiny_checks.h"
+
+namespace tiny {
+
+// An IPv6 address whose upper half is 1 has this bit. Other upper halves are 0.
+constexpr Value kUpper = Value{1} << 40;
+
+// A field with more values than the rules tell apart, so that sets can divide it otherwise.
+struct WideField {
+  explicit WideField(const Field& its) : field(its) {
+    const auto starts = [&](const char* name) { return field.name.rfind(name, 0) == 0; };
+    const auto has = [&](const char* part) { return field.name.find(part) != std::string::npos; };
+    const bool flag = field.values.size() == 2 && field.in_every;
+    bits = has("ipv6")                                      ? 128
+           : has("mac")                                     ? 48
+           : has("ipv4")                                    ? 32
+           : has("l4_port") || has("vlan_id") || has("vrf") ? 16
+           : has("pcp") || starts("t")                      ? 8
+           : flag && !has("ingress")                        ? 1
+                                                            : 32;
+    if (bits == 1) {
+      values = {0, 1};
+      ends = 2;
+      return;
+    }
+    const Value most = isAddress() || has("l4_port") || has("tos") ? 20 : 6;
+    for (Value v = 0; v < most; ++v) values.push_back(v);
+    if (bits == 128) {
+      for (Value v = 0; v < 12; ++v) values.push_back(kUpper | v);
+    }
+    ends = values.size();
+    // Beyond the ends of ranges, all that the low bits of a mask can ask.
+    const Value more = most > 6 ? 16 : 2;
+    for (Value v = most; v < most + more; ++v) values.push_back(v);
+    for (Value v = 12; bits == 128 && v < 12 + more; ++v) values.push_back(kUpper | v);
+  }
+  bool isAddress() const { return !field.prefix.empty(); }
+
+  std::string textOf(Value v) const {
+    char text[64];
+    const char* form = bits == 48 ? "00:00:00:00:00:%02x" : bits == 32 ? "0.0.0.%u" : "::%x";
+    if (bits == 128 && (v & kUpper) != 0) form = "0:0:0:1::%x";
+    std::snprintf(text, sizeof text, isAddress() ? form : "%u", static_cast<unsigned>(v));
+    return text;
+  }
+  // A mask with these low four bits, and ones or zeros above them.
+  std::string maskOf(unsigned low, bool ones) const {
+    char text[64];
+    const unsigned byte = low | (ones ? 0xf0U : 0U);
+    const char* form = bits == 48   ? ones ? "ff:ff:ff:ff:ff:%02x" : "00:00:00:00:00:%02x"
+                       : bits == 32 ? ones ? "255.255.255.%u" : "0.0.0.%u"
+                       : ones       ? "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ff%02x"
+                                    : "::%x";
+    if (isAddress()) {
+      std::snprintf(text, sizeof text, form, byte);
+    } else {
+      const Value rest = (bits < 32 ? (Value{1} << bits) - 1 : ~0U) & ~Value{15};
+      std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(low | (ones ? rest : 0)));
+    }
+    return text;
+  }
+  std::string highest() const {
+    return bits == 128   ? "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"
+           : bits == 48  ? "ff:ff:ff:ff:ff:ff"
+           : isAddress() ? "255.255.255.255"
+                         : std::to_string(bits < 32 ? (Value{1} << bits) - 1 : ~0U);
+  }
+  // The value in a packet's text.
+  std::optional<Value> read(const std::string& text) const {
+    if (text == "true" || text == "tagged" || text == "untagged") return text == "untagged" ? 0 : 1;
+    if (text == "false" || text == "cpu") return text == "cpu" ? Value{FILTERS_PORT_TYPE_CPU} : 0;
+    if (!isAddress()) return std::stoul(text, nullptr, 0);
+    unsigned char bytes[16] = {};
+    if (bits == 48) {
+      std::istringstream in(text);
+      for (int i = 0; i < 6; ++i, in.ignore()) {
+        unsigned byte = 0;
+        in >> std::hex >> byte;
+        bytes[i] = static_cast<unsigned char>(byte);
+      }
+    } else if (inet_pton(bits == 32 ? AF_INET : AF_INET6, text.c_str(), bytes) != 1) {
+      std::abort();
+    }
+    Value halves[2] = {};
+    for (unsigned i = 0; i < bits / 8; ++i) halves[i / 8] = halves[i / 8] << 8 | bytes[i];
+    if (bits != 128) return halves[0];
+    // Numbers that are larger than all that have a place keep their order.
+    return std::min<Value>(halves[0], 2) * kUpper +
+           std::min(halves[1], kUpper - 16 + halves[1] % 16);
+  }
+
+  Field field;
+  unsigned bits;
+  std::vector<Value> values;
+  std::size_t ends;  // the first so many values are in the text of sets
+};
+
+// What a set asks of one field.
+struct PlainFieldSet {
+  bool named = false, lacks = false;
+  Reading has;
+  bool isIn(std::optional<Value> value) const {
+    return !named || (value ? !lacks && has(*value) : lacks);
+  }
+};
+
+struct PlainSet {
+  std::vector<WideField> fields;
+  std::vector<PlainFieldSet> asks;
+  std::string text;
+
+  // Calls `use` with every packet of the set.
+  template <class Use>
+  void forEach(Use use, PlainPacket packet = {}) const {
+    const std::size_t i = packet.size();
+    if (i == fields.size()) return use(packet);
+    packet.emplace_back();
+    const bool may_lack = !fields[i].field.in_every || asks[i].lacks;
+    if (may_lack && asks[i].isIn(std::nullopt)) forEach(use, packet);
+    for (const Value value : fields[i].values) {
+      packet.back() = value;
+      if (asks[i].isIn(value)) forEach(use, packet);
+    }
+  }
+
+  // True if the set has the packet with this text, which tells every field that the set names.
+  bool has(const std::string& packet) const {
+    std::map<std::string, std::string> told;
+    std::istringstream in(packet);
+    for (std::string word; in >> word;) {
+      const std::size_t sign = word.find('=');
+      told[word.substr(0, sign)] = word.substr(sign + 1);
+    }
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (!asks[i].named) continue;
+      const auto found = told.find(fields[i].field.name);
+      if (found == told.end()) return false;
+      const bool none = found->second == "none";
+      if (!asks[i].isIn(none ? std::nullopt : fields[i].read(found->second))) return false;
+    }
+    return true;
+  }
+};
+
+template <class Random>
+class SetMaker {
+ public:
+  SetMaker(Random& random, const std::vector<Field>& fields) : random_(random) {
+    for (const Field& field : fields) fields_.emplace_back(field);
+  }
+
+  PlainSet make() {
+    PlainSet set{fields_, {}, ""};
+    for (const WideField& field : fields_) {
+      PlainFieldSet& asks = set.asks.emplace_back();
+      if (random_.below(5) < 2) continue;
+      asks.named = true;
+      std::string value = "none", name = field.field.name;
+      asks.lacks = random_.below(8) == 0;
+      if (!asks.lacks && name == "tos" && random_.below(4) == 0) {
+        name = "dscp";
+        const Value a = random_.below(5), b = a + random_.below(3);
+        value = std::to_string(a) + '-' + std::to_string(b);
+        asks.has = [=](Value v) { return v % 4 == 0 && a <= v / 4 && v / 4 <= b; };
+      } else if (!asks.lacks) {
+        asks.has = random_.below(3) == 0 ? list(field, &value) : item(field, true, &value);
+      }
+      set.text += name + '=' + value + ' ';
+    }
+    return set;
+  }
+ private:
+  Reading list(const WideField& field, std::string* text) {
+    std::vector<Reading> items;
+    *text = '{';
+    for (unsigned i = 0, count = 1 + random_.below(3); i < count; ++i) {
+      std::string one;
+      items.push_back(item(field, false, &one));
+      *text += (i == 0 ? "" : ",") + one;
+    }
+    *text += '}';
+    return [=](Value v) {
+      return std::any_of(items.begin(), items.end(), [v](const Reading& one) { return one(v); });
+    };
+  }
+
+  Reading item(const WideField& field, bool holes, std::string* text) {
+    Value a = field.values[random_.below(field.ends)];
+    Value b = field.values[random_.below(field.ends)];
+    switch (random_.below(field.isAddress() ? 5 : holes ? 4 : 3)) {
+      case 0:
+        *text = field.textOf(a);
+        return is(a);
+      case 1:
+        *text = field.textOf(a) + '-' + field.highest();
+        return [=](Value v) { return a <= v; };
+      case 2:
+        if (b < a) std::swap(a, b);
+        *text = field.textOf(a) + '-' + field.textOf(b);
+        return [=](Value v) { return a <= v && v <= b; };
+      case 3:
+        if (holes) {
+          const unsigned low = random_.below(field.ends <= 2 ? 2 : field.ends == 6 ? 4 : 16);
+          const bool ones = field.bits > 1 && random_.below(2) == 0;
+          *text = field.textOf(a) + '/' + field.maskOf(low, ones);
+          const Value mask = low | (ones ? ~Value{15} : 0);
+          return [=](Value v) { return (v & mask) == (a & mask); };
+        }
+        [[fallthrough]];
+      default: {
+        const unsigned free = random_.below(5);
+        *text = field.textOf(a) + '/' + std::to_string(field.bits - free);
+        return [=](Value v) { return v >> free == a >> free; };
+      }
+    }
+  }
+
+  Random& random_;
+  std::vector<WideField> fields_;
+};
+
+// --- What the plain side says of a set -----------------------------------------------------------
+
+// For each rule, and for the case that no rule takes a packet (the last one).
+struct PlainAnswer {
+  enum class Is : std::uint8_t { kNever, kMaybe, kSurely };
+  std::vector<Is> goes, real_goes;  // to the rule; the same for packets that can be built
+  std::vector<Is> meets, real_meets;
+  std::vector<bool> meets_all;
+};
+
+inline PlainAnswer answerOf(const Case& c, const PlainSet& set, Order order) {
+  using Is = PlainAnswer::Is;
+  const std::size_t n = c.rules.size();
+  const std::vector<Is> none(n + 1, Is::kNever);
+  PlainAnswer answer{none, none, none, none, std::vector<bool>(n, true)};
+  std::map<Row, std::vector<PlainPacket>> rows;
+  set.forEach([&](const PlainPacket& packet) { rows[rowOf(c.rules, packet)].push_back(packet); });
+  for (const auto& [row, packets] : rows) {
+    const bool real = std::any_of(packets.begin(), packets.end(), [&](const PlainPacket& packet) {
+      std::string text;
+      for (std::size_t i = 0; i < packet.size(); ++i) {
+        text += set.fields[i].field.name + '=';
+        text += (packet[i] ? set.fields[i].textOf(*packet[i]) : "none") + ' ';
+      }
+      return faultOfFrame(text).empty();
+    });
+    const auto raise = [real = real](Is is, std::size_t i, std::vector<Is>* all,
+                                     std::vector<Is>* real_all) {
+      (*all)[i] = std::max((*all)[i], is);
+      if (real) (*real_all)[i] = std::max((*real_all)[i], is);
+    };
+    std::vector<unsigned> firsts(n + 1), alone(n + 1);
+    unsigned readings = 0;
+    forEachReading(c.rules, row, [&](const Takers& takers) {
+      ++readings;
+      const Takers first =
+          firstOf(takers, [&](const PlainRule& rule) { return rankOf(rule, order); });
+      if (first.empty()) ++firsts[n], ++alone[n];
+      for (const PlainRule* rule : first) {
+        ++firsts[rule->id];
+        if (first.size() == 1) ++alone[rule->id];
+      }
+    });
+    for (std::size_t i = 0; i <= n; ++i) {
+      if (firsts[i] == 0) continue;
+      raise(alone[i] == readings ? Is::kSurely : Is::kMaybe, i, &answer.goes, &answer.real_goes);
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+      if (row[i] != kYes) answer.meets_all[i] = false;
+      if (row[i] == kNo) continue;
+      raise(row[i] == kYes ? Is::kSurely : Is::kMaybe, i, &answer.meets, &answer.real_meets);
+    }
+  }
+  return answer;
+}
+
+// Compares destinations with the plain side. `at` is where a destination stands there.
+template <class Check>
+std::string faultOfFound(const Case& c, const PlainSet& set, const Destinations& said,
+                         const std::vector<PlainAnswer::Is>& wanted,
+                         const std::vector<PlainAnswer::Is>& real, Check check) {
+  using Is = PlainAnswer::Is;
+  if (!said.complete) return "it is not complete";
+  std::size_t count = 0;
+  for (const Is is : wanted) count += is != Is::kNever ? 1 : 0;
+  if (said.found.size() != count) return "there are others";
+  for (const Destination& one : said.found) {
+    const std::size_t at = one.entry ? *one.entry : c.rules.size();
+    const std::string packet = one.witness.toText(), name = std::to_string(at) + ": " + packet;
+    if (wanted[at] == Is::kNever) return "it is none: " + name;
+    if ((wanted[at] == Is::kSurely) != (one.hit == Hit::kHit)) return "it is as sure: " + name;
+    if (one.reason.empty() != (one.hit == Hit::kHit)) return "a reason: " + name;
+    if (!set.has(packet)) return "the packet is not in the set: " + name;
+    if (real[at] == wanted[at] && !faultOfFrame(packet).empty()) {
+      return faultOfFrame(packet) + ": " + name;
+    }
+    const auto again = Packet::parse(packet, nullptr);
+    if (!again || again->toText() != packet) return "it does not read back: " + name;
+    const std::string fault = check(one, at);
+    if (!fault.empty()) return fault + ": " + name;
+  }
+  return {};
+}
+
+inline std::string faultOfSearch(const Case& c, const PlainSet& plain, Order order) {
+  std::ostringstream all;
+  all << '\n' << plain.text << '\n' << nameOf(order) << '\n' << c.group;
+  Report report;
+  const auto set = PacketSet::parse(plain.text, &report);
+  if (!set) {
+    all << report;
+    return "it cannot be read" + all.str();
+  }
+  const auto again = PacketSet::parse(set->toText(), nullptr);
+  if (!again || again->toText() != set->toText()) return "it does not read back" + all.str();
+  const PlainAnswer answer = answerOf(c, plain, order);
+  const Destinations found = search(c.group, *set, order);
+  std::string fault = faultOfFound(
+      c, plain, found, answer.goes, answer.real_goes, [&](const Destination& one, std::size_t) {
+        const Trace traced = trace(c.group, one.witness, order);
+        const auto& ids = traced.candidates;
+        const bool may = one.entry ? std::find(ids.begin(), ids.end(), *one.entry) != ids.end()
+                                   : traced.may_be_none;
+        const bool is =
+            traced.outcome == (one.entry ? Hit::kHit : Hit::kMiss) && traced.entry == one.entry;
+        if (one.hit == Hit::kHit ? !is : !may) return std::string("trace() does not agree");
+        return std::string(one.all == (found.found.size() == 1) ? "" : "it is not all");
+      });
+  if (!fault.empty()) return fault + all.str();
+  fault = faultOfFound(c, plain, touching(c.group, *set, order), answer.meets, answer.real_meets,
+                       [&](const Destination& one, std::size_t at) {
+                         const Hit hit = hitOf(trace(c.group, one.witness, order), *one.entry);
+                         if (hit != one.hit) return std::string("trace() does not agree");
+                         return std::string(one.all == answer.meets_all[at] ? "" : "all differs");
+                       });
+  return fault.empty() ? fault : "touching: " + fault + all.str();
+}
+
+}  // namespace tiny
+
+#endif  // FILTER_COMMON_TESTS_INSPECT_TINY_SETS_H_
