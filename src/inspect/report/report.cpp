@@ -185,6 +185,7 @@ void write(const ReportInput& input, JsonWriter* json) {
   for (const Finding& finding : input.report.findings) write(finding, json);
   json->close(']');
   write("left_out", std::uint64_t{input.report.left_out}, json);
+  if (input.accepted != 0) write("accepted", std::uint64_t{input.accepted}, json);
   json->key("left_out_by_level");
   json->open('{');
   for (const Severity severity : kWorstFirst) {
