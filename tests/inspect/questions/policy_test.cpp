@@ -259,6 +259,27 @@ TEST(PolicyTest, SaysWhoBreaksAPromise) {
   }
 }
 
+TEST(PolicyTest, WritesVerdictsAsLines) {
+  const FiltersGroup group = groupOf(
+      "entry 1 priority=1 if external_vlan_id={7} then permit\n"
+      "entry 2 priority=1 if external_vlan_id={7,8} then deny\n");
+  const Policy policy = policyOf(
+      "group 1 order=highest-priority\nnever permit if external_vlan_id=7\n"
+      "never deny if external_vlan_id=8\nalways taken\nalways taken if external_vlan_id=7-8\n");
+  std::ostringstream said;
+  said << checkPolicy(group, policy);
+  EXPECT_EQ(said.str(),
+            "warning: entry 1 permits external_vlan_id=7, unless entry 2 denies it: nothing says "
+            "which of entries 1 and 2 comes first (3:1) [policy-open]\n"
+            "  packet: external_vlan_id=7\n"
+            "  entry 1: permit; entry 2: deny\n"
+            "warning: entry 2 denies external_vlan_id=8 (4:1) [policy-fails]\n"
+            "  packet: external_vlan_id=8\n"
+            "warning: group 1: no entry takes external_vlan_id=100 (5:1) [policy-fails]\n"
+            "  packet: external_vlan_id=100\n"
+            "note: group 1: no packet breaks the promise (6:1) [policy-holds]\n");
+}
+
 TEST(PolicyTest, ChecksOnlyTheGroupsThatItNames) {
   const FiltersGroup group = groupOf("entry 1 priority=1 then deny\n");
   const Policy policy = policyOf("group 2 order=ascending-id\nalways permit\n");
