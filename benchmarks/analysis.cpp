@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "rule_sets.h"
+#include "workload.h"
 
 namespace benchmarks {
 namespace {

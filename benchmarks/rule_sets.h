@@ -15,9 +15,11 @@
 #include <tuple>
 #include <vector>
 
-#include "workload.h"
+#include "require.h"
 
 namespace benchmarks {
+
+using namespace FiltersCommon;
 
 struct Shape {
   const char* name;
@@ -36,6 +38,15 @@ constexpr Shape kShapes[] = {
 
 class RuleSet {
  public:
+  struct Masked {
+    std::uint32_t value = 0, mask = 0;
+    bool open = true;
+    bool operator<(const Masked& other) const {
+      return std::tie(open, mask, value) < std::tie(other.open, other.mask, other.value);
+    }
+  };
+  using Tuple = std::array<Masked, 5>;  // source, destination, their ports, protocol
+
   RuleSet(const Shape& shape, unsigned rules) : shape_(shape) {
     for (unsigned i = 0; i < 1 + rules / shape.networks; ++i) {
       // Half of the networks are part of another one.
@@ -66,16 +77,9 @@ class RuleSet {
             "the last rule is refused");
     return group;
   }
+  // The conditions of all rules but the last, in their order. The ids begin with 1.
+  const std::vector<Tuple>& tuples() const { return tuples_; }
  private:
-  struct Masked {
-    std::uint32_t value = 0, mask = 0;
-    bool open = true;
-    bool operator<(const Masked& other) const {
-      return std::tie(open, mask, value) < std::tie(other.open, other.mask, other.value);
-    }
-  };
-  using Tuple = std::array<Masked, 5>;  // source, destination, their ports, protocol
-
   std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(engine_() % limit); }
   bool happens(unsigned of100) { return below(100) < of100; }
 

@@ -24,6 +24,8 @@
 #include <streambuf>
 #include <string>
 
+#include "require.h"
+
 namespace benchmarks {
 
 using namespace FiltersCommon;
@@ -36,12 +38,6 @@ inline limid_t makePort(std::uint16_t number) {
 #endif
 }
 
-inline void require(bool good, const char* what) {
-  if (good) return;
-  std::fprintf(stderr, "benchmarks: %s\n", what);
-  std::exit(1);
-}
-
 const limid_t kPorts[] = {makePort(1), makePort(2), makePort(3), makePort(4)};
 const unsigned short kVlans[] = {10, 20, 30};
 constexpr std::uint16_t kTpid = 0x88a8;
@@ -49,7 +45,6 @@ constexpr ether_addr kMac = {{2, 0, 0, 1, 2, 3}};
 constexpr ether_addr kMask = {{255, 255, 255, 255, 255, 0}};
 constexpr std::uint8_t kPcp = 5;
 constexpr counter_type_t kCounters[] = {FILTERS_COUNTER_TYPE_PACKETS, FILTERS_COUNTER_TYPE_OCTETS};
-constexpr filtersGroupId_t kGroupId = 7;
 
 inline policer::Policer makePolicer() {
   return policer::Policer(5, policer::Stage::Ingress,

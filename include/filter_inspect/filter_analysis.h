@@ -202,12 +202,26 @@ FILTERS_API std::string toText(const Traced& traced);
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
 
+// The outcome of a trace alone: its fields are those of the Trace of the same packet.
+struct Decision {
+  Hit outcome = Hit::kMiss;
+  std::optional<FiltersCommon::filtersEntryId_t> entry;
+  std::vector<FiltersCommon::filtersEntryId_t> candidates;
+  bool may_be_none = false;
+  bool at_most = false;
+};
+
 // A group that is prepared for tracing many packets. The object may outlive the group, and copies
 // of the object share their memory.
+//
+// trace() looks at every entry, and decide() only at the few that may take the packet. So decide()
+// is the function for millions of packets: its time hardly grows with the number of entries. Each
+// thread remembers its last decisions, in a few hundred KiB that it gives back when it ends.
 class FILTERS_API Tracer {
  public:
   Tracer(const FiltersCommon::FiltersGroup& group, Order order);
   Trace trace(const Packet& packet) const;
+  Decision decide(const Packet& packet) const;
  private:
   struct Prepared;
   std::shared_ptr<const Prepared> prepared_;

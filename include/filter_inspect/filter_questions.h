@@ -110,6 +110,32 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
+// --- What a change does to packets ---------------------------------------------------------------
+
+// Says for each rule that the groups do not share what its change does. compareTreatment() has a
+// finding for each pair of rules, and one changed rule can be in many pairs; here these are one
+// finding, and another one only for packets that are treated otherwise. For example
+//
+//     entry 20: permit became deny: packets like this one are now dropped [treatment-differs]
+//     entry 5: new: it takes packets of entries 30 and 40; packets like this one are now permitted
+//
+// `entry` is the changed rule, of `b` if `a` does not have it. `others` are the rules that take the
+// packets before or after the change instead of it. `witness` is an example packet, `before` and
+// `after` what the groups do with it. kNoDifference: the rule has changed, but every packet is
+// treated as before. kNotDecided: as from compareTreatment(). If there are `packets`, only packets
+// of this set count.
+FILTERS_API Report explainChanges(const FiltersCommon::FiltersGroup& a,
+                                  const FiltersCommon::FiltersGroup& b,
+                                  const AnalysisOptions& options = {},
+                                  const PacketSet* packets = nullptr);
+
+// True if some packet outside of the set is treated differently, false if surely none is. Nothing
+// is returned if this depends on readings or takes too many steps.
+FILTERS_API std::optional<bool> changesOthers(const FiltersCommon::FiltersGroup& a,
+                                              const FiltersCommon::FiltersGroup& b,
+                                              const PacketSet& packets,
+                                              const AnalysisOptions& options = {});
+
 }  // namespace FiltersInspect
 
 #endif  // FILTER_INSPECT_FILTER_QUESTIONS_H_

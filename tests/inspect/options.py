@@ -70,7 +70,10 @@ def print_bash():
             print(f"    [{command or 'any'}]=\"{' '.join(words)}\"")
         for names, value, _ in declared:
             for name in names.split(",") if value else []:
-                assert values.setdefault(name, value) == value, f"{name} has two meanings"
+                # The completion does not know the command, so it offers files if some command does.
+                both = {values.get(name, value), value} - {"SET"} or {"SET"}
+                assert len(both) == 1, f"{name} has two meanings"
+                values[name] = both.pop()
     print("  )\n  local -A values=(")
     for name, value in values.items():
         print(f"    [{name}]=\"{value.replace('|', ' ')}\"")

@@ -527,16 +527,24 @@ TABLE = [
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
      "filter-inspect: give either --packet or .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
-     "---.*~entry 20 [^\n]*\nrules.txt:3:1: warning: entry 10: entry 20 [^\n]*"
+     "---.*~entry 20 [^\n]*\nrules.txt:4:1: warning: entry 20: priority=90 became priority=110: [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.129[^\n]*\n  permit becomes deny\n"
-     "rules.txt, turned.txt: 1 pair of rules treats packets differently"
+     "rules.txt, turned.txt: 1 change treats packets differently"
      "[^\n]*\\(order: highest-priority; .*",
      NONE),
     ("diff rules.txt fewer.txt --order=highest-priority", 1,
-     ".*\nrules.txt, fewer.txt: 1 pair of rules treats packets differently, 1 not decided .*",
+     ".*\nrules.txt, fewer.txt: 1 change treats packets differently, 1 not decided .*",
      NONE),
+    ("diff rules.txt turned.txt --order=highest-priority --packets=ip_protocol=6", 1,
+     ".*warning: entry 20: .*turned.txt:2:1: note: group 7: nothing else changes.*", NONE),
+    ("diff rules.txt turned.txt --order=highest-priority --packets=src_ipv4=10.0.0.0/8", 1,
+     ".*note: entry 20: [^\n]*: none of these packets is treated differently .*"
+     "turned.txt:2:1: warning: group 7: other packets are treated differently too.*", NONE),
+    ("diff rules.txt turned.txt --packets=ttl=1", 2, NONE, ".*--packets: it needs --order.*"),
+    ("diff rules.txt turned.txt --order=highest-priority --packets=ttl=x", 2, NONE,
+     ".*--packets:1:1: error: 'ttl=x': .*"),
     ("diff rules.txt turned.txt --order=highest-priority --max-findings=0", 1,
-     ".*: 1 pair of rules treats packets differently; left out: 1 warning; [^\n]*\n", NONE),
+     ".*: 1 change treats packets differently; 1 finding left out [^\n]*\n", NONE),
     ("diff rules.txt turned.txt --order=ascending-id", 1,
      ".*rules.txt, turned.txt: no packet is treated differently \\(order: ascending-id; .*", NONE),
     ("check rules.txt", 1, r".*entry 30: .*\[value-unusual\]\nrules.txt: .*, 1 warning\n", NONE),

@@ -171,6 +171,12 @@ void declareConvert(CLI::App* command, Options* options) {
 void declareDiff(CLI::App* command, Options* options) {
   declareFiles(command, options, 2, 2);
   declareOrder(command, options);
+  command
+      ->add_option("--packets", options->packets,
+                   "Only what changes for these packets, as in 'ip_protocol=tcp dst_l4_port=22', "
+                   "and whether anything else changes; needs --order")
+      ->take_last()
+      ->option_text("SET");
   declareSelection(command, options,
                    "Only what is said about entries with this id; the others still take packets");
 }
@@ -266,7 +272,8 @@ constexpr Command kCommands[] = {
      "convert edge.txt --to=bytes -o edge.bin\nconvert capture.bin --to=text -o rules.txt"},
     {"diff", "Compare two files, entry by entry", declareDiff, runDiff,
      "diff edge.txt edge-candidate.txt\n"
-     "diff --order=highest-priority edge.txt edge-candidate.txt"},
+     "diff --order=highest-priority edge.txt edge-candidate.txt\n"
+     "diff --order=highest-priority --packets=dst_l4_port=22 edge.txt edge-candidate.txt"},
     {"plan", "Print the steps that turn the groups of one file into those of another", declarePlan,
      runPlan, "plan edge.txt edge-candidate.txt\nplan --remove-first old.bin new.bin"},
     {"analyse", "Report entries that never take effect, are redundant, tie or overlap",

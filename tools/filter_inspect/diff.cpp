@@ -1,8 +1,10 @@
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_head.h>
+#include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <set>
 #include <utility>
@@ -129,33 +131,99 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
-// Reports the packets that are treated differently, with one packet for each pair of rules.
-Report compareTreatment(const Pair& pair, const Options& options, const Selection& selection,
-                        Console* console) {
-  Report report = FiltersInspect::compareTreatment(*pair.a->group, *pair.b->group,
-                                                   analysisOf(options, pair.a->place, console));
-  console->hideProgress();
-  selection.keep(&report);
-  return report;
-}
+// What the changes of all pairs do to packets.
+class Treatment {
+ public:
+  Treatment(const Options& options, const std::vector<Input>& inputs, Console* console)
+      : options_(options),
+        console_(*console),
+        inputs_(inputs),
+        reports_{FileReport(options, inputs[0]), FileReport(options, inputs[1])} {}
 
-// "a.bin, b.bin: 2 pairs of rules treat packets differently (order: ...)"
-std::string treatmentSummary(const std::string (&files)[2], const Report& all, Order order) {
-  const auto countOf = [&all](Severity severity) {
-    const auto shown = std::count_if(all.findings.begin(), all.findings.end(),
-                                     [=](const Finding& one) { return one.severity == severity; });
-    return static_cast<std::size_t>(shown) +
-           all.left_out_by_severity[static_cast<std::size_t>(severity)];
-  };
-  const std::size_t differing = countOf(Severity::kWarning), open = countOf(Severity::kNote);
-  std::string text = printable(files[0] + ", " + files[1]) + ": ";
-  text += all.empty() ? "no packet is treated differently"
-                      : counted(differing, "pair") + " of rules treat" +
-                            (differing == 1 ? "s" : "") + " packets differently";
-  if (open != 0) text += ", " + std::to_string(open) + " not decided";
-  if (all.left_out != 0) text += "; " + leftOutText(all);
-  return text + " (" + restsOn(order) + ")";
-}
+  // Reads --packets. Returns false if it cannot be read.
+  bool readPackets() {
+    if (!options_.packets) return true;
+    Report faults;
+    packets_ = PacketSet::parse(*options_.packets, &faults, options_.max_findings);
+    if (packets_ && !options_.order.empty()) return true;
+    if (packets_) console_.trouble(Code::kUsage, "--packets", "it needs --order");
+    for (const Finding& fault : faults.findings) {
+      console_.trouble("--packets", fault, *options_.packets, 1);
+    }
+    return false;
+  }
+
+  void add(const Pair& pair, const Selection& selection) {
+    if (options_.order.empty() || pair.a == nullptr || pair.b == nullptr) return;
+    AnalysisOptions options = analysisOf(options_, pair.a->place, &console_);
+    options.max_findings = std::numeric_limits<std::size_t>::max();
+    const FiltersGroup &a = *pair.a->group, &b = *pair.b->group;
+    Report report = explainChanges(a, b, options, packets_ ? &*packets_ : nullptr);
+    Report others;
+    if (packets_) others.findings = {aboutOthers(a, changesOthers(a, b, *packets_, options))};
+    console_.hideProgress();
+    selection.keep(&report);
+    // A finding is about the first file, unless only the second one has the entry.
+    Report parts[2];
+    for (Finding& finding : report.findings) {
+      ++counts_[finding.code];
+      const auto& entries = pair.a->group->getEntriesRef();
+      const bool isNew = finding.entry && entries.count(*finding.entry) == 0;
+      parts[isNew ? 1 : 0].findings.push_back(std::move(finding));
+    }
+    reports_[0].add(*pair.a, std::move(parts[0]));
+    reports_[1].add(*pair.b, std::move(parts[1]));
+    reports_[1].add(*pair.b, std::move(others));
+  }
+
+  Report take(std::size_t file) { return reports_[file].take(); }
+
+  void print() {
+    if (options_.order.empty()) return;
+    std::size_t left_out = 0;
+    for (const std::size_t file : {0U, 1U}) {
+      const Report report = take(file);
+      left_out += report.left_out;
+      console_.write(inputs_[file].file, report);
+    }
+    console_.writeLine(summary(left_out));
+  }
+ private:
+  // What happens to packets that are not in the set.
+  static Finding aboutOthers(const FiltersGroup& group, std::optional<bool> differ) {
+    Finding finding =
+        !differ   ? findingOf(Code::kNotDecided, "whether something else changes is not decided")
+        : *differ ? findingOf(Code::kTreatmentDiffers, "other packets are treated differently too")
+                  : findingOf(Code::kNoDifference, "nothing else changes");
+    finding.group = group.getId();
+    return finding;
+  }
+
+  // "a.bin, b.bin: 2 changes treat packets differently, 1 changes nothing (order: ...)"
+  std::string summary(std::size_t left_out) {
+    const std::size_t differing = counts_[Code::kTreatmentDiffers];
+    const std::size_t open = counts_[Code::kNotDecided], idle = counts_[Code::kNoDifference];
+    std::string text = printable(inputs_[0].file + ", " + inputs_[1].file) + ": ";
+    if (differing == 0 && open == 0) {
+      text += packets_ ? "none of these packets" : "no packet";
+      text += " is treated differently";
+    } else {
+      text += counted(differing, "change") + " treat" + (differing == 1 ? "s" : "") +
+              (packets_ ? " these packets" : " packets") + " differently";
+    }
+    if (differing != 0 && idle != 0) text += ", " + std::to_string(idle) + " treat no packet so";
+    if (open != 0) text += ", " + std::to_string(open) + " not decided";
+    if (left_out != 0) text += "; " + counted(left_out, "finding") + " left out";
+    return text + " (" + restsOn(orderOf(options_)) + ")";
+  }
+
+  const Options& options_;
+  Console& console_;
+  const std::vector<Input>& inputs_;
+  FileReport reports_[2];
+  std::map<Code, std::size_t> counts_;
+  std::optional<PacketSet> packets_;
+};
 
 // The JSON document. It has one `input` object for each file.
 class Document {
@@ -208,7 +276,8 @@ Exit runDiff(const Options& options, Console* console) {
   if (!selection.isThere(console)) return kExitTrouble;
   const std::string files[] = {inputs->at(0).file, inputs->at(1).file};
   Document document(*inputs);
-  FileReport treatment(options, inputs->at(0));  // its entries are those of the first file
+  Treatment treatment(options, *inputs, console);
+  if (!treatment.readPackets()) return kExitTrouble;
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
@@ -217,16 +286,13 @@ Exit runDiff(const Options& options, Console* console) {
     if (!options.json) print(pair, files, report, console);
     pair.locate(*inputs, &report);
     document.add(pair.toldOf(), std::move(report));
-    if (!options.order.empty() && pair.a != nullptr && pair.b != nullptr)
-      treatment.add(*pair.a, compareTreatment(pair, options, selection, console));
+    treatment.add(pair, selection);
   }
-  Report treated = treatment.take();
   if (options.json) {
-    document.add(0, std::move(treated));
+    for (const std::size_t file : {0U, 1U}) document.add(file, treatment.take(file));
     document.write(options, console);
-  } else if (!options.order.empty()) {
-    console->write(files[0], treated);
-    console->writeLine(treatmentSummary(files, treated, orderOf(options)));
+  } else {
+    treatment.print();
   }
   return differ ? kExitFound : kExitFine;
 }

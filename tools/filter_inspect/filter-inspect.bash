@@ -12,7 +12,7 @@ _filter_inspect() {
     [show]="--as= --order= --width= --group= --entry="
     [check]="--stage= --type="
     [convert]="--to= --output="
-    [diff]="--order= --group= --entry="
+    [diff]="--order= --packets= --group= --entry="
     [plan]="--remove-first"
     [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg= --policy="
     [expect]="--group= --max-steps= --junit="
@@ -36,12 +36,12 @@ _filter_inspect() {
     [--to]="text json bytes"
     [-o]="OUT"
     [--output]="OUT"
+    [--packets]="FILE"
     [--max-steps]="N"
     [--svg]="OUT"
     [--policy]="FILE"
     [--junit]="OUT"
     [--packet]="PACKET"
-    [--packets]="FILE"
   )
   # end generated
 

@@ -33,6 +33,7 @@ complete -c filter-inspect -n '__fish_seen_subcommand_from check' -l type -x -a 
 complete -c filter-inspect -n '__fish_seen_subcommand_from convert' -l to -x -a 'text json bytes' -d 'The form to write'
 complete -c filter-inspect -n '__fish_seen_subcommand_from convert' -s o -l output -r -F -d 'The file to write; - is standard output'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l order -x -a 'unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id' -d 'The rule that the device tries first if two take a packet'
+complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l packets -x -d 'Only what changes for these packets, as in \'ip_protocol=tcp dst_l4_port=22\', and whether anything else changes; needs --order'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l group -x -d 'Only groups with this id; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l entry -x -d 'Only what is said about entries with this id; the others still take packets'
 complete -c filter-inspect -n '__fish_seen_subcommand_from plan' -l remove-first -d 'Remove entries first: never more entries than the larger group; without it, insert first, so that no packet is without its rule'

@@ -56,6 +56,7 @@ _filter_inspect() {
   )
   local -a of_diff=(
     '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
+    '--packets=[Only what changes for these packets, as in '\''ip_protocol=tcp dst_l4_port=22'\'', and whether anything else changes; needs --order]:SET:'
     '*--group=[Only groups with this id; may be given several times]:ID:'
     '*--entry=[Only what is said about entries with this id; the others still take packets]:ID:'
   )

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 
 #include "analysis.h"
 #include "input.h"
@@ -62,7 +63,7 @@ class Packets {
   Packets(const Options& options, const Input& input, const Selection& selection, Console* console)
       : options_(options), input_(input), console_(*console), selection_(selection) {
     for (const InputGroup& group : input.groups) {
-      if (group.group) prepared_.push_back({&group, Tracer(*group.group, orderOf(options))});
+      if (group.group) prepared_.push_back({&group, Tracer(*group.group, orderOf(options)), {}});
     }
   }
 
@@ -79,8 +80,8 @@ class Packets {
     if (!packet) return;
     const std::string itsPlace = place + ':' + std::to_string(line);
     Report all;
-    for (const Prepared& one : prepared_) {
-      const Trace traced = one.tracer.trace(*packet);
+    for (Prepared& one : prepared_) {
+      const Trace traced = hasLines() ? one.tracer.trace(*packet) : one.outcomeOf(*packet);
       is_decided_ = is_decided_ && traced.outcome != Hit::kUndecided;
       Finding whole = findingAbout(traced, *packet, *one.group);
       if (options_.json) {
@@ -99,15 +100,29 @@ class Packets {
   }
  private:
   struct Prepared {
+    // The trace of a packet; the list of its entries is empty if the outcome does not need it.
+    Trace outcomeOf(const Packet& packet) {
+      const Decision decision = tracer.decide(packet);
+      if (decision.outcome == Hit::kUndecided) return tracer.trace(packet);
+      Trace traced;
+      traced.outcome = decision.outcome;
+      traced.entry = decision.entry;
+      if (!decision.entry) return traced;
+      const auto [known, isNew] = treatments.try_emplace(*decision.entry);
+      if (isNew) known->second = tracer.trace(packet).treatment;
+      traced.treatment = known->second;
+      return traced;
+    }
+
     const InputGroup* group;
     Tracer tracer;
+    std::map<filtersEntryId_t, std::string> treatments;  // of entries that took a packet
   };
 
   bool isAlone() const { return !options_.packets; }
   // The lines about entries are too many for each packet of a file.
-  bool hasLine(const Traced& one) const {
-    return selection_.has(one.entry) && (isAlone() || !options_.entries.empty());
-  }
+  bool hasLines() const { return isAlone() || !options_.entries.empty(); }
+  bool hasLine(const Traced& one) const { return hasLines() && selection_.has(one.entry); }
 
   // Writes the answer about a packet and a group.
   void show(const Trace& traced, const Finding& whole, const std::string& place) {

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "compare_treatment.h"
 #include "entry_findings.h"
 #include "limited_cuts.h"
 #include "rules.h"
@@ -24,10 +25,11 @@ constexpr char kTooLong[] = "takes too many steps to say";
 // matches. An heir is a twin that treats the packets in the same way.
 class Comparison {
  public:
-  Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options)
+  Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options,
+             const Among* among)
       : groups_{&a, &b},
         options_(options),
-        all_({&a, &b}, options.order),
+        all_({&a, &b}, options.order, setsOf(among)),
         cuts_(all_.space().space(), options.max_steps, all_.of(0).size() + all_.of(1).size()),
         findings_(a.getId(), options.max_findings) {
     for (std::size_t side = 0; side < 2; ++side) {
@@ -36,6 +38,7 @@ class Comparison {
       for (std::uint32_t i = 0; i < rules.size(); ++i)
         by_matches_[side][rules[i].matches].push_back(i);
     }
+    divide(among);
   }
 
   Report run() {
@@ -48,9 +51,55 @@ class Comparison {
         compare(1, static_cast<std::uint32_t>(k - first));
       }
     }
-    return findings_.take();
+    Report report = findings_.take();
+    if (is_sample_) {
+      for (Finding& finding : report.findings) open(&finding);
+    }
+    return report;
   }
  private:
+  // Packets that are compared: those in all sets of `in`, and in none of `out`.
+  struct Part {
+    std::vector<SetId> in, out;
+  };
+
+  static std::vector<std::vector<FieldSet>> setsOf(const Among* among) {
+    if (among == nullptr) return {};
+    return {among->packets};
+  }
+  void divide(const Among* among) {
+    if (among == nullptr) {
+      parts_.push_back({});
+      return;
+    }
+    const SetAmongRules& set = all_.space().set(0);
+    if (!among->others) {
+      parts_.push_back({{set.core}, set.outside});
+      return;
+    }
+    is_sample_ = set.is_sample;
+    parts_.push_back({{}, {set.core}});
+    for (const SetId gap : set.outside) parts_.push_back({{set.core, gap}, {}});
+  }
+
+  // Calls `run` for each part, with the sets and the candidates of a cut. Nothing is left only if
+  // nothing is left of any part.
+  template <class Run>
+  Cut::Outcome forEachPart(SetId within, const std::vector<Candidate>& candidates, Run run) {
+    Cut::Outcome worst = Cut::Outcome::kNothingLeft;
+    for (const Part& part : parts_) {
+      std::vector<SetId> sets = part.in;
+      sets.push_back(within);
+      std::vector<Candidate> list = candidates;
+      for (const SetId set : part.out) list.push_back({set, 0, false, kNoRule});
+      const Cut::Outcome outcome = run(sets, &list);
+      if (worst != Cut::Outcome::kUndecided && outcome != Cut::Outcome::kNothingLeft) {
+        worst = outcome;
+      }
+    }
+    return worst;
+  }
+
   void compare(std::size_t side, std::uint32_t i) {
     side_ = side;
     rule_ = &all_.of(side)[i];
@@ -124,7 +173,9 @@ class Comparison {
       const SetId set = surely ? other.must : other.may;
       if (set != kNothing) list.push_back({set, 1 + other.ranks_begin, differs, p});
     }
-    return cuts_.run({rule_->may}, &list);
+    return forEachPart(rule_->may, list, [this](const auto& sets, auto* candidates) {
+      return cuts_.run(sets, candidates);
+    });
   }
 
   bool hasTwinBefore(const Rule& other) const {
@@ -167,7 +218,9 @@ class Comparison {
           {set, 1 + 2 * other.ranks_begin + (differs ? 1 : 0), false, differs ? p : kNoRule});
     }
     Watcher watcher(*this, i);
-    return cuts_.runThrough({rule_->must}, &list, &watcher);
+    return forEachPart(rule_->must, list, [&](const auto& sets, auto* candidates) {
+      return cuts_.runThrough(sets, candidates, &watcher);
+    });
   }
 
   // Pairs of two rules are found while the rules of the first group are compared. The rules of the
@@ -195,6 +248,14 @@ class Comparison {
     if (b) finding->message = entriesText({*b}) + ' ' + finding->message;
   }
 
+  // The packet of the finding may be one of the set.
+  static void open(Finding* finding) {
+    if (finding->code != Code::kTreatmentDiffers) return;
+    finding->code = Code::kNotDecided;
+    finding->severity = severityOf(Code::kNotDecided);
+    finding->message = "the mask of the packets has too many values to leave all of them out";
+  }
+
   void reportUndecided(const char* why) {
     Finding* finding = findings_.add(Code::kNotDecided, rule_->id);
     if (finding == nullptr) return;
@@ -205,6 +266,9 @@ class Comparison {
   const FiltersGroup* groups_[2];
   const AnalysisOptions& options_;
   Rules all_;
+  std::vector<Part> parts_;
+  // True if all packets but those of a set are compared, and only some of the set are left out.
+  bool is_sample_ = false;
   std::vector<Meetings> mays_;
   std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> by_matches_[2];
   Cuts cuts_;
@@ -222,8 +286,13 @@ class Comparison {
 }  // namespace
 
 Report compareTreatment(const FiltersGroup& a, const FiltersGroup& b,
+                        const AnalysisOptions& options, const Among* among) {
+  return Comparison(a, b, options, among).run();
+}
+
+Report compareTreatment(const FiltersGroup& a, const FiltersGroup& b,
                         const AnalysisOptions& options) {
-  return Comparison(a, b, options).run();
+  return compareTreatment(a, b, options, nullptr);
 }
 
 }  // namespace FiltersInspect

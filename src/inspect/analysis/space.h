@@ -78,6 +78,18 @@ class Space {
   std::size_t dimensions() const { return sizes_.size(); }
   std::size_t size(std::size_t dimension) const { return sizes_[dimension]; }
 
+  // The values of a dimension. They have no bits outside of `bits`. A value has the rank r if it is
+  // at least starts[r] and less than starts[r + 1].
+  struct Scale {
+    std::uint32_t field;
+    std::uint64_t bits;
+    const std::vector<std::uint64_t>& starts;
+  };
+  Scale scaleOf(std::size_t dimension) const {
+    const Part& part = parts_[dimension];
+    return {part.field, part.bits, part.starts};
+  }
+
   struct Range {
     std::uint32_t first, last;  // ranks, both included
   };

@@ -271,6 +271,16 @@ inline std::string faultOfAnyOrder(const Case& c) {
   return {};
 }
 
+// A decision must be the outcome of the trace, also when it is made for the second time.
+inline bool agrees(const Tracer& tracer, const Packet& packet, const Trace& traced) {
+  const auto isSame = [&](const Decision& decision) {
+    return decision.outcome == traced.outcome && decision.entry == traced.entry &&
+           decision.candidates == traced.candidates && decision.may_be_none == traced.may_be_none &&
+           decision.at_most == traced.at_most;
+  };
+  return isSame(tracer.decide(packet)) && isSame(tracer.decide(packet));
+}
+
 // A trace must be decided exactly if every packet with the given fields has the same result.
 inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
                                 const std::vector<bool>& told, Order order) {
@@ -280,7 +290,9 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
   }
   const auto parsed = Packet::parse(text, nullptr);
   if (!parsed) return "cannot be read: " + text;
-  const Trace traced = trace(c.group, *parsed, order);
+  const Tracer tracer(c.group, order);
+  const Trace traced = tracer.trace(*parsed);
+  if (!agrees(tracer, *parsed, traced)) return "the decision differs: " + text;
   std::vector<bool> hits(c.rules.size(), true), misses(c.rules.size(), true);
   std::uint32_t firsts = 0;  // the ids as bits
   bool tie = false, wrong = false;

@@ -1,0 +1,146 @@
+// Counts the decisions of Tracer::decide() in a second, for groups like real filters. Beside it
+// stands a plain loop over the rules, which compares each rule with the packet until one takes it.
+// Fails if a figure misses its limit. `decisions FACTOR` divides the limits, for a slow machine.
+
+#include <filter_inspect/filter_analysis.h>
+
+#include <arpa/inet.h>
+#include <malloc.h>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+#include "rule_sets.h"
+
+namespace benchmarks {
+namespace {
+
+using namespace FiltersInspect;
+
+double factor = 1;
+bool good = true;
+
+double now() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+// The memory that is allocated now, in MiB.
+double memory() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks + info.hblkhd) / (1 << 20);
+}
+
+void report(const std::string& name, double reached, double limit, const char* unit, bool atMost) {
+  limit = atMost ? limit * factor : limit / factor;
+  const bool met = limit == 0 || (atMost ? reached <= limit : reached >= limit);
+  good = good && met;
+  std::printf("%-40s %12.3f %s%s\n", name.c_str(), reached, unit, met ? "" : "  MISSED");
+}
+
+// The fields of a packet in the order of a Tuple.
+using Values = std::array<std::uint32_t, 5>;
+
+// Most packets are near a rule: they have the values of its conditions. No two packets are alike.
+std::vector<Values> makeValues(const std::vector<RuleSet::Tuple>& tuples, std::size_t count) {
+  std::mt19937 engine(7);
+  constexpr std::uint32_t kAll[] = {~0U, ~0U, 0xffff, 0xffff, 0xff};
+  std::set<Values> made;
+  while (made.size() < count) {
+    const RuleSet::Tuple& near = tuples[engine() % tuples.size()];
+    Values values;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const std::uint32_t random = static_cast<std::uint32_t>(engine()) & kAll[i];
+      values[i] = near[i].value | (random & ~near[i].mask);
+    }
+    if (near[4].open) values[4] = engine() % 2 == 0 ? 6 : 17;
+    made.insert(values);
+  }
+  std::vector<Values> all(made.begin(), made.end());
+  std::shuffle(all.begin(), all.end(), engine);
+  return all;
+}
+
+Packet packetOf(const Values& values) {
+  const auto address = [](std::uint32_t value) {
+    char text[INET_ADDRSTRLEN];
+    const in_addr bytes{htonl(value)};
+    return std::string(inet_ntop(AF_INET, &bytes, text, sizeof text));
+  };
+  const auto packet = Packet::parse(
+      "src_ipv4=" + address(values[0]) + " dst_ipv4=" + address(values[1]) +
+          " src_l4_port=" + std::to_string(values[2]) +
+          " dst_l4_port=" + std::to_string(values[3]) + " ip_protocol=" + std::to_string(values[4]),
+      nullptr);
+  require(packet.has_value(), "a packet cannot be read");
+  return *packet;
+}
+
+// The id of the first rule that takes the packet. The last rule takes every packet.
+std::uint32_t firstHit(const std::vector<RuleSet::Tuple>& tuples, const Values& values) {
+  std::uint32_t id = 1;
+  for (const RuleSet::Tuple& tuple : tuples) {
+    bool takes = true;
+    for (std::size_t i = 0; takes && i < values.size(); ++i) {
+      takes = ((values[i] ^ tuple[i].value) & tuple[i].mask) == 0;
+    }
+    if (takes) return id;
+    ++id;
+  }
+  return id;
+}
+
+void measure(const Shape& shape, unsigned rules) {
+  const std::string name = std::string(shape.name) + ' ' + std::to_string(rules);
+  const bool isLarge = rules > 10000;
+  RuleSet set(shape, rules);
+  const FiltersGroup group = set.make(rules);
+  const double memory_before = memory();
+  double start = now();
+  const Tracer tracer(group, Order::kHighestPriority);
+  report(name + ", made ready", now() - start, isLarge ? 0 : 0.5, "s", true);
+  report(name + ", memory", memory() - memory_before, isLarge ? 0 : 128, "MiB", true);
+
+  constexpr std::size_t kPackets = 200000, kPlain = 2000, kTrain = 16;
+  const std::vector<Values> values = makeValues(set.tuples(), kPackets);
+  std::vector<Packet> packets;
+  for (const Values& one : values) packets.push_back(packetOf(one));
+  const auto decide = [&](std::size_t times) {
+    std::size_t right = 0;
+    for (const Packet& packet : packets) {
+      for (std::size_t i = 0; i < times; ++i) right += tracer.decide(packet).entry ? 1 : 0;
+    }
+    require(right == times * kPackets, "a packet is not decided");
+  };
+  decide(1);
+  start = now();
+  decide(1);
+  report(name + ", no two alike", kPackets / (now() - start) / 1e6,
+         isLarge        ? 0
+         : rules > 1000 ? 1
+                        : 2,
+         "M/s", false);
+  start = now();
+  decide(kTrain);
+  report(name + ", in trains of 16", kTrain * kPackets / (now() - start) / 1e6, isLarge ? 0 : 5,
+         "M/s", false);
+
+  std::vector<std::uint32_t> hits;
+  start = now();
+  for (std::size_t i = 0; i < kPlain; ++i) hits.push_back(firstHit(set.tuples(), values[i]));
+  report(name + ", a plain loop", kPlain / (now() - start) / 1e6, 0, "M/s", false);
+  for (std::size_t i = 0; i < kPlain; ++i) {
+    require(tracer.decide(packets[i]).entry == hits[i], "another rule takes a packet");
+  }
+}
+
+}  // namespace
+}  // namespace benchmarks
+
+int main(int argc, char** argv) {
+  using namespace benchmarks;
+  if (argc > 1) factor = std::atof(argv[1]);
+  for (const Shape& shape : kShapes) {
+    for (const unsigned rules : {1000U, 10000U}) measure(shape, rules);
+  }
+  measure(kShapes[0], 100000);
+  return good ? 0 : 1;
+}

@@ -1,0 +1,61 @@
+#ifndef FILTER_INSPECT_SRC_ANALYSIS_TAKERS_H_
+#define FILTER_INSPECT_SRC_ANALYSIS_TAKERS_H_
+
+// Compares entries with one packet, and finds the entries that can be the first to take it.
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <filter_inspect/filter_analysis.h>
+
+#include "readings.h"
+
+namespace FiltersInspect {
+
+// An entry, and its constraints on a packet.
+struct PreparedEntry {
+  std::uint64_t rank;
+  FiltersCommon::filtersEntryId_t id;
+  std::size_t treatment;  // the index in the list of different treatments
+  std::vector<Asked> asked;
+  std::uint64_t fields;  // a bit for each of these fields
+  // True if the entry takes every packet that has all of these fields, unless one of the values is
+  // excluded under every reading.
+  bool closed;
+};
+PreparedEntry prepare(std::uint64_t rank, FiltersCommon::filtersEntryId_t id, std::size_t treatment,
+                      std::vector<Asked> asked);
+
+// What a packet says to one constraint.
+enum class Answer : std::uint8_t {
+  kNo,      // it does not hold
+  kYes,     // it holds under every reading
+  kOpen,    // it holds under some readings
+  kUntold,  // the packet does not tell the field
+};
+Answer answerTo(const Asked& asked, const Packet& packet);
+
+// The same for all constraints of an entry.
+Hit hitOf(const PreparedEntry& entry, const Packet& packet);
+
+// The entries that can be the first to take a packet, each for some values of the fields that are
+// not told and under some reading.
+struct Takers {
+  std::vector<const PreparedEntry*> entries;  // in their order
+  bool may_be_none = true;                    // perhaps no entry takes the packet
+  bool at_most = false;                       // some of this was not decided, and may be impossible
+
+  // Add the entries that do not miss the packet, in their order, while this returns true.
+  bool add(const PreparedEntry& entry, Hit hit);
+  // Leaves out what is impossible, after all entries are added.
+  void narrow(const Packet& packet);
+  bool isNarrow() const { return entries.empty() || (entries.size() == 1 && !may_be_none); }
+  Decision decision() const;
+ private:
+  std::uint64_t rank_ = 0;  // of the first entry that surely takes the packet
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_ANALYSIS_TAKERS_H_
