@@ -38,9 +38,7 @@ class Breaches {
       : rules_(all->of(0)),
         space_(all->space()),
         meetings_(*meetings),
-        cuts_(space_.space(), options.max_steps, rules_.size()),
-        most_looks_(options.max_steps > kUnlimited / kRulesAStep ? kUnlimited
-                                                                 : options.max_steps * kRulesAStep),
+        max_steps_(options.max_steps),
         core_(set.core),
         good_(good),
         none_(none) {
@@ -67,23 +65,26 @@ class Breaches {
   // and no bad entry of the same or a lower rank may.
   bool surelyKeeps() {
     if (!begin()) return false;
+    const auto isGood = [this](std::uint32_t p) { return good_[p]; };
+    const bool ordered = !std::all_of(met_.begin(), met_.end(), isGood);
+    if (none_ && !ordered) return true;
     std::vector<Candidate> list = outside_;
     for (std::uint32_t p : met_) {
       const Rule& rule = rules_[p];
       if (!good_[p]) {
         list.push_back({rule.may, 1 + 2 * rule.ranks_begin, true, p});
       } else if (rule.must != kNothing) {
-        list.push_back({rule.must, 2 + 2 * rule.ranks_begin, false, p});
+        list.push_back({rule.must, ordered ? 2 + 2 * rule.ranks_begin : 0, false, p});
       }
     }
     GoOn watcher(none_);
-    return cuts_.runThrough({core_}, &list, &watcher) == Cut::Outcome::kNothingLeft;
+    return cuts_->runThrough({core_}, &list, &watcher) == Cut::Outcome::kNothingLeft;
   }
   // Is there a packet for which every possible destination is bad?
   Answer mustBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     is_known_ = true;
-    looks_left_ = most_looks_;
+    looks_left_ = std::min(max_steps_, kUnlimited / kRulesAStep) * kRulesAStep;
     settled_.assign(rules_.size(), false);
     kept_.assign(rules_.size(), false);
     if (findFailure({core_}, packet)) return Answer::kYes;
@@ -93,6 +94,7 @@ class Breaches {
   // Finds the rules that may take packets of the set. Returns false if that takes too long.
   bool begin() {
     space_.forget();
+    cuts_.emplace(space_.space(), max_steps_, rules_.size());  // each question has its steps
     const bool known = meetings_.meeting(core_, 0, rules_.size(), &met_);
     is_met_.assign(rules_.size(), false);
     for (std::uint32_t p : met_) is_met_[p] = true;
@@ -139,9 +141,9 @@ class Breaches {
     const std::vector<Candidate> list = byRank();
     GoodTakers takers(none_);
     std::vector<Candidate> all = list;
-    const Cut::Outcome outcome = cuts_.runThrough(sets, &all, &takers);
+    const Cut::Outcome outcome = cuts_->runThrough(sets, &all, &takers);
     if (outcome == Cut::Outcome::kLeft || outcome == Cut::Outcome::kStopped) {
-      *packet = cuts_.cut().point();
+      *packet = cuts_->cut().point();
       showBetter(sets, list, none_, packet);
       return true;
     }
@@ -221,10 +223,10 @@ class Breaches {
   // Is something left of the sets behind the candidates?
   Answer look(const Sets& sets, const std::vector<Candidate>& list, std::optional<Point>* packet) {
     std::vector<Candidate> all = list;
-    const Cut::Outcome outcome = cuts_.runThrough(sets, &all, nullptr);
+    const Cut::Outcome outcome = cuts_->runThrough(sets, &all, nullptr);
     if (outcome == Cut::Outcome::kNothingLeft) return Answer::kNo;
     if (outcome == Cut::Outcome::kUndecided) return Answer::kUnknown;
-    *packet = cuts_.cut().point();
+    *packet = cuts_->cut().point();
     showBetter(sets, list, false, packet);
     return Answer::kYes;
   }
@@ -237,9 +239,9 @@ class Breaches {
       shaped.push_back(shape);
       std::vector<Candidate> all = list;
       GoOn watcher(none);
-      const Cut::Outcome outcome = cuts_.runBriefly(shaped, &all, &watcher);
+      const Cut::Outcome outcome = cuts_->runBriefly(shaped, &all, &watcher);
       if (outcome != Cut::Outcome::kLeft && outcome != Cut::Outcome::kStopped) continue;
-      *packet = cuts_.cut().point();
+      *packet = cuts_->cut().point();
       return;
     }
   }
@@ -253,8 +255,8 @@ class Breaches {
   const std::vector<Rule>& rules_;
   RuleSpace& space_;
   Meetings& meetings_;
-  Cuts cuts_;
-  const std::uint64_t most_looks_;
+  std::optional<Cuts> cuts_;
+  const std::uint64_t max_steps_;
   const SetId core_;  // the packets of the set are in here, and in none of these
   std::vector<Candidate> outside_;
   const std::vector<bool>& good_;
@@ -301,13 +303,15 @@ class PolicyCheck {
     const std::vector<bool> good = keepers(promise);
     Breaches breaches(&all_, &meetings_, options_, set, good, !promise.always);
     if (breaches.surelyKeeps()) return holds(promise);
+    std::vector<bool> shown = all_.space().fieldsOfRules();
+    for (const FieldSet& field : PacketSetFields::of(promise.packets)) shown[field.number] = true;
     std::optional<Point> packet;
     const Answer must = breaches.mustBreak(&packet);
     const Answer may = must == Answer::kYes ? must : breaches.mayBreak(&packet);
     if (may == Answer::kYes) {
-      return broken(promise, packetOf(all_.space().space(), *packet), must);
+      return broken(promise, packetOf(all_.space().space(), *packet, &shown), must);
     }
-    if (must == Answer::kNo && may == Answer::kNo) return holds(promise);
+    if (may == Answer::kNo) return holds(promise);
     return findingOf(Code::kPolicyOpen, promise, std::string("whether it holds") + kUnanswered);
   }
   Finding holds(const Promise& promise) const {
