@@ -47,17 +47,17 @@ class Breaches {
 
   enum class Answer : std::uint8_t { kNo, kYes, kUnknown };
 
-  // kYes comes with such a packet of the set.
+  // kYes comes with such a packet of the set: one that can be real, if it is not hard to find.
   //
   // Is a bad destination possible for a packet?
   Answer mayBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     Answer answer = none_ ? Answer::kNo : mayBeNone(packet);
     for (std::uint32_t p : met_) {
-      if (answer == Answer::kYes) break;
+      if (is_real_) break;
       if (good_[p]) continue;
       const Answer its = mayGoTo(p, packet);
-      if (its != Answer::kNo) answer = its;
+      if (its != Answer::kNo && answer != Answer::kYes) answer = its;
     }
     return answer;
   }
@@ -84,11 +84,18 @@ class Breaches {
   Answer mustBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     is_known_ = true;
+    is_brief_ = false;
     looks_left_ = std::min(max_steps_, kUnlimited / kRulesAStep) * kRulesAStep;
     settled_.assign(rules_.size(), false);
     kept_.assign(rules_.size(), false);
-    if (findFailure({core_}, packet)) return Answer::kYes;
-    return is_known_ ? Answer::kNo : Answer::kUnknown;
+    if (!findFailure({core_}, packet)) return is_known_ ? Answer::kNo : Answer::kUnknown;
+    is_brief_ = true;
+    for (const SetId shape : space_.shapes()) {
+      settled_.assign(rules_.size(), false);
+      kept_.assign(rules_.size(), false);
+      if (findFailure({core_, shape}, packet)) break;
+    }
+    return Answer::kYes;
   }
  private:
   // Finds the rules that may take packets of the set. Returns false if that takes too long.
@@ -138,13 +145,12 @@ class Breaches {
       return false;
     }
     looks_left_ -= met_.size() + 1;
-    const std::vector<Candidate> list = byRank();
     GoodTakers takers(none_);
-    std::vector<Candidate> all = list;
-    const Cut::Outcome outcome = cuts_->runThrough(sets, &all, &takers);
+    std::vector<Candidate> list = byRank();
+    const Cut::Outcome outcome = is_brief_ ? cuts_->runBriefly(sets, &list, &takers)
+                                           : cuts_->runThrough(sets, &list, &takers);
     if (outcome == Cut::Outcome::kLeft || outcome == Cut::Outcome::kStopped) {
       *packet = cuts_->cut().point();
-      showBetter(sets, list, none_, packet);
       return true;
     }
     is_known_ = is_known_ && outcome == Cut::Outcome::kNothingLeft;
@@ -220,30 +226,23 @@ class Breaches {
     Positions tags;
   };
 
-  // Is something left of the sets behind the candidates?
-  Answer look(const Sets& sets, const std::vector<Candidate>& list, std::optional<Point>* packet) {
+  // Is something left of the sets behind the candidates? Replaces a packet by one that can be real.
+  Answer look(Sets sets, const std::vector<Candidate>& list, std::optional<Point>* packet) {
     std::vector<Candidate> all = list;
     const Cut::Outcome outcome = cuts_->runThrough(sets, &all, nullptr);
     if (outcome == Cut::Outcome::kNothingLeft) return Answer::kNo;
     if (outcome == Cut::Outcome::kUndecided) return Answer::kUnknown;
-    *packet = cuts_->cut().point();
-    showBetter(sets, list, false, packet);
-    return Answer::kYes;
-  }
-
-  // Takes a packet of the shape of a real one, if there is one.
-  void showBetter(const Sets& sets, const std::vector<Candidate>& list, bool none,
-                  std::optional<Point>* packet) {
+    if (!*packet) *packet = cuts_->cut().point();
+    sets.push_back(kEverything);
     for (const SetId shape : space_.shapes()) {
-      Sets shaped = sets;
-      shaped.push_back(shape);
-      std::vector<Candidate> all = list;
-      GoOn watcher(none);
-      const Cut::Outcome outcome = cuts_->runBriefly(shaped, &all, &watcher);
-      if (outcome != Cut::Outcome::kLeft && outcome != Cut::Outcome::kStopped) continue;
+      sets.back() = shape;
+      all = list;
+      is_real_ = cuts_->runBriefly(sets, &all, nullptr) == Cut::Outcome::kLeft;
+      if (!is_real_) continue;
       *packet = cuts_->cut().point();
-      return;
+      break;
     }
+    return Answer::kYes;
   }
 
   SetId mustBeside(std::uint32_t p, std::uint32_t taker) {
@@ -263,8 +262,10 @@ class Breaches {
   const bool none_;
   Positions met_;
   std::vector<bool> is_met_;
+  bool is_real_ = false;  // the packet that mayBreak() has found can be real
   // About mustBreak().
   bool is_known_ = true;
+  bool is_brief_ = false;  // looks for a better packet, with few steps
   std::uint64_t looks_left_ = 0;
   std::vector<bool> settled_;
   std::vector<bool> kept_;  // rules that are not settled here
