@@ -20,7 +20,7 @@ using namespace FiltersCommon;
 
 constexpr std::uint64_t kUnlimited = ~std::uint64_t{0};
 // The number of rules looked at in one step, while those are sought that share open matches.
-constexpr std::uint64_t kRulesAStep = 2000;
+constexpr std::uint64_t kRulesAStep = 500;
 
 using Positions = std::vector<std::uint32_t>;
 using Sets = std::vector<SetId>;
@@ -146,7 +146,10 @@ class Breaches {
     }
     looks_left_ -= met_.size() + 1;
     GoodTakers takers(none_);
-    std::vector<Candidate> list = byRank();
+    std::vector<Candidate> list = byRank(sets);
+    // If it is good that no entry takes a packet, a bad one must take it.
+    const auto isBad = [](const Candidate& one) { return one.stops; };
+    if (none_ && std::none_of(list.begin(), list.end(), isBad)) return false;
     const Cut::Outcome outcome = is_brief_ ? cuts_->runBriefly(sets, &list, &takers)
                                            : cuts_->runThrough(sets, &list, &takers);
     if (outcome == Cut::Outcome::kLeft || outcome == Cut::Outcome::kStopped) {
@@ -191,16 +194,20 @@ class Breaches {
     return found;
   }
 
-  // The good entries that may take packets, and behind those of each rank the bad ones that must.
-  std::vector<Candidate> byRank() const {
+  // The good entries that may take packets of all sets, and behind those of each rank the bad ones
+  // that must.
+  std::vector<Candidate> byRank(const Sets& sets) const {
+    const auto meetsAll = [&](SetId one) {
+      return std::all_of(sets.begin(), sets.end(),
+                         [&](SetId set) { return space_.space().meet(one, set); });
+    };
     std::vector<Candidate> list = outside_;
     for (std::uint32_t p : met_) {
       const Rule& rule = rules_[p];
-      if (!good_[p] && rule.must != kNothing) {
-        list.push_back({rule.must, 2 + 2 * rule.ranks_begin, true, p});
-      } else if (good_[p] && !settled_[p]) {
-        list.push_back({rule.may, 1 + 2 * rule.ranks_begin, false, p});
-      }
+      if (settled_[p]) continue;
+      const SetId takes = good_[p] ? rule.may : rule.must;
+      if (takes == kNothing || !meetsAll(takes)) continue;
+      list.push_back({takes, (good_[p] ? 1 : 2) + 2 * rule.ranks_begin, !good_[p], p});
     }
     return list;
   }
@@ -414,15 +421,20 @@ class PolicyCheck {
 
   // Why it is not certain where the packet goes: the readings, or the ties.
   std::string whyOpen(const Trace& traced) const {
+    constexpr std::size_t kMostNamed = 2;
+    std::size_t readings = 0;
     std::string why;
     const auto add = [&why](const std::string& one) { why += (why.empty() ? "" : "; ") + one; };
     std::map<std::uint64_t, std::vector<std::uint32_t>> ranks;
     for (const filtersEntryId_t id : traced.candidates) {
       const auto isIt = [id](const Traced& one) { return one.entry == id; };
       const auto its = std::find_if(traced.entries.begin(), traced.entries.end(), isIt);
-      if (!its->reason.empty()) add("entry " + std::to_string(id) + ": " + its->reason);
+      if (!its->reason.empty() && ++readings <= kMostNamed) {
+        add("entry " + std::to_string(id) + ": " + its->reason);
+      }
       ranks[rankOf(policy_.order, id, entryOf(id).getPriority())].push_back(id);
     }
+    if (readings > kMostNamed) add(std::to_string(readings - kMostNamed) + " more readings");
     for (const auto& [rank, tied] : ranks) {
       if (tied.size() > 1) add("nothing says which of " + entriesText(tied) + " comes first");
     }
