@@ -124,6 +124,7 @@ entry 40 priority=60 if ttl=1 then deny
     with open("rules.txt", "rb") as file:
         rules = file.read()
     write("twice.txt", rules + rules[rules.index(b"group 7") :].replace(b"group 7", b"group 8"))
+    write("same.txt", rules + rules[rules.index(b"group 7") :])
     write("fewer.txt", re.sub(b"entry 30 .*\n", b"", rules))
     policed = rules.replace(b"permit\n", b"permit police {id=5 stage=ingress flow cir=1000 red=drop}\n", 1)
     policed = policed.replace(b"ip_protocol=6", b"ttl=6").replace(b"25 then deny", b"25 then permit copy_to_cpu")
@@ -457,6 +458,9 @@ TABLE = [
     ("expect kept.policy twice.txt --group=7", 0, ".*kept.policy: 1 promise: 1 holds \\(.*\n", NONE),
     ("expect kept.policy twice.txt --group=8", 0,
      "kept.policy: 0 promises; no promise about group 8 \\(.*\n", NONE),
+    ("expect kept.policy same.txt", 0,
+     "kept.policy:3: holds: same.txt:2:1: always [^\n]*\nkept.policy:3: holds: same.txt:7:1: [^\n]*\n"
+     "kept.policy: 2 promises: 2 hold .*", NONE),
     ("expect -q policy.txt rules.txt", 1, NONE, NONE),
     ("expect - rules.txt <kept.policy", 0, "-:3: holds: .*", NONE),
     ("expect kept.policy - <rules.txt", 0, "kept.policy:3: holds: .*", NONE),

@@ -159,7 +159,7 @@ class Breaches {
     is_known_ = is_known_ && outcome == Cut::Outcome::kNothingLeft;
     Positions tried;
     for (std::uint32_t i : takers.take()) {
-      if (!good_[i] || kept_[i]) continue;
+      if (kept_[i]) continue;
       if (settle(i, sets, packet)) return true;
       // Whatever breaks the promise although this entry is settled has been found.
       kept_[i] = true;
