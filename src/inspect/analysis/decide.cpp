@@ -81,9 +81,10 @@ Tracer::Prepared::Prepared(std::vector<PreparedEntry> itsEntries,
 
 namespace {
 
-// Like Takers::narrow(), but looks first whether takers with the same answers were narrowed before.
+// Like PossibleTakers::narrow(), but looks first whether takers with the same answers were narrowed
+// before.
 void narrow(const std::vector<PreparedEntry>& entries, std::uint64_t serial, const Packet& packet,
-            Takers* takers) {
+            PossibleTakers* takers) {
   if (takers->isNarrow()) return;
   LastDecisions& last = lastDecisions();
   if (last.narrowed_serial != serial || last.narrowed.size() >= kMostNarrowed) {
@@ -126,7 +127,7 @@ Decision Tracer::decide(const Packet& packet) const {
     if (field.has && field.number < 64) told |= std::uint64_t{1} << field.number;
   }
   const bool isExact = prepared.classifier.isExact();
-  Takers takers;
+  PossibleTakers takers;
   prepared.classifier.forEach(packet, [&](std::size_t i) {
     const PreparedEntry& entry = prepared.entries[i];
     const bool isHit = isExact && entry.closed && (entry.fields & ~told) == 0;

@@ -109,7 +109,7 @@ Hit hitOf(const PreparedEntry& entry, const Packet& packet) {
   return hit;
 }
 
-bool Takers::add(const PreparedEntry& entry, Hit hit) {
+bool PossibleTakers::add(const PreparedEntry& entry, Hit hit) {
   if (!may_be_none && entry.rank != rank_) return false;
   if (hit == Hit::kMiss) return true;
   entries.push_back(&entry);
@@ -120,7 +120,7 @@ bool Takers::add(const PreparedEntry& entry, Hit hit) {
   return true;
 }
 
-void Takers::narrow(const Packet& packet) {
+void PossibleTakers::narrow(const Packet& packet) {
   if (isNarrow()) return;
   Candidates candidates(entries, packet);
   std::vector<const PreparedEntry*> possible;
@@ -137,7 +137,7 @@ void Takers::narrow(const Packet& packet) {
   entries = std::move(possible);
 }
 
-Decision Takers::decision() const {
+Decision PossibleTakers::decision() const {
   if (entries.empty()) return {};
   if (isNarrow()) return {Hit::kHit, entries[0]->id, {}, false, false};
   Decision decision{Hit::kUndecided, std::nullopt, {}, may_be_none, at_most};

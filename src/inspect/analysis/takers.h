@@ -41,7 +41,7 @@ Hit hitOf(const PreparedEntry& entry, const Packet& packet);
 
 // The entries that can be the first to take a packet, each for some values of the fields that are
 // not told and under some reading.
-struct Takers {
+struct PossibleTakers {
   std::vector<const PreparedEntry*> entries;  // in their order
   bool may_be_none = true;                    // perhaps no entry takes the packet
   bool at_most = false;                       // some of this was not decided, and may be impossible

@@ -33,7 +33,8 @@ Traced traceEntry(const PreparedEntry& entry, const Packet& packet) {
   return traced;
 }
 
-void settle(const Takers& takers, const std::vector<std::string>& treatments, Trace* trace) {
+void settle(const PossibleTakers& takers, const std::vector<std::string>& treatments,
+            Trace* trace) {
   Decision decision = takers.decision();
   trace->outcome = decision.outcome;
   trace->entry = decision.entry;
@@ -80,7 +81,7 @@ Tracer::Tracer(const FiltersGroup& group, Order order) {
 Trace Tracer::trace(const Packet& packet) const {
   Trace trace;
   trace.entries.reserve(prepared_->entries.size());
-  Takers takers;
+  PossibleTakers takers;
   bool isBehind = false;  // behind the entries that can be the first
   for (const PreparedEntry& one : prepared_->entries) {
     const Traced& traced = trace.entries.emplace_back(traceEntry(one, packet));
