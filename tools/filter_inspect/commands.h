@@ -47,6 +47,8 @@ struct Options {
   std::optional<std::string> then;
   bool touching = false;
   std::uint64_t max_steps = 100000;
+  std::string policy;  // a file
+  std::optional<std::string> junit;
 };
 
 class Console;
@@ -73,6 +75,7 @@ Exit runConvert(const Options& options, Console* console);
 Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
 Exit runAnalyse(const Options& options, Console* console);
+Exit runExpect(const Options& options, Console* console);
 Exit runTrace(const Options& options, Console* console);
 Exit runSearch(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);

@@ -182,6 +182,15 @@ struct PlainSet {
     }
   }
 
+  std::string textOf(const PlainPacket& packet) const {
+    std::string packet_text;
+    for (std::size_t i = 0; i < packet.size(); ++i) {
+      packet_text += fields[i].field.name + '=';
+      packet_text += (packet[i] ? fields[i].textOf(*packet[i]) : "none") + ' ';
+    }
+    return packet_text;
+  }
+
   // True if a set with this text has the packet.
   bool isIn(const std::string& set, const PlainPacket& packet) const {
     const auto told = wordsOf(set);
@@ -344,12 +353,7 @@ inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   set.forEach([&](const PlainPacket& packet) { rows[rowOf(c.rules, packet)].push_back(packet); });
   for (const auto& [row, packets] : rows) {
     const bool real = std::any_of(packets.begin(), packets.end(), [&](const PlainPacket& packet) {
-      std::string text;
-      for (std::size_t i = 0; i < packet.size(); ++i) {
-        text += set.fields[i].field.name + '=';
-        text += (packet[i] ? set.fields[i].textOf(*packet[i]) : "none") + ' ';
-      }
-      return faultOfFrame(text).empty();
+      return faultOfFrame(set.textOf(packet)).empty();
     });
     const auto raise = [real = real](Is is, std::size_t i, std::vector<Is>* all,
                                      std::vector<Is>* real_all) {
