@@ -86,13 +86,14 @@ class Expectations {
   Expectations(const Options& options, const Policy& policy, Console* console)
       : options_(options), policy_(policy), console_(*console), tests_(options.policy) {}
 
-  // Checks the promises about the groups of a file. Returns false if it lacks one of them.
+  // Checks the promises about the groups of a file. Checks none and returns false if it lacks one
+  // of these groups.
   bool check(const Input& input) {
     std::map<filtersGroupId_t, std::size_t> counts;
     for (const InputGroup& group : input.groups) {
       if (group.group) ++counts[group.group->getId()];
     }
-    const bool isWhole = tellMissing(input, counts);
+    if (tellMissing(input, counts)) return false;
     ReportInput document = {input.file, input.groups.size(), {}};
     for (const InputGroup& group : input.groups) {
       if (!group.group) continue;
@@ -116,7 +117,7 @@ class Expectations {
       }
     }
     documents_.push_back(std::move(document));
-    return isWhole;
+    return true;
   }
 
   Exit finish() {
@@ -135,16 +136,16 @@ class Expectations {
   static std::size_t lineOf(const Finding& finding) { return std::stoul(finding.path); }
 
   bool tellMissing(const Input& input, const std::map<filtersGroupId_t, std::size_t>& counts) {
-    bool isWhole = true;
+    bool isMissing = false;
     for (const PolicyGroup& group : policy_.groups()) {
       if (counts.count(group.group) != 0 || !isAskedFor(group.group, options_)) continue;
       Finding missing =
           findingOf(Code::kUsage, input.file + " has no group " + std::to_string(group.group));
       missing.path = std::to_string(group.line) + ":1";
       console_.trouble(options_.policy, missing);
-      isWhole = false;
+      isMissing = true;
     }
-    return isWhole;
+    return isMissing;
   }
 
   // Writes the line of a verdict. `group` is empty if only one group has the id.

@@ -342,12 +342,13 @@ class PolicyCheck {
 
   // Says for each rule if it keeps the promise when it takes a packet.
   std::vector<bool> keepers(const Promise& promise) const {
-    std::map<std::uint32_t, bool> known;  // by treatments
+    enum : std::uint8_t { kUnseen, kBreaks, kKeeps };
+    std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // by treatments
     std::vector<bool> keepers;
     for (const Rule& rule : all_.of(0)) {
-      const auto [its, isNew] = known.emplace(rule.treatment, false);
-      if (isNew) its->second = isKeptBy(promise, entryOf(rule.id));
-      keepers.push_back(its->second);
+      std::uint8_t& its = known[rule.treatment];
+      if (its == kUnseen) its = isKeptBy(promise, entryOf(rule.id)) ? kKeeps : kBreaks;
+      keepers.push_back(its == kKeeps);
     }
     return keepers;
   }
