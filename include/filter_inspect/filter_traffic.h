@@ -105,9 +105,9 @@ struct EntryHits {
 
 struct Hits {
   std::uint64_t frames = 0;
-  FrameCount undecided;                                  // those that no entry surely takes or misses
-  std::vector<EntryHits> entries;                        // those that come first come first
-  HitCounts none;                                        // frames that no entry takes
+  FrameCount undecided;            // those that no entry surely takes or misses
+  std::vector<EntryHits> entries;  // those that come first come first
+  HitCounts none;                  // frames that no entry takes
   std::array<FrameCount, kAllFrameFaults.size()> faults;  // by FrameFault
 };
 

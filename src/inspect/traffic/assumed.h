@@ -11,8 +11,7 @@ namespace FiltersInspect {
 inline Packet withAssumed(const Packet& packet, const Packet& assumed) {
   Packet both = packet;
   for (const PacketFields::Field& field : PacketFields::of(assumed)) {
-    PacketFields::tell(&both, field.number,
-                       field.has ? std::optional(field.value) : std::nullopt);
+    PacketFields::tell(&both, field.number, field.has ? std::optional(field.value) : std::nullopt);
   }
   return both;
 }

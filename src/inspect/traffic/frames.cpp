@@ -77,9 +77,9 @@ enum Shown : std::uint8_t {
   kTtl,
 };
 constexpr std::string_view kNames[] = {
-    "external_vlan_id", "tpid",     "dst_mac",  "dst_l4_port",  "src_l4_port",
-    "src_mac",          "src_ipv4", "dst_ipv4", "pcp",          "src_ipv6",
-    "dst_ipv6",         "vlan_tagging", "ip_protocol", "tos",   "ttl"};
+    "external_vlan_id", "tpid",         "dst_mac",     "dst_l4_port", "src_l4_port",
+    "src_mac",          "src_ipv4",     "dst_ipv4",    "pcp",         "src_ipv6",
+    "dst_ipv6",         "vlan_tagging", "ip_protocol", "tos",         "ttl"};
 constexpr std::size_t kShown = std::size(kNames);
 
 using FieldNumbers = std::array<std::uint8_t, kShown>;

@@ -19,8 +19,7 @@ int main() {
     std::vector<char> frame(captured);  // of this size, so that a sanitizer sees reads behind it
     std::cin.read(frame.data(), static_cast<std::streamsize>(captured));
     FrameFault fault = FrameFault::kNone;
-    const Packet packet =
-        packetOf(frame.data(), captured, length, static_cast<Link>(link), &fault);
+    const Packet packet = packetOf(frame.data(), captured, length, static_cast<Link>(link), &fault);
     std::cout << nameOf(fault) << '\t' << packet.toText() << '\n';
   }
 }

@@ -278,7 +278,10 @@ with tempfile.TemporaryDirectory() as folder:
             else:
                 visible = {field for field, value in expected(its_link, told).items()
                            if value != "none" and right.get(field) == value}
-                isRight = values(packet).items() <= values(right).items() and visible - {"vlan_tagging"} <= packet.keys()
+                visible.discard("vlan_tagging")  # expected() takes each frame for a whole one
+                if any(told[field] for field in NEXT.values()):
+                    visible.discard("ip_protocol")  # the length of an extension header may lie behind the cut
+                isRight = values(packet).items() <= values(right).items() and visible <= packet.keys()
             if not isRight:
                 complain(f"link {its_link}, {captured} of {len(whole)} bytes, {fault}: {whole.hex()}",
                          f"here:   {sorted(values(packet).items() - values(right).items())}",
