@@ -92,6 +92,8 @@ struct FrameCount {
   std::int64_t first_time = 0;  // its time, as it was given
 };
 
+using FrameCounts = std::array<FrameCount, kAllFrameFaults.size()>;  // by FrameFault
+
 // Frames that are surely treated so, whatever is not told and under every reading, and frames that
 // may be.
 struct HitCounts {
@@ -105,10 +107,11 @@ struct EntryHits {
 
 struct Hits {
   std::uint64_t frames = 0;
-  FrameCount undecided;            // those that no entry surely takes or misses
+  // Frames of which it is known for sure which entry takes them, or that none does; and the others.
+  FrameCount decided, undecided;
   std::vector<EntryHits> entries;  // those that come first come first
   HitCounts none;                  // frames that no entry takes
-  std::array<FrameCount, kAllFrameFaults.size()> faults;  // by FrameFault
+  FrameCounts faults;
 };
 
 // Counts the packets that the entries of a group take. The object may outlive the group.

@@ -140,6 +140,12 @@ void declareSelection(CLI::App* command, Options* options, const std::string& ab
   declareIds(command, "--entry", &options->entries, aboutEntries);
 }
 
+void declareWidth(CLI::App* command, Options* options) {
+  declareNumber(command, "--width", &options->width,
+                "The letters in a line of the table, 0 for any number; without it, as wide as the "
+                "terminal");
+}
+
 // --- What each command takes ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
@@ -148,9 +154,7 @@ void declareShow(CLI::App* command, Options* options) {
                 "The form: a table by default, or JSON with --json; dump is the library's own "
                 "print");
   declareOrder(command, options, "The order of the table's rows; without it, by id");
-  declareNumber(command, "--width", &options->width,
-                "The letters in a line of the table, 0 for any number; without it, as wide as the "
-                "terminal");
+  declareWidth(command, options);
   declareSelection(command, options, "Only entries with this id; may be given several times");
 }
 
@@ -224,6 +228,32 @@ void declareTrace(CLI::App* command, Options* options) {
   command->footer(fields + '.');
 }
 
+void declareCapture(CLI::App* command, Options* options) {
+  command
+      ->add_option("--capture", options->capture,
+                   "Captured traffic as pcap or pcapng: a path, or - for standard input")
+      ->take_last()
+      ->option_text("FILE");
+  command
+      ->add_option("--assume", options->assumed,
+                   "What no frame shows of its packet: 'vrf_id=0 destination_cpu=true ...'")
+      ->take_last()
+      ->option_text("PACKET");
+}
+
+void declareHits(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareOrder(command, options)->required();
+  declareCapture(command, options);
+  command->get_option("--capture")->required();
+  declareSelection(command, options,
+                   "Only the rows of entries with this id; the others still take packets");
+  declareWidth(command, options);
+  command->add_option("--svg", options->picture, "Also draw the groups and their hits into a file")
+      ->take_last()
+      ->option_text("OUT");
+}
+
 void declareCapabilities(CLI::App* command, Options* options) {
   declareFiles(command, options, 0, 1);
   declareStageAndType(command, options);
@@ -264,6 +294,9 @@ constexpr Command kCommands[] = {
     {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace,
      "trace edge.txt --order=highest-priority --packet=ttl=1\n"
      "trace edge.txt --order=highest-priority --packets=packets.txt"},
+    {"hits", "Count the packets of captured traffic that each entry takes", declareHits, runHits,
+     "hits edge.txt --order=highest-priority --capture=traffic.pcap\n"
+     "hits edge.txt --order=highest-priority --capture=- --assume=destination_cpu=true"},
     {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
      declareCapabilities, runCapabilities, "capabilities --type=6\ncapabilities edge.txt"},
     {"names", "Print codes and their names", declareNames, runNames, "names matches\nnames fields"},

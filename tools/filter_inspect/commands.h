@@ -44,6 +44,8 @@ struct Options {
   std::optional<std::string> picture;
   std::optional<std::string> packet;
   std::optional<std::string> packets;
+  std::optional<std::string> capture;  // a file of captured traffic
+  std::string assumed;                 // fields of all of its packets
   std::uint64_t max_steps = 100000;
 };
 
@@ -72,6 +74,7 @@ Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
 Exit runAnalyse(const Options& options, Console* console);
 Exit runTrace(const Options& options, Console* console);
+Exit runHits(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);
 Exit runNames(const Options& options, Console* console);
 

@@ -58,9 +58,9 @@ void HitCounter::count(const Packet& packet, FrameFault fault, std::int64_t time
     }
   };
   add(&hits.faults[static_cast<std::size_t>(fault)]);
+  add(decision.outcome == Hit::kUndecided ? &hits.undecided : &hits.decided);
   if (decision.outcome == Hit::kHit) return add(&all.countsOf(*decision.entry).sure);
   if (decision.outcome == Hit::kMiss) return add(&hits.none.sure);
-  add(&hits.undecided);
   for (const filtersEntryId_t id : decision.candidates) add(&all.countsOf(id).possible);
   if (decision.may_be_none) add(&hits.none.possible);
 }
