@@ -1,6 +1,7 @@
 // Counts the decisions of Tracer::decide() in a second, for groups like real filters. Beside it
 // stands a plain loop over the rules, which compares each rule with the packet until one takes it.
-// The hits of a million frames are counted too. Fails if a figure misses its limit. `decisions FACTOR` divides the limits, for a slow machine.
+// The hits of a million frames are counted too. Fails if a figure misses its limit. `decisions
+// FACTOR` divides the limits, for a slow machine.
 
 #include <filter_inspect/filter_traffic.h>
 

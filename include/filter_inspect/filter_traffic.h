@@ -13,8 +13,8 @@
 // The library takes frames as bytes, and reads no files of captures. filter-inspect does.
 //
 // Frames may come from anywhere. Nothing beyond the captured bytes is read, and no frame takes more
-// steps than it has bytes. packetOf() and the two comparing functions may be called from any
-// thread. A counter may be used by one thread at a time. All functions throw std::bad_alloc.
+// steps than it has bytes. packetOf() may be called from any thread. A counter may be
+// used by one thread at a time. All functions throw std::bad_alloc.
 
 #include <array>
 #include <cstddef>
@@ -90,6 +90,12 @@ struct FrameCount {
   std::uint64_t frames = 0;
   std::uint64_t first = 0;      // its number, counted from 1; 0 if there is none
   std::int64_t first_time = 0;  // its time, as it was given
+
+  void add(std::uint64_t number, std::int64_t time) {
+    if (frames++ != 0) return;
+    first = number;
+    first_time = time;
+  }
 };
 
 using FrameCounts = std::array<FrameCount, kAllFrameFaults.size()>;  // by FrameFault
@@ -134,6 +140,43 @@ class FILTERS_API HitCounter {
  private:
   struct Counting;
   std::unique_ptr<Counting> counting_;
+};
+
+// Frames that entry `a` of one group and entry `b` of another one treat differently. An entry that
+// is not set says that no entry of the group takes the frames.
+struct TreatedDifferently {
+  std::optional<FiltersCommon::filtersEntryId_t> a, b;
+  std::string before, after;  // what they do with the frames; empty if no entry takes them
+  HitCounts hits;
+};
+
+struct TrafficDifferences {
+  std::uint64_t frames = 0;
+  HitCounts differing;                    // frames that are treated differently
+  std::vector<TreatedDifferently> pairs;  // in the order of their first frames
+  FrameCounts faults = {};
+};
+
+// Counts the packets that two groups treat differently. Treatment is that of compareTreatment().
+// Equal matches of the groups take the same packets, however the device reads them, and a field
+// that is not told has one value for both groups. So nothing is found in two equal groups, unless
+// entries tie.
+class FILTERS_API TrafficComparison {
+ public:
+  // Like the functions of HitCounter.
+  TrafficComparison(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b,
+                    Order order, Packet assumed = {});
+  TrafficComparison(TrafficComparison&&) noexcept;
+  TrafficComparison& operator=(TrafficComparison&&) noexcept;
+  ~TrafficComparison();
+
+  void count(const void* frame, std::size_t captured, std::size_t length, Link link,
+             std::int64_t time = 0);
+  void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
+  const TrafficDifferences& differences() const;
+ private:
+  struct Comparing;
+  std::unique_ptr<Comparing> comparing_;
 };
 
 }  // namespace FiltersInspect

@@ -170,16 +170,48 @@ SeenFrames seenOf(const FrameCount& count) {
   return {count.frames, count.first, count.frames == 0 ? "" : timeText(count.first_time)};
 }
 
-void addFaults(const FrameCounts& faults, Report* report) {
+const FrameCount& firstOf(const HitCounts& hits) {
+  const bool isSure =
+      hits.possible.first == 0 || (hits.sure.first != 0 && hits.sure.first < hits.possible.first);
+  return isSure ? hits.sure : hits.possible;
+}
+
+std::string placeText(const FrameCount& count) {
+  return "frame " + std::to_string(count.first) + ", " + timeText(count.first_time);
+}
+
+std::string countsText(const HitCounts& hits) {
+  const std::uint64_t sure = hits.sure.frames, possible = hits.possible.frames;
+  if (possible == 0) return counted(sure, "frame") + " surely";
+  if (sure == 0) return counted(possible, "frame") + " perhaps";
+  return counted(sure, "frame") + " surely and " + std::to_string(possible) + " perhaps";
+}
+
+std::string firstText(const HitCounts& hits) {
+  return "; the first is " + placeText(firstOf(hits));
+}
+
+Finding findingOf(Code code, std::string message, const HitCounts& hits) {
+  Finding finding = findingOf(code, std::move(message));
+  finding.sure = seenOf(hits.sure);
+  finding.possible = seenOf(hits.possible);
+  return finding;
+}
+
+ReportInput aboutCapture(const std::string& file, std::uint64_t frames, const FrameCounts& faults) {
+  Report report;
+  report.findings.push_back(findingOf(Code::kFramesCounted, counted(frames, "frame")));
+  report.findings.back().sure = {frames, 0, {}};
   for (const FrameFault fault : kAllFrameFaults) {
     const FrameCount& its = faults[static_cast<std::size_t>(fault)];
     if (fault == FrameFault::kNone || its.frames == 0) continue;
-    Finding& finding = report->findings.emplace_back(findingOf(
+    Finding& finding = report.findings.emplace_back(findingOf(
         Code::kFramesNotRead,
         counted(its.frames, "frame") + " not read to the end: " + std::string(describe(fault))));
     finding.value = nameOf(fault);
     finding.sure = seenOf(its);
   }
+  return {file, std::nullopt, std::move(report)};
 }
 
 }  // namespace FilterInspectTool

@@ -39,8 +39,18 @@ FiltersInspect::SeenFrames seenOf(const FiltersInspect::FrameCount& count);
 // "2026-11-22T09:30:00.123456Z", with nine digits behind the point where they are needed.
 std::string timeText(std::int64_t time);
 
-// Adds a finding about each reason why fields of frames are not told, with its frames.
-void addFaults(const FiltersInspect::FrameCounts& faults, Report* report);
+// "12 frames surely and 3 perhaps".
+std::string countsText(const FiltersInspect::HitCounts& hits);
+// "; the first is frame 7, 2026-11-22T09:30:00.123456Z"
+std::string firstText(const FiltersInspect::HitCounts& hits);
+const FiltersInspect::FrameCount& firstOf(const FiltersInspect::HitCounts& hits);
+std::string placeText(const FiltersInspect::FrameCount& count);
+Finding findingOf(Code code, std::string message, const FiltersInspect::HitCounts& hits);
+
+// What is said about the capture itself: how many frames it has, and for each reason why fields are
+// not told, how many frames lack some.
+ReportInput aboutCapture(const std::string& file, std::uint64_t frames,
+                         const FiltersInspect::FrameCounts& faults);
 
 // The release of libpcap, or empty if the program was built without it.
 std::string captureVersion();

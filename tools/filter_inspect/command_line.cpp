@@ -146,6 +146,19 @@ void declareWidth(CLI::App* command, Options* options) {
                 "terminal");
 }
 
+void declareCapture(CLI::App* command, Options* options) {
+  command
+      ->add_option("--capture", options->capture,
+                   "Captured traffic as pcap or pcapng: a path, or - for standard input")
+      ->take_last()
+      ->option_text("FILE");
+  command
+      ->add_option("--assume", options->assumed,
+                   "What no frame shows of its packet: 'vrf_id=0 destination_cpu=true ...'")
+      ->take_last()
+      ->option_text("PACKET");
+}
+
 // --- What each command takes ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
@@ -181,6 +194,7 @@ void declareDiff(CLI::App* command, Options* options) {
                    "and whether anything else changes; needs --order")
       ->take_last()
       ->option_text("SET");
+  declareCapture(command, options);
   declareSelection(command, options,
                    "Only what is said about entries with this id; the others still take packets");
 }
@@ -228,19 +242,6 @@ void declareTrace(CLI::App* command, Options* options) {
   command->footer(fields + '.');
 }
 
-void declareCapture(CLI::App* command, Options* options) {
-  command
-      ->add_option("--capture", options->capture,
-                   "Captured traffic as pcap or pcapng: a path, or - for standard input")
-      ->take_last()
-      ->option_text("FILE");
-  command
-      ->add_option("--assume", options->assumed,
-                   "What no frame shows of its packet: 'vrf_id=0 destination_cpu=true ...'")
-      ->take_last()
-      ->option_text("PACKET");
-}
-
 void declareHits(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, 1);
   declareOrder(command, options)->required();
@@ -284,7 +285,8 @@ constexpr Command kCommands[] = {
     {"diff", "Compare two files, entry by entry", declareDiff, runDiff,
      "diff edge.txt edge-candidate.txt\n"
      "diff --order=highest-priority edge.txt edge-candidate.txt\n"
-     "diff --order=highest-priority --packets=dst_l4_port=22 edge.txt edge-candidate.txt"},
+     "diff --order=highest-priority --packets=dst_l4_port=22 edge.txt edge-candidate.txt\n"
+     "diff --order=highest-priority edge.txt edge-candidate.txt --capture=traffic.pcap"},
     {"plan", "Print the steps that turn the groups of one file into those of another", declarePlan,
      runPlan, "plan edge.txt edge-candidate.txt\nplan --remove-first old.bin new.bin"},
     {"analyse", "Report entries that never take effect, are redundant, tie or overlap",

@@ -22,35 +22,6 @@ struct Counted {
 
 bool isHit(const HitCounts& hits) { return hits.sure.frames + hits.possible.frames != 0; }
 
-const FrameCount& firstOf(const HitCounts& hits) {
-  const bool isSure =
-      hits.possible.first == 0 || (hits.sure.first != 0 && hits.sure.first < hits.possible.first);
-  return isSure ? hits.sure : hits.possible;
-}
-
-// "frame 7, 2026-11-22T09:30:00.123456Z"
-std::string placeText(const FrameCount& count) {
-  return "frame " + std::to_string(count.first) + ", " + timeText(count.first_time);
-}
-
-// "12 frames surely and 3 perhaps, the first is frame 7, ..."
-std::string countsText(const HitCounts& hits) {
-  const std::uint64_t sure = hits.sure.frames, possible = hits.possible.frames;
-  std::string text = sure == 0 ? "" : counted(sure, "frame") + " surely";
-  if (possible != 0) {
-    text +=
-        (sure == 0 ? counted(possible, "frame") : " and " + std::to_string(possible)) + " perhaps";
-  }
-  return text + (sure + possible == 1 ? ", " : "; the first is ") + placeText(firstOf(hits));
-}
-
-Finding findingOf(Code code, std::string message, const HitCounts& hits) {
-  Finding finding = FilterInspectTool::findingOf(code, std::move(message));
-  finding.sure = seenOf(hits.sure);
-  finding.possible = seenOf(hits.possible);
-  return finding;
-}
-
 // What a group did with all frames: "1000 frames, 980 decided and 20 not".
 Finding wholeOf(const Hits& hits) {
   const std::uint64_t open = hits.undecided.frames;
@@ -63,7 +34,8 @@ Finding wholeOf(const Hits& hits) {
 
 std::optional<Finding> noneOf(const Hits& hits) {
   if (!isHit(hits.none)) return std::nullopt;
-  return findingOf(Code::kNoEntryHit, "no entry takes " + countsText(hits.none), hits.none);
+  return findingOf(Code::kNoEntryHit,
+                   "no entry takes " + countsText(hits.none) + firstText(hits.none), hits.none);
 }
 
 Report reportOf(const Hits& hits, const Selection& selection) {
@@ -74,7 +46,8 @@ Report reportOf(const Hits& hits, const Selection& selection) {
     const bool its = isHit(one.hits);
     Finding& finding = report.findings.emplace_back(
         findingOf(its ? Code::kEntryHit : Code::kEntryNotHit,
-                  its ? "takes " + countsText(one.hits) : "no frame hits it", one.hits));
+                  its ? "takes " + countsText(one.hits) + firstText(one.hits) : "no frame hits it",
+                  one.hits));
     finding.subject = Subject::kEntry;
     finding.entry = one.entry;
   }
@@ -162,10 +135,7 @@ Exit runHits(const Options& options, Console* console) {
   if (!frames) return kExitTrouble;
   if (!all.empty()) faults = all.front().counter.hits().faults;
 
-  Report whole;
-  whole.findings.push_back(findingOf(Code::kFramesCounted, counted(*frames, "frame")));
-  whole.findings.back().sure = {*frames, 0, {}};
-  addFaults(faults, &whole);
+  ReportInput whole = aboutCapture(*options.capture, *frames, faults);
   bool isDecided = true;
   Picture picture(orderOf(options));
   Report report;
@@ -179,12 +149,11 @@ Exit runHits(const Options& options, Console* console) {
     report.append(std::move(its));
   }
   if (options.json) {
-    console->write({{input.file, input.groups.size(), std::move(report)},
-                    {*options.capture, std::nullopt, std::move(whole)}},
+    console->write({{input.file, input.groups.size(), std::move(report)}, std::move(whole)},
                    orderOf(options));
   } else {
     show(input, all, selection, options, console);
-    console->write(*options.capture, whole);
+    console->write(whole.file, whole.report);
   }
   if (options.picture) writeTo(*options.picture, picture.take(), console);
   return isDecided ? kExitFine : kExitFound;

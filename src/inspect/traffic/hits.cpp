@@ -51,18 +51,15 @@ void HitCounter::count(const Packet& packet, FrameFault fault, std::int64_t time
   // Nothing can fail from here on.
   Hits& hits = all.hits;
   const std::uint64_t number = ++hits.frames;
-  const auto add = [number, time](FrameCount* count) {
-    if (count->frames++ == 0) {
-      count->first = number;
-      count->first_time = time;
-    }
-  };
-  add(&hits.faults[static_cast<std::size_t>(fault)]);
-  add(decision.outcome == Hit::kUndecided ? &hits.undecided : &hits.decided);
-  if (decision.outcome == Hit::kHit) return add(&all.countsOf(*decision.entry).sure);
-  if (decision.outcome == Hit::kMiss) return add(&hits.none.sure);
-  for (const filtersEntryId_t id : decision.candidates) add(&all.countsOf(id).possible);
-  if (decision.may_be_none) add(&hits.none.possible);
+  hits.faults[static_cast<std::size_t>(fault)].add(number, time);
+  const bool isDecided = decision.outcome != Hit::kUndecided;
+  (isDecided ? hits.decided : hits.undecided).add(number, time);
+  if (decision.outcome == Hit::kHit) all.countsOf(*decision.entry).sure.add(number, time);
+  if (decision.outcome == Hit::kMiss) hits.none.sure.add(number, time);
+  for (const filtersEntryId_t id : decision.candidates) {
+    all.countsOf(id).possible.add(number, time);
+  }
+  if (!isDecided && decision.may_be_none) hits.none.possible.add(number, time);
 }
 
 const Hits& HitCounter::hits() const { return counting_->hits; }
