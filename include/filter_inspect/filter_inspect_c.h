@@ -272,9 +272,9 @@ typedef enum filtersFrameFault_t {
 } filtersFrameFault_t;
 
 // What a frame tells of its packet, as text that filtersTrace() reads: packetOf(). The text may be
-// empty. *fault, which may be null, gets the reason why fields are not told. If the link is unknown,
-// `frame` is null although `captured` is not 0, or memory runs out, the text is empty and *fault
-// does not change.
+// empty. *fault, which may be null, gets the reason why fields are not told. If the link is
+// unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is empty and
+// *fault does not change.
 FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
                                    filtersFrameFault_t* fault, char* out, size_t size);
 

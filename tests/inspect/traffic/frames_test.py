@@ -232,12 +232,6 @@ def expected(link, told):
     return packet
 
 
-def values(packet):
-    """Addresses and numbers in one form, to compare them."""
-    names = {"tcp": 6, "udp": 17}
-    return {field: str(names.get(value, value)) for field, value in packet.items()}
-
-
 # --- The comparison --------------------------------------------------------------------------------
 
 frames = collections.defaultdict(list)
@@ -274,18 +268,18 @@ with tempfile.TemporaryDirectory() as folder:
             counted.update(packet.keys())
             right = expectations[whole]
             if captured == len(whole):
-                isRight = values(packet) == values(right)
+                isRight = packet == right
             else:
                 visible = {field for field, value in expected(its_link, told).items()
                            if value != "none" and right.get(field) == value}
                 visible.discard("vlan_tagging")  # expected() takes each frame for a whole one
                 if any(told[field] for field in NEXT.values()):
                     visible.discard("ip_protocol")  # the length of an extension header may lie behind the cut
-                isRight = values(packet).items() <= values(right).items() and visible <= packet.keys()
+                isRight = packet.items() <= right.items() and visible <= packet.keys()
             if not isRight:
                 complain(f"link {its_link}, {captured} of {len(whole)} bytes, {fault}: {whole.hex()}",
-                         f"here:   {sorted(values(packet).items() - values(right).items())}",
-                         f"tshark: {sorted(values(right).items() - values(packet).items())}")
+                         f"here:   {sorted(packet.items() - right.items())}",
+                         f"tshark: {sorted(right.items() - packet.items())}")
 
 for field in IP + L4 + TAG + ["dst_mac", "src_mac", "vlan_tagging", "none", "cut", "later-fragment"]:
     if counted[field] < 20:
