@@ -1,4 +1,4 @@
-// Writes the seeds of the text and JSON harnesses, in addition to those of make_seeds:
+// Writes the seeds of the harnesses of text, JSON and frames, in addition to those of make_seeds:
 //   make_form_seeds FOLDER
 // The seeds are the same on every machine.
 
@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "../tests/inspect/forms/form_samples.h"
+#include "../tests/inspect/traffic/frame_samples.h"
 
 int main(int, char** argv) {
   using namespace catalogue;
@@ -26,6 +27,15 @@ int main(int, char** argv) {
       text[random() % text.size()] = "0x9 =,:\"{[/-\n"[random() % 13];
       add(text);
     }
+  }
+  const std::filesystem::path path = std::filesystem::path(argv[1]) / "frames";
+  std::filesystem::create_directories(path);
+  int count = 0;
+  for (const frames::Sample& sample : frames::samples()) {
+    const char head[] = {static_cast<char>(sample.link), static_cast<char>(sample.beyond >> 8),
+                         static_cast<char>(sample.beyond)};
+    std::ofstream(path / std::to_string(count++), std::ios::binary)
+        << std::string(head, sizeof head) << frames::bytesOf(sample.frame);
   }
   return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
 }
