@@ -70,6 +70,7 @@ std::optional<std::uint64_t> readCapture(const Options& options, Console* consol
   constexpr std::uint64_t kFramesBetween = 1024;  // two looks at how much is done
   const std::string& file = *options.capture;
   char why[PCAP_ERRBUF_SIZE] = "";
+  console->showProgress(file);  // libpcap waits for the first bytes
   const std::unique_ptr<pcap_t, Closed> capture(
       pcap_open_offline_with_tstamp_precision(file.c_str(), PCAP_TSTAMP_PRECISION_NANO, why));
   if (!capture) {
@@ -89,9 +90,11 @@ std::optional<std::uint64_t> readCapture(const Options& options, Console* consol
   }
   std::FILE* const its = pcap_file(capture.get());
   const std::size_t size = sizeOf(its);
-  const auto progress = size != 0 ? console->progressOf("counting", file)
-                                  : std::function<void(std::size_t, std::size_t)>();
-  if (size == 0) console->showProgress(file);
+  std::function<void(std::size_t, std::size_t)> progress;
+  if (size != 0) {
+    console->hideProgress();
+    progress = console->progressOf("counting", file);
+  }
   pcap_pkthdr* head = nullptr;
   const unsigned char* bytes = nullptr;
   std::uint64_t frames = 0;
