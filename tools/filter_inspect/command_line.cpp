@@ -298,7 +298,7 @@ constexpr Command kCommands[] = {
      "trace edge.txt --order=highest-priority --packets=packets.txt"},
     {"hits", "Count the packets of captured traffic that each entry takes", declareHits, runHits,
      "hits edge.txt --order=highest-priority --capture=traffic.pcap\n"
-     "hits edge.txt --order=highest-priority --capture=- --assume=destination_cpu=true"},
+     "hits edge.txt --order=highest-priority --capture=traffic.pcap --svg=hits.svg"},
     {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
      declareCapabilities, runCapabilities, "capabilities --type=6\ncapabilities edge.txt"},
     {"names", "Print codes and their names", declareNames, runNames, "names matches\nnames fields"},

@@ -5,17 +5,18 @@ _filter_inspect() {
   _init_completion -s || return
 
   # begin generated
-  local commands="show check convert diff plan analyse trace capabilities names"
+  local commands="show check convert diff plan analyse trace hits capabilities names"
   local fields="ingress_port ingress_port_type external_vlan_id tpid dst_mac dst_l4_port src_l4_port src_mac l2_src_entry_type src_ipv4 dst_ipv4 internal_vlan_id pcp internal_pcp src_ipv6 dst_ipv6 vlan_tagging ip_protocol packet_res mpls_term tos virtual_port egress_ports ingress_stp_state svc_vlan_type proto_cpu_vlan_type src_port ttl vrf_id drop my_station_hit cpu_port forwarding_type destination_cpu cpu_injected_packets dscp"
   local -A options=(
     [any]="--help --version --json --quiet --verbose --color= --framing= --from= --max-bytes= --max-findings= --max-groups="
     [show]="--as= --order= --width= --group= --entry="
     [check]="--stage= --type="
     [convert]="--to= --output="
-    [diff]="--order= --packets= --group= --entry="
+    [diff]="--order= --packets= --capture= --assume= --group= --entry="
     [plan]="--remove-first"
     [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg="
     [trace]="--order= --group= --entry= --packet= --packets="
+    [hits]="--order= --capture= --assume= --group= --entry= --width= --svg="
     [capabilities]="--stage= --type="
   )
   local -A values=(
@@ -36,6 +37,8 @@ _filter_inspect() {
     [-o]="OUT"
     [--output]="OUT"
     [--packets]="FILE"
+    [--capture]="FILE"
+    [--assume]="PACKET"
     [--max-steps]="N"
     [--svg]="OUT"
     [--packet]="PACKET"
