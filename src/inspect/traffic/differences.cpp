@@ -17,7 +17,7 @@ using namespace FiltersCommon;
 
 // The number of steps that one frame may take, and the number of pairs that are looked at. With
 // more of either, pairs that are impossible may be counted as possible.
-constexpr std::uint64_t kSteps = 20000;
+constexpr std::uint64_t kStepsOfFrame = 20000;
 constexpr std::size_t kMostPairs = 1024;
 constexpr std::size_t kMostRemembered = 16384;
 
@@ -80,7 +80,7 @@ class Together {
 
   const std::vector<const PreparedEntry*>* groups_[2];
   RuleSpace space_;
-  std::uint64_t steps_left_ = kSteps;
+  std::uint64_t steps_left_ = kStepsOfFrame;
 };
 
 struct Group {
