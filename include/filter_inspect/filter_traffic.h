@@ -73,8 +73,8 @@ FILTERS_API std::string_view describe(FrameFault);
 // - src_ipv4, dst_ipv4, src_ipv6, dst_ipv6, ip_protocol, tos and ttl: from the outermost IP header,
 //   behind all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
 //   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the one behind
-//   the extension headers. IP behind MPLS, PPPoE or a security tag is not looked for, and then
-//   nothing of this is told. IP behind LLC and SNAP (RFC 1042) is.
+//   the extension headers. IP behind MPLS, PPPoE and other headers of this kind is not
+//   looked for, and then nothing of this is told. IP behind LLC and SNAP (RFC 1042) is.
 // - src_l4_port and dst_l4_port: from TCP, UDP, DCCP, SCTP and UDP-Lite. They are absent in other
 //   protocols, in all fragments but the first, and without IP.
 //

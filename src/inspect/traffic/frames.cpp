@@ -17,8 +17,9 @@ constexpr std::uint32_t kMostLength = 1500, kLeastType = 0x600;
 constexpr std::uint32_t kIPv4Type = 0x0800, kIPv6Type = 0x86dd;
 constexpr std::uint32_t kTags[] = {0x8100, 0x88a8, 0x9100};
 constexpr std::size_t kTagSize = 4;
-// MPLS, PPPoE, IEEE 802.1AE and IEEE 802.1ah.
-constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88e7};
+// MPLS, PPPoE, IEEE 802.1AE, 802.1ah, 802.1BR and 802.1CB, TRILL, and the network service header.
+constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88e7,
+                                            0x893f, 0xf1c1, 0x22f3, 0x894f};
 // LLC with SNAP, and the prefixes behind which an ether type stands (RFC 1042, IEEE 802.1H).
 constexpr std::uint32_t kSnap = 0xaaaa03, kSnapPrefixes[] = {0x000000, 0x0000f8};
 constexpr std::size_t kLlcSize = 3, kSnapSize = 8;

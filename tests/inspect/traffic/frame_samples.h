@@ -145,6 +145,8 @@ inline std::vector<Sample> samples() {
       {"a length beyond the frame", ethernet, kMacs + "0004 424203", kUntagged, length},
       {"neither length nor type", ethernet, kMacs + "05dd 424203", kUntagged, length},
       {"MPLS", ethernet, kMacs + "8847 00001140" + tcp4, kUntagged, within},
+      {"a network service header", ethernet, kMacs + "894f 0fc60101 00000b0a" + tcp4, kUntagged,
+       within},
       {"PPPoE", ethernet, kMacs + "8864 11000001002a0021" + tcp4, kUntagged, within},
 
       // IPv4

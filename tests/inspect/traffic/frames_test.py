@@ -202,7 +202,7 @@ def expected(link, told):
     protocols = first("frame.protocols").split(":")
     outermost = next((name for name in protocols if name in ("ip", "ipv6")), None)
     packet.update({field: "none" for field in IP + L4})
-    if outermost is None or "arp" in protocols:
+    if outermost is None:
         return packet
     is_later = False
     if outermost == "ip" and told["ip.proto"]:
