@@ -1,6 +1,9 @@
-// Writes the seeds of the harnesses of text, JSON and frames, in addition to those of make_seeds:
+// Writes the seeds of the harnesses of text, JSON, packet sets and frames, in addition to those of
+// make_seeds:
 //   make_form_seeds FOLDER
 // The seeds are the same on every machine.
+
+#include <filter_inspect/filter_analysis.h>
 
 #include <filesystem>
 #include <fstream>
@@ -28,13 +31,37 @@ int main(int, char** argv) {
       add(text);
     }
   }
-  const std::filesystem::path path = std::filesystem::path(argv[1]) / "frames";
+  const std::filesystem::path path = std::filesystem::path(argv[1]) / "packet_sets";
   std::filesystem::create_directories(path);
   int count = 0;
+  const char* const values[] = {"1",
+                                "1-3",
+                                "{1,3-5}",
+                                "1/0x1",
+                                "none",
+                                "true",
+                                "tcp",
+                                "0x01000003",
+                                "::1/64",
+                                "::5-::1:0:0:0:3",
+                                "tagged",
+                                "ef-cs7",
+                                "10.0.0.0/8",
+                                "10.0.0.1/255.0.0.255",
+                                "10.0.0.1-10.0.1.2",
+                                "01:00:00:00:00:00/01:00:00:00:00:00"};
+  for (const std::string_view name : FiltersInspect::packetFieldNames()) {
+    for (const char* value : values) {
+      std::ofstream(path / std::to_string(count++)) << name << '=' << value << " ttl=1-9 dscp=46";
+    }
+  }
+  std::ofstream(path / std::to_string(count++)) << "permit set_pcp=5 set_dscp=ef";
+  const std::filesystem::path folder = std::filesystem::path(argv[1]) / "frames";
+  std::filesystem::create_directories(folder);
   for (const frames::Sample& sample : frames::samples()) {
     const char head[] = {static_cast<char>(sample.link), static_cast<char>(sample.beyond >> 8),
                          static_cast<char>(sample.beyond)};
-    std::ofstream(path / std::to_string(count++), std::ios::binary)
+    std::ofstream(folder / std::to_string(count++), std::ios::binary)
         << std::string(head, sizeof head) << frames::bytesOf(sample.frame);
   }
   return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;

@@ -248,6 +248,21 @@ FILTERS_API size_t filtersTrace(const FiltersGroup* g, const char* packet, int32
                                 filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
                                 size_t size);
 
+// search(), touching() and remains() of filter_questions.h with their default options, as findings:
+// searchReport(), touchingReport() and remainsReport() describe them. `packets` is a packet set as
+// text, "src_ipv4=10.0.0.0/8 dst_l4_port=1024-65535", and "" is every packet. `then` may be null;
+// otherwise only entries with all of these actions are reported, "permit set_pcp=5". If a text
+// cannot be read, the report has its faults alone, which are errors. A group without the entry
+// gives a null report.
+FILTERS_API FiltersReport* filtersSearch(const FiltersGroup* g, const char* packets, int32_t order,
+                                         const char* then);
+FILTERS_API FiltersReport* filtersTouching(const FiltersGroup* g, const char* packets,
+                                           int32_t order, const char* then);
+FILTERS_API FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_t entry,
+                                          const char* packets, int32_t order);
+// The text of PacketSet::toText() for a packet set as text. If that cannot be read, the text says
+// why and `valid`, which may be null, gets false.
+FILTERS_API size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, size_t size);
 // --- Traffic -------------------------------------------------------------------------------------
 
 // Like Link of filter_traffic.h. Any other number is refused.

@@ -110,6 +110,41 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
+// What is left of an entry behind the entries before it.
+struct Remains {
+  // As in Destination; kMiss: no packet is left.
+  Hit hit = Hit::kMiss;
+  std::string reason;
+  Packet witness;
+  // All packets that the entry surely takes, and all that it takes under some reading or if a tie
+  // is decided so: every such packet is in one of the sets. `hit` says whether there are such
+  // packets; if there are, an empty list means that it would be too long.
+  std::vector<PacketSet> surely, possibly;
+  bool complete = true;  // false if the steps did not suffice
+};
+
+// Looks at the packets of the set alone. Returns nothing if the group has no such entry.
+FILTERS_API std::optional<Remains> remains(const FiltersCommon::FiltersGroup& group,
+                                           FiltersCommon::filtersEntryId_t entry,
+                                           const PacketSet& packets, Order order,
+                                           const AnalysisOptions& options = {});
+
+// The answers as findings. `entry` is the entry, `treatment` what it does, and `after` the name of
+// the Hit.
+// - kPacketsGo, kPacketsMayGo: a destination that search() found, in its order. Without an `entry`,
+//   no entry takes `witness`.
+// - kPacketsMatch: an entry that touching() found.
+// - kPacketsLeft: what is left of an entry. With a `value` it is one of the sets: `after` is "hit"
+//   for what surely reaches the entry, and "undecided" for all that may reach it. A set that is in
+//   both lists is there once. The first finding has the witness and no `value`.
+// - kNotDecided: the steps did not suffice.
+FILTERS_API Report searchReport(const FiltersCommon::FiltersGroup& group,
+                                const Destinations& found);
+FILTERS_API Report touchingReport(const FiltersCommon::FiltersGroup& group,
+                                  const Destinations& found);
+FILTERS_API Report remainsReport(const FiltersCommon::FiltersGroup& group,
+                                 FiltersCommon::filtersEntryId_t entry, const Remains& left);
+
 // --- What a change does to packets ---------------------------------------------------------------
 
 // Says for each rule that the groups do not share what its change does. compareTreatment() has a

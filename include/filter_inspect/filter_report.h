@@ -155,9 +155,9 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 
 // Writes JSON that follows docs/schema/filter-report-1.schema.json, with a newline at the end. The
 // bytes are the same on every machine. `command` is the question that the report answers; the
-// schema accepts "check", "diff", "plan", "analyse", "trace", "hits", "capabilities", "show",
-// "convert", "names" and "usage", and refuses a document with any other. `file` is the name of the
-// input.
+// schema accepts "check", "diff", "plan", "analyse", "trace", "search", "hits", "capabilities",
+// "show", "convert", "names" and "usage", and refuses a document with any other. `file` is the name
+// of the input.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 

@@ -81,6 +81,8 @@ print_words("Matches", [of("Types", row) for row in known[0]])
 print_words("Actions", [of("Stages", row) for row in known[1]])
 print_words("Packet fields", [[name, f"Tested by {matches}. Packets that have it: {packets}."]
                               for name, matches, packets in rows_of(tables[2])])
+print(".SH PACKETS AND SETS OF PACKETS")
+print_text(section(form, "Packets and sets of packets"))
 print_words("Stages", [[name, meaning, f"Types: {types}."] for name, meaning, types in known[2]])
 print_words("Types", [[name, f"Its rules may test {tests}."] for name, tests in known[3]])
 print(".SH OTHER WORDS")

@@ -69,11 +69,10 @@ def print_bash():
         if words:
             print(f"    [{command or 'any'}]=\"{' '.join(words)}\"")
         for names, value, _ in declared:
+            value = "PACKET" if value == "SET" else value
             for name in names.split(",") if value else []:
-                # The completion does not know the command, so it offers files if some command does.
-                both = {values.get(name, value), value} - {"SET"} or {"SET"}
-                assert len(both) == 1, f"{name} has two meanings"
-                values[name] = both.pop()
+                if values.setdefault(name, value) != value:
+                    values[command + name] = value  # it has another meaning there
     print("  )\n  local -A values=(")
     for name, value in values.items():
         print(f"    [{name}]=\"{value.replace('|', ' ')}\"")
@@ -88,7 +87,7 @@ def print_zsh():
     def values(value):
         if value in ("FILE", "OUT"):
             return "file:_files"
-        if value == "PACKET":
+        if value in ("PACKET", "SET"):
             return "packet:_filter_inspect_packet"
         return f"value:({value.replace('|', ' ')})" if "|" in value else f"{value}:"
 
@@ -121,7 +120,7 @@ def print_fish():
             takes = ""
             if value in ("FILE", "OUT"):
                 takes = " -r -F"
-            elif value == "PACKET":
+            elif value in ("PACKET", "SET"):
                 takes = f" -x -a '{' '.join(field + '=' for field in fields)}'"
             elif value:
                 takes = " -x" + (f" -a '{value.replace('|', ' ')}'" if "|" in value else "")

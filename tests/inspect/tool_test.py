@@ -14,6 +14,7 @@ import random
 import re
 import resource
 import select
+import shlex
 import signal
 import struct
 import subprocess
@@ -508,6 +509,40 @@ TABLE = [
     ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: give either --packet or .*"),
     ("trace rules.txt --order=ascending-id --packet=ttl=1 --packets=packets.txt", 2, NONE,
      "filter-inspect: give either --packet or .*"),
+    ("search rules.txt --order=highest-priority --packets=src_ipv4=192.0.2.0/24 --then=permit", 1,
+     "rules.txt:2:1: 1 entry with permit takes all of these packets\n"
+     "  entry 10: permit  [^\n]*src_ipv4=192.0.2.1 [^\n]*\n", NONE),
+    ("search rules.txt --order=highest-priority --packets=src_ipv4=192.0.2.0/25", 1,
+     "rules.txt:2:1: 1 entry takes all of these packets\n  entry 10: permit  [^\n]*\n", NONE),
+    ("search rules.txt --order=highest-priority --packets=src_ipv4=192.0.2.0/24 --then=deny", 0,
+     "rules.txt:2:1: no entry with deny takes any of these packets\n", NONE),
+    ("search rules.txt --order=highest-priority --packets='src_ipv4=10.0.0.0/8 dst_l4_port=80-90'", 2,
+     "rules.txt:2:1: 2 entries may take some of these packets\n"
+     "  entry 30: permit, perhaps  dst_l4_port=8[^\n]*\n"
+     "    dst_l4_port: its mask of 0 may mean that value alone\n"
+     "  entry 40: deny, perhaps +[^\n]*ttl=1\n"
+     "    entry 30: dst_l4_port: [^\n]*\n"
+     "  no entry, perhaps +[^\n]*\n    entry 30: [^\n]*\n", NONE),
+    ("search rules.txt --order=highest-priority --packets='dst_l4_port=80 ttl=1' --then=permit", 1,
+     ".*", NONE),
+    ("search rules.txt --order=highest-priority --packets='dst_l4_port=80 src_ipv4=none' --then=permit",
+     2, "rules.txt:2:1: 1 entry with permit may take some of these packets\n.*", NONE),
+    ("search twice.txt --order=highest-priority --touching --group=8 --packets=src_ipv4=192.0.2.128/25", 1,
+     "twice.txt:7:1: 4 entries match some of these packets\n(  entry [^\n]*\n)*", NONE),
+    ("search rules.txt --order=highest-priority --entry=20 --entry=10 --packets=ttl=1", 1,
+     "rules.txt:4:1: entry 20 \\(deny\\): nothing is left of it\n"
+     "rules.txt:3:1: entry 10 \\(permit\\): packets are left for it\n"
+     "  src_ipv4=192.0.2.0/24 ttl=1\n", NONE),
+    ("search g.bin --order=ascending-id --max-steps=0", 2,
+     "(g.bin: group [^\n]*; what else there is takes too many steps to say\n)+", NONE),
+    ("search - --order=ascending-id --packets=ttl=1 -q <rules.txt", 1, NONE, NONE),
+    ("search rules.txt --order=ascending-id --packets=ttl={1,300}", 2, NONE,
+     r"--packets:1:8: error: '300': ttl is a number from 0 to 255 .*"),
+    ("search rules.txt --order=ascending-id --then=premit", 2, NONE,
+     r"--then:1:1: error: there is no action 'premit'; did you mean permit\? .*"),
+    ("search rules.txt --order=ascending-id --entry=10 --touching", 2, NONE,
+     "filter-inspect: --entry stands without .*"),
+    ("search rules.txt --order=ascending-id --entry=11", 2, NONE, ".*there is no entry 11; .*"),
     ("diff rules.txt turned.txt --order=highest-priority", 1,
      "---.*~entry 20 [^\n]*\nrules.txt:4:1: warning: entry 20: priority=90 became priority=110: [^\n]*"
      "\\[treatment-differs\\]\n  packet: [^\n]*src_ipv4=192.0.2.129[^\n]*\n  permit becomes deny\n"
@@ -726,6 +761,11 @@ DOCUMENTS = [
      False, {'"lacking": [\n            "ip_protocol"\n'}),
     ("trace rules.txt --order=highest-priority --packets=packets.txt --max-findings=1 --entry=20", 1,
      True, False, {'"path": "packets.txt:5"', "traced-entry"}),
+    ("search rules.txt --order=highest-priority --packets=dst_l4_port=80-90", 1, True, False,
+     {"packets-go", "packets-may-go", '"after": "undecided"', '"treatment": "deny"'}),
+    ("search rules.txt --order=highest-priority --touching", 1, True, False, {"packets-match"}),
+    ("search rules.txt --order=highest-priority --entry=40 --packets=src_ipv4=none", 1, True, False,
+     {"packets-left", '"value": "dst_l4_port=none '}),
     ("trace rules.txt --order=highest-priority --packets=wrong.txt", 2, True, True,
      {"text-value"}),
     ("diff rules.txt turned.txt --order=highest-priority", 1, True, False,
@@ -765,7 +805,7 @@ def split(line):
     if source:
         with open(source, "rb") as file:
             stdin = file.read()
-    return ["" if word == "''" else word for word in line.split()], stdin
+    return shlex.split(line), stdin
 
 
 def try_table():
@@ -796,7 +836,7 @@ def try_documents():
             expect(line, bool(text) == is_there, text[:1000])
             if not text:
                 continue
-            is_lines = text is done.stdout and "--packets" in line
+            is_lines = text is done.stdout and line.startswith("trace") and "--packets" in line
             for document in map(json.loads, text.splitlines() if is_lines else [text]):
                 faults = list(validators[document["format"]].iter_errors(document))
                 expect(line, not faults, *faults)

@@ -224,6 +224,14 @@ void declareAnalyse(CLI::App* command, Options* options) {
       ->option_text("OUT");
 }
 
+std::string fieldsOfPackets() {
+  std::string fields;
+  for (const std::string_view field : fieldNames()) {
+    fields.append(fields.empty() ? "Fields of a packet: " : ", ").append(field);
+  }
+  return fields + '.';
+}
+
 void declareTrace(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, 1);
   declareOrder(command, options)->required();
@@ -235,11 +243,30 @@ void declareTrace(CLI::App* command, Options* options) {
   command->add_option("--packets", options->packets, "A file with a packet on each line, or -")
       ->take_last()
       ->option_text("FILE");
-  std::string fields;
-  for (const std::string_view field : fieldNames()) {
-    fields.append(fields.empty() ? "Fields of a packet: " : ", ").append(field);
-  }
-  command->footer(fields + '.');
+  command->footer(fieldsOfPackets());
+}
+
+void declareSearch(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareOrder(command, options)->required();
+  command
+      ->add_option("--packets", options->packets,
+                   "The packets: 'src_ipv4=10.0.0.0/8 ttl=1-9 pcp={1,3} ...'; without it, all")
+      ->take_last()
+      ->option_text("SET");
+  command
+      ->add_option("--then", options->then,
+                   "Only entries with these actions: permit, or 'permit set_pcp=5'")
+      ->take_last()
+      ->option_text("ACTIONS");
+  command->add_flag("--touching", options->touching,
+                    "The entries that match one of the packets, whatever comes before them");
+  declareSelection(command, options,
+                   "What is left of the entry with this id behind those before it; may be given "
+                   "several times");
+  declareLimit(command, "--max-steps", &options->max_steps,
+               "Leave an entry undecided after N steps");
+  command->footer(fieldsOfPackets());
 }
 
 void declareHits(CLI::App* command, Options* options) {
@@ -296,6 +323,11 @@ constexpr Command kCommands[] = {
     {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace,
      "trace edge.txt --order=highest-priority --packet=ttl=1\n"
      "trace edge.txt --order=highest-priority --packets=packets.txt"},
+    {"search", "Print which entries take the packets of a set, with an example of each",
+     declareSearch, runSearch,
+     "search edge.txt --order=highest-priority --packets='ip_protocol=tcp dst_l4_port=22'\n"
+     "search edge.txt --order=highest-priority --packets=src_ipv4=10.0.0.0/8 --then=permit\n"
+     "search edge.txt --order=highest-priority --entry=20"},
     {"hits", "Count the packets of captured traffic that each entry takes", declareHits, runHits,
      "hits edge.txt --order=highest-priority --capture=traffic.pcap\n"
      "hits edge.txt --order=highest-priority --capture=traffic.pcap --svg=hits.svg"},

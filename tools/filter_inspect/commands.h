@@ -43,7 +43,9 @@ struct Options {
   bool redundant = true;
   std::optional<std::string> picture;
   std::optional<std::string> packet;
-  std::optional<std::string> packets;
+  std::optional<std::string> packets;  // a file, or a packet set
+  std::optional<std::string> then;
+  bool touching = false;
   std::optional<std::string> capture;  // a file of captured traffic
   std::string assumed;                 // fields of all of its packets
   std::uint64_t max_steps = 100000;
@@ -74,6 +76,7 @@ Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
 Exit runAnalyse(const Options& options, Console* console);
 Exit runTrace(const Options& options, Console* console);
+Exit runSearch(const Options& options, Console* console);
 Exit runHits(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);
 Exit runNames(const Options& options, Console* console);

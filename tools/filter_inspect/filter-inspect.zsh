@@ -18,6 +18,7 @@ _filter_inspect() {
     'plan:Print the steps that turn the groups of one file into those of another'
     'analyse:Report entries that never take effect, are redundant, tie or overlap'
     'trace:Print which entry takes a packet, or each packet of a file'
+    'search:Print which entries take the packets of a set, with an example of each'
     'hits:Count the packets of captured traffic that each entry takes'
     'capabilities:Print what stages and types admit, or where the entries of a file fit'
     'names:Print codes and their names'
@@ -56,7 +57,7 @@ _filter_inspect() {
   )
   local -a of_diff=(
     '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
-    '--packets=[Only what changes for these packets, as in '\''ip_protocol=tcp dst_l4_port=22'\'', and whether anything else changes; needs --order]:SET:'
+    '--packets=[Only what changes for these packets, as in '\''ip_protocol=tcp dst_l4_port=22'\'', and whether anything else changes; needs --order]:packet:_filter_inspect_packet'
     '--capture=[Captured traffic as pcap or pcapng\: a path, or - for standard input]:file:_files'
     '--assume=[What no frame shows of its packet\: '\''vrf_id=0 destination_cpu=true ...'\'']:packet:_filter_inspect_packet'
     '*--group=[Only groups with this id; may be given several times]:ID:'
@@ -80,6 +81,15 @@ _filter_inspect() {
     '*--entry=[Only the lines of entries with this id; the others still take packets]:ID:'
     '--packet=[One packet\: '\''src_ipv4=192.0.2.7 ttl=none ...'\'']:packet:_filter_inspect_packet'
     '--packets=[A file with a packet on each line, or -]:file:_files'
+  )
+  local -a of_search=(
+    '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
+    '--packets=[The packets\: '\''src_ipv4=10.0.0.0/8 ttl=1-9 pcp={1,3} ...'\''; without it, all]:packet:_filter_inspect_packet'
+    '--then=[Only entries with these actions\: permit, or '\''permit set_pcp=5'\'']:ACTIONS:'
+    '--touching[The entries that match one of the packets, whatever comes before them]'
+    '*--group=[Only groups with this id; may be given several times]:ID:'
+    '*--entry=[What is left of the entry with this id behind those before it; may be given several times]:ID:'
+    '--max-steps=[Leave an entry undecided after N steps (default 100000)]:N:'
   )
   local -a of_hits=(
     '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'

@@ -15,8 +15,12 @@ constexpr unsigned kMostJumpBits = 16;
 // Starts to load some cache lines, which will be read soon. In a large group this halves the time
 // of a decision, since all rows of a packet are loaded at once.
 void fetch(const std::uint64_t* words) {
-  constexpr std::size_t kLines = 4, kWordsInLine = 8;
-  for (std::size_t i = 0; i < kLines; ++i) __builtin_prefetch(words + i * kWordsInLine);
+  constexpr std::uintptr_t kLines = 4, kLineSize = 64;
+  const auto first = reinterpret_cast<std::uintptr_t>(words);
+  for (std::uintptr_t i = 0; i < kLines; ++i) {
+    // The address may be behind the end of the memory; it is not read.
+    __builtin_prefetch(reinterpret_cast<const void*>(first + i * kLineSize));
+  }
 }
 
 unsigned widthOf(std::uint64_t number) {

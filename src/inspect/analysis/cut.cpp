@@ -218,7 +218,6 @@ Cut::Outcome Cut::run(const std::vector<SetId>& sets, std::vector<Candidate>* ca
   return Outcome::kNothingLeft;
 }
 
-// The ranks of one dimension that another set shares with what remains.
 void Cut::setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const {
   const Span& span = spans()[dimension];
   out->assign(ranges_.begin() + span.begin, ranges_.begin() + span.begin + span.count);

@@ -55,6 +55,8 @@ class Cut {
   // ended the cut.
   bool meets(SetId set) const;
   Point point(SetId within = kEverything) const;  // a packet in the part and in `within`
+  // The ranks of the part in a dimension that are also in `within`.
+  void setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const;
  private:
   struct Span {
     std::uint32_t begin, count;  // in ranges_
@@ -74,7 +76,6 @@ class Cut {
     double shares = 0;   // the sum for all candidates without `stops`
   };
   bool begin(const std::vector<SetId>& sets, std::size_t candidates);
-  void setShare(std::uint32_t dimension, SetId within, std::vector<Space::Range>* out) const;
   Span* spans() { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
   const Span* spans() const { return spans_.data() + (frames_.size() - 1) * space_.dimensions(); }
   Chosen choose(std::vector<Candidate>* candidates);

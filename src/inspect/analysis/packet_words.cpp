@@ -46,27 +46,6 @@ std::vector<unsigned> bitsOf(const FieldValue& value, unsigned width) {
   return bits;
 }
 
-// --- One form for each set of values -------------------------------------------------------------
-
-// Turns a value under a mask into ranges, or leaves it if these are too many.
-FieldSet fieldUnder(std::uint8_t number, FieldValue value, const FieldValue& mask, unsigned width) {
-  value = both(value, mask);
-  const FieldValue block = lowBits(zerosAtEnd(mask, width), width);
-  const FieldValue holes = without(lowBits(width, width), either(mask, block));
-  const std::vector<unsigned> free = bitsOf(holes, width);
-  FieldSet field = {number, FieldSet::Form::kMasked, {{value, mask}}};
-  if (free.size() >= 32 || std::size_t{1} << free.size() > FieldSet::kMostRanges) return field;
-  field = {number, FieldSet::Form::kRanges, {}};
-  for (std::size_t choice = 0; choice >> free.size() == 0; ++choice) {
-    FieldValue first = value;
-    for (std::size_t i = 0; i < free.size(); ++i) {
-      if ((choice >> i & 1) != 0) first = either(first, bitAt(free[i], width));
-    }
-    field.values.push_back({first, either(first, block)});
-  }
-  return field;
-}
-
 // If there are many ranges, and they are the values under one mask, the mask takes their place.
 void shorten(FieldSet* field, unsigned width) {
   auto& ranges = field->values;
@@ -85,24 +64,6 @@ void shorten(FieldSet* field, unsigned width) {
   if (!isMask || holes >= 32 || ranges.size() != std::size_t{1} << holes) return;
   const FieldValue mask = without(lowBits(width, width), either(size, without(any, all)));
   *field = {field->number, FieldSet::Form::kMasked, {{all, mask}}};
-}
-
-void join(FieldSet* field, unsigned width) {
-  auto& ranges = field->values;
-  std::sort(ranges.begin(), ranges.end(),
-            [](const ValuePair& a, const ValuePair& b) { return a.first < b.first; });
-  std::size_t end = 0;
-  const FieldValue most = lowBits(width, width);
-  for (const ValuePair& range : ranges) {
-    ValuePair* last = end > 0 ? &ranges[end - 1] : nullptr;
-    if (last != nullptr && (last->last == most || range.first <= nextOf(last->last, width))) {
-      last->last = std::max(last->last, range.last);
-    } else {
-      ranges[end++] = range;
-    }
-  }
-  ranges.resize(end);
-  shorten(field, width);
 }
 
 // --- Reading -------------------------------------------------------------------------------------
@@ -193,7 +154,7 @@ class RoomReader {
     if (fault_) return std::nullopt;
     const unsigned width = row_.bits;
     if (written_.is_dscp) field_ = asTos(field_);
-    if (field_.form == FieldSet::Form::kRanges) join(&field_, written_.is_dscp ? 8 : width);
+    if (field_.form == FieldSet::Form::kRanges) joinRanges(&field_, written_.is_dscp ? 8 : width);
     return std::move(field_);
   }
   const Fault& fault() const { return *fault_; }
@@ -395,6 +356,42 @@ void appendWord(const FieldSet& field, std::string* out) {
     }
     if (is_list) *out += '}';
   }
+}
+
+FieldSet fieldUnder(std::uint8_t number, FieldValue value, const FieldValue& mask, unsigned width) {
+  value = both(value, mask);
+  const FieldValue block = lowBits(zerosAtEnd(mask, width), width);
+  const FieldValue holes = without(lowBits(width, width), either(mask, block));
+  const std::vector<unsigned> free = bitsOf(holes, width);
+  FieldSet field = {number, FieldSet::Form::kMasked, {{value, mask}}};
+  if (free.size() >= 32 || std::size_t{1} << free.size() > FieldSet::kMostRanges) return field;
+  field = {number, FieldSet::Form::kRanges, {}};
+  for (std::size_t choice = 0; choice >> free.size() == 0; ++choice) {
+    FieldValue first = value;
+    for (std::size_t i = 0; i < free.size(); ++i) {
+      if ((choice >> i & 1) != 0) first = either(first, bitAt(free[i], width));
+    }
+    field.values.push_back({first, either(first, block)});
+  }
+  return field;
+}
+
+void joinRanges(FieldSet* field, unsigned width) {
+  auto& ranges = field->values;
+  std::sort(ranges.begin(), ranges.end(),
+            [](const ValuePair& a, const ValuePair& b) { return a.first < b.first; });
+  std::size_t end = 0;
+  const FieldValue most = lowBits(width, width);
+  for (const ValuePair& range : ranges) {
+    ValuePair* last = end > 0 ? &ranges[end - 1] : nullptr;
+    if (last != nullptr && (last->last == most || range.first <= nextOf(last->last, width))) {
+      last->last = std::max(last->last, range.last);
+    } else {
+      ranges[end++] = range;
+    }
+  }
+  ranges.resize(end);
+  shorten(field, width);
 }
 
 FieldValue lowBits(unsigned count, unsigned width) {

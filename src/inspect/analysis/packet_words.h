@@ -45,6 +45,11 @@ enum class WordsOf : std::uint8_t { kPackets, kSets };
 std::optional<std::vector<FieldSet>> parsePacketWords(std::string_view text, WordsOf kind,
                                                       Report* report, std::size_t max_findings);
 
+// The values under a mask, of a field of this width.
+FieldSet fieldUnder(std::uint8_t number, FieldValue value, const FieldValue& mask, unsigned width);
+// Gives a field of form kRanges, with any ranges in any order, the form for its values.
+void joinRanges(FieldSet* field, unsigned width);
+
 // Appends the word of a field, which reads back as the same set.
 void appendWord(const FieldSet& field, std::string* out);
 

@@ -286,6 +286,14 @@ const Space::Term* Space::termOf(SetId set, std::uint32_t dimension) const {
   return found != end(set) && found->dimension == dimension ? found : nullptr;
 }
 
+std::pair<std::uint64_t, std::uint64_t> Space::valuesOf(std::size_t dimension,
+                                                        const Range& range) const {
+  const Part& part = parts_[dimension];
+  const bool last = range.last + 1 == part.starts.size();
+  return {part.starts[range.first],
+          last ? part.bits : (part.starts[range.last + 1] - lowestBit(part.bits)) & part.bits};
+}
+
 std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_t count) const {
   const auto isIn = [&](std::uint32_t rank) {
     return std::any_of(ranges, ranges + count, [rank](const Range& range) {

@@ -116,6 +116,16 @@ class Space {
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
+  // A dimension is about these bits of a field.
+  std::uint32_t fieldOf(std::size_t dimension) const { return parts_[dimension].field; }
+  std::uint64_t bitsOf(std::size_t dimension) const { return parts_[dimension].bits; }
+  // True if the rank belongs to packets that lack the field.
+  bool isLacking(std::size_t dimension, std::uint32_t rank) const {
+    return rank == parts_[dimension].starts.size();
+  }
+  // The lowest and the highest value of a range of other ranks.
+  std::pair<std::uint64_t, std::uint64_t> valuesOf(std::size_t dimension, const Range& range) const;
+
   // The best rank of the ranges for a packet that is shown to people: the rank of a usual value, or
   // else the first rank. A packet of this rank lacks the field only if the ranges have no other
   // rank.

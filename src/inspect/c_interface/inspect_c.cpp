@@ -15,6 +15,7 @@
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>
 #include <filter_inspect/filter_traffic.h>
 
@@ -236,6 +237,31 @@ FiltersReport* analysed(std::int32_t number, Analyse analyse, const Objects*... 
       explained([&](const auto&... all) { return analyse(all..., options); }, objects...);
   if (handle != nullptr) handle->order = order;
   return handle;
+}
+
+// A question about a packet set.
+struct Question {
+  const AnalysisOptions& options;
+  PacketSet packets;
+  std::optional<ActionTest> actions;
+  const ActionTest* then() const { return actions ? &*actions : nullptr; }
+};
+
+// Like analysed(), for questions about packet sets.
+template <class Ask>
+FiltersReport* asked(const FiltersGroup* g, const char* packets, std::int32_t order,
+                     const char* then, Ask ask) {
+  if (packets == nullptr) return nullptr;
+  return analysed(
+      order,
+      [&](const auto& group, const auto& how) {
+        Report faults;
+        const auto set = PacketSet::parse(packets, &faults);
+        std::optional<ActionTest> actions;
+        if (then != nullptr) actions = ActionTest::parse(then, &faults);
+        return faults.empty() ? ask(group, Question{how, *set, actions}) : faults;
+      },
+      g);
 }
 
 constexpr auto kPrint = [](std::ostream& os, const auto& object) { os << object; };
@@ -522,6 +548,49 @@ std::size_t filtersTrace(const FiltersGroup* g, const char* packet, std::int32_t
       });
   if (outcome != nullptr) *outcome = reached;
   if (entry != nullptr && taker) *entry = *taker;
+  return length;
+}
+
+FiltersReport* filtersSearch(const FiltersGroup* g, const char* packets, std::int32_t order,
+                             const char* then) {
+  return asked(g, packets, order, then, [](const auto& group, const Question& question) {
+    return searchReport(group, search(group, question.packets, question.options.order,
+                                      question.options, question.then()));
+  });
+}
+
+FiltersReport* filtersTouching(const FiltersGroup* g, const char* packets, std::int32_t order,
+                               const char* then) {
+  return asked(g, packets, order, then, [](const auto& group, const Question& question) {
+    return touchingReport(group, touching(group, question.packets, question.options.order,
+                                          question.options, question.then()));
+  });
+}
+
+FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_t entry, const char* packets,
+                              std::int32_t order) {
+  const bool has = g != nullptr && g->getEntriesRef().count(entry) != 0;
+  return asked(has ? g : nullptr, packets, order, nullptr,
+               [entry](const auto& group, const Question& question) {
+                 const auto left = remains(group, entry, question.packets, question.options.order,
+                                           question.options);
+                 return left ? remainsReport(group, entry, *left) : Report();
+               });
+}
+
+std::size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, std::size_t size) {
+  bool is_valid = false;
+  const std::size_t length = filled(packets, out, size, [&](auto& os, const char&) {
+    Report faults;
+    const std::optional<PacketSet> set = PacketSet::parse(packets, &faults);
+    if (set) {
+      os << set->toText();
+    } else {
+      os << faults;
+    }
+    is_valid = set.has_value();
+  });
+  if (valid != nullptr) *valid = is_valid;
   return length;
 }
 

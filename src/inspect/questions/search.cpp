@@ -9,13 +9,14 @@
 #include "analysis/rules.h"
 #include "analysis/witness.h"
 #include "packet_set.h"
+#include "part_sets.h"
 
 namespace FiltersInspect {
 namespace {
 
 using namespace FiltersCommon;
 
-constexpr char kTooLong[] = "whether it surely takes one takes too many steps to say";
+constexpr char kNotSure[] = "whether it surely takes one takes too many steps to say";
 
 // Looks for a good packet among the first parts that a cut leaves.
 struct FirstParts : Cut::Watcher {
@@ -82,6 +83,28 @@ class Search {
     }
     return std::move(found_);
   }
+
+  std::optional<Remains> remainsOf(filtersEntryId_t id) {
+    const auto rule =
+        std::find_if(rules_.begin(), rules_.end(), [id](const Rule& one) { return one.id == id; });
+    if (rule == rules_.end()) return std::nullopt;
+    const auto i = static_cast<std::uint32_t>(rule - rules_.begin());
+    Remains remains;
+    if (is_met_[i]) {
+      findEntry(i);
+      for (const Destination& one : found_.found) {
+        const Before before = beforeOf(i);
+        remains.hit = one.hit;
+        remains.reason = one.reason;
+        remains.witness = one.witness;
+        remains.possibly = allOf(rule->may, before.surely);
+        if (one.hit != Hit::kHit) continue;
+        remains.surely = before.settled ? remains.possibly : allOf(rule->must, before.maybe);
+      }
+    }
+    remains.complete = found_.complete;
+    return remains;
+  }
  private:
   // What is left of packets behind entries: an example of them. It is `known` whether there is one.
   struct Left {
@@ -115,26 +138,47 @@ class Search {
     return {true, parts.witness.packet()};
   }
 
-  void findEntry(std::uint32_t i) {
+  // The other entries that take packets of an entry before it does.
+  struct Before {
+    std::vector<Candidate> surely, maybe;  // under every reading in which it takes them; under some
+    bool settled;                          // both are the same, and so are `may` and `must` of it
+  };
+  Before beforeOf(std::uint32_t i) {
     const Rule& rule = rules_[i];
     std::vector<std::uint32_t> others;
     met_by_.meeting(rule.may, 0, rule.ranks_end, &others);
-    // The packets that the entry takes under some reading, and those that it takes under every one.
-    std::vector<Candidate> surely_taken, maybe_taken;
-    bool settled = isClosed(rule);
+    Before before = {{}, {}, isClosed(rule)};
     for (const std::uint32_t p : others) {
       if (p == i || !is_met_[p]) continue;
-      settled = settled && p < rule.ranks_begin && isClosed(rules_[p]);
-      maybe_taken.push_back({rules_[p].may, 0, false, p});
+      before.settled = before.settled && p < rule.ranks_begin && isClosed(rules_[p]);
+      before.maybe.push_back({rules_[p].may, 0, false, p});
       if (p >= rule.ranks_begin) continue;
       const SetId set =
           isClosed(rules_[p]) ? rules_[p].must : space_.mustBeside(rules_[p].number, {rule.number});
-      if (set != kNothing) surely_taken.push_back({set, 0, false, p});
+      if (set != kNothing) before.surely.push_back({set, 0, false, p});
     }
-    const Left may = leftOf(rule.may, std::move(surely_taken));
+    return before;
+  }
+
+  void findEntry(std::uint32_t i) {
+    const Rule& rule = rules_[i];
+    const Before before = beforeOf(i);
+    const Left may = leftOf(rule.may, before.surely);
     if (!may.known) found_.complete = false;
-    if (!may.packet) return;
-    addFound(rule.id, may, settled ? may : leftOf(rule.must, std::move(maybe_taken)));
+    if (may.packet) add(rule.id, may, before.settled ? may : leftOf(rule.must, before.maybe));
+  }
+
+  // All packets of the set that are in `within` and in none of the others, or none if that takes
+  // too many sets or steps.
+  std::vector<PacketSet> allOf(SetId within, std::vector<Candidate> others) {
+    if (set_.is_sample) return {};
+    for (const SetId gap : set_.outside) others.push_back({gap, 0, false, 0});
+    PartSets parts(space_.space());
+    const Cut::Outcome outcome = cuts_.runThrough({set_.core, within}, &others, &parts);
+    std::vector<PacketSet> sets;
+    if (outcome == Cut::Outcome::kUndecided || parts.tooMany()) return sets;
+    for (const auto& fields : parts.sets()) sets.push_back(PacketSetFields::make(fields));
+    return sets;
   }
 
   void findNone() {
@@ -148,7 +192,7 @@ class Search {
     const Left may = leftOf(kEverything, std::move(surely_taken));
     if (!may.known) found_.complete = false;
     if (!may.packet) return;
-    addFound(std::nullopt, may, settled ? may : leftOf(kEverything, std::move(maybe_taken)));
+    add(std::nullopt, may, settled ? may : leftOf(kEverything, std::move(maybe_taken)));
   }
 
   Destination& add(std::optional<filtersEntryId_t> entry, const Left& may, const Left& surely) {
@@ -158,14 +202,11 @@ class Search {
     one.witness = surely.packet ? *surely.packet : *may.packet;
     if (!surely.known) {
       found_.complete = false;
-      one.reason = kTooLong;
+      one.reason = kNotSure;
     } else if (!surely.packet) {
       one.reason = reasonFor(entry, one.witness);
     }
     return one;
-  }
-  void addFound(std::optional<filtersEntryId_t> entry, const Left& may, const Left& surely) {
-    add(entry, may, surely);
   }
 
   // Why a packet goes to an entry only perhaps.
@@ -219,6 +260,12 @@ Destinations search(const FiltersGroup& group, const PacketSet& packets, Order o
 Destinations touching(const FiltersGroup& group, const PacketSet& packets, Order order,
                       const AnalysisOptions& options, const ActionTest* then) {
   return onlyWith(then, group, Search(group, packets, order, options).touched());
+}
+
+std::optional<Remains> remains(const FiltersGroup& group, filtersEntryId_t entry,
+                               const PacketSet& packets, Order order,
+                               const AnalysisOptions& options) {
+  return Search(group, packets, order, options).remainsOf(entry);
 }
 
 }  // namespace FiltersInspect

@@ -310,6 +310,55 @@ static void analyse(void) {
   deleteFiltersGroup(group);
 }
 
+// Entry 10 takes all packets of the set; those of the entries behind it depend on a reading.
+static void ask(void) {
+  const char text[] =
+      "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
+      "entry 10 priority=2 if ttl=3 then permit\n"
+      "entry 20 priority=1 if dst_l4_port=179/0x0 then deny\n";
+  const int32_t order = FILTERS_ORDER_HIGHEST_PRIORITY;
+  FiltersGroup* group = NULL;
+  filtersFinding_t f;
+  char set[100];
+  bool valid = false;
+  FIRST(filtersGroupFromText(text, strlen(text), &group), "empty");
+  FiltersReport* report = filtersSearch(group, "ttl=3 src_ipv4=10.0.0.0/8", order, NULL);
+  EXPECT(filtersReportCount(report) == 1 && filtersReportGet(report, 0, &f));
+  EXPECT(strcmp(f.code, "packets-go") == 0 && f.entry == 10 && strcmp(f.after, "hit") == 0);
+  EXPECT(traced(group, f.witness, order, "") == 10);
+  deleteFiltersReport(report);
+  report = filtersSearch(group, "ttl=4-5 dst_l4_port=80", order, "deny");
+  EXPECT(filtersReportCount(report) == 1 && filtersReportGet(report, 0, &f));
+  EXPECT(strcmp(f.code, "packets-may-go") == 0 && f.entry == 20);
+  EXPECT(strstr(f.message, "its mask of 0 may mean that value alone") != NULL);
+  deleteFiltersReport(report);
+  report = filtersTouching(group, "", order, NULL);
+  EXPECT(filtersReportCount(report) == 2 && filtersReportGet(report, 1, &f));
+  EXPECT(strcmp(f.code, "packets-match") == 0 && f.entry == 20);
+  deleteFiltersReport(report);
+  FIRST(filtersTouching(group, "", order, "set_pcp"), "empty");
+  report = filtersRemains(group, 20, "dst_l4_port=179 ttl={1,3}", order);
+  EXPECT(filtersReportCount(report) == 2 && filtersReportGet(report, 1, &f));
+  EXPECT(strcmp(f.code, "packets-left") == 0 && f.entry == 20);
+  EXPECT(strstr(f.message, "dst_l4_port=179 ttl=1") != NULL);
+  deleteFiltersReport(report);
+
+  FIRST(filtersSearch(group, "ttl=3-1", order, NULL), "text-value 0 0 0");
+  FIRST(filtersTouching(group, "ttl=1", order, "premit"), "text-value 0 0 0");
+  FIRST(filtersRemains(group, 20, "ttl", order), "text-syntax 0 0 0");
+  FIRST(filtersSearch(group, NULL, order, NULL), "null");
+  FIRST(filtersSearch(group, "", 8, NULL), "null");
+  FIRST(filtersTouching(NULL, "", order, NULL), "null");
+  FIRST(filtersRemains(NULL, 20, "", order), "null");
+  FIRST(filtersRemains(group, 21, "", order), "null");
+  deleteFiltersGroup(group);
+
+  EXPECT(filtersPacketSetToText("ttl={2,1} src_ipv4=10.1.1.1/8", &valid, set, sizeof set) == 27);
+  EXPECT(valid && strcmp(set, "src_ipv4=10.0.0.0/8 ttl=1-2") == 0);
+  EXPECT(filtersPacketSetToText("ttl={}", &valid, set, sizeof set) != 0 && !valid);
+  EXPECT(filtersPacketSetToText(NULL, NULL, set, sizeof set) == 0 && *set == 0);
+}
+
 // Tests the name of a value, and the value of a name. Unknown values and names give nothing.
 #define NAMED(Family, Enum, value, name)                                \
   do {                                                                  \
@@ -418,6 +467,7 @@ void callEveryFunctionOfInspect(void) {
   filtersGroupSetPriority(anotherGroup, 7);
   plan(group, anotherGroup);
   analyse();
+  ask();
   countHits();
 
   deleteMatch(vrf);

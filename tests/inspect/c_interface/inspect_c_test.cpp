@@ -166,6 +166,14 @@ TEST(InspectC, SurvivesWithoutMemory) {
          EXPECT_TRUE(length != 0 || outcome == FILTERS_OUTCOME_NONE);
          return length != 0;
        }},
+      {"Search",
+       [&] { return holds(filtersSearch(&rules, "ttl=1-9 src_ipv4=10.0.0.0/8", 1, "permit")); }},
+      {"Touching", [&] { return holds(filtersTouching(&rules, "dst_l4_port=1/0x1", 1, nullptr)); }},
+      {"Remains", [&] { return holds(filtersRemains(&rules, 50, "ttl={1,3}", 1)); }},
+      {"PacketSetToText",
+       [&] {
+         return filtersPacketSetToText("ttl={1,3} src_ipv6=::/7", nullptr, out, sizeof out) != 0;
+       }},
       {"PacketOf",
        [&] {
          filtersFrameFault_t fault = FILTERS_FRAME_FAULT_CUT;

@@ -17,7 +17,7 @@ struct Random {
 
 TEST(SearchTest, SaysWhatEveryPacketOfTinyGroupsSays) {
   Random random;
-  for (RandomCases i(20000); i.more(); ++i) {
+  for (RandomCases i(10000); i.more(); ++i) {
     Case c = Maker<Random>(random).make(random.below(6));
     std::vector<Field> fields = c.fields;
     if (random.below(3) == 0) fields.push_back({"ttl", {}});  // no rule asks for it

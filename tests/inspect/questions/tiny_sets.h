@@ -7,6 +7,7 @@
 #include <arpa/inet.h>
 #include <filter_inspect/filter_questions.h>
 
+#include <array>
 #include <cstdio>
 
 #include "../analysis/tiny_checks.h"
@@ -76,6 +77,53 @@ struct WideField {
            : isAddress() ? "255.255.255.255"
                          : std::to_string(bits < 32 ? (Value{1} << bits) - 1 : ~0U);
   }
+  // A number of up to 128 bits as bytes, the highest first.
+  using Bytes = std::array<unsigned char, 16>;
+  Bytes bytesOf(Value v) const {
+    Bytes bytes = {};
+    const bool upper = bits == 128 && (v & kUpper) != 0;
+    if (upper) bytes[7] = 1;
+    for (unsigned i = 0; i < 8; ++i) {
+      bytes[15 - i] = static_cast<unsigned char>((upper ? v ^ kUpper : v) >> 8 * i);
+    }
+    return bytes;
+  }
+  Bytes bytesIn(const std::string& text) const {
+    Bytes bytes = {};
+    if (!isAddress() || bits == 48) return bytesOf(*read(text));
+    inet_pton(bits == 32 ? AF_INET : AF_INET6, text.c_str(), &bytes[16 - bits / 8]);
+    return bytes;
+  }
+  // True if a set that names the field with this word has the value.
+  bool isIn(std::string word, Value v) const {
+    const Bytes value = bytesOf(v);
+    if (word[0] == '{') word = word.substr(1, word.size() - 2);
+    std::istringstream items(word);
+    for (std::string item; std::getline(items, item, ',');) {
+      const std::size_t slash = item.find('/'), hyphen = item.find('-');
+      const Bytes first = bytesIn(item.substr(0, std::min(slash, hyphen)));
+      if (slash == item.npos) {
+        const Bytes last = hyphen == item.npos ? first : bytesIn(item.substr(hyphen + 1));
+        if (first <= value && value <= last) return true;
+        continue;
+      }
+      const std::string text = item.substr(slash + 1);
+      Bytes mask = {};
+      if (isAddress() && text.find_first_of(".:") == text.npos) {
+        for (unsigned bit = 128 - bits, end = bit + std::stoul(text) % 256; bit < end; ++bit) {
+          mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
+        }
+      } else {
+        mask = bytesIn(text);
+      }
+      bool same = true;
+      for (std::size_t i = 0; i < mask.size(); ++i) {
+        same = same && ((first[i] ^ value[i]) & mask[i]) == 0;
+      }
+      if (same) return true;
+    }
+    return false;
+  }
   // The value in a packet's text.
   std::optional<Value> read(const std::string& text) const {
     if (text == "true" || text == "tagged" || text == "untagged") return text == "untagged" ? 0 : 1;
@@ -134,14 +182,32 @@ struct PlainSet {
     }
   }
 
-  // True if the set has the packet with this text, which tells every field that the set names.
-  bool has(const std::string& packet) const {
-    std::map<std::string, std::string> told;
-    std::istringstream in(packet);
+  // True if a set with this text has the packet.
+  bool isIn(const std::string& set, const PlainPacket& packet) const {
+    const auto told = wordsOf(set);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      const auto found = told.find(fields[i].field.name);
+      if (found == told.end()) continue;
+      const bool is = packet[i] && found->second != "none"
+                          ? fields[i].isIn(found->second, *packet[i])
+                          : !packet[i] && found->second == "none";
+      if (!is) return false;
+    }
+    return true;
+  }
+  static std::map<std::string, std::string> wordsOf(const std::string& text) {
+    std::map<std::string, std::string> words;
+    std::istringstream in(text);
     for (std::string word; in >> word;) {
       const std::size_t sign = word.find('=');
-      told[word.substr(0, sign)] = word.substr(sign + 1);
+      words[word.substr(0, sign)] = word.substr(sign + 1);
     }
+    return words;
+  }
+
+  // True if the set has the packet with this text, which tells every field that the set names.
+  bool has(const std::string& packet) const {
+    const auto told = wordsOf(packet);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (!asks[i].named) continue;
       const auto found = told.find(fields[i].field.name);
@@ -240,8 +306,37 @@ struct PlainAnswer {
   std::vector<bool> meets_all;
 };
 
-inline PlainAnswer answerOf(const Case& c, const PlainSet& set, Order order) {
+// The same set with fewer values to try: one of all that neither the rules nor the set tell apart,
+// nor those of `others`.
+inline PlainSet withFewValues(const Case& c, PlainSet set,
+                              const std::vector<std::string>& others = {}) {
+  for (std::size_t i = 0; i < set.fields.size(); ++i) {
+    std::set<std::vector<bool>> known;
+    const auto isKnown = [&](Value value) {
+      std::vector<bool> signs = {value == 0, set.asks[i].isIn(value)};
+      for (const PlainRule& rule : c.rules) {
+        for (const Ask& ask : rule.asks) {
+          if (ask.field != i) continue;
+          for (const Reading& reading : ask.readings) signs.push_back(reading(value));
+        }
+      }
+      for (const std::string& other : others) {
+        const auto words = PlainSet::wordsOf(other);
+        const auto word = words.find(set.fields[i].field.name);
+        if (word == words.end() || word->second == "none") continue;
+        signs.push_back(set.fields[i].isIn(word->second, value));
+      }
+      return !known.insert(signs).second;
+    };
+    auto& values = set.fields[i].values;
+    values.erase(std::remove_if(values.begin(), values.end(), isKnown), values.end());
+  }
+  return set;
+}
+
+inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   using Is = PlainAnswer::Is;
+  const PlainSet set = withFewValues(c, whole);
   const std::size_t n = c.rules.size();
   const std::vector<Is> none(n + 1, Is::kNever);
   PlainAnswer answer{none, none, none, none, std::vector<bool>(n, true)};
@@ -314,6 +409,49 @@ std::string faultOfFound(const Case& c, const PlainSet& set, const Destinations&
   return {};
 }
 
+// Each packet of the set must be in a list exactly if the rule takes it.
+inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const PacketSet& set,
+                                  const PlainRule& rule, const Destinations& found, Order order) {
+  const auto remaining = remains(c.group, rule.id, set, order);
+  if (!remaining || !remaining->complete) return "nothing remains";
+  const auto one = std::find_if(found.found.begin(), found.found.end(),
+                                [&](const Destination& d) { return d.entry == rule.id; });
+  const Hit wanted = one == found.found.end() ? Hit::kMiss : one->hit;
+  if (remaining->hit != wanted) return "another hit remains";
+  if (wanted == Hit::kMiss) {
+    return remaining->surely.empty() && remaining->possibly.empty() ? "" : "something remains";
+  }
+  if (remaining->witness.toText() != one->witness.toText()) return "another packet remains";
+  if (wanted != Hit::kHit && !remaining->surely.empty()) return "nothing surely remains";
+  std::vector<std::string> texts;
+  for (const auto* list : {&remaining->possibly, &remaining->surely}) {
+    for (const PacketSet& its : *list) {
+      const auto again = PacketSet::parse(its.toText(), nullptr);
+      if (!again || again->toText() != its.toText()) return "does not read back: " + its.toText();
+      texts.push_back(its.toText());
+    }
+  }
+  std::string fault;
+  withFewValues(c, plain, texts).forEach([&](const PlainPacket& packet) {
+    bool may = false, must = true;
+    forEachReading(c.rules, rowOf(c.rules, packet), [&](const Takers& takers) {
+      const Takers first = firstOf(takers, [&](const PlainRule& r) { return rankOf(r, order); });
+      const bool is = std::find(first.begin(), first.end(), &rule) != first.end();
+      may = may || is;
+      must = must && is && first.size() == 1;
+    });
+    const auto isIn = [&](const std::vector<PacketSet>& sets) {
+      return std::any_of(sets.begin(), sets.end(), [&](const PacketSet& one_set) {
+        return plain.isIn(one_set.toText(), packet);
+      });
+    };
+    const bool wrong = (!remaining->possibly.empty() && isIn(remaining->possibly) != may) ||
+                       (!remaining->surely.empty() && isIn(remaining->surely) != must);
+    if (wrong) fault = "it is left, or it is not: " + remaining->witness.toText();
+  });
+  return fault;
+}
+
 inline std::string faultOfSearch(const Case& c, const PlainSet& plain, Order order) {
   std::ostringstream all;
   all << '\n' << plain.text << '\n' << nameOf(order) << '\n' << c.group;
@@ -345,7 +483,11 @@ inline std::string faultOfSearch(const Case& c, const PlainSet& plain, Order ord
                          if (hit != one.hit) return std::string("trace() does not agree");
                          return std::string(one.all == answer.meets_all[at] ? "" : "all differs");
                        });
-  return fault.empty() ? fault : "touching: " + fault + all.str();
+  if (!fault.empty()) return "touching: " + fault + all.str();
+  if (c.rules.empty() || plain.text.size() % 8 != 0) return {};
+  const PlainRule& rule = c.rules[plain.text.size() / 8 % c.rules.size()];
+  fault = faultOfRemains(c, plain, *set, rule, found, order);
+  return fault.empty() ? fault : std::to_string(rule.id) + ": " + fault + all.str();
 }
 
 }  // namespace tiny
