@@ -1,4 +1,4 @@
-// Writes the seeds of the harnesses of text, JSON and packet sets, in addition to those of
+// Writes the seeds of the harnesses of text, JSON, packet sets and frames, in addition to those of
 // make_seeds:
 //   make_form_seeds FOLDER
 // The seeds are the same on every machine.
@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "../tests/inspect/forms/form_samples.h"
+#include "../tests/inspect/traffic/frame_samples.h"
 
 namespace {
 
@@ -85,5 +86,13 @@ int main(int, char** argv) {
   }
   std::ofstream(path / std::to_string(count++)) << "permit set_pcp=5 set_dscp=ef";
   writePolicies(std::filesystem::path(argv[1]) / "policies");
+  const std::filesystem::path folder = std::filesystem::path(argv[1]) / "frames";
+  std::filesystem::create_directories(folder);
+  for (const frames::Sample& sample : frames::samples()) {
+    const char head[] = {static_cast<char>(sample.link), static_cast<char>(sample.beyond >> 8),
+                         static_cast<char>(sample.beyond)};
+    std::ofstream(folder / std::to_string(count++), std::ios::binary)
+        << std::string(head, sizeof head) << frames::bytesOf(sample.frame);
+  }
   return testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
 }

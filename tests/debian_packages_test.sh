@@ -47,6 +47,7 @@ fi
 if [[ ${#tool[@]} -gt 0 ]]; then
   field "${tool[0]}" Section utils
   field "${tool[0]}" Depends "(.*, )?libfilter-inspect1 $same(, .*)?"
+  field "${tool[0]}" Depends '(.*, )?libpcap0\.8 .*'
   field "${tool[0]}" Depends '(.*, )?libstdc\+\+6 .*'
 fi
 for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}"; do

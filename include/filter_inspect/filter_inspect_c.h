@@ -40,9 +40,11 @@ using FiltersCommon::filtersGroupId_t;
 using FiltersCommon::filtersGroupStage_t;
 using FiltersCommon::filtersGroupType_t;
 using FiltersCommon::filtersMatch_t;
+struct FiltersHits;
 struct FiltersReport;
 extern "C" {
 #else
+typedef struct FiltersHits FiltersHits;
 typedef struct FiltersReport FiltersReport;
 #endif
 
@@ -272,6 +274,71 @@ FILTERS_API FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_
 // The text of PacketSet::toText() for a packet set as text. If that cannot be read, the text says
 // why and `valid`, which may be null, gets false.
 FILTERS_API size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, size_t size);
+// --- Traffic -------------------------------------------------------------------------------------
+
+// Like Link of filter_traffic.h. Any other number is refused.
+typedef enum filtersLink_t {
+  FILTERS_LINK_ETHERNET = 0,
+  FILTERS_LINK_RAW = 1,
+  FILTERS_LINK_LINUX_COOKED = 2,
+  FILTERS_LINK_LINUX_COOKED2 = 3,
+  FILTERS_LINK_LOOPBACK = 4,
+} filtersLink_t;
+
+// Like FrameFault of filter_traffic.h, which explains the values.
+typedef enum filtersFrameFault_t {
+  FILTERS_FRAME_FAULT_NONE = 0,
+  FILTERS_FRAME_FAULT_CUT = 1,
+  FILTERS_FRAME_FAULT_ENDS_EARLY = 2,
+  FILTERS_FRAME_FAULT_WRONG_LENGTH = 3,
+  FILTERS_FRAME_FAULT_WRONG_VERSION = 4,
+  FILTERS_FRAME_FAULT_UNKNOWN_LINK = 5,
+  FILTERS_FRAME_FAULT_ENCAPSULATED = 6,
+  FILTERS_FRAME_FAULT_LATER_FRAGMENT = 7,
+} filtersFrameFault_t;
+
+// What a frame tells of its packet, as text that filtersTrace() reads: packetOf(). The text may be
+// empty. *fault, which may be null, gets the reason why fields are not told. If the link is
+// unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is empty and
+// *fault does not change.
+FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
+                                   filtersFrameFault_t* fault, char* out, size_t size);
+
+// HitCounter. `assumed` is a packet as text, or null. The handle is null if the group is null, the
+// order is unknown, the packet cannot be read, or memory runs out. The caller frees it by
+// deleteFiltersHits(). Only one thread at a time may use it.
+FILTERS_API FiltersHits* newFiltersHits(const FiltersGroup* g, int32_t order, const char* assumed);
+// Returns false, and counts nothing, where filtersPacketOf() has no text or `h` is null. `time` is
+// kept as it is.
+FILTERS_API bool filtersHitsCount(FiltersHits* h, const void* frame, size_t captured, size_t length,
+                                  int32_t link, int64_t time);
+
+// Frames that have something in common, and the number, from 1, and the time of the first.
+typedef struct filtersFrameCount_t {
+  uint64_t frames;
+  uint64_t first;
+  int64_t first_time;
+} filtersFrameCount_t;
+typedef struct filtersEntryHits_t {
+  filtersEntryId_t entry;
+  filtersFrameCount_t sure;
+  filtersFrameCount_t possible;
+} filtersEntryHits_t;
+typedef struct filtersAllHits_t {
+  uint64_t frames;
+  filtersFrameCount_t decided;
+  filtersFrameCount_t undecided;
+  filtersFrameCount_t none_sure;  // frames that no entry takes
+  filtersFrameCount_t none_possible;
+} filtersAllHits_t;
+// At most count are written, those that come first first; the number of all is returned.
+FILTERS_API size_t filtersHitsOfEntries(const FiltersHits* h, filtersEntryHits_t* out,
+                                        size_t count);
+// Fill *out and return true. They return false and leave *out as it is if an object is null or the
+// fault is unknown.
+FILTERS_API bool filtersHitsOfAll(const FiltersHits* h, filtersAllHits_t* out);
+FILTERS_API bool filtersHitsOfFault(const FiltersHits* h, int32_t fault, filtersFrameCount_t* out);
+FILTERS_API void deleteFiltersHits(FiltersHits* h);  // null: nothing to do
 
 // --- Names ---------------------------------------------------------------------------------------
 

@@ -51,6 +51,13 @@ struct ByteRange {
   std::size_t length = 0;
 };
 
+// Frames of captured traffic: how many, the number of the first one, counted from 1, and its time
+// in UTC (RFC 3339). The last two are 0 and empty if they are not known.
+struct SeenFrames {
+  std::uint64_t frames = 0, first = 0;
+  std::string time;
+};
+
 struct Finding {
   Code code;
   Severity severity;
@@ -83,6 +90,8 @@ struct Finding {
   // A traced packet: what is done with it, and the unknown fields on which the answer depends.
   std::string treatment;
   std::vector<std::string> lacking;
+  // Captured traffic: the frames of which the finding is surely true, and those of which it may be.
+  std::optional<SeenFrames> sure, possible;
   // For text and JSON, the word that is wrong, as it was written at `path`; a long one is cut. If
   // `path` is where an entry begins, the name of its match or action.
   std::string word;
@@ -146,9 +155,9 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 
 // Writes JSON that follows docs/schema/filter-report-1.schema.json, with a newline at the end. The
 // bytes are the same on every machine. `command` is the question that the report answers; the
-// schema accepts "check", "diff", "plan", "analyse", "trace", "search", "capabilities", "show",
-// "convert", "names", "expect" and "usage", and refuses a document with any other. `file` is the
-// name of the input.
+// schema accepts "check", "diff", "plan", "analyse", "trace", "search", "hits", "capabilities",
+// "show", "convert", "names", "expect" and "usage", and refuses a document with any other. `file`
+// is the name of the input.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 

@@ -47,8 +47,13 @@ def run(command, folder):
 def main():
     ran, faults = 0, 0
 
+    def is_left_out(command):
+        return "--capture" in command and not reads_captures
+
     def expect_to_run(where, command):
         nonlocal ran, faults
+        if is_left_out(command):
+            return
         ran += 1
         status, printed = run(command, folder)
         if status > 1:
@@ -61,6 +66,7 @@ def main():
         tool.parent.mkdir()
         tool.write_text("#!/bin/sh\nexec " + " ".join(f"'{word}'" for word in sys.argv[2:]) + ' "$@"\n')
         tool.chmod(0o755)
+        reads_captures = "libpcap" in run("filter-inspect --version", folder)[1]
         for file in (SOURCES / "examples/rules").iterdir():
             shutil.copy(file, folder)
         (folder / "packets.txt").write_text("ip_protocol=tcp dst_l4_port=179\nip_protocol=udp ttl=1\n")
@@ -69,6 +75,8 @@ def main():
         for page in PAGES:
             text = page.read_text()
             for command, expected in examples_of(text):
+                if is_left_out(command):
+                    continue
                 ran += 1
                 _, printed = run(command, folder)
                 if not fits(printed, expected):

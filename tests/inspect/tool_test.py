@@ -187,6 +187,36 @@ entry 2 priority=1 if dst_l4_port_range=10000-20000 then deny
     write("future.json", b'{"format": "filter-groups", "version": 2, "groups": []}')
 
 
+def frame(ttl=64, source=1, port=None, tag=None):
+    """An Ethernet frame with UDP over IPv4, or an ICMP packet without a port."""
+    ports = struct.pack(">HHHH", 4000, port or 0, 8, 0)
+    head = struct.pack(">BBHIBBHBBBBI", 0x45, 0, 28, 0, ttl, 1 if port is None else 17, 0, 192, 0, 2, source, 1)
+    tags = b"" if tag is None else struct.pack(">HH", 0x8100, tag)
+    return bytes(11) + b"\1" + tags + b"\x08\0" + head + ports
+
+
+def pcap(frames, order="<", nano=False, link=1, cut=1000):
+    """A second lies between two frames; the first is at 1700000000.000005."""
+    file = struct.pack(order + "IHHiIII", 0xA1B23C4D if nano else 0xA1B2C3D4, 2, 4, 0, 0, 65535, link)
+    for at, one in enumerate(frames):
+        part = one[:cut]
+        file += struct.pack(order + "IIII", 1700000000 + at, 5000 if nano else 5, len(part), len(one)) + part
+    return file
+
+
+def pcapng(frames, order="<", links=(1,)):
+    """The newer form; the frames are of the interfaces in turn."""
+    def block(kind, body):
+        body += bytes(-len(body) % 4)
+        return struct.pack(order + "II", kind, len(body) + 12) + body + struct.pack(order + "I", len(body) + 12)
+    file = block(0x0A0D0D0A, struct.pack(order + "IHHq", 0x1A2B3C4D, 1, 0, -1))
+    file += b"".join(block(1, struct.pack(order + "HHI", link, 0, 65535)) for link in links)
+    for at, one in enumerate(frames):
+        time = (1700000000 + at) * 1000000 + 5
+        file += block(6, struct.pack(order + "IIIII", at % len(links), time >> 32, time & 0xFFFFFFFF, len(one), len(one)) + one)
+    return file
+
+
 def source(path):
     with open(f"{sources}/{path}", encoding="ascii") as file:
         return file.read()
@@ -526,6 +556,14 @@ TABLE = [
      r"--packet:1:1: error: .*\[text-syntax\]\n"),
     ("trace rules.txt --order=ascending-id --packets=folder", 2, NONE,
      "filter-inspect: folder: Is a directory\n"),
+    ("hits - --order=ascending-id --capture=-", 2, NONE, ".* standard input is read once\n"),
+    ("hits rules.txt --order=ascending-id", 2, NONE, "filter-inspect: --capture is required; .*"),
+    ("hits rules.txt --order=ascending-id --capture=c --svg=-", 2, NONE, ".*takes the table.*"),
+    ("hits rules.txt --order=ascending-id --capture=c --assume=ttl=x", 2, NONE, "--assume:1:1: error: .*"),
+    ("hits rules.txt --order=ascending-id --capture=c --entry=77", 2, NONE, ".* 77\\b.*"),
+    ("diff rules.txt - --order=ascending-id --capture=-", 2, NONE, ".* standard input is read once\n"),
+    ("diff rules.txt fewer.txt --capture=c", 2, NONE, ".*--capture: an order is needed: --order\n"),
+    ("diff rules.txt fewer.txt --order=ascending-id --assume=ttl=1", 2, NONE, ".*frames of --capture\n"),
     ("trace - --order=ascending-id --packets=-", 2, NONE, ".* standard input is read once\n"),
     ("trace rules.txt --packet=ttl=1", 2, NONE, "filter-inspect: --order is required; filter-inspect help trace describes it\n"),
     ("trace rules.txt --order=ascending-id", 2, NONE, "filter-inspect: give either --packet or .*"),
@@ -733,7 +771,7 @@ TABLE = [
     ("help chekc", 2, NONE, "filter-inspect: there is no command chekc; did you mean check\\?\n"),
     ("help show extra", 2, NONE, "filter-inspect: one argument too many: extra\n"),
     ("--version", 0, r"filter-inspect (\d+\.\d+\.\d+)\nlibfilter_inspect \1\nlibfilter_common \1\n"
-     r"protocol buffers: built with \d+\.\d+\.\d+, runs with lib\S+\n", NONE),
+     r"protocol buffers: built with \d+\.\d+\.\d+, runs with lib\S+\n(libpcap .*\n)?", NONE),
     # --- Colours
     ("diff g.bin changed.txt --color=always", 1,
      ".*\n~entry 40 .* if .*ttl=\33\\[31m\\[-255-]\33\\[0m\33\\[32m{\\+254\\+}\33\\[0m .*\n"
@@ -1108,6 +1146,85 @@ def try_progress():
     expect("it analyses", works)
 
 
+def findings_of(done, file):
+    """The findings about a file in a document, each in a line; the document fits its schema."""
+    document = json.loads(done.stdout)
+    schema = json.loads(source("docs/schema/filter-report-1.schema.json"))
+    faults = list(jsonschema.Draft202012Validator(schema).iter_errors(document))
+    expect(f"the document about {file}", not faults, *faults)
+    def text(seen):
+        return " ".join(str(seen[key]) for key in ("frames", "first", "time") if key in seen)
+    return [f"{each['code']} {each.get('entry', '')}: {text(each.get('sure', {}))}, {text(each.get('possible', {}))}"
+            for part in document["inputs"] if part["file"] == file for each in part["findings"]]
+
+
+def try_captures():
+    """Captures in every form that libpcap reads, or one sentence without libpcap."""
+    hits = ("hits", "rules.txt", "--order=highest-priority")
+    write("c.pcap", pcap([frame(), frame(ttl=1, source=9), frame(ttl=1, source=9, port=179)]))
+    if b"libpcap" not in inspect("--version").stdout:
+        done = inspect(*hits, "--capture=c.pcap")
+        expect("without libpcap", done.returncode == 2 and b"built without libpcap" in done.stderr, done.stderr)
+        return
+    # The source 192.0.2.1 is entry 10's; so are all of 192.0.2.0/24. Entries 30 and 40 tie.
+    frames = [frame(), frame(source=200, port=80, tag=5), frame(ttl=1, port=179)]
+    frames[2] = frames[2].replace(b"\xc0\0\2\1", b"\xcb\0\x71\1")
+    first, last = "2023-11-14T22:13:20.000005Z", "2023-11-14T22:13:22.000005Z"
+    expected = [f"frames-counted : 2 1 {first}, 1 3 {last}", f"entry-hit 10: 2 1 {first}, 0",
+                "entry-not-hit 20: 0, 0", f"entry-hit 30: 0, 1 3 {last}", f"entry-hit 40: 0, 1 3 {last}"]
+    forms = [pcap(frames, order, nano) for order in "<>" for nano in (False, True)]
+    for capture in [*forms, *(pcapng(frames, order) for order in "<>"), pcapng(frames, links=(1, 1))]:
+        for name in ("c.pcap", "-"):
+            write("c.pcap", capture)
+            done = inspect("--json", *hits, f"--capture={name}", stdin=capture)
+            found = findings_of(done, "rules.txt")
+            expect(f"hits of {capture[:8]} as {name}", found == expected and done.returncode == 1, found)
+    text = inspect(*hits, "--capture=c.pcap", "--width=0").stdout.decode()
+    expect("the table of hits", re.search(r"\n10 +100 +2 +0 +frame 1, 2023-11-14T22:13:20.000005Z +192.*"
+                                          r"no frame hits entry 20\n.*c.pcap: note: 3 frames ", text, re.DOTALL), text)
+    for link, head in ((101, b""), (12, b""), (228, b""), (0, b"\2\0\0\0"), (108, b"\0\0\0\2"),
+                       (113, bytes(14) + b"\x08\0"), (276, b"\x08\0" + bytes(18))):
+        write("c.pcap", pcap([head + frame()[14:]], link=link))
+        done = inspect("--json", *hits, "--capture=c.pcap")
+        expect(f"the link {link}", findings_of(done, "rules.txt")[1] == expected[1].replace("2 1", "1 1"), done.stdout)
+    # What is cut, and what libpcap refuses in the middle, is told beside what could be counted.
+    for capture, code, trouble, about in (
+            (pcap(frames, cut=20), 1, "", ["frames-counted : 3, ", f"frames-not-read : 3 1 {first}, "]),
+            (pcap(frames)[:-1], 2, "c.pcap: frame 3: truncated .*", ["frames-counted : 2, "]),
+            (pcapng(frames, links=(1, 101)), 2, "c.pcap: frame 1: .*", ["frames-counted : 0, "]),
+            (pcap([]), 0, "", ["frames-counted : 0, "]),
+            (pcap(frames, link=105), 2, "c.pcap: frames of the link type IEEE802_11 are not .*", None),
+            (b"", 2, "c.pcap: truncated .*", None), (b"no capture at all" * 9, 2, "c.pcap: unknown .*", None)):
+        write("c.pcap", capture)
+        done = inspect(*hits, "--capture=c.pcap")
+        good = re.fullmatch(trouble and f"filter-inspect: {trouble}\n", done.stderr.decode())
+        expect(f"trouble {trouble}", done.returncode == code and good, done.returncode, done.stderr)
+        if about:
+            found = findings_of(inspect("--json", *hits, "--capture=c.pcap"), "c.pcap")
+            expect(f"told about {trouble}", found == about, found)
+    done = inspect(*hits, "--capture=nosuch.pcap")
+    expect("no capture", done.stderr == b"filter-inspect: nosuch.pcap: No such file or directory\n", done.stderr)
+    write("c.pcap", pcap(frames))
+    done = inspect("--json", *hits, "--capture=c.pcap", "--assume=dst_l4_port=80 external_vlan_id=7", "--entry=30")
+    expect("the frame wins", findings_of(done, "rules.txt") == [expected[0], expected[3]], done.stdout)
+    done = inspect("--json", "hits", "twice.txt", "--order=highest-priority", "--capture=c.pcap")
+    expect("each group counts", findings_of(done, "twice.txt") == 2 * expected, done.stdout)
+    done = inspect("--json", "hits", "fewer.txt", "--order=highest-priority", "--capture=c.pcap")
+    expect("every frame is decided", done.returncode == 0, done.stdout)
+    # Entry 40 is alone in fewer.txt; in rules.txt entry 30 may take the third frame, and permits it.
+    both = ("diff", "rules.txt", "fewer.txt", "--order=highest-priority", "--capture=c.pcap")
+    found = findings_of(inspect("--json", *both), "rules.txt")[-2:]
+    expect("a diff of traffic", found == [f"traffic-open 30: 0, 1 3 {last}", f"frames-counted : 0, 1 3 {last}"], found)
+    text = inspect(*both).stdout.decode()
+    expect("a diff of traffic", "entry 30: 1 frame perhaps go to entry 40 instead: permit becomes deny; the first"
+           f" is frame 3, {last} [traffic-open]\n" in text and "1 frame perhaps of 3 treated" in text, text)
+    inspect(*hits, "--capture=c.pcap", "--svg=hits.svg")
+    marks = [rect.get("class") for rect in ElementTree.parse("hits.svg").iter("{http://www.w3.org/2000/svg}rect")]
+    expect("the bars", marks[1:] == ["plain", "sure", "plain", "plain", "perhaps", "plain", "perhaps"], marks)
+    waits = seen_on_terminal(rb"reading - \.\.\.", *hits, "--capture=-")
+    expect("it waits for frames", waits)
+
+
 def try_manual():
     """Every command has its section in the manual page, and trouble of each fits the schema. The
     options are made of the help, and the test manual_options holds them to it."""
@@ -1177,6 +1294,7 @@ def main():
         try_junit()
         try_terminal()
         try_progress()
+        try_captures()
         try_manual()
         try_completion()
         try_start()

@@ -140,6 +140,25 @@ void declareSelection(CLI::App* command, Options* options, const std::string& ab
   declareIds(command, "--entry", &options->entries, aboutEntries);
 }
 
+void declareWidth(CLI::App* command, Options* options) {
+  declareNumber(command, "--width", &options->width,
+                "The letters in a line of the table, 0 for any number; without it, as wide as the "
+                "terminal");
+}
+
+void declareCapture(CLI::App* command, Options* options) {
+  command
+      ->add_option("--capture", options->capture,
+                   "Captured traffic as pcap or pcapng: a path, or - for standard input")
+      ->take_last()
+      ->option_text("FILE");
+  command
+      ->add_option("--assume", options->assumed,
+                   "What no frame shows of its packet: 'vrf_id=0 destination_cpu=true ...'")
+      ->take_last()
+      ->option_text("PACKET");
+}
+
 // --- What each command takes ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
@@ -148,9 +167,7 @@ void declareShow(CLI::App* command, Options* options) {
                 "The form: a table by default, or JSON with --json; dump is the library's own "
                 "print");
   declareOrder(command, options, "The order of the table's rows; without it, by id");
-  declareNumber(command, "--width", &options->width,
-                "The letters in a line of the table, 0 for any number; without it, as wide as the "
-                "terminal");
+  declareWidth(command, options);
   declareSelection(command, options, "Only entries with this id; may be given several times");
 }
 
@@ -177,6 +194,7 @@ void declareDiff(CLI::App* command, Options* options) {
                    "and whether anything else changes; needs --order")
       ->take_last()
       ->option_text("SET");
+  declareCapture(command, options);
   declareSelection(command, options,
                    "Only what is said about entries with this id; the others still take packets");
 }
@@ -270,6 +288,19 @@ void declareSearch(CLI::App* command, Options* options) {
   command->footer(fieldsOfPackets());
 }
 
+void declareHits(CLI::App* command, Options* options) {
+  declareFiles(command, options, 1, 1);
+  declareOrder(command, options)->required();
+  declareCapture(command, options);
+  command->get_option("--capture")->required();
+  declareSelection(command, options,
+                   "Only the rows of entries with this id; the others still take packets");
+  declareWidth(command, options);
+  command->add_option("--svg", options->picture, "Also draw the groups and their hits into a file")
+      ->take_last()
+      ->option_text("OUT");
+}
+
 void declareCapabilities(CLI::App* command, Options* options) {
   declareFiles(command, options, 0, 1);
   declareStageAndType(command, options);
@@ -300,7 +331,8 @@ constexpr Command kCommands[] = {
     {"diff", "Compare two files, entry by entry", declareDiff, runDiff,
      "diff edge.txt edge-candidate.txt\n"
      "diff --order=highest-priority edge.txt edge-candidate.txt\n"
-     "diff --order=highest-priority --packets=dst_l4_port=22 edge.txt edge-candidate.txt"},
+     "diff --order=highest-priority --packets=dst_l4_port=22 edge.txt edge-candidate.txt\n"
+     "diff --order=highest-priority edge.txt edge-candidate.txt --capture=traffic.pcap"},
     {"plan", "Print the steps that turn the groups of one file into those of another", declarePlan,
      runPlan, "plan edge.txt edge-candidate.txt\nplan --remove-first old.bin new.bin"},
     {"analyse", "Report entries that never take effect, are redundant, tie or overlap",
@@ -317,6 +349,9 @@ constexpr Command kCommands[] = {
      "search edge.txt --order=highest-priority --packets='ip_protocol=tcp dst_l4_port=22'\n"
      "search edge.txt --order=highest-priority --packets=src_ipv4=10.0.0.0/8 --then=permit\n"
      "search edge.txt --order=highest-priority --entry=20"},
+    {"hits", "Count the packets of captured traffic that each entry takes", declareHits, runHits,
+     "hits edge.txt --order=highest-priority --capture=traffic.pcap\n"
+     "hits edge.txt --order=highest-priority --capture=traffic.pcap --svg=hits.svg"},
     {"capabilities", "Print what stages and types admit, or where the entries of a file fit",
      declareCapabilities, runCapabilities, "capabilities --type=6\ncapabilities edge.txt"},
     {"names", "Print codes and their names", declareNames, runNames, "names matches\nnames fields"},

@@ -46,6 +46,8 @@ struct Options {
   std::optional<std::string> packets;  // a file, or a packet set
   std::optional<std::string> then;
   bool touching = false;
+  std::optional<std::string> capture;  // a file of captured traffic
+  std::string assumed;                 // fields of all of its packets
   std::uint64_t max_steps = 100000;
   std::string policy;  // a file
   std::optional<std::string> junit;
@@ -78,6 +80,7 @@ Exit runAnalyse(const Options& options, Console* console);
 Exit runExpect(const Options& options, Console* console);
 Exit runTrace(const Options& options, Console* console);
 Exit runSearch(const Options& options, Console* console);
+Exit runHits(const Options& options, Console* console);
 Exit runCapabilities(const Options& options, Console* console);
 Exit runNames(const Options& options, Console* console);
 

@@ -10,6 +10,8 @@
 #include <utility>
 
 #include "analysis.h"
+#include "capture.h"
+#include "capture_diff.h"
 #include "changed_line.h"
 #include "file_report.h"
 #include "selection.h"
@@ -231,6 +233,10 @@ class Document {
   explicit Document(const std::vector<Input>& inputs) {
     for (const Input& input : inputs) inputs_.push_back({input.file, input.groups.size(), {}});
   }
+  void add(ReportInput&& input) {
+    if (input.file != inputs_[0].file) return inputs_.push_back(std::move(input));
+    inputs_[0].report.append(std::move(input.report));
+  }
   void add(std::size_t file, Report&& report) { inputs_[file].report.append(std::move(report)); }
   void write(const Options& options, Console* console) {
     if (options.order.empty()) return console->write(inputs_);
@@ -269,6 +275,7 @@ Plan planOf(const Pair& pair, PlanOrder order) {
 }  // namespace
 
 Exit runDiff(const Options& options, Console* console) {
+  if (!readsInputOnce(options, console)) return kExitTrouble;
   auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
   Selection selection(options);
@@ -278,6 +285,8 @@ Exit runDiff(const Options& options, Console* console) {
   Document document(*inputs);
   Treatment treatment(options, *inputs, console);
   if (!treatment.readPackets()) return kExitTrouble;
+  CaptureDiff traffic(options, *inputs, console);
+  if (!traffic.isReady()) return kExitTrouble;
   bool differ = false;
   for (const Pair& pair : pairsOf(inputs->at(0), inputs->at(1))) {
     Report report = compare(pair);
@@ -287,12 +296,16 @@ Exit runDiff(const Options& options, Console* console) {
     pair.locate(*inputs, &report);
     document.add(pair.toldOf(), std::move(report));
     treatment.add(pair, selection);
+    if (pair.a != nullptr && pair.b != nullptr) traffic.add(*pair.a, *pair.b);
   }
+  std::vector<ReportInput> seen = traffic.run(selection);
   if (options.json) {
     for (const std::size_t file : {0U, 1U}) document.add(file, treatment.take(file));
+    for (ReportInput& one : seen) document.add(std::move(one));
     document.write(options, console);
   } else {
     treatment.print();
+    traffic.print(seen);
   }
   return differ ? kExitFound : kExitFine;
 }

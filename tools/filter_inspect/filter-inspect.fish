@@ -1,16 +1,16 @@
 # Completion of filter-inspect for fish.
 
 # begin generated
-set -l commands show check convert diff plan analyse expect trace search capabilities names
+set -l commands show check convert diff plan analyse trace search hits capabilities names
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a show -d 'Print what a device would hold; losses go to standard error'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a check -d 'Report what the bytes lose when they are read, and unusual values'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a convert -d 'Write the groups in another form, unless something would be lost'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a diff -d 'Compare two files, entry by entry'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a plan -d 'Print the steps that turn the groups of one file into those of another'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a analyse -d 'Report entries that never take effect, are redundant, tie or overlap'
-complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a expect -d 'Say which promises of a policy the rules keep'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a trace -d 'Print which entry takes a packet, or each packet of a file'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a search -d 'Print which entries take the packets of a set, with an example of each'
+complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a hits -d 'Count the packets of captured traffic that each entry takes'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a capabilities -d 'Print what stages and types admit, or where the entries of a file fit'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a names -d 'Print codes and their names'
 complete -c filter-inspect -s h -l help -d 'Show help for filter-inspect or for one command'
@@ -35,6 +35,8 @@ complete -c filter-inspect -n '__fish_seen_subcommand_from convert' -l to -x -a 
 complete -c filter-inspect -n '__fish_seen_subcommand_from convert' -s o -l output -r -F -d 'The file to write; - is standard output'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l order -x -a 'unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id' -d 'The rule that the device tries first if two take a packet'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l packets -x -a 'ingress_port= ingress_port_type= external_vlan_id= tpid= dst_mac= dst_l4_port= src_l4_port= src_mac= l2_src_entry_type= src_ipv4= dst_ipv4= internal_vlan_id= pcp= internal_pcp= src_ipv6= dst_ipv6= vlan_tagging= ip_protocol= packet_res= mpls_term= tos= virtual_port= egress_ports= ingress_stp_state= svc_vlan_type= proto_cpu_vlan_type= src_port= ttl= vrf_id= drop= my_station_hit= cpu_port= forwarding_type= destination_cpu= cpu_injected_packets= dscp=' -d 'Only what changes for these packets, as in \'ip_protocol=tcp dst_l4_port=22\', and whether anything else changes; needs --order'
+complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l capture -r -F -d 'Captured traffic as pcap or pcapng: a path, or - for standard input'
+complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l assume -x -a 'ingress_port= ingress_port_type= external_vlan_id= tpid= dst_mac= dst_l4_port= src_l4_port= src_mac= l2_src_entry_type= src_ipv4= dst_ipv4= internal_vlan_id= pcp= internal_pcp= src_ipv6= dst_ipv6= vlan_tagging= ip_protocol= packet_res= mpls_term= tos= virtual_port= egress_ports= ingress_stp_state= svc_vlan_type= proto_cpu_vlan_type= src_port= ttl= vrf_id= drop= my_station_hit= cpu_port= forwarding_type= destination_cpu= cpu_injected_packets= dscp=' -d 'What no frame shows of its packet: \'vrf_id=0 destination_cpu=true ...\''
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l group -x -d 'Only groups with this id; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from diff' -l entry -x -d 'Only what is said about entries with this id; the others still take packets'
 complete -c filter-inspect -n '__fish_seen_subcommand_from plan' -l remove-first -d 'Remove entries first: never more entries than the larger group; without it, insert first, so that no packet is without its rule'
@@ -45,10 +47,6 @@ complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l overlaps 
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l no-redundant -d 'Skip the search for redundant entries, which takes most of the time'
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l max-steps -x -d 'Leave an entry undecided after N steps (default 100000)'
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l svg -r -F -d 'Also draw the groups and the findings into a file'
-complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l policy -r -F -d 'Count the findings that this policy accepts apart; its order counts'
-complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l group -x -d 'Only promises about groups with this id; may be given several times'
-complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l max-steps -x -d 'Leave a promise undecided after N steps for an entry (default 100000)'
-complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l junit -r -F -d 'Also write the verdicts as XML for build servers'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l order -x -a 'unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id' -d 'The rule that the device tries first if two take a packet'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l group -x -d 'Only groups with this id; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l entry -x -d 'Only the lines of entries with this id; the others still take packets'
@@ -61,6 +59,13 @@ complete -c filter-inspect -n '__fish_seen_subcommand_from search' -l touching -
 complete -c filter-inspect -n '__fish_seen_subcommand_from search' -l group -x -d 'Only groups with this id; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from search' -l entry -x -d 'What is left of the entry with this id behind those before it; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from search' -l max-steps -x -d 'Leave an entry undecided after N steps (default 100000)'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l order -x -a 'unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id' -d 'The rule that the device tries first if two take a packet'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l capture -r -F -d 'Captured traffic as pcap or pcapng: a path, or - for standard input'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l assume -x -a 'ingress_port= ingress_port_type= external_vlan_id= tpid= dst_mac= dst_l4_port= src_l4_port= src_mac= l2_src_entry_type= src_ipv4= dst_ipv4= internal_vlan_id= pcp= internal_pcp= src_ipv6= dst_ipv6= vlan_tagging= ip_protocol= packet_res= mpls_term= tos= virtual_port= egress_ports= ingress_stp_state= svc_vlan_type= proto_cpu_vlan_type= src_port= ttl= vrf_id= drop= my_station_hit= cpu_port= forwarding_type= destination_cpu= cpu_injected_packets= dscp=' -d 'What no frame shows of its packet: \'vrf_id=0 destination_cpu=true ...\''
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l group -x -d 'Only groups with this id; may be given several times'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l entry -x -d 'Only the rows of entries with this id; the others still take packets'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l width -x -d 'The letters in a line of the table, 0 for any number; without it, as wide as the terminal'
+complete -c filter-inspect -n '__fish_seen_subcommand_from hits' -l svg -r -F -d 'Also draw the groups and their hits into a file'
 complete -c filter-inspect -n '__fish_seen_subcommand_from capabilities' -l stage -x -a 'none lookup ingress egress' -d 'Use this stage instead of each group\'s own'
 complete -c filter-inspect -n '__fish_seen_subcommand_from capabilities' -l type -x -a 'none 1 2 3 4 5 6 7 8 9 10 11' -d 'Use this type instead of each group\'s own'
 # end generated

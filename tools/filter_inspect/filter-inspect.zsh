@@ -20,6 +20,7 @@ _filter_inspect() {
     'expect:Say which promises of a policy the rules keep'
     'trace:Print which entry takes a packet, or each packet of a file'
     'search:Print which entries take the packets of a set, with an example of each'
+    'hits:Count the packets of captured traffic that each entry takes'
     'capabilities:Print what stages and types admit, or where the entries of a file fit'
     'names:Print codes and their names'
   )
@@ -58,6 +59,8 @@ _filter_inspect() {
   local -a of_diff=(
     '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
     '--packets=[Only what changes for these packets, as in '\''ip_protocol=tcp dst_l4_port=22'\'', and whether anything else changes; needs --order]:packet:_filter_inspect_packet'
+    '--capture=[Captured traffic as pcap or pcapng\: a path, or - for standard input]:file:_files'
+    '--assume=[What no frame shows of its packet\: '\''vrf_id=0 destination_cpu=true ...'\'']:packet:_filter_inspect_packet'
     '*--group=[Only groups with this id; may be given several times]:ID:'
     '*--entry=[Only what is said about entries with this id; the others still take packets]:ID:'
   )
@@ -94,6 +97,15 @@ _filter_inspect() {
     '*--group=[Only groups with this id; may be given several times]:ID:'
     '*--entry=[What is left of the entry with this id behind those before it; may be given several times]:ID:'
     '--max-steps=[Leave an entry undecided after N steps (default 100000)]:N:'
+  )
+  local -a of_hits=(
+    '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
+    '--capture=[Captured traffic as pcap or pcapng\: a path, or - for standard input]:file:_files'
+    '--assume=[What no frame shows of its packet\: '\''vrf_id=0 destination_cpu=true ...'\'']:packet:_filter_inspect_packet'
+    '*--group=[Only groups with this id; may be given several times]:ID:'
+    '*--entry=[Only the rows of entries with this id; the others still take packets]:ID:'
+    '--width=[The letters in a line of the table, 0 for any number; without it, as wide as the terminal]:N:'
+    '--svg=[Also draw the groups and their hits into a file]:file:_files'
   )
   local -a of_capabilities=(
     '--stage=[Use this stage instead of each group'\''s own]:value:(none lookup ingress egress)'

@@ -20,6 +20,7 @@ constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
 constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the whole text
 constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
 constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
+constexpr std::size_t kLongestBar = 240;
 
 // If an entry has several findings, the one whose look is last in this list is drawn.
 struct Look {
@@ -42,6 +43,7 @@ struct Row {
   std::string found, treatment, why;
   bool isNamed = false;     // a finding about another entry names it
   std::size_t skipped = 0;  // the number of rows before it that are not drawn
+  HitCounts hits;
 
   explicit Row(const FiltersEntry* its) : entry(its) {}
 };
@@ -128,6 +130,12 @@ std::vector<Column> tableOf(const std::vector<Row>& rows) {
   return columns;
 }
 
+std::vector<Row> rowsOf(const FiltersGroup& group, Order order) {
+  std::vector<Row> rows;
+  for (const FiltersEntry* entry : inOrder(group, order)) rows.emplace_back(entry);
+  return rows;
+}
+
 constexpr char kStyle[] =
     "<style>\n"
     "text { font: 12px monospace; fill: #222 }\n"
@@ -135,6 +143,7 @@ constexpr char kStyle[] =
     ".head { fill: #666 }\n"
     "rect.plain { fill: #f6f6f6 } rect.noted { fill: #fbf7d2 } rect.redundant { fill: #dde6f0 }\n"
     "rect.tie { fill: #ffe3ad } rect.unreachable { fill: #f6c4c0 }\n"
+    "rect.sure { fill: #7fa8d1 } rect.perhaps { fill: #c9d8e8 }\n"
     "</style>\n";
 
 }  // namespace
@@ -158,51 +167,105 @@ void Picture::drawRow(const char* style, const std::vector<std::string_view>& ce
   }
 }
 
-void Picture::add(const std::string& title, const FiltersGroup& group, const Report& report) {
+struct Picture::Table {
   std::vector<Row> rows;
-  for (const FiltersEntry* entry : inOrder(group, order_)) rows.emplace_back(entry);
+  std::vector<Column> columns;
+  std::size_t behind;         // the number of rows that are left out after the last one
+  const char* of_left_out;    // what is said of entries that are left out
+  std::uint64_t longest = 0;  // the number of frames that the longest bar stands for
+};
+
+void Picture::add(const std::string& title, const FiltersGroup& group, const Report& report) {
+  std::vector<Row> rows = rowsOf(group, order_);
   mark(report, &rows);
   const std::size_t behind = leaveOut(&rows);
   Report rest = report;
   rest.findings.clear();
   left_out_.append(std::move(rest));
-  const std::vector<Column> columns = tableOf(rows);
+  std::vector<Column> columns = tableOf(rows);
+  draw(title + " (id " + std::to_string(group.getId()) + ')',
+       {std::move(rows), std::move(columns), behind, "of which nothing is said"});
+}
+
+void Picture::add(const std::string& title, const FiltersGroup& group, const Hits& hits) {
+  std::map<filtersEntryId_t, const HitCounts*> byId;
+  for (const EntryHits& one : hits.entries) byId[one.entry] = &one.hits;
+  std::vector<Row> rows = rowsOf(group, order_);
+  std::uint64_t longest = 0;
+  for (Row& row : rows) {
+    row.hits = *byId.at(row.entry->getId());
+    row.isNamed = row.hits.sure.frames + row.hits.possible.frames != 0;
+    longest = std::max(longest, row.hits.sure.frames + row.hits.possible.frames);
+  }
+  const std::size_t behind = leaveOut(&rows);
+  Entries entries;
+  Column counts{"frames", Column::Holds::kKey, {}};
+  for (const Row& row : rows) {
+    entries.push_back(row.entry);
+    const std::uint64_t sure = row.hits.sure.frames, possible = row.hits.possible.frames;
+    counts.cells.push_back(std::to_string(sure) +
+                           (possible == 0 ? "" : " and perhaps " + std::to_string(possible)));
+  }
+  std::vector<Column> columns = columnsOf(entries, 0);
+  columns.push_back(std::move(counts));
+  draw(title + " (id " + std::to_string(group.getId()) + "): " + counted(hits.frames, "frame"),
+       {std::move(rows), std::move(columns), behind, "that no frame hits", longest});
+}
+
+void Picture::drawBox(std::size_t x, std::size_t width, const char* style) {
+  body_ += "<rect x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y_) + "\" width=\"" +
+           std::to_string(width) + "\" height=\"" + std::to_string(kRow - 2) + "\" class=\"" +
+           style + "\"/>\n";
+}
+
+void Picture::draw(const std::string& title, const Table& table) {
   std::vector<std::string_view> head;
   std::size_t wide = 0;
   widths_.clear();
-  for (const Column& column : columns) {
+  for (const Column& column : table.columns) {
     head.push_back(column.name);
     widths_.push_back(widthOf(column));
     wide += widths_.back();
   }
+  const std::size_t bars = kMargin + wide;  // where they begin
+  const auto lengthOf = [&table](std::uint64_t frames) {
+    const double share = static_cast<double>(frames) / static_cast<double>(table.longest);
+    return static_cast<std::size_t>(share * kLongestBar);
+  };
+  if (table.longest != 0) wide += kLongestBar + kGap;
   width_ = std::max(width_, wide);
-  const auto drawGap = [this](std::size_t count) {
+  const auto drawGap = [&](std::size_t count) {
     if (count == 0) return;
     y_ += kRow;
-    drawText(kMargin, "head", "... " + counted(count, "entry") + " of which nothing is said");
+    drawText(kMargin, "head", "... " + counted(count, "entry") + ' ' + table.of_left_out);
   };
 
   y_ += kMargin;
-  drawText(kMargin, "title", title + " (id " + std::to_string(group.getId()) + ')');
+  drawText(kMargin, "title", title);
   y_ += 4;
-  for (std::size_t i = 0; i < rows.size(); ++i) {
+  for (std::size_t i = 0; i < table.rows.size(); ++i) {
+    const Row& row = table.rows[i];
     if (i % kRowsAHead == 0) {
       y_ += kRow;
       drawRow("head", head);
     }
-    drawGap(rows[i].skipped);
+    drawGap(row.skipped);
     y_ += kRow;
-    const char* style = rows[i].look == nullptr ? "plain" : rows[i].look->style;
-    body_ += "<g><rect x=\"" + std::to_string(kMargin - 6) + "\" y=\"" + std::to_string(y_) +
-             "\" width=\"" + std::to_string(wide) + "\" height=\"" + std::to_string(kRow - 2) +
-             "\" class=\"" + style + "\"/>\n";
-    if (!rows[i].why.empty()) body_ += "<title>" + inXml(rows[i].why) + "</title>\n";
+    const char* style = row.look == nullptr ? "plain" : row.look->style;
+    body_ += "<g>";
+    drawBox(kMargin - 6, wide, style);
+    if (!row.why.empty()) body_ += "<title>" + inXml(row.why) + "</title>\n";
     std::vector<std::string_view> cells;
-    for (const Column& column : columns) cells.push_back(column.cells[i]);
+    for (const Column& column : table.columns) cells.push_back(column.cells[i]);
     drawRow(style, cells);
+    const std::uint64_t sure = row.hits.sure.frames, possible = row.hits.possible.frames;
+    if (sure != 0) drawBox(bars, std::max(lengthOf(sure), std::size_t{1}), "sure");
+    if (possible != 0) {
+      drawBox(bars + lengthOf(sure), std::max(lengthOf(possible), std::size_t{1}), "perhaps");
+    }
     body_ += "</g>\n";
   }
-  drawGap(behind);
+  drawGap(table.behind);
   y_ += kRow;
 }
 

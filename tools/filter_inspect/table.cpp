@@ -18,6 +18,7 @@ constexpr std::size_t kMostOfList = 24;  // letters of a list that is cut
 constexpr std::size_t kBetween = 2;      // letters between two columns
 constexpr std::size_t kIndent = 6;       // of the lines below a row
 constexpr std::size_t kHeading = 6;      // no heading is broken to be narrower
+constexpr std::ptrdiff_t kKeys = 2;      // the first columns: id and priority
 constexpr std::size_t kCost = 1000;      // so that quotients keep three digits
 
 // Appends a word to a cell.
@@ -327,8 +328,9 @@ std::string wrapped(std::string_view text, std::size_t width, std::size_t indent
   return lines.append(text);
 }
 
-std::string drawn(const Entries& entries, std::size_t width) {
+std::string drawn(const Entries& entries, std::size_t width, const std::vector<Column>& more) {
   std::vector<Column> columns = columnsOf(entries, width);
+  columns.insert(columns.begin() + kKeys, more.begin(), more.end());
   Layout layout = bestLayout(columns, width);
   if (width != 0 && !(layout.below.empty() && layout.height() == columns[0].cells.size())) {
     for (Column& column : columns) {

@@ -32,8 +32,9 @@ Entries inOrder(const FiltersCommon::FiltersGroup& group, FiltersInspect::Order 
 std::vector<Column> columnsOf(const Entries& entries, std::size_t width);
 
 // Draws a table of entries at most `width` letters wide; 0 is any width. If that is too narrow, the
-// widest columns move to lines of their own below each row, and long lists are cut.
-std::string drawn(const Entries& entries, std::size_t width);
+// widest columns move to lines of their own below each row, and long lists are cut. The columns of
+// `more` stand behind the priority.
+std::string drawn(const Entries& entries, std::size_t width, const std::vector<Column>& more = {});
 
 // Breaks a text at blanks into lines of at most `width` letters. All lines but the first are
 // indented.

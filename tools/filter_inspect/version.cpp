@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "capture.h"
 #include "commands.h"
 
 namespace FilterInspectTool {
@@ -42,11 +43,13 @@ std::string versions() {
   const std::string builtWith = std::to_string(kBuiltWith / 1000000) + '.' +
                                 std::to_string(kBuiltWith / 1000 % 1000) + '.' +
                                 std::to_string(kBuiltWith % 1000);
+  const std::string captures = captureVersion();
   return "filter-inspect " FILTER_INSPECT_VERSION "\n" +
          releaseOf(fileOf(static_cast<Describe*>(FiltersInspect::describe))) + '\n' +
          releaseOf(fileOf(static_cast<Print*>(FiltersCommon::operator<<))) + '\n' +
          "protocol buffers: built with " + builtWith + ", runs with " +
-         fileOf(google::protobuf::internal::VerifyVersion);
+         fileOf(google::protobuf::internal::VerifyVersion) +
+         (captures.empty() ? "" : '\n' + captures);
 }
 
 }  // namespace FilterInspectTool

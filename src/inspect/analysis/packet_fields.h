@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -18,6 +19,8 @@ struct PacketFields {
 
   // All fields that are told, in the order of their numbers.
   static const std::vector<Field>& of(const Packet& packet) { return packet.fields_; }
+
+  static void reserve(Packet* packet, std::size_t fields) { packet->fields_.reserve(fields); }
 
   // Null if the field is not told.
   static const Field* find(const Packet& packet, std::uint8_t number) {

@@ -4,13 +4,28 @@
 // The entries of a group, prepared for tracing.
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "classifier.h"
 #include "takers.h"
 
 namespace FiltersInspect {
+
+// Prepares the entries of one or more groups. Equal matches of different groups have the same
+// number, and equal treatments too.
+class Preparer {
+ public:
+  // In their order.
+  std::vector<PreparedEntry> entriesOf(const FiltersCommon::FiltersGroup& group, Order order);
+  std::vector<std::string> takeTreatments() { return std::move(texts_); }
+ private:
+  MatchNumbers numbers_;
+  std::map<std::string, std::size_t> treatments_;
+  std::vector<std::string> texts_;  // of the different treatments
+};
 
 struct Tracer::Prepared {
   Prepared(std::vector<PreparedEntry> itsEntries, std::vector<std::string> itsTreatments);

@@ -26,20 +26,6 @@ bool surelyHolds(const Asked& asked) {
          std::all_of(asked.may.begin(), asked.may.end(), takesAll);
 }
 
-// The constraints that the told fields leave open. If a told value meets a constraint under some
-// reading only, the match stays, and may take every packet.
-std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet) {
-  std::vector<Asked> rest;
-  for (const Asked& asked : all) {
-    const Answer answer = answerTo(asked, packet);
-    if (answer == Answer::kUntold) rest.push_back(asked);
-    if (answer == Answer::kOpen) {
-      rest.push_back({asked.field, asked.which, {}, asked.open, {}, asked.match});
-    }
-  }
-  return rest;
-}
-
 // The entries that may take the packet, in their order, as rules on the unknown fields. An entry is
 // possible if it takes some packet that no earlier entry takes.
 class Candidates {
@@ -97,6 +83,18 @@ Answer answerTo(const Asked& asked, const Packet& packet) {
   if (!field->has || !isAmong(asked.may, field->value)) return Answer::kNo;
   const bool isOpen = asked.open != nullptr && !isAmong(asked.must, field->value);
   return isOpen ? Answer::kOpen : Answer::kYes;
+}
+
+std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet) {
+  std::vector<Asked> rest;
+  for (const Asked& asked : all) {
+    const Answer answer = answerTo(asked, packet);
+    if (answer == Answer::kUntold) rest.push_back(asked);
+    if (answer == Answer::kOpen) {
+      rest.push_back({asked.field, asked.which, {}, asked.open, {}, asked.match});
+    }
+  }
+  return rest;
 }
 
 Hit hitOf(const PreparedEntry& entry, const Packet& packet) {

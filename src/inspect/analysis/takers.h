@@ -39,6 +39,10 @@ Answer answerTo(const Asked& asked, const Packet& packet);
 // The same for all constraints of an entry.
 Hit hitOf(const PreparedEntry& entry, const Packet& packet);
 
+// The constraints that the told fields leave open. If a told value meets a constraint under some
+// reading only, the match stays, and may take every packet.
+std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet);
+
 // The entries that can be the first to take a packet, each for some values of the fields that are
 // not told and under some reading.
 struct PossibleTakers {

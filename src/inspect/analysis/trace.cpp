@@ -1,7 +1,6 @@
 #include <filter_inspect/filter_analysis.h>
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "prepared.h"
@@ -56,26 +55,29 @@ void settle(const PossibleTakers& takers, const std::vector<std::string>& treatm
 
 }  // namespace
 
-Tracer::Tracer(const FiltersGroup& group, Order order) {
+std::vector<PreparedEntry> Preparer::entriesOf(const FiltersGroup& group, Order order) {
   std::vector<PreparedEntry> entries;
-  std::vector<std::string> texts;  // of the different treatments
   entries.reserve(group.getEntriesRef().size());
-  MatchNumbers numbers;
-  std::map<std::string, std::size_t> treatments;
   for (const auto& [id, entry] : group.getEntriesRef()) {
     MessageArena arena;
     auto& message = *arena.make<FiltersEntryPB>();
     entry.convertToFiltersEntryPB(&message);
-    const auto [treatment, isNew] = treatments.emplace(treatmentKey(message), texts.size());
-    if (isNew) texts.push_back(treatmentText(entry));
+    const auto [treatment, isNew] = treatments_.emplace(treatmentKey(message), texts_.size());
+    if (isNew) texts_.push_back(treatmentText(entry));
     std::vector<Asked> asked;
-    for (const MatchPB& match : message.matches_()) appendAsked(match, &asked, &numbers);
+    for (const MatchPB& match : message.matches_()) appendAsked(match, &asked, &numbers_);
     entries.push_back(
         prepare(rankOf(order, id, entry.getPriority()), id, treatment->second, std::move(asked)));
   }
   std::stable_sort(entries.begin(), entries.end(),
                    [](const auto& a, const auto& b) { return a.rank < b.rank; });
-  prepared_ = std::make_shared<Prepared>(std::move(entries), std::move(texts));
+  return entries;
+}
+
+Tracer::Tracer(const FiltersGroup& group, Order order) {
+  Preparer preparer;
+  std::vector<PreparedEntry> entries = preparer.entriesOf(group, order);
+  prepared_ = std::make_shared<Prepared>(std::move(entries), preparer.takeTreatments());
 }
 
 Trace Tracer::trace(const Packet& packet) const {

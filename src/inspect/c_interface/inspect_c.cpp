@@ -18,6 +18,7 @@
 #include <filter_inspect/filter_policy.h>
 #include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>
+#include <filter_inspect/filter_traffic.h>
 
 namespace FiltersInspect {
 
@@ -25,6 +26,10 @@ struct FiltersReport {
   Report report;
   std::optional<Order> order;            // of an analysis
   std::string_view command = "analyse";  // the question that the analysis answers
+};
+
+struct FiltersHits {
+  HitCounter counter;
 };
 
 namespace {
@@ -306,6 +311,35 @@ std::size_t admitted(const std::map<Key, const std::set<Code>>& table, Key key, 
 template <class Object>
 bool equal(const Object* a, const Object* b) {
   return a != nullptr && b != nullptr && guarded([&] { return *a == *b; });
+}
+
+// --- Traffic ---
+
+constexpr bool sameNumbers(Link cpp, filtersLink_t c) { return static_cast<int>(cpp) == c; }
+constexpr bool sameNumbers(FrameFault cpp, filtersFrameFault_t c) {
+  return static_cast<int>(cpp) == c;
+}
+static_assert(sameNumbers(Link::kEthernet, FILTERS_LINK_ETHERNET) &&
+              sameNumbers(Link::kRaw, FILTERS_LINK_RAW) &&
+              sameNumbers(Link::kLinuxCooked, FILTERS_LINK_LINUX_COOKED) &&
+              sameNumbers(Link::kLinuxCooked2, FILTERS_LINK_LINUX_COOKED2) &&
+              sameNumbers(Link::kLoopback, FILTERS_LINK_LOOPBACK));
+static_assert(sameNumbers(FrameFault::kNone, FILTERS_FRAME_FAULT_NONE) &&
+              sameNumbers(FrameFault::kCut, FILTERS_FRAME_FAULT_CUT) &&
+              sameNumbers(FrameFault::kEndsEarly, FILTERS_FRAME_FAULT_ENDS_EARLY) &&
+              sameNumbers(FrameFault::kWrongLength, FILTERS_FRAME_FAULT_WRONG_LENGTH) &&
+              sameNumbers(FrameFault::kWrongVersion, FILTERS_FRAME_FAULT_WRONG_VERSION) &&
+              sameNumbers(FrameFault::kUnknownLink, FILTERS_FRAME_FAULT_UNKNOWN_LINK) &&
+              sameNumbers(FrameFault::kEncapsulated, FILTERS_FRAME_FAULT_ENCAPSULATED) &&
+              sameNumbers(FrameFault::kLaterFragment, FILTERS_FRAME_FAULT_LATER_FRAGMENT));
+
+bool isFrame(const void* frame, std::size_t captured, std::int32_t link) {
+  return (frame != nullptr || captured == 0) && link >= FILTERS_LINK_ETHERNET &&
+         link <= FILTERS_LINK_LOOPBACK;
+}
+
+filtersFrameCount_t inC(const FrameCount& count) {
+  return {count.frames, count.first, count.first_time};
 }
 
 // --- Names ---
@@ -598,6 +632,64 @@ std::size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, 
   if (valid != nullptr) *valid = is_valid;
   return length;
 }
+
+std::size_t filtersPacketOf(const void* frame, std::size_t captured, std::size_t length,
+                            std::int32_t link, filtersFrameFault_t* fault, char* out,
+                            std::size_t size) {
+  const Link known = static_cast<Link>(link);
+  return filled(isFrame(frame, captured, link) ? &known : nullptr, out, size,
+                [&](std::ostream& os, Link its) {
+                  FrameFault why = FrameFault::kNone;
+                  os << packetOf(frame, captured, length, its, &why).toText();
+                  if (fault != nullptr) *fault = static_cast<filtersFrameFault_t>(why);
+                });
+}
+
+FiltersHits* newFiltersHits(const FiltersGroup* g, std::int32_t order, const char* assumed) {
+  const std::optional<Order> known = orderOf(order);
+  if (g == nullptr || !known) return nullptr;
+  return guarded([&]() -> FiltersHits* {
+    std::optional<Packet> packet = Packet::parse(assumed == nullptr ? "" : assumed, nullptr);
+    if (!packet) return nullptr;
+    return new FiltersHits{HitCounter(*g, *known, std::move(*packet))};
+  });
+}
+
+bool filtersHitsCount(FiltersHits* h, const void* frame, std::size_t captured, std::size_t length,
+                      std::int32_t link, std::int64_t time) {
+  if (h == nullptr || !isFrame(frame, captured, link)) return false;
+  return guarded([&] {
+    h->counter.count(frame, captured, length, static_cast<Link>(link), time);
+    return true;
+  });
+}
+
+std::size_t filtersHitsOfEntries(const FiltersHits* h, filtersEntryHits_t* out, std::size_t count) {
+  if (h == nullptr) return 0;
+  const std::vector<EntryHits>& all = h->counter.hits().entries;
+  for (std::size_t i = 0; out != nullptr && i < std::min(count, all.size()); ++i) {
+    out[i] = {all[i].entry, inC(all[i].hits.sure), inC(all[i].hits.possible)};
+  }
+  return all.size();
+}
+
+bool filtersHitsOfAll(const FiltersHits* h, filtersAllHits_t* out) {
+  if (h == nullptr || out == nullptr) return false;
+  const Hits& hits = h->counter.hits();
+  *out = {hits.frames, inC(hits.decided), inC(hits.undecided), inC(hits.none.sure),
+          inC(hits.none.possible)};
+  return true;
+}
+
+bool filtersHitsOfFault(const FiltersHits* h, std::int32_t fault, filtersFrameCount_t* out) {
+  if (h == nullptr || out == nullptr) return false;
+  const FrameCounts& faults = h->counter.hits().faults;
+  if (fault < 0 || static_cast<std::size_t>(fault) >= faults.size()) return false;
+  *out = inC(faults[static_cast<std::size_t>(fault)]);
+  return true;
+}
+
+void deleteFiltersHits(FiltersHits* h) { delete h; }
 
 const char* filtersErrName(filtersErr_t v) { return orNull(nameOf(v)); }
 const char* filtersStageName(filtersGroupStage_t v) { return orNull(nameOf(v)); }

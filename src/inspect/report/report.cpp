@@ -160,6 +160,16 @@ void write(const Finding& finding, JsonWriter* json) {
     for (const std::string& field : finding.lacking) json->value(field);
     json->close(']');
   }
+  for (const auto& [key, seen] :
+       {std::pair("sure", &finding.sure), {"possible", &finding.possible}}) {
+    if (!*seen) continue;
+    json->key(key);
+    json->open('{');
+    write("frames", (*seen)->frames, json);
+    if ((*seen)->first != 0) write("first", (*seen)->first, json);
+    if (!(*seen)->time.empty()) write("time", std::string_view((*seen)->time), json);
+    json->close('}');
+  }
   write("message", std::string_view(finding.message), json);
   json->close('}');
 }

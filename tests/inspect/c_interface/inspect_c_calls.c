@@ -424,6 +424,64 @@ static void name(void) {
   EXPECT(strcmp(filtersErrDescribe(FILTERS_OK), filtersErrDescribe(70)) != 0);
 }
 
+static size_t packetOfBytes(const unsigned char* frame, char* out, size_t size) {
+  return filtersPacketOf(frame, 20, 28, FILTERS_LINK_RAW, NULL, out, size);
+}
+FILLS(packetOfBytes, unsigned char)
+
+static bool isCount(filtersFrameCount_t count, uint64_t frames, uint64_t first, int64_t time) {
+  return count.frames == frames && count.first == first && count.first_time == time;
+}
+
+// An IPv4 header that announces UDP, of which the ports are not captured.
+static void countHits(void) {
+  static const unsigned char frame[20] = {0x45, 0, 0, 28, 0, 0, 0, 0, 9, 17};
+  const char text[] =
+      "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
+      "entry 10 priority=2 if dst_l4_port=53/0xffff then permit\n"
+      "entry 20 priority=1 if destination_cpu then deny\n";
+  FiltersGroup* group = NULL;
+  FIRST(filtersGroupFromText(text, strlen(text), &group), "empty");
+  const int32_t order = FILTERS_ORDER_HIGHEST_PRIORITY;
+  filtersFrameFault_t fault = FILTERS_FRAME_FAULT_NONE;
+  char out[300];
+  fillspacketOfBytes(frame, "src_ipv4=0.0.0.0 ");
+  filtersPacketOf(frame, 20, 28, FILTERS_LINK_RAW, &fault, out, sizeof out);
+  EXPECT(fault == FILTERS_FRAME_FAULT_CUT && strstr(out, " ip_protocol=17 ") != NULL);
+  EXPECT(filtersPacketOf(frame, 20, 28, 5, &fault, out, sizeof out) == 0);
+  EXPECT(filtersPacketOf(frame, 20, 28, -1, &fault, out, sizeof out) == 0 && out[0] == '\0');
+  EXPECT(filtersPacketOf(NULL, 0, 0, FILTERS_LINK_RAW, &fault, out, sizeof out) == 0);
+  EXPECT(fault == FILTERS_FRAME_FAULT_ENDS_EARLY);
+
+  EXPECT(newFiltersHits(NULL, order, NULL) == NULL && newFiltersHits(group, 8, NULL) == NULL);
+  EXPECT(newFiltersHits(group, order, "ttl=x") == NULL);
+  FiltersHits* hits = newFiltersHits(group, order, NULL);
+  deleteFiltersHits(hits);
+  hits = newFiltersHits(group, order, "destination_cpu=true");
+  EXPECT(filtersHitsCount(hits, frame, 20, 28, FILTERS_LINK_RAW, -7));
+  EXPECT(filtersHitsCount(hits, NULL, 0, 0, FILTERS_LINK_ETHERNET, 5));
+  EXPECT(!filtersHitsCount(hits, NULL, 1, 1, FILTERS_LINK_RAW, 0));
+  EXPECT(!filtersHitsCount(hits, frame, 20, 28, 5, 0));
+  EXPECT(!filtersHitsCount(NULL, frame, 20, 28, FILTERS_LINK_RAW, 0));
+  filtersEntryHits_t entries[2] = {{0}};
+  EXPECT(filtersHitsOfEntries(hits, entries, 1) == 2 && entries[1].entry == 0);
+  EXPECT(filtersHitsOfEntries(hits, NULL, 9) == 2 && filtersHitsOfEntries(NULL, entries, 2) == 0);
+  EXPECT(filtersHitsOfEntries(hits, entries, 2) == 2 && entries[0].entry == 10);
+  EXPECT(isCount(entries[0].possible, 2, 1, -7) && isCount(entries[1].sure, 0, 0, 0));
+  filtersAllHits_t all;
+  EXPECT(filtersHitsOfAll(hits, &all) && all.frames == 2 && isCount(all.undecided, 2, 1, -7));
+  EXPECT(isCount(all.decided, 0, 0, 0) && isCount(all.none_sure, 0, 0, 0));
+  EXPECT(isCount(all.none_possible, 0, 0, 0));
+  EXPECT(!filtersHitsOfAll(NULL, &all) && !filtersHitsOfAll(hits, NULL));
+  filtersFrameCount_t count;
+  EXPECT(filtersHitsOfFault(hits, FILTERS_FRAME_FAULT_ENDS_EARLY, &count));
+  EXPECT(isCount(count, 1, 2, 5) && !filtersHitsOfFault(hits, 8, &count));
+  EXPECT(!filtersHitsOfFault(hits, -1, &count) && !filtersHitsOfFault(NULL, 0, &count));
+  deleteFiltersHits(hits);
+  deleteFiltersHits(NULL);
+  deleteFiltersGroup(group);
+}
+
 void callEveryFunctionOfInspect(void) {
   FiltersGroup *group = newFiltersGroup(500), *anotherGroup = newFiltersGroup(501);
   FiltersEntry *entry = newFiltersEntry(70000), *anotherEntry = newFiltersEntry(70000);
@@ -451,6 +509,7 @@ void callEveryFunctionOfInspect(void) {
   plan(group, anotherGroup);
   analyse();
   ask();
+  countHits();
 
   deleteMatch(vrf);
   deleteFiltersEntry(anotherEntry);

@@ -128,6 +128,7 @@ TEST(InspectC, SurvivesWithoutMemory) {
     EXPECT_TRUE(length == 0 || out[length - 1] == '\n') << out;
     return length != 0;
   };
+  constexpr unsigned char kFrame[20] = {0x45, 0, 0, 20, 0, 0, 0, 0, 1, 17};
   FiltersGroup* noGroup = nullptr;
   FiltersEntry* noEntry = nullptr;
   const std::pair<const char*, Call> calls[] = {
@@ -183,6 +184,24 @@ TEST(InspectC, SurvivesWithoutMemory) {
       {"PacketSetToText",
        [&] {
          return filtersPacketSetToText("ttl={1,3} src_ipv6=::/7", nullptr, out, sizeof out) != 0;
+       }},
+      {"PacketOf",
+       [&] {
+         filtersFrameFault_t fault = FILTERS_FRAME_FAULT_CUT;
+         const std::size_t length =
+             filtersPacketOf(kFrame, 20, 20, FILTERS_LINK_RAW, &fault, out, sizeof out);
+         EXPECT_EQ(length != 0, fault == FILTERS_FRAME_FAULT_ENDS_EARLY);
+         return length != 0;
+       }},
+      {"Hits",
+       [&] {
+         FiltersHits* hits = newFiltersHits(&rules, 3, "dst_l4_port=179");
+         const bool counted = filtersHitsCount(hits, kFrame, 20, 20, FILTERS_LINK_RAW, 5);
+         filtersAllHits_t all = {};
+         EXPECT_EQ(filtersHitsOfAll(hits, &all), hits != nullptr);
+         EXPECT_EQ(all.frames, counted ? 1u : 0u);
+         deleteFiltersHits(hits);
+         return counted;
        }},
       {"GroupToBytes", [&] { return filtersGroupToBytes(&group, out, sizeof out) != 0; }},
       {"EntryToBytes", [&] { return filtersEntryToBytes(&entry, out, sizeof out) != 0; }},

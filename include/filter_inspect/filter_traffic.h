@@ -1,0 +1,184 @@
+#ifndef FILTER_INSPECT_FILTER_TRAFFIC_H_
+#define FILTER_INSPECT_FILTER_TRAFFIC_H_
+
+// Says what frames of real traffic tell of their packets, and counts the rules that these hit. For
+// example, with frames that a program has captured:
+//
+//     HitCounter counter(group, Order::kHighestPriority);
+//     for (const auto& frame : frames)
+//       counter.count(frame.bytes, frame.captured, frame.length, Link::kEthernet, frame.time);
+//     for (const EntryHits& one : counter.hits().entries)
+//       if (one.hits.sure.frames == 0) std::cout << one.entry << " was not surely hit\n";
+//
+// The library takes frames as bytes, and reads no files of captures. filter-inspect does.
+//
+// Frames may come from anywhere. Nothing beyond the captured bytes is read, and no frame takes more
+// steps than it has bytes. packetOf() may be called from any thread. A counter may be
+// used by one thread at a time. All functions throw std::bad_alloc.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_inspect/filter_analysis.h>
+
+namespace FiltersInspect {
+
+// What a frame begins with.
+enum class Link : std::uint8_t {
+  kEthernet,      // MAC addresses and an ether type (IEEE 802.3), without preamble
+  kRaw,           // an IPv4 or IPv6 header
+  kLinuxCooked,   // the 16 bytes of Linux's capture on all interfaces
+  kLinuxCooked2,  // the 20 bytes of its second version
+  kLoopback,      // an address family in 4 bytes, in the order of either kind of machine
+};
+
+// Why some fields of a frame are not told. If there are several reasons, the first one counts.
+enum class FrameFault : std::uint8_t {
+  kNone,           // there is no such field
+  kCut,            // the field lies beyond what was captured
+  kEndsEarly,      // the frame or the IP packet ends within a header
+  kWrongLength,    // a length in a header contradicts the header or the frame
+  kWrongVersion,   // the version of the IP header is not the one that the frame announces
+  kUnknownLink,    // the frame announces a protocol in a way that is not known
+  kEncapsulated,   // the IP header may stand behind a header that is not read, such as MPLS
+  kLaterFragment,  // only the first fragment has the headers before the protocol
+};
+constexpr std::array<FrameFault, 8> kAllFrameFaults = {
+    FrameFault::kNone,         FrameFault::kCut,          FrameFault::kEndsEarly,
+    FrameFault::kWrongLength,  FrameFault::kWrongVersion, FrameFault::kUnknownLink,
+    FrameFault::kEncapsulated, FrameFault::kLaterFragment};
+
+// "ethernet", "raw", "linux-cooked", "linux-cooked-2" and "loopback"; "none", "cut", "ends-early"
+// and so on. A zero byte follows each name.
+FILTERS_API std::string_view nameOf(Link);
+FILTERS_API std::string_view nameOf(FrameFault);
+// The reason in words: "a header lies beyond what was captured".
+FILTERS_API std::string_view describe(FrameFault);
+
+// What a frame tells of its packet. `length` is the length of the frame on the wire, of which the
+// first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`, which may
+// be null, gets the reason why fields are not told.
+//
+// - dst_mac and src_mac: from Ethernet.
+// - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). An
+//   Ethernet frame without a tag is untagged and lacks the other three. A VLAN id of 0 is told as
+//   it stands, although such a tag only has a priority. Other links show a tag, but not that there
+//   was none.
+// - src_ipv4, dst_ipv4, src_ipv6, dst_ipv6, ip_protocol, tos and ttl: from the outermost IP header,
+//   behind all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
+//   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the one behind
+//   the extension headers. IP behind MPLS, PPPoE and other headers of this kind is not
+//   looked for, and then nothing of this is told. IP behind LLC and SNAP (RFC 1042) is.
+// - src_l4_port and dst_l4_port: from TCP, UDP, DCCP, SCTP and UDP-Lite. They are absent in other
+//   protocols, in all fragments but the first, and without IP.
+//
+// All other fields are the device's own knowledge, and are never told. A field that lies beyond the
+// captured bytes is not told, and neither are the fields of an IP header that contradicts itself
+// or the frame. So more captured bytes of a frame never change what was told of it. Bytes behind
+// the length that the IP header gives are padding.
+FILTERS_API Packet packetOf(const void* frame, std::size_t captured, std::size_t length, Link link,
+                            FrameFault* fault = nullptr);
+
+// Frames that have something in common, and the first of them.
+struct FrameCount {
+  std::uint64_t frames = 0;
+  std::uint64_t first = 0;      // its number, counted from 1; 0 if there is none
+  std::int64_t first_time = 0;  // its time, as it was given
+
+  void add(std::uint64_t number, std::int64_t time) {
+    if (frames++ != 0) return;
+    first = number;
+    first_time = time;
+  }
+};
+
+using FrameCounts = std::array<FrameCount, kAllFrameFaults.size()>;  // by FrameFault
+
+// Frames that are surely treated so, whatever is not told and under every reading, and frames that
+// may be.
+struct HitCounts {
+  FrameCount sure, possible;
+};
+
+struct EntryHits {
+  FiltersCommon::filtersEntryId_t entry;
+  HitCounts hits;
+};
+
+struct Hits {
+  std::uint64_t frames = 0;
+  // Frames of which it is known for sure which entry takes them, or that none does; and the others.
+  FrameCount decided, undecided;
+  std::vector<EntryHits> entries;  // those that come first come first
+  HitCounts none;                  // frames that no entry takes
+  FrameCounts faults;
+};
+
+// Counts the packets that the entries of a group take. The object may outlive the group.
+class FILTERS_API HitCounter {
+ public:
+  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. What a frame tells of
+  // a field wins, also that the packet lacks it.
+  HitCounter(const FiltersCommon::FiltersGroup& group, Order order, Packet assumed = {});
+  HitCounter(HitCounter&&) noexcept;
+  HitCounter& operator=(HitCounter&&) noexcept;
+  ~HitCounter();
+
+  // Counts a frame. `time` is kept as it is, for example as nanoseconds since 1970. If memory runs
+  // out, the frame is not counted.
+  void count(const void* frame, std::size_t captured, std::size_t length, Link link,
+             std::int64_t time = 0);
+  // The same for what packetOf() has told, which several counters can share.
+  void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
+  const Hits& hits() const;
+ private:
+  struct Counting;
+  std::unique_ptr<Counting> counting_;
+};
+
+// Frames that entry `a` of one group and entry `b` of another one treat differently. An entry that
+// is not set says that no entry of the group takes the frames.
+struct TreatedDifferently {
+  std::optional<FiltersCommon::filtersEntryId_t> a, b;
+  std::string before, after;  // what they do with the frames; empty if no entry takes them
+  HitCounts hits;
+};
+
+struct TrafficDifferences {
+  std::uint64_t frames = 0;
+  HitCounts differing;                    // frames that are treated differently
+  std::vector<TreatedDifferently> pairs;  // in the order of their first frames
+  FrameCounts faults = {};
+};
+
+// Counts the packets that two groups treat differently. Treatment is that of compareTreatment().
+// Equal matches of the groups take the same packets, however the device reads them, and a field
+// that is not told has one value for both groups. So nothing is found in two equal groups, unless
+// entries tie.
+class FILTERS_API TrafficComparison {
+ public:
+  // Like the functions of HitCounter.
+  TrafficComparison(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b,
+                    Order order, Packet assumed = {});
+  TrafficComparison(TrafficComparison&&) noexcept;
+  TrafficComparison& operator=(TrafficComparison&&) noexcept;
+  ~TrafficComparison();
+
+  void count(const void* frame, std::size_t captured, std::size_t length, Link link,
+             std::int64_t time = 0);
+  void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
+  const TrafficDifferences& differences() const;
+ private:
+  struct Comparing;
+  std::unique_ptr<Comparing> comparing_;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_TRAFFIC_H_

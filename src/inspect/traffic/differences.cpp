@@ -1,0 +1,233 @@
+#include <filter_inspect/filter_traffic.h>
+
+#include <algorithm>
+#include <map>
+#include <unordered_map>
+#include <utility>
+
+#include "analysis/cut.h"
+#include "analysis/prepared.h"
+#include "analysis/rule_space.h"
+#include "assumed.h"
+
+namespace FiltersInspect {
+namespace {
+
+using namespace FiltersCommon;
+
+// The number of steps that one frame may take, and the number of pairs that are looked at. With
+// more of either, pairs that are impossible may be counted as possible.
+constexpr std::uint64_t kStepsOfFrame = 20000;
+constexpr std::size_t kMostPairs = 1024;
+constexpr std::size_t kMostRemembered = 16384;
+
+// An entry of each group; null if no entry of the group takes the packet.
+struct EntryPair {
+  const PreparedEntry *a, *b;
+
+  bool isAlike() const {
+    return a == nullptr || b == nullptr ? a == b : a->treatment == b->treatment;
+  }
+};
+
+// Finds the pairs of entries that can be the first to take a packet, together for some values of
+// the fields that are not told and under some reading.
+class Together {
+ public:
+  // The entries that do not miss the packet, in their order.
+  Together(const std::vector<const PreparedEntry*>& a, const std::vector<const PreparedEntry*>& b,
+           const Packet& packet)
+      : groups_{&a, &b} {
+    for (const auto* group : groups_) {
+      for (const PreparedEntry* entry : *group) space_.add(leftOpen(entry->asked, packet));
+    }
+    space_.seal(false);
+  }
+
+  bool isPossible(const EntryPair& pair) {
+    const PreparedEntry* const pairs[] = {pair.a, pair.b};
+    space_.forget();
+    std::vector<std::uint32_t> takers;
+    std::vector<SetId> sets;
+    for (std::size_t side = 0; side < 2; ++side) {
+      if (pairs[side] == nullptr) continue;
+      const auto& all = *groups_[side];
+      const auto at = std::find(all.begin(), all.end(), pairs[side]) - all.begin();
+      takers.push_back(placeOf(side, static_cast<std::size_t>(at)));
+      sets.push_back(space_.may(takers.back()));
+    }
+    std::vector<Candidate> before;
+    for (std::size_t side = 0; side < 2; ++side) {
+      const auto& all = *groups_[side];
+      for (std::size_t i = 0; i < all.size(); ++i) {
+        if (pairs[side] != nullptr && all[i]->rank >= pairs[side]->rank) break;
+        const std::uint32_t place = placeOf(side, i);
+        const SetId set = space_.mustBeside(place, takers);
+        if (set != kNothing) before.push_back({set, 0, false, place});
+      }
+    }
+    const std::uint64_t work = before.size() / 64;  // to go through all of them once
+    if (steps_left_ <= work) return true;
+    Cut cut(space_.space(), steps_left_ - work);
+    const Cut::Outcome outcome = cut.run(sets, &before, true);
+    steps_left_ = cut.stepsLeft();
+    return outcome != Cut::Outcome::kNothingLeft;
+  }
+ private:
+  std::uint32_t placeOf(std::size_t side, std::size_t i) const {
+    return static_cast<std::uint32_t>(side == 0 ? i : groups_[0]->size() + i);
+  }
+
+  const std::vector<const PreparedEntry*>* groups_[2];
+  RuleSpace space_;
+  std::uint64_t steps_left_ = kStepsOfFrame;
+};
+
+struct Group {
+  Group(Preparer* preparer, const FiltersGroup& group, Order order)
+      : tracer(group, order), entries(preparer->entriesOf(group, order)) {
+    for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
+  }
+
+  // The entries that can be the first to take a packet, and null if there may be none.
+  std::vector<const PreparedEntry*> firstOf(const Decision& decision) const {
+    if (decision.entry) return {byId.at(*decision.entry)};
+    std::vector<const PreparedEntry*> all;
+    for (const filtersEntryId_t id : decision.candidates) all.push_back(byId.at(id));
+    if (decision.may_be_none || decision.outcome == Hit::kMiss) all.push_back(nullptr);
+    return all;
+  }
+
+  // The entries that do not miss the packet, up to the first that surely take it.
+  std::vector<const PreparedEntry*> takersOf(const Packet& packet) const {
+    PossibleTakers takers;
+    for (const PreparedEntry& entry : entries) {
+      if (!takers.add(entry, hitOf(entry, packet))) break;
+    }
+    return std::move(takers.entries);
+  }
+
+  Tracer tracer;
+  std::vector<PreparedEntry> entries;
+  std::unordered_map<filtersEntryId_t, const PreparedEntry*> byId;
+};
+
+}  // namespace
+
+struct TrafficComparison::Comparing {
+  using Ids = std::pair<std::optional<filtersEntryId_t>, std::optional<filtersEntryId_t>>;
+
+  Comparing(const FiltersGroup& first, const FiltersGroup& second, Order order, Packet its)
+      : a(&preparer, first, order), b(&preparer, second, order), assumed(std::move(its)) {
+    treatments = preparer.takeTreatments();
+  }
+
+  // The pairs that can take the packet.
+  std::vector<EntryPair> pairsOf(const Packet& packet) {
+    const auto firstOfA = a.firstOf(a.tracer.decide(packet));
+    const auto firstOfB = b.firstOf(b.tracer.decide(packet));
+    std::vector<EntryPair> pairs;
+    for (const PreparedEntry* one : firstOfA) {
+      for (const PreparedEntry* other : firstOfB) pairs.push_back({one, other});
+    }
+    if (pairs.size() == 1 || pairs.size() > kMostPairs ||
+        std::all_of(pairs.begin(), pairs.end(), [](const EntryPair& one) { return one.isAlike(); }))
+      return pairs;
+    const std::string key = keyOf(packet);
+    if (const auto known = narrowed.find(key); known != narrowed.end()) return known->second;
+    const auto takersOfA = a.takersOf(packet), takersOfB = b.takersOf(packet);
+    Together together(takersOfA, takersOfB, packet);
+    const auto isImpossible = [&](const EntryPair& one) { return !together.isPossible(one); };
+    pairs.erase(std::remove_if(pairs.begin(), pairs.end(), isImpossible), pairs.end());
+    if (narrowed.size() >= kMostRemembered) narrowed.clear();
+    narrowed.emplace(key, pairs);
+    return pairs;
+  }
+
+  static std::string keyOf(const Packet& packet) {
+    std::string key;
+    for (const PacketFields::Field& field : PacketFields::of(packet)) {
+      key += static_cast<char>(field.number);
+      key += field.has ? '1' : '0';
+      key.append(reinterpret_cast<const char*>(field.value.data()), sizeof field.value);
+    }
+    return key;
+  }
+
+  TreatedDifferently& rowOf(const EntryPair& pair) {
+    const auto idOf = [](const PreparedEntry* entry) {
+      return entry == nullptr ? std::nullopt : std::optional(entry->id);
+    };
+    const auto textOf = [this](const PreparedEntry* entry) {
+      return entry == nullptr ? std::string() : treatments[entry->treatment];
+    };
+    const Ids ids(idOf(pair.a), idOf(pair.b));
+    const auto known = places.find(ids);
+    if (known != places.end()) return all.pairs[known->second];
+    TreatedDifferently row{ids.first, ids.second, textOf(pair.a), textOf(pair.b), {}};
+    if (all.pairs.size() == all.pairs.capacity()) all.pairs.reserve(2 * all.pairs.size() + 1);
+    places.emplace(ids, all.pairs.size());
+    return all.pairs.emplace_back(std::move(row));
+  }
+
+  // Takes back the rows behind the first ones.
+  void keepRows(std::size_t count) {
+    for (; all.pairs.size() > count; all.pairs.pop_back()) {
+      places.erase(Ids(all.pairs.back().a, all.pairs.back().b));
+    }
+  }
+
+  Preparer preparer;
+  Group a, b;
+  Packet assumed;
+  std::vector<std::string> treatments;
+  TrafficDifferences all;
+  std::map<Ids, std::size_t> places;  // in `all.pairs`
+  std::unordered_map<std::string, std::vector<EntryPair>>
+      narrowed;  // of packets that are undecided
+};
+
+TrafficComparison::TrafficComparison(const FiltersGroup& a, const FiltersGroup& b, Order order,
+                                     Packet assumed)
+    : comparing_(std::make_unique<Comparing>(a, b, order, std::move(assumed))) {}
+TrafficComparison::TrafficComparison(TrafficComparison&&) noexcept = default;
+TrafficComparison& TrafficComparison::operator=(TrafficComparison&&) noexcept = default;
+TrafficComparison::~TrafficComparison() = default;
+
+void TrafficComparison::count(const void* frame, std::size_t captured, std::size_t length,
+                              Link link, std::int64_t time) {
+  FrameFault fault = FrameFault::kNone;
+  const Packet packet = packetOf(frame, captured, length, link, &fault);
+  count(packet, fault, time);
+}
+
+void TrafficComparison::count(const Packet& packet, FrameFault fault, std::int64_t time) {
+  Comparing& its = *comparing_;
+  std::vector<EntryPair> pairs = its.pairsOf(withAssumed(packet, its.assumed));
+  const bool isAlone = pairs.size() == 1;
+  const auto firstAlike = std::remove_if(pairs.begin(), pairs.end(),
+                                         [](const EntryPair& one) { return one.isAlike(); });
+  const bool isSure = firstAlike == pairs.end();
+  pairs.erase(firstAlike, pairs.end());
+  const std::size_t rows = its.all.pairs.size();
+  try {
+    for (const EntryPair& pair : pairs) its.rowOf(pair);
+  } catch (...) {
+    its.keepRows(rows);
+    throw;
+  }
+  // Nothing can fail from here on.
+  TrafficDifferences& all = its.all;
+  const std::uint64_t number = ++all.frames;
+  all.faults[static_cast<std::size_t>(fault)].add(number, time);
+  if (pairs.empty()) return;
+  (isSure ? all.differing.sure : all.differing.possible).add(number, time);
+  for (const EntryPair& pair : pairs) {
+    HitCounts& hits = its.rowOf(pair).hits;
+    (isAlone ? hits.sure : hits.possible).add(number, time);
+  }
+}
+
+const TrafficDifferences& TrafficComparison::differences() const { return comparing_->all; }
+
+}  // namespace FiltersInspect
