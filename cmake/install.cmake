@@ -102,7 +102,8 @@ function(filter_common_install libdir docdir prefix)
     install(TARGETS filter-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ${tool})
     install(FILES ${command_manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man1 ${tool})
     install(FILES ${form_manual} DESTINATION ${CMAKE_INSTALL_DATADIR}/man/man5 ${tool})
-    install(FILES docs/first-rules.md docs/vocabulary.md docs/findings.md docs/troubleshooting.md
+    install(FILES docs/first-rules.md docs/vocabulary.md docs/policies.md docs/findings.md
+                  docs/troubleshooting.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/filter-inspect ${tool})
     install(DIRECTORY examples/rules/
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/filter-inspect/examples ${tool})

@@ -11,6 +11,35 @@
 #include "../tests/inspect/forms/form_samples.h"
 #include "../tests/inspect/traffic/frame_samples.h"
 
+namespace {
+
+// Policies, and bytes from which the harness makes tiny groups.
+void writePolicies(const std::filesystem::path& path) {
+  const std::string policy =
+      "filter-policy 1\n"
+      "group 1 order=highest-priority\n"
+      "never permit if tos=9 external_vlan_id={7,8}  # a tie and a reading\n"
+      "always deny set_pcp if src_ipv4=10.0.0.0-10.0.3.255 internal_pcp=none\n"
+      "never taken\n"
+      "accept entries-tie entry 20\n"
+      "group 2 order=unspecified\n"
+      "always taken if dst_l4_port=1/0x1\n";
+  std::filesystem::create_directories(path);
+  std::mt19937 random(1);
+  for (int i = 0; i < 200; ++i) {
+    std::string seed = policy;
+    if (i % 2 == 0) {
+      for (char& c : seed) c = static_cast<char>(random());
+      seed[0] = static_cast<char>(0x80 | random());
+    } else if (i > 1) {
+      seed[random() % seed.size()] = "0x9 =,{/-\n#"[random() % 11];
+    }
+    std::ofstream(path / std::to_string(i), std::ios::binary) << seed;
+  }
+}
+
+}  // namespace
+
 int main(int, char** argv) {
   using namespace catalogue;
   const std::pair<const char*, FormOfGroups> forms[] = {{"text_groups", kText},
@@ -56,6 +85,7 @@ int main(int, char** argv) {
     }
   }
   std::ofstream(path / std::to_string(count++)) << "permit set_pcp=5 set_dscp=ef";
+  writePolicies(std::filesystem::path(argv[1]) / "policies");
   const std::filesystem::path folder = std::filesystem::path(argv[1]) / "frames";
   std::filesystem::create_directories(folder);
   for (const frames::Sample& sample : frames::samples()) {

@@ -232,6 +232,17 @@ FILTERS_API FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const 
                                                    int32_t order);
 FILTERS_API FiltersReport* filtersUnusualValues(const FiltersGroup* g);
 
+// checkPolicy() of filter_policy.h with its default options, for a policy as text: one finding for
+// each promise about the group, "policy-holds", "policy-fails" or "policy-open". If the text cannot
+// be read, the report has its faults instead, which are errors.
+FILTERS_API FiltersReport* filtersCheckPolicy(const FiltersGroup* g, const char* policy,
+                                              size_t size);
+// analyse() with its default options and the order that the policy has for the group, and then
+// acceptFindings(). *accepted, which may be null, gets the number of findings that are accepted. If
+// the text cannot be read, the report has its faults instead.
+FILTERS_API FiltersReport* filtersAnalyseAccepting(const FiltersGroup* g, const char* policy,
+                                                   size_t size, size_t* accepted);
+
 typedef enum filtersOutcome_t {
   FILTERS_OUTCOME_MISS = 0,       // no entry takes the packet
   FILTERS_OUTCOME_HIT = 1,        // one does

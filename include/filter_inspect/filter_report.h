@@ -156,8 +156,8 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 // Writes JSON that follows docs/schema/filter-report-1.schema.json, with a newline at the end. The
 // bytes are the same on every machine. `command` is the question that the report answers; the
 // schema accepts "check", "diff", "plan", "analyse", "trace", "search", "hits", "capabilities",
-// "show", "convert", "names" and "usage", and refuses a document with any other. `file` is the name
-// of the input.
+// "show", "convert", "names", "expect" and "usage", and refuses a document with any other. `file`
+// is the name of the input.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 
@@ -166,6 +166,7 @@ struct ReportInput {
   std::string file;
   std::optional<std::size_t> groups;  // the document leaves it out if unset
   Report report;
+  std::size_t accepted = 0;  // findings that a policy accepts; the document leaves out 0
 };
 FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, std::string_view command);
 

@@ -125,6 +125,7 @@ entry 40 priority=60 if ttl=1 then deny
     with open("rules.txt", "rb") as file:
         rules = file.read()
     write("twice.txt", rules + rules[rules.index(b"group 7") :].replace(b"group 7", b"group 8"))
+    write("same.txt", rules + rules[rules.index(b"group 7") :])
     write("fewer.txt", re.sub(b"entry 30 .*\n", b"", rules))
     policed = rules.replace(b"permit\n", b"permit police {id=5 stage=ingress flow cir=1000 red=drop}\n", 1)
     policed = policed.replace(b"ip_protocol=6", b"ttl=6").replace(b"25 then deny", b"25 then permit copy_to_cpu")
@@ -148,6 +149,19 @@ entry 5 priority=5 if ip_protocol=6 then deny
     inspect("convert", "late.txt", "--to=bytes", "-o", "late.bin")
     write("lines.txt", rules.replace(b"\n", b"\r\n"))
     write("bare.txt", rules.replace(b"\n", b"\r"))
+    write("policy.txt", b"""filter-policy 1
+group 7 order=highest-priority
+always permit if src_ipv4=192.0.2.0/24
+never deny if ttl=1 src_ipv4=none dst_l4_port=179 # "<caf\xc3\xa9>\xff\x01&
+  never taken if ttl=2-9 dst_l4_port=none
+accept value-unusual entry 30
+accept entry-unreachable entry 20
+accept entries-tie entry 30
+""")
+    write("kept.policy", b"filter-policy 1\ngroup 7 order=ascending-id\nalways permit if src_ipv4=192.0.2.0/24\n")
+    write("stale.policy", b"filter-policy 1\ngroup 7 order=ascending-id\naccept entries-tie entry 10\n"
+          b"group 8 order=lowest-priority\naccept not-decided entry 1\n")
+    write("bad.policy", b"filter-policy 1\ngroup 7 order=ascending\nalways permt if ttl=300\n")
     write("packets.txt", b"""# one of each
 src_ipv4=192.0.2.7
 \r
@@ -464,6 +478,52 @@ TABLE = [
     ("analyse cut.bin --framing=be32", 2, ".*cut.bin: 2 groups, 7 entries.*",
      r"cut.bin: group 2: error: .*\[bytes-broken\]\n"),
     ("analyse g.bin --order=priority", 2, NONE, ".*'priority'; did you mean highest-priority, lowest-priority, .*\n"),
+    ("expect policy.txt rules.txt", 1,
+     "policy.txt:3: holds: always permit if src_ipv4=192.0.2.0/24 \\[policy-holds\\]\n"
+     "policy.txt:4: not decided: entry 40 denies [^\n]*, unless entry 30 permits it: nothing says which of "
+     "entries 30 and 40 comes first \\[policy-open\\]\n"
+     "policy.txt:5: fails: entry 10 permits [^\n]* ttl=[2-9] \\[policy-fails\\]\n"
+     "policy.txt: 3 promises: 1 holds, 1 fails, 1 is not decided \\(assumptions A1-A5: [^\n]*\n", NONE),
+    ("expect kept.policy twice.txt", 0,
+     ".*kept.policy: 1 promise: 1 holds; no promise about group 8 \\(.*\n", NONE),
+    ("expect kept.policy twice.txt --group=7", 0, ".*kept.policy: 1 promise: 1 holds \\(.*\n", NONE),
+    ("expect kept.policy twice.txt --group=8", 0,
+     "kept.policy: 0 promises; no promise about group 8 \\(.*\n", NONE),
+    ("expect kept.policy same.txt", 0,
+     "kept.policy:3: holds: same.txt:2:1: always [^\n]*\nkept.policy:3: holds: same.txt:7:1: [^\n]*\n"
+     "kept.policy: 2 promises: 2 hold .*", NONE),
+    ("expect -q policy.txt rules.txt", 1, NONE, NONE),
+    ("expect - rules.txt <kept.policy", 0, "-:3: holds: .*", NONE),
+    ("expect kept.policy - <rules.txt", 0, "kept.policy:3: holds: .*", NONE),
+    ("expect - - <rules.txt", 2, NONE, "filter-inspect: -: standard input is read once\n"),
+    ("expect kept.policy g.bin", 2, NONE, "kept.policy:2:1: error: g.bin has no group 7 \\[usage\\]\n"),
+    ("expect kept.policy rules.txt --group=9", 2, NONE, ".*there is no group 9; there are: 7\n"),
+    ("expect bad.policy rules.txt", 2, NONE,
+     "bad.policy:2:15: error: there is no order 'ascending'; did you mean ascending-id\\? .*\n"
+     "bad.policy:3:8: error: .*did you mean permit.*\nbad.policy:3:17: error: .*"
+     "bad.policy: refused; nothing was read\n"),
+    ("expect bad.policy rules.txt --max-findings=1", 2, NONE,
+     "bad.policy:2:15: [^\n]*\nbad.policy: left out: 2 errors; [^\n]*\nbad.policy: refused; [^\n]*\n"),
+    ("expect large.bin rules.txt --max-bytes=9", 2, NONE, ".*large.bin: there are more than 9 bytes.*"),
+    ("expect nosuch.txt rules.txt", 2, NONE, "filter-inspect: nosuch.txt: " + ENOENT),
+    ("expect kept.policy nosuch.txt", 2, NONE, "filter-inspect: nosuch.txt: " + ENOENT),
+    ("expect kept.policy", 2, NONE, ".*FILE.*"),
+    ("expect kept.policy rules.txt --junit=-", 2, NONE, ".*standard output takes the verdicts.*"),
+    ("expect kept.policy rules.txt --junit=nosuch/policy.xml", 2, "kept.policy:3: holds: .*",
+     "filter-inspect: nosuch/policy.xml: " + ENOENT),
+    ("expect policy.txt rules.txt --max-steps=0", 1, ".* not decided: whether it holds takes too many steps.*", NONE),
+    ("analyse --policy=policy.txt rules.txt", 0,
+     "rules.txt: 1 group, 4 entries, nothing else to say; 3 accepted \\(order: highest-priority; .*\n", NONE),
+    ("analyse --policy=kept.policy rules.txt", 1, ".*\\(order: ascending-id; .*", NONE),
+    ("analyse --policy=policy.txt --order=ascending-id rules.txt", 2, NONE,
+     "policy.txt:2:1: error: group 7 has the order highest-priority, and not ascending-id \\[usage\\]\n"),
+    ("analyse --policy=stale.policy twice.txt", 2, NONE,
+     "stale.policy:4:1: error: group 8 has the order lowest-priority, and not ascending-id: choose [^\n]*\n"),
+    ("analyse --policy=stale.policy twice.txt --group=7", 1,
+     ".*note: entry 10: line 3 of the policy accepts entries-tie, which is not found.*", NONE),
+    ("analyse --policy=policy.txt g.bin --order=highest-priority", 1, ".*",
+     "policy.txt:2:1: note: there is no group 7 \\[accept-stale\\]\n"),
+    ("analyse --policy=bad.policy rules.txt", 2, NONE, ".*bad.policy: refused; nothing was read\n"),
     ("trace rules.txt --order=highest-priority --packet=src_ipv4=192.0.2.7", 0,
      "rules.txt:3:1: hit: entry 10 \\(permit\\)\n  10 hit\n  20 miss: src_ipv4\n  30 undecided: .*", NONE),
     ("trace rules.txt --order=ascending-id --packet=ip_protocol=6", 1,
@@ -533,8 +593,9 @@ TABLE = [
      "rules.txt:4:1: entry 20 \\(deny\\): nothing is left of it\n"
      "rules.txt:3:1: entry 10 \\(permit\\): packets are left for it\n"
      "  src_ipv4=192.0.2.0/24 ttl=1\n", NONE),
-    ("search g.bin --order=ascending-id --max-steps=0", 2,
-     "(g.bin: group [^\n]*; what else there is takes too many steps to say\n)+", NONE),
+    ("search rules.txt --order=highest-priority --packets=src_ipv4=192.0.2.128/25 --then=deny"
+     " --max-steps=0", 2, "rules.txt:2:1: no entry with deny takes any of these packets; what else "
+     "there is takes too many steps to say\n", NONE),
     ("search - --order=ascending-id --packets=ttl=1 -q <rules.txt", 1, NONE, NONE),
     ("search rules.txt --order=ascending-id --packets=ttl={1,300}", 2, NONE,
      r"--packets:1:8: error: '300': ttl is a number from 0 to 255 .*"),
@@ -772,6 +833,12 @@ DOCUMENTS = [
      {"treatment-differs", "entry-changed"}),
     ("analyse late.txt --order=highest-priority --max-findings=1", 1, True, False,
      {"entries-tie"}),
+    ("analyse --policy=policy.txt rules.txt", 0, True, False, {'"accepted": 3'}),
+    ("expect policy.txt rules.txt", 1, True, False,
+     {"policy-fails", "policy-holds", "policy-open", '"path": "policy.txt:4"', '"order": "highest-priority"',
+      '"word": "never taken if ttl=2-9 dst_l4_port=none"', '"before": "permit"'}),
+    ("expect bad.policy rules.txt", 2, False, True, {"text-value", '"word": "permt"'}),
+    ("expect kept.policy g.bin", 2, False, True, {"usage", "has no group 7"}),
     ("analyse g.bin --svg", 2, False, True, {"usage", '"command": "analyse"'}),
     ("analyse rules.txt nosuch.bin", 2, True, True, {"entries-overlap", "file-unreadable"}),
     ("capabilities --type=6", 0, True, False,
@@ -840,7 +907,7 @@ def try_documents():
             for document in map(json.loads, text.splitlines() if is_lines else [text]):
                 faults = list(validators[document["format"]].iter_errors(document))
                 expect(line, not faults, *faults)
-                is_analysis = text is done.stdout and ("--order" in line or "analyse" in line)
+                is_analysis = text is done.stdout and re.search("--order|analyse|expect", line) is not None
                 expect(line, ("order" in document) == is_analysis)
                 expect(line, ("assumptions" in document) == (is_analysis and not is_lines))
                 for part in document.get("inputs", []):
@@ -946,7 +1013,7 @@ def try_picture():
     texts = [text.text for text in root.iter(svg + "text")]
     expect("a picture", done.returncode == 1 and len(marks) == 16, done.stderr, marks)
     expect("its marks", marks[:4] == ["noted", "unreachable", "tie", "tie"], marks)
-    words = {"src_ipv4", "192.0.2.128/25", 'a&<">??.txt:2:1 (id 7)', "never takes effect: 10"}
+    words = {"src_ipv4", "192.0.2.128/25", "a&<\">\u00e9.txt:2:1 (id 7)", "never takes effect: 10"}
     expect("its words", words <= set(texts), texts)
     inspect("analyse", "rules.txt", "--max-findings=1", "--svg=left.svg")
     *texts, foot = [text.text for text in ElementTree.parse("left.svg").iter(svg + "text")]
@@ -982,6 +1049,29 @@ def try_picture():
         done = inspect("analyse", "g.bin", "--svg", place)
         expect(f"no picture to {place}", done.returncode == 2 and trouble in done.stderr,
                done.stderr)
+
+
+def try_junit():
+    """Build servers read the XML, whatever bytes a comment or the name of a file has."""
+    odd = "odd\udcff\x02<\u00e9>&\"'.policy"
+    os.link("policy.txt", odd)
+    done = inspect("expect", odd, "rules.txt", "--junit=policy.xml")
+    expect("odd names", done.returncode == 1, done.stderr)
+    suites = ElementTree.parse("policy.xml").getroot()
+    counts = {"tests": "3", "failures": "2", "errors": "0", "skipped": "0"}
+    expect("suites", suites.tag == "testsuites" and suites.attrib == {"name": "odd??<\u00e9>&\"'.policy", **counts},
+           suites.attrib)
+    (suite,) = suites
+    expect("suite", suite.attrib == {"name": "rules.txt:2:1", **counts}, suite.attrib)
+    names = [case.get("name") for case in suite]
+    expect("cases", names == [
+        "line 3: always permit if src_ipv4=192.0.2.0/24",
+        "line 4: never deny if ttl=1 src_ipv4=none dst_l4_port=179  # \"<caf\u00e9>??&",
+        "line 5: never taken if ttl=2-9 dst_l4_port=none"], names)
+    failures = [[failure.get("type") for failure in case] for case in suite]
+    expect("failures", failures == [[], ["policy-open"], ["policy-fails"]], failures)
+    said = suite[2][0].get("message")
+    expect("messages", said.startswith("fails: entry 10 permits ") and said == suite[2][0].text, said)
 
 
 def on_terminal(*arguments, **environment):
@@ -1201,6 +1291,7 @@ def main():
         try_output()
         try_interrupt()
         try_picture()
+        try_junit()
         try_terminal()
         try_progress()
         try_captures()

@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <set>
 
 #include "analysis.h"
 #include "file_report.h"
 #include "output.h"
 #include "picture.h"
+#include "policy_file.h"
 #include "selection.h"
 
 namespace FilterInspectTool {
@@ -19,34 +21,64 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
   how.redundant = options.redundant;
-  // Findings about other entries are dropped later, and must not take the place of these.
+  // Findings that are dropped later must not take the place of the others.
   constexpr std::size_t kMostToChooseFrom = 100000;
-  how.max_findings = options.entries.empty() ? options.max_findings
-                                             : std::max(options.max_findings, kMostToChooseFrom);
+  const bool isAll = options.entries.empty() && options.policy.empty();
+  how.max_findings =
+      isAll ? options.max_findings : std::max(options.max_findings, kMostToChooseFrom);
   how.max_steps = options.max_steps;
   how.progress = console->progressOf("analysing", place);
   return how;
 }
 
-std::string restsOn(Order order) {
+std::string assumptionNumbers() {
   const auto numberOf = [](std::string_view assumption) {
     return std::string(assumption.substr(0, assumption.find(':')));
   };
-  return "order: " + std::string(nameOf(order)) + "; assumptions " +
-         numberOf(assumptions().front()) + '-' + numberOf(assumptions().back()) +
+  return "assumptions " + numberOf(assumptions().front()) + '-' + numberOf(assumptions().back()) +
          ": filter-inspect(1)";
 }
 
-Exit runAnalyse(const Options& options, Console* console) {
+std::string restsOn(Order order) {
+  return "order: " + std::string(nameOf(order)) + "; " + assumptionNumbers();
+}
+
+namespace {
+
+// Says which groups have acceptances in the policy, and are in no file.
+void tellUnseen(const Policy& policy, const std::set<FiltersCommon::filtersGroupId_t>& seen,
+                const Options& options, Console* console) {
+  for (const PolicyGroup& group : policy.groups()) {
+    const bool isIt = !group.accepted.empty() && isAskedFor(group.group, options);
+    if (!isIt || seen.count(group.group) != 0) continue;
+    Finding stale =
+        findingOf(Code::kAcceptStale, "there is no group " + std::to_string(group.group));
+    stale.path = std::to_string(group.line) + ":1";
+    console->aside(options.policy, {{stale}});
+  }
+}
+
+}  // namespace
+
+Exit runAnalyse(const Options& given, Console* console) {
+  Options options = given;
   if (options.picture == "-") {
     console->trouble(Code::kUsage, "--svg", "standard output takes the report, not the picture");
     return kExitTrouble;
+  }
+  std::optional<Policy> policy;
+  if (!options.policy.empty()) {
+    policy = readPolicy(options, console);
+    const auto its = policy ? orderOf(*policy, options, console) : std::nullopt;
+    if (!its) return kExitTrouble;
+    options.order = nameOf(*its);
   }
   const Order order = orderOf(options);
   std::vector<ReportInput> documents;
   Picture picture(order);
   Selection selection(options);
   bool found = false;
+  std::set<FiltersCommon::filtersGroupId_t> seen;
   forEachInput(options, {}, console, [&](Input& input) {
     selection.choose(&input);
     tellLosses(input, console);
@@ -56,6 +88,8 @@ Exit runAnalyse(const Options& options, Console* console) {
       if (!group.group) continue;
       Report report = analyse(*group.group, analysisOf(options, group.place, console));
       console->hideProgress();
+      seen.insert(group.group->getId());
+      if (policy) all.addAccepted(acceptFindings(*policy, group.group->getId(), &report));
       selection.keep(&report);
       if (options.picture) picture.add(group.place, *group.group, report);
       all.add(group, std::move(report));
@@ -66,6 +100,7 @@ Exit runAnalyse(const Options& options, Console* console) {
     documents.push_back(options.json ? std::move(document) : ReportInput());
   });
   if (documents.empty() || !selection.isThere(console)) return kExitTrouble;
+  if (policy) tellUnseen(*policy, seen, options, console);
   if (options.picture) writeTo(*options.picture, picture.take(), console);
   if (options.json) console->write(documents, order);
   return found ? kExitFound : kExitFine;

@@ -20,7 +20,8 @@ FiltersInspect::Order orderOf(const Options& options);
 FiltersInspect::AnalysisOptions analysisOf(const Options& options, std::string_view place,
                                            Console* console);
 
-// "order: unspecified; assumptions A1-A5: filter-inspect(1)"
+// "order: unspecified; assumptions A1-A5: filter-inspect(1)", and the part behind the order.
+std::string assumptionNumbers();
 std::string restsOn(FiltersInspect::Order order);
 
 }  // namespace FilterInspectTool

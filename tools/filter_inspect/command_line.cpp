@@ -222,6 +222,25 @@ void declareAnalyse(CLI::App* command, Options* options) {
       ->add_option("--svg", options->picture, "Also draw the groups and the findings into a file")
       ->take_last()
       ->option_text("OUT");
+  command
+      ->add_option("--policy", options->policy,
+                   "Count the findings that this policy accepts apart; its order counts")
+      ->take_last()
+      ->option_text("FILE");
+}
+
+void declareExpect(CLI::App* command, Options* options) {
+  command->add_option("POLICY", options->policy, "A file with promises, or - for standard input")
+      ->option_text(" ")
+      ->required();
+  declareFiles(command, options, 1, 1);
+  declareIds(command, "--group", &options->groups,
+             "Only promises about groups with this id; may be given several times");
+  declareLimit(command, "--max-steps", &options->max_steps,
+               "Leave a promise undecided after N steps for an entry");
+  command->add_option("--junit", options->junit, "Also write the verdicts as XML for build servers")
+      ->take_last()
+      ->option_text("OUT");
 }
 
 std::string fieldsOfPackets() {
@@ -320,6 +339,8 @@ constexpr Command kCommands[] = {
      declareAnalyse, runAnalyse,
      "analyse --order=highest-priority edge.txt\n"
      "analyse --order=highest-priority --svg=edge.svg edge.txt"},
+    {"expect", "Say which promises of a policy the rules keep", declareExpect, runExpect,
+     "expect policy.txt edge.txt\nexpect --junit=policy.xml policy.txt edge.txt"},
     {"trace", "Print which entry takes a packet, or each packet of a file", declareTrace, runTrace,
      "trace edge.txt --order=highest-priority --packet=ttl=1\n"
      "trace edge.txt --order=highest-priority --packets=packets.txt"},

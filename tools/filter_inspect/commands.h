@@ -49,6 +49,8 @@ struct Options {
   std::optional<std::string> capture;  // a file of captured traffic
   std::string assumed;                 // fields of all of its packets
   std::uint64_t max_steps = 100000;
+  std::string policy;  // a file
+  std::optional<std::string> junit;
 };
 
 class Console;
@@ -75,6 +77,7 @@ Exit runConvert(const Options& options, Console* console);
 Exit runDiff(const Options& options, Console* console);
 Exit runPlan(const Options& options, Console* console);
 Exit runAnalyse(const Options& options, Console* console);
+Exit runExpect(const Options& options, Console* console);
 Exit runTrace(const Options& options, Console* console);
 Exit runSearch(const Options& options, Console* console);
 Exit runHits(const Options& options, Console* console);

@@ -6,14 +6,17 @@ namespace FilterInspectTool {
 namespace {
 
 // "g.bin: 2 groups, 12 entries, nothing to say"
-std::string summaryOf(const Input& input, std::size_t entries, const Report& all) {
+std::string summaryOf(const Input& input, std::size_t entries, const Report& all,
+                      std::size_t accepted) {
   FiltersInspect::SeverityCounts counts = {};
   for (const Finding& finding : all.findings) ++counts[static_cast<std::size_t>(finding.severity)];
   std::string text = printable(input.file) + ": " + counted(input.groups.size(), "group") + ", " +
                      counted(entries, "entry");
   if (!all.findings.empty()) text += ", " + FiltersInspect::countsText(counts);
   if (all.left_out != 0) text += "; " + leftOutText(all);
-  return all.empty() ? text + ", nothing to say" : text;
+  if (all.empty()) text += accepted == 0 ? ", nothing to say" : ", nothing else to say";
+  if (accepted != 0) text += "; " + std::to_string(accepted) + " accepted";
+  return text;
 }
 
 }  // namespace
@@ -38,9 +41,9 @@ ReportInput FileReport::write(std::size_t entries, const std::string& tail, Cons
   Report all = take();
   if (!options_.json) {
     console->write(input_.file, all);
-    console->writeLine(summaryOf(input_, entries, all) + tail);
+    console->writeLine(summaryOf(input_, entries, all, accepted_) + tail);
   }
-  return {input_.file, input_.groups.size(), std::move(all)};
+  return {input_.file, input_.groups.size(), std::move(all), accepted_};
 }
 
 }  // namespace FilterInspectTool

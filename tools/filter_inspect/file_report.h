@@ -20,6 +20,8 @@ class FileReport {
   void add(const InputGroup& group, Report&& report);
   // Adds a report about several groups. Its findings must already name their groups.
   void add(Report&& report) { all_.append(std::move(report)); }
+  // Counts findings that a policy accepts, and that are not in the reports.
+  void addAccepted(std::size_t number) { accepted_ += number; }
   // All findings, group by group. If some are left out, the most severe come first.
   Report take();
   // Writes the findings and a summary that ends in `tail`; with --json, only returns the input of a
@@ -29,6 +31,7 @@ class FileReport {
   const Options& options_;
   const Input& input_;
   FiltersInspect::LimitedReport all_;
+  std::size_t accepted_ = 0;
 };
 
 }  // namespace FilterInspectTool

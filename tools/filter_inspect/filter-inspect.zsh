@@ -17,6 +17,7 @@ _filter_inspect() {
     'diff:Compare two files, entry by entry'
     'plan:Print the steps that turn the groups of one file into those of another'
     'analyse:Report entries that never take effect, are redundant, tie or overlap'
+    'expect:Say which promises of a policy the rules keep'
     'trace:Print which entry takes a packet, or each packet of a file'
     'search:Print which entries take the packets of a set, with an example of each'
     'hits:Count the packets of captured traffic that each entry takes'
@@ -74,6 +75,12 @@ _filter_inspect() {
     '--no-redundant[Skip the search for redundant entries, which takes most of the time]'
     '--max-steps=[Leave an entry undecided after N steps (default 100000)]:N:'
     '--svg=[Also draw the groups and the findings into a file]:file:_files'
+    '--policy=[Count the findings that this policy accepts apart; its order counts]:file:_files'
+  )
+  local -a of_expect=(
+    '*--group=[Only promises about groups with this id; may be given several times]:ID:'
+    '--max-steps=[Leave a promise undecided after N steps for an entry (default 100000)]:N:'
+    '--junit=[Also write the verdicts as XML for build servers]:file:_files'
   )
   local -a of_trace=(
     '--order=[The rule that the device tries first if two take a packet]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'

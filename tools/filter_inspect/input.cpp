@@ -271,16 +271,7 @@ std::optional<Input> readInput(const std::string& file, const Options& options,
   Input input;
   input.file = file;
   console->showProgress(file);
-  if (const int error = readAll(file, options.max_bytes, &input.content)) {
-    console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, error);
-    return std::nullopt;
-  }
-  if (input.content.size() > options.max_bytes) {
-    console->trouble(Code::kLimitExceeded, file,
-                     "there are more than " + counted(options.max_bytes, "byte") +
-                         ", and none is read; --max-bytes=N raises the limit");
-    return std::nullopt;
-  }
+  if (!readFile(file, options, &input.content, console)) return std::nullopt;
   input.form = formOf(input.content, options.from);
   Reader reader(options, wanted, console, &input);
   if (input.form == FileForm::kBytes) {
@@ -295,6 +286,19 @@ std::optional<Input> readInput(const std::string& file, const Options& options,
 }
 
 }  // namespace
+
+bool readFile(const std::string& file, const Options& options, std::string* content,
+              Console* console) {
+  if (const int error = readAll(file, options.max_bytes, content)) {
+    console->systemTrouble(Code::kFileUnreadable, file.empty() ? "''" : file, error);
+    return false;
+  }
+  if (content->size() <= options.max_bytes) return true;
+  console->trouble(Code::kLimitExceeded, file,
+                   "there are more than " + counted(options.max_bytes, "byte") +
+                       ", and none is read; --max-bytes=N raises the limit");
+  return false;
+}
 
 bool Input::isBroken() const {
   return std::any_of(groups.begin(), groups.end(),

@@ -57,6 +57,10 @@ struct Input {
 // Reports what a device would lose of the input. Broken bytes are trouble.
 void tellLosses(const Input& input, Console* console);
 
+// Reads a whole file, or reports why it cannot be read or is too large.
+bool readFile(const std::string& file, const Options& options, std::string* content,
+              Console* console);
+
 // What a command needs of files.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below this severity are left out

@@ -7,6 +7,7 @@
 
 #include "analysis.h"
 #include "table.h"
+#include "xml.h"
 
 namespace FilterInspectTool {
 namespace {
@@ -20,19 +21,6 @@ constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the wh
 constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
 constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
 constexpr std::size_t kLongestBar = 240;
-
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '&' || c == '<' || c == '>' || c == '"') {
-      result += "&#" + std::to_string(byte) + ';';
-    } else {
-      result += byte < ' ' || byte > '~' ? '?' : c;
-    }
-  }
-  return result;
-}
 
 // If an entry has several findings, the one whose look is last in this list is drawn.
 struct Look {
@@ -164,8 +152,8 @@ void Picture::drawText(std::size_t x, const char* style, std::string_view text, 
   if (text.empty()) return;
   const bool isCut = most != 0 && text.size() > most;
   body_ += "<text x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y_ + 14) + "\" class=\"" +
-           style + "\">" + escaped(isCut ? text.substr(0, most - 2) : text) + (isCut ? ".." : "");
-  if (isCut) body_ += "<title>" + escaped(text) + "</title>";
+           style + "\">" + inXml(isCut ? text.substr(0, most - 2) : text) + (isCut ? ".." : "");
+  if (isCut) body_ += "<title>" + inXml(text) + "</title>";
   body_ += "</text>\n";
   const std::size_t letters = isCut ? most : text.size();
   width_ = std::max(width_, x + letters * (kLetter + 2));
@@ -266,7 +254,7 @@ void Picture::draw(const std::string& title, const Table& table) {
     const char* style = row.look == nullptr ? "plain" : row.look->style;
     body_ += "<g>";
     drawBox(kMargin - 6, wide, style);
-    if (!row.why.empty()) body_ += "<title>" + escaped(row.why) + "</title>\n";
+    if (!row.why.empty()) body_ += "<title>" + inXml(row.why) + "</title>\n";
     std::vector<std::string_view> cells;
     for (const Column& column : table.columns) cells.push_back(column.cells[i]);
     drawRow(style, cells);

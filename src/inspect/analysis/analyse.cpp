@@ -7,6 +7,7 @@
 #include "entry_findings.h"
 #include "limited_cuts.h"
 #include "packet_shapes.h"
+#include "points.h"
 #include "rules.h"
 #include "treatment.h"
 #include "unusual.h"
@@ -62,7 +63,8 @@ class Analysis {
         ties_(space_.space(), options.max_steps, rules_.size()),
         findings_(group.getId(), options.max_findings),
         reached_(rules_.size()),
-        redundant_(rules_.size()) {
+        redundant_(rules_.size()),
+        points_(space_.space()) {
     for (const auto& [id, entry] : group.getEntriesRef()) addOddities(entry, &findings_);
   }
 
@@ -122,50 +124,6 @@ class Analysis {
 
   // --- Some packets of a rule, to see quickly what most rules are ---
 
-  // A packet that is in all sets, which must have one in common. For `which` = 0 it is a packet
-  // that people expect, otherwise another one.
-  Point pointOf(const std::vector<SetId>& sets, unsigned which) {
-    const Space& space = space_.space();
-    const auto choose = [&](std::uint32_t first, std::uint32_t last) {
-      if (which < 3) return which == 1 ? first : last;
-      seed_ = seed_ * 6364136223846793005U + 1442695040888963407U;
-      return first + static_cast<std::uint32_t>((seed_ >> 33) % (std::uint64_t{last} - first + 1));
-    };
-    Point point(space.dimensions());
-    for (std::uint32_t d = 0; d < point.size(); ++d) {
-      appendCommon(sets, d, &shared_);
-      if (which == 0) {
-        point[d] = space.best(d, shared_.data(), shared_.size());
-        continue;
-      }
-      const Space::Range& range =
-          shared_[choose(0, static_cast<std::uint32_t>(shared_.size() - 1))];
-      point[d] = choose(range.first, range.last);
-    }
-    return point;
-  }
-
-  // The ranks of one dimension that all sets have.
-  void appendCommon(const std::vector<SetId>& sets, std::uint32_t d,
-                    std::vector<Space::Range>* out) {
-    const Space& space = space_.space();
-    out->assign(1, {0, static_cast<std::uint32_t>(space.size(d) - 1)});
-    for (SetId set : sets) {
-      const Space::Term* term = space.termOf(set, d);
-      if (term == nullptr) continue;
-      was_.swap(*out);
-      out->clear();
-      appendShared(was_.data(), was_.size(), space.ranges() + term->begin, term->count, out);
-    }
-  }
-  bool haveCommon(const std::vector<SetId>& sets) {
-    for (std::uint32_t d = 0; d < space_.space().dimensions(); ++d) {
-      appendCommon(sets, d, &shared_);
-      if (shared_.empty()) return false;
-    }
-    return true;
-  }
-
   // True if some rule before `end` must take a packet that all of `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
     met_by_.mayHold(point, 0, end, &tried_);
@@ -196,7 +154,7 @@ class Analysis {
         return Cut::Outcome::kNothingLeft;
       }
       for (unsigned k = 0; k < kTried + met / kCheaper; ++k) {
-        const Point point = pointOf({rule.may}, k);
+        const Point point = points_.pointOf({rule.may}, k);
         if (!isTakenBefore(rule.ranks_begin, {i}, point)) return Cut::Outcome::kLeft;
       }
     }
@@ -333,10 +291,10 @@ class Analysis {
         for (std::size_t shape = begin; shape < last; ++shape) {
           const std::vector<SetId> sets = {surely ? a.must : a.may, surely ? b.must : b.may,
                                            space_.shapes()[shape]};
-          if (!haveCommon(sets)) continue;
+          if (!points_.haveCommon(sets)) continue;
           if (!least) least = lacking;
           for (unsigned k = 0; k < kTried; ++k) {
-            const Point point = pointOf(sets, k);
+            const Point point = points_.pointOf(sets, k);
             if (surely ? mayBeTakenBefore(end, point) : isTakenBefore(end, {i, p}, point)) continue;
             witness->take(point, shape);
             return lacking == *least;
@@ -361,7 +319,7 @@ class Analysis {
   // Returns kLeft if the rule at `p` is the first to take some packet of the rule at `i`.
   Cut::Outcome findFirst(std::uint32_t i, std::uint32_t p, const Positions& before) {
     for (unsigned k = 0; k < kTried; ++k) {
-      const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
+      const Point point = points_.pointOf({rules_[i].may, rules_[p].may}, k);
       if (!isTakenBefore(rules_[p].ranks_begin, {i, p}, point)) return Cut::Outcome::kLeft;
     }
     std::vector<Candidate> list = takenBefore(i, p, before);
@@ -445,7 +403,7 @@ class Analysis {
   // without the rule.
   bool isSurelyMissed(std::uint32_t i) {
     for (unsigned k = 0; k < kTried; ++k) {
-      const Point point = pointOf({rules_[i].may}, k);
+      const Point point = points_.pointOf({rules_[i].may}, k);
       const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
       if (!taken && isMissedFor(i, point)) return true;
     }
@@ -458,7 +416,7 @@ class Analysis {
     for (std::uint32_t p : next) {
       if (!differ(p, i)) continue;
       for (unsigned k = 0; k < 4; ++k) {
-        const Point point = pointOf({rules_[i].may, rules_[p].may}, k);
+        const Point point = points_.pointOf({rules_[i].may, rules_[p].may}, k);
         const bool taken = isTakenBefore(rules_[i].ranks_begin, {i}, point);
         if (!taken && isMissedFor(i, point)) return true;
       }
@@ -691,9 +649,8 @@ class Analysis {
   std::vector<bool> reached_, redundant_;
   std::vector<std::pair<std::uint32_t, Positions>> held_;  // each with its holders
   Positions met_, tried_;
-  std::vector<Space::Range> shared_, was_;
   std::vector<std::uint32_t> numbers_;  // of the rules that take a packet
-  std::uint64_t seed_ = 1;
+  Points points_;
 };
 
 }  // namespace

@@ -36,6 +36,8 @@ class Cuts {
                           Cut::Watcher* watcher) {
     return runFor(of_one_, sets, candidates, false, watcher);
   }
+  // The last cut, for what may be asked of it after kLeft and kStopped.
+  const Cut& cut() const { return cut_; }
  private:
   Cut::Outcome runFor(std::uint64_t steps, const std::vector<SetId>& sets,
                       std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher);

@@ -150,7 +150,7 @@ std::size_t fieldsLacking(const std::vector<Constraint>& shape) {
       shape.begin(), shape.end(), [](const Constraint& one) { return one.asks == Asks::kLack; }));
 }
 
-Packet packetOf(const Space& space, const Point& point) {
+Packet packetOf(const Space& space, const Point& point, const std::vector<bool>* shown) {
   Packet packet;
   const auto values = space.valuesOf(point);
   for (auto half = values.begin(); half != values.end(); ++half) {
@@ -167,7 +167,7 @@ Packet packetOf(const Space& space, const Point& point) {
       if (whole && next->second) (*whole)[1] = *next->second;
       half = next;
     }
-    PacketFields::tell(&packet, field, whole);
+    if (shown == nullptr || (*shown)[field]) PacketFields::tell(&packet, field, whole);
   }
   complete(&packet);
   // If no set has a constraint, any packet will do, but it must have at least one field.

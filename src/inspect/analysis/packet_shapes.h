@@ -25,8 +25,8 @@ std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& field
 std::size_t fieldsLacking(const std::vector<Constraint>& shape);
 
 // Makes a packet from a point of a space, and adds the other fields of each header of which it has
-// a field.
-Packet packetOf(const Space& space, const Point& point);
+// a field. If `shown` is given, only these fields of the point count.
+Packet packetOf(const Space& space, const Point& point, const std::vector<bool>* shown = nullptr);
 
 }  // namespace FiltersInspect
 

@@ -50,12 +50,12 @@ void RuleSpace::note(const std::vector<Constraint>& constraints) {
 }
 
 void RuleSpace::add(const std::vector<Asked>& asked) {
-  fields_.resize(packetFields().size());
+  fields_of_rules_.resize(packetFields().size());
   const auto begin = static_cast<std::uint32_t>(open_.size());
   std::vector<Constraint> may, must;
   bool nothing = false;
   for (const Asked& one : asked) {
-    fields_[one.field] = true;
+    fields_of_rules_[one.field] = true;
     may.insert(may.end(), one.may.begin(), one.may.end());
     const auto& surely = one.open != nullptr ? one.must : one.may;
     must.insert(must.end(), surely.begin(), surely.end());
@@ -71,12 +71,13 @@ void RuleSpace::add(const std::vector<Asked>& asked) {
 }
 
 void RuleSpace::seal(bool shapes) {
-  fields_.resize(packetFields().size());
-  for (const auto& fields : fields_of_sets_) {
-    for (const FieldSet& field : fields) fields_[field.number] = true;
-  }
+  fields_of_rules_.resize(packetFields().size());
   if (shapes) {
-    for (auto& shape : packetShapes(fields_)) {
+    std::vector<bool> constrained = fields_of_rules_;
+    for (const auto& fields : fields_of_sets_) {
+      for (const FieldSet& field : fields) constrained[field.number] = true;
+    }
+    for (auto& shape : packetShapes(constrained)) {
       lacking_.push_back(fieldsLacking(shape));
       note(shape);
       shapes_.push_back(space_.add(std::move(shape)));

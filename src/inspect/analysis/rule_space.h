@@ -44,6 +44,8 @@ class RuleSpace {
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
   const SetAmongRules& set(std::size_t number) const { return sets_[number]; }
+  // For each field, if some rule constrains it.
+  const std::vector<bool>& fieldsOfRules() const { return fields_of_rules_; }
 
   // The packets that a rule must take, among those that all rules of `takers` take. The set lives
   // until forget(), and says nothing about other packets.
@@ -75,7 +77,7 @@ class RuleSpace {
   Space space_{spaceFields()};
   std::vector<Rule> rules_;
   std::vector<OpenMatch> open_;
-  std::vector<bool> fields_;  // the fields that some rule constrains
+  std::vector<bool> fields_of_rules_;
   std::vector<SetId> shapes_;
   std::vector<std::size_t> lacking_;
   std::vector<Use> uses_;  // of each half

@@ -15,6 +15,7 @@
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_explain.h>
 #include <filter_inspect/filter_names.h>
+#include <filter_inspect/filter_policy.h>
 #include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>
 #include <filter_inspect/filter_traffic.h>
@@ -23,7 +24,8 @@ namespace FiltersInspect {
 
 struct FiltersReport {
   Report report;
-  std::optional<Order> order;  // of an analysis
+  std::optional<Order> order;            // of an analysis
+  std::string_view command = "analyse";  // the question that the analysis answers
 };
 
 struct FiltersHits {
@@ -264,6 +266,22 @@ FiltersReport* asked(const FiltersGroup* g, const char* packets, std::int32_t or
       g);
 }
 
+// Like explained(), for functions that use what a policy says about a group.
+template <class Use>
+FiltersReport* withPolicy(const FiltersGroup* group, const char* text, std::size_t size, Use use) {
+  if (text == nullptr && size != 0) return nullptr;
+  return guarded([&]() -> FiltersReport* {
+    if (group == nullptr) return nullptr;
+    Report report;
+    const auto policy = Policy::parse(std::string_view(text, size), &report);
+    const PolicyGroup* its = policy ? policy->find(group->getId()) : nullptr;
+    if (policy) report = use(*policy, its == nullptr ? Order::kUnspecified : its->order);
+    FiltersReport* handle = handleOf(std::move(report));
+    if (its != nullptr) handle->order = its->order;
+    return handle;
+  });
+}
+
 constexpr auto kPrint = [](std::ostream& os, const auto& object) { os << object; };
 
 template <class Object>
@@ -372,7 +390,7 @@ std::size_t filtersReportToText(const FiltersReport* r, char* out, std::size_t s
 std::size_t filtersReportToJson(const FiltersReport* r, char* out, std::size_t size) {
   return filled(r, out, size, [](std::ostream& os, const auto& handle) {
     const Report& report = handle.report;
-    os << (handle.order ? toJson(report, *handle.order) : toJson(report));
+    os << (handle.order ? toJson(report, *handle.order, handle.command) : toJson(report));
   });
 }
 
@@ -525,6 +543,27 @@ FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup
 
 FiltersReport* filtersUnusualValues(const FiltersGroup* g) {
   return explained([](const auto& group) { return unusualValues(group); }, g);
+}
+
+FiltersReport* filtersCheckPolicy(const FiltersGroup* g, const char* policy, std::size_t size) {
+  FiltersReport* handle =
+      withPolicy(g, policy, size, [g](const Policy& its, Order) { return checkPolicy(*g, its); });
+  if (handle != nullptr) handle->command = "expect";
+  return handle;
+}
+
+FiltersReport* filtersAnalyseAccepting(const FiltersGroup* g, const char* policy, std::size_t size,
+                                       std::size_t* accepted) {
+  std::size_t count = 0;
+  FiltersReport* handle = withPolicy(g, policy, size, [&](const Policy& its, Order order) {
+    AnalysisOptions options;
+    options.order = order;
+    Report report = analyse(*g, options);
+    count = acceptFindings(its, g->getId(), &report);
+    return report;
+  });
+  if (accepted != nullptr) *accepted = handle == nullptr ? 0 : count;
+  return handle;
 }
 
 std::size_t filtersTrace(const FiltersGroup* g, const char* packet, std::int32_t order,

@@ -22,9 +22,14 @@ constexpr NumberName kDscpNames[] = {
 #define DSCP(number, name) {number, name},
 #include "number_names.def"
 };
+constexpr NumberName kPortNames[] = {
+#define L4_PORT(number, name) {number, name},
+#include "number_names.def"
+};
 
 constexpr const Enumeration& kIpProtocols = kNamesIn<kIpProtocolNames>;
 constexpr const Enumeration& kDscps = kNamesIn<kDscpNames>;
+constexpr const Enumeration& kPorts = kNamesIn<kPortNames>;
 
 // --- What rows are made of -----------------------------------------------------------------------
 
@@ -48,10 +53,10 @@ constexpr FormRow masked(ValueForm form, int field, int mask) {
   return {form, bitsOf(form), {field, mask}, {}};
 }
 constexpr FormRow portMask(int port, int mask) {
-  return {ValueForm::kPortMask, 16, {port, mask}, {}};
+  return {ValueForm::kPortMask, 16, {port, mask}, kPorts};
 }
 constexpr FormRow portRange(int min, int max) {
-  return {ValueForm::kPortRange, 16, {min, max}, {}};
+  return {ValueForm::kPortRange, 16, {min, max}, kPorts};
 }
 constexpr FormRow limid(int field) { return {ValueForm::kLimid, 32, {field}, {}}; }
 constexpr FormRow limids(int field) { return {ValueForm::kLimids, 32, {field}, {}}; }

@@ -6,7 +6,7 @@
 #include "group_builder.h"
 #include "policer_text.h"
 #include "report/hex.h"
-#include "utf8_mark.h"
+#include "text_lines.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -14,80 +14,23 @@ namespace {
 
 using namespace FiltersCommon;
 
-constexpr char kFirstLine[] = "the first line must be `filter-groups 1`";
 constexpr char kGroupExample[] = "`group 1 priority=10 stage=ingress type=3`";
 constexpr char kEntryExample[] = "`entry 10 priority=100 if ttl=1 then deny`";
 
-class TextReader {
+class TextReader : TextLines {
  public:
-  TextReader(std::string_view text, GroupBuilder* groups) : rest_(text), groups_(*groups) {
-    rest_.remove_prefix(lengthOfMark(text));
-  }
+  TextReader(std::string_view text, GroupBuilder* groups)
+      : TextLines(text, "filter-groups", kTextVersion), groups_(*groups) {}
 
   void read() {
-    nextLine();
-    while (word_.empty() && nextLine()) continue;
     if (!readVersion()) return;
     while (nextLine()) readLine();
     if (in_group_) groups_.endGroup();
   }
  private:
-  // Goes to the next line and drops its comment. Returns false after the last line.
-  bool nextLine() {
-    if (position_.line != 0 && rest_.empty()) return false;
-    ++position_.line;
-    const std::size_t end = std::min(rest_.find('\n'), rest_.size());
-    line_ = rest_.substr(0, end);
-    rest_.remove_prefix(std::min(end + 1, rest_.size()));
-    if (!line_.empty() && line_.back() == '\r') line_.remove_suffix(1);
-    const std::size_t comment = std::min(line_.find('#'), line_.size());
-    words_ = line_.substr(0, comment);
-    const std::size_t zero = line_.find('\0', comment);
-    if (zero != line_.npos) fail(Code::kTextSyntax, line_.substr(zero), kZeroByte);
-    nextWord();
-    return true;
-  }
-
-  // Goes to the next word of the line; after the last one, word_ is empty.
-  void nextWord() {
-    words_.remove_prefix(std::min(words_.find_first_not_of(kWordBreaks), words_.size()));
-    const std::size_t end = std::min(words_.find_first_of(kWordBreaks), words_.size());
-    word_ = words_.substr(0, end);
-    words_.remove_prefix(end);
-  }
-
-  TextPosition positionOf(std::string_view piece) const {
-    return {position_.line, static_cast<std::size_t>(piece.data() - line_.data()) + 1};
-  }
-  // Reports that a piece of the line is wrong.
-  bool fail(Code code, std::string_view piece, std::string message) {
-    const std::size_t zero = piece.find('\0');
-    if (zero != piece.npos) {
-      piece = piece.substr(zero, 1);
-      code = Code::kTextSyntax;
-      message = kZeroByte;
-    } else if (piece.find('\r') != piece.npos) {
-      message = "a carriage return stands inside of the line";
-    }
-    groups_.fail(code, positionOf(piece), piece, std::move(message));
-    return false;
-  }
-  bool failWord(std::string message) { return fail(Code::kTextSyntax, word_, std::move(message)); }
-
-  bool take(std::string_view word) {
-    if (word_ != word) return false;
-    nextWord();
-    return true;
-  }
-
-  bool readVersion() {
-    if (!take("filter-groups")) return failWord(kFirstLine);
-    if (word_ != std::to_string(kTextVersion)) {
-      return fail(Code::kTextVersion, word_,
-                  std::string("only version 1 is read here: ") + kFirstLine);
-    }
-    nextWord();
-    return word_.empty() || failWord(std::string(kFirstLine) + " alone");
+  void report(Code code, TextPosition position, std::string_view word,
+              std::string message) override {
+    groups_.fail(code, position, word, std::move(message));
   }
 
   void readLine() {
@@ -99,7 +42,7 @@ class TextReader {
       beginGroup(position);
       example_ = kGroupExample;
       if (!take("group")) {
-        failFirstWord();
+        failFirstWord({"group", "entry"});
       } else if (readHead() && !word_.empty()) {
         failWord(std::string("the line of a group ends behind its type, as in ") + kGroupExample);
       }
@@ -116,17 +59,11 @@ class TextReader {
     }
     groups_.beginEntry(position);
     if (!isEntry) {
-      failFirstWord();
+      failFirstWord({"group", "entry"});
     } else if (readEntry() && !word_.empty()) {
       failMisplaced();
     }
     groups_.endEntry();
-  }
-
-  void failFirstWord() {
-    if (word_ == "filter-groups")
-      return static_cast<void>(failWord("a second first line: remove it"));
-    failWord("no line begins with " + inQuotes(word_) + suggestion(word_, {"group", "entry"}));
   }
 
   void failMisplaced() {
@@ -145,42 +82,11 @@ class TextReader {
     groups_.beginGroup(position);
   }
 
-  // The number in the current word, or in the part of it after a key.
-  std::optional<std::uint32_t> number(std::string_view key, unsigned bits) {
-    const auto text = behind(key);
-    if (!text) return std::nullopt;
-    const auto value = parseNumber(*text, bits);
-    if (!value) fail(Code::kTextValue, *text, noNumber(*text, bits));
-    nextWord();
-    return value;
-  }
-  template <class Enum>
-  std::optional<std::uint32_t> named(std::string_view key) {
-    const auto text = behind(key);
-    if (!text) return std::nullopt;
-    const auto value = parseName(kNamesOf<Enum>, *text);
-    if (!value)
-      fail(Code::kTextValue, *text,
-           noName(key.substr(0, key.size() - 1), kNamesOf<Enum>, *text, 32));
-    nextWord();
-    return value;
-  }
-  std::optional<std::string_view> behind(std::string_view key) {
-    if (word_.empty() || word_.substr(0, key.size()) != key) {
-      const bool isOther = !word_.empty() && !key.empty();
-      failWord((key.empty() ? "an id" : '`' + std::string(key) + '`') + " is missing here" +
-               (isOther ? ", where " + inQuotes(word_) + " stands" : "") + "; an example is " +
-               example_);
-      return std::nullopt;
-    }
-    return word_.substr(key.size());
-  }
-
   bool readHead() {
     const auto id = number("", 16);
     const auto priority = id ? number("priority=", 16) : id;
-    const auto stage = priority ? named<filtersGroupStage_t>("stage=") : priority;
-    const auto type = stage ? named<filtersGroupType_t>("type=") : stage;
+    const auto stage = priority ? named("stage=", kNamesOf<filtersGroupStage_t>) : priority;
+    const auto type = stage ? named("type=", kNamesOf<filtersGroupType_t>) : stage;
     if (!type) return false;
     FiltersGroupPB* head = groups_.head();
     head->set_id_(*id);
@@ -371,12 +277,6 @@ class TextReader {
     return true;
   }
 
-  std::string_view rest_;   // lines not read yet
-  std::string_view line_;   // the current one
-  std::string_view words_;  // the rest of the line, after word_
-  std::string_view word_;
-  TextPosition position_ = {0, 1};
-  const char* example_ = kEntryExample;  // for the current line
   bool in_group_ = false;
   GroupBuilder& groups_;
 };

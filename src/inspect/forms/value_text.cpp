@@ -65,6 +65,10 @@ class ValueReader {
     if (!value) fail(piece, noNumber(piece, row_.bits));
     return value.value_or(0);
   }
+  std::uint32_t port(std::string_view piece) {
+    const auto value = row_.names.fromName(piece);
+    return value ? *value : number(piece);
+  }
   std::uint32_t named(std::string_view piece, unsigned bits) {
     const auto value = parseName(row_.names, piece, bits);
     if (!value) fail(piece, noName("value", row_.names, piece, bits));
@@ -96,17 +100,17 @@ class ValueReader {
   // A decimal number behind the slash might be meant as the length of a mask.
   void readPort() {
     const std::size_t slash = std::min(text_.find('/'), text_.size());
-    const std::string_view port = text_.substr(0, slash), mask = text_.substr(slash);
-    if (port.find('-') != port.npos) {
-      return fail(port, inQuotes(port) + " is a range, which only " +
+    const std::string_view word = text_.substr(0, slash), mask = text_.substr(slash);
+    if (word.find('-') != word.npos) {
+      return fail(word, inQuotes(word) + " is a range, which only " +
                             std::string(nameOf(FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE)) +
                             " takes");
     }
-    setNumber(message_, row_.fields[0], number(port));
+    setNumber(message_, row_.fields[0], port(word));
     if (!mask.empty() && (mask.size() < 3 || mask.substr(1, 2) != "0x")) {
-      return fail(mask, "write " + std::string(port) +
+      return fail(mask, "write " + std::string(word) +
                             " for the port alone, or a mask in hexadecimal as in " +
-                            std::string(port) + "/0xff00");
+                            std::string(word) + "/0xff00");
     }
     setNumber(message_, row_.fields[1], mask.empty() ? 0xffff : number(mask.substr(1)));
   }
@@ -190,7 +194,7 @@ class ValueReader {
       case ValueForm::kVlanInfo:
         return pair('/', asNumber);
       case ValueForm::kPortRange:
-        return pair('-', asNumber);
+        return pair('-', [this](std::string_view piece) { return port(piece); });
       case ValueForm::kMplsPorts:
         return pair('/', asLimid);
       case ValueForm::kNumbers:

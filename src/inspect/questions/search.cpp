@@ -6,6 +6,8 @@
 
 #include "analysis/entry_findings.h"
 #include "analysis/limited_cuts.h"
+#include "analysis/packet_shapes.h"
+#include "analysis/points.h"
 #include "analysis/rules.h"
 #include "analysis/witness.h"
 #include "packet_set.h"
@@ -16,6 +18,7 @@ namespace {
 
 using namespace FiltersCommon;
 
+constexpr unsigned kTries = 6;  // packets that are looked at before a cut
 constexpr char kNotSure[] = "whether it surely takes one takes too many steps to say";
 
 // Looks for a good packet among the first parts that a cut leaves.
@@ -27,11 +30,10 @@ struct FirstParts : Cut::Watcher {
   }
   Witness witness;
  private:
-  int looks_left_ = 64;
+  int looks_left_ = 4;
 };
 
-// The packets of a set among the rules of a group. Each rule may take some of them; a rule at a
-// position comes before all rules whose ranks begin behind it.
+// The packets of a set among the rules of a group. Rules are named by their positions.
 class Search {
  public:
   Search(const FiltersGroup& group, const PacketSet& packets, Order order,
@@ -45,19 +47,20 @@ class Search {
         set_(space_.set(0)),
         met_by_(all_.meetingsOf(0, looksFor(options.max_steps))),
         cuts_(space_.space(), options.max_steps, rules_.size()),
-        is_met_(rules_.size()) {
+        points_(space_.space()),
+        is_met_(rules_.size()),
+        taken_by_(rules_.size(), kNothing) {
     met_by_.meeting(set_.core, 0, rules_.size(), &met_);
     for (const std::uint32_t i : met_) is_met_[i] = true;
   }
 
   Destinations destinations() {
-    const std::vector<std::uint32_t> all = met_;
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      tell(options_, k, all.size() + 1);
+    for (std::size_t k = 0; k < met_.size(); ++k) {
+      tell(options_, k, met_.size() + 1);
       space_.forget();
-      findEntry(all[k]);
+      findEntry(met_[k]);
     }
-    tell(options_, all.size(), all.size() + 1);
+    tell(options_, met_.size(), met_.size() + 1);
     space_.forget();
     findNone();
     if (found_.found.size() == 1 && found_.complete) found_.found[0].all = true;
@@ -65,10 +68,9 @@ class Search {
   }
 
   Destinations touched() {
-    const std::vector<std::uint32_t> all = met_;
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      tell(options_, k, all.size());
-      const Rule& rule = rules_[all[k]];
+    for (std::size_t k = 0; k < met_.size(); ++k) {
+      tell(options_, k, met_.size());
+      const Rule& rule = rules_[met_[k]];
       const Left may = leftOf(rule.may, {});
       if (!may.known) found_.complete = false;
       if (!may.packet) continue;
@@ -76,8 +78,8 @@ class Search {
       if (!surely.known) found_.complete = false;
       Destination& one = add(rule.id, may, surely);
       std::vector<Candidate> its;
-      if (rule.must != kNothing) its.push_back({rule.must, 0, false, 0});
-      const Left others = leftOf(kEverything, std::move(its));
+      if (rule.must != kNothing) its.push_back({rule.must, 0, false, met_[k]});
+      const Left others = leftOf(kEverything, std::move(its), met_[k] + 1);
       if (!others.known) found_.complete = false;
       one.all = others.known && !others.packet;
     }
@@ -114,11 +116,13 @@ class Search {
 
   bool isClosed(const Rule& rule) const { return rule.must == rule.may; }
 
-  // The packets of the set that are in `within` and in none of the others.
-  Left leftOf(SetId within, std::vector<Candidate> others) {
+  // The packets of the set that are in `within` and in none of the others. The tags of these are
+  // the positions of rules before `end` that may take all their packets.
+  Left leftOf(SetId within, std::vector<Candidate> others, std::size_t end = 0) {
     if (within == kNothing) return {};
     std::vector<SetId> sets = {set_.core};
     if (within != kEverything) sets.push_back(within);
+    if (auto packet = tryPackets(sets, others, end)) return {true, std::move(packet)};
     for (const SetId gap : set_.outside) others.push_back({gap, 0, false, 0});
     FirstParts parts(space_);
     std::vector<Candidate> list = others;
@@ -126,8 +130,7 @@ class Search {
     if (!parts.witness.found()) return {outcome != Cut::Outcome::kUndecided, std::nullopt};
     // A packet that can be real may be in some other part.
     const auto& shapes = space_.shapes();
-    for (std::size_t i = 0; i < shapes.size() && !parts.witness.isGood(); ++i) {
-      if (i >= parts.witness.shape()) break;
+    for (std::size_t i = 0; i < parts.witness.shape() && !parts.witness.isGood(); ++i) {
       sets.push_back(shapes[i]);
       FirstParts shaped(space_);
       list = others;
@@ -136,6 +139,33 @@ class Search {
       sets.pop_back();
     }
     return {true, parts.witness.packet()};
+  }
+
+  // Looks for a real packet among a few ones. Most entries have one.
+  std::optional<Packet> tryPackets(std::vector<SetId> sets, const std::vector<Candidate>& others,
+                                   std::size_t end) {
+    std::optional<Packet> found;
+    for (const Candidate& one : others) taken_by_[one.tag] = one.set;
+    const Space& space = space_.space();
+    const auto isLeft = [&](const Point& point) {
+      const auto has = [&](SetId set) { return set != kNothing && space.isIn(set, point); };
+      met_by_.mayHold(point, 0, end, &tried_);
+      return std::none_of(set_.outside.begin(), set_.outside.end(), has) &&
+             std::none_of(tried_.begin(), tried_.end(),
+                          [&](std::uint32_t p) { return has(taken_by_[p]); });
+    };
+    for (const SetId shape : space_.shapes()) {
+      sets.push_back(shape);
+      const unsigned tries = points_.haveCommon(sets) ? kTries : 0;
+      for (unsigned k = 0; k < tries && !found; ++k) {
+        const Point point = points_.pointOf(sets, k);
+        if (isLeft(point)) found = packetOf(space, point);
+      }
+      sets.pop_back();
+      if (found) break;
+    }
+    for (const Candidate& one : others) taken_by_[one.tag] = kNothing;
+    return found;
   }
 
   // The other entries that take packets of an entry before it does.
@@ -163,9 +193,10 @@ class Search {
   void findEntry(std::uint32_t i) {
     const Rule& rule = rules_[i];
     const Before before = beforeOf(i);
-    const Left may = leftOf(rule.may, before.surely);
+    const Left may = leftOf(rule.may, before.surely, rule.ranks_begin);
     if (!may.known) found_.complete = false;
-    if (may.packet) add(rule.id, may, before.settled ? may : leftOf(rule.must, before.maybe));
+    if (!may.packet) return;
+    add(rule.id, may, before.settled ? may : leftOf(rule.must, before.maybe, rule.ranks_end));
   }
 
   // All packets of the set that are in `within` and in none of the others, or none if that takes
@@ -189,10 +220,11 @@ class Search {
       maybe_taken.push_back({rules_[p].may, 0, false, p});
       if (rules_[p].must != kNothing) surely_taken.push_back({rules_[p].must, 0, false, p});
     }
-    const Left may = leftOf(kEverything, std::move(surely_taken));
+    const std::size_t end = rules_.size();
+    const Left may = leftOf(kEverything, std::move(surely_taken), end);
     if (!may.known) found_.complete = false;
     if (!may.packet) return;
-    add(std::nullopt, may, settled ? may : leftOf(kEverything, std::move(maybe_taken)));
+    add(std::nullopt, may, settled ? may : leftOf(kEverything, std::move(maybe_taken), end));
   }
 
   Destination& add(std::optional<filtersEntryId_t> entry, const Left& may, const Left& surely) {
@@ -233,8 +265,11 @@ class Search {
   const SetAmongRules& set_;
   Meetings met_by_;
   Cuts cuts_;
+  Points points_;
   std::vector<std::uint32_t> met_;  // rules that may take a packet of the set
   std::vector<bool> is_met_;
+  std::vector<SetId> taken_by_;  // for each rule, while packets are tried
+  std::vector<std::uint32_t> tried_;
   std::optional<Tracer> tracer_;
   Destinations found_;
 };

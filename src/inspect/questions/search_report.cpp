@@ -48,9 +48,9 @@ Report searchReport(const FiltersGroup& group, const Destinations& found) {
     Finding& finding =
         add(group, is_sure ? Code::kPacketsGo : Code::kPacketsMayGo, one.entry, one.hit, &report);
     finding.witness = one.witness.toText();
-    const std::string who = one.all ? "every packet" : "some packets";
     finding.message = one.entry ? one.all ? "it takes every packet" : "it takes some packets"
-                                : "no entry takes " + who;
+                      : one.all ? "no entry takes any packet"
+                                : "no entry takes some packets";
     if (!is_sure) {
       finding.message =
           one.entry ? "it may take some packets" : "perhaps no entry takes some packets";

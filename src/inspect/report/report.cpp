@@ -178,8 +178,9 @@ void write(const Finding& finding, JsonWriter* json) {
 std::string treatmentsText(const Finding& finding) {
   if (finding.witness.empty() || finding.before.empty() || finding.after.empty()) return {};
   if (finding.before == finding.after) return "alike: " + finding.before;
-  const bool instead = finding.code != Code::kEntriesTie && finding.code != Code::kEntriesOverlap;
-  if (instead || !finding.entry) return finding.before + " becomes " + finding.after;
+  const bool beside = finding.code == Code::kEntriesTie || finding.code == Code::kEntriesOverlap ||
+                      finding.code == Code::kPolicyFails || finding.code == Code::kPolicyOpen;
+  if (!beside || !finding.entry) return finding.before + " becomes " + finding.after;
   const std::string other =
       finding.others.size() == 1 ? "entry " + std::to_string(finding.others[0]) : "others";
   return "entry " + std::to_string(*finding.entry) + ": " + finding.before + "; " + other + ": " +
@@ -195,6 +196,7 @@ void write(const ReportInput& input, JsonWriter* json) {
   for (const Finding& finding : input.report.findings) write(finding, json);
   json->close(']');
   write("left_out", std::uint64_t{input.report.left_out}, json);
+  if (input.accepted != 0) write("accepted", std::uint64_t{input.accepted}, json);
   json->key("left_out_by_level");
   json->open('{');
   for (const Severity severity : kWorstFirst) {
@@ -351,7 +353,9 @@ std::ostream& operator<<(std::ostream& os, const Finding& finding) {
   std::string line(nameOf(finding.severity));
   line += ": ";
   if (finding.entry) {
-    line += "entry " + std::to_string(*finding.entry) + ": ";
+    // A sentence can begin with its entry: "entry 5 permits ttl=1".
+    const std::string entry = "entry " + std::to_string(*finding.entry);
+    if (finding.message.compare(0, entry.size() + 1, entry + ' ') != 0) line += entry + ": ";
   } else if (finding.group) {
     line += "group " + std::to_string(*finding.group) + ": ";
   }

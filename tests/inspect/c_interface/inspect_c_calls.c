@@ -245,6 +245,46 @@ static long traced(const FiltersGroup* group, const char* packet, int32_t order,
   return outcome == FILTERS_OUTCOME_HIT ? (long)entry : -2 - (long)outcome;
 }
 
+// Entry 10 permits packets with TTL 3, and entry 20 never takes effect.
+static void policies(const FiltersGroup* group) {
+  const char text[] =
+      "filter-policy 1\ngroup 5 order=highest-priority\n"
+      "always permit if ttl=3\n"
+      "never permit if ip_protocol=6 # but 10 does\n"
+      "accept entry-unreachable entry 20\n";
+  filtersFinding_t f;
+  char json[8000];
+  FiltersReport* report = filtersCheckPolicy(group, text, strlen(text));
+  EXPECT(filtersReportCount(report) == 2);
+  EXPECT(filtersReportGet(report, 0, &f) && strcmp(f.code, "policy-holds") == 0);
+  EXPECT(filtersReportGet(report, 1, &f) && strcmp(f.code, "policy-fails") == 0);
+  EXPECT(f.has_entry && f.entry == 10 && strcmp(f.path, "4:1") == 0);
+  EXPECT(strcmp(f.before, "permit") == 0);
+  EXPECT(filtersReportToJson(report, json, sizeof json) < sizeof json);
+  EXPECT(strstr(json, "\"command\": \"expect\"") != NULL);
+  EXPECT(strstr(json, "\"order\": \"highest-priority\"") != NULL);
+  deleteFiltersReport(report);
+
+  FiltersReport* before = filtersAnalyse(group, FILTERS_ORDER_HIGHEST_PRIORITY);
+  size_t accepted = 0;
+  report = filtersAnalyseAccepting(group, text, strlen(text), &accepted);
+  EXPECT(accepted == 1 && filtersReportCount(report) + 1 == filtersReportCount(before));
+  EXPECT(filtersReportToJson(report, json, sizeof json) < sizeof json);
+  EXPECT(strstr(json, "\"command\": \"analyse\"") != NULL);
+  deleteFiltersReport(report);
+  deleteFiltersReport(before);
+  deleteFiltersReport(filtersAnalyseAccepting(group, text, strlen(text), NULL));
+
+  accepted = 7;
+  FIRST(filtersCheckPolicy(group, NULL, 0), "text-syntax 0 0 0");
+  FIRST(filtersAnalyseAccepting(group, "x", 1, &accepted), "text-syntax 0 0 0");
+  EXPECT(accepted == 0);
+  FIRST(filtersCheckPolicy(group, text, 15), "empty");
+  FIRST(filtersCheckPolicy(NULL, text, 15), "null");
+  FIRST(filtersCheckPolicy(group, NULL, 1), "null");
+  FIRST(filtersAnalyseAccepting(NULL, text, 15, NULL), "null");
+}
+
 // With an order by priority, entry 10 takes all packets of entry 20 first.
 static void analyse(void) {
   const char text[] =
@@ -286,6 +326,7 @@ static void analyse(void) {
     deleteFiltersReport(report);
     FIRST(filtersCompareTreatment(group, group, expected[i].order), "empty");
   }
+  policies(group);
   FiltersReport* unusual = filtersUnusualValues(group);
   EXPECT(filtersReportCount(unusual) == 1 && filtersReportGet(unusual, 0, &f) && f.entry == 30);
   deleteFiltersReport(unusual);

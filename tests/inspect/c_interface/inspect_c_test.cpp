@@ -111,6 +111,11 @@ TEST(InspectC, SurvivesWithoutMemory) {
     ASSERT_EQ(rules.insertEntry(rule), FILTERS_OK);
   }
 
+  const std::string policy =
+      "filter-policy 1\ngroup 2 order=highest-priority\n"
+      "never taken if ttl=1-9 dst_l4_port={5,80}\nalways deny set_pcp=1 if ttl=1\n"
+      "accept entries-tie entry 50\n";
+
   const auto reads = [](const std::string& bytes, auto decode, auto destroy, auto* object) {
     FiltersReport* read = decode(bytes.data(), bytes.size(), &object);
     EXPECT_TRUE(read != nullptr || object == nullptr);
@@ -156,6 +161,12 @@ TEST(InspectC, SurvivesWithoutMemory) {
       {"CompareTreatment",
        [&] { return holds(filtersCompareTreatment(&rules, &other, FILTERS_ORDER_ASCENDING_ID)); }},
       {"UnusualValues", [&] { return holds(filtersUnusualValues(&rules)); }},
+      {"CheckPolicy",
+       [&] { return holds(filtersCheckPolicy(&rules, policy.data(), policy.size())); }},
+      {"AnalyseAccepting",
+       [&] {
+         return holds(filtersAnalyseAccepting(&rules, policy.data(), policy.size(), nullptr));
+       }},
       {"Trace",
        [&] {
          filtersOutcome_t outcome = FILTERS_OUTCOME_MISS;

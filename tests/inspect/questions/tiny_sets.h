@@ -182,6 +182,15 @@ struct PlainSet {
     }
   }
 
+  std::string textOf(const PlainPacket& packet) const {
+    std::string packet_text;
+    for (std::size_t i = 0; i < packet.size(); ++i) {
+      packet_text += fields[i].field.name + '=';
+      packet_text += (packet[i] ? fields[i].textOf(*packet[i]) : "none") + ' ';
+    }
+    return packet_text;
+  }
+
   // True if a set with this text has the packet.
   bool isIn(const std::string& set, const PlainPacket& packet) const {
     const auto told = wordsOf(set);
@@ -344,12 +353,7 @@ inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   set.forEach([&](const PlainPacket& packet) { rows[rowOf(c.rules, packet)].push_back(packet); });
   for (const auto& [row, packets] : rows) {
     const bool real = std::any_of(packets.begin(), packets.end(), [&](const PlainPacket& packet) {
-      std::string text;
-      for (std::size_t i = 0; i < packet.size(); ++i) {
-        text += set.fields[i].field.name + '=';
-        text += (packet[i] ? set.fields[i].textOf(*packet[i]) : "none") + ' ';
-      }
-      return faultOfFrame(text).empty();
+      return faultOfFrame(set.textOf(packet)).empty();
     });
     const auto raise = [real = real](Is is, std::size_t i, std::vector<Is>* all,
                                      std::vector<Is>* real_all) {
@@ -421,7 +425,11 @@ inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const Pa
   if (wanted == Hit::kMiss) {
     return remaining->surely.empty() && remaining->possibly.empty() ? "" : "something remains";
   }
-  if (remaining->witness.toText() != one->witness.toText()) return "another packet remains";
+  const Trace traced = trace(c.group, remaining->witness, order);
+  const auto& ids = traced.candidates;
+  const bool may = std::find(ids.begin(), ids.end(), rule.id) != ids.end();
+  if (!plain.has(remaining->witness.toText())) return "another packet remains";
+  if (wanted == Hit::kHit ? traced.entry != rule.id : !may) return "trace() does not agree";
   if (wanted != Hit::kHit && !remaining->surely.empty()) return "nothing surely remains";
   std::vector<std::string> texts;
   for (const auto* list : {&remaining->possibly, &remaining->surely}) {
@@ -433,11 +441,11 @@ inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const Pa
   }
   std::string fault;
   withFewValues(c, plain, texts).forEach([&](const PlainPacket& packet) {
-    bool may = false, must = true;
+    bool takes_it = false, must = true;
     forEachReading(c.rules, rowOf(c.rules, packet), [&](const Takers& takers) {
       const Takers first = firstOf(takers, [&](const PlainRule& r) { return rankOf(r, order); });
       const bool is = std::find(first.begin(), first.end(), &rule) != first.end();
-      may = may || is;
+      takes_it = takes_it || is;
       must = must && is && first.size() == 1;
     });
     const auto isIn = [&](const std::vector<PacketSet>& sets) {
@@ -445,7 +453,7 @@ inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const Pa
         return plain.isIn(one_set.toText(), packet);
       });
     };
-    const bool wrong = (!remaining->possibly.empty() && isIn(remaining->possibly) != may) ||
+    const bool wrong = (!remaining->possibly.empty() && isIn(remaining->possibly) != takes_it) ||
                        (!remaining->surely.empty() && isIn(remaining->surely) != must);
     if (wrong) fault = "it is left, or it is not: " + remaining->witness.toText();
   });

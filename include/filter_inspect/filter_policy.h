@@ -1,0 +1,107 @@
+#ifndef FILTER_INSPECT_FILTER_POLICY_H_
+#define FILTER_INSPECT_FILTER_POLICY_H_
+
+// Policies: what the rules of a group promise to do with packets, a promise a line. A policy is
+// kept beside the rules, and says after each change if they still keep their promises:
+//
+//     filter-policy 1
+//     group 1 order=highest-priority
+//     never permit if ip_protocol=tcp dst_l4_port=23          # no telnet
+//     always permit if src_ipv4=192.0.2.0/24 ip_protocol=tcp dst_l4_port=179
+//     never taken if src_ipv4=203.0.113.0/24                  # no entry takes them
+//     accept entry-redundant entry 60                         # kept for its counter
+//
+//     Report faults;
+//     const auto policy = Policy::parse(text, &faults);
+//     if (policy) std::cout << checkPolicy(group, *policy);
+//
+// The orders, the readings and the assumptions of filter_analysis.h hold here too: a promise holds,
+// or fails, only if it does so under every reading. docs/policies.md describes the file.
+//
+// All functions may be called from any thread, if nobody changes the arguments meanwhile. They
+// throw std::bad_alloc, and what a progress function throws.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <filter_inspect/filter_analysis.h>
+#include <filter_inspect/filter_questions.h>
+
+namespace FiltersInspect {
+
+inline constexpr int kPolicyVersion = 1;
+
+// What shall be true of all packets of a set. `always` promises that each of them is taken by an
+// entry that has all of the actions. `never` promises that none of them is taken by an entry that
+// has any of the actions. A packet that no entry takes breaks the first promise and not the second.
+struct Promise {
+  bool always;
+  bool taken;          // in place of actions: by any entry at all
+  ActionTest actions;  // an action without its value stands for every value
+  PacketSet packets;
+  std::size_t line, column;  // in the file, counted from 1
+  std::string text;          // the line without its comment
+  std::string comment;       // without `#` and the blanks around it
+};
+
+// A finding of analyse() that is known and wanted.
+struct Acceptance {
+  Code code;
+  FiltersCommon::filtersEntryId_t entry;
+  std::size_t line;
+};
+
+// What a policy says about a group.
+struct PolicyGroup {
+  FiltersCommon::filtersGroupId_t group;
+  Order order;
+  std::size_t line;
+  std::vector<Promise> promises;
+  std::vector<Acceptance> accepted;
+};
+
+class FILTERS_API Policy {
+ public:
+  // Reads the text of a policy. Returns nothing if a part of it cannot be read. The report, which
+  // may be null, then has all faults: the line and column are in `path`, "12:7", and the wrong word
+  // is in `word`. Findings beyond `max_findings` are counted in Report::left_out.
+  static std::optional<Policy> parse(std::string_view text, Report* report,
+                                     std::size_t max_findings = 1000);
+  // In the order of the file; no two have the same id.
+  const std::vector<PolicyGroup>& groups() const { return groups_; }
+  // Null if the policy says nothing about the group.
+  const PolicyGroup* find(FiltersCommon::filtersGroupId_t group) const;
+ private:
+  std::vector<PolicyGroup> groups_;
+};
+
+// The verdicts about all promises that the policy has for this group: one finding for each, in the
+// order of the file. The order of the rules is the policy's; options.order, options.redundant,
+// options.overlaps and options.max_findings do not count. The codes:
+// - kPolicyHolds: no packet of the set can break the promise.
+// - kPolicyFails: the packet in `witness` breaks it, under every reading and in whatever way ties
+//   are decided. trace() sends the packet to `entry`, or no entry takes it if `entry` is empty. If
+//   trace() cannot say to which of several entries, `others` has the rest: each breaks the promise.
+// - kPolicyOpen: it depends. The packet in `witness` breaks the promise if `entry` takes it, or no
+//   entry if that is empty, and keeps it if one of `others` takes it, or no entry if there are
+//   none. The message says what leaves it open: the reading, the tie, or the limit of steps. If the
+//   steps did not suffice to find a packet, `witness` is empty.
+// `path` is the line and column of the promise, and `word` the promise. `before` is what `entry`
+// does with the packet, and `after` what the first of `others` does.
+// max_steps is the limit of steps for each question about an entry.
+FILTERS_API Report checkPolicy(const FiltersCommon::FiltersGroup& group, const Policy& policy,
+                               const AnalysisOptions& options = {});
+
+// Takes out of a report of analyse() the findings that the policy accepts for this group, and
+// returns their number. Adds a note (kAcceptStale) for each acceptance that no finding needs,
+// unless findings were left out of the report. Give analyse() the order that the policy has for the
+// group.
+FILTERS_API std::size_t acceptFindings(const Policy& policy, FiltersCommon::filtersGroupId_t group,
+                                       Report* report);
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_FILTER_POLICY_H_

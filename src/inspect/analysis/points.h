@@ -1,0 +1,30 @@
+#ifndef FILTER_INSPECT_SRC_ANALYSIS_POINTS_H_
+#define FILTER_INSPECT_SRC_ANALYSIS_POINTS_H_
+
+// Some packets of a set, to see quickly what most rules are.
+
+#include <cstdint>
+#include <vector>
+
+#include "space.h"
+
+namespace FiltersInspect {
+
+class Points {
+ public:
+  explicit Points(const Space& space) : space_(space) {}
+  // A packet that is in all sets, which must have one in common. For `which` = 0 it is a packet
+  // that people expect, otherwise another one.
+  Point pointOf(const std::vector<SetId>& sets, unsigned which);
+  bool haveCommon(const std::vector<SetId>& sets);
+ private:
+  void findCommon(const std::vector<SetId>& sets, std::uint32_t dimension);
+
+  const Space& space_;
+  std::vector<Space::Range> shared_, was_;
+  std::uint64_t seed_ = 1;
+};
+
+}  // namespace FiltersInspect
+
+#endif  // FILTER_INSPECT_SRC_ANALYSIS_POINTS_H_
