@@ -5,10 +5,11 @@
 #include <unordered_map>
 #include <utility>
 
+#include "analysis/classifier.h"
 #include "analysis/cut.h"
 #include "analysis/prepared.h"
 #include "analysis/rule_space.h"
-#include "assumed.h"
+#include "counting.h"
 
 namespace FiltersInspect {
 namespace {
@@ -85,7 +86,9 @@ class Together {
 
 struct Group {
   Group(Preparer* preparer, const FiltersGroup& group, Order order)
-      : tracer(group, order), entries(preparer->entriesOf(group, order)) {
+      : tracer(group, order),
+        entries(preparer->entriesOf(group, order)),
+        classifier(askedBy(entries)) {
     for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
   }
 
@@ -101,14 +104,20 @@ struct Group {
   // The entries that do not miss the packet, up to the first that surely take it.
   std::vector<const PreparedEntry*> takersOf(const Packet& packet) const {
     PossibleTakers takers;
-    for (const PreparedEntry& entry : entries) {
-      if (!takers.add(entry, hitOf(entry, packet))) break;
-    }
+    classifier.forEach(
+        packet, [&](std::size_t i) { return takers.add(entries[i], hitOf(entries[i], packet)); });
     return std::move(takers.entries);
+  }
+
+  static std::vector<const std::vector<Asked>*> askedBy(const std::vector<PreparedEntry>& entries) {
+    std::vector<const std::vector<Asked>*> all;
+    for (const PreparedEntry& entry : entries) all.push_back(&entry.asked);
+    return all;
   }
 
   Tracer tracer;
   std::vector<PreparedEntry> entries;
+  Classifier classifier;
   std::unordered_map<filtersEntryId_t, const PreparedEntry*> byId;
 };
 
@@ -219,7 +228,7 @@ void TrafficComparison::count(const Packet& packet, FrameFault fault, std::int64
   // Nothing can fail from here on.
   TrafficDifferences& all = its.all;
   const std::uint64_t number = ++all.frames;
-  all.faults[static_cast<std::size_t>(fault)].add(number, time);
+  countFault(fault, number, time, &all.faults);
   if (pairs.empty()) return;
   (isSure ? all.differing.sure : all.differing.possible).add(number, time);
   for (const EntryPair& pair : pairs) {

@@ -4,7 +4,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "assumed.h"
+#include "counting.h"
 
 namespace FiltersInspect {
 
@@ -51,7 +51,7 @@ void HitCounter::count(const Packet& packet, FrameFault fault, std::int64_t time
   // Nothing can fail from here on.
   Hits& hits = all.hits;
   const std::uint64_t number = ++hits.frames;
-  hits.faults[static_cast<std::size_t>(fault)].add(number, time);
+  countFault(fault, number, time, &hits.faults);
   const bool isDecided = decision.outcome != Hit::kUndecided;
   (isDecided ? hits.decided : hits.undecided).add(number, time);
   if (decision.outcome == Hit::kHit) all.countsOf(*decision.entry).sure.add(number, time);

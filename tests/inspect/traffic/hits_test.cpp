@@ -135,6 +135,14 @@ TEST(HitsTest, AssumeWhatFramesDoNotShow) {
             "1 from 2 at 8");
 }
 
+TEST(HitsTest, CountsFramesWithoutAKnownFault) {
+  const FiltersGroup group = groupFrom("entry 1 priority=1 then deny\n");
+  HitCounter counter(group, Order::kAscendingId);
+  counter.count(packetFrom(""), static_cast<FrameFault>(200));
+  EXPECT_EQ(counter.hits().frames, 1u);
+  for (const FrameCount& count : counter.hits().faults) EXPECT_EQ(count.frames, 0u);
+}
+
 // --- Two groups ----------------------------------------------------------------------------------
 
 using Pair = std::pair<std::uint32_t, std::uint32_t>;  // of ids; kNone for none
