@@ -5,7 +5,7 @@ _filter_inspect() {
   _init_completion -s || return
 
   # begin generated
-  local commands="show check convert diff plan analyse trace search hits capabilities names"
+  local commands="show check convert diff plan analyse expect trace search hits capabilities names"
   local fields="ingress_port ingress_port_type external_vlan_id tpid dst_mac dst_l4_port src_l4_port src_mac l2_src_entry_type src_ipv4 dst_ipv4 internal_vlan_id pcp internal_pcp src_ipv6 dst_ipv6 vlan_tagging ip_protocol packet_res mpls_term tos virtual_port egress_ports ingress_stp_state svc_vlan_type proto_cpu_vlan_type src_port ttl vrf_id drop my_station_hit cpu_port forwarding_type destination_cpu cpu_injected_packets dscp"
   local -A options=(
     [any]="--help --version --json --quiet --verbose --color= --framing= --from= --max-bytes= --max-findings= --max-groups="
@@ -14,7 +14,8 @@ _filter_inspect() {
     [convert]="--to= --output="
     [diff]="--order= --packets= --capture= --assume= --group= --entry="
     [plan]="--remove-first"
-    [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg="
+    [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg= --policy="
+    [expect]="--group= --max-steps= --junit="
     [trace]="--order= --group= --entry= --packet= --packets="
     [search]="--order= --packets= --then= --touching --group= --entry= --max-steps="
     [hits]="--order= --capture= --assume= --group= --entry= --width= --svg="
@@ -42,6 +43,8 @@ _filter_inspect() {
     [--assume]="PACKET"
     [--max-steps]="N"
     [--svg]="OUT"
+    [--policy]="FILE"
+    [--junit]="OUT"
     [--packet]="PACKET"
     [trace--packets]="FILE"
     [--then]="ACTIONS"

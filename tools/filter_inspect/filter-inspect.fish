@@ -1,13 +1,14 @@
 # Completion of filter-inspect for fish.
 
 # begin generated
-set -l commands show check convert diff plan analyse trace search hits capabilities names
+set -l commands show check convert diff plan analyse expect trace search hits capabilities names
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a show -d 'Print what a device would hold; losses go to standard error'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a check -d 'Report what the bytes lose when they are read, and unusual values'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a convert -d 'Write the groups in another form, unless something would be lost'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a diff -d 'Compare two files, entry by entry'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a plan -d 'Print the steps that turn the groups of one file into those of another'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a analyse -d 'Report entries that never take effect, are redundant, tie or overlap'
+complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a expect -d 'Say which promises of a policy the rules keep'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a trace -d 'Print which entry takes a packet, or each packet of a file'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a search -d 'Print which entries take the packets of a set, with an example of each'
 complete -c filter-inspect -n "not __fish_seen_subcommand_from $commands" -f -a hits -d 'Count the packets of captured traffic that each entry takes'
@@ -47,6 +48,10 @@ complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l overlaps 
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l no-redundant -d 'Skip the search for redundant entries, which takes most of the time'
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l max-steps -x -d 'Leave an entry undecided after N steps (default 100000)'
 complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l svg -r -F -d 'Also draw the groups and the findings into a file'
+complete -c filter-inspect -n '__fish_seen_subcommand_from analyse' -l policy -r -F -d 'Count the findings that this policy accepts apart; its order counts'
+complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l group -x -d 'Only promises about groups with this id; may be given several times'
+complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l max-steps -x -d 'Leave a promise undecided after N steps for an entry (default 100000)'
+complete -c filter-inspect -n '__fish_seen_subcommand_from expect' -l junit -r -F -d 'Also write the verdicts as XML for build servers'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l order -x -a 'unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id' -d 'The rule that the device tries first if two take a packet'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l group -x -d 'Only groups with this id; may be given several times'
 complete -c filter-inspect -n '__fish_seen_subcommand_from trace' -l entry -x -d 'Only the lines of entries with this id; the others still take packets'
