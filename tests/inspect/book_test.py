@@ -1,8 +1,8 @@
 """Runs the commands that README and docs show.
 
-    book_test.py SOURCES FILTER-INSPECT...
+    book_test.py SOURCES SEND-GROUP FILTER-INSPECT...
 
-Commands run in a folder with the files of examples/rules and some captures. A command behind `$ ` in
+Commands run in a folder with the files of examples/rules, what send_group sends, and some captures. A command behind `$ ` in
 an example must print what stands below it; a line `...` stands for any lines. Any other command of
 filter-inspect, and those that its help shows, must find its files and know its options.
 """
@@ -64,11 +64,14 @@ def main():
         folder = pathlib.Path(name)
         tool = folder / "bin" / "filter-inspect"
         tool.parent.mkdir()
-        tool.write_text("#!/bin/sh\nexec " + " ".join(f"'{word}'" for word in sys.argv[2:]) + ' "$@"\n')
+        tool.write_text("#!/bin/sh\nexec " + " ".join(f"'{word}'" for word in sys.argv[3:]) + ' "$@"\n')
         tool.chmod(0o755)
         reads_captures = "libpcap" in run("filter-inspect --version", folder)[1]
         for file in (SOURCES / "examples/rules").iterdir():
             shutil.copy(file, folder)
+        shutil.copy(SOURCES / "examples/tutorial-policy.txt", folder)
+        with open(folder / "tutorial.bin", "wb") as tutorial:
+            subprocess.run([*sys.argv[3:-1], sys.argv[2]], stdout=tutorial, check=True)
         (folder / "packets.txt").write_text("ip_protocol=tcp dst_l4_port=179\nip_protocol=udp ttl=1\n")
         for capture, rules in (("capture", "edge"), ("old", "edge"), ("new", "edge-candidate")):
             run(f"filter-inspect convert {rules}.txt --to=bytes -o {capture}.bin", folder)
