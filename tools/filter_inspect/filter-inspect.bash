@@ -51,23 +51,24 @@ _filter_inspect() {
   )
   # end generated
 
-  case ${values[${prev:-any}]-} in
+  local word command=
+  for word in "${words[@]:1:cword-1}"; do
+    [[ " $commands " == *" $word "* ]] && command=$word && break
+  done
+  local value=${values[$command${prev:-any}]-${values[${prev:-any}]-}}
+  case $value in
     "") ;;
     FILE | OUT) _filedir && return ;;
-    N | ID) return ;;
+    N | ID | ACTIONS) return ;;
     PACKET)
       local part=${cur##*[ \'\"]}  # the field behind the last blank
       mapfile -t COMPREPLY < <(compgen -P "${cur%"$part"}" -S = -W "$fields" -- "$part")
       compopt -o nospace && return
       ;;
-    *) COMPREPLY=($(compgen -W "${values[$prev]}" -- "$cur")) && return ;;
+    *) COMPREPLY=($(compgen -W "$value" -- "$cur")) && return ;;
   esac
   $split && return
 
-  local word command=
-  for word in "${words[@]:1:cword-1}"; do
-    [[ " $commands " == *" $word "* ]] && command=$word && break
-  done
   if [[ $cur == -* ]]; then
     COMPREPLY=($(compgen -W "${options[any]} ${command:+${options[$command]-}}" -- "$cur"))
     [[ ${COMPREPLY-} == *= ]] && compopt -o nospace
