@@ -59,6 +59,7 @@ Classifier::Classifier(const std::vector<const std::vector<Asked>*>& entries)
   }
   first_of_.resize(halfOf(static_cast<std::uint32_t>(packetFields().size()), 0) + 1,
                    static_cast<std::uint32_t>(dimensions_.size()));
+  exact_ = exact_ && dimensions_.size() <= kMostDimensions;
   chooseLeaders();
 }
 

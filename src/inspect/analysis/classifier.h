@@ -58,8 +58,8 @@ class Classifier {
     }
   }
 
-  // True if no ranks share a row. An entry then misses the packet if forEach() leaves it out, and
-  // only then.
+  // True if no ranks share a row and no dimension is left out. An entry then misses the packet if
+  // forEach() leaves it out, and only then.
   bool isExact() const { return exact_; }
  private:
   using Word = std::uint64_t;
