@@ -77,7 +77,9 @@ std::optional<std::uint64_t> readCapture(const Options& options, Console* consol
     const std::string its = file + ": ";  // libpcap begins some of its sentences so
     std::string_view reason = why;
     if (reason.substr(0, its.size()) == its) reason.remove_prefix(its.size());
-    console->trouble(Code::kFileUnreadable, file.empty() ? "''" : file, std::string(reason));
+    std::string text(reason);
+    if (reason == "unknown file format") text += "; a capture is a file in the form pcap or pcapng";
+    console->trouble(Code::kFileUnreadable, file.empty() ? "''" : file, text);
     return std::nullopt;
   }
   const int type = pcap_datalink(capture.get());

@@ -207,6 +207,10 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Hit
                            (possible == 0 ? "" : " and perhaps " + std::to_string(possible)));
   }
   std::vector<Column> columns = columnsOf(entries, 0);
+  // The bars stand beside the actions. They would be out of sight behind policers and counters.
+  const auto actions = std::find_if(columns.begin(), columns.end(),
+                                    [](const Column& one) { return one.name == "then"; });
+  columns.erase(actions + 1, columns.end());
   columns.push_back(std::move(counts));
   draw(title + " (id " + std::to_string(group.getId()) + "): " + counted(hits.frames, "frame"),
        {std::move(rows), std::move(columns), behind, "that no frame hits", longest});
