@@ -22,6 +22,11 @@ constexpr std::uint64_t kStepsOfFrame = 20000;
 constexpr std::size_t kMostPairs = 1024;
 constexpr std::size_t kMostRemembered = 16384;
 
+}  // namespace
+
+// A class with linkage has members of these types, so they cannot be in an unnamed namespace.
+namespace two_groups {
+
 // An entry of each group; null if no entry of the group takes the packet.
 struct EntryPair {
   const PreparedEntry *a, *b;
@@ -121,7 +126,9 @@ struct Group {
   std::unordered_map<filtersEntryId_t, const PreparedEntry*> byId;
 };
 
-}  // namespace
+}  // namespace two_groups
+
+using namespace two_groups;
 
 struct TrafficComparison::Comparing {
   using Ids = std::pair<std::optional<filtersEntryId_t>, std::optional<filtersEntryId_t>>;
