@@ -25,8 +25,7 @@ namespace FiltersInspect {
 
 // A set of packets: a Packet with room in it. Each field that is named has
 // - one value:              ttl=1
-// - a value under a mask:   src_ipv4=10.0.0.0/8  dst_mac=01:80:c2:00:00:00/44
-// dst_l4_port=0x1f00/0xff00
+// - a value under a mask:   src_ipv4=10.0.0.0/8  dst_l4_port=0x1f00/0xff00
 // - a value of a range:     dst_l4_port=1024-65535  (both ends belong to it)
 // - one of a list of these: external_vlan_id={10,20-29}
 // - no value:               vlan_tagging=none  (packets that lack the field)
@@ -136,7 +135,8 @@ FILTERS_API std::optional<Remains> remains(const FiltersCommon::FiltersGroup& gr
 // - kPacketsMatch: an entry that touching() found.
 // - kPacketsLeft: what is left of an entry. With a `value` it is one of the sets: `after` is "hit"
 //   for what surely reaches the entry, and "undecided" for all that may reach it. A set that is in
-//   both lists is there once. The first finding has the witness and no `value`.
+//   both lists is there once. The first finding has the witness and no `value`. It stands alone if
+//   one of the lists would be too long.
 // - kNotDecided: the steps did not suffice.
 FILTERS_API Report searchReport(const FiltersCommon::FiltersGroup& group,
                                 const Destinations& found);

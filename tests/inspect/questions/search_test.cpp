@@ -116,6 +116,19 @@ TEST(SearchTest, ListsWhatIsLeft) {
   EXPECT_FALSE(remains(group, 60, PacketSet(), order));
 }
 
+// What surely remains is one set, and what may remain is too much for a list.
+TEST(SearchTest, ListsNothingIfOneListIsTooLong) {
+  const FiltersGroup group = groupOf(
+      "entry 1 priority=2 if dst_l4_port=1/0x0 then permit\n"
+      "entry 2 priority=2 if dst_l4_port=0/0x5555 src_l4_port=0/0x5555 then permit\n"
+      "entry 3 priority=1 then deny\n");
+  const Remains left = *remains(group, 3, PacketSet(), Order::kHighestPriority);
+  EXPECT_FALSE(left.surely.empty());
+  EXPECT_TRUE(left.possibly.empty());
+  EXPECT_EQ(linesOf(remainsReport(group, 3, left)),
+            "packets-left 3 (deny): packets are left for it\n");
+}
+
 // Entries 1 and 2 together take all packets of entry 3, which takes steps to find out.
 TEST(SearchTest, SaysWhenStepsDoNotSuffice) {
   const FiltersGroup group = groupOf(
