@@ -618,9 +618,9 @@ TABLE = [
     ("diff rules.txt turned.txt --order=highest-priority --packets=src_ipv4=10.0.0.0/8", 1,
      ".*note: entry 20: [^\n]*: none of these packets is treated differently .*"
      "turned.txt:2:1: warning: group 7: other packets are treated differently too.*", NONE),
-    ("diff rules.txt turned.txt --packets=ttl=1", 2, NONE, ".*--packets: it needs --order.*"),
-    ("diff rules.txt turned.txt --order=highest-priority --packets=ttl=x", 2, NONE,
-     ".*--packets:1:1: error: 'ttl=x': .*"),
+    ("diff rules.txt turned.txt --packets=ttl=1", 2, NONE, ".*--packets: an order is needed: --order\n"),
+    ("diff rules.txt turned.txt --order=highest-priority --packets=ttl= --max-findings=0", 2, NONE,
+     ".*--packets:1:1: error: 'ttl=': .*"),
     ("diff rules.txt turned.txt --order=highest-priority --max-findings=0", 1,
      ".*: 1 change treats packets differently; 1 finding left out [^\n]*\n", NONE),
     ("diff rules.txt turned.txt --order=ascending-id", 1,

@@ -285,7 +285,9 @@ void declareSearch(CLI::App* command, Options* options) {
                    "several times");
   declareLimit(command, "--max-steps", &options->max_steps,
                "Leave an entry undecided after N steps");
-  command->footer(fieldsOfPackets());
+  command->footer(fieldsOfPackets() +
+                  "\n\nExit status 0: there is no such packet or entry; 1: there is one.\n"
+                  "Exit status 2: it is not decided, or there was trouble.");
 }
 
 void declareHits(CLI::App* command, Options* options) {
@@ -520,7 +522,7 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
   }
   // Without this check the library would take the next word for the value.
   for (const std::string& word : words) {
-    if (word.size() > 3 && word.compare(0, 2, "--") == 0 && word.back() == '=') {
+    if (word.size() > 3 && word.compare(0, 2, "--") == 0 && word.find('=') + 1 == word.size()) {
       console->trouble(Code::kUsage, "", word.substr(0, word.size() - 1) + ": a value is missing");
       return nullptr;
     }

@@ -146,9 +146,10 @@ class Treatment {
   bool readPackets() {
     if (!options_.packets) return true;
     Report faults;
-    packets_ = PacketSet::parse(*options_.packets, &faults, options_.max_findings);
+    packets_ = PacketSet::parse(*options_.packets, &faults,
+                                std::max<std::size_t>(options_.max_findings, 1));
     if (packets_ && !options_.order.empty()) return true;
-    if (packets_) console_.trouble(Code::kUsage, "--packets", "it needs --order");
+    if (packets_) console_.trouble(Code::kUsage, "--packets", "an order is needed: --order");
     for (const Finding& fault : faults.findings) {
       console_.trouble("--packets", fault, *options_.packets, 1);
     }
@@ -201,7 +202,7 @@ class Treatment {
     return finding;
   }
 
-  // "a.bin, b.bin: 2 changes treat packets differently, 1 changes nothing (order: ...)"
+  // "a.bin, b.bin: 2 changes treat packets differently, 1 does not (order: ...)"
   std::string summary(std::size_t left_out) {
     const std::size_t differing = counts_[Code::kTreatmentDiffers];
     const std::size_t open = counts_[Code::kNotDecided], idle = counts_[Code::kNoDifference];
@@ -213,7 +214,9 @@ class Treatment {
       text += counted(differing, "change") + " treat" + (differing == 1 ? "s" : "") +
               (packets_ ? " these packets" : " packets") + " differently";
     }
-    if (differing != 0 && idle != 0) text += ", " + std::to_string(idle) + " treat no packet so";
+    if (differing != 0 && idle != 0) {
+      text += ", " + std::to_string(idle) + (idle == 1 ? " does not" : " do not");
+    }
     if (open != 0) text += ", " + std::to_string(open) + " not decided";
     if (left_out != 0) text += "; " + counted(left_out, "finding") + " left out";
     return text + " (" + restsOn(orderOf(options_)) + ")";

@@ -89,6 +89,7 @@ class PolicyReader : TextLines {
       fail(Code::kTextRepeated, word,
            "the group stands in line " + std::to_string(other.line) +
                " already: write its promises there");
+      return;
     }
   }
 
