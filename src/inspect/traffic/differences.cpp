@@ -1,6 +1,7 @@
 #include <filter_inspect/filter_traffic.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -89,6 +90,23 @@ class Together {
   std::uint64_t steps_left_ = kStepsOfFrame;
 };
 
+constexpr std::uint64_t kBehindAll = ~std::uint64_t{0};
+
+// Equal for entries with the same matches, which take the same packets under every reading.
+std::string matchesKey(const PreparedEntry& entry) {
+  std::string key;
+  const auto add = [&key](std::initializer_list<std::uint64_t> numbers) {
+    for (const std::uint64_t number : numbers) key += std::to_string(number) + ' ';
+  };
+  for (const Asked& asked : entry.asked) {
+    add({asked.field, asked.which, asked.open != nullptr ? 1U : 0U, asked.match, asked.may.size()});
+    for (const Constraint& one : asked.may) {
+      add({one.field, static_cast<std::uint64_t>(one.asks), one.first, one.last});
+    }
+  }
+  return key;
+}
+
 struct Group {
   Group(Preparer* preparer, const FiltersGroup& group, Order order)
       : tracer(group, order),
@@ -97,7 +115,21 @@ struct Group {
     for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
   }
 
-  // The entries that can be the first to take a packet, and null if there may be none.
+  // For each entry, the rank of the first entry of the other group with the same matches.
+  void findTwins(const Group& other) {
+    std::unordered_map<std::string, std::uint64_t> ranks;
+    for (const PreparedEntry& entry : other.entries) ranks.emplace(matchesKey(entry), entry.rank);
+    for (const PreparedEntry& entry : entries) {
+      const auto found = ranks.find(matchesKey(entry));
+      twins.push_back(found == ranks.end() ? kBehindAll : found->second);
+    }
+  }
+  std::uint64_t twinOf(const PreparedEntry* entry) const {
+    return entry == nullptr ? kBehindAll : twins[static_cast<std::size_t>(entry - entries.data())];
+  }
+
+  // The entries that can be the first to take a packet, in their order, and null behind them if
+  // there may be none.
   std::vector<const PreparedEntry*> firstOf(const Decision& decision) const {
     if (decision.entry) return {byId.at(*decision.entry)};
     std::vector<const PreparedEntry*> all;
@@ -124,6 +156,7 @@ struct Group {
   std::vector<PreparedEntry> entries;
   Classifier classifier;
   std::unordered_map<filtersEntryId_t, const PreparedEntry*> byId;
+  std::vector<std::uint64_t> twins;
 };
 
 }  // namespace two_groups
@@ -136,6 +169,12 @@ struct TrafficComparison::Comparing {
   Comparing(const FiltersGroup& first, const FiltersGroup& second, Order order, Packet its)
       : a(&preparer, first, order), b(&preparer, second, order), assumed(std::move(its)) {
     treatments = preparer.takeTreatments();
+    a.findTwins(b);
+    b.findTwins(a);
+  }
+
+  static std::uint64_t rankOf(const PreparedEntry* entry) {
+    return entry == nullptr ? kBehindAll : entry->rank;
   }
 
   // The pairs that can take the packet.
@@ -144,7 +183,11 @@ struct TrafficComparison::Comparing {
     const auto firstOfB = b.firstOf(b.tracer.decide(packet));
     std::vector<EntryPair> pairs;
     for (const PreparedEntry* one : firstOfA) {
-      for (const PreparedEntry* other : firstOfB) pairs.push_back({one, other});
+      // A pair is impossible if the other group has the same matches before it.
+      for (const PreparedEntry* other : firstOfB) {
+        if (rankOf(other) > a.twinOf(one)) break;
+        if (rankOf(one) <= b.twinOf(other)) pairs.push_back({one, other});
+      }
     }
     if (pairs.size() == 1 || pairs.size() > kMostPairs ||
         std::all_of(pairs.begin(), pairs.end(), [](const EntryPair& one) { return one.isAlike(); }))

@@ -216,6 +216,25 @@ TEST(TrafficComparisonTest, IsExact) {
   }
 }
 
+// Most pairs of many entries are impossible, since the other group has both of their matches too.
+TEST(TrafficComparisonTest, FindsOnlyChangedEntriesAmongMany) {
+  std::string rules;
+  for (int i = 1; i <= 60; ++i) {
+    const std::string number = std::to_string(i);
+    rules += "entry " + number + " priority=1 if ttl=" + number +
+             (i % 2 != 0 ? " then deny\n" : " then permit\n");
+  }
+  const std::string last = "entry 77 priority=1 then ";
+  const FiltersGroup a = groupFrom(rules + last + "deny\n");
+  TrafficComparison equal(a, a, Order::kAscendingId);
+  equal.count(packetFrom("ip_protocol=6"));
+  EXPECT_TRUE(equal.differences().pairs.empty());
+  TrafficComparison changed(a, groupFrom(rules + last + "permit\n"), Order::kAscendingId);
+  changed.count(packetFrom("ip_protocol=6"));
+  ASSERT_EQ(changed.differences().pairs.size(), 1u);
+  EXPECT_EQ(changed.differences().pairs[0].a, 77u);
+}
+
 TEST(TrafficComparisonTest, KeepsItsCountsWithoutMemory) {
   const FiltersGroup a = groupFrom("entry 1 priority=1 if ttl=1 then permit\n");
   const FiltersGroup b = groupFrom("entry 2 priority=1 if external_vlan_id={5} then deny\n");
