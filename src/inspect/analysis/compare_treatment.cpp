@@ -115,7 +115,11 @@ class Comparison {
     if (outcome != Cut::Outcome::kUndecided) outcome = findPairs(i);
     if (outcome == Cut::Outcome::kUndecided) return reportUndecided(kTooLong);
     const bool known = pairs_.size() > found || (side == 1 && involved_.count(i) != 0);
-    if (!known) reportUndecided("depends on readings, or on which of two that tie comes first");
+    // Rules of the first group that were given up may have been part of its pairs.
+    if (!known) {
+      reportUndecided(gave_up_ ? kTooLong
+                               : "depends on readings, or on which of two that tie comes first");
+    }
   }
 
   const std::vector<Rule>& own() const { return all_.of(side_); }
@@ -257,6 +261,7 @@ class Comparison {
   }
 
   void reportUndecided(const char* why) {
+    gave_up_ = gave_up_ || why == kTooLong;
     Finding* finding = findings_.add(Code::kNotDecided, rule_->id);
     if (finding == nullptr) return;
     finding->message = std::string("whether the ") + (side_ == 0 ? "second" : "first") +
@@ -269,6 +274,7 @@ class Comparison {
   std::vector<Part> parts_;
   // True if all packets but those of a set are compared, and only some of the set are left out.
   bool is_sample_ = false;
+  bool gave_up_ = false;  // some rule took too many steps
   std::vector<Meetings> mays_;
   std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> by_matches_[2];
   Cuts cuts_;
