@@ -134,7 +134,7 @@ int writeAll(int stream, std::string_view text) {
   return 0;
 }
 
-std::string counted(std::size_t number, std::string_view what) {
+std::string counted(std::uint64_t number, std::string_view what) {
   std::string text = std::to_string(number) + ' ';
   if (number == 1) return text.append(what);
   const bool toIes = what.back() == 'y';

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -33,7 +34,7 @@ inline std::string_view withoutMark(std::string_view text) {
 }
 
 // "1 group", "2 groups".
-std::string counted(std::size_t number, std::string_view what);
+std::string counted(std::uint64_t number, std::string_view what);
 
 // Replaces characters that a terminal would obey, and line ends.
 std::string printable(std::string text);

@@ -10,17 +10,11 @@
 #include "xml.h"
 
 namespace FilterInspectTool {
-namespace {
+// A class with linkage has members of these types, so they cannot be in an unnamed namespace.
+namespace pictures {
 
 using namespace FiltersCommon;
 using namespace FiltersInspect;
-
-// Sizes in units of the picture; a letter is seven wide.
-constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
-constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the whole text
-constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
-constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
-constexpr std::size_t kLongestBar = 240;
 
 // If an entry has several findings, the one whose look is last in this list is drawn.
 struct Look {
@@ -47,6 +41,22 @@ struct Row {
 
   explicit Row(const FiltersEntry* its) : entry(its) {}
 };
+
+}  // namespace pictures
+
+using namespace pictures;
+
+namespace {
+
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+// Sizes in units of the picture; a letter is seven wide.
+constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
+constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the whole text
+constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
+constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
+constexpr std::size_t kLongestBar = 240;
 
 std::string_view treatmentOf(const Finding& finding) {
   if (finding.before.empty() && finding.after.empty()) return {};

@@ -176,7 +176,7 @@ bool Classifier::fillRows(const std::vector<Use>& uses, Dimension* dimension) co
 
 std::size_t Classifier::Dimension::rowOf(std::uint64_t value) const {
   const std::uint64_t here = (value & bits) >> shift;
-  const std::uint64_t jump = here >> jump_shift;
+  const auto jump = static_cast<std::size_t>(here >> jump_shift);
   const auto found =
       std::upper_bound(starts.begin() + jumps[jump], starts.begin() + jumps[jump + 1], here);
   return static_cast<std::size_t>(found - starts.begin() - 1) >> rank_shift;
