@@ -10,6 +10,7 @@
 #include "xml.h"
 
 namespace FilterInspectTool {
+
 // A class with linkage has members of these types, so they cannot be in an unnamed namespace.
 namespace pictures {
 

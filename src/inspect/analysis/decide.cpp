@@ -1,8 +1,8 @@
 #include <filter_inspect/filter_analysis.h>
 
 #include <array>
-#include <atomic>
 #include <map>
+#include <mutex>
 
 #include "packet_fields.h"
 #include "prepared.h"
@@ -17,8 +17,11 @@ std::vector<const std::vector<Asked>*> askedBy(const std::vector<PreparedEntry>&
   return asked;
 }
 
+// Not every target has atomic numbers of 64 bits.
 std::uint64_t nextSerial() {
-  static std::atomic<std::uint64_t> last{0};
+  static std::mutex mutex;
+  static std::uint64_t last = 0;
+  const std::lock_guard<std::mutex> guard(mutex);
   return ++last;
 }
 
