@@ -157,8 +157,8 @@ FILTERS_API Report remainsReport(const FiltersCommon::FiltersGroup& group,
 // `entry` is the changed rule, of `b` if `a` does not have it. `others` are the rules that take the
 // packets before or after the change instead of it. `witness` is an example packet, `before` and
 // `after` what the groups do with it. kNoDifference: the rule has changed, but every packet is
-// treated as before. kNotDecided: as from compareTreatment(). If there are `packets`, only packets
-// of this set count.
+// treated as before. kNotDecided: as from compareTreatment(); rules that have not changed share one
+// such finding, without an `entry`. If there are `packets`, only packets of this set count.
 FILTERS_API Report explainChanges(const FiltersCommon::FiltersGroup& a,
                                   const FiltersCommon::FiltersGroup& b,
                                   const AnalysisOptions& options = {},

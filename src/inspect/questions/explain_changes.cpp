@@ -68,11 +68,7 @@ class Changes {
       if (finding == nullptr) continue;
       finding->message = changeOf(id) + ": " + unchanged_ + " is treated differently";
     }
-    for (Finding& open : compared.findings) {
-      if (open.code == Code::kTreatmentDiffers) continue;
-      Finding* finding = findings_.add(open.code, open.entry);
-      if (finding != nullptr) *finding = std::move(open);
-    }
+    reportOpen(&compared.findings);
     return findings_.take();
   }
  private:
@@ -185,6 +181,28 @@ class Changes {
       text += "it takes packets " + (effect.none ? "that no entry took" : "of " + those) + "; ";
     }
     text += "packets like this one " + then;
+  }
+
+  // Reports what is not decided. Rules that have not changed share a finding.
+  void reportOpen(std::vector<Finding>* compared) {
+    std::set<std::uint32_t> ids;
+    for (const Finding& open : *compared) {
+      if (open.code != Code::kNotDecided || parts_.count(*open.entry) != 0) continue;
+      ids.insert(*open.entry);
+    }
+    std::vector<std::uint32_t> unchanged(ids.begin(), ids.end());
+    for (Finding& open : *compared) {
+      if (open.code != Code::kNotDecided) continue;
+      if (unchanged.size() > 1 && ids.count(*open.entry) != 0) continue;
+      Finding* finding = findings_.add(open.code, open.entry);
+      if (finding != nullptr) *finding = std::move(open);
+    }
+    if (unchanged.size() < 2) return;
+    Finding* finding = findings_.add(Code::kNotDecided, std::nullopt);
+    if (finding == nullptr) return;
+    finding->message = "whether packets of " + entriesText(unchanged) +
+                       ", which have not changed, are treated differently is not decided";
+    finding->others = std::move(unchanged);
   }
 
   const FiltersGroup &a_, &b_;

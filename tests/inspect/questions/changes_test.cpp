@@ -189,4 +189,31 @@ TEST(ChangesTest, OneSentenceForEachChangedRule) {
   }
 }
 
+TEST(ChangesTest, RulesThatHaveNotChangedShareWhatIsOpen) {
+  // Nobody knows which of 10 and 11 comes first, so packets of both are open.
+  constexpr char kBefore[] =
+      "filter-groups 1\n"
+      "group 1 priority=10 stage=ingress type=3\n"
+      "entry 10 priority=90 if src_ipv4=10.0.0.0/8 then permit\n"
+      "entry 11 priority=90 if ip_protocol=6 then deny\n"
+      "entry 12 priority=90 if ttl=1 then copy_to_cpu\n";
+  const FiltersGroup before = groupsFromText(kBefore).groups.at(0);
+  FiltersGroup after = before;
+  FiltersEntry rule(20);
+  rule.setPriority(95);
+  set(&rule, MatchTTL(1));
+  ASSERT_EQ(after.insertEntry(rule), FILTERS_OK);
+  AnalysisOptions options;
+  options.order = Order::kHighestPriority;
+  std::string said;
+  for (const Finding& one : explainChanges(before, after, options).findings) {
+    if (one.code != Code::kNotDecided) continue;
+    said += (one.entry ? std::to_string(*one.entry) : "-") + ": " + one.message + '\n';
+  }
+  EXPECT_EQ(
+      said,
+      "-: whether packets of entries 10 and 11, which have not changed, are treated differently "
+      "is not decided\n");
+}
+
 }  // namespace
