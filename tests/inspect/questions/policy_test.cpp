@@ -124,6 +124,9 @@ TEST(PolicyTest, SaysWhoBreaksAPromise) {
       // If entry 60 takes a packet, entry 20 takes it first, however the device reads tos=8.
       {"always permit if external_vlan_id=9 tos=9 src_ipv4=none", "",
        "policy-fails: entry 20 denies P, unless entry 70 denies it; each breaks the promise"},
+      // The packets with VLAN id 7 are open, but not those with 9.
+      {"always permit if external_vlan_id={7,9} tos=9 src_ipv4=none", "",
+       "policy-fails: entry 20 denies P, unless entry 70 denies it; each breaks the promise"},
       {"always taken if external_vlan_id=7", "unspecified",
        "policy-holds: no packet breaks the promise"},
   };
