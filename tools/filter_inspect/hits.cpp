@@ -25,10 +25,13 @@ bool isHit(const HitCounts& hits) { return hits.sure.frames + hits.possible.fram
 // What a group did with all frames: "1000 frames, 980 decided and 20 not".
 Finding wholeOf(const Hits& hits) {
   const std::uint64_t open = hits.undecided.frames;
-  std::string text = counted(hits.frames, "frame") + ", ";
-  text += open == 0 ? "all decided"
-                    : std::to_string(hits.decided.frames) + " decided and " + std::to_string(open) +
-                          " not";
+  std::string text = counted(hits.frames, "frame");
+  if (open != 0) {
+    text += ", " + std::to_string(hits.decided.frames) + " decided and " + std::to_string(open) +
+            " not";
+  } else if (hits.frames != 0) {
+    text += ", all decided";
+  }
   return findingOf(Code::kFramesCounted, std::move(text), {hits.decided, hits.undecided});
 }
 
