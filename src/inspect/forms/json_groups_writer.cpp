@@ -7,6 +7,7 @@
 #include "policer_facts.h"
 #include "report/hex.h"
 #include "report/json_writer.h"
+#include "shared/arena.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -203,7 +204,8 @@ void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonWriter* 
 
 std::string toJson(const std::vector<FiltersGroup>& groups) {
   JsonWriter out;
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   out.open('{');
   write(kFormatKey, kFormat, &out);
   write(kVersionKey, unsigned{kJsonVersion}, &out);

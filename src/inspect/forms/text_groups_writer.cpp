@@ -5,6 +5,7 @@
 #include "interface_ids.h"
 #include "policer_text.h"
 #include "report/hex.h"
+#include "shared/arena.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -103,14 +104,16 @@ std::string toText(const std::vector<FiltersGroup>& groups) {
   std::string text = "filter-groups ";
   appendNumber(kTextVersion, &text);
   text += '\n';
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   for (const FiltersGroup& group : groups) appendGroup(group, &message, &text);
   return text;
 }
 
 std::string groupLines(const FiltersGroup& group) {
   std::string text;
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   appendGroup(group, &message, &text);
   return text;
 }
@@ -145,7 +148,8 @@ std::string shownValue(const FormRow& row, const MatchPB& match) {
 }  // namespace
 
 EntryColumns columnsOf(const FiltersEntry& entry) {
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   entry.convertToFiltersEntryPB(&message);
   EntryColumns columns;
   for (const MatchPB& match : message.matches_()) {
@@ -174,14 +178,16 @@ EntryColumns columnsOf(const FiltersEntry& entry) {
 
 std::string toText(const FiltersEntry& entry) {
   std::string text;
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   appendEntry(entry, For::kReading, &message, &text);
   return text;
 }
 
 std::string shownText(const FiltersEntry& entry) {
   std::string text;
-  FiltersEntryPB message;
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();
   appendEntry(entry, For::kShowing, &message, &text);
   return text;
 }
