@@ -31,12 +31,12 @@ unsigned widthOf(std::uint64_t number) {
 
 }  // namespace
 
-Classifier::Classifier(const std::vector<const std::vector<Asked>*>& entries)
+Classifier::Classifier(const std::vector<PreparedEntry>& entries)
     : words_((entries.size() + kBits - 1) / kBits), summary_((words_ + kBits - 1) / kBits) {
   last_ = ~Word{0} >> (words_ * kBits - entries.size());
 
   RuleSpace rules;
-  for (const auto* asked : entries) rules.add(*asked);
+  for (const PreparedEntry& entry : entries) rules.add(entry.asked);
   rules.seal(false);
   const Space& space = rules.space();
   std::vector<std::vector<Use>> uses(space.dimensions());

@@ -26,15 +26,15 @@
 #include <vector>
 
 #include "packet_fields.h"
-#include "readings.h"
 #include "space.h"
+#include "takers.h"
 
 namespace FiltersInspect {
 
 class Classifier {
  public:
   // Entries are numbered from 0 in the order of the list.
-  explicit Classifier(const std::vector<const std::vector<Asked>*>& entries);
+  explicit Classifier(const std::vector<PreparedEntry>& entries);
 
   // Calls `visit` with the number of each entry that may take the packet, in ascending order, until
   // it returns false. Fields that are not told exclude no entry.

@@ -10,13 +10,6 @@
 namespace FiltersInspect {
 namespace {
 
-std::vector<const std::vector<Asked>*> askedBy(const std::vector<PreparedEntry>& entries) {
-  std::vector<const std::vector<Asked>*> asked;
-  asked.reserve(entries.size());
-  for (const PreparedEntry& entry : entries) asked.push_back(&entry.asked);
-  return asked;
-}
-
 // Not every target has atomic numbers of 64 bits.
 std::uint64_t nextSerial() {
   static std::mutex mutex;
@@ -79,7 +72,7 @@ Tracer::Prepared::Prepared(std::vector<PreparedEntry> itsEntries,
                            std::vector<std::string> itsTreatments)
     : entries(std::move(itsEntries)),
       treatments(std::move(itsTreatments)),
-      classifier(askedBy(entries)),
+      classifier(entries),
       serial(nextSerial()) {}
 
 namespace {

@@ -109,9 +109,7 @@ std::string matchesKey(const PreparedEntry& entry) {
 
 struct Group {
   Group(Preparer* preparer, const FiltersGroup& group, Order order)
-      : tracer(group, order),
-        entries(preparer->entriesOf(group, order)),
-        classifier(askedBy(entries)) {
+      : tracer(group, order), entries(preparer->entriesOf(group, order)), classifier(entries) {
     for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
   }
 
@@ -144,12 +142,6 @@ struct Group {
     classifier.forEach(
         packet, [&](std::size_t i) { return takers.add(entries[i], hitOf(entries[i], packet)); });
     return std::move(takers.entries);
-  }
-
-  static std::vector<const std::vector<Asked>*> askedBy(const std::vector<PreparedEntry>& entries) {
-    std::vector<const std::vector<Asked>*> all;
-    for (const PreparedEntry& entry : entries) all.push_back(&entry.asked);
-    return all;
   }
 
   Tracer tracer;
