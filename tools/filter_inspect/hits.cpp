@@ -119,13 +119,10 @@ Exit runHits(const Options& options, Console* console) {
   if (!readsInputOnce(options, console)) return kExitTrouble;
   const std::optional<Packet> assumed = assumedOf(options, console);
   if (!assumed) return kExitTrouble;
-  std::vector<Input> inputs = readInputs(options, console);
-  if (inputs.empty()) return kExitTrouble;
-  Input& input = inputs.front();
   Selection selection(options);
-  selection.choose(&input);
-  if (!selection.isThere(console)) return kExitTrouble;
-  tellLosses(input, console);
+  const std::optional<Input> chosen = readChosen(options, &selection, console);
+  if (!chosen) return kExitTrouble;
+  const Input& input = *chosen;
   std::vector<Counted> all;
   for (const InputGroup& group : input.groups) {
     if (!group.group) continue;

@@ -172,13 +172,10 @@ Exit runSearch(const Options& options, Console* console) {
       return kExitTrouble;
     }
   }
-  std::vector<Input> inputs = readInputs(options, console);
-  if (inputs.empty()) return kExitTrouble;
-  Input& input = inputs.front();
   Selection selection(options);
-  selection.choose(&input);
-  if (!selection.isThere(console)) return kExitTrouble;
-  tellLosses(input, console);
+  const std::optional<Input> chosen = readChosen(options, &selection, console);
+  if (!chosen) return kExitTrouble;
+  const Input& input = *chosen;
   Answer answer(options, *packets, then ? &*then : nullptr, console);
   for (const InputGroup& group : input.groups) {
     if (group.group) answer.write(input, group);

@@ -77,4 +77,13 @@ bool Selection::Ids::tellMissing(const char* what, const std::vector<std::uint32
   return true;
 }
 
+std::optional<Input> readChosen(const Options& options, Selection* selection, Console* console) {
+  std::vector<Input> inputs = readInputs(options, console);
+  if (inputs.empty()) return std::nullopt;
+  selection->choose(&inputs.front());
+  if (!selection->isThere(console)) return std::nullopt;
+  tellLosses(inputs.front(), console);
+  return std::move(inputs.front());
+}
+
 }  // namespace FilterInspectTool

@@ -6,6 +6,7 @@
 #include <filter_inspect/filter_report.h>
 
 #include <cstdint>
+#include <optional>
 #include <set>
 
 #include "input.h"
@@ -35,6 +36,10 @@ class Selection {
   const Options& options_;
   Ids groups_, entries_;
 };
+
+// Reads the file of a command that has one, keeps the groups that are asked for, and tells what was
+// lost. Returns nothing after trouble, which has been reported.
+std::optional<Input> readChosen(const Options& options, Selection* selection, Console* console);
 
 }  // namespace FilterInspectTool
 

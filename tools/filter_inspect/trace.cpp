@@ -257,13 +257,10 @@ Exit runTrace(const Options& options, Console* console) {
     console->trouble(Code::kUsage, "-", "standard input is read once");
     return kExitTrouble;
   }
-  std::vector<Input> inputs = readInputs(options, console);
-  if (inputs.empty()) return kExitTrouble;
   Selection selection(options);
-  selection.choose(&inputs.front());
-  if (!selection.isThere(console)) return kExitTrouble;
-  tellLosses(inputs.front(), console);
-  Packets packets(options, inputs.front(), selection, console);
+  const std::optional<Input> input = readChosen(options, &selection, console);
+  if (!input) return kExitTrouble;
+  Packets packets(options, *input, selection, console);
   if (options.packet) {
     packets.trace(*options.packet, kPacketPlace, 1);
     return packets.finish(kPacketPlace);
