@@ -171,6 +171,24 @@ TEST(ChangesTest, OneSentenceForEachChangedRule) {
        "dropped\n"
        "entry 30: other matches: it takes packets that no entry took; packets like this one are "
        "now dropped"},
+      // Both rules of a pair have changed. The first is the cause only if it no longer matches.
+      {"entry 10 priority=90",
+       "entry 15 priority=99 if ip_protocol=6 then deny\nentry 10 priority=85",
+       "entry 15: new: it takes packets of entries 10, 20 and 50; packets like this one are now "
+       "dropped"},
+      {"entry 10 priority=90 if src_ipv4=10.1.0.0/16",
+       "entry 15 priority=99 if ip_protocol=6 then deny\nentry 10 priority=90 if "
+       "src_ipv4=10.9.0.0/16",
+       "entry 10: other matches: its packets go to entries 15 and 40; packets like this one are "
+       "now "
+       "dropped\n"
+       "entry 10: other matches: no entry takes packets like this one any more\n"
+       "entry 15: new: it takes packets of entries 20 and 50; packets like this one are now "
+       "dropped\n"
+       "entry 10: other matches: it takes packets of entry 40; packets like this one are now "
+       "permitted\n"
+       "entry 10: other matches: it takes packets that no entry took; packets like this one are "
+       "now permitted"},
       {"then deny\nentry 50", "then deny count 1=packets\nentry 50", ""},
   };
   const auto groupOf = [](const std::string& text) { return groupsFromText(text).groups.at(0); };
