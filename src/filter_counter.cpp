@@ -4,6 +4,8 @@
 
 #include <filter_common/filter_counter.pb.h>
 
+#include "wire_fields.h"
+
 namespace FiltersCommon {
 namespace {
 
@@ -33,13 +35,16 @@ const char* typeName(counter_type_t type) {
 
 }  // namespace
 
-Counter::Counter(const CounterPB& message)
-    : id_(static_cast<unsigned short>(message.id())),
-      type_(static_cast<counter_type_t>(message.type())) {}
+Counter::Counter(const CounterPB& message) {
+  MessageReader<CounterPB> in(message);
+  TakeFields<MessageReader<CounterPB>> take{in};
+  WireFields::of(take, *this);
+}
 
 void Counter::Serialize(CounterPB* message) const {
-  message->set_id(id_);
-  message->set_type(type_);
+  MessageWriter<CounterPB> out(message);
+  PutFields<MessageWriter<CounterPB>> put{out};
+  WireFields::of(put, *this);
 }
 
 std::ostream& operator<<(std::ostream& os, const Counter& counter) {

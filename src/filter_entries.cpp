@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <iterator>
 #include <typeinfo>
 #include <utility>
@@ -12,7 +13,7 @@
 #include "action_visit.h"
 #include "match_visit.h"
 #include "parse.h"
-#include "wire.h"
+#include "wire_fields.h"
 
 namespace FiltersCommon {
 namespace {
@@ -30,30 +31,29 @@ constexpr bool contains(const Codes& codes, filtersMatch_t code) {
 
 std::set<filtersMatch_t> publish(const Codes& codes) { return {codes.begin(), codes.end()}; }
 
-// A blank object of the code's class, or null for a code without a class.
-std::unique_ptr<Match> makeBlank(filtersMatch_t code) {
-  return std::unique_ptr<Match>(
-      visitMatch<Match*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
+template <class R, class F>
+R visit(filtersMatch_t code, R unknown, F&& f) {
+  return visitMatch(code, unknown, f);
+}
+template <class R, class F>
+R visit(filtersAction_t code, R unknown, F&& f) {
+  return visitAction(code, unknown, f);
 }
 
-std::unique_ptr<Action> makeBlank(filtersAction_t code) {
-  return std::unique_ptr<Action>(
-      visitAction<Action*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
+// A blank object of the code's class, or null for a code without a class.
+template <class Object, class Code>
+std::unique_ptr<Object> makeBlank(Code code) {
+  return std::unique_ptr<Object>(
+      visit<Object*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
 }
 
 // A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS. Null for a code
 // without a class.
-std::unique_ptr<Match> clone(const Match& match) {
-  return std::unique_ptr<Match>(visitMatch<Match*>(match.getType(), nullptr, [&](auto tag) {
+template <class Object>
+std::unique_ptr<Object> clone(const Object& object) {
+  return std::unique_ptr<Object>(visit<Object*>(object.getType(), nullptr, [&](auto tag) {
     using T = typename decltype(tag)::Class;
-    return new T(static_cast<const T&>(match));
-  }));
-}
-
-std::unique_ptr<Action> clone(const Action& action) {
-  return std::unique_ptr<Action>(visitAction<Action*>(action.getType(), nullptr, [&](auto tag) {
-    using T = typename decltype(tag)::Class;
-    return new T(static_cast<const T&>(action));
+    return new T(static_cast<const T&>(object));
   }));
 }
 
@@ -257,63 +257,192 @@ filtersErr_t FiltersEntry::deleteCounters() {
   return FILTERS_OK;
 }
 
+// --- The fields of an entry
+// ------------------------------------------------------------------------
+
+namespace {
+
+#define FILTERS_ENTRY_FIELD(constant, KIND, number, name) \
+  constexpr auto constant = KIND(number, name);
+#define NUMBER(number, name) FILTERS_FIELD(number, set_, name)
+#define BYTES(number, name) FILTERS_FIELD(number, mutable_, name)
+#define MESSAGES(number, name) FILTERS_FIELD(number, mutable_, name)
+#include "wire_fields.def"
+#undef NUMBER
+#undef BYTES
+#undef MESSAGES
+
+// Writes a match, an action or a counter.
+void putPart(const std::unique_ptr<Match>& match, MatchPB* message) {
+  match->convertToMatchPB(message);
+}
+void putPart(const std::unique_ptr<Action>& action, ActionPB* message) {
+  action->convertToActionPB(message);
+}
+void putPart(const std::pair<const unsigned short, Counter>& held, CounterPB* message) {
+  held.second.Serialize(message);
+}
+template <class Object>
+void putPart(const std::unique_ptr<Object>& object, WireWriter* out) {
+  out->number(kCodeField, static_cast<std::uint32_t>(object->getType()));
+  visit(object->getType(), false, [&](auto tag) {
+    PutFields<WireWriter> put{*out};
+    WireFields::of(put, static_cast<const typename decltype(tag)::Class&>(*object));
+    return true;
+  });
+}
+void putPart(const std::pair<const unsigned short, Counter>& held, WireWriter* out) {
+  PutFields<WireWriter> put{*out};
+  WireFields::of(put, held.second);
+}
+
+// A match or an action from the rest of its bytes, or null if the bytes or the code are unknown.
+template <class Object, class Code>
+std::unique_ptr<Object> takeObject(Code code, WireReader* in) {
+  return std::unique_ptr<Object>(visit<Object*>(code, nullptr, [&](auto tag) -> Object* {
+    auto object = tag.makeBlank();
+    TakeFields<WireReader> take{*in};
+    WireFields::of(take, *object);
+    return in->finished() ? object.release() : nullptr;
+  }));
+}
+
+// A counter. Bytes must have the form that a counter writes; every message gives one.
+bool takeCounter(const CounterPB& message, Counter* counter) {
+  *counter = Counter(message);
+  return true;
+}
+bool takeCounter(WireReader in, Counter* counter) {
+  TakeFields<WireReader> take{in};
+  WireFields::of(take, *counter);
+  return in.finished();
+}
+
+}  // namespace
+
+template <class Writer>
+void WireFields::Entry::put(const FiltersEntry& entry, Writer& out) {
+  const auto putBytes = [&](const auto& field, const std::string& bytes) {
+    out.bytes(field, bytes.data(), bytes.size());
+  };
+  const auto write = [](const auto& part, auto* message) { putPart(part, message); };
+  out.number(kId, entry.id_);
+  out.number(kPriority, entry.priority_);
+  putBytes(kPolicer, entry.policer_.Serialize());
+  out.appendMessages(kMatches, entry.matches_, write);
+  out.appendMessages(kActions, entry.actions_, write);
+  out.appendMessages(kCounters, entry.counters_, write);
+  if (entry.policerParent_ != nullptr) putBytes(kParent, entry.policerParent_->Serialize());
+}
+
+template <class Reader>
+bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bool isBuffer) {
+  constexpr bool kBytes = std::is_same_v<Reader, WireReader>;
+  entry->id_ = in.number(kId);
+  entry->priority_ = in.number(kPriority);
+  const auto& policer = in.bytes(kPolicer);
+  const auto& matches = in.messages(kMatches);
+  const auto& actions = in.messages(kActions);
+  const auto& counters = in.messages(kCounters);
+  const bool hasParent = in.hasBytes(kParent);
+  const auto& parent = in.bytes(kParent);
+  if constexpr (kBytes) {
+    if (!(isBuffer ? in.finishedOrZero() : in.finished())) return false;
+  }
+  const auto takePolicers = [&] {
+    const auto policerFrom = [](const auto& bytes) {
+      if constexpr (kBytes)
+        return policer::Policer(std::string(bytes.data(), bytes.size()));
+      else
+        return policer::Policer(bytes);
+    };
+    entry->policer_ = policerFrom(policer);
+    if (hasParent) entry->policerParent_ = std::make_shared<policer::Policer>(policerFrom(parent));
+  };
+  // The constructors of policers may throw. Bytes whose matches or actions have another form are
+  // parsed as a message, which may lack the parent, so they are read first.
+  if (!kBytes) takePolicers();
+  // Deliberate: this does not call setCounter(). All counters of another process are kept, even
+  // those with type 0 or a repeated type.
+  for (const auto& part : counters) {
+    Counter counter;
+    if (!takeCounter(part, &counter)) return false;
+    entry->counters_.insert_or_assign(counter.GetId(), counter);
+  }
+  reserveObjects(&entry->matches_, static_cast<std::size_t>(matches.size()));
+  for (const auto& part : matches) {
+    if (!takeMatch(entry, part)) return false;
+  }
+  reserveObjects(&entry->actions_, static_cast<std::size_t>(actions.size()));
+  for (const auto& part : actions) {
+    if (!takeAction(entry, part)) return false;
+  }
+  if (kBytes) takePolicers();
+  return true;
+}
+
+bool WireFields::Entry::takeMatch(FiltersEntry* entry, const MatchPB& message) {
+  const auto code = static_cast<filtersMatch_t>(message.type_());
+  if (!entry->isCompatible(code)) return true;
+  auto match = makeBlank<Match>(code);
+  if (match == nullptr) return true;
+  match->convertFromMatchPB(&message);
+  entry->storeMatch(std::move(match));
+  return true;
+}
+
+bool WireFields::Entry::takeMatch(FiltersEntry* entry, WireReader in) {
+  const auto code = static_cast<filtersMatch_t>(in.number(kCodeField));
+  if (!entry->isCompatible(code)) return false;
+  auto match = takeObject<Match>(code, &in);
+  if (match == nullptr) return false;
+  entry->storeMatch(std::move(match));
+  return true;
+}
+
+bool WireFields::Entry::takeAction(FiltersEntry* entry, const ActionPB& message) {
+  auto action = makeBlank<Action>(static_cast<filtersAction_t>(message.type_()));
+  if (action == nullptr) return true;
+  action->convertFromActionPB(&message);
+  entry->storeAction(std::move(action));
+  return true;
+}
+
+bool WireFields::Entry::takeAction(FiltersEntry* entry, WireReader in) {
+  const auto code = static_cast<filtersAction_t>(in.number(kCodeField));
+  auto action = takeObject<Action>(code, &in);
+  if (action == nullptr) return false;
+  entry->storeAction(std::move(action));
+  return true;
+}
+
+// For groups.
+template void WireFields::Entry::put(const FiltersEntry& entry, WireWriter& out);
+template bool WireFields::Entry::take(FiltersEntry* entry, WireReader in, bool isBuffer);
+
 // --- Conversion and comparison -------------------------------------------------------------------
 
 void FiltersEntry::convertToFiltersEntryPB(FiltersEntryPB* message) const {
-  message->set_id_(id_);
-  message->set_priority_(priority_);
-  message->set_policer_(policer_.Serialize());
-  if (policerParent_ != nullptr) message->set_policer_parent_(policerParent_->Serialize());
-  reserveMore(message->mutable_counters_(), counters_.size());
-  reserveMore(message->mutable_matches_(), matches_.size());
-  reserveMore(message->mutable_actions_(), actions_.size());
-  for (const auto& [id, counter] : counters_) counter.Serialize(message->add_counters_());
-  for (const auto& match : matches_) match->convertToMatchPB(message->add_matches_());
-  for (const auto& action : actions_) action->convertToActionPB(message->add_actions_());
+  MessageWriter<FiltersEntryPB> out(message);
+  WireFields::Entry::put(*this, out);
 }
 
 void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
-  id_ = message->id_();
-  priority_ = message->priority_();
-  policer_ = policer::Policer(message->policer_());
-  if (message->has_policer_parent_()) {
-    policerParent_ = std::make_shared<policer::Policer>(message->policer_parent_());
-  }
-  // Deliberate: this does not call setCounter(). All counters of another process are kept, even
-  // those with type 0 or a repeated type.
-  for (const CounterPB& counterMessage : message->counters_()) {
-    const Counter counter(counterMessage);
-    counters_.insert_or_assign(counter.GetId(), counter);
-  }
-  reserveObjects(&matches_, static_cast<std::size_t>(message->matches__size()));
-  for (const MatchPB& matchMessage : message->matches_()) {
-    const auto code = static_cast<filtersMatch_t>(matchMessage.type_());
-    if (!isCompatible(code)) continue;
-    auto match = makeBlank(code);
-    if (match == nullptr) continue;
-    match->convertFromMatchPB(&matchMessage);
-    storeMatch(std::move(match));
-  }
-  reserveObjects(&actions_, static_cast<std::size_t>(message->actions__size()));
-  for (const ActionPB& actionMessage : message->actions_()) {
-    auto action = makeBlank(static_cast<filtersAction_t>(actionMessage.type_()));
-    if (action == nullptr) continue;
-    action->convertFromActionPB(&actionMessage);
-    storeAction(std::move(action));
-  }
+  WireFields::Entry::take(this, MessageReader<FiltersEntryPB>(*message));
 }
 
 void FiltersEntry::parse(const char* bytes, std::size_t size) {
+  if (size <= INT_MAX && WireFields::Entry::take(this, WireReader(bytes, size), true)) return;
+  *this = FiltersEntry();
   MessageArena arena;
   convertFromFiltersEntryPB(parseMessage<FiltersEntryPB>(bytes, size, &arena));
 }
 
 void FiltersEntry::serialize(std::string* out) const {
-  MessageArena arena;
-  auto* message = arena.make<FiltersEntryPB>();
-  convertToFiltersEntryPB(message);
-  out->clear();
-  static_cast<void>(message->AppendToString(out));
+  WireWriter writer;
+  WireFields::Entry::put(*this, writer);
+  // A message has at most 2 GiB. An entry with more has no bytes.
+  out->assign(writer.data(), writer.size() <= INT_MAX ? writer.size() : 0);
 }
 
 void FiltersEntry::serialize(FiltersSerialized* out) const {

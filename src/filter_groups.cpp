@@ -7,33 +7,45 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <utility>
 
 #include "parse.h"
-#include "wire.h"
+#include "wire_fields.h"
 
 namespace FiltersCommon {
 namespace {
 
 using google::protobuf::io::CodedInputStream;
-using google::protobuf::io::CodedOutputStream;
+using Entries = std::map<unsigned int, FiltersEntry>;
 
-// The tag of a field on the wire: its number, and its wire type in the low three bits.
-constexpr std::uint32_t tagOf(int field, int wireType) {
-  return static_cast<std::uint32_t>(field << 3 | wireType);
-}
-constexpr int kVarint = 0;
-constexpr std::uint32_t kEntryTag =
-    tagOf(FiltersGroupPB::kEntriesFieldNumber, 2);  // length-delimited
-
-// Each entry is preceded by its tag (one byte) and its length (up to five bytes).
-constexpr std::size_t kMaxPrefix = 6;
 // The room reserved for each further entry is the size of the first entry plus kMaxGrowth: an id
 // and a priority take one byte each in small entries and up to five in later ones. A first entry
 // larger than kUsualSize counts as kUsualSize, since it says nothing about the others.
 constexpr std::size_t kMaxGrowth = 8;
 constexpr std::size_t kUsualSize = 512;
+
+// Parses entries whose bytes an entry would not write. One message is used for all and keeps its
+// memory. On an arena it leaks nothing when memory runs out.
+class OddEntries {
+ public:
+  // False if the bytes do not parse. The parser sees them with all bytes of the group that follow
+  // them, and with their end as a limit, as it does when it parses the group's message. Releases of
+  // the message runtime differ in what they make of a field that crosses a limit.
+  bool parse(const WireReader& entry, const char* end) {
+    CodedInputStream in(reinterpret_cast<const std::uint8_t*>(entry.data()),
+                        static_cast<int>(end - entry.data()));
+    const auto limit = in.IncrementRecursionDepthAndPushLimit(static_cast<int>(entry.size()));
+    message_->Clear();
+    return message_->MergePartialFromCodedStream(&in) &&
+           in.DecrementRecursionDepthAndPopLimit(limit.first);
+  }
+  const FiltersEntryPB* message() const { return message_; }
+ private:
+  MessageArena arena_;
+  FiltersEntryPB* message_ = arena_.make<FiltersEntryPB>();
+};
 
 }  // namespace
 
@@ -103,116 +115,98 @@ bool FiltersGroup::operator==(const FiltersGroup& other) const {
          type_ == other.type_ && entries_ == other.entries_;
 }
 
+// --- Messages and bytes --------------------------------------------------------------------------
+
 FiltersGroupPB FiltersGroup::convertToFiltersGroupPB() const {
   FiltersGroupPB message;
-  fillHead(&message);
-  reserveMore(message.mutable_entries_(), entries_.size());
-  for (const auto& [id, entry] : entries_) entry.convertToFiltersEntryPB(message.add_entries_());
+  MessageWriter<FiltersGroupPB> out(&message);
+  auto put = withMessages(PutFields<MessageWriter<FiltersGroupPB>>{out},
+                          [&](const auto& field, const Entries& entries) {
+                            out.appendMessages(field, entries,
+                                               [](const auto& held, FiltersEntryPB* entry) {
+                                                 held.second.convertToFiltersEntryPB(entry);
+                                               });
+                          });
+  WireFields::of(put, *this);
   return message;
 }
 
-void FiltersGroup::fillHead(FiltersGroupPB* message) const {
-  message->set_id_(id_);
-  message->set_priority_(priority_);
-  message->set_stage_(static_cast<std::uint32_t>(stage_));
-  message->set_type_(static_cast<std::uint32_t>(type_));
-}
-
 // Deliberate: stage and type are stored unchecked, even a pair that setType() would refuse.
-void FiltersGroup::setHead(std::uint32_t id, std::uint32_t priority, std::uint32_t stage,
-                           std::uint32_t type) {
-  id_ = static_cast<filtersGroupId_t>(id);
-  priority_ = static_cast<filtersGroupPriority_t>(priority);
-  stage_ = static_cast<filtersGroupStage_t>(stage);
-  type_ = static_cast<filtersGroupType_t>(type);
-}
-
 void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
-  setHead(message->id_(), message->priority_(), message->stage_(), message->type_());
-  for (const FiltersEntryPB& entryMessage : message->entries_()) addFrom(entryMessage);
+  MessageReader<FiltersGroupPB> in(*message);
+  auto take = withMessages(TakeFields<MessageReader<FiltersGroupPB>>{in},
+                           [&](const auto& field, const Entries&) {
+                             for (const FiltersEntryPB& entry : in.messages(field)) {
+                               Entries made;
+                               made[0].convertFromFiltersEntryPB(&entry);
+                               add(&made);
+                             }
+                           });
+  WireFields::of(take, *this);
 }
 
-// Deliberate: an entry that the group refuses is dropped, and an entry replaces a held one with its
-// id.
-void FiltersGroup::addFrom(const FiltersEntryPB& message) {
-  std::map<unsigned int, FiltersEntry> made;  // one entry, whose node moves into the group
-  FiltersEntry& entry = made.try_emplace(message.id_(), message.id_()).first->second;
-  entry.convertFromFiltersEntryPB(&message);
+// Moves the one entry of `made` into the group. Deliberate: an entry that the group refuses is
+// dropped, and an entry replaces a held one with its id.
+void FiltersGroup::add(std::map<unsigned int, FiltersEntry>* made) {
+  const FiltersEntry& entry = made->begin()->second;
   if (validate(entry) != FILTERS_OK) return;
-  auto node = made.extract(made.begin());
+  auto node = made->extract(made->begin());
+  node.key() = entry.getId();
   const auto held = entries_.insert(entries_.end(), std::move(node));
   if (!node.empty()) held->second = std::move(node.mapped());
 }
 
 void FiltersGroup::parse(const char* bytes, std::size_t size) {
-  if (parseAsWritten(bytes, size)) return;
+  if (size <= INT_MAX && parseAsWritten(bytes, size)) return;
   entries_.clear();
   MessageArena arena;
   convertFromFiltersGroupPB(parseMessage<FiltersGroupPB>(bytes, size, &arena));
 }
 
-// Reads bytes of the shape that serialize() writes (each head field at most once, then entries) one
-// entry at a time, so that the message of the whole group is never in memory. False if the bytes
-// have another shape anywhere; the caller then parses the whole message.
+// Reads bytes of the form that serialize() writes, one entry at a time, so that the message of the
+// whole group is never in memory. An entry may have another form: it is parsed as a message. False
+// if the group has another form anywhere; the caller then parses the whole message.
 bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
-  if (size > INT_MAX) return false;
-  CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<int>(size));
-  std::uint32_t head[4] = {};
-  for (int field = 1; field <= 4; ++field) {
-    if (in.ExpectTag(tagOf(field, kVarint)) && !in.ReadVarint32(&head[field - 1])) return false;
-  }
-  setHead(head[0], head[1], head[2], head[3]);
-  // One message is used for all entries and keeps its memory. On an arena it leaks nothing when
-  // memory runs out.
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  while (in.ExpectTag(kEntryTag)) {
-    // A length beyond the end, or with more bytes than it needs, is another shape.
-    const int before = in.CurrentPosition();
-    std::uint32_t length;
-    if (!in.ReadVarint32(&length)) return false;
-    const int after = in.CurrentPosition();
-    if (after - before != static_cast<int>(CodedOutputStream::VarintSize32(length))) return false;
-    if (length > size - static_cast<std::size_t>(after)) return false;
-    const auto limit = in.IncrementRecursionDepthAndPushLimit(static_cast<int>(length));
-    message.Clear();
-    if (!message.MergePartialFromCodedStream(&in)) return false;
-    if (!in.DecrementRecursionDepthAndPopLimit(limit.first)) return false;
-    addFrom(message);
-  }
-  // What follows must be the end, or the zero byte that ends a buffer.
-  const auto read = static_cast<std::size_t>(in.CurrentPosition());
-  return read == size || bytes[read] == '\0';
+  WireReader in(bytes, size);
+  auto take = withMessages(TakeFields<WireReader>{in}, [&](const auto& field, const Entries&) {
+    std::optional<OddEntries> odd;
+    while (in.hasBytes(field)) {
+      const WireReader entry = in.bytes(field);
+      Entries made;
+      if (!WireFields::Entry::take(&made[0], entry)) {
+        if (!odd) odd.emplace();
+        if (!odd->parse(entry, bytes + size)) return in.fail();
+        made.clear();
+        made[0].convertFromFiltersEntryPB(odd->message());
+      }
+      add(&made);
+    }
+  });
+  WireFields::of(take, *this);
+  return in.finishedOrZero();
 }
 
-// Writes one entry's message at a time. This is possible because the bytes of a message are the
-// bytes of its fields in a row.
+// Writes one entry at a time. This is possible because the bytes of a message are the bytes of its
+// fields in a row.
 void FiltersGroup::serialize(std::string* out) const {
-  FiltersGroupPB head;
-  fillHead(&head);
   std::string bytes;
-  static_cast<void>(head.AppendToString(&bytes));
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  std::size_t left = entries_.size();
-  for (const auto& [id, entry] : entries_) {
-    message.Clear();
-    entry.convertToFiltersEntryPB(&message);
-    const std::size_t size = message.ByteSizeLong();
-    --left;
-    if (bytes.capacity() - bytes.size() < kMaxPrefix + size) {
-      const std::size_t guess = kMaxPrefix + std::min(size, kUsualSize) + kMaxGrowth;
-      bytes.reserve(bytes.size() + kMaxPrefix + size + guess * left);
-    }
-    std::uint8_t prefix[kMaxPrefix];
-    std::uint8_t* end = CodedOutputStream::WriteTagToArray(kEntryTag, prefix);
-    end = CodedOutputStream::WriteVarint32ToArray(static_cast<std::uint32_t>(size), end);
-    bytes.append(prefix, end);
-    const std::size_t start = bytes.size();
-    bytes.resize(start + size);
-    auto* const body = reinterpret_cast<std::uint8_t*>(&bytes[start]);
-    static_cast<void>(message.SerializeWithCachedSizesToArray(body));
-  }
+  WireWriter writer;
+  auto put =
+      withMessages(PutFields<WireWriter>{writer}, [&](const auto& field, const Entries& entries) {
+        bytes.assign(writer.data(), writer.size());
+        std::size_t left = entries.size();
+        for (const auto& [id, entry] : entries) {
+          writer.clear();
+          writer.message(field, [&] { WireFields::Entry::put(entry, writer); });
+          const std::size_t size = writer.size();
+          --left;
+          if (bytes.capacity() - bytes.size() < size) {
+            bytes.reserve(bytes.size() + size + (std::min(size, kUsualSize) + kMaxGrowth) * left);
+          }
+          bytes.append(writer.data(), size);
+        }
+      });
+  WireFields::of(put, *this);
   *out = std::move(bytes);
 }
 

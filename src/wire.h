@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_SRC_WIRE_H_
 #define FILTER_COMMON_SRC_WIRE_H_
 
-// Writes interface ids and addresses to messages and reads them back.
+// Compares and converts interface ids and addresses.
 
 #include <algorithm>
 #include <cstddef>
@@ -24,41 +24,28 @@ bool samePorts(const Ports& a, const Ports& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameBytes);
 }
 
-// Makes room before elements are added. Without it, a message that is not on an arena first makes
-// an element and then makes room for it in its list. If making room fails, the element is leaked.
-template <class Field>
-void reserveMore(Field* field, std::size_t count) {
-  field->Reserve(field->size() + static_cast<int>(count));
-}
-
-template <class Ports, class Field>
-void appendPortsTo(Field* field, const Ports& ports) {
-  reserveMore(field, ports.size());
-  for (const limid_t& port : ports) field->Add(limidToWire(port));
-}
-
-template <class Ports, class Field>
-void appendPortsFrom(const Field& field, Ports* ports) {
-  for (std::uint32_t value : field) ports->push_back(limidFromWire(value));
-}
-
-// Writes the raw bytes of an address, which are in network byte order.
-template <class Address>
-void addressToWire(const Address& address, std::string* field) {
-  field->assign(reinterpret_cast<const char*>(&address), sizeof address);
-}
-
 template <class Address>
 bool sameAddress(const Address& a, const Address& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// Reads an address from the first bytes of the field. Missing bytes are zero.
-template <class Address>
-Address addressFromWire(const std::string& field) {
-  Address address{};
-  std::memcpy(&address, field.data(), std::min(field.size(), sizeof address));
-  return address;
+// The index of an interface in its family, and back. Neither checks the platform's result: an id
+// that the platform cannot convert has the index 0.
+inline std::uint32_t interfaceIndex(limid_t limid) {
+  std::uint32_t index = 0;
+  limid_to_ifindex(limid, &index);
+  return index;
+}
+
+inline limid_t interfaceAt(std::uint32_t index) {
+  limid_t limid{};
+  limid_from_ifindex(&limid, index);
+  return limid;
+}
+
+// True for an interface that can be the access port of an MPLS VPN.
+inline bool isAccessPort(limid_t limid) {
+  return limid_is_from_type(limid, limid_type_lag) || limid_is_from_type_ethernet(limid);
 }
 
 }  // namespace FiltersCommon

@@ -112,6 +112,7 @@ class FILTERS_API ActionCopyToCpuCancel : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   cp2cpuCancelParam_t cancelType_;
 };
 
@@ -125,6 +126,7 @@ class FILTERS_API ActionMapToCpuCosQueue : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char queue_;
 };
 
@@ -146,6 +148,7 @@ class FILTERS_API ActionPorts : public Action {
   std::list<limid_t> getPorts() const { return {ports_.begin(), ports_.end()}; }
   bool operator==(const ActionPorts& other) const;
  protected:
+  friend struct WireFields;
   std::vector<limid_t> ports_;
   friend FILTERS_API std::ostream& ::operator<<(std::ostream& os, const ActionPorts& action);
 };
@@ -170,6 +173,7 @@ class FILTERS_API ActionRedirect : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   std::list<limid_t> ports_;
 };
 
@@ -190,6 +194,7 @@ class FILTERS_API ActionL3Switch : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned int destinationId_;
 };
 
@@ -235,6 +240,7 @@ class FILTERS_API ActionReplaceDstMac : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   ether_addr mac_;
 };
 
@@ -248,6 +254,7 @@ class FILTERS_API ActionReplaceSrcMac : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   ether_addr mac_;
 };
 
@@ -260,6 +267,7 @@ class FILTERS_API ActionSetPcp : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char pcp_;
 };
 
@@ -273,6 +281,7 @@ class FILTERS_API ActionSetPcpAndQueue : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char pcpAndQueue_;
 };
 
@@ -286,6 +295,7 @@ class FILTERS_API ActionSetInnerPcp : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char pcp_;
 };
 
@@ -304,6 +314,7 @@ class FILTERS_API ActionSetDSCP : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char dscp_;
 };
 
@@ -318,6 +329,7 @@ class FILTERS_API ActionMapToCosQueue : public Action {
   void convertToActionPB(ActionPB* message) const override;
   void convertFromActionPB(const ActionPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char queue_;
 };
 

@@ -30,6 +30,7 @@ class FILTERS_API Counter {
   bool operator==(const Counter& other) const { return id_ == other.id_ && type_ == other.type_; }
   bool operator!=(const Counter& other) const { return !(*this == other); }
  private:
+  friend struct WireFields;
   unsigned short id_ = 0;
   counter_type_t type_ = FILTERS_COUNTER_TYPE_INVALID;
 };

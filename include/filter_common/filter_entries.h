@@ -204,6 +204,7 @@ class FILTERS_API FiltersEntry {
   // Compares everything by value, the parent policer too.
   bool operator==(const FiltersEntry& other) const;
  private:
+  friend struct WireFields;
   friend class FiltersGroup;  // validates the held matches and actions
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersEntry& entry);
 

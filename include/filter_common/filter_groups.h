@@ -131,13 +131,11 @@ class FILTERS_API FiltersGroup {
   bool operator==(const FiltersGroup& other) const;
   bool operator!=(const FiltersGroup& other) const { return !(*this == other); }
  private:
-  FILTERS_INTERNAL void setHead(std::uint32_t id, std::uint32_t priority, std::uint32_t stage,
-                                std::uint32_t type);
-  FILTERS_INTERNAL void addFrom(const FiltersEntryPB& message);
+  friend struct WireFields;
+  FILTERS_INTERNAL void add(std::map<unsigned int, FiltersEntry>* made);
   FILTERS_INTERNAL void parse(const char* bytes, std::size_t size);
   FILTERS_INTERNAL bool parseAsWritten(const char* bytes, std::size_t size);
   FILTERS_INTERNAL filtersErr_t validate(const FiltersEntry& entry) const;
-  FILTERS_INTERNAL void fillHead(FiltersGroupPB* message) const;
 
   filtersGroupId_t id_;
   filtersGroupPriority_t priority_ = 0;

@@ -99,13 +99,10 @@ class FILTERS_API MatchPorts : public Match {
   FILTERS_NODISCARD filtersErr_t setPorts(const std::list<limid_t>& ports);
   bool operator==(const MatchPorts& other) const;
  private:
-  friend MatchIngressPorts;
-  friend MatchEgressPorts;
+  friend struct WireFields;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchIngressPorts& match);
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchEgressPorts& match);
 
-  FILTERS_INTERNAL void appendTo(MatchPB* message) const;
-  FILTERS_INTERNAL void appendFrom(const MatchPB& message, bool withExcludedTypes);
   FILTERS_INTERNAL void print(std::ostream& os) const;
 
   std::vector<limid_t> ports_;
@@ -141,6 +138,7 @@ class FILTERS_API MatchLimId : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  protected:
+  friend struct WireFields;
   limid_t limId_;
 };
 
@@ -183,6 +181,7 @@ class FILTERS_API MatchCPUInjectedPackets : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   bool injected_;
 };
 
@@ -195,6 +194,7 @@ class FILTERS_API MatchDrop : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   bool drop_;
 };
 
@@ -207,6 +207,7 @@ class FILTERS_API MatchPacketRes : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   en_Resolution res_;
 };
 
@@ -220,6 +221,7 @@ class FILTERS_API MatchForwardingType : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   en_ForwardingType fwd_;
 };
 
@@ -233,6 +235,7 @@ class FILTERS_API MatchIngressStpState : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   en_StpState state_;
 };
 
@@ -245,6 +248,7 @@ class FILTERS_API MatchMyStationHit : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   bool hit_;
 };
 
@@ -258,6 +262,7 @@ class FILTERS_API MatchMplsTerm : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   bool terminated_;
 };
 
@@ -276,6 +281,7 @@ class FILTERS_API MatchMac : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   ether_addr mac_;
   ether_addr mask_;
 };
@@ -304,6 +310,7 @@ class FILTERS_API MatchL2SrcEntryType : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   l2SrcEntryType_t entryType_;
 };
 
@@ -316,6 +323,7 @@ class FILTERS_API MatchTPID : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   tpid_t tpid_;
 };
 
@@ -329,6 +337,7 @@ class FILTERS_API MatchVlanTagging : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   vlan_tagging_t tagging_;
 };
 
@@ -343,6 +352,7 @@ class FILTERS_API MatchVlanId : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchExternalVlanId& match);
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalVlanId& match);
 
@@ -377,6 +387,7 @@ class FILTERS_API MatchPcp : public Match {
   void convertFromMatchPB(const MatchPB* message) override;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchPcp& match);
  private:
+  friend struct WireFields;
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
@@ -391,6 +402,7 @@ class FILTERS_API MatchInternalPcp : public Match {
   void convertFromMatchPB(const MatchPB* message) override;
   friend FILTERS_API std::ostream& operator<<(std::ostream& os, const MatchInternalPcp& match);
  private:
+  friend struct WireFields;
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
@@ -403,6 +415,7 @@ class FILTERS_API MatchVlanInfo : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   vlan_info_t info_;
 };
 
@@ -421,6 +434,7 @@ class FILTERS_API MatchIPv4 : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   in_addr ip_;
   in_addr mask_;
 };
@@ -452,6 +466,7 @@ class FILTERS_API MatchIPv6 : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   in6_addr ip_;
   in6_addr mask_;
 };
@@ -480,6 +495,7 @@ class FILTERS_API MatchIpProtocol : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char protocol_;
 };
 
@@ -492,6 +508,7 @@ class FILTERS_API MatchToS : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char tos_;
 };
 
@@ -515,6 +532,7 @@ class FILTERS_API MatchTTL : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   unsigned char ttl_;
 };
 
@@ -528,6 +546,7 @@ class FILTERS_API MatchVrfId : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   unsigned short vrfId_;
 };
 
@@ -544,6 +563,7 @@ class FILTERS_API MatchL4Port : public Match {
   void convertToMatchPB(MatchPB* message) const override;
   void convertFromMatchPB(const MatchPB* message) override;
  private:
+  friend struct WireFields;
   l4port_t param1_;
   l4port_t param2_;
 };

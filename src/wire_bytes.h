@@ -1,0 +1,253 @@
+#ifndef FILTER_COMMON_SRC_WIRE_BYTES_H_
+#define FILTER_COMMON_SRC_WIRE_BYTES_H_
+
+// Writes and reads the bytes of messages without messages. The encoding is that of protocol
+// buffers: a field is a tag and a value; a tag is the field's number and its wire type in the low
+// three bits. Numbers and tags are varints: seven bits a byte, the low bits first, and the high bit
+// set in every byte but the last. Texts and messages are their size and their bytes.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <type_traits>
+
+namespace FiltersCommon {
+
+// A tag of at most two bytes.
+template <unsigned value>
+struct WireTag {
+  static_assert(value < 1u << 14, "a tag of more than two bytes");
+  static constexpr std::size_t kSize = value < 0x80 ? 1 : 2;
+  static constexpr std::uint8_t kFirst = (value & 0x7f) | (kSize == 1 ? 0 : 0x80);
+  static constexpr std::uint8_t kSecond = value >> 7;
+};
+
+// A field. Its wire type is 0 for a number, and 2 for bytes or a message.
+template <unsigned number>
+struct WireField {
+  using NumberTag = WireTag<number << 3 | 0>;
+  using BytesTag = WireTag<number << 3 | 2>;
+};
+
+// Writes fields into a buffer of its own, which is on the stack as long as it suffices.
+class WireWriter {
+ public:
+  WireWriter() = default;
+  WireWriter(const WireWriter&) = delete;
+  WireWriter& operator=(const WireWriter&) = delete;
+
+  const char* data() const { return reinterpret_cast<const char*>(begin_); }
+  std::size_t size() const { return static_cast<std::size_t>(at_ - begin_); }
+  void clear() { at_ = begin_; }
+
+  template <unsigned n>
+  void number(WireField<n>, std::uint32_t value) {
+    makeRoom(kMaxTag + kMaxVarint);
+    put(typename WireField<n>::NumberTag());
+    putVarint(value);
+  }
+
+  // A negative number is written as 64 bits.
+  template <unsigned n>
+  void signedNumber(WireField<n>, std::int32_t value) {
+    makeRoom(kMaxTag + kMaxVarint);
+    put(typename WireField<n>::NumberTag());
+    putVarint(static_cast<std::uint64_t>(std::int64_t{value}));
+  }
+
+  template <unsigned n>
+  void bytes(WireField<n>, const void* data, std::size_t size) {
+    makeRoom(kMaxTag + kMaxVarint + size);
+    put(typename WireField<n>::BytesTag());
+    putVarint(size);
+    if (size != 0) std::memcpy(at_, data, size);
+    at_ += size;
+  }
+
+  template <unsigned n>
+  void clear(WireField<n>) {}  // nothing is there yet
+  template <unsigned n, class Values, class ToWire>
+  void appendNumbers(WireField<n> field, const Values& values, ToWire toWire) {
+    for (const auto& value : values) number(field, toWire(value));
+  }
+  // Writes a message for each element; `write(element, writer)` writes its content.
+  template <unsigned n, class Elements, class Write>
+  void appendMessages(WireField<n> field, const Elements& elements, Write write) {
+    for (const auto& element : elements) message(field, [&] { write(element, this); });
+  }
+  // Writes a message; `write()` writes its content.
+  template <unsigned n, class Write>
+  void message(WireField<n>, Write write) {
+    makeRoom(kMaxTag + 1);
+    put(typename WireField<n>::BytesTag());
+    const std::size_t start = size() + 1;
+    ++at_;  // nearly all messages have fewer than 128 bytes, and their size takes one
+    write();
+    const std::size_t length = size() - start;
+    if (length < 0x80) {
+      begin_[start - 1] = static_cast<std::uint8_t>(length);
+    } else {
+      putLongLength(start, length);
+    }
+  }
+ private:
+  static constexpr std::size_t kMaxTag = 2;
+  static constexpr std::size_t kMaxVarint = 10;
+
+  void makeRoom(std::size_t count) {
+    if (static_cast<std::size_t>(end_ - at_) < count) grow(count);
+  }
+  void grow(std::size_t count);
+
+  template <class Tag>
+  void put(Tag) {
+    *at_++ = Tag::kFirst;
+    if constexpr (Tag::kSize == 2) *at_++ = Tag::kSecond;
+  }
+
+  template <class Number>
+  void putVarint(Number value) {
+    for (; value >= 0x80; value >>= 7) *at_++ = static_cast<std::uint8_t>(value | 0x80);
+    *at_++ = static_cast<std::uint8_t>(value);
+  }
+
+  void putLongLength(std::size_t start, std::size_t length);
+
+  std::uint8_t block_[1024];
+  std::unique_ptr<std::uint8_t[]> larger_;
+  std::uint8_t* begin_ = block_;
+  std::uint8_t* at_ = block_;
+  std::uint8_t* end_ = block_ + sizeof block_;
+};
+
+// Reads bytes of the form that WireWriter writes: known fields in ascending order of their numbers,
+// and every varint in its shortest form of at most 32 bits. An absent number is 0, and absent bytes
+// are empty. Bytes of any other form make the reader fail, and only the parser of the message
+// runtime knows what they mean. For example, a reader that is asked for the fields 1 and 2 fails if
+// field 2 comes first, if field 1 comes twice, and if there is a field 3.
+class WireReader {
+ public:
+  WireReader(const void* bytes, std::size_t size)
+      : at_(static_cast<const std::uint8_t*>(bytes)), end_(at_ + size) {}
+
+  const char* data() const { return reinterpret_cast<const char*>(at_); }
+  std::size_t size() const { return static_cast<std::size_t>(end_ - at_); }
+
+  // True if all bytes were read and had the expected form.
+  bool finished() const { return at_ == end_ && !failed_; }
+  // The same; a zero byte, such as the last one of a buffer, also ends the bytes.
+  bool finishedOrZero() const { return !failed_ && (at_ == end_ || *at_ == 0); }
+  void fail() {
+    failed_ = true;
+    at_ = end_;
+  }
+  // A message would throw. Bytes only fail: the message that is then parsed from them decides.
+  void refuse(const char*) { fail(); }
+
+  template <unsigned n>
+  bool hasNumber(WireField<n>) const {
+    return isNext(typename WireField<n>::NumberTag());
+  }
+  template <unsigned n>
+  std::uint32_t number(WireField<n> field) {
+    return hasNumber(field) ? (skip(typename WireField<n>::NumberTag()), varint()) : 0;
+  }
+  template <unsigned n>
+  bool hasBytes(WireField<n>) const {
+    return isNext(typename WireField<n>::BytesTag());
+  }
+  template <unsigned n>
+  WireReader bytes(WireField<n> field) {
+    if (!hasBytes(field)) return WireReader(at_, 0);
+    skip(typename WireField<n>::BytesTag());
+    return sized();
+  }
+
+  // The elements of a repeated field, for a range-for loop that looks at each element once. All
+  // elements are found at once, so that there is a size() and what follows them can be read.
+  template <unsigned n>
+  auto numbers(WireField<n>) {
+    return Repeated<n, std::uint32_t>(this);
+  }
+  template <unsigned n>
+  auto messages(WireField<n>) {
+    return Repeated<n, WireReader>(this);
+  }
+ private:
+  template <class Tag>
+  bool isNext(Tag) const {
+    return size() >= Tag::kSize && at_[0] == Tag::kFirst &&
+           (Tag::kSize == 1 || at_[1] == Tag::kSecond);
+  }
+  template <class Tag>
+  void skip(Tag) {
+    at_ += Tag::kSize;
+  }
+
+  template <unsigned n, class Element>
+  class Repeated;
+
+  std::uint32_t varint() {
+    if (at_ != end_ && *at_ < 0x80) return *at_++;
+    return longVarint();
+  }
+  std::uint32_t longVarint();
+
+  WireReader sized() {
+    const std::size_t size = varint();
+    if (size > this->size()) fail();
+    const WireReader inner(at_, failed_ ? 0 : size);
+    at_ += inner.size();
+    return inner;
+  }
+
+  const std::uint8_t* at_;
+  const std::uint8_t* end_;
+  bool failed_ = false;
+};
+
+template <unsigned n, class Element>
+class WireReader::Repeated {
+ public:
+  class Iterator {
+   public:
+    Iterator(const WireReader& in, std::size_t left) : in_(in), left_(left) {}
+    Element operator*() { return next(&in_); }  // and goes on
+    Iterator& operator++() { return --left_, *this; }
+    bool operator!=(const Iterator& other) const { return left_ != other.left_; }
+   private:
+    WireReader in_;
+    std::size_t left_;
+  };
+
+  explicit Repeated(WireReader* in) : first_(*in) {
+    for (; isNext(*in); ++size_) static_cast<void>(next(in));
+  }
+  std::size_t size() const { return size_; }
+  Iterator begin() const { return {first_, size_}; }
+  Iterator end() const { return {first_, 0}; }
+ private:
+  static constexpr bool kOfNumbers = std::is_same_v<Element, std::uint32_t>;
+  static constexpr WireField<n> kField{};
+
+  static bool isNext(const WireReader& in) {
+    if constexpr (kOfNumbers)
+      return in.hasNumber(kField);
+    else
+      return in.hasBytes(kField);
+  }
+  static Element next(WireReader* in) {
+    if constexpr (kOfNumbers)
+      return in->number(kField);
+    else
+      return in->bytes(kField);
+  }
+
+  WireReader first_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace FiltersCommon
+
+#endif  // FILTER_COMMON_SRC_WIRE_BYTES_H_
