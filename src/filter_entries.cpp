@@ -76,7 +76,9 @@ auto findIn(const Held& held, Code code) {
 template <class Held, class Object>
 void storeIn(Held* held, Object object) {
   const auto place = placeOf(*held, object->getType());
-  if (place != held->end() && (*place)->getType() == object->getType()) {
+  if (place == held->end()) {
+    held->push_back(std::move(object));
+  } else if ((*place)->getType() == object->getType()) {
     *place = std::move(object);
   } else {
     held->insert(place, std::move(object));
@@ -299,12 +301,14 @@ void putPart(const std::pair<const unsigned short, Counter>& held, WireWriter* o
 // A match or an action from the rest of its bytes, or null if the bytes or the code are unknown.
 template <class Object, class Code>
 std::unique_ptr<Object> takeObject(Code code, WireReader* in) {
-  return std::unique_ptr<Object>(visit<Object*>(code, nullptr, [&](auto tag) -> Object* {
-    auto object = tag.makeBlank();
-    TakeFields<WireReader> take{*in};
-    WireFields::of(take, *object);
-    return in->finished() ? object.release() : nullptr;
-  }));
+  std::unique_ptr<Object> object = makeBlank<Object>(code);
+  const bool known = object != nullptr && visit(code, false, [&](auto tag) {
+                       TakeFields<WireReader> take{*in};
+                       WireFields::of(take, static_cast<typename decltype(tag)::Class&>(*object));
+                       return in->finished();
+                     });
+  if (!known) object.reset();
+  return object;
 }
 
 // A counter. Bytes must have the form that a counter writes; every message gives one.
@@ -367,7 +371,7 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bo
   for (const auto& part : counters) {
     Counter counter;
     if (!takeCounter(part, &counter)) return false;
-    entry->counters_.insert_or_assign(counter.GetId(), counter);
+    entry->counters_.insert_or_assign(entry->counters_.end(), counter.GetId(), counter);
   }
   reserveObjects(&entry->matches_, static_cast<std::size_t>(matches.size()));
   for (const auto& part : matches) {

@@ -1,8 +1,11 @@
 #include "wire_bytes.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace FiltersCommon {
+
+// --- WireWriter ----------------------------------------------------------------------------------
 
 void WireWriter::grow(std::size_t count) {
   const std::size_t used = size();
@@ -15,6 +18,19 @@ void WireWriter::grow(std::size_t count) {
   end_ = begin_ + room;
 }
 
+void WireWriter::putLongVarint(std::uint64_t value) {
+  for (; value >= 0x80; value >>= 7) *at_++ = static_cast<std::uint8_t>(value | 0x80);
+  *at_++ = static_cast<std::uint8_t>(value);
+}
+
+void WireWriter::putBytes(WireTag tag, const void* data, std::size_t size) {
+  makeRoom(kMaxTag + kMaxVarint + size);
+  putTag(tag);
+  putVarint(size);
+  if (size != 0) std::memcpy(at_, data, size);
+  at_ += size;
+}
+
 // Moves the content behind its length, for which there is one byte.
 void WireWriter::putLongLength(std::size_t start, std::size_t length) {
   std::size_t more = 0;
@@ -22,22 +38,28 @@ void WireWriter::putLongLength(std::size_t start, std::size_t length) {
   makeRoom(more);
   std::memmove(begin_ + start + more, begin_ + start, length);
   at_ = begin_ + start - 1;
-  putVarint(length);
+  putLongVarint(length);
   at_ += length;
 }
 
-std::uint32_t WireReader::longVarint() {
+// --- WireReader ----------------------------------------------------------------------------------
+
+const std::uint8_t* WireReader::skipLongVarint(const std::uint8_t* at, const std::uint8_t* end) {
+  const std::uint8_t* last = at;
+  while (last != end && *last >= 0x80) ++last;
+  // A number that ends in a zero byte is longer than needed. The fifth byte has four of 32 bits.
+  if (last == end || *last == 0 || last - at > 4 || (last - at == 4 && *last > 0x0f))
+    return nullptr;
+  return last + 1;
+}
+
+std::uint32_t WireReader::takeLongVarint() {
+  const std::uint8_t* const first = at_;
+  at_ = skipLongVarint(at_, end_);
+  if (at_ == nullptr) return fail(), 0;
   std::uint32_t value = 0;
-  for (int shift = 0; at_ != end_; shift += 7) {
-    const std::uint8_t byte = *at_++;
-    value |= static_cast<std::uint32_t>(byte & 0x7f) << shift;
-    if (byte >= 0x80 && shift < 28) continue;
-    const std::uint8_t largest = shift < 28 ? 0x7f : 0x0f;  // the last byte has four of 32 bits
-    if (byte != 0 && byte <= largest) return value;
-    break;
-  }
-  fail();
-  return 0;
+  for (const std::uint8_t* at = at_; at != first;) value = value << 7 | (*--at & 0x7fu);
+  return value;
 }
 
 }  // namespace FiltersCommon

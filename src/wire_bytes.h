@@ -8,26 +8,25 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <type_traits>
 
 namespace FiltersCommon {
 
-// A tag of at most two bytes.
-template <unsigned value>
-struct WireTag {
-  static_assert(value < 1u << 14, "a tag of more than two bytes");
-  static constexpr std::size_t kSize = value < 0x80 ? 1 : 2;
-  static constexpr std::uint8_t kFirst = (value & 0x7f) | (kSize == 1 ? 0 : 0x80);
-  static constexpr std::uint8_t kSecond = value >> 7;
-};
+// A tag as it stands in a message: its first byte in the low byte, then its second byte if it has
+// one. No field of the schemas needs more.
+using WireTag = unsigned;
+constexpr WireTag wireTag(unsigned number, unsigned wireType) {
+  const unsigned tag = number << 3 | wireType;
+  return tag < 0x80 ? tag : (tag & 0x7f) | 0x80 | tag >> 7 << 8;
+}
 
 // A field. Its wire type is 0 for a number, and 2 for bytes or a message.
 template <unsigned number>
 struct WireField {
-  using NumberTag = WireTag<number << 3 | 0>;
-  using BytesTag = WireTag<number << 3 | 2>;
+  static_assert(number < 1 << 11, "the tag has more than two bytes");
+  static constexpr WireTag kNumber = wireTag(number, 0);
+  static constexpr WireTag kBytes = wireTag(number, 2);
 };
 
 // Writes fields into a buffer of its own, which is on the stack as long as it suffices.
@@ -44,27 +43,19 @@ class WireWriter {
   template <unsigned n>
   void number(WireField<n>, std::uint32_t value) {
     makeRoom(kMaxTag + kMaxVarint);
-    put(typename WireField<n>::NumberTag());
+    putTag(WireField<n>::kNumber);
     putVarint(value);
   }
-
-  // A negative number is written as 64 bits.
   template <unsigned n>
   void signedNumber(WireField<n>, std::int32_t value) {
     makeRoom(kMaxTag + kMaxVarint);
-    put(typename WireField<n>::NumberTag());
+    putTag(WireField<n>::kNumber);
     putVarint(static_cast<std::uint64_t>(std::int64_t{value}));
   }
-
   template <unsigned n>
   void bytes(WireField<n>, const void* data, std::size_t size) {
-    makeRoom(kMaxTag + kMaxVarint + size);
-    put(typename WireField<n>::BytesTag());
-    putVarint(size);
-    if (size != 0) std::memcpy(at_, data, size);
-    at_ += size;
+    putBytes(WireField<n>::kBytes, data, size);
   }
-
   template <unsigned n>
   void clear(WireField<n>) {}  // nothing is there yet
   template <unsigned n, class Values, class ToWire>
@@ -80,16 +71,13 @@ class WireWriter {
   template <unsigned n, class Write>
   void message(WireField<n>, Write write) {
     makeRoom(kMaxTag + 1);
-    put(typename WireField<n>::BytesTag());
-    const std::size_t start = size() + 1;
-    ++at_;  // nearly all messages have fewer than 128 bytes, and their size takes one
+    putTag(WireField<n>::kBytes);
+    ++at_;  // nearly all messages have fewer than 128 bytes, and their length takes one byte
+    const std::size_t start = size();
     write();
     const std::size_t length = size() - start;
-    if (length < 0x80) {
-      begin_[start - 1] = static_cast<std::uint8_t>(length);
-    } else {
-      putLongLength(start, length);
-    }
+    if (length >= 0x80) return putLongLength(start, length);
+    begin_[start - 1] = static_cast<std::uint8_t>(length);
   }
  private:
   static constexpr std::size_t kMaxTag = 2;
@@ -100,19 +88,17 @@ class WireWriter {
   }
   void grow(std::size_t count);
 
-  template <class Tag>
-  void put(Tag) {
-    *at_++ = Tag::kFirst;
-    if constexpr (Tag::kSize == 2) *at_++ = Tag::kSecond;
+  void putBytes(WireTag tag, const void* data, std::size_t size);
+  void putLongLength(std::size_t start, std::size_t length);
+  void putTag(WireTag tag) {
+    *at_++ = static_cast<std::uint8_t>(tag);
+    if (tag > 0xff) *at_++ = static_cast<std::uint8_t>(tag >> 8);
   }
-
-  template <class Number>
-  void putVarint(Number value) {
-    for (; value >= 0x80; value >>= 7) *at_++ = static_cast<std::uint8_t>(value | 0x80);
+  void putVarint(std::uint64_t value) {
+    if (value >= 0x80) return putLongVarint(value);
     *at_++ = static_cast<std::uint8_t>(value);
   }
-
-  void putLongLength(std::size_t start, std::size_t length);
+  void putLongVarint(std::uint64_t value);
 
   std::uint8_t block_[1024];
   std::unique_ptr<std::uint8_t[]> larger_;
@@ -147,25 +133,27 @@ class WireReader {
 
   template <unsigned n>
   bool hasNumber(WireField<n>) const {
-    return isNext(typename WireField<n>::NumberTag());
+    return isNext<WireField<n>::kNumber>();
   }
   template <unsigned n>
   std::uint32_t number(WireField<n> field) {
-    return hasNumber(field) ? (skip(typename WireField<n>::NumberTag()), varint()) : 0;
+    return hasNumber(field) ? (skipTag<WireField<n>::kNumber>(), takeVarint()) : 0;
   }
   template <unsigned n>
   bool hasBytes(WireField<n>) const {
-    return isNext(typename WireField<n>::BytesTag());
+    return isNext<WireField<n>::kBytes>();
   }
   template <unsigned n>
   WireReader bytes(WireField<n> field) {
     if (!hasBytes(field)) return WireReader(at_, 0);
-    skip(typename WireField<n>::BytesTag());
-    return sized();
+    skipTag<WireField<n>::kBytes>();
+    return takeSized();
   }
 
   // The elements of a repeated field, for a range-for loop that looks at each element once. All
   // elements are found at once, so that there is a size() and what follows them can be read.
+  template <unsigned n, class Element>
+  class Repeated;
   template <unsigned n>
   auto numbers(WireField<n>) {
     return Repeated<n, std::uint32_t>(this);
@@ -175,31 +163,31 @@ class WireReader {
     return Repeated<n, WireReader>(this);
   }
  private:
-  template <class Tag>
-  bool isNext(Tag) const {
-    return size() >= Tag::kSize && at_[0] == Tag::kFirst &&
-           (Tag::kSize == 1 || at_[1] == Tag::kSecond);
+  template <WireTag tag>
+  bool isNext() const {
+    if constexpr (tag > 0xff) {
+      return size() > 1 && at_[0] == (tag & 0xff) && at_[1] == tag >> 8;
+    } else {
+      return at_ != end_ && *at_ == tag;
+    }
   }
-  template <class Tag>
-  void skip(Tag) {
-    at_ += Tag::kSize;
+  template <WireTag tag>
+  void skipTag() {
+    at_ += tag > 0xff ? 2 : 1;
   }
-
-  template <unsigned n, class Element>
-  class Repeated;
-
-  std::uint32_t varint() {
-    if (at_ != end_ && *at_ < 0x80) return *at_++;
-    return longVarint();
+  std::uint32_t takeVarint() { return at_ != end_ && *at_ < 0x80 ? *at_++ : takeLongVarint(); }
+  std::uint32_t takeLongVarint();
+  void skipVarint() {
+    at_ = at_ != end_ && *at_ < 0x80 ? at_ + 1 : skipLongVarint(at_, end_);
+    if (at_ == nullptr) fail();
   }
-  std::uint32_t longVarint();
-
-  WireReader sized() {
-    const std::size_t size = varint();
-    if (size > this->size()) fail();
-    const WireReader inner(at_, failed_ ? 0 : size);
-    at_ += inner.size();
-    return inner;
+  // The end of the number, or null if it has another form.
+  static const std::uint8_t* skipLongVarint(const std::uint8_t* at, const std::uint8_t* end);
+  WireReader takeSized() {
+    const std::size_t count = takeVarint();
+    if (count > size()) return fail(), *this;
+    at_ += count;
+    return WireReader(at_ - count, count);
   }
 
   const std::uint8_t* at_;
@@ -213,7 +201,7 @@ class WireReader::Repeated {
   class Iterator {
    public:
     Iterator(const WireReader& in, std::size_t left) : in_(in), left_(left) {}
-    Element operator*() { return next(&in_); }  // and goes on
+    Element operator*() { return take(&in_); }  // and goes on
     Iterator& operator++() { return --left_, *this; }
     bool operator!=(const Iterator& other) const { return left_ != other.left_; }
    private:
@@ -222,26 +210,24 @@ class WireReader::Repeated {
   };
 
   explicit Repeated(WireReader* in) : first_(*in) {
-    for (; isNext(*in); ++size_) static_cast<void>(next(in));
+    constexpr WireTag tag = kOfNumbers ? WireField<n>::kNumber : WireField<n>::kBytes;
+    for (; in->isNext<tag>(); ++size_) {
+      in->skipTag<tag>();
+      kOfNumbers ? in->skipVarint() : static_cast<void>(in->takeSized());
+    }
   }
   std::size_t size() const { return size_; }
   Iterator begin() const { return {first_, size_}; }
   Iterator end() const { return {first_, 0}; }
  private:
   static constexpr bool kOfNumbers = std::is_same_v<Element, std::uint32_t>;
-  static constexpr WireField<n> kField{};
 
-  static bool isNext(const WireReader& in) {
-    if constexpr (kOfNumbers)
-      return in.hasNumber(kField);
-    else
-      return in.hasBytes(kField);
-  }
-  static Element next(WireReader* in) {
-    if constexpr (kOfNumbers)
-      return in->number(kField);
-    else
-      return in->bytes(kField);
+  static Element take(WireReader* in) {
+    if constexpr (kOfNumbers) {
+      return in->number(WireField<n>());
+    } else {
+      return in->bytes(WireField<n>());
+    }
   }
 
   WireReader first_;

@@ -162,6 +162,12 @@ struct PutFields {
   Writer& out;
 };
 
+// Makes an ascending vector without duplicates.
+inline void makeSet(std::vector<unsigned short>* values) {
+  std::sort(values->begin(), values->end());
+  values->erase(std::unique(values->begin(), values->end()), values->end());
+}
+
 // Reads the fields of an object by a MessageReader or WireReader. Numbers are cut to the width of
 // their members.
 template <class Reader>
@@ -185,8 +191,12 @@ struct TakeFields {
   template <class F, class Address>
   void address(const F& field, Address& address) {
     const auto& bytes = in.bytes(field);
-    address = {};
-    std::memcpy(&address, bytes.data(), std::min(bytes.size(), sizeof address));
+    if (bytes.size() >= sizeof address) {
+      std::memcpy(&address, bytes.data(), sizeof address);
+    } else {
+      address = {};
+      std::memcpy(&address, bytes.data(), bytes.size());
+    }
   }
   template <class F>
   void limids(const F& field, std::vector<limid_t>& limids) {
@@ -204,24 +214,14 @@ struct TakeFields {
   }
   template <class F, class Value>
   void unread(const F&, std::vector<Value>&) {}
-  // The values as an ascending vector without duplicates. Duplicates are removed whenever twice as
-  // many values are held as there are, so that a long field needs no more memory than these.
   template <class F, class Value>
   void set(const F& field, std::vector<Value>& values) {
-    constexpr std::size_t kMost = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
-    const auto makeSet = [](std::vector<Value>* read) {
-      std::sort(read->begin(), read->end());
-      read->erase(std::unique(read->begin(), read->end()), read->end());
-    };
-    const auto& numbers = in.numbers(field);
-    std::vector<Value> read;
-    read.reserve(std::min(kMost, static_cast<std::size_t>(numbers.size())));
-    for (std::uint32_t value : numbers) {
-      if (read.size() == kMost) makeSet(&read);
-      read.push_back(static_cast<Value>(value));
-    }
-    makeSet(&read);
-    values = std::move(read);
+    const std::vector<unsigned short> read = setFrom<Value>(in.numbers(field));
+    values.assign(read.begin(), read.end());
+  }
+  template <class F>
+  void set(const F& field, std::vector<unsigned short>& values) {
+    values = setFrom<unsigned short>(in.numbers(field));
   }
   // Deliberate: these two fields are interface indexes, while all other ports are limids. If one is
   // absent or not of the right kind, a message makes this throw. Bytes only make the reader fail,
@@ -247,10 +247,27 @@ struct TakeFields {
 
   Reader& in;
  private:
+  // The numbers as a set: an ascending vector without duplicates. Duplicates are removed whenever
+  // twice as many are held as there are values, so that a long field needs no more memory.
+  template <class Value, class Numbers>
+  static std::vector<unsigned short> setFrom(const Numbers& numbers) {
+    constexpr std::size_t kMost = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
+    std::vector<unsigned short> read;
+    read.reserve(std::min(kMost, static_cast<std::size_t>(numbers.size())));
+    bool ascending = true;  // as written by an object
+    for (std::uint32_t number : numbers) {
+      const auto value = static_cast<Value>(number);
+      ascending = ascending && (read.empty() || read.back() < value);
+      if (read.size() == kMost) makeSet(&read);
+      read.push_back(value);
+    }
+    if (!ascending) makeSet(&read);
+    return read;
+  }
   template <class Numbers, class Value, class FromWire>
   static void append(const Numbers& numbers, std::vector<Value>* values, FromWire fromWire) {
     values->reserve(values->size() + static_cast<std::size_t>(numbers.size()));
-    for (std::uint32_t value : numbers) values->push_back(fromWire(value));
+    for (std::uint32_t number : numbers) values->push_back(fromWire(number));
   }
 };
 
