@@ -141,21 +141,37 @@ bool MatchVlanInfo::operator==(const MatchVlanInfo& other) const {
 
 // --- Conversion ----------------------------------------------------------------------------------
 
-// Reading fills a copy, so that the object is unchanged if memory runs out.
-#define FILTERS_MATCH_FIELDS(Class, ...)                   \
-  void Class::convertToMatchPB(MatchPB* message) const {   \
-    Match::convertToMatchPB(message);                      \
-    MessageWriter<MatchPB> out(message);                   \
-    PutFields<MessageWriter<MatchPB>> put{out};            \
-    WireFields::of(put, *this);                            \
-  }                                                        \
-  void Class::convertFromMatchPB(const MatchPB* message) { \
-    Class fresh(*this);                                    \
-    MessageReader<MatchPB> in(*message);                   \
-    TakeFields<MessageReader<MatchPB>> take{in};           \
-    WireFields::of(take, fresh);                           \
-    *this = std::move(fresh);                              \
-  }
+namespace {
+
+template <class T>
+void putInto(MatchPB* message, const T& match) {
+  MessageWriter<MatchPB> out(message);
+  PutFields<MessageWriter<MatchPB>> put{out};
+  WireFields::of(put, match);
+}
+
+template <class T>
+void takeFrom(const MatchPB& message, T* match) {
+  MessageReader<MatchPB> in(message);
+  TakeFields<MessageReader<MatchPB>> take{in};
+  WireFields::of(take, *match);
+}
+
+// These matches have two lists. A copy is filled, so that both are unchanged if memory runs out.
+void takeFrom(const MatchPB& message, MatchIngressPorts* match) {
+  MatchIngressPorts filled(*match);
+  takeFrom<MatchIngressPorts>(message, &filled);
+  *match = std::move(filled);
+}
+
+}  // namespace
+
+#define FILTERS_MATCH_FIELDS(Class, ...)                 \
+  void Class::convertToMatchPB(MatchPB* message) const { \
+    Match::convertToMatchPB(message);                    \
+    putInto(message, *this);                             \
+  }                                                      \
+  void Class::convertFromMatchPB(const MatchPB* message) { takeFrom(*message, this); }
 #include "wire_fields.def"
 
 }  // namespace FiltersCommon

@@ -162,10 +162,11 @@ struct PutFields {
   Writer& out;
 };
 
-// Makes an ascending vector without duplicates.
-inline void makeSet(std::vector<unsigned short>* values) {
-  std::sort(values->begin(), values->end());
-  values->erase(std::unique(values->begin(), values->end()), values->end());
+// Makes the first numbers an ascending row without duplicates and returns how many are left.
+inline std::size_t makeSet(std::vector<unsigned short>* numbers, std::size_t count) {
+  const auto end = numbers->begin() + static_cast<std::ptrdiff_t>(count);
+  std::sort(numbers->begin(), end);
+  return static_cast<std::size_t>(std::unique(numbers->begin(), end) - numbers->begin());
 }
 
 // Reads the fields of an object by a MessageReader or WireReader. Numbers are cut to the width of
@@ -252,16 +253,17 @@ struct TakeFields {
   template <class Value, class Numbers>
   static std::vector<unsigned short> setFrom(const Numbers& numbers) {
     constexpr std::size_t kMost = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
-    std::vector<unsigned short> read;
-    read.reserve(std::min(kMost, static_cast<std::size_t>(numbers.size())));
+    std::vector<unsigned short> read(std::min(kMost, static_cast<std::size_t>(numbers.size())));
+    std::size_t count = 0;
     bool ascending = true;  // as written by an object
     for (std::uint32_t number : numbers) {
       const auto value = static_cast<Value>(number);
-      ascending = ascending && (read.empty() || read.back() < value);
-      if (read.size() == kMost) makeSet(&read);
-      read.push_back(value);
+      ascending = ascending && (count == 0 || read[count - 1] < value);
+      if (count == kMost) count = makeSet(&read, count);
+      read[count++] = value;
     }
-    if (!ascending) makeSet(&read);
+    if (!ascending) count = makeSet(&read, count);
+    read.erase(read.begin() + static_cast<std::ptrdiff_t>(count), read.end());
     return read;
   }
   template <class Numbers, class Value, class FromWire>
