@@ -5,14 +5,13 @@
 
 #include <filter_inspect/filter_traffic.h>
 
-#include <arpa/inet.h>
 #include <malloc.h>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string>
 
-#include "rule_sets.h"
+#include "packets.h"
 
 namespace benchmarks {
 namespace {
@@ -35,44 +34,6 @@ void report(const std::string& name, double reached, double limit, const char* u
   const bool met = limit == 0 || (atMost ? reached <= limit : reached >= limit);
   good = good && met;
   std::printf("%-40s %12.3f %s%s\n", name.c_str(), reached, unit, met ? "" : "  MISSED");
-}
-
-// The fields of a packet in the order of a Tuple.
-using Values = std::array<std::uint32_t, 5>;
-
-// Most packets are near a rule: they have the values of its conditions. No two packets are alike.
-std::vector<Values> makeValues(const std::vector<RuleSet::Tuple>& tuples, std::size_t count) {
-  std::mt19937 engine(7);
-  constexpr std::uint32_t kAll[] = {~0U, ~0U, 0xffff, 0xffff, 0xff};
-  std::set<Values> made;
-  while (made.size() < count) {
-    const RuleSet::Tuple& near = tuples[engine() % tuples.size()];
-    Values values;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      const std::uint32_t random = static_cast<std::uint32_t>(engine()) & kAll[i];
-      values[i] = near[i].value | (random & ~near[i].mask);
-    }
-    if (near[4].open) values[4] = engine() % 2 == 0 ? 6 : 17;
-    made.insert(values);
-  }
-  std::vector<Values> all(made.begin(), made.end());
-  std::shuffle(all.begin(), all.end(), engine);
-  return all;
-}
-
-Packet packetOf(const Values& values) {
-  const auto address = [](std::uint32_t value) {
-    char text[INET_ADDRSTRLEN];
-    const in_addr bytes{htonl(value)};
-    return std::string(inet_ntop(AF_INET, &bytes, text, sizeof text));
-  };
-  const auto packet = Packet::parse(
-      "src_ipv4=" + address(values[0]) + " dst_ipv4=" + address(values[1]) +
-          " src_l4_port=" + std::to_string(values[2]) +
-          " dst_l4_port=" + std::to_string(values[3]) + " ip_protocol=" + std::to_string(values[4]),
-      nullptr);
-  require(packet.has_value(), "a packet cannot be read");
-  return *packet;
 }
 
 // The id of the first rule that takes the packet. The last rule takes every packet.

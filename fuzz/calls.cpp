@@ -241,9 +241,21 @@ void assignOrCompare(Group& g, Group& other, const Entry&, ByteReader& in) {
   g.model = fuzz::GroupModel(other.model);
 }
 
+// Moves the other group, which may be `g`, at once or by way of a third one.
+void move(Group& g, Group& other, const Entry&, ByteReader& in) {
+  if (in.flag()) {
+    g.real = std::move(other.real);
+  } else {
+    g.real = FiltersGroup(std::move(other.real));
+  }
+  if (&g == &other) return;
+  g.model = other.model;
+  other.model.entries.clear();
+}
+
 constexpr void (*kGroupCalls[])(Group&, Group&, const Entry&, ByteReader&) = {
-    insert,  insert,      insert,         insert, removeEntry, passOwnParts, setPriorityAndStage,
-    setType, readMessage, assignOrCompare};
+    insert,  insert,      insert,          insert, removeEntry, passOwnParts, setPriorityAndStage,
+    setType, readMessage, assignOrCompare, move};
 
 // Checks the group that is rebuilt from the bytes, as a receiver would do it. The rebuilt group
 // leaves out entries that its stage and type refuse. A group holds such entries after it reads a

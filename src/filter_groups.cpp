@@ -58,13 +58,7 @@ FiltersGroup::FiltersGroup(FiltersSerialized& buffer) : FiltersGroup(0) {
 }
 
 FiltersGroup& FiltersGroup::operator=(const FiltersGroup& other) {
-  std::map<unsigned int, FiltersEntry> entries(other.entries_);
-  id_ = other.id_;
-  priority_ = other.priority_;
-  stage_ = other.stage_;
-  type_ = other.type_;
-  entries_.swap(entries);
-  return *this;
+  return *this = FiltersGroup(other);
 }
 
 filtersErr_t FiltersGroup::setStage(const filtersGroupStage_t& stage) {

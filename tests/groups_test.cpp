@@ -10,6 +10,8 @@ using namespace catalogue;
 
 static_assert(std::is_copy_constructible_v<FiltersGroup> && !std::is_polymorphic_v<FiltersGroup>);
 static_assert(!std::is_convertible_v<unsigned short, FiltersGroup>);
+static_assert(std::is_nothrow_move_constructible_v<FiltersGroup> &&
+              std::is_nothrow_move_assignable_v<FiltersGroup>);
 
 using Stage = filtersGroupStage_t;
 using Type = filtersGroupType_t;
@@ -49,6 +51,26 @@ TEST(Groups, PrintTheirFieldsThenTheirEntries) {
   EXPECT_EQ(group.insertEntry(entryWith(20)), FILTERS_OK);
   EXPECT_EQ(printed(group), "=FiltersGroup=\n  ID: 65535\n  Priority: 10\n  Stage: 0\n  Type: 0\n" +
                                 printed(entryWith(20)) + printed(entryWith(30, 40)));
+}
+
+TEST(Groups, MoveTheirEntriesAndKeepTheirNumbers) {
+  FiltersGroup group = groupOf(kIngress, 3);
+  group.setPriority(10);
+  const FiltersGroup emptied(group);
+  EXPECT_EQ(group.insertEntry(entryWith(7, 40)), FILTERS_OK);
+  const FiltersGroup copy(group);
+  const FiltersEntry* const entry = &group.getEntriesRef().at(7);
+  const auto isWhole = [&](const FiltersGroup& moved) {
+    return moved == copy && &moved.getEntriesRef().at(7) == entry;
+  };
+  FiltersGroup made(std::move(group)), assigned = groupOf(kEgress, 5);
+  EXPECT_TRUE(isWhole(made) && group == emptied);
+  EXPECT_EQ(assigned.insertEntry(entryWith(8)), FILTERS_OK);
+  assigned = std::move(made);
+  EXPECT_TRUE(isWhole(assigned) && made == emptied);
+  FiltersGroup& itself = assigned;
+  assigned = std::move(itself);
+  EXPECT_TRUE(isWhole(assigned));
 }
 
 // --- Messages: what a group makes of one; bytes_test has what it writes --------------------------

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include <policer/policer.h>
 
@@ -57,6 +58,18 @@ class FILTERS_API FiltersGroup {
   // These functions copy every entry and check nothing. An assignment that throws changes nothing.
   FiltersGroup(const FiltersGroup& other) = default;
   FiltersGroup& operator=(const FiltersGroup& other);
+  // These functions move the entries and copy none. The source keeps its id, priority, stage and
+  // type, and holds no entries afterwards. A group that is assigned to itself does not change.
+  FiltersGroup(FiltersGroup&& other) noexcept = default;
+  FiltersGroup& operator=(FiltersGroup&& other) noexcept {
+    std::map<unsigned int, FiltersEntry> entries(std::move(other.entries_));  // perhaps its own
+    id_ = other.id_;
+    priority_ = other.priority_;
+    stage_ = other.stage_;
+    type_ = other.type_;
+    entries_.swap(entries);
+    return *this;
+  }
   ~FiltersGroup() = default;
 
   filtersGroupId_t getId() const { return id_; }

@@ -1,5 +1,6 @@
 #include <filter_inspect/filter_decode.h>
 
+#include <algorithm>
 #include <climits>
 #include <stdexcept>
 #include <string>
@@ -76,6 +77,12 @@ bool areUsual(const FiltersGroup& group) {
   return true;
 }
 
+// A vector that grows copies its entries. Room for all of them at once spares these copies.
+void makeRoom(std::size_t more, std::vector<FiltersEntry>* entries) {
+  const std::size_t all = entries->size() + more;
+  if (all > entries->capacity()) entries->reserve(std::max(all, 2 * entries->capacity()));
+}
+
 void replaceHead(const StageTypeInstead& instead, FiltersGroupPB* message) {
   if (instead.stage) message->set_stage_(static_cast<std::uint32_t>(*instead.stage));
   if (instead.type) message->set_type_(static_cast<std::uint32_t>(*instead.type));
@@ -109,6 +116,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
   EntryReader reader(bytes, whole, &arena, &ofEntries);
+  if (entries != nullptr) makeRoom(static_cast<std::size_t>(rest->entries__size()), entries);
   reader.keepEntries(entries);
   const auto visit = [&, parsed = rest](const MessageCheck::Field&, const MessagePart& part) {
     const auto index = static_cast<int>(part.index);
@@ -155,9 +163,9 @@ DecodedGroup decodeGroupAndEntries(std::string_view bytes, std::vector<FiltersEn
     if (!same || !areUsual(*decoded.group)) {
       noteGroup(bytes, nullptr, same, limits, decoded.group.has_value(), entries, &findings);
     } else if (entries != nullptr) {
-      for (const auto& [id, entry] : decoded.group->getEntriesRef()) {
-        entries->push_back(entry);
-      }
+      const auto& held = decoded.group->getEntriesRef();
+      makeRoom(held.size(), entries);
+      for (const auto& [id, entry] : held) entries->push_back(entry);
     }
   }
   decoded.report = findings.take();
