@@ -56,6 +56,7 @@ struct WireFields {
   static void of(Wire&, typename Wire::template As<Action>&) {}
 
 #define NUMBER(n, name, member) wire.number(FILTERS_FIELD(n, set_, name), self.member);
+#define FLAG NUMBER
 #define SIGNED(n, name, member) wire.signedNumber(FILTERS_FIELD(n, set_, name), self.member);
 #define LIMID(n, name, member) wire.limid(FILTERS_FIELD(n, set_, name), self.member);
 #define ADDRESS(n, name, member) wire.address(FILTERS_FIELD(n, mutable_, name), self.member);
@@ -78,6 +79,7 @@ struct WireFields {
 #include "wire_fields.def"
 
 #undef NUMBER
+#undef FLAG
 #undef SIGNED
 #undef LIMID
 #undef ADDRESS

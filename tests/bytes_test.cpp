@@ -117,6 +117,26 @@ TEST(Damage, OfAnyEndCutOffOrAnySingleBitIsSurvived) {
   }
 }
 
+// The entry's bytes end early and its length says so, so that the end of the entry cuts a field.
+// The bytes of the group end there too, or go on. A rule that was cut right behind the tag of a
+// match must not be taken for a whole rule without this match.
+TEST(Damage, OfAnEntryThatIsShorterThanItsFieldsIsSurvived) {
+  for (const char* name : {"group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group.hex"}) {
+    FiltersGroupPB message;
+    ASSERT_TRUE(message.ParseFromString(golden(name)));
+    const std::string entry = message.entries_(0).SerializeAsString();
+    message.clear_entries_();
+    const std::string head = message.SerializeAsString();
+    for (std::size_t size = 0; size < entry.size(); ++size) {
+      SCOPED_TRACE(testing::Message() << name << " cut at " << size);
+      const std::string cut = head + bytesField(0x2a, entry.substr(0, size));
+      for (const std::string& end : {std::string(), entry.substr(size), bytesField(0x2a, entry)}) {
+        ASSERT_NO_FATAL_FAILURE(examine(cut + end));
+      }
+    }
+  }
+}
+
 // --- Golden bytes: what other releases and processes send and expect -----------------------------
 
 using Stage = policer::Stage;

@@ -77,6 +77,14 @@ std::string faultIn(const std::string& bytes) {
   return "";
 }
 
+// A field of bytes or a message, with a tag of one byte.
+inline std::string bytesField(unsigned tag, const std::string& bytes) {
+  std::string field(1, static_cast<char>(tag));
+  std::size_t size = bytes.size();
+  for (; size >= 0x80; size >>= 7) field += static_cast<char>(size | 0x80);
+  return field + static_cast<char>(size) + bytes;
+}
+
 // Bytes of groups that this library would not write: a head and entries, and odd bytes before,
 // between or after them that look almost like the usual shape.
 inline std::vector<std::string> oddGroups() {

@@ -7,12 +7,16 @@
 #include <limid/limid_standin.h>
 
 #include <cstring>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_matches.h>
 
+#include "meaning.h"
+
+static const char* const kThrowing = "throw policer";
 static std::string macBuffer;
 static bool namesHaveNoEnd = false;
 
@@ -29,9 +33,23 @@ int limid_to_ifindex(limid_t, uint32_t*) { return -1; }
 int limid_from_ifindex(limid_t*, uint32_t) { return -1; }
 }
 
+// Policers of these bytes throw, as the device's own may.
+policer::Policer::Policer(const std::string& bytes) {
+  if (bytes.find("throw") == 0) throw std::domain_error(bytes);
+}
+
 namespace {
 
-using namespace FiltersCommon;
+using namespace catalogue;
+
+std::string thrownBy(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const std::logic_error& thrown) {
+    return thrown.what();
+  }
+  return "";
+}
 
 const ActionMplsPortSet kMpls(limid_make_mpls_vpws(1), limid_make_lag(1));
 
@@ -64,6 +82,38 @@ TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndexAndRefusesAnIndexWithout
   ActionMplsPortSet action;
   EXPECT_THROW(action.convertFromActionPB(&message), std::invalid_argument);
   EXPECT_EQ(action.getVpnId(), ActionMplsPortSet().getVpnId());
+}
+
+// Reading makes the policer, then the parent, then the actions, and the first that throws decides.
+// Whatever form the bytes have, the exception is the one of the converted message.
+TEST(PlatformFaults, ThrowsWhatTheFirstPartOfAnEntryThrows) {
+  const std::string head = fromHex("08071001"), match = fromHex("0804200a"),
+                    mpls = fromHex("08125001"), permit = fromHex("0801");
+  const std::string cutMatch = fromHex("080420"), twice = fromHex("0804200a200b");
+  int thrown = 0;
+  for (const std::string policer : {"", kThrowing}) {
+    for (const std::string parent : {"", "none", "throw parent"}) {
+      for (const std::string& action : {permit, mpls}) {
+        for (const std::string& odd : {match, cutMatch, twice}) {
+          for (const bool oddLast : {false, true}) {
+            std::string entry = head + bytesField(0x1a, policer);
+            if (!oddLast) entry += bytesField(0x22, odd);
+            entry += bytesField(0x2a, action);
+            if (oddLast) entry += bytesField(0x22, odd);
+            if (parent != "none") entry += bytesField(0x3a, parent);
+            SCOPED_TRACE(toHex(entry));
+            FiltersEntryPB message;
+            message.ParsePartialFromString(entry);
+            const std::string meant = thrownBy([&] { converted(message); });
+            EXPECT_EQ(thrownBy([&] { FiltersEntry read(entry); }), meant);
+            EXPECT_EQ(thrownBy([&] { FiltersGroup read(bytesField(0x2a, entry)); }), meant);
+            thrown += meant.empty() ? 0 : 1;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(thrown, 36);
 }
 
 }  // namespace

@@ -1,0 +1,98 @@
+// Compares the table of fields with the schemas. The library writes and reads bytes by this table
+// alone, so a wrong number, kind or label in it would change what other processes see.
+
+#include <filter_common/filter_groups.pb.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+
+namespace {
+
+using google::protobuf::Descriptor;
+using google::protobuf::FieldDescriptor;
+
+struct Row {
+  int number;
+  std::string name;
+  std::string kind;
+};
+using Rows = std::vector<Row>;
+
+// What the schema must say for a kind: the field's type, and if it is repeated.
+std::string expected(const std::string& kind) {
+  if (kind == "NUMBER" || kind == "LIMID") return "uint32";
+  if (kind == "FLAG") return "bool";
+  if (kind == "SIGNED") return "int32";
+  if (kind == "ADDRESS" || kind == "BYTES") return "bytes";
+  if (kind == "MESSAGES") return "repeated message";
+  return "repeated uint32";
+}
+
+std::string said(const FieldDescriptor& field) {
+  // Bytes are not packed: each value has its own tag.
+  EXPECT_FALSE(field.is_packed()) << field.name();
+  return std::string(field.is_repeated() ? "repeated " : "") + std::string(field.type_name());
+}
+
+void expectRows(const Descriptor& message, const std::multimap<std::string, Rows>& classes,
+                std::set<int> known) {
+  for (const auto& [name, rows] : classes) {
+    int last = 0;
+    for (const Row& row : rows) {
+      const FieldDescriptor* field = message.FindFieldByNumber(row.number);
+      ASSERT_NE(field, nullptr) << name << ' ' << row.number;
+      EXPECT_EQ(std::string(field->name()), row.name) << name;
+      EXPECT_EQ(said(*field), expected(row.kind)) << name << ' ' << row.name;
+      EXPECT_GT(row.number, last) << name << ": the numbers do not ascend";
+      last = row.number;
+      known.insert(row.number);
+    }
+  }
+  for (int i = 0; i < message.field_count(); ++i) {
+    EXPECT_EQ(known.count(message.field(i)->number()), 1u)
+        << "no class writes " << std::string(message.field(i)->full_name());
+  }
+}
+
+#define ROW(kind, n, name) Row{n, #name, kind},
+#define NUMBER(n, name, member) ROW("NUMBER", n, name)
+#define FLAG(n, name, member) ROW("FLAG", n, name)
+#define SIGNED(n, name, member) ROW("SIGNED", n, name)
+#define LIMID(n, name, member) ROW("LIMID", n, name)
+#define ADDRESS(n, name, member) ROW("ADDRESS", n, name)
+#define LIMIDS(n, name, member) ROW("LIMIDS", n, name)
+#define LIMIDS_ANEW(n, name, member) ROW("LIMIDS", n, name)
+#define NUMBERS(n, name, member) ROW("NUMBERS", n, name)
+#define UNREAD_NUMBERS(n, name, member) ROW("NUMBERS", n, name)
+#define SET(n, name, member) ROW("SET", n, name)
+#define MESSAGES(n, name, member) ROW("MESSAGES", n, name)
+#define INTERFACES(n, vpn, m, port) ROW("NUMBER", n, vpn) ROW("NUMBER", m, port)
+
+TEST(WireFields, AreThoseOfTheSchemas) {
+  const std::multimap<std::string, Rows> matches = {
+#define FILTERS_MATCH_FIELDS(Class, ...) {#Class, {__VA_ARGS__}},
+#include "../src/wire_fields.def"
+  };
+  const std::multimap<std::string, Rows> actions = {
+#define FILTERS_ACTION_FIELDS(Class, ...) {#Class, {__VA_ARGS__}},
+#include "../src/wire_fields.def"
+  };
+  const std::multimap<std::string, Rows> others = {
+#define FILTERS_FIELDS(Class, ...) {#Class, {__VA_ARGS__}},
+#include "../src/wire_fields.def"
+  };
+  const Rows entry = {
+#define FILTERS_ENTRY_FIELD(constant, KIND, n, name) ROW(#KIND, n, name)
+#include "../src/wire_fields.def"
+  };
+  constexpr int kCode = 1;
+  expectRows(*FiltersCommon::MatchPB::descriptor(), matches, {kCode});
+  expectRows(*FiltersCommon::ActionPB::descriptor(), actions, {kCode});
+  expectRows(*FiltersCommon::CounterPB::descriptor(), {*others.find("Counter")}, {});
+  expectRows(*FiltersCommon::FiltersGroupPB::descriptor(), {*others.find("FiltersGroup")}, {});
+  expectRows(*FiltersCommon::FiltersEntryPB::descriptor(), {{"FiltersEntry", entry}}, {});
+}
+
+}  // namespace
