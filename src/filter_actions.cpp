@@ -93,18 +93,12 @@ bool ActionReplaceSrcMac::operator==(const ActionReplaceSrcMac& other) const {
 
 // --- Conversion ----------------------------------------------------------------------------------
 
-#define FILTERS_ACTION_FIELDS(Class, ...)                    \
-  void Class::convertToActionPB(ActionPB* message) const {   \
-    Action::convertToActionPB(message);                      \
-    MessageWriter<ActionPB> out(message);                    \
-    PutFields<MessageWriter<ActionPB>> put{out};             \
-    WireFields::of(put, *this);                              \
-  }                                                          \
-  void Class::convertFromActionPB(const ActionPB* message) { \
-    MessageReader<ActionPB> in(*message);                    \
-    TakeFields<MessageReader<ActionPB>> take{in};            \
-    WireFields::of(take, *this);                             \
-  }
+#define FILTERS_ACTION_FIELDS(Class, ...)                  \
+  void Class::convertToActionPB(ActionPB* message) const { \
+    Action::convertToActionPB(message);                    \
+    putFields(message, *this);                             \
+  }                                                        \
+  void Class::convertFromActionPB(const ActionPB* message) { takeFields(*message, this); }
 #include "wire_fields.def"
 
 }  // namespace FiltersCommon

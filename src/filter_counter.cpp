@@ -35,17 +35,9 @@ const char* typeName(counter_type_t type) {
 
 }  // namespace
 
-Counter::Counter(const CounterPB& message) {
-  MessageReader<CounterPB> in(message);
-  TakeFields<MessageReader<CounterPB>> take{in};
-  WireFields::of(take, *this);
-}
+Counter::Counter(const CounterPB& message) { takeFields(message, this); }
 
-void Counter::Serialize(CounterPB* message) const {
-  MessageWriter<CounterPB> out(message);
-  PutFields<MessageWriter<CounterPB>> put{out};
-  WireFields::of(put, *this);
-}
+void Counter::Serialize(CounterPB* message) const { putFields(message, *this); }
 
 std::ostream& operator<<(std::ostream& os, const Counter& counter) {
   return os << "ID: " << counter.GetId() << "\nType: " << typeName(counter.GetType()) << '\n';

@@ -264,15 +264,13 @@ filtersErr_t FiltersEntry::deleteCounters() {
 
 namespace {
 
-#define FILTERS_ENTRY_FIELD(constant, KIND, number, name) \
-  constexpr auto constant = KIND(number, name);
-#define NUMBER(number, name) FILTERS_FIELD(number, set_, name)
-#define BYTES(number, name) FILTERS_FIELD(number, mutable_, name)
-#define MESSAGES(number, name) FILTERS_FIELD(number, mutable_, name)
+// The accessor that changes a field of each kind.
+#define FILTERS_CHANGE_number(n, name) FILTERS_FIELD(n, set_, name)
+#define FILTERS_CHANGE_bytes(n, name) FILTERS_FIELD(n, set_, name)
+#define FILTERS_CHANGE_messages(n, name) FILTERS_FIELD(n, mutable_, name)
+#define FILTERS_ENTRY_FIELD(constant, kind, n, name) \
+  constexpr auto constant = FILTERS_CHANGE_##kind(n, name);
 #include "wire_fields.def"
-#undef NUMBER
-#undef BYTES
-#undef MESSAGES
 
 // Writes a match, an action or a counter.
 void putPart(const std::unique_ptr<Match>& match, MatchPB* message) {
@@ -286,7 +284,7 @@ void putPart(const std::pair<const unsigned short, Counter>& held, CounterPB* me
 }
 template <class Object>
 void putPart(const std::unique_ptr<Object>& object, WireWriter* out) {
-  out->number(kCodeField, static_cast<std::uint32_t>(object->getType()));
+  out->number(kCodeField, toWire(object->getType()));
   visit(object->getType(), false, [&](auto tag) {
     PutFields<WireWriter> put{*out};
     WireFields::of(put, static_cast<const typename decltype(tag)::Class&>(*object));
@@ -298,18 +296,8 @@ void putPart(const std::pair<const unsigned short, Counter>& held, WireWriter* o
   WireFields::of(put, held.second);
 }
 
-// A match or an action from the rest of its bytes, or null if the bytes or the code are unknown.
-template <class Object, class Code>
-std::unique_ptr<Object> takeObject(Code code, WireReader* in) {
-  std::unique_ptr<Object> object = makeBlank<Object>(code);
-  const bool known = object != nullptr && visit(code, false, [&](auto tag) {
-                       TakeFields<WireReader> take{*in};
-                       WireFields::of(take, static_cast<typename decltype(tag)::Class&>(*object));
-                       return in->finished();
-                     });
-  if (!known) object.reset();
-  return object;
-}
+void takePart(const MatchPB& message, Match* match) { match->convertFromMatchPB(&message); }
+void takePart(const ActionPB& message, Action* action) { action->convertFromActionPB(&message); }
 
 // A counter. Bytes must have the form that a counter writes; every message gives one.
 bool takeCounter(const CounterPB& message, Counter* counter) {
@@ -337,6 +325,40 @@ void WireFields::Entry::put(const FiltersEntry& entry, Writer& out) {
   out.appendMessages(kActions, entry.actions_, write);
   out.appendMessages(kCounters, entry.counters_, write);
   if (entry.policerParent_ != nullptr) putBytes(kParent, entry.policerParent_->Serialize());
+}
+
+bool WireFields::Entry::admits(const FiltersEntry& entry, filtersMatch_t code) {
+  return entry.isCompatible(code);
+}
+void WireFields::Entry::store(FiltersEntry* entry, std::unique_ptr<Match> match) {
+  entry->storeMatch(std::move(match));
+}
+void WireFields::Entry::store(FiltersEntry* entry, std::unique_ptr<Action> action) {
+  entry->storeAction(std::move(action));
+}
+
+// A message whose code is unknown or excluded is skipped. Such bytes are of another form.
+template <class Object, class Code, class Part>
+bool WireFields::Entry::takeObject(FiltersEntry* entry, const Part& part) {
+  if constexpr (std::is_same_v<Part, WireReader>) {
+    WireReader in = part;
+    const auto code = static_cast<Code>(in.number(kCodeField));
+    auto object = admits(*entry, code) ? makeBlank<Object>(code) : nullptr;
+    const bool known = object != nullptr && visit(code, false, [&](auto tag) {
+                         TakeFields<WireReader> take{in};
+                         of(take, static_cast<typename decltype(tag)::Class&>(*object));
+                         return in.finished();
+                       });
+    if (known) store(entry, std::move(object));
+    return known;
+  } else {
+    const auto code = static_cast<Code>(part.type_());
+    auto object = admits(*entry, code) ? makeBlank<Object>(code) : nullptr;
+    if (object == nullptr) return true;
+    takePart(part, object.get());
+    store(entry, std::move(object));
+    return true;
+  }
 }
 
 template <class Reader>
@@ -375,48 +397,13 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bo
   }
   reserveObjects(&entry->matches_, static_cast<std::size_t>(matches.size()));
   for (const auto& part : matches) {
-    if (!takeMatch(entry, part)) return false;
+    if (!takeObject<Match, filtersMatch_t>(entry, part)) return false;
   }
   reserveObjects(&entry->actions_, static_cast<std::size_t>(actions.size()));
   for (const auto& part : actions) {
-    if (!takeAction(entry, part)) return false;
+    if (!takeObject<Action, filtersAction_t>(entry, part)) return false;
   }
   if (kBytes) takePolicers();
-  return true;
-}
-
-bool WireFields::Entry::takeMatch(FiltersEntry* entry, const MatchPB& message) {
-  const auto code = static_cast<filtersMatch_t>(message.type_());
-  if (!entry->isCompatible(code)) return true;
-  auto match = makeBlank<Match>(code);
-  if (match == nullptr) return true;
-  match->convertFromMatchPB(&message);
-  entry->storeMatch(std::move(match));
-  return true;
-}
-
-bool WireFields::Entry::takeMatch(FiltersEntry* entry, WireReader in) {
-  const auto code = static_cast<filtersMatch_t>(in.number(kCodeField));
-  if (!entry->isCompatible(code)) return false;
-  auto match = takeObject<Match>(code, &in);
-  if (match == nullptr) return false;
-  entry->storeMatch(std::move(match));
-  return true;
-}
-
-bool WireFields::Entry::takeAction(FiltersEntry* entry, const ActionPB& message) {
-  auto action = makeBlank<Action>(static_cast<filtersAction_t>(message.type_()));
-  if (action == nullptr) return true;
-  action->convertFromActionPB(&message);
-  entry->storeAction(std::move(action));
-  return true;
-}
-
-bool WireFields::Entry::takeAction(FiltersEntry* entry, WireReader in) {
-  const auto code = static_cast<filtersAction_t>(in.number(kCodeField));
-  auto action = takeObject<Action>(code, &in);
-  if (action == nullptr) return false;
-  entry->storeAction(std::move(action));
   return true;
 }
 

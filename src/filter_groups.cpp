@@ -189,9 +189,9 @@ void FiltersGroup::serialize(std::string* out) const {
       withMessages(PutFields<WireWriter>{writer}, [&](const auto& field, const Entries& entries) {
         bytes.assign(writer.data(), writer.size());
         std::size_t left = entries.size();
-        for (const auto& [id, entry] : entries) {
+        for (const auto& held : entries) {
           writer.clear();
-          writer.message(field, [&] { WireFields::Entry::put(entry, writer); });
+          writer.message(field, [&] { WireFields::Entry::put(held.second, writer); });
           const std::size_t size = writer.size();
           --left;
           if (bytes.capacity() - bytes.size() < size) {

@@ -141,37 +141,19 @@ bool MatchVlanInfo::operator==(const MatchVlanInfo& other) const {
 
 // --- Conversion ----------------------------------------------------------------------------------
 
-namespace {
-
-template <class T>
-void putInto(MatchPB* message, const T& match) {
-  MessageWriter<MatchPB> out(message);
-  PutFields<MessageWriter<MatchPB>> put{out};
-  WireFields::of(put, match);
-}
-
-template <class T>
-void takeFrom(const MatchPB& message, T* match) {
-  MessageReader<MatchPB> in(message);
-  TakeFields<MessageReader<MatchPB>> take{in};
-  WireFields::of(take, *match);
-}
-
-// These matches have two lists. A copy is filled, so that both are unchanged if memory runs out.
-void takeFrom(const MatchPB& message, MatchIngressPorts* match) {
+// This match has two lists. A copy is filled, so that both are unchanged if memory runs out.
+static void takeFields(const MatchPB& message, MatchIngressPorts* match) {
   MatchIngressPorts filled(*match);
-  takeFrom<MatchIngressPorts>(message, &filled);
+  takeFields<MatchPB, MatchIngressPorts>(message, &filled);
   *match = std::move(filled);
 }
-
-}  // namespace
 
 #define FILTERS_MATCH_FIELDS(Class, ...)                 \
   void Class::convertToMatchPB(MatchPB* message) const { \
     Match::convertToMatchPB(message);                    \
-    putInto(message, *this);                             \
+    putFields(message, *this);                           \
   }                                                      \
-  void Class::convertFromMatchPB(const MatchPB* message) { takeFrom(*message, this); }
+  void Class::convertFromMatchPB(const MatchPB* message) { takeFields(*message, this); }
 #include "wire_fields.def"
 
 }  // namespace FiltersCommon

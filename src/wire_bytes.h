@@ -41,16 +41,10 @@ class WireWriter {
   void clear() { at_ = begin_; }
 
   template <unsigned n>
-  void number(WireField<n>, std::uint32_t value) {
+  void number(WireField<n>, std::uint64_t value) {
     makeRoom(kMaxTag + kMaxVarint);
     putTag(WireField<n>::kNumber);
     putVarint(value);
-  }
-  template <unsigned n>
-  void signedNumber(WireField<n>, std::int32_t value) {
-    makeRoom(kMaxTag + kMaxVarint);
-    putTag(WireField<n>::kNumber);
-    putVarint(static_cast<std::uint64_t>(std::int64_t{value}));
   }
   template <unsigned n>
   void bytes(WireField<n>, const void* data, std::size_t size) {

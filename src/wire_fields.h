@@ -15,6 +15,7 @@
 #include <cstring>
 #include <limits>
 #include <list>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -24,8 +25,8 @@
 
 namespace FiltersCommon {
 
-// A field with the accessors of its generated message class. `change` sets a number, and returns a
-// pointer to anything else.
+// A field with the accessors of its generated message class. `change` is the setter of a single
+// field, and returns a pointer to a repeated one.
 template <unsigned number, class Get, class Has, class Change>
 struct Field : WireField<number> {
   constexpr Field(Get getter, Has asker, Change changer)
@@ -55,20 +56,10 @@ struct WireFields {
   template <class Wire>
   static void of(Wire&, typename Wire::template As<Action>&) {}
 
-#define NUMBER(n, name, member) wire.number(FILTERS_FIELD(n, set_, name), self.member);
-#define FLAG NUMBER
-#define SIGNED(n, name, member) wire.signedNumber(FILTERS_FIELD(n, set_, name), self.member);
-#define LIMID(n, name, member) wire.limid(FILTERS_FIELD(n, set_, name), self.member);
-#define ADDRESS(n, name, member) wire.address(FILTERS_FIELD(n, mutable_, name), self.member);
-#define LIMIDS(n, name, member) wire.limids(FILTERS_FIELD(n, mutable_, name), self.member);
-#define LIMIDS_ANEW(n, name, member) wire.limidsAnew(FILTERS_FIELD(n, mutable_, name), self.member);
-#define NUMBERS(n, name, member) wire.numbers(FILTERS_FIELD(n, mutable_, name), self.member);
-#define UNREAD_NUMBERS(n, name, member) wire.unread(FILTERS_FIELD(n, mutable_, name), self.member);
-#define MESSAGES(n, name, member) wire.messages(FILTERS_FIELD(n, mutable_, name), self.member);
-#define SET(n, name, member) wire.set(FILTERS_FIELD(n, mutable_, name), self.member);
+#define FIELD(kind, n, name, member) wire.kind(FILTERS_FIELD(n, set_, name), self.member);
+#define LIST(kind, n, name, member) wire.kind(FILTERS_FIELD(n, mutable_, name), self.member);
 #define INTERFACES(n, vpn, m, port) \
   wire.interfaces(FILTERS_FIELD(n, set_, vpn), FILTERS_FIELD(m, set_, port), self);
-
 #define FILTERS_FIELDS(Class, ...)                                      \
   template <class Wire>                                                 \
   static void of(Wire& wire, typename Wire::template As<Class>& self) { \
@@ -78,17 +69,8 @@ struct WireFields {
 #define FILTERS_ACTION_FIELDS FILTERS_FIELDS
 #include "wire_fields.def"
 
-#undef NUMBER
-#undef FLAG
-#undef SIGNED
-#undef LIMID
-#undef ADDRESS
-#undef LIMIDS
-#undef LIMIDS_ANEW
-#undef NUMBERS
-#undef UNREAD_NUMBERS
-#undef MESSAGES
-#undef SET
+#undef FIELD
+#undef LIST
 #undef INTERFACES
 
   struct Entry;
@@ -103,11 +85,28 @@ struct WireFields::Entry {
   template <class Reader>
   static bool take(FiltersEntry* entry, Reader in, bool isBuffer = false);
  private:
-  static bool takeMatch(FiltersEntry* entry, const MatchPB& message);
-  static bool takeMatch(FiltersEntry* entry, WireReader in);
-  static bool takeAction(FiltersEntry* entry, const ActionPB& message);
-  static bool takeAction(FiltersEntry* entry, WireReader in);
+  static bool admits(const FiltersEntry& entry, filtersMatch_t code);
+  static bool admits(const FiltersEntry&, filtersAction_t) { return true; }
+  static void store(FiltersEntry* entry, std::unique_ptr<Match> match);
+  static void store(FiltersEntry* entry, std::unique_ptr<Action> action);
+  template <class Object, class Code, class Part>
+  static bool takeObject(FiltersEntry* entry, const Part& part);
 };
+
+// A value as the number in its field, and back. Numbers are cut to the width of the value.
+inline std::uint32_t toWire(limid_t limid) { return limidToWire(limid); }
+template <class Value>
+std::uint32_t toWire(Value value) {
+  return static_cast<std::uint32_t>(value);
+}
+template <class Value>
+Value fromWire(std::uint32_t number) {
+  if constexpr (std::is_same_v<Value, limid_t>) {
+    return limidFromWire(number);
+  } else {
+    return static_cast<Value>(number);
+  }
+}
 
 // Writes the fields of an object by a MessageWriter or WireWriter.
 template <class Writer>
@@ -117,35 +116,28 @@ struct PutFields {
 
   template <class F, class T>
   void number(const F& field, T value) {
-    out.number(field, static_cast<std::uint32_t>(value));
+    out.number(field, toWire(value));
   }
+  // A negative number is written as 64 bits.
   template <class F, class T>
   void signedNumber(const F& field, T value) {
-    out.signedNumber(field, static_cast<std::int32_t>(value));
-  }
-  template <class F>
-  void limid(const F& field, limid_t limid) {
-    out.number(field, limidToWire(limid));
+    out.number(field, static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(value)}));
   }
   // The raw bytes of an address are in network byte order.
   template <class F, class Address>
   void address(const F& field, const Address& address) {
     out.bytes(field, &address, sizeof address);
   }
-  template <class F, class Limids>
-  void limids(const F& field, const Limids& limids) {
-    out.appendNumbers(field, limids, limidToWire);
+  template <class F, class Values>
+  void numbers(const F& field, const Values& values) {
+    out.appendNumbers(field, values, [](const auto& value) { return toWire(value); });
   }
-  template <class F, class Limids>
-  void limidsAnew(const F& field, const Limids& held) {
-    limids(field, held);
+  template <class F, class Values>
+  void numbersAnew(const F& field, const Values& values) {
+    numbers(field, values);
   }
-  template <class F, class Value>
-  void numbers(const F& field, const std::vector<Value>& values) {
-    out.appendNumbers(field, values, [](Value value) { return static_cast<std::uint32_t>(value); });
-  }
-  template <class F, class Value>
-  void unread(const F& field, const std::vector<Value>& values) {
+  template <class F, class Values>
+  void unreadNumbers(const F& field, const Values& values) {
     numbers(field, values);
   }
   // Deliberate: the values of a set replace those that a message already has, while ports are
@@ -171,8 +163,7 @@ inline std::size_t makeSet(std::vector<unsigned short>* numbers, std::size_t cou
   return static_cast<std::size_t>(std::unique(numbers->begin(), end) - numbers->begin());
 }
 
-// Reads the fields of an object by a MessageReader or WireReader. Numbers are cut to the width of
-// their members.
+// Reads the fields of an object by a MessageReader or WireReader.
 template <class Reader>
 struct TakeFields {
   template <class T>
@@ -180,15 +171,11 @@ struct TakeFields {
 
   template <class F, class T>
   void number(const F& field, T& value) {
-    value = static_cast<T>(in.number(field));
+    value = fromWire<T>(in.number(field));
   }
   template <class F, class T>
   void signedNumber(const F& field, T& value) {
     number(field, value);
-  }
-  template <class F>
-  void limid(const F& field, limid_t& limid) {
-    limid = limidFromWire(in.number(field));
   }
   // Missing bytes are zero, and further bytes are ignored.
   template <class F, class Address>
@@ -201,30 +188,30 @@ struct TakeFields {
       std::memcpy(&address, bytes.data(), bytes.size());
     }
   }
-  template <class F>
-  void limids(const F& field, std::vector<limid_t>& limids) {
-    append(in.numbers(field), &limids, limidFromWire);
-  }
-  template <class F>
-  void limidsAnew(const F& field, std::list<limid_t>& limids) {
-    std::list<limid_t> fresh;
-    for (std::uint32_t value : in.numbers(field)) fresh.push_back(limidFromWire(value));
-    limids.swap(fresh);
-  }
   template <class F, class Value>
   void numbers(const F& field, std::vector<Value>& values) {
-    append(in.numbers(field), &values, [](std::uint32_t v) { return static_cast<Value>(v); });
+    const auto& numbers = in.numbers(field);
+    auto next = values.size();
+    values.resize(next + static_cast<std::size_t>(numbers.size()));
+    for (std::uint32_t number : numbers) values[next++] = fromWire<Value>(number);
   }
   template <class F, class Value>
-  void unread(const F&, std::vector<Value>&) {}
+  void numbersAnew(const F& field, std::list<Value>& values) {
+    std::list<Value> fresh;
+    for (std::uint32_t number : in.numbers(field)) fresh.push_back(fromWire<Value>(number));
+    values.swap(fresh);
+  }
+  template <class F, class Values>
+  void unreadNumbers(const F&, Values&) {}
   template <class F, class Value>
   void set(const F& field, std::vector<Value>& values) {
-    const std::vector<unsigned short> read = setFrom<Value>(in.numbers(field));
-    values.assign(read.begin(), read.end());
-  }
-  template <class F>
-  void set(const F& field, std::vector<unsigned short>& values) {
-    values = setFrom<unsigned short>(in.numbers(field));
+    std::vector<unsigned short> read =
+        setFrom(in.numbers(field), std::size_t{std::numeric_limits<Value>::max()} + 1);
+    if constexpr (std::is_same_v<Value, unsigned short>) {
+      values = std::move(read);
+    } else {
+      values.assign(read.begin(), read.end());
+    }
   }
   // Deliberate: these two fields are interface indexes, while all other ports are limids. If one is
   // absent or not of the right kind, a message makes this throw. Bytes only make the reader fail,
@@ -250,28 +237,24 @@ struct TakeFields {
 
   Reader& in;
  private:
-  // The numbers as a set: an ascending vector without duplicates. Duplicates are removed whenever
-  // twice as many are held as there are values, so that a long field needs no more memory.
-  template <class Value, class Numbers>
-  static std::vector<unsigned short> setFrom(const Numbers& numbers) {
-    constexpr std::size_t kMost = 2 * (std::size_t{std::numeric_limits<Value>::max()} + 1);
-    std::vector<unsigned short> read(std::min(kMost, static_cast<std::size_t>(numbers.size())));
+  // The numbers as a set: an ascending vector without duplicates, each modulo `valueCount`.
+  // Duplicates are removed whenever twice as many are held as there are values, so that a long
+  // field needs no more memory.
+  template <class Numbers>
+  static std::vector<unsigned short> setFrom(const Numbers& numbers, std::size_t valueCount) {
+    const std::size_t most = 2 * valueCount;
+    std::vector<unsigned short> read(std::min(most, static_cast<std::size_t>(numbers.size())));
     std::size_t count = 0;
     bool ascending = true;  // as written by an object
     for (std::uint32_t number : numbers) {
-      const auto value = static_cast<Value>(number);
+      const auto value = static_cast<unsigned short>(number % valueCount);
       ascending = ascending && (count == 0 || read[count - 1] < value);
-      if (count == kMost) count = makeSet(&read, count);
+      if (count == most) count = makeSet(&read, count);
       read[count++] = value;
     }
     if (!ascending) count = makeSet(&read, count);
     read.erase(read.begin() + static_cast<std::ptrdiff_t>(count), read.end());
     return read;
-  }
-  template <class Numbers, class Value, class FromWire>
-  static void append(const Numbers& numbers, std::vector<Value>* values, FromWire fromWire) {
-    values->reserve(values->size() + static_cast<std::size_t>(numbers.size()));
-    for (std::uint32_t number : numbers) values->push_back(fromWire(number));
   }
 };
 
@@ -283,6 +266,20 @@ struct WithMessages : Fields {
 template <class Fields, class Messages>
 WithMessages<Fields, Messages> withMessages(Fields fields, Messages messages) {
   return {fields, messages};
+}
+
+template <class Message, class Object>
+void putFields(Message* message, const Object& object) {
+  MessageWriter<Message> out(message);
+  PutFields<MessageWriter<Message>> put{out};
+  WireFields::of(put, object);
+}
+
+template <class Message, class Object>
+void takeFields(const Message& message, Object* object) {
+  MessageReader<Message> in(message);
+  TakeFields<MessageReader<Message>> take{in};
+  WireFields::of(take, *object);
 }
 
 }  // namespace FiltersCommon

@@ -21,13 +21,12 @@ struct Row {
 using Rows = std::vector<Row>;
 
 // What the schema must say for a kind: the field's type, and if it is repeated.
-std::string expected(const std::string& kind) {
-  if (kind == "NUMBER" || kind == "LIMID") return "uint32";
-  if (kind == "FLAG") return "bool";
-  if (kind == "SIGNED") return "int32";
-  if (kind == "ADDRESS" || kind == "BYTES") return "bytes";
-  if (kind == "MESSAGES") return "repeated message";
-  return "repeated uint32";
+std::set<std::string> expected(const std::string& kind) {
+  if (kind == "number") return {"uint32", "bool"};
+  if (kind == "signedNumber") return {"int32"};
+  if (kind == "address" || kind == "bytes") return {"bytes"};
+  if (kind == "messages") return {"repeated message"};
+  return {"repeated uint32"};  // lists of numbers, and sets
 }
 
 std::string said(const FieldDescriptor& field) {
@@ -44,7 +43,7 @@ void expectRows(const Descriptor& message, const std::multimap<std::string, Rows
       const FieldDescriptor* field = message.FindFieldByNumber(row.number);
       ASSERT_NE(field, nullptr) << name << ' ' << row.number;
       EXPECT_EQ(std::string(field->name()), row.name) << name;
-      EXPECT_EQ(said(*field), expected(row.kind)) << name << ' ' << row.name;
+      EXPECT_EQ(expected(row.kind).count(said(*field)), 1u) << name << ' ' << said(*field);
       EXPECT_GT(row.number, last) << name << ": the numbers do not ascend";
       last = row.number;
       known.insert(row.number);
@@ -56,19 +55,9 @@ void expectRows(const Descriptor& message, const std::multimap<std::string, Rows
   }
 }
 
-#define ROW(kind, n, name) Row{n, #name, kind},
-#define NUMBER(n, name, member) ROW("NUMBER", n, name)
-#define FLAG(n, name, member) ROW("FLAG", n, name)
-#define SIGNED(n, name, member) ROW("SIGNED", n, name)
-#define LIMID(n, name, member) ROW("LIMID", n, name)
-#define ADDRESS(n, name, member) ROW("ADDRESS", n, name)
-#define LIMIDS(n, name, member) ROW("LIMIDS", n, name)
-#define LIMIDS_ANEW(n, name, member) ROW("LIMIDS", n, name)
-#define NUMBERS(n, name, member) ROW("NUMBERS", n, name)
-#define UNREAD_NUMBERS(n, name, member) ROW("NUMBERS", n, name)
-#define SET(n, name, member) ROW("SET", n, name)
-#define MESSAGES(n, name, member) ROW("MESSAGES", n, name)
-#define INTERFACES(n, vpn, m, port) ROW("NUMBER", n, vpn) ROW("NUMBER", m, port)
+#define FIELD(kind, n, name, member) Row{n, #name, #kind},
+#define LIST FIELD
+#define INTERFACES(n, vpn, m, port) FIELD(number, n, vpn, ) FIELD(number, m, port, )
 
 TEST(WireFields, AreThoseOfTheSchemas) {
   const std::multimap<std::string, Rows> matches = {
@@ -84,7 +73,7 @@ TEST(WireFields, AreThoseOfTheSchemas) {
 #include "../src/wire_fields.def"
   };
   const Rows entry = {
-#define FILTERS_ENTRY_FIELD(constant, KIND, n, name) ROW(#KIND, n, name)
+#define FILTERS_ENTRY_FIELD(constant, kind, n, name) FIELD(kind, n, name, )
 #include "../src/wire_fields.def"
   };
   constexpr int kCode = 1;
