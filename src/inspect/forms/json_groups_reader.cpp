@@ -93,7 +93,7 @@ class JsonReader {
   bool scalarOfCounter(const Scalar& value);
   bool scalarOfPolicer(const Scalar& value);
   bool scalarOfPolicerAction(const Scalar& value);
-  bool scalarOfForm(const Scalar& value, int field);
+  bool scalarOfForm(const Scalar& value, const MessageField& field);
   bool endLimid();
   bool endPolicer();
   bool endPolicerAction();
@@ -597,7 +597,7 @@ bool JsonReader::scalarOfPolicerAction(const Scalar& value) {
 }
 
 // Reads a value without brackets, or one part of a pair.
-bool JsonReader::scalarOfForm(const Scalar& value, int field) {
+bool JsonReader::scalarOfForm(const Scalar& value, const MessageField& field) {
   const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
   switch (row_->form) {
     case ValueForm::kFlag:

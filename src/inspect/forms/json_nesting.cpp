@@ -44,7 +44,7 @@ Nesting nestingOfValue(In outer, const FormRow& row) {
     case ValueForm::kMplsPorts:
       return {outer, 0, '{', In::kMplsPorts};
     default:
-      if (row.fields[1] != 0) return {outer, 0, '{', In::kPair};
+      if (row.fields[1]) return {outer, 0, '{', In::kPair};
       return {outer, 0, '\0', In::kNowhere};
   }
 }
@@ -79,7 +79,7 @@ Keys keysOf(In in, const FormRow* row) {
     case In::kMplsPorts:
       return {{keysOf(row->form).first, keysOf(row->form).second}, 2};
     case In::kLimids:
-      if (row->fields[1] == 0) return {{keysOf(row->form).first}, 1};
+      if (!row->fields[1]) return {{keysOf(row->form).first}, 1};
       return {{keysOf(row->form).first, keysOf(row->form).second}, 1};
     default:
       return {};

@@ -2,6 +2,8 @@
 #include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_text.h>
 
+#include <algorithm>
+
 #include "interface_ids.h"
 #include "policer_text.h"
 #include "report/hex.h"
@@ -23,14 +25,14 @@ void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& me
                  std::string* out) {
   const auto append = [&](std::uint32_t limid) { *out += ' ' + interfaceName(limid); };
   if (row.form == ValueForm::kLimids) {
-    const std::size_t count = countIn(message, row.fields[0]);
-    if (count == 0) return;
+    const NumberList& limids = numbersIn(message, row.fields[0]);
+    if (limids.empty()) return;
     (*out += ", ") += name;
-    for (std::size_t i = 0; i < count; ++i) append(numberIn(message, row.fields[0], i));
+    std::for_each(limids.begin(), limids.end(), append);
   } else if (row.form == ValueForm::kLimid || row.form == ValueForm::kMplsPorts) {
     (*out += ", ") += name;
     append(limidFromField(row, numberIn(message, row.fields[0])));
-    if (row.fields[1] != 0) append(limidFromField(row, numberIn(message, row.fields[1])));
+    if (row.fields[1]) append(limidFromField(row, numberIn(message, row.fields[1])));
   }
 }
 
@@ -137,8 +139,8 @@ std::string shownValue(const FormRow& row, const MatchPB& match) {
   }
   if (row.form == ValueForm::kLimids) {
     std::string names;
-    for (std::size_t i = 0; i < countIn(match, row.fields[0]); ++i) {
-      names += (i == 0 ? "" : ",") + nameOrId(numberIn(match, row.fields[0], i));
+    for (const std::uint32_t limid : numbersIn(match, row.fields[0])) {
+      names += (names.empty() ? "" : ",") + nameOrId(limid);
     }
     return '[' + names + text.substr(text.find(']'));
   }

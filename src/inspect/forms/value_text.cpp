@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <limits>
+#include <utility>
 
 #include "catalogue/in_quotes.h"
 #include "interface_ids.h"
@@ -26,21 +27,22 @@ void appendMask(ValueForm form, const AddressBytes& mask, std::string* out) {
 }
 
 template <class Append>
-void appendList(const AnyMessage& message, int field, std::string* out, Append append) {
-  const std::size_t count = countIn(message, field);
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i != 0) *out += ',';
-    append(numberIn(message, field, i));
+void appendList(const NumberList& numbers, std::string* out, Append append) {
+  bool isFirst = true;
+  for (const std::uint32_t number : numbers) {
+    if (!std::exchange(isFirst, false)) *out += ',';
+    append(number);
   }
 }
 
 void appendLimids(const FormRow& row, const AnyMessage& message, std::string* out) {
   *out += '[';
-  appendList(message, row.fields[0], out, [&](std::uint32_t limid) { appendLimid(limid, out); });
+  appendList(numbersIn(message, row.fields[0]), out,
+             [&](std::uint32_t limid) { appendLimid(limid, out); });
   *out += ']';
-  if (row.fields[1] == 0 || countIn(message, row.fields[1]) == 0) return;
+  if (!row.fields[1] || numbersIn(message, row.fields[1]).empty()) return;
   *out += '!';
-  appendList(message, row.fields[1], out,
+  appendList(numbersIn(message, row.fields[1]), out,
              [&](std::uint32_t type) { appendName(row.names, type, out); });
 }
 
@@ -121,7 +123,7 @@ class ValueReader {
     const auto bytes = parseAddress(row_.form, text);
     if (!bytes) return fail(text, inQuotes(text) + " is not " + describe(row_));
     setAddress(message_, row_.fields[0], row_.form, *bytes);
-    if (row_.fields[1] == 0) {
+    if (!row_.fields[1]) {
       if (slash != text_.npos) fail(text_.substr(slash), "this address takes no mask");
       return;
     }
@@ -150,8 +152,8 @@ class ValueReader {
          [&](std::string_view piece) { addNumber(message_, row_.fields[0], number(piece)); });
     const std::string_view rest = text_.substr(end + 1);
     if (rest.empty()) return;
-    if (rest.size() == 1 || rest[0] != '!' || row_.fields[1] == 0) {
-      return fail(rest, row_.fields[1] == 0
+    if (rest.size() == 1 || rest[0] != '!' || !row_.fields[1]) {
+      return fail(rest, !row_.fields[1]
                             ? "nothing may follow the list"
                             : "only kinds of port to leave out may follow the list, as in !cpu");
     }
@@ -250,7 +252,7 @@ void appendValue(const FormRow& row, const AnyMessage& message, std::string* out
     case ValueForm::kIPv4:
     case ValueForm::kIPv6:
       appendAddress(row.form, addressIn(message, row.fields[0], row.form), out);
-      if (row.fields[1] == 0) return;
+      if (!row.fields[1]) return;
       return appendMask(row.form, addressIn(message, row.fields[1], row.form), out);
     case ValueForm::kPortMask:
       appendNumber(number(0), out);
@@ -263,7 +265,8 @@ void appendValue(const FormRow& row, const AnyMessage& message, std::string* out
       return appendNumber(number(1), out);
     case ValueForm::kNumbers:
       *out += '{';
-      appendList(message, row.fields[0], out, [&](std::uint32_t n) { appendNumber(n, out); });
+      appendList(numbersIn(message, row.fields[0]), out,
+                 [&](std::uint32_t n) { appendNumber(n, out); });
       *out += '}';
       return;
     case ValueForm::kLimid:
