@@ -80,7 +80,10 @@ void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, st
   appendAll<filtersMatch_t>(" if", message->matches_(), out, &comment);
   appendAll<filtersAction_t>(" then", message->actions_(), out, &comment);
   if (!message->counters_().empty()) *out += " count";
-  for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
+  for (const CounterPB& counter : message->counters_()) {
+    *out += ' ';
+    appendCounter(counter, out);
+  }
   if (message->policer_() != defaultPolicer()) {
     appendPolicer(use, Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
   }

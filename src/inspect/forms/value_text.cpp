@@ -127,8 +127,8 @@ class ValueReader {
       if (slash != text_.npos) fail(text_.substr(slash), "this address takes no mask");
       return;
     }
-    auto mask = std::optional(prefixMask(row_.bits));
-    if (slash != text_.npos) mask = readMask(text_.substr(slash + 1));
+    const auto mask = slash == text_.npos ? std::optional(prefixMask(row_.bits))
+                                          : readMask(text_.substr(slash + 1));
     if (mask) setAddress(message_, row_.fields[1], row_.form, *mask);
   }
 
@@ -227,9 +227,17 @@ std::string textOf(const MatchPB& match) { return textOfCode<filtersMatch_t>(mat
 std::string textOf(const ActionPB& action) { return textOfCode<filtersAction_t>(action); }
 
 std::string textOf(const CounterPB& counter) {
-  std::string text = std::to_string(counter.id()) + '=';
+  std::string text;
+  appendCounter(counter, &text);
+  return text;
+}
+
+void appendCounter(const CounterPB& counter, std::string* out) {
+  appendDecimal(counter.id(), out);
+  *out += '=';
   const std::string_view name = nameOf(static_cast<counter_type_t>(counter.type()));
-  return text += name.empty() ? std::to_string(counter.type()) : std::string(name);
+  if (name.empty()) return appendDecimal(counter.type(), out);
+  *out += name;
 }
 
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out) {
@@ -374,10 +382,17 @@ std::optional<std::int32_t> parseCounterType(std::string_view text) {
   return static_cast<std::int32_t>(negative ? -std::int64_t{*value} : std::int64_t{*value});
 }
 
-void appendNumber(std::uint32_t value, std::string* out) {
-  char digits[std::numeric_limits<std::uint32_t>::digits10 + 1];
-  out->append(digits, std::to_chars(digits, std::end(digits), value).ptr);
+std::string_view takeWord(std::string_view* text) {
+  const std::string_view all = *text;
+  std::size_t begin = 0;
+  while (begin < all.size() && isWordBreak(all[begin])) ++begin;
+  std::size_t end = begin;
+  while (end < all.size() && !isWordBreak(all[end])) ++end;
+  *text = all.substr(end);
+  return all.substr(begin, end - begin);
 }
+
+void appendNumber(std::uint32_t value, std::string* out) { appendDecimal(value, out); }
 
 void appendName(const Enumeration& names, std::uint32_t value, std::string* out) {
   const std::string_view name = names.nameOf(value);
