@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "hex.h"
+
 namespace FiltersInspect {
 
 using Json = nlohmann::json;
@@ -12,19 +14,20 @@ using Json = nlohmann::json;
 void JsonWriter::open(char bracket) {
   begin();
   text_ += bracket;
-  ++depth_;
+  line_ += "  ";
   first_ = true;
 }
 
 void JsonWriter::close(char bracket) {
-  --depth_;
+  line_.resize(line_.size() - 2);
   if (!first_) startLine();
   text_ += bracket;
   first_ = false;
 }
 
 void JsonWriter::key(std::string_view name) {
-  value(name);
+  begin();
+  quote(name);
   text_ += ": ";
   keyed_ = true;
 }
@@ -32,21 +35,18 @@ void JsonWriter::key(std::string_view name) {
 void JsonWriter::value(std::string_view text) {
   begin();
   const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
-  if (std::all_of(text.begin(), text.end(), isPlain)) {
-    text_.append(1, '"').append(text).append(1, '"');
-    return;
-  }
+  if (std::all_of(text.begin(), text.end(), isPlain)) return quote(text);
   text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 void JsonWriter::value(std::uint64_t number) {
   begin();
-  text_ += std::to_string(number);
+  appendDecimal(number, &text_);
 }
 
 void JsonWriter::signedValue(std::int64_t number) {
   begin();
-  text_ += std::to_string(number);
+  appendDecimal(number, &text_);
 }
 
 void JsonWriter::flag(bool value) {
@@ -62,7 +62,7 @@ std::string JsonWriter::take() {
 void JsonWriter::begin() {
   if (!std::exchange(keyed_, false)) {
     if (!first_) text_ += ',';
-    if (depth_ != 0) startLine();
+    if (line_.size() > 1) startLine();
   }
   first_ = false;
 }
@@ -72,8 +72,13 @@ void JsonWriter::startLine() {
     if (text_.back() == ',') text_ += ' ';
     return;
   }
-  text_ += '\n';
-  text_.append(2 * depth_, ' ');
+  text_ += line_;
+}
+
+void JsonWriter::quote(std::string_view text) {
+  text_ += '"';
+  text_ += text;
+  text_ += '"';
 }
 
 }  // namespace FiltersInspect

@@ -20,7 +20,7 @@ class JsonWriter {
   // Begins or ends an object or an array: '{' and '}', '[' and ']'.
   void open(char bracket);
   void close(char bracket);
-  // The key of the next value, inside an object.
+  // The key of the next value, inside an object. It has no characters that JSON would escape.
   void key(std::string_view name);
   // Bytes that are not UTF-8 are replaced.
   void value(std::string_view text);
@@ -33,9 +33,10 @@ class JsonWriter {
  private:
   void begin();
   void startLine();
+  void quote(std::string_view text);
 
   std::string text_;
-  std::size_t depth_ = 0;
+  std::string line_ = "\n";  // a line end, and the blanks that begin the next line
   bool first_ = true;  // of the innermost bracket
   bool keyed_ = false;
   const bool is_line_;
