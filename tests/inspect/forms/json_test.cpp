@@ -49,6 +49,7 @@ TEST(Json, ReadsWhatPeopleWrite) {
       {R"("matches": {"ip_protocol": "tcp"}, "actions": {"set_dscp": "ef"})",
        R"("matches": {"ip_protocol": 6}, "actions": {"set_dscp": 46})"},
       {R"("matches": {}, "actions": {}, "counters": [])", R"("counters": [])"},
+      {R"("matches": {"t\u006fs": 1})", R"("matches": {"tos": 1})"},
       {R"("actions": {"deny": true, "permit": true}, "matches": {"tos": 1})",
        R"("matches": {"tos": 1}, "actions": {"permit": true, "deny": true})"},
       {R"("matches": {"ingress_ports": {"ports": [{"name": "eth-3", "limid": 16777219}]}})",
@@ -123,6 +124,28 @@ TEST(Json, RefusesMatches) {
     said.add(groupsFromJson(withMatch(match)).report);
   }
   said.expectGolden("sentences_json_matches.txt");
+}
+
+// The place is that of the first character that cannot belong to JSON.
+TEST(Json, FindsTheFaultInAToken) {
+  EXPECT_EQ(findingsOf(groupsFromJson("\xef\xbb{}")), "1:3 text-syntax");
+  const std::pair<const char*, const char*> refused[] = {
+      {R"("tos": -)", "3:21 text-syntax"},
+      {R"("tos": 01)", "3:21 text-syntax"},
+      {R"("tos": 1.)", "3:22 text-syntax"},
+      {R"("tos": 1e+)", "3:23 text-syntax"},
+      {R"("tos": 1e999)", "3:24 text-syntax"},
+      {R"("tos": 1{)", "3:21 text-syntax"},
+      {R"("tos": 9223372036854775808)", "3:20 text-value"},
+      {R"("tos": -9223372036854775809)", "3:20 text-value"},
+      {R"("drop": tru)", "3:24 text-syntax"},
+      {R"("tos": "\ud800")", "3:27 text-syntax"},
+      {R"("tos": "\u12")", "3:25 text-syntax"},
+      {"\"tos\": \"\xed\xa0\x80\"", "3:22 text-syntax"},
+  };
+  for (const auto& [match, findings] : refused) {
+    EXPECT_EQ(findingsOf(groupsFromJson(withMatch(match))), findings) << match;
+  }
 }
 
 TEST(Json, RefusesAllElse) {
