@@ -204,10 +204,8 @@ void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonWriter* 
   out->close('}');
 }
 
-}  // namespace
-
-std::string toJson(const std::vector<FiltersGroup>& groups) {
-  JsonWriter out;
+std::string jsonOfGroups(const FiltersGroup* groups, std::size_t count, JsonLayout layout) {
+  JsonWriter out(layout == JsonLayout::kCompact ? JsonStyle::kCompact : JsonStyle::kIndented);
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();
   out.open('{');
@@ -215,22 +213,36 @@ std::string toJson(const std::vector<FiltersGroup>& groups) {
   write(kVersionKey, unsigned{kJsonVersion}, &out);
   out.key(kGroupsKey);
   out.open('[');
-  for (const FiltersGroup& group : groups) {
+  for (const FiltersGroup* group = groups; group != groups + count; ++group) {
     out.open('{');
-    write(kIdKey, group.getId(), &out);
-    write(kPriorityKey, group.getPriority(), &out);
+    write(kIdKey, group->getId(), &out);
+    write(kPriorityKey, group->getPriority(), &out);
     out.key(kStageKey);
-    writeName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group.getStage()), &out);
-    write(kTypeKey, static_cast<std::uint32_t>(group.getType()), &out);
+    writeName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group->getStage()), &out);
+    write(kTypeKey, static_cast<std::uint32_t>(group->getType()), &out);
     out.key(kEntriesKey);
     out.open('[');
-    for (const auto& [id, entry] : group.getEntriesRef()) writeEntry(entry, &message, &out);
+    for (const auto& [id, entry] : group->getEntriesRef()) writeEntry(entry, &message, &out);
     out.close(']');
     out.close('}');
   }
   out.close(']');
   out.close('}');
   return out.take();
+}
+
+}  // namespace
+
+std::string toJson(const std::vector<FiltersGroup>& groups) {
+  return toJson(groups, JsonLayout::kIndented);
+}
+
+std::string toJson(const std::vector<FiltersGroup>& groups, JsonLayout layout) {
+  return jsonOfGroups(groups.data(), groups.size(), layout);
+}
+
+std::string toJson(const FiltersGroup& group, JsonLayout layout) {
+  return jsonOfGroups(&group, 1, layout);
 }
 
 }  // namespace FiltersInspect

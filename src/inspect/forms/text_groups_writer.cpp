@@ -93,35 +93,36 @@ void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, st
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
 
-// The caller keeps the message, so that it can be used again.
-void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string* out) {
-  *out += toText(headOf(group));
-  *out += '\n';
-  for (const auto& [id, entry] : group.getEntriesRef()) {
-    appendEntry(entry, For::kReading, message, out);
-    *out += '\n';
+std::string firstLine() {
+  std::string text = "filter-groups ";
+  appendNumber(kTextVersion, &text);
+  return text += '\n';
+}
+
+// Writes so many groups behind what is there.
+std::string textOfGroups(const FiltersGroup* groups, std::size_t count, std::string text) {
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();  // used again for each entry
+  for (const FiltersGroup* group = groups; group != groups + count; ++group) {
+    text += toText(headOf(*group));
+    text += '\n';
+    for (const auto& [id, entry] : group->getEntriesRef()) {
+      appendEntry(entry, For::kReading, &message, &text);
+      text += '\n';
+    }
   }
+  return text;
 }
 
 }  // namespace
 
 std::string toText(const std::vector<FiltersGroup>& groups) {
-  std::string text = "filter-groups ";
-  appendNumber(kTextVersion, &text);
-  text += '\n';
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  for (const FiltersGroup& group : groups) appendGroup(group, &message, &text);
-  return text;
+  return textOfGroups(groups.data(), groups.size(), firstLine());
 }
 
-std::string groupLines(const FiltersGroup& group) {
-  std::string text;
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  appendGroup(group, &message, &text);
-  return text;
-}
+std::string toText(const FiltersGroup& group) { return textOfGroups(&group, 1, firstLine()); }
+
+std::string groupLines(const FiltersGroup& group) { return textOfGroups(&group, 1, {}); }
 
 namespace {
 

@@ -28,7 +28,7 @@ void JsonWriter::close(char bracket) {
 void JsonWriter::key(std::string_view name) {
   begin();
   quote(name);
-  text_ += ": ";
+  text_ += style_ == JsonStyle::kCompact ? ":" : ": ";
   keyed_ = true;
 }
 
@@ -68,11 +68,11 @@ void JsonWriter::begin() {
 }
 
 void JsonWriter::startLine() {
-  if (is_line_) {
-    if (text_.back() == ',') text_ += ' ';
-    return;
+  if (style_ == JsonStyle::kIndented) {
+    text_ += line_;
+  } else if (style_ == JsonStyle::kLine && text_.back() == ',') {
+    text_ += ' ';
   }
-  text_ += line_;
 }
 
 void JsonWriter::quote(std::string_view text) {

@@ -1,9 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 #define FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 
-// Writes JSON from the first byte to the last, indented by two blanks a level, without building a
-// tree. A tree of nlohmann-json needs memory even for its destruction, and ends the process if
-// there is none.
+// Writes JSON from the first byte to the last, without building a tree. A tree of nlohmann-json
+// needs memory even for its destruction, and ends the process if there is none.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,10 +11,15 @@
 
 namespace FiltersInspect {
 
+enum class JsonStyle : std::uint8_t {
+  kIndented,  // by two blanks a level
+  kLine,      // a single line, with a blank behind each ',' and ':'
+  kCompact,   // a single line without blanks
+};
+
 class JsonWriter {
  public:
-  // Writes either an indented text or a single line.
-  explicit JsonWriter(bool isLine = false) : is_line_(isLine) {}
+  explicit JsonWriter(JsonStyle style = JsonStyle::kIndented) : style_(style) {}
 
   // Begins or ends an object or an array: '{' and '}', '[' and ']'.
   void open(char bracket);
@@ -37,9 +41,9 @@ class JsonWriter {
 
   std::string text_;
   std::string line_ = "\n";  // a line end, and the blanks that begin the next line
-  bool first_ = true;  // of the innermost bracket
+  bool first_ = true;        // of the innermost bracket
   bool keyed_ = false;
-  const bool is_line_;
+  const JsonStyle style_;
 };
 
 }  // namespace FiltersInspect

@@ -1,5 +1,7 @@
 // Tests the JSON form: groups that are written can be read back, and other input is refused.
 
+#include <nlohmann/json.hpp>
+
 #include "../sentences.h"
 #include "form_samples.h"
 
@@ -7,6 +9,7 @@ namespace {
 
 using namespace catalogue;
 using FiltersInspect::groupsFromJson;
+using FiltersInspect::JsonLayout;
 using FiltersInspect::toJson;
 
 // Another test checks the file that this one leaves against the schema.
@@ -24,6 +27,22 @@ TEST(Json, ReadsWhatItWrote) {
 TEST(Json, IsTheSameOnEveryMachine) {
   EXPECT_EQ(toJson(goldenGroups()), textOfFile(FILTERS_GOLDEN_DIR "/groups.json"));
   EXPECT_EQ(faultOf(kJson, goldenGroups()), "");
+}
+
+TEST(Json, IsWrittenWithoutBlanksToo) {
+  const FormOfGroups compact = {
+      [](const Groups& groups) { return toJson(groups, JsonLayout::kCompact); }, groupsFromJson};
+  const std::string golden = textOfFile(FILTERS_GOLDEN_DIR "/groups.json");
+  EXPECT_EQ(compact.write(goldenGroups()), nlohmann::ordered_json::parse(golden).dump() + '\n');
+  EXPECT_EQ(faultOf(compact, goldenGroups()), "");
+}
+
+TEST(Json, IsThatOfAGroupAlone) {
+  const FiltersGroup group = goldenGroups()[0];
+  const Groups one{group};
+  EXPECT_EQ(toJson(group), toJson(one));
+  EXPECT_EQ(toJson({group}), toJson(one));
+  EXPECT_EQ(toJson(group, JsonLayout::kCompact), toJson(one, JsonLayout::kCompact));
 }
 
 const std::string kHead = "{\"format\": \"filter-groups\", \"version\": 1, \"groups\": [";
