@@ -58,14 +58,16 @@ std::optional<AddressBytes> parseAddress(ValueForm form, std::string_view text) 
 }
 
 void appendAddress(ValueForm form, const AddressBytes& bytes, std::string* out) {
+  char text[INET6_ADDRSTRLEN] = {};
   if (form == ValueForm::kMac) {
+    char* end = text;
     for (std::size_t i = 0; i < sizeOf(form); ++i) {
-      if (i != 0) *out += ':';
-      appendHex({reinterpret_cast<const char*>(&bytes[i]), 1}, out);
+      end = writeHexByte(bytes[i], end);
+      *end++ = ':';
     }
+    out->append(text, end - 1);
     return;
   }
-  char text[INET6_ADDRSTRLEN] = {};
   inet_ntop(form == ValueForm::kIPv4 ? AF_INET : AF_INET6, bytes.data(), text, sizeof text);
   *out += text;
 }

@@ -14,15 +14,17 @@ unsigned valueOf(char digit) {
 
 }  // namespace
 
+char* writeHexByte(unsigned char byte, char* digits) {
+  *digits++ = digitOf(byte >> 4);
+  *digits++ = digitOf(byte);
+  return digits;
+}
+
 void appendHex(std::string_view bytes, std::string* out) {
   const std::size_t size = out->size();
   out->resize(size + 2 * bytes.size());
-  char* digit = &(*out)[size];
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    *digit++ = digitOf(byte >> 4);
-    *digit++ = digitOf(byte);
-  }
+  char* digits = &(*out)[size];
+  for (const char byte : bytes) digits = writeHexByte(static_cast<unsigned char>(byte), digits);
 }
 
 std::optional<unsigned char> parseHexByte(const char* digits) {

@@ -13,6 +13,9 @@
 
 namespace FiltersInspect {
 
+// Writes the two lower-case digits of a byte, and returns the end of them.
+char* writeHexByte(unsigned char byte, char* digits);
+
 // Appends two lower-case digits for each byte, without separators.
 void appendHex(std::string_view bytes, std::string* out);
 

@@ -27,15 +27,14 @@ void JsonWriter::close(char bracket) {
 
 void JsonWriter::key(std::string_view name) {
   begin();
-  quote(name);
-  text_ += style_ == JsonStyle::kCompact ? ":" : ": ";
+  quote(name, style_ == JsonStyle::kCompact ? "\":" : "\": ");
   keyed_ = true;
 }
 
 void JsonWriter::value(std::string_view text) {
   begin();
   const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
-  if (std::all_of(text.begin(), text.end(), isPlain)) return quote(text);
+  if (std::all_of(text.begin(), text.end(), isPlain)) return quote(text, "\"");
   text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -75,10 +74,11 @@ void JsonWriter::startLine() {
   }
 }
 
-void JsonWriter::quote(std::string_view text) {
+// `end` begins with the second quotation mark.
+void JsonWriter::quote(std::string_view text, std::string_view end) {
   text_ += '"';
   text_ += text;
-  text_ += '"';
+  text_ += end;
 }
 
 }  // namespace FiltersInspect

@@ -37,7 +37,7 @@ class JsonWriter {
  private:
   void begin();
   void startLine();
-  void quote(std::string_view text);
+  void quote(std::string_view text, std::string_view end);
 
   std::string text_;
   std::string line_ = "\n";  // a line end, and the blanks that begin the next line
