@@ -158,9 +158,11 @@ FILTERS_API size_t filtersEntryPrint(const FiltersEntry* e, char* out, size_t si
 
 // --- Text and JSON -------------------------------------------------------------------------------
 
-// toText() and toJson() of filter_text.h, for one group; toText() for one entry.
+// toText() and toJson() of filter_text.h, for one group; toText() for one entry. Compact JSON is
+// one line without blanks.
 FILTERS_API size_t filtersGroupToText(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersGroupToJson(const FiltersGroup* g, char* out, size_t size);
+FILTERS_API size_t filtersGroupToCompactJson(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersEntryToText(const FiltersEntry* e, char* out, size_t size);
 
 // Reads text or JSON that holds one group. If the report is empty, *group gets the group, as in

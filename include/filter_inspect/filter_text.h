@@ -34,7 +34,16 @@ inline constexpr int kTextVersion = 1;
 inline constexpr int kJsonVersion = 1;
 
 FILTERS_API std::string toText(const std::vector<FiltersCommon::FiltersGroup>& groups);
+FILTERS_API std::string toText(const FiltersCommon::FiltersGroup& group);
+
+// JSON with a line for each value, or all on one line without blanks, which takes less than half of
+// the bytes. Readers take both.
+enum class JsonLayout : std::uint8_t { kIndented, kCompact };
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups);
+FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups,
+                               JsonLayout layout);
+FILTERS_API std::string toJson(const FiltersCommon::FiltersGroup& group,
+                               JsonLayout layout = JsonLayout::kIndented);
 
 // The lines of one group, without the line that begins the text form.
 FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);

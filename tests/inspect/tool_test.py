@@ -90,6 +90,7 @@ def prepare():
     write("one.txt", one_group)
     with open("g.json", "rb") as file:
         as_json = file.read()
+    write("compact.json", json.dumps(json.loads(as_json), separators=(",", ":")).encode() + b"\n")
     write("marked.txt", b"\xef\xbb\xbf" + text.replace(b"\n", b"\r\n"))
     write("late_head.txt", b"\n# first\r\n\t" + text)
     write("misspelt.txt", text.replace(b"filter-groups", b"filter-group"))
@@ -268,7 +269,7 @@ MISSING = "".join(
     for name in ("id", "priority", "stage", "type")
 )
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
-G_TXT = object()  # stands for the text of g.txt
+G_TXT, COMPACT = object(), object()  # stand for the texts of g.txt and compact.json
 
 # Each row has the arguments, the exit code, the results (standard output) and the trouble (standard
 # error). The results may be the name of a file in tests/golden/.
@@ -397,6 +398,11 @@ TABLE = [
     # --- What is converted
     ("convert g.txt --to=text", 0, G_TXT, NONE),
     ("convert g.json --to=text -o -", 0, G_TXT, NONE),
+    ("convert g.txt --to=json --compact", 0, COMPACT, NONE),
+    ("show - --as=text <compact.json", 0, G_TXT, NONE),
+    ("--json show g.txt --compact", 0, COMPACT, NONE),
+    ("show g.txt --compact", 2, NONE,
+     "filter-inspect: --compact: only JSON is written without blanks\\n"),
     ("convert lost.bin --to=text -o kept.txt", 1, NONE,
      r"lost.bin: group 1: warning: .*\nfilter-inspect: lost.bin: not converted[^\n]*\n"),
     ("convert g.txt --to=bytes --framing=none", 2,
@@ -876,13 +882,15 @@ def split(line):
 
 
 def try_table():
-    with open("g.txt", encoding="ascii") as file:
-        g_txt = re.escape(file.read())
+    texts = {}
+    for what, name in ((G_TXT, "g.txt"), (COMPACT, "compact.json")):
+        with open(name, encoding="ascii") as file:
+            texts[what] = re.escape(file.read())
     for line, code, results, trouble in TABLE:
         arguments, stdin = split(line)
         done = inspect(*arguments, stdin=stdin)
         out, err = done.stdout.decode(), done.stderr.decode()
-        pattern = g_txt if results is G_TXT else results
+        pattern = texts.get(results, results)
         if results.__class__ is str and re.fullmatch(r"\w+\.txt", results):
             pattern = re.escape(source("tests/golden/" + results))
         good = re.fullmatch(pattern, out, re.DOTALL) and re.fullmatch(trouble, err, re.DOTALL)

@@ -159,6 +159,10 @@ void declareCapture(CLI::App* command, Options* options) {
       ->option_text("PACKET");
 }
 
+void declareCompact(CLI::App* command, Options* options) {
+  command->add_flag("--compact", options->compact, "Write JSON on one line without blanks");
+}
+
 // --- What each command takes ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
@@ -166,6 +170,7 @@ void declareShow(CLI::App* command, Options* options) {
   declareChoice(command, "--as", &options->as, {"table", "text", "json", "dump"},
                 "The form: a table by default, or JSON with --json; dump is the library's own "
                 "print");
+  declareCompact(command, options);
   declareOrder(command, options, "The order of the table's rows; without it, by id");
   declareWidth(command, options);
   declareSelection(command, options, "Only entries with this id; may be given several times");
@@ -180,6 +185,7 @@ void declareConvert(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, 1);
   declareChoice(command, "--to", &options->to, {"text", "json", "bytes"}, "The form to write")
       ->required();
+  declareCompact(command, options);
   command->add_option("-o,--output", options->output, "The file to write; - is standard output")
       ->take_last()
       ->option_text("OUT");

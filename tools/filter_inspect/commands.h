@@ -31,6 +31,7 @@ struct Options {
   std::vector<std::string> files;
   std::string as;
   std::string to;
+  bool compact = false;
   std::string output = "-";
   std::string stage;
   std::string type;

@@ -31,6 +31,7 @@ Exit runConvert(const Options& options, Console* console) {
                      "bytes are not written to a terminal; use -o FILE or a pipe");
     return kExitTrouble;
   }
+  if (!isCompactForJson(options, options.to, console)) return kExitTrouble;
   const auto inputs = readWholeInputs(options, console);
   if (!inputs) return kExitTrouble;
   const Input& input = inputs->front();
@@ -42,7 +43,7 @@ Exit runConvert(const Options& options, Console* console) {
   if (options.to == "text") {
     writeTo(options.output, FiltersInspect::toText(groups), console);
   } else if (options.to == "json") {
-    writeTo(options.output, FiltersInspect::toJson(groups), console);
+    writeTo(options.output, jsonOf(groups, options), console);
   } else {
     const std::string framing = framingOf(options, input);
     if (const char* why = whyNotBytes(groups.size(), framing)) {

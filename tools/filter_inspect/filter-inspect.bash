@@ -9,9 +9,9 @@ _filter_inspect() {
   local fields="ingress_port ingress_port_type external_vlan_id tpid dst_mac dst_l4_port src_l4_port src_mac l2_src_entry_type src_ipv4 dst_ipv4 internal_vlan_id pcp internal_pcp src_ipv6 dst_ipv6 vlan_tagging ip_protocol packet_res mpls_term tos virtual_port egress_ports ingress_stp_state svc_vlan_type proto_cpu_vlan_type src_port ttl vrf_id drop my_station_hit cpu_port forwarding_type destination_cpu cpu_injected_packets dscp"
   local -A options=(
     [any]="--help --version --json --quiet --verbose --color= --framing= --from= --max-bytes= --max-findings= --max-groups="
-    [show]="--as= --order= --width= --group= --entry="
+    [show]="--as= --compact --order= --width= --group= --entry="
     [check]="--stage= --type="
-    [convert]="--to= --output="
+    [convert]="--to= --compact --output="
     [diff]="--order= --packets= --capture= --assume= --group= --entry="
     [plan]="--remove-first"
     [analyse]="--order= --group= --entry= --overlaps --no-redundant --max-steps= --svg= --policy="

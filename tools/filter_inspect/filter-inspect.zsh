@@ -42,6 +42,7 @@ _filter_inspect() {
   )
   local -a of_show=(
     '--as=[The form\: a table by default, or JSON with --json; dump is the library'\''s own print]:value:(table text json dump)'
+    '--compact[Write JSON on one line without blanks]'
     '--order=[The order of the table'\''s rows; without it, by id]:value:(unspecified highest-priority lowest-priority ascending-id highest-priority,ascending-id highest-priority,descending-id lowest-priority,ascending-id lowest-priority,descending-id)'
     '--width=[The letters in a line of the table, 0 for any number; without it, as wide as the terminal]:N:'
     '*--group=[Only groups with this id; may be given several times]:ID:'
@@ -53,6 +54,7 @@ _filter_inspect() {
   )
   local -a of_convert=(
     '--to=[The form to write]:value:(text json bytes)'
+    '--compact[Write JSON on one line without blanks]'
     '-o[The file to write; - is standard output]:file:_files'
     '--output=[The file to write; - is standard output]:file:_files'
   )

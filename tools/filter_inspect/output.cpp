@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <fcntl.h>
+#include <filter_inspect/filter_text.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -88,6 +89,18 @@ void writeTo(const std::string& name, std::string_view content, Console* console
   if (const int error = OutputFile(name).write(content)) {
     console->systemTrouble(Code::kOutputFailed, name.empty() ? "''" : name, error);
   }
+}
+
+bool isCompactForJson(const Options& options, std::string_view form, Console* console) {
+  if (!options.compact || form == "json") return true;
+  console->trouble(Code::kUsage, "--compact", "only JSON is written without blanks");
+  return false;
+}
+
+std::string jsonOf(const std::vector<FiltersCommon::FiltersGroup>& groups, const Options& options) {
+  using FiltersInspect::JsonLayout;
+  return FiltersInspect::toJson(groups,
+                                options.compact ? JsonLayout::kCompact : JsonLayout::kIndented);
 }
 
 }  // namespace FilterInspectTool

@@ -5,6 +5,7 @@
 
 #include "analysis.h"
 #include "input.h"
+#include "output.h"
 #include "selection.h"
 #include "table.h"
 
@@ -87,11 +88,12 @@ bool choose(const Options& options, std::vector<Input>* inputs, Console* console
 }  // namespace
 
 Exit runShow(const Options& options, Console* console) {
-  std::vector<Input> inputs = readInputs(options, console);
   const std::string as = !options.as.empty() ? options.as : options.json ? "json" : "table";
+  if (!isCompactForJson(options, as, console)) return kExitTrouble;
+  std::vector<Input> inputs = readInputs(options, console);
   if (inputs.empty() || !choose(options, &inputs, console)) return kExitTrouble;
   if (as == "json") {
-    console->write(FiltersInspect::toJson(groupsOf(inputs)));
+    console->write(jsonOf(groupsOf(inputs), options));
   } else if (as == "table") {
     showTables(inputs, options, console);
   } else {

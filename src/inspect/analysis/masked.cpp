@@ -81,7 +81,7 @@ std::string Masked::meantMasks() const {
 }
 
 bool hasMask(const FormRow& row) {
-  return row.form == ValueForm::kPortMask || (row.fields[1] != 0 && isAddress(row.form));
+  return row.form == ValueForm::kPortMask || (row.fields[1] && isAddress(row.form));
 }
 
 Masked maskedIn(const MatchPB& match, const FormRow& row) {

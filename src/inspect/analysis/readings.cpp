@@ -175,11 +175,9 @@ class Reader {
   }
 
   // The numbers of a field, in ascending order.
-  std::vector<std::uint64_t> numbers(int field) const {
+  std::vector<std::uint64_t> numbers(const MessageField& field) const {
     std::vector<std::uint64_t> numbers;
-    for (std::size_t i = 0; i < countIn(match_, field); ++i) {
-      numbers.push_back(numberIn(match_, field, i) & most());
-    }
+    for (std::uint64_t number : numbersIn(match_, field)) numbers.push_back(number & most());
     std::sort(numbers.begin(), numbers.end());
     return numbers;
   }
@@ -188,7 +186,7 @@ class Reader {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
     // A match that excludes kinds of port has no ports.
     const bool leavesOut = row_.packet[1].test == FieldTest::kNotIn;
-    if (set.empty() && leavesOut && countIn(match_, row_.fields[1]) != 0) return false;
+    if (set.empty() && leavesOut && !numbersIn(match_, row_.fields[1]).empty()) return false;
     if (set.empty()) openToAnything("its set is empty");
     for (std::uint64_t number : set) {
       if (!asked_.may.empty() && number <= asked_.may.back().last + 1) {
@@ -207,7 +205,7 @@ class Reader {
       next = std::max(next, number + 1);
     }
     if (next <= most()) range(next, most(), &asked_.may);
-    return countIn(match_, row_.fields[1]) != 0;
+    return !numbersIn(match_, row_.fields[1]).empty();
   }
 
   const MatchPB& match_;

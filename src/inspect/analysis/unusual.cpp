@@ -195,10 +195,8 @@ class Oddities {
     if (hasMask(row) && !isOpen) addMasked(match, row);
     if (row.form == ValueForm::kNumbers) addUncarried(match, row);
     if (row.form == ValueForm::kName) addUnnamed(match, row, numberIn(match, row.fields[0]));
-    if (row.form == ValueForm::kLimids && row.fields[1] != 0) {
-      for (std::size_t i = 0; i < countIn(match, row.fields[1]); ++i) {
-        addUnnamed(match, row, numberIn(match, row.fields[1], i));
-      }
+    if (row.form == ValueForm::kLimids && row.fields[1]) {
+      for (std::uint32_t type : numbersIn(match, row.fields[1])) addUnnamed(match, row, type);
     }
     addNumber(match, row);
   }
@@ -280,8 +278,7 @@ class Oddities {
     const bool isVlan = match.type_() == FILTERS_MATCH_EXTERNAL_VLAN_ID;
     if (row.packet[0].carried == 0) return;
     const std::uint32_t most = isVlan ? kReservedVlan - 1 : (1u << row.packet[0].carried) - 1;
-    for (std::size_t i = 0; i < countIn(match, row.fields[0]); ++i) {
-      const std::uint32_t number = numberIn(match, row.fields[0], i);
+    for (std::uint32_t number : numbersIn(match, row.fields[0])) {
       if (number <= most) continue;
       return add(match, "no frame carries " + std::to_string(number) +
                             (isVlan && number == kReservedVlan ? ", which is reserved" : "") +
@@ -401,7 +398,7 @@ class Oddities {
       if (number > few.most) add(action, why);
     }
     if (row.form == ValueForm::kName) addUnnamed(action, row, numberIn(action, row.fields[0]));
-    if (row.form == ValueForm::kLimids && countIn(action, row.fields[0]) == 0) {
+    if (row.form == ValueForm::kLimids && numbersIn(action, row.fields[0]).empty()) {
       add(action, "it names no port; write the ports, or leave the action out");
     }
     if (row.form != ValueForm::kMac) return;

@@ -463,13 +463,16 @@ std::size_t filtersEntryPrint(const FiltersEntry* e, char* out, std::size_t size
 }
 
 std::size_t filtersGroupToText(const FiltersGroup* g, char* out, std::size_t size) {
-  return filled(g, out, size, [](auto& os, const auto& group) { os << toText({group}); });
+  return filled(g, out, size, [](auto& os, const auto& group) { os << toText(group); });
 }
 
 std::size_t filtersGroupToJson(const FiltersGroup* g, char* out, std::size_t size) {
-  return filled(g, out, size, [](auto& os, const auto& group) {
-    os << toJson(std::vector<FiltersGroup>{group});
-  });
+  return filled(g, out, size, [](auto& os, const auto& group) { os << toJson(group); });
+}
+
+std::size_t filtersGroupToCompactJson(const FiltersGroup* g, char* out, std::size_t size) {
+  return filled(g, out, size,
+                [](auto& os, const auto& group) { os << toJson(group, JsonLayout::kCompact); });
 }
 
 std::size_t filtersEntryToText(const FiltersEntry* e, char* out, std::size_t size) {

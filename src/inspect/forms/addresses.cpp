@@ -2,7 +2,7 @@
 
 #include <arpa/inet.h>
 
-#include <charconv>
+#include <algorithm>
 
 #include "report/hex.h"
 
@@ -17,21 +17,22 @@ bool isOne(const AddressBytes& bytes, unsigned bit) {
 
 unsigned leadingOnes(const AddressBytes& bytes, std::size_t size) {
   unsigned length = 0;
+  while (length < 8 * size && bytes[length / 8] == 0xff) length += 8;
   while (length < 8 * size && isOne(bytes, length)) ++length;
   return length;
 }
 
 unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size) {
   auto length = static_cast<unsigned>(8 * size);
+  while (length > 0 && bytes[length / 8 - 1] == 0) length -= 8;
   while (length > 0 && !isOne(bytes, length - 1)) --length;
   return length;
 }
 
 AddressBytes prefixMask(unsigned length) {
   AddressBytes mask = {};
-  for (unsigned bit = 0; bit < length; ++bit) {
-    mask[bit / 8] = static_cast<unsigned char>(mask[bit / 8] | 0x80 >> bit % 8);
-  }
+  std::fill_n(mask.begin(), length / 8, static_cast<unsigned char>(0xff));
+  if (length % 8 != 0) mask[length / 8] = static_cast<unsigned char>(0xff00 >> length % 8);
   return mask;
 }
 
@@ -41,9 +42,9 @@ std::optional<AddressBytes> parseAddress(ValueForm form, std::string_view text) 
     if (text.size() != sizeof "00:00:00:00:00:00" - 1) return std::nullopt;
     for (std::size_t i = 0; i < sizeOf(form); ++i) {
       const char* digits = &text[3 * i];
-      const auto [end, fault] = std::from_chars(digits, digits + 2, bytes[i], 16);
-      if (fault != std::errc() || end != digits + 2) return std::nullopt;
-      if (i != 0 && digits[-1] != ':') return std::nullopt;
+      const auto byte = parseHexByte(digits);
+      if (!byte || (i != 0 && digits[-1] != ':')) return std::nullopt;
+      bytes[i] = *byte;
     }
     return bytes;
   }
@@ -57,14 +58,16 @@ std::optional<AddressBytes> parseAddress(ValueForm form, std::string_view text) 
 }
 
 void appendAddress(ValueForm form, const AddressBytes& bytes, std::string* out) {
+  char text[INET6_ADDRSTRLEN] = {};
   if (form == ValueForm::kMac) {
+    char* end = text;
     for (std::size_t i = 0; i < sizeOf(form); ++i) {
-      if (i != 0) *out += ':';
-      appendHex({reinterpret_cast<const char*>(&bytes[i]), 1}, out);
+      end = writeHexByte(bytes[i], end);
+      *end++ = ':';
     }
+    out->append(text, end - 1);
     return;
   }
-  char text[INET6_ADDRSTRLEN] = {};
   inet_ntop(form == ValueForm::kIPv4 ? AF_INET : AF_INET6, bytes.data(), text, sizeof text);
   *out += text;
 }

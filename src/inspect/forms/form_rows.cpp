@@ -31,43 +31,82 @@ constexpr const Enumeration& kIpProtocols = kNamesIn<kIpProtocolNames>;
 constexpr const Enumeration& kDscps = kNamesIn<kDscpNames>;
 constexpr const Enumeration& kPorts = kNamesIn<kPortNames>;
 
+// --- Fields of messages --------------------------------------------------------------------------
+
+template <class PB, std::uint32_t (PB::*get)() const, void (PB::*set)(std::uint32_t)>
+constexpr MessageField fieldOf() {
+  MessageField field;
+  field.number = [](const AnyMessage& pb) { return (static_cast<const PB&>(pb).*get)(); };
+  field.set_number = [](AnyMessage* pb, std::uint32_t n) { (static_cast<PB*>(pb)->*set)(n); };
+  return field;
+}
+template <class PB, bool (PB::*get)() const, void (PB::*set)(bool)>
+constexpr MessageField fieldOf() {
+  MessageField field;
+  field.number = [](const AnyMessage& pb) -> std::uint32_t {
+    return (static_cast<const PB&>(pb).*get)() ? 1 : 0;
+  };
+  field.set_number = [](AnyMessage* pb, std::uint32_t n) { (static_cast<PB*>(pb)->*set)(n != 0); };
+  return field;
+}
+template <class PB, const NumberList& (PB::*get)() const, NumberList* (PB::*change)()>
+constexpr MessageField fieldOf() {
+  MessageField field;
+  field.numbers = [](const AnyMessage& pb) -> const NumberList& {
+    return (static_cast<const PB&>(pb).*get)();
+  };
+  field.mutable_numbers = [](AnyMessage* pb) { return (static_cast<PB*>(pb)->*change)(); };
+  return field;
+}
+template <class PB, const std::string& (PB::*get)() const, std::string* (PB::*change)()>
+constexpr MessageField fieldOf() {
+  MessageField field;
+  field.bytes = [](const AnyMessage& pb) -> const std::string& {
+    return (static_cast<const PB&>(pb).*get)();
+  };
+  field.mutable_bytes = [](AnyMessage* pb) { return (static_cast<PB*>(pb)->*change)(); };
+  return field;
+}
+
 // --- What rows are made of -----------------------------------------------------------------------
 
 constexpr FormRow flag() { return {}; }
-constexpr FormRow number(std::uint8_t bits, int field, Enumeration names = {}) {
+constexpr FormRow number(std::uint8_t bits, MessageField field, Enumeration names = {}) {
   return {ValueForm::kNumber, bits, {field}, names};
 }
-constexpr FormRow hexadecimal(std::uint8_t bits, int field) {
+constexpr FormRow hexadecimal(std::uint8_t bits, MessageField field) {
   return {ValueForm::kHexadecimal, bits, {field}, {}};
 }
-constexpr FormRow numbers(std::uint8_t bits, int field) {
+constexpr FormRow numbers(std::uint8_t bits, MessageField field) {
   return {ValueForm::kNumbers, bits, {field}, {}};
 }
 template <class Enum>
-constexpr FormRow name(int field) {
+constexpr FormRow name(MessageField field) {
   return {ValueForm::kName, 32, {field}, kNamesOf<Enum>};
 }
-constexpr FormRow boolean(int field) { return {ValueForm::kBoolean, 1, {field}, {}}; }
-constexpr FormRow address(ValueForm form, int field) { return {form, bitsOf(form), {field}, {}}; }
-constexpr FormRow masked(ValueForm form, int field, int mask) {
+constexpr FormRow boolean(MessageField field) { return {ValueForm::kBoolean, 1, {field}, {}}; }
+constexpr FormRow address(ValueForm form, MessageField field) {
+  return {form, bitsOf(form), {field}, {}};
+}
+constexpr FormRow masked(ValueForm form, MessageField field, MessageField mask) {
   return {form, bitsOf(form), {field, mask}, {}};
 }
-constexpr FormRow portMask(int port, int mask) {
+constexpr FormRow portMask(MessageField port, MessageField mask) {
   return {ValueForm::kPortMask, 16, {port, mask}, kPorts};
 }
-constexpr FormRow portRange(int min, int max) {
+constexpr FormRow portRange(MessageField min, MessageField max) {
   return {ValueForm::kPortRange, 16, {min, max}, kPorts};
 }
-constexpr FormRow limid(int field) { return {ValueForm::kLimid, 32, {field}, {}}; }
-constexpr FormRow limids(int field) { return {ValueForm::kLimids, 32, {field}, {}}; }
+constexpr FormRow limid(MessageField field) { return {ValueForm::kLimid, 32, {field}, {}}; }
+constexpr FormRow limids(MessageField field) { return {ValueForm::kLimids, 32, {field}, {}}; }
 template <class Enum>
-constexpr FormRow limidsBut(int field, int excluded) {
+constexpr FormRow limidsBut(MessageField field, MessageField excluded) {
   return {ValueForm::kLimids, 32, {field, excluded}, kNamesOf<Enum>};
 }
-constexpr FormRow vlanInfo(int svc, int proto) {
+constexpr FormRow vlanInfo(MessageField svc, MessageField proto) {
   return {ValueForm::kVlanInfo, 32, {svc, proto}, {}};
 }
-constexpr FormRow mplsPorts(int vpn, int port) {
+constexpr FormRow mplsPorts(MessageField vpn, MessageField port) {
   return {ValueForm::kMplsPorts, 32, {vpn, port}, {}};
 }
 
@@ -108,7 +147,7 @@ const ActionForm* formOf(filtersAction_t code) {
   return nullptr;
 }
 
-const FormRow kDscpRow = number(6, 0, kDscps);
+const FormRow kDscpRow = number(6, {}, kDscps);
 
 std::string_view packetFieldName(filtersMatch_t code, std::size_t which) {
   const MatchForm* row = formOf(code);

@@ -3,9 +3,13 @@
 
 // The rows of forms.def.
 
+#include <google/protobuf/message.h>
+#include <google/protobuf/repeated_field.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -145,12 +149,29 @@ struct PacketField {
   }
 };
 
+// A field of a match's or action's message. Its functions call those of the generated class, since
+// asking descriptors takes much longer. A field has the two functions of its kind; the other ones
+// are null.
+using AnyMessage = google::protobuf::Message;
+using NumberList = google::protobuf::RepeatedField<std::uint32_t>;
+struct MessageField {
+  std::uint32_t (*number)(const AnyMessage&) = nullptr;  // also a bool
+  void (*set_number)(AnyMessage*, std::uint32_t) = nullptr;
+  const NumberList& (*numbers)(const AnyMessage&) = nullptr;
+  NumberList* (*mutable_numbers)(AnyMessage*) = nullptr;
+  const std::string& (*bytes)(const AnyMessage&) = nullptr;
+  std::string* (*mutable_bytes)(AnyMessage*) = nullptr;
+
+  // False if the message has no such field.
+  constexpr explicit operator bool() const { return number || numbers || bytes; }
+};
+
 struct FormRow {
   ValueForm form = ValueForm::kFlag;
   std::uint8_t bits = 0;  // the size of each number or address
-  // The numbers of the message's fields; 0 if there is none. The second field is the mask of an
-  // address, the excluded types of ports, or the second of a pair.
-  int fields[2] = {};
+  // The second field is the mask of an address, the excluded types of ports, or the second of a
+  // pair.
+  MessageField fields[2] = {};
   Enumeration names = {};  // for kName, some kNumber, and the excluded types of kLimids
 };
 

@@ -1,9 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <iterator>
-#include <limits>
 
 #include <filter_inspect/filter_text.h>
-#include <nlohmann/json.hpp>
 
 #include "catalogue/in_quotes.h"
 #include "group_builder.h"
@@ -13,6 +12,7 @@
 #include "json_tokens.h"
 #include "policer_facts.h"
 #include "report/hex.h"
+#include "utf8_mark.h"
 #include "value_text.h"
 
 namespace FiltersInspect {
@@ -20,54 +20,21 @@ namespace {
 
 using namespace FiltersCommon;
 
-// A number, a text, true or false, as the parser read it.
+// A number, a text, true or false, as it was read.
 struct Scalar {
   enum Type : std::uint8_t { kNumber, kText, kBoolean, kOther } type;
   std::int64_t number = 0;  // 1 for true; the nearest number of 64 bits
   std::string_view text = {};
 };
 
-// The parser calls these functions for each token; false ends it. Only known keys may hold values,
-// so nesting has a limit.
+// Only known keys may hold values, so nesting has a limit. The functions that read a token return
+// false after a fault, which ends the reading.
 class JsonReader {
  public:
   JsonReader(std::string_view text, GroupBuilder* groups)
-      : text_(text), positions_(text), groups_(*groups) {}
+      : text_(text), tokens_(text), groups_(*groups) {}
 
-  void read() {
-    const char* const begin = text_.data();
-    nlohmann::json::sax_parse(Characters(begin), Characters(begin + text_.size()), this);
-  }
-
-  bool null() { return scalar({Scalar::kOther}); }
-  bool boolean(bool value) { return scalar({Scalar::kBoolean, value ? 1 : 0}); }
-  bool number_integer(std::int64_t value) { return scalar({Scalar::kNumber, value}); }
-  bool number_unsigned(std::uint64_t value) {
-    constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
-    return scalar({Scalar::kNumber, static_cast<std::int64_t>(std::min(value, kMax))});
-  }
-  // Whole numbers of more than 64 bits also come here.
-  bool number_float(double value, const std::string& digits) {
-    if (digits.find_first_of(".eE") != digits.npos) return scalar({Scalar::kOther});
-    using Limits = std::numeric_limits<std::int64_t>;
-    return scalar({Scalar::kNumber, value < 0 ? Limits::min() : Limits::max()});
-  }
-  bool string(const std::string& value) { return scalar({Scalar::kText, 0, value}); }
-  bool binary(const nlohmann::json::binary_t&) { return scalar({Scalar::kOther}); }
-
-  bool start_object(std::size_t) { return begin('{'); }
-  bool start_array(std::size_t) { return begin('['); }
-  bool end_object() { return end(); }
-  bool end_array() { return end(); }
-  bool key(const std::string& name);
-  bool parse_error(std::size_t position, const std::string&, const std::exception&) {
-    const std::size_t read = std::min(position == 0 ? 0 : position - 1, text_.size());
-    position_ = TokenPositions::of(text_.substr(0, read));
-    const std::string_view found = text_.substr(read, 1);
-    const bool isZero = found == std::string_view("\0", 1);
-    groups_.fail(Code::kTextSyntax, position_, found, isZero ? kZeroByte : noJson());
-    return false;
-  }
+  void read();
  private:
   // The last token that was read.
   enum class Last : std::uint8_t { kNothing, kOpening, kKey, kValue };
@@ -82,38 +49,43 @@ class JsonReader {
     void see(std::size_t one) { seen_keys |= std::uint32_t{1} << (key = one); }
   };
 
+  bool readValue(char token);
+  void noJsonHere();
   bool begin(char bracket);
+  bool key(std::string_view name);
   bool end();
   bool scalar(const Scalar& value);
   template <class CodeEnum, class Messages>
-  bool keyOfOne(const std::string& name, Messages* messages);
+  bool keyOfOne(std::string_view name, Messages* messages);
 
   bool scalarOfFile(const Scalar& value);
   bool scalarOfGroup(const Scalar& value);
   bool scalarOfCounter(const Scalar& value);
   bool scalarOfPolicer(const Scalar& value);
   bool scalarOfPolicerAction(const Scalar& value);
-  bool scalarOfForm(const Scalar& value, int field);
+  bool scalarOfForm(const Scalar& value, const MessageField& field);
   bool endLimid();
   bool endPolicer();
   bool endPolicerAction();
-  std::optional<TextPosition> contradictionToBytes() const;
+  std::optional<std::size_t> contradictionToBytes() const;
   bool makePolicerBytes();
 
   Frame& top() { return frames_[depth_]; }
   const Frame& top() const { return frames_[depth_]; }
   Frame& outer() { return frames_[depth_ - 1]; }
 
-  void next() {
-    position_ = positions_.next();
-    token_ = positions_.token();
+  // Begins to read the token that was found.
+  void take(Last last) {
+    last_ = last;
+    place_ = token_ = tokens_.start();
   }
 
+  std::string_view word() const { return tokens_.wordAt(token_); }
   // Reports a fault of the current token. Words are told without their quotes.
   bool fail(Code code, std::string message) {
-    std::string_view word = token_;
+    std::string_view word = this->word();
     if (word.size() > 1 && word.front() == '"') word = word.substr(1, word.size() - 2);
-    groups_.fail(code, position_, word, std::move(message));
+    groups_.fail(code, tokens_.positionOf(place_), word, std::move(message));
     return false;
   }
   // Reports a value of another kind than `what`.
@@ -132,7 +104,7 @@ class JsonReader {
   bool number(const Scalar& value, unsigned bits, Set set) {
     if (value.type != Scalar::kNumber) return wantedNumber(bits);
     if (value.number < 0 || value.number >> bits != 0) {
-      return fail(Code::kTextValue, noNumber(token_, bits));
+      return fail(Code::kTextValue, noNumber(word(), bits));
     }
     set(static_cast<std::uint32_t>(value.number));
     return true;
@@ -152,9 +124,10 @@ class JsonReader {
   }
 
   std::string_view text_;
-  TokenPositions positions_;
-  TextPosition position_;  // of the current token
-  std::string_view token_;
+  JsonTokens tokens_;
+  // Where the current token begins, and where its faults are reported.
+  std::size_t token_ = 0;
+  std::size_t place_ = 0;
   GroupBuilder& groups_;
   std::array<Frame, 10> frames_;
   std::size_t depth_ = 0;
@@ -167,19 +140,18 @@ class JsonReader {
   std::string_view subject_;  // if the current value is none of its place
   std::uint32_t limid_ = 0;
   std::optional<std::string> name_;
-  TextPosition name_position_;
+  std::size_t place_of_name_ = 0;
   std::string bytes_;
   // What is said about a policer. It describes the bytes, or if there are none, it is the policer.
   struct Fact {
     bool isText = false;
     std::int64_t number = 0;
     std::string text;
-    TextPosition position;
-    std::string_view token;
+    std::size_t token = 0;
   };
   std::array<std::optional<Fact>, kPolicerKeys.size()> facts_;
   std::optional<std::vector<PolicerAction>> policer_actions_;
-  TextPosition policer_actions_position_;
+  std::size_t place_of_policer_actions_ = 0;
 };
 
 // What the current value is, for sentences.
@@ -217,7 +189,7 @@ std::string JsonReader::shape() const {
   const Nesting nesting = nestingOf(frame.in, frame.key, row_);
   if (nesting.bracket == '[') return "a list";
   if (nesting.bracket == '{') {
-    const Keys keys = keysOf(nesting.inner, row_);
+    const Keys& keys = keysOf(nesting.inner, row_);
     std::string text = "an object";
     for (std::size_t i = 0; i < keys.required; ++i) {
       text += i == 0 ? " with " : i + 1 == keys.required ? " and " : ", ";
@@ -233,7 +205,8 @@ std::string JsonReader::shape() const {
 // What would have been JSON behind the last token.
 std::string JsonReader::noJson() const {
   constexpr std::string_view kBlanks = " \t\r\n";
-  std::string_view rest = positions_.rest();
+  const std::size_t read = last_ == Last::kNothing ? lengthOfMark(text_) : token_ + word().size();
+  std::string_view rest = text_.substr(read);
   const auto skip = [&rest](std::string_view characters) {
     const std::size_t size = std::min(rest.find_first_not_of(characters), rest.size());
     rest.remove_prefix(size);
@@ -266,21 +239,71 @@ std::string JsonReader::noJson() const {
   return "this is no JSON: " + expected + " comes here";
 }
 
+void JsonReader::read() {
+  bool good = readValue(tokens_.next());
+  while (good && depth_ != 0) {
+    char token = tokens_.next();
+    if (token == (top().is_list ? ']' : '}')) {
+      good = end();
+      continue;
+    }
+    if (last_ == Last::kValue) {
+      if (token != ',') return noJsonHere();
+      token = tokens_.next();
+    }
+    if (!top().is_list) {
+      if (token != JsonTokens::kText) return noJsonHere();
+      if (!key(tokens_.text())) return;
+      if (tokens_.next() != ':') return noJsonHere();
+      token = tokens_.next();
+    }
+    good = readValue(token);
+  }
+  if (good && tokens_.next() != JsonTokens::kEnd) noJsonHere();
+}
+
+bool JsonReader::readValue(char token) {
+  switch (token) {
+    case '{':
+    case '[':
+      return begin(token);
+    case JsonTokens::kText:
+      return scalar({Scalar::kText, 0, tokens_.text()});
+    case JsonTokens::kWhole:
+      return scalar({Scalar::kNumber, tokens_.number()});
+    case JsonTokens::kTrue:
+    case JsonTokens::kFalse:
+      return scalar({Scalar::kBoolean, token == JsonTokens::kTrue ? 1 : 0});
+    case JsonTokens::kFraction:
+    case JsonTokens::kNull:
+      return scalar({Scalar::kOther});
+    default:
+      noJsonHere();
+      return false;
+  }
+}
+
+void JsonReader::noJsonHere() {
+  const std::size_t place = tokens_.reached();
+  const std::string_view found = text_.substr(place, 1);
+  const bool isZero = found == std::string_view("\0", 1);
+  groups_.fail(Code::kTextSyntax, tokens_.positionOf(place), found, isZero ? kZeroByte : noJson());
+}
+
 bool JsonReader::begin(char bracket) {
-  next();
+  take(Last::kOpening);
   const Nesting nesting = nestingOf(top().in, top().key, row_);
   if (nesting.bracket != bracket) {
     const std::string its = shape();
     return wanted(!its.empty() ? its : bracket == '{' ? "no object" : "no list");
   }
-  last_ = Last::kOpening;
   frames_[++depth_] = {nesting.inner, bracket == '[', 0, 0};
   switch (nesting.inner) {
     case In::kGroup:
-      groups_.beginGroup(position_);
+      groups_.beginGroup(tokens_.position());
       break;
     case In::kEntry:
-      groups_.beginEntry(position_);
+      groups_.beginEntry(tokens_.position());
       break;
     case In::kCounter:
       groups_.entry()->add_counters_();
@@ -294,7 +317,7 @@ bool JsonReader::begin(char bracket) {
       break;
     case In::kPolicerActions:
       policer_actions_.emplace();
-      policer_actions_position_ = position_;
+      place_of_policer_actions_ = token_;
       break;
     case In::kPolicerAction:
       policer_actions_->push_back({});
@@ -305,16 +328,15 @@ bool JsonReader::begin(char bracket) {
   return true;
 }
 
-bool JsonReader::key(const std::string& name) {
-  next();
-  last_ = Last::kKey;
+bool JsonReader::key(std::string_view name) {
+  take(Last::kKey);
   if (top().in == In::kMatches) {
     return keyOfOne<filtersMatch_t>(name, groups_.entry()->mutable_matches_());
   }
   if (top().in == In::kActions) {
     return keyOfOne<filtersAction_t>(name, groups_.entry()->mutable_actions_());
   }
-  const Keys keys = keysOf(top().in, row_);
+  const Keys& keys = keysOf(top().in, row_);
   const auto found = std::find(std::begin(keys.names), std::end(keys.names), name);
   if (found == std::end(keys.names) || name.empty()) {
     std::vector<std::string_view> names;
@@ -324,14 +346,15 @@ bool JsonReader::key(const std::string& name) {
     return fail(Code::kTextSyntax, "there is no key " + inQuotes(name) + suggestion(name, names));
   }
   const auto place = static_cast<std::size_t>(found - std::begin(keys.names));
-  if (top().hasSeen(place)) return fail(Code::kTextRepeated, name + " stands here twice");
+  if (top().hasSeen(place))
+    return fail(Code::kTextRepeated, std::string(name) + " stands here twice");
   top().see(place);
   return true;
 }
 
 // Makes the message of the match or action.
 template <class CodeEnum, class Messages>
-bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
+bool JsonReader::keyOfOne(std::string_view name, Messages* messages) {
   const auto code = fromName<CodeEnum>(name);
   if (!code) {
     constexpr bool isMatch = std::is_same_v<CodeEnum, filtersMatch_t>;
@@ -347,7 +370,7 @@ bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
   }
   for (const auto& held : *messages) {
     if (held.type_() == static_cast<std::uint32_t>(*code)) {
-      return fail(Code::kTextRepeated, name + " stands here twice");
+      return fail(Code::kTextRepeated, std::string(name) + " stands here twice");
     }
   }
   auto* message = messages->Add();
@@ -359,9 +382,8 @@ bool JsonReader::keyOfOne(const std::string& name, Messages* messages) {
 }
 
 bool JsonReader::end() {
-  next();
-  last_ = Last::kValue;
-  const Keys keys = keysOf(top().in, row_);
+  take(Last::kValue);
+  const Keys& keys = keysOf(top().in, row_);
   for (std::size_t i = 0; i < keys.required; ++i) {
     if (!top().hasSeen(i)) {
       return fail(Code::kTextSyntax, "the key " + inQuotes(keys.names[i]) + " is missing");
@@ -380,7 +402,7 @@ bool JsonReader::end() {
 
 bool JsonReader::endLimid() {
   if (name_ && *name_ != interfaceName(limid_)) {
-    position_ = name_position_;
+    place_ = place_of_name_;
     return fail(Code::kTextContradiction,
                 "the limid is that of the interface " + interfaceName(limid_));
   }
@@ -399,8 +421,8 @@ bool JsonReader::endPolicer() {
       return fail(Code::kTextSyntax, "the policer has neither values in about nor bytes");
     }
     if (!makePolicerBytes()) return false;
-  } else if (const auto position = contradictionToBytes()) {
-    position_ = *position;
+  } else if (const auto place = contradictionToBytes()) {
+    place_ = *place;
     return fail(Code::kTextContradiction, "the policer's bytes say something else");
   }
   if (outer().key == kEntryParent) {
@@ -418,7 +440,7 @@ bool JsonReader::endPolicerAction() {
 }
 
 // The place of the first fact that the bytes contradict.
-std::optional<TextPosition> JsonReader::contradictionToBytes() const {
+std::optional<std::size_t> JsonReader::contradictionToBytes() const {
   if (!top().hasSeen(kPolicerAbout)) return std::nullopt;
   const PolicerFacts said = factsOf(policer::Policer(bytes_));
   for (std::size_t i = 0; i < facts_.size(); ++i) {
@@ -427,21 +449,19 @@ std::optional<TextPosition> JsonReader::contradictionToBytes() const {
     const bool same = facts_[i]->isText
                           ? names != nullptr && facts_[i]->text == names->nameOf(said.numbers[i])
                           : facts_[i]->number == said.numbers[i];
-    if (!same) return facts_[i]->position;
+    if (!same) return facts_[i]->token;
   }
-  if (policer_actions_ && *policer_actions_ != said.actions) return policer_actions_position_;
+  if (policer_actions_ && *policer_actions_ != said.actions) return place_of_policer_actions_;
   return std::nullopt;
 }
 
 bool JsonReader::makePolicerBytes() {
-  const TextPosition end = position_;
-  const std::string_view end_token = token_;
+  const std::size_t end = token_;
   PolicerFacts facts;
   std::uint32_t given = 0;
   for (std::size_t i = 0; i < facts_.size(); ++i) {
     if (!facts_[i]) continue;
-    position_ = facts_[i]->position;
-    token_ = facts_[i]->token;
+    place_ = token_ = facts_[i]->token;
     subject_ = kPolicerKeys[i].key;
     const Scalar value{facts_[i]->isText ? Scalar::kText : Scalar::kNumber, facts_[i]->number,
                        facts_[i]->text};
@@ -451,18 +471,16 @@ bool JsonReader::makePolicerBytes() {
     given |= std::uint32_t{1} << i;
   }
   subject_ = {};
+  place_ = token_ = end;
   if (policer_actions_) facts.actions = *policer_actions_;
   const auto fault = makePolicer(facts, given, &bytes_);
   if (!fault) return true;
-  const bool isWhole = fault->number == facts_.size();
-  position_ = isWhole ? end : facts_[fault->number]->position;
-  token_ = isWhole ? end_token : facts_[fault->number]->token;
+  if (fault->number < facts_.size()) place_ = token_ = facts_[fault->number]->token;
   return fail(Code::kTextSyntax, fault->why);
 }
 
 bool JsonReader::scalar(const Scalar& value) {
-  next();
-  last_ = Last::kValue;
+  take(Last::kValue);
   const std::size_t key = top().key;
   switch (top().in) {
     case In::kFile:
@@ -502,7 +520,7 @@ bool JsonReader::scalar(const Scalar& value) {
       }
       if (value.type != Scalar::kText) return wanted("a text in double quotes");
       name_ = value.text;
-      name_position_ = position_;
+      place_of_name_ = token_;
       return true;
     case In::kNowhere:
     case In::kGroups:
@@ -557,7 +575,7 @@ bool JsonReader::scalarOfCounter(const Scalar& value) {
   }
   if (value.type != Scalar::kNumber) return wanted("a name or a number");
   if (value.number != static_cast<std::int32_t>(value.number)) {
-    return fail(Code::kTextValue, inQuotes(token_) + " is no signed number of 32 bits");
+    return fail(Code::kTextValue, inQuotes(word()) + " is no signed number of 32 bits");
   }
   counter->set_type(static_cast<std::int32_t>(value.number));
   return true;
@@ -570,7 +588,7 @@ bool JsonReader::scalarOfPolicer(const Scalar& value) {
       return wanted("a number or a name");
     }
     facts_[top().key] = {value.type == Scalar::kText, value.number, std::string(value.text),
-                         position_, token_};
+                         token_};
     return true;
   }
   if (top().key != kPolicerBytes) return wanted("an object");
@@ -597,7 +615,7 @@ bool JsonReader::scalarOfPolicerAction(const Scalar& value) {
 }
 
 // Reads a value without brackets, or one part of a pair.
-bool JsonReader::scalarOfForm(const Scalar& value, int field) {
+bool JsonReader::scalarOfForm(const Scalar& value, const MessageField& field) {
   const auto set = [&](std::uint32_t code) { setNumber(message_, field, code); };
   switch (row_->form) {
     case ValueForm::kFlag:

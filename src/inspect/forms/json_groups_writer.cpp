@@ -35,17 +35,17 @@ void writeLimid(std::uint32_t limid, JsonWriter* out) {
   out->close('}');
 }
 
-void writeAddress(const FormRow& row, const AnyMessage& message, int field, JsonWriter* out) {
+void writeAddress(const FormRow& row, const AnyMessage& message, const MessageField& field,
+                  JsonWriter* out) {
   std::string text;
   appendAddress(row.form, addressIn(message, field, row.form), &text);
   out->value(std::string_view(text));
 }
 
 template <class Write>
-void writeList(const AnyMessage& message, int field, JsonWriter* out, Write writeOne) {
+void writeList(const NumberList& numbers, JsonWriter* out, Write writeOne) {
   out->open('[');
-  const std::size_t count = countIn(message, field);
-  for (std::size_t i = 0; i < count; ++i) writeOne(numberIn(message, field, i));
+  for (const std::uint32_t number : numbers) writeOne(number);
   out->close(']');
 }
 
@@ -53,10 +53,11 @@ void writeLimids(const FormRow& row, const AnyMessage& message, JsonWriter* out)
   const auto [ports, types] = keysOf(row.form);
   out->open('{');
   out->key(ports);
-  writeList(message, row.fields[0], out, [&](std::uint32_t limid) { writeLimid(limid, out); });
-  if (row.fields[1] != 0 && countIn(message, row.fields[1]) != 0) {
+  writeList(numbersIn(message, row.fields[0]), out,
+            [&](std::uint32_t limid) { writeLimid(limid, out); });
+  if (row.fields[1] && !numbersIn(message, row.fields[1]).empty()) {
     out->key(types);
-    writeList(message, row.fields[1], out,
+    writeList(numbersIn(message, row.fields[1]), out,
               [&](std::uint32_t type) { writeName(row.names, type, out); });
   }
   out->close('}');
@@ -75,7 +76,7 @@ void writePair(const FormRow& row, JsonWriter* out, Write writeOne) {
 }
 
 void writeValue(const FormRow& row, const AnyMessage& message, JsonWriter* out) {
-  const int field = row.fields[0];
+  const MessageField& field = row.fields[0];
   switch (row.form) {
     case ValueForm::kFlag:
       return out->flag(true);
@@ -89,18 +90,21 @@ void writeValue(const FormRow& row, const AnyMessage& message, JsonWriter* out) 
     case ValueForm::kMac:
     case ValueForm::kIPv4:
     case ValueForm::kIPv6:
-      if (row.fields[1] == 0) return writeAddress(row, message, field, out);
-      return writePair(row, out, [&](int which) { writeAddress(row, message, which, out); });
+      if (!row.fields[1]) return writeAddress(row, message, field, out);
+      return writePair(row, out,
+                       [&](const MessageField& which) { writeAddress(row, message, which, out); });
     case ValueForm::kPortMask:
     case ValueForm::kPortRange:
     case ValueForm::kVlanInfo:
-      return writePair(row, out, [&](int which) { out->value(numberIn(message, which)); });
+      return writePair(row, out,
+                       [&](const MessageField& which) { out->value(numberIn(message, which)); });
     case ValueForm::kMplsPorts:
-      return writePair(row, out, [&](int which) {
+      return writePair(row, out, [&](const MessageField& which) {
         writeLimid(limidFromField(row, numberIn(message, which)), out);
       });
     case ValueForm::kNumbers:
-      return writeList(message, field, out, [&](std::uint32_t number) { out->value(number); });
+      return writeList(numbersIn(message, field), out,
+                       [&](std::uint32_t number) { out->value(number); });
     case ValueForm::kLimid:
       return writeLimid(numberIn(message, field), out);
     case ValueForm::kLimids:
@@ -200,10 +204,8 @@ void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonWriter* 
   out->close('}');
 }
 
-}  // namespace
-
-std::string toJson(const std::vector<FiltersGroup>& groups) {
-  JsonWriter out;
+std::string jsonOfGroups(const FiltersGroup* groups, std::size_t count, JsonLayout layout) {
+  JsonWriter out(layout == JsonLayout::kCompact ? JsonStyle::kCompact : JsonStyle::kIndented);
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();
   out.open('{');
@@ -211,22 +213,36 @@ std::string toJson(const std::vector<FiltersGroup>& groups) {
   write(kVersionKey, unsigned{kJsonVersion}, &out);
   out.key(kGroupsKey);
   out.open('[');
-  for (const FiltersGroup& group : groups) {
+  for (const FiltersGroup* group = groups; group != groups + count; ++group) {
     out.open('{');
-    write(kIdKey, group.getId(), &out);
-    write(kPriorityKey, group.getPriority(), &out);
+    write(kIdKey, group->getId(), &out);
+    write(kPriorityKey, group->getPriority(), &out);
     out.key(kStageKey);
-    writeName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group.getStage()), &out);
-    write(kTypeKey, static_cast<std::uint32_t>(group.getType()), &out);
+    writeName(kNamesOf<filtersGroupStage_t>, static_cast<std::uint32_t>(group->getStage()), &out);
+    write(kTypeKey, static_cast<std::uint32_t>(group->getType()), &out);
     out.key(kEntriesKey);
     out.open('[');
-    for (const auto& [id, entry] : group.getEntriesRef()) writeEntry(entry, &message, &out);
+    for (const auto& [id, entry] : group->getEntriesRef()) writeEntry(entry, &message, &out);
     out.close(']');
     out.close('}');
   }
   out.close(']');
   out.close('}');
   return out.take();
+}
+
+}  // namespace
+
+std::string toJson(const std::vector<FiltersGroup>& groups) {
+  return toJson(groups, JsonLayout::kIndented);
+}
+
+std::string toJson(const std::vector<FiltersGroup>& groups, JsonLayout layout) {
+  return jsonOfGroups(groups.data(), groups.size(), layout);
+}
+
+std::string toJson(const FiltersGroup& group, JsonLayout layout) {
+  return jsonOfGroups(&group, 1, layout);
 }
 
 }  // namespace FiltersInspect

@@ -35,7 +35,7 @@ inline constexpr std::string_view kLimidKey = "limid";
 inline constexpr std::string_view kNameKey = "name";
 
 // The keys of a value with two parts. The second key of a list of ports is optional.
-inline std::pair<std::string_view, std::string_view> keysOf(ValueForm form) {
+constexpr std::pair<std::string_view, std::string_view> keysOf(ValueForm form) {
   switch (form) {
     case ValueForm::kMac:
     case ValueForm::kIPv4:

@@ -1,6 +1,7 @@
 #include "json_nesting.h"
 
 #include <algorithm>
+#include <array>
 
 #include "json_keys.h"
 
@@ -44,45 +45,67 @@ Nesting nestingOfValue(In outer, const FormRow& row) {
     case ValueForm::kMplsPorts:
       return {outer, 0, '{', In::kMplsPorts};
     default:
-      if (row.fields[1] != 0) return {outer, 0, '{', In::kPair};
+      if (row.fields[1]) return {outer, 0, '{', In::kPair};
       return {outer, 0, '\0', In::kNowhere};
   }
 }
 
+constexpr Keys kKeysOfFile = {{kFormatKey, kVersionKey, kGroupsKey}, 3};
+constexpr Keys kKeysOfGroup = {{kIdKey, kPriorityKey, kStageKey, kTypeKey, kEntriesKey}, 5};
+constexpr Keys kKeysOfEntry = {
+    {kIdKey, kPriorityKey, kMatchesKey, kActionsKey, kCountersKey, kPolicerKey, kParentKey}, 2};
+constexpr Keys kKeysOfCounter = {{kIdKey, kTypeKey}, 2};
+constexpr Keys kKeysOfPolicer = {{kBytesKey, kAboutKey}, 0};  // one of them
+constexpr Keys kKeysOfPolicerAction = {{kColorKey, kDoKey, kValueKey}, 2};
+constexpr Keys kKeysOfLimid = {{kLimidKey, kNameKey}, 1};
+constexpr Keys kKeysOfPorts = {{keysOf(ValueForm::kLimids).first}, 1};
+constexpr Keys kNoKeys = {};
+
+constexpr Keys kKeysOfAbout = [] {
+  Keys keys;
+  for (std::size_t i = 0; i < kPolicerKeys.size(); ++i) keys.names[i] = kPolicerKeys[i].key;
+  keys.names[kAboutActions] = kActionsKey;
+  return keys;
+}();
+
+// The keys of a value with two parts, by its form. The excluded types of ports may be left out.
+constexpr auto kKeysOfForms = [] {
+  std::array<Keys, static_cast<std::size_t>(ValueForm::kMplsPorts) + 1> all;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto form = static_cast<ValueForm>(i);
+    const auto [first, second] = keysOf(form);
+    all[i] = {{first, second}, form == ValueForm::kLimids ? std::size_t{1} : std::size_t{2}};
+  }
+  return all;
+}();
+
 }  // namespace
 
-Keys keysOf(In in, const FormRow* row) {
+const Keys& keysOf(In in, const FormRow* row) {
   switch (in) {
     case In::kFile:
-      return {{kFormatKey, kVersionKey, kGroupsKey}, 3};
+      return kKeysOfFile;
     case In::kGroup:
-      return {{kIdKey, kPriorityKey, kStageKey, kTypeKey, kEntriesKey}, 5};
+      return kKeysOfGroup;
     case In::kEntry:
-      return {
-          {kIdKey, kPriorityKey, kMatchesKey, kActionsKey, kCountersKey, kPolicerKey, kParentKey},
-          2};
+      return kKeysOfEntry;
     case In::kCounter:
-      return {{kIdKey, kTypeKey}, 2};
+      return kKeysOfCounter;
     case In::kPolicer:
-      return {{kBytesKey, kAboutKey}, 0};  // one of them
-    case In::kAbout: {
-      Keys keys;
-      for (std::size_t i = 0; i < kPolicerKeys.size(); ++i) keys.names[i] = kPolicerKeys[i].key;
-      keys.names[kAboutActions] = kActionsKey;
-      return keys;
-    }
+      return kKeysOfPolicer;
+    case In::kAbout:
+      return kKeysOfAbout;
     case In::kPolicerAction:
-      return {{kColorKey, kDoKey, kValueKey}, 2};
+      return kKeysOfPolicerAction;
     case In::kLimid:
-      return {{kLimidKey, kNameKey}, 1};
+      return kKeysOfLimid;
     case In::kPair:
     case In::kMplsPorts:
-      return {{keysOf(row->form).first, keysOf(row->form).second}, 2};
+      return kKeysOfForms[static_cast<std::size_t>(row->form)];
     case In::kLimids:
-      if (row->fields[1] == 0) return {{keysOf(row->form).first}, 1};
-      return {{keysOf(row->form).first, keysOf(row->form).second}, 1};
+      return row->fields[1] ? kKeysOfForms[static_cast<std::size_t>(row->form)] : kKeysOfPorts;
     default:
-      return {};
+      return kNoKeys;
   }
 }
 

@@ -62,7 +62,7 @@ struct Keys {
   std::string_view names[10] = {};
   std::size_t required = 0;
 };
-Keys keysOf(In in, const FormRow* row);
+const Keys& keysOf(In in, const FormRow* row);
 
 // An object or list that may begin in another one, after a key or in a list.
 struct Nesting {

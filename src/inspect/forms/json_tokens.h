@@ -1,72 +1,66 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 #define FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 
-// The characters that the JSON parser reads, and the positions of its tokens.
+// Reads JSON (RFC 8259) token by token, and knows where each token is.
 
 #include <cstddef>
-#include <iterator>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 #include <filter_inspect/filter_text.h>
 
-#include "utf8_mark.h"
-
 namespace FiltersInspect {
 
-// The characters of the text, with line ends and tabs as blanks. The parser keeps all characters
-// since the last token for its error message, and a line end or tab in that message would take
-// eight bytes. A zero byte becomes the character 1, because the parser reads a zero as the end of
-// the text and would ignore what follows.
-class Characters {
+class JsonTokens {
  public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = char;
-  using difference_type = std::ptrdiff_t;
-  using pointer = const char*;
-  using reference = char;
+  explicit JsonTokens(std::string_view text);
 
-  explicit Characters(const char* at) : at_(at) {}
-  char operator*() const {
-    if (*at_ == '\0') return '\x01';
-    const bool isBlank = *at_ == '\n' || *at_ == '\r' || *at_ == '\t';
-    return isBlank && !in_text_ ? ' ' : *at_;
-  }
-  Characters& operator++() {
-    if (*at_ == '"' && !escaped_) in_text_ = !in_text_;
-    escaped_ = in_text_ && *at_ == '\\' && !escaped_;
-    ++at_;
-    return *this;
-  }
-  friend bool operator==(const Characters& a, const Characters& b) { return a.at_ == b.at_; }
-  friend bool operator!=(const Characters& a, const Characters& b) { return !(a == b); }
+  // What next() returns for a token that is no single sign.
+  enum Kind : char {
+    kEnd = '\0',
+    kFault = '!',     // no token: there is a character that JSON does not allow here
+    kText = '"',      // text() is its value
+    kWhole = '0',     // number() is its value
+    kFraction = '.',  // a number with a fraction or an exponent
+    kTrue = 't',
+    kFalse = 'f',
+    kNull = 'n',
+  };
+  // Goes to the next token. Returns its kind, or the sign itself: one of {}[]:,
+  char next();
+
+  std::string_view text() const { return value_; }
+  // The nearest number of 64 bits.
+  std::int64_t number() const { return number_; }
+
+  // Where the token begins, as an offset and as a position.
+  std::size_t start() const { return start_; }
+  TextPosition position() const { return {line_, start_ - line_start_ + 1}; }
+  // The offset of the token's last character, of the fault, or of the end.
+  std::size_t reached() const { return reached_; }
+
+  // The token that begins at the offset, and everything up to the next blank or sign behind it.
+  std::string_view wordAt(std::size_t start) const;
+  TextPosition positionOf(std::size_t offset) const;
  private:
-  const char* at_;
-  bool in_text_ = false;
-  bool escaped_ = false;  // a backslash precedes
-};
+  char peek() const { return at_ < text_.size() ? text_[at_] : '\0'; }
+  char read();
+  bool readText();
+  bool readUnusualText();
+  char readNumber();
+  bool readDigits();
+  bool readLiteral(std::string_view word);
 
-// Finds the position of each token that the parser reports. The parser has checked the tokens, and
-// only blanks, commas and colons are between them.
-class TokenPositions {
- public:
-  explicit TokenPositions(std::string_view text)
-      : text_(text), at_(lengthOfMark(text)), line_start_(at_) {}
-
-  TextPosition next();
-  // The token whose position was found last, and what follows it.
-  std::string_view token() const { return text_.substr(start_, at_ - start_); }
-  std::string_view rest() const { return text_.substr(at_); }
-
-  // The position after this text.
-  static TextPosition of(std::string_view before);
- private:
-  static constexpr std::string_view kBetween = " \t\r\n,:";
-
-  std::string_view text_;
-  std::size_t at_;
+  const std::string_view text_;
+  std::size_t at_;  // what is behind the token begins here
   std::size_t start_ = 0;
+  std::size_t reached_ = 0;
   std::size_t line_ = 1;
   std::size_t line_start_;
+  std::string_view value_;
+  std::string unescaped_;  // holds the value of a text with escapes
+  std::int64_t number_ = 0;
 };
 
 }  // namespace FiltersInspect

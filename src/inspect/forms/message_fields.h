@@ -1,29 +1,43 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 #define FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 
-// Reads and writes the fields of a match's or action's message by their numbers. These functions
-// work on messages and not on objects, so that values that no setter accepts survive.
-
-#include <google/protobuf/message.h>
+// Reads and writes the fields of a match's or action's message. These functions work on messages
+// and not on objects, so that values that no setter accepts survive.
 
 #include <cstddef>
 #include <cstdint>
 
 #include "addresses.h"
+#include "form_rows.h"
 
 namespace FiltersInspect {
 
-using AnyMessage = google::protobuf::Message;
-
-std::uint32_t numberIn(const AnyMessage& message, int field);  // 0 or 1 for a bool; 0 if absent
-std::size_t countIn(const AnyMessage& message, int field);     // for a repeated field
-std::uint32_t numberIn(const AnyMessage& message, int field, std::size_t index);
+// 0 or 1 for a bool; 0 if absent.
+inline std::uint32_t numberIn(const AnyMessage& message, const MessageField& field) {
+  return field.number(message);
+}
+inline const NumberList& numbersIn(const AnyMessage& message, const MessageField& field) {
+  return field.numbers(message);
+}
 // The bytes are padded with zeros or cut to the size of the form, as the library does.
-AddressBytes addressIn(const AnyMessage& message, int field, ValueForm form);
+inline AddressBytes addressIn(const AnyMessage& message, const MessageField& field,
+                              ValueForm form) {
+  AddressBytes address = {};
+  field.bytes(message).copy(reinterpret_cast<char*>(address.data()), sizeOf(form));
+  return address;
+}
 
-void setNumber(AnyMessage* message, int field, std::uint32_t value);
-void addNumber(AnyMessage* message, int field, std::uint32_t value);
-void setAddress(AnyMessage* message, int field, ValueForm form, const AddressBytes& bytes);
+inline void setNumber(AnyMessage* message, const MessageField& field, std::uint32_t value) {
+  field.set_number(message, value);
+}
+inline void addNumber(AnyMessage* message, const MessageField& field, std::uint32_t value) {
+  field.mutable_numbers(message)->Add(value);
+}
+inline void setAddress(AnyMessage* message, const MessageField& field, ValueForm form,
+                       const AddressBytes& bytes) {
+  const auto* begin = reinterpret_cast<const char*>(bytes.data());
+  field.mutable_bytes(message)->assign(begin, sizeOf(form));
+}
 
 }  // namespace FiltersInspect
 

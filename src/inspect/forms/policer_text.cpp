@@ -72,9 +72,7 @@ class PolicerReader {
   }
  private:
   bool nextWord() {
-    rest_.remove_prefix(std::min(rest_.find_first_not_of(kWordBreaks), rest_.size()));
-    word_ = rest_.substr(0, rest_.find_first_of(kWordBreaks));
-    rest_.remove_prefix(word_.size());
+    word_ = takeWord(&rest_);
     return !word_.empty();
   }
 

@@ -269,7 +269,7 @@ class TextReader : TextLines {
       return fail(fault->code, fault->word, fault->why);
     }
     words_ = opened.substr(end + 1);
-    if (!words_.empty() && kWordBreaks.find(words_.front()) == kWordBreaks.npos) {
+    if (!words_.empty() && !isWordBreak(words_.front())) {
       return fail(Code::kTextSyntax, words_, "a blank follows the '}'");
     }
     set(std::move(bytes));

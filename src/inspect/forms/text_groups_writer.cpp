@@ -2,6 +2,8 @@
 #include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_text.h>
 
+#include <algorithm>
+
 #include "interface_ids.h"
 #include "policer_text.h"
 #include "report/hex.h"
@@ -23,14 +25,14 @@ void appendPorts(std::string_view name, const FormRow& row, const AnyMessage& me
                  std::string* out) {
   const auto append = [&](std::uint32_t limid) { *out += ' ' + interfaceName(limid); };
   if (row.form == ValueForm::kLimids) {
-    const std::size_t count = countIn(message, row.fields[0]);
-    if (count == 0) return;
+    const NumberList& limids = numbersIn(message, row.fields[0]);
+    if (limids.empty()) return;
     (*out += ", ") += name;
-    for (std::size_t i = 0; i < count; ++i) append(numberIn(message, row.fields[0], i));
+    std::for_each(limids.begin(), limids.end(), append);
   } else if (row.form == ValueForm::kLimid || row.form == ValueForm::kMplsPorts) {
     (*out += ", ") += name;
     append(limidFromField(row, numberIn(message, row.fields[0])));
-    if (row.fields[1] != 0) append(limidFromField(row, numberIn(message, row.fields[1])));
+    if (row.fields[1]) append(limidFromField(row, numberIn(message, row.fields[1])));
   }
 }
 
@@ -78,7 +80,10 @@ void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, st
   appendAll<filtersMatch_t>(" if", message->matches_(), out, &comment);
   appendAll<filtersAction_t>(" then", message->actions_(), out, &comment);
   if (!message->counters_().empty()) *out += " count";
-  for (const CounterPB& counter : message->counters_()) *out += ' ' + textOf(counter);
+  for (const CounterPB& counter : message->counters_()) {
+    *out += ' ';
+    appendCounter(counter, out);
+  }
   if (message->policer_() != defaultPolicer()) {
     appendPolicer(use, Subject::kPolicer, entry.getPolicer(), message->policer_(), out, &comment);
   }
@@ -88,35 +93,36 @@ void appendEntry(const FiltersEntry& entry, For use, FiltersEntryPB* message, st
   if (!comment.empty()) (*out += "  #").append(comment, 1);
 }
 
-// The caller keeps the message, so that it can be used again.
-void appendGroup(const FiltersGroup& group, FiltersEntryPB* message, std::string* out) {
-  *out += toText(headOf(group));
-  *out += '\n';
-  for (const auto& [id, entry] : group.getEntriesRef()) {
-    appendEntry(entry, For::kReading, message, out);
-    *out += '\n';
+std::string firstLine() {
+  std::string text = "filter-groups ";
+  appendNumber(kTextVersion, &text);
+  return text += '\n';
+}
+
+// Writes so many groups behind what is there.
+std::string textOfGroups(const FiltersGroup* groups, std::size_t count, std::string text) {
+  MessageArena arena;
+  auto& message = *arena.make<FiltersEntryPB>();  // used again for each entry
+  for (const FiltersGroup* group = groups; group != groups + count; ++group) {
+    text += toText(headOf(*group));
+    text += '\n';
+    for (const auto& [id, entry] : group->getEntriesRef()) {
+      appendEntry(entry, For::kReading, &message, &text);
+      text += '\n';
+    }
   }
+  return text;
 }
 
 }  // namespace
 
 std::string toText(const std::vector<FiltersGroup>& groups) {
-  std::string text = "filter-groups ";
-  appendNumber(kTextVersion, &text);
-  text += '\n';
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  for (const FiltersGroup& group : groups) appendGroup(group, &message, &text);
-  return text;
+  return textOfGroups(groups.data(), groups.size(), firstLine());
 }
 
-std::string groupLines(const FiltersGroup& group) {
-  std::string text;
-  MessageArena arena;
-  auto& message = *arena.make<FiltersEntryPB>();
-  appendGroup(group, &message, &text);
-  return text;
-}
+std::string toText(const FiltersGroup& group) { return textOfGroups(&group, 1, firstLine()); }
+
+std::string groupLines(const FiltersGroup& group) { return textOfGroups(&group, 1, {}); }
 
 namespace {
 
@@ -137,8 +143,8 @@ std::string shownValue(const FormRow& row, const MatchPB& match) {
   }
   if (row.form == ValueForm::kLimids) {
     std::string names;
-    for (std::size_t i = 0; i < countIn(match, row.fields[0]); ++i) {
-      names += (i == 0 ? "" : ",") + nameOrId(numberIn(match, row.fields[0], i));
+    for (const std::uint32_t limid : numbersIn(match, row.fields[0])) {
+      names += (names.empty() ? "" : ",") + nameOrId(limid);
     }
     return '[' + names + text.substr(text.find(']'));
   }

@@ -43,12 +43,7 @@ bool TextLines::nextLine() {
   return true;
 }
 
-void TextLines::nextWord() {
-  words_.remove_prefix(std::min(words_.find_first_not_of(kWordBreaks), words_.size()));
-  const std::size_t end = std::min(words_.find_first_of(kWordBreaks), words_.size());
-  word_ = words_.substr(0, end);
-  words_.remove_prefix(end);
-}
+void TextLines::nextWord() { word_ = takeWord(&words_); }
 
 bool TextLines::take(std::string_view word) {
   if (word_ != word) return false;

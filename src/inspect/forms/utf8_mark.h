@@ -6,9 +6,11 @@
 
 namespace FiltersInspect {
 
+inline constexpr std::string_view kUtf8Mark = "\xef\xbb\xbf";
+
 // The length of a UTF-8 byte-order mark. Readers skip it, and columns do not count it.
 inline std::size_t lengthOfMark(std::string_view text) {
-  return text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0;
+  return text.substr(0, kUtf8Mark.size()) == kUtf8Mark ? kUtf8Mark.size() : 0;
 }
 
 }  // namespace FiltersInspect

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <limits>
+#include <utility>
 
 #include "catalogue/in_quotes.h"
 #include "interface_ids.h"
@@ -26,21 +27,22 @@ void appendMask(ValueForm form, const AddressBytes& mask, std::string* out) {
 }
 
 template <class Append>
-void appendList(const AnyMessage& message, int field, std::string* out, Append append) {
-  const std::size_t count = countIn(message, field);
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i != 0) *out += ',';
-    append(numberIn(message, field, i));
+void appendList(const NumberList& numbers, std::string* out, Append append) {
+  bool isFirst = true;
+  for (const std::uint32_t number : numbers) {
+    if (!std::exchange(isFirst, false)) *out += ',';
+    append(number);
   }
 }
 
 void appendLimids(const FormRow& row, const AnyMessage& message, std::string* out) {
   *out += '[';
-  appendList(message, row.fields[0], out, [&](std::uint32_t limid) { appendLimid(limid, out); });
+  appendList(numbersIn(message, row.fields[0]), out,
+             [&](std::uint32_t limid) { appendLimid(limid, out); });
   *out += ']';
-  if (row.fields[1] == 0 || countIn(message, row.fields[1]) == 0) return;
+  if (!row.fields[1] || numbersIn(message, row.fields[1]).empty()) return;
   *out += '!';
-  appendList(message, row.fields[1], out,
+  appendList(numbersIn(message, row.fields[1]), out,
              [&](std::uint32_t type) { appendName(row.names, type, out); });
 }
 
@@ -121,12 +123,12 @@ class ValueReader {
     const auto bytes = parseAddress(row_.form, text);
     if (!bytes) return fail(text, inQuotes(text) + " is not " + describe(row_));
     setAddress(message_, row_.fields[0], row_.form, *bytes);
-    if (row_.fields[1] == 0) {
+    if (!row_.fields[1]) {
       if (slash != text_.npos) fail(text_.substr(slash), "this address takes no mask");
       return;
     }
-    auto mask = std::optional(prefixMask(row_.bits));
-    if (slash != text_.npos) mask = readMask(text_.substr(slash + 1));
+    const auto mask = slash == text_.npos ? std::optional(prefixMask(row_.bits))
+                                          : readMask(text_.substr(slash + 1));
     if (mask) setAddress(message_, row_.fields[1], row_.form, *mask);
   }
 
@@ -150,8 +152,8 @@ class ValueReader {
          [&](std::string_view piece) { addNumber(message_, row_.fields[0], number(piece)); });
     const std::string_view rest = text_.substr(end + 1);
     if (rest.empty()) return;
-    if (rest.size() == 1 || rest[0] != '!' || row_.fields[1] == 0) {
-      return fail(rest, row_.fields[1] == 0
+    if (rest.size() == 1 || rest[0] != '!' || !row_.fields[1]) {
+      return fail(rest, !row_.fields[1]
                             ? "nothing may follow the list"
                             : "only kinds of port to leave out may follow the list, as in !cpu");
     }
@@ -225,9 +227,17 @@ std::string textOf(const MatchPB& match) { return textOfCode<filtersMatch_t>(mat
 std::string textOf(const ActionPB& action) { return textOfCode<filtersAction_t>(action); }
 
 std::string textOf(const CounterPB& counter) {
-  std::string text = std::to_string(counter.id()) + '=';
+  std::string text;
+  appendCounter(counter, &text);
+  return text;
+}
+
+void appendCounter(const CounterPB& counter, std::string* out) {
+  appendDecimal(counter.id(), out);
+  *out += '=';
   const std::string_view name = nameOf(static_cast<counter_type_t>(counter.type()));
-  return text += name.empty() ? std::to_string(counter.type()) : std::string(name);
+  if (name.empty()) return appendDecimal(counter.type(), out);
+  *out += name;
 }
 
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out) {
@@ -250,7 +260,7 @@ void appendValue(const FormRow& row, const AnyMessage& message, std::string* out
     case ValueForm::kIPv4:
     case ValueForm::kIPv6:
       appendAddress(row.form, addressIn(message, row.fields[0], row.form), out);
-      if (row.fields[1] == 0) return;
+      if (!row.fields[1]) return;
       return appendMask(row.form, addressIn(message, row.fields[1], row.form), out);
     case ValueForm::kPortMask:
       appendNumber(number(0), out);
@@ -263,7 +273,8 @@ void appendValue(const FormRow& row, const AnyMessage& message, std::string* out
       return appendNumber(number(1), out);
     case ValueForm::kNumbers:
       *out += '{';
-      appendList(message, row.fields[0], out, [&](std::uint32_t n) { appendNumber(n, out); });
+      appendList(numbersIn(message, row.fields[0]), out,
+                 [&](std::uint32_t n) { appendNumber(n, out); });
       *out += '}';
       return;
     case ValueForm::kLimid:
@@ -371,10 +382,17 @@ std::optional<std::int32_t> parseCounterType(std::string_view text) {
   return static_cast<std::int32_t>(negative ? -std::int64_t{*value} : std::int64_t{*value});
 }
 
-void appendNumber(std::uint32_t value, std::string* out) {
-  char digits[std::numeric_limits<std::uint32_t>::digits10 + 1];
-  out->append(digits, std::to_chars(digits, std::end(digits), value).ptr);
+std::string_view takeWord(std::string_view* text) {
+  const std::string_view all = *text;
+  std::size_t begin = 0;
+  while (begin < all.size() && isWordBreak(all[begin])) ++begin;
+  std::size_t end = begin;
+  while (end < all.size() && !isWordBreak(all[end])) ++end;
+  *text = all.substr(end);
+  return all.substr(begin, end - begin);
 }
+
+void appendNumber(std::uint32_t value, std::string* out) { appendDecimal(value, out); }
 
 void appendName(const Enumeration& names, std::uint32_t value, std::string* out) {
   const std::string_view name = names.nameOf(value);

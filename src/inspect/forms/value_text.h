@@ -25,12 +25,16 @@ using FiltersCommon::CounterPB;
 using FiltersCommon::MatchPB;
 
 inline constexpr std::string_view kWordBreaks = " \t";  // separate words
+constexpr bool isWordBreak(char c) { return c == kWordBreaks[0] || c == kWordBreaks[1]; }
+// Takes the next word from the beginning of a text; an empty one at its end.
+std::string_view takeWord(std::string_view* text);
 
 // For example "dst_l4_port=179/0xffff", "permit" or "1=packets". A code or type without a name is
 // written as its number.
 std::string textOf(const MatchPB& match);
 std::string textOf(const ActionPB& action);
 std::string textOf(const CounterPB& counter);
+void appendCounter(const CounterPB& counter, std::string* out);
 
 // appendValue() appends '=' and the value, or nothing for a flag. valueText() is the value alone.
 void appendValue(const FormRow& row, const AnyMessage& message, std::string* out);

@@ -1,14 +1,20 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_HEX_H_
 #define FILTER_INSPECT_SRC_REPORT_HEX_H_
 
-// Bytes and numbers in hexadecimal digits.
+// Bytes and numbers in digits.
 
+#include <charconv>
 #include <cstdint>
+#include <iterator>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace FiltersInspect {
+
+// Writes the two lower-case digits of a byte, and returns the end of them.
+char* writeHexByte(unsigned char byte, char* digits);
 
 // Appends two lower-case digits for each byte, without separators.
 void appendHex(std::string_view bytes, std::string* out);
@@ -16,8 +22,18 @@ void appendHex(std::string_view bytes, std::string* out);
 // The bytes of such digits; upper-case digits are read too. Returns nothing for any other text.
 std::optional<std::string> parseHex(std::string_view digits);
 
+// The byte of two such digits.
+std::optional<unsigned char> parseHexByte(const char* digits);
+
 // Appends "0x0800": as many digits as the number needs, but at least `digits`.
 void appendHexNumber(std::uint32_t value, int digits, std::string* out);
+
+// Appends the decimal digits of a number, behind '-' if it is negative.
+template <class Number>
+void appendDecimal(Number number, std::string* out) {
+  char digits[std::numeric_limits<Number>::digits10 + 2];
+  out->append(digits, std::to_chars(digits, std::end(digits), number).ptr);
+}
 
 }  // namespace FiltersInspect
 

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "hex.h"
+
 namespace FiltersInspect {
 
 using Json = nlohmann::json;
@@ -12,41 +14,38 @@ using Json = nlohmann::json;
 void JsonWriter::open(char bracket) {
   begin();
   text_ += bracket;
-  ++depth_;
+  line_ += "  ";
   first_ = true;
 }
 
 void JsonWriter::close(char bracket) {
-  --depth_;
+  line_.resize(line_.size() - 2);
   if (!first_) startLine();
   text_ += bracket;
   first_ = false;
 }
 
 void JsonWriter::key(std::string_view name) {
-  value(name);
-  text_ += ": ";
+  begin();
+  quote(name, style_ == JsonStyle::kCompact ? "\":" : "\": ");
   keyed_ = true;
 }
 
 void JsonWriter::value(std::string_view text) {
   begin();
   const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
-  if (std::all_of(text.begin(), text.end(), isPlain)) {
-    text_.append(1, '"').append(text).append(1, '"');
-    return;
-  }
+  if (std::all_of(text.begin(), text.end(), isPlain)) return quote(text, "\"");
   text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 void JsonWriter::value(std::uint64_t number) {
   begin();
-  text_ += std::to_string(number);
+  appendDecimal(number, &text_);
 }
 
 void JsonWriter::signedValue(std::int64_t number) {
   begin();
-  text_ += std::to_string(number);
+  appendDecimal(number, &text_);
 }
 
 void JsonWriter::flag(bool value) {
@@ -62,18 +61,24 @@ std::string JsonWriter::take() {
 void JsonWriter::begin() {
   if (!std::exchange(keyed_, false)) {
     if (!first_) text_ += ',';
-    if (depth_ != 0) startLine();
+    if (line_.size() > 1) startLine();
   }
   first_ = false;
 }
 
 void JsonWriter::startLine() {
-  if (is_line_) {
-    if (text_.back() == ',') text_ += ' ';
-    return;
+  if (style_ == JsonStyle::kIndented) {
+    text_ += line_;
+  } else if (style_ == JsonStyle::kLine && text_.back() == ',') {
+    text_ += ' ';
   }
-  text_ += '\n';
-  text_.append(2 * depth_, ' ');
+}
+
+// `end` begins with the second quotation mark.
+void JsonWriter::quote(std::string_view text, std::string_view end) {
+  text_ += '"';
+  text_ += text;
+  text_ += end;
 }
 
 }  // namespace FiltersInspect

@@ -1,9 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 #define FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 
-// Writes JSON from the first byte to the last, indented by two blanks a level, without building a
-// tree. A tree of nlohmann-json needs memory even for its destruction, and ends the process if
-// there is none.
+// Writes JSON from the first byte to the last, without building a tree. A tree of nlohmann-json
+// needs memory even for its destruction, and ends the process if there is none.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,15 +11,20 @@
 
 namespace FiltersInspect {
 
+enum class JsonStyle : std::uint8_t {
+  kIndented,  // by two blanks a level
+  kLine,      // a single line, with a blank behind each ',' and ':'
+  kCompact,   // a single line without blanks
+};
+
 class JsonWriter {
  public:
-  // Writes either an indented text or a single line.
-  explicit JsonWriter(bool isLine = false) : is_line_(isLine) {}
+  explicit JsonWriter(JsonStyle style = JsonStyle::kIndented) : style_(style) {}
 
   // Begins or ends an object or an array: '{' and '}', '[' and ']'.
   void open(char bracket);
   void close(char bracket);
-  // The key of the next value, inside an object.
+  // The key of the next value, inside an object. It has no characters that JSON would escape.
   void key(std::string_view name);
   // Bytes that are not UTF-8 are replaced.
   void value(std::string_view text);
@@ -33,12 +37,13 @@ class JsonWriter {
  private:
   void begin();
   void startLine();
+  void quote(std::string_view text, std::string_view end);
 
   std::string text_;
-  std::size_t depth_ = 0;
-  bool first_ = true;  // of the innermost bracket
+  std::string line_ = "\n";  // a line end, and the blanks that begin the next line
+  bool first_ = true;        // of the innermost bracket
   bool keyed_ = false;
-  const bool is_line_;
+  const JsonStyle style_;
 };
 
 }  // namespace FiltersInspect

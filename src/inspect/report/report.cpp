@@ -396,7 +396,7 @@ std::ostream& operator<<(std::ostream& os, const Report& report) {
 
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
                        const ReportBasis* basis, bool isLine) {
-  JsonWriter json(isLine);
+  JsonWriter json(isLine ? JsonStyle::kLine : JsonStyle::kIndented);
   json.open('{');
   write("format", std::string_view("filter-report"), &json);
   write("version", std::uint64_t{1}, &json);

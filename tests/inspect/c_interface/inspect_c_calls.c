@@ -157,6 +157,7 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
 
 FILLS(filtersGroupToText, FiltersGroup)
 FILLS(filtersGroupToJson, FiltersGroup)
+FILLS(filtersGroupToCompactJson, FiltersGroup)
 FILLS(filtersEntryToText, FiltersEntry)
 
 static void writeAndRead(FiltersGroup* group) {
@@ -501,6 +502,7 @@ void callEveryFunctionOfInspect(void) {
   writeAndRead(group);
   fillsfiltersGroupToText(group, "filter-groups 1\n");
   fillsfiltersGroupToJson(group, "{\n");
+  fillsfiltersGroupToCompactJson(group, "{\"format\":\"filter-groups\",");
   fillsfiltersEntryToText(entry, "entry 70000 ");
   deleteFiltersGroup(anotherGroup);
   anotherGroup = copyOf(group);

@@ -152,6 +152,8 @@ TEST(InspectC, SurvivesWithoutMemory) {
        [&] { return reads(json, filtersGroupFromJson, deleteFiltersGroup, noGroup); }},
       {"GroupToText", [&] { return filtersGroupToText(&other, out, sizeof out) != 0; }},
       {"GroupToJson", [&] { return filtersGroupToJson(&other, out, sizeof out) != 0; }},
+      {"GroupToCompactJson",
+       [&] { return filtersGroupToCompactJson(&other, out, sizeof out) != 0; }},
       {"Diff", [&] { return holds(filtersDiff(&group, &other)); }},
       {"Plan",
        [&] {

@@ -58,7 +58,7 @@ Json shapeOf(const FormRow& row) {
       const char* name = row.form == ValueForm::kMac    ? "mac"
                          : row.form == ValueForm::kIPv4 ? "ipv4"
                                                         : "ipv6";
-      return row.fields[1] == 0 ? definition(name) : pair(row.form, definition(name));
+      return !row.fields[1] ? definition(name) : pair(row.form, definition(name));
     }
     case ValueForm::kPortMask:
     case ValueForm::kPortRange:
@@ -76,7 +76,7 @@ Json shapeOf(const FormRow& row) {
     case ValueForm::kLimids: {
       const auto [ports, types] = keysOf(row.form);
       Json shape = object({{std::string(ports), listOf(definition("limid"))}}, {ports});
-      if (row.fields[1] != 0) {
+      if (row.fields[1]) {
         shape["properties"][std::string(types)] = listOf(nameOr(number(32), row.names));
       }
       return shape;
@@ -166,7 +166,7 @@ std::string listed(const Enumeration& names, const char* end = ", ") {
 // The range of a value as text.
 std::string rangeOf(const FormRow& row) {
   const std::string bits = std::to_string(row.bits) + " bits";
-  const bool masked = row.fields[1] != 0;
+  const auto masked = static_cast<bool>(row.fields[1]);
   switch (row.form) {
     case ValueForm::kFlag:
       return "no value";

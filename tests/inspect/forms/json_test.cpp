@@ -1,5 +1,7 @@
 // Tests the JSON form: groups that are written can be read back, and other input is refused.
 
+#include <nlohmann/json.hpp>
+
 #include "../sentences.h"
 #include "form_samples.h"
 
@@ -7,6 +9,7 @@ namespace {
 
 using namespace catalogue;
 using FiltersInspect::groupsFromJson;
+using FiltersInspect::JsonLayout;
 using FiltersInspect::toJson;
 
 // Another test checks the file that this one leaves against the schema.
@@ -24,6 +27,22 @@ TEST(Json, ReadsWhatItWrote) {
 TEST(Json, IsTheSameOnEveryMachine) {
   EXPECT_EQ(toJson(goldenGroups()), textOfFile(FILTERS_GOLDEN_DIR "/groups.json"));
   EXPECT_EQ(faultOf(kJson, goldenGroups()), "");
+}
+
+TEST(Json, IsWrittenWithoutBlanksToo) {
+  const FormOfGroups compact = {
+      [](const Groups& groups) { return toJson(groups, JsonLayout::kCompact); }, groupsFromJson};
+  const std::string golden = textOfFile(FILTERS_GOLDEN_DIR "/groups.json");
+  EXPECT_EQ(compact.write(goldenGroups()), nlohmann::ordered_json::parse(golden).dump() + '\n');
+  EXPECT_EQ(faultOf(compact, goldenGroups()), "");
+}
+
+TEST(Json, IsThatOfAGroupAlone) {
+  const FiltersGroup group = goldenGroups()[0];
+  const Groups one{group};
+  EXPECT_EQ(toJson(group), toJson(one));
+  EXPECT_EQ(toJson({group}), toJson(one));
+  EXPECT_EQ(toJson(group, JsonLayout::kCompact), toJson(one, JsonLayout::kCompact));
 }
 
 const std::string kHead = "{\"format\": \"filter-groups\", \"version\": 1, \"groups\": [";
@@ -49,6 +68,7 @@ TEST(Json, ReadsWhatPeopleWrite) {
       {R"("matches": {"ip_protocol": "tcp"}, "actions": {"set_dscp": "ef"})",
        R"("matches": {"ip_protocol": 6}, "actions": {"set_dscp": 46})"},
       {R"("matches": {}, "actions": {}, "counters": [])", R"("counters": [])"},
+      {R"("matches": {"t\u006fs": 1})", R"("matches": {"tos": 1})"},
       {R"("actions": {"deny": true, "permit": true}, "matches": {"tos": 1})",
        R"("matches": {"tos": 1}, "actions": {"permit": true, "deny": true})"},
       {R"("matches": {"ingress_ports": {"ports": [{"name": "eth-3", "limid": 16777219}]}})",
@@ -123,6 +143,28 @@ TEST(Json, RefusesMatches) {
     said.add(groupsFromJson(withMatch(match)).report);
   }
   said.expectGolden("sentences_json_matches.txt");
+}
+
+// The place is that of the first character that cannot belong to JSON.
+TEST(Json, FindsTheFaultInAToken) {
+  EXPECT_EQ(findingsOf(groupsFromJson("\xef\xbb{}")), "1:3 text-syntax");
+  const std::pair<const char*, const char*> refused[] = {
+      {R"("tos": -)", "3:21 text-syntax"},
+      {R"("tos": 01)", "3:21 text-syntax"},
+      {R"("tos": 1.)", "3:22 text-syntax"},
+      {R"("tos": 1e+)", "3:23 text-syntax"},
+      {R"("tos": 1e999)", "3:24 text-syntax"},
+      {R"("tos": 1{)", "3:21 text-syntax"},
+      {R"("tos": 9223372036854775808)", "3:20 text-value"},
+      {R"("tos": -9223372036854775809)", "3:20 text-value"},
+      {R"("drop": tru)", "3:24 text-syntax"},
+      {R"("tos": "\ud800")", "3:27 text-syntax"},
+      {R"("tos": "\u12")", "3:25 text-syntax"},
+      {"\"tos\": \"\xed\xa0\x80\"", "3:22 text-syntax"},
+  };
+  for (const auto& [match, findings] : refused) {
+    EXPECT_EQ(findingsOf(groupsFromJson(withMatch(match))), findings) << match;
+  }
 }
 
 TEST(Json, RefusesAllElse) {

@@ -44,6 +44,8 @@ TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
   std::mt19937 random(2);
   for (int i = 0; i < 50; ++i) {
     const FiltersGroup group = randomGroup(random);
+    EXPECT_EQ(toText(group), toText(Groups{group}));
+    EXPECT_EQ(toText({group}), toText(group));
     std::string lines = toText(headOf(group)) + '\n';
     EXPECT_EQ(groupLines(emptyGroup(headOf(group))), lines);
     for (const auto& [id, entry] : group.getEntriesRef()) {
