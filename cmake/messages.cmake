@@ -42,3 +42,4 @@ set_target_properties(
              UNITY_BUILD OFF # its files use the same names
              CXX_VISIBILITY_PRESET default
              VISIBILITY_INLINES_HIDDEN ON)
+filter_common_optimise_at_link(filter_common_messages)

@@ -57,8 +57,7 @@ if(NOT CMAKE_CROSSCOMPILING)
     list(APPEND libraries $<TARGET_FILE:filter_inspect>)
   endif()
   filter_common_add_package_test(
-    reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/tests/reproducible
-    ${libraries})
+    reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR} ${libraries})
   if(CMAKE_LIBRARY_ARCHITECTURE)
     filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
   endif()

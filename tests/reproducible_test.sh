@@ -2,16 +2,18 @@
 # Builds a copy of the sources in another folder, which must give the same bytes. The copy is first
 # built without libfilter_inspect, and then with it; the second build must not change the other
 # libraries.
-#   reproducible_test.sh <folder of the sources> <folder for the copy> <library>...
-# The environment variables that tests/packaging.cmake sets name the tools and the kind of build.
+#   reproducible_test.sh <folder of the sources> <build folder> <library>...
+# The environment variables that tests/packaging.cmake sets name the tools. The copy is compiled with
+# the settings of this build.
 # The copied files keep their times, so that the next run builds only what changed.
 set -euo pipefail
-copy=$2/elsewhere
-build="$2/a folder of its own"
+work=$2/tests/reproducible
+copy=$work/elsewhere
+build="$work/a folder of its own"
 
 rm -rf "$copy"
 mkdir -p "$copy"
-tar -C "$1" --exclude=./build --exclude="./${2#"$1"/}" --exclude=./.git --format=posix -c . |
+tar -C "$1" --exclude=./build --exclude="./${work#"$1"/}" --exclude=./.git --format=posix -c . |
   tar -C "$copy" -x
 
 # same <library>: builds its target and compares the bytes.
@@ -20,9 +22,11 @@ same() {
   target=${target#lib}
   target=${target%%.so*}
   inspect=$([[ $target == filter_inspect ]] && echo ON || echo OFF)
-  cmake -S "$copy" -B "$build" -DBUILD_TESTING=OFF -DCMAKE_BUILD_TYPE="$CMAKE_BUILD_TYPE" \
-    -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DFILTER_COMMON_BUILD_INSPECT="$inspect"
+  cmake -S "$copy" -B "$build" -DBUILD_TESTING=OFF "${settings[@]}" \
+    -DFILTER_COMMON_BUILD_INSPECT="$inspect"
   cmake --build "$build" --target "$target"
   cmp "$1" "$(find "$build" -name "$(basename "$1")")"
 }
+names='BUILD_TYPE|UNITY_BUILD|INTERPROCEDURAL_OPTIMIZATION|C(XX)?_FLAGS(_[A-Z]+)?'
+mapfile -t settings < <(sed -nE "s/^(CMAKE_($names)):[A-Z]+=/-D\1=/p" "$2/CMakeCache.txt")
 for library in "${@:3}"; do same "$library"; done

@@ -132,8 +132,8 @@ inline const auto kStages = static_cast<int>(kTypesOfStage.size());
 // A code that no stage, type, match, action or counter will ever have.
 constexpr int kUnknown = 99;
 
-// The newest codes that the files in golden/ have. For newer codes, the rows of samples.h have the
-// bytes and the text.
+// The newest codes that the files in golden/ have. For newer codes, the rows of samples.cpp have
+// the bytes and the text.
 constexpr unsigned kLastGoldenMatch = FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE;
 constexpr unsigned kLastGoldenAction = FiltersCommon::FILTERS_ACTION_L2_TO_CPU_DROP;
 template <class Sorted>
