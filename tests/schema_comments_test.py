@@ -25,10 +25,10 @@ for kind in ("matches", "actions"):
     commented = {}
     for paragraph in read(f"protobuf/filter_{kind}.proto").split("\n\n"):
         for field in re.findall(r"^  (?:optional|required|repeated) \w+ (\w+) =", paragraph, re.M):
-            commented[field.replace("_", "")] = re.findall(r"\w+", paragraph)
+            commented[field] = re.findall(r"\w+", paragraph)
     for code, row in re.findall(r"_FORM\((\w+),(.*?)\)(?=\n\w*_FORM|\n#)", forms, re.S):
-        for field in re.findall(r"IN\((\w+)\)", row) if code in classes else ():
-            if classes[code] not in commented[field.lower()]:
+        for field in re.findall(r"(?:IN|MANY)\((\w+)\)", row) if code in classes else ():
+            if classes[code] not in commented[field]:
                 faults.append(f"{field} of filter_{kind}.proto: the comment does not name {classes[code]}")
 print(*faults, sep="\n", end="")
 sys.exit(1 if faults else 0)
