@@ -54,12 +54,9 @@ const std::uint8_t* WireReader::skipLongVarint(const std::uint8_t* at, const std
 }
 
 std::uint32_t WireReader::takeLongVarint() {
-  const std::uint8_t* const first = at_;
-  at_ = skipLongVarint(at_, end_);
-  if (at_ == nullptr) return fail(), 0;
-  std::uint32_t value = 0;
-  for (const std::uint8_t* at = at_; at != first;) value = value << 7 | (*--at & 0x7fu);
-  return value;
+  if (skipLongVarint(at_, end_) != nullptr) return takeKnownVarint();
+  fail();
+  return 0;
 }
 
 }  // namespace FiltersCommon

@@ -175,6 +175,12 @@ class WireReader {
     at_ = at_ != end_ && *at_ < 0x80 ? at_ + 1 : skipLongVarint(at_, end_);
     if (at_ == nullptr) fail();
   }
+  // Reads a number that skipVarint() would skip.
+  std::uint32_t takeKnownVarint() {
+    std::uint32_t value = *at_ & 0x7fu;
+    for (int shift = 7; *at_++ >= 0x80; shift += 7) value |= (*at_ & 0x7fu) << shift;
+    return value;
+  }
   // The end of the number, or null if it has another form.
   static const std::uint8_t* skipLongVarint(const std::uint8_t* at, const std::uint8_t* end);
   WireReader takeSized() {
@@ -204,9 +210,8 @@ class WireReader::Repeated {
   };
 
   explicit Repeated(WireReader* in) : first_(*in) {
-    constexpr WireTag tag = kOfNumbers ? WireField<n>::kNumber : WireField<n>::kBytes;
-    for (; in->isNext<tag>(); ++size_) {
-      in->skipTag<tag>();
+    for (; in->isNext<kTag>(); ++size_) {
+      in->skipTag<kTag>();
       kOfNumbers ? in->skipVarint() : static_cast<void>(in->takeSized());
     }
   }
@@ -215,12 +220,14 @@ class WireReader::Repeated {
   Iterator end() const { return {first_, 0}; }
  private:
   static constexpr bool kOfNumbers = std::is_same_v<Element, std::uint32_t>;
+  static constexpr WireTag kTag = kOfNumbers ? WireField<n>::kNumber : WireField<n>::kBytes;
 
   static Element take(WireReader* in) {
+    in->skipTag<kTag>();
     if constexpr (kOfNumbers) {
-      return in->number(WireField<n>());
+      return in->takeKnownVarint();
     } else {
-      return in->bytes(WireField<n>());
+      return in->takeSized();
     }
   }
 
