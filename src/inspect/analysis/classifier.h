@@ -58,13 +58,13 @@ class Classifier {
     }
   }
 
-  // True if no ranks share a row and no dimension is left out. An entry then misses the packet if
-  // forEach() leaves it out, and only then.
+  // True if no ranks share a row and no dimension is left out. Then forEach() leaves out all
+  // entries that miss the packet, and no others.
   bool isExact() const { return exact_; }
  private:
   using Word = std::uint64_t;
   static constexpr std::size_t kBits = 64;
-  static constexpr std::size_t kMostDimensions = 128;  // others exclude no entry
+  static constexpr std::size_t kMostDimensions = 128;  // further ones exclude no entry
 
   static unsigned lowestBitOf(Word word) { return static_cast<unsigned>(__builtin_ctzll(word)); }
   static unsigned countOnes(Word word) { return static_cast<unsigned>(__builtin_popcountll(word)); }
@@ -94,7 +94,7 @@ class Classifier {
       return common[w] | kept[row.begin + countOnes(row.words & ((Word{1} << at) - 1))];
     }
   };
-  // A dimension of which a packet tells the value, and the row of this value.
+  // The row of a packet's value in one dimension.
   struct Looked {
     const Dimension* dimension;
     const Row* row;

@@ -24,7 +24,7 @@ namespace FiltersInspect {
 struct SetAmongRules {
   SetId core = kNothing;
   std::vector<SetId> outside;
-  // True if for some field one value stands for all values of the set that no rule tells apart.
+  // True if the set has one value of some field in place of all values that no rule tells apart.
   bool is_sample = false;
 };
 
@@ -51,8 +51,7 @@ class RuleSpace {
   // until forget(), and says nothing about other packets.
   SetId mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers);
   void forget() { space_.forget(sealed_); }
-  // True if it is settled which of the packets that all of `takers` take the rule takes: all
-  // readings of the rule agree about these packets.
+  // True if all readings of the rule agree about each packet that all of `takers` take.
   bool isSettledBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) const;
  private:
   struct OpenMatch {

@@ -36,7 +36,7 @@ class Candidates {
     space_.seal(false);
   }
 
-  // Returns null if that takes too many steps.
+  // Returns nothing if the answer takes too many steps.
   std::optional<bool> isPossible(std::uint32_t i) { return isLeft({space_.may(i)}, {i}, rank(i)); }
   std::optional<bool> mayBeNone() { return isLeft({}, {}, ~std::uint64_t{0}); }
  private:

@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// Reading the words of an ActionTest one by one.
+// Reads the words of an ActionTest one by one.
 struct ActionWords {
   // Why a word cannot be read, and the part of it that is wrong.
   struct Fault {

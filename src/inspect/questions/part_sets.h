@@ -13,7 +13,7 @@
 
 namespace FiltersInspect {
 
-// Collects the parts that a cut leaves, unless they are too many sets to read.
+// Collects the parts that a cut leaves, unless they make more sets than anybody would read.
 class PartSets : public Cut::Watcher {
  public:
   explicit PartSets(const Space& space) : space_(space) {}

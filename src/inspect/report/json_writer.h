@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 #define FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 
-// Writes JSON from the first byte to the last, indented by two blanks a level, without building a
-// tree. A tree of nlohmann-json needs memory even for its destruction, and ends the process if
-// there is none.
+// Writes JSON from the first byte to the last, indented by two blanks a level, and builds no tree.
+// A tree of nlohmann-json needs memory even for its destruction, and ends the process if there is
+// none.
 
 #include <cstddef>
 #include <cstdint>

@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// The packet, and the fields of `assumed` that it does not tell.
+// The packet, and those fields of `assumed` that the packet does not tell.
 inline Packet withAssumed(const Packet& packet, const Packet& assumed) {
   Packet both = packet;
   for (const PacketFields::Field& field : PacketFields::of(assumed)) {

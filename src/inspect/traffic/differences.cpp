@@ -17,8 +17,8 @@ namespace {
 
 using namespace FiltersCommon;
 
-// The number of steps that one frame may take, and the number of pairs that are looked at. With
-// more of either, pairs that are impossible may be counted as possible.
+// The number of steps that one frame may take, and the number of pairs that are looked at. If a
+// frame needs more of one of them, pairs that are impossible may be counted as possible.
 constexpr std::uint64_t kStepsOfFrame = 20000;
 constexpr std::size_t kMostPairs = 1024;
 constexpr std::size_t kMostRemembered = 16384;
@@ -37,8 +37,8 @@ struct EntryPair {
   }
 };
 
-// Finds the pairs of entries that can be the first to take a packet, together for some values of
-// the fields that are not told and under some reading.
+// Finds the pairs of entries that can be the first to take a packet. Both entries of a pair must be
+// the first for the same values of the untold fields, under the same reading.
 class Together {
  public:
   // The entries that do not miss the packet, in their order.
@@ -126,8 +126,8 @@ struct Group {
     return entry == nullptr ? kBehindAll : twins[static_cast<std::size_t>(entry - entries.data())];
   }
 
-  // The entries that can be the first to take a packet, in their order, and null behind them if
-  // there may be none.
+  // The entries that can be the first to take a packet, in their order. A null behind them means
+  // that perhaps no entry takes it.
   std::vector<const PreparedEntry*> firstOf(const Decision& decision) const {
     if (decision.entry) return {byId.at(*decision.entry)};
     std::vector<const PreparedEntry*> all;
@@ -175,7 +175,7 @@ struct TrafficComparison::Comparing {
     const auto firstOfB = b.firstOf(b.tracer.decide(packet));
     std::vector<EntryPair> pairs;
     for (const PreparedEntry* one : firstOfA) {
-      // A pair is impossible if the other group has the same matches before it.
+      // A pair is impossible if an entry of the other group with the same matches comes before it.
       for (const PreparedEntry* other : firstOfB) {
         if (rankOf(other) > a.twinOf(one)) break;
         if (rankOf(one) <= b.twinOf(other)) pairs.push_back({one, other});
@@ -221,7 +221,7 @@ struct TrafficComparison::Comparing {
     return all.pairs.emplace_back(std::move(row));
   }
 
-  // Takes back the rows behind the first ones.
+  // Takes back the rows from `count` on.
   void keepRows(std::size_t count) {
     for (; all.pairs.size() > count; all.pairs.pop_back()) {
       places.erase(Ids(all.pairs.back().a, all.pairs.back().b));
