@@ -130,9 +130,9 @@ class LimitedReport {
  public:
   explicit LimitedReport(std::size_t most) : most_(most) {}
 
-  // Returns a new finding to fill in, which is valid until the next call. Returns null if the limit
-  // is reached by findings that are more severe, or as severe and earlier: the new one has then
-  // been counted as left out.
+  // Returns a new finding to fill in, which is valid until the next call. Returns null if the
+  // report is full of findings that are more severe, or as severe and earlier. The new finding is
+  // then counted as left out.
   FILTERS_API Finding* add(Code code);
   // Adds the findings of another report, and the number of findings that it left out.
   FILTERS_API void append(Report&& other);
