@@ -90,8 +90,8 @@ Report tablesOf(const Options& options) {
 
 // --- The matrix -------------------------------------------------------------------------------
 
-// A table with x where the column admits the row. `wordsOf` may say more about a row, on more lines
-// if it would be longer than `width` letters.
+// A table of rows and columns, with an x where the column admits the row. `wordsOf` may say more
+// about a row. Its words take more lines if one line would be longer than `width` letters.
 template <class Row, class Column, class Admits>
 std::string matrixOf(const char* title, const Admits& admits,
                      std::string_view (*wordsOf)(Row) = nullptr, std::size_t width = 0) {
@@ -161,8 +161,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// Drops findings about refused entries. This command asks where entries fit, so it is no loss that
-// their own group refuses them.
+// Drops findings about entries that their own group refuses. They are no loss, because this command
+// asks where entries fit.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {

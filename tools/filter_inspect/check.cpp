@@ -80,7 +80,7 @@ class Checker {
     return all.take();
   }
 
-  // People write matches and entries in any order.
+  // Drops findings about the order, because people write matches and entries in any order.
   static void dropOrder(Report* report) {
     auto& all = report->findings;
     const auto isOrder = [](const Finding& one) { return one.code == Code::kOrderDiffers; };

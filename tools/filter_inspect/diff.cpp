@@ -35,8 +35,8 @@ struct Pair {
   }
 };
 
-// A single group is compared with a single one. Otherwise groups with the same id are compared, in
-// their order.
+// If each file has a single group, these two are compared. Otherwise groups with the same id are
+// compared, in their order.
 std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   if (a.groups.size() == 1 && b.groups.size() == 1) return {{&a.groups[0], &b.groups[0]}};
   std::multimap<filtersGroupId_t, const InputGroup*> others;

@@ -86,8 +86,8 @@ class Expectations {
   Expectations(const Options& options, const Policy& policy, Console* console)
       : options_(options), policy_(policy), console_(*console), tests_(options.policy) {}
 
-  // Checks the promises about the groups of a file. Checks none and returns false if it lacks one
-  // of these groups.
+  // Checks the promises about the groups of a file. If the file lacks one of these groups, checks
+  // nothing and returns false.
   bool check(const Input& input) {
     std::map<filtersGroupId_t, std::size_t> counts;
     for (const InputGroup& group : input.groups) {

@@ -15,7 +15,7 @@ using namespace FiltersInspect;
 
 constexpr char kPacketsPlace[] = "--packets";
 constexpr char kThenPlace[] = "--then";
-constexpr std::size_t kWidestTreatment = 30;  // of those whose packets stand below each other
+constexpr std::size_t kWidestTreatment = 30;  // longer ones do not indent the packets
 
 // Reports why an option cannot be read.
 void tellFaults(const char* option, Report&& faults, std::string_view text, Console* console) {

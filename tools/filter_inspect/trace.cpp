@@ -120,7 +120,7 @@ class Packets {
   };
 
   bool isAlone() const { return !options_.packets; }
-  // The lines about entries are too many for each packet of a file.
+  // Entries get lines only if they are few: for one packet, or if --entry names them.
   bool hasLines() const { return isAlone() || !options_.entries.empty(); }
   bool hasLine(const Traced& one) const { return hasLines() && selection_.has(one.entry); }
 
