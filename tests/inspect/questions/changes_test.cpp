@@ -101,7 +101,7 @@ TEST(ChangesTest, SayWhatEveryPacketOfTinyGroupsSays) {
     const Case b = changed(a, &maker, &random);
     const PlainSet set = SetMaker<Random>(random, a.fields).make();
     PlainSet all = set;
-    for (PlainFieldSet& asks : all.asks) asks.named = false;  // a field that may lack still may
+    for (PlainFieldSet& asks : all.asks) asks.named = false;  // packets without it stay
     const Order order = kAllOrders[random.below(kAllOrders.size())];
     AnalysisOptions options;
     options.order = order;
