@@ -82,8 +82,8 @@ void erase(Entry& e, Entry&, ByteReader& in) {
   FUZZ_CHECK(result == fuzz::erase(ofMatch ? e.model.matches : e.model.actions, code));
 }
 
-// Sets several objects at once, under keys that need not be their codes, with null pointers and
-// unknown codes.
+// Sets several objects at once. A key need not be the code of its object, a pointer may be null,
+// and a code may be unknown.
 template <class Base>
 void putMany(Entry& e, Entry&, ByteReader& in) {
   constexpr bool matches = fuzz::isMatch<Base>;
@@ -257,8 +257,8 @@ void checkRebuilt(const Group& g) {
   FUZZ_NO_FAULT(catalogue::faultOf(rebuilt));
 }
 
-// Checks that the object equals its model after a call, and that it equals its old value exactly if
-// the call changed nothing.
+// Checks after a call that the object equals its model. Also checks that it equals its old value
+// exactly if the call changed nothing.
 template <class Subject, class Call>
 void play(Subject& subject, Call call) {
   const auto before = subject.real;

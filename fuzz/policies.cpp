@@ -1,5 +1,6 @@
-// Checks that any text is a policy or has faults, and that verdicts about tiny groups are those of
-// every packet. For other policies, trace() must agree with the packet of each verdict.
+// Checks that any text is a policy or has faults. For tiny groups, the verdicts must agree with
+// what happens to every packet. For other groups, trace() must agree with the packet of each
+// verdict.
 
 #include <filter_inspect/filter_text.h>
 
