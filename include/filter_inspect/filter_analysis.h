@@ -144,7 +144,7 @@ FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
                                     const FiltersCommon::FiltersGroup& b,
                                     const AnalysisOptions& options = {});
 
-// What is known about one packet: the values of fields, as the text form writes them. A field has a
+// The fields that are known of one packet, with values as the text form writes them. A field has a
 // value, or is known to be absent ("none"), or is unknown.
 class FILTERS_API Packet {
  public:
@@ -193,11 +193,11 @@ struct Trace {
   // all of them treat the packet in this way. The text is empty if the treatment is undecided, or
   // if no entry takes the packet.
   std::string treatment;
-  // What each candidate does with the packet, in the order of `candidates`.
+  // The treatment of the packet by each candidate, in the order of `candidates`.
   std::vector<std::string> treatments;
 };
-// For example "undecided: 50 takes it, unless 10, 11 or 30 does", and "hit" or "miss: the field
-// that missed".
+// A line about the packet or about one entry, for example "undecided: 50 takes it, unless 10, 11 or
+// 30 does", and "hit" or "miss: the field that missed".
 FILTERS_API std::string toText(const Trace& trace);
 FILTERS_API std::string toText(const Traced& traced);
 

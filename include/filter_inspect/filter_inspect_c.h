@@ -135,9 +135,9 @@ FILTERS_API size_t filtersAdmittedTypes(filtersGroupStage_t s, filtersGroupType_
 
 // --- Bytes, comparison, print --------------------------------------------------------------------
 
-// The bytes of serialize() of the classes, which are the same on every machine. Unlike a text, they
-// are written only if all fit. The number of bytes is returned; 0 means that the object is null or
-// cannot be written.
+// Writes the bytes of serialize() of the classes. They are the same on every machine. Unlike a
+// text, they are written only if all fit. The number of bytes is returned; 0 means that the object
+// is null or cannot be written.
 FILTERS_API size_t filtersGroupToBytes(const FiltersGroup* g, void* out, size_t size);
 FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t size);
 
@@ -297,10 +297,10 @@ typedef enum filtersFrameFault_t {
   FILTERS_FRAME_FAULT_LATER_FRAGMENT = 7,
 } filtersFrameFault_t;
 
-// What a frame tells of its packet, as text that filtersTrace() reads: packetOf(). The text may be
-// empty. *fault, which may be null, gets the reason why fields are not told. If the link is
-// unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is empty and
-// *fault does not change.
+// Like packetOf(): writes what a frame tells of its packet, as text that filtersTrace() reads. The
+// text may be empty. *fault, which may be null, gets the reason why fields are not told. If the
+// link is unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is
+// empty and *fault does not change.
 FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
                                    filtersFrameFault_t* fault, char* out, size_t size);
 

@@ -71,7 +71,7 @@ FILTERS_API const Names<FiltersCommon::port_type_t>& namesOf();
 template <>
 FILTERS_API const Names<policer::Stage>& namesOf();
 
-// The code of a name, which must be written in lower case.
+// Finds the code of a name. Capital letters differ from small ones.
 template <class Enum>
 std::optional<Enum> fromName(std::string_view name) {
   for (const auto& [code, itsName] : namesOf<Enum>()) {

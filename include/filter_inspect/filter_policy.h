@@ -34,9 +34,9 @@ namespace FiltersInspect {
 
 inline constexpr int kPolicyVersion = 1;
 
-// What shall be true of all packets of a set. `always` promises that each of them is taken by an
-// entry that has all of the actions. `never` promises that none of them is taken by an entry that
-// has any of the actions. A packet that no entry takes breaks `always`, but does not break `never`.
+// A promise about all packets of a set. `always` promises that each of them is taken by an entry
+// that has all of the actions. `never` promises that none of them is taken by an entry that has any
+// of the actions. A packet that no entry takes breaks `always`, but does not break `never`.
 struct Promise {
   bool always;
   bool taken;          // any entry counts, whatever its actions
@@ -54,7 +54,7 @@ struct Acceptance {
   std::size_t line;
 };
 
-// What a policy says about a group.
+// The part of a policy that is about one group.
 struct PolicyGroup {
   FiltersCommon::filtersGroupId_t group;
   Order order;
@@ -70,7 +70,7 @@ class FILTERS_API Policy {
   // is in `word`. Findings beyond `max_findings` are counted in Report::left_out.
   static std::optional<Policy> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
-  // In the order of the file; no two have the same id.
+  // The groups in the order of the file. No two have the same id.
   const std::vector<PolicyGroup>& groups() const { return groups_; }
   // Null if the policy says nothing about the group.
   const PolicyGroup* find(FiltersCommon::filtersGroupId_t group) const;

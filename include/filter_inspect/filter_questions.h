@@ -109,9 +109,9 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
-// What is left of an entry behind the entries before it.
+// The packets of an entry that the entries before it leave.
 struct Remains {
-  // As in Destination; kMiss: no packet is left.
+  // As in Destination. kMiss means that no packet is left.
   Hit hit = Hit::kMiss;
   std::string reason;
   Packet witness;

@@ -76,8 +76,8 @@ struct Finding {
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, codes of other matches or actions
-  // For bytes, the path of the field: "entries_[3].matches_[1].vlan_id_[2]". For text and JSON, the
-  // line and the column: "12:7".
+  // The path of a field in bytes, "entries_[3].matches_[1].vlan_id_[2]", or the line and the column
+  // in text and JSON, "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
   // Values as text: the received value, and the value that is kept. If there is a witness, what
@@ -92,8 +92,8 @@ struct Finding {
   std::vector<std::string> lacking;
   // Captured traffic: the frames of which the finding is surely true, and those of which it may be.
   std::optional<SeenFrames> sure, possible;
-  // For text and JSON, the word that is wrong, as it was written at `path`; a long one is cut. If
-  // `path` is where an entry begins, the name of its match or action.
+  // The wrong word in text or JSON, as it was written at `path`; a long word is cut. If `path` is
+  // the place where an entry begins, `word` is the name of the match or action.
   std::string word;
 };
 

@@ -29,7 +29,7 @@
 
 namespace FiltersInspect {
 
-// What a frame begins with.
+// The kind of header with which a frame begins.
 enum class Link : std::uint8_t {
   kEthernet,      // MAC addresses and an ether type (IEEE 802.3), without preamble
   kRaw,           // an IPv4 or IPv6 header
@@ -38,7 +38,7 @@ enum class Link : std::uint8_t {
   kLoopback,      // an address family in 4 bytes, in either byte order
 };
 
-// Why some fields of a frame are not told. If there are several reasons, the first one counts.
+// The reason why some fields of a frame are not told. If there are several, the first one counts.
 enum class FrameFault : std::uint8_t {
   kNone,           // there is no such field
   kCut,            // the field lies beyond what was captured
@@ -61,9 +61,9 @@ FILTERS_API std::string_view nameOf(FrameFault);
 // The reason in words: "a header lies beyond what was captured".
 FILTERS_API std::string_view describe(FrameFault);
 
-// What a frame tells of its packet. `length` is the length of the frame on the wire, of which the
-// first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`, which may
-// be null, gets the reason why fields are not told.
+// Returns what a frame tells of its packet. `length` is the length of the frame on the wire, of
+// which the first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`,
+// which may be null, gets the reason why fields are not told.
 //
 // - dst_mac and src_mac: from Ethernet.
 // - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). An
@@ -134,7 +134,7 @@ class FILTERS_API HitCounter {
   // out, the frame is not counted.
   void count(const void* frame, std::size_t captured, std::size_t length, Link link,
              std::int64_t time = 0);
-  // The same for what packetOf() has told, which several counters can share.
+  // The same for a packet that packetOf() has returned. Several counters can share such a packet.
   void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
   const Hits& hits() const;
  private:
