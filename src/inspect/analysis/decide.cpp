@@ -39,8 +39,8 @@ std::uint64_t hashOf(const Packet& packet) {
   return hash;
 }
 
-// What a thread remembers of its last decisions. The packets of a connection often follow each
-// other, and differ in no field that a rule asks for.
+// The last decisions of a thread. The packets of a connection often follow each other, and differ
+// in no field that a rule asks for.
 struct LastDecisions {
   struct Slot {
     std::uint64_t serial = 0;  // of the group; 0 if the slot is free

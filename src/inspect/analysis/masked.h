@@ -28,8 +28,7 @@ struct Masked {
   bool hasHole() const;
   // The length of the shortest usual prefix that covers every 1 of the value.
   unsigned lengthForAll() const;
-  // For a mask with a hole, the masks that were probably meant: "255.255.255.240 or
-  // 255.255.255.248".
+  // The masks that were probably meant by a mask with a hole: "255.255.255.240 or 255.255.255.248".
   std::string meantMasks() const;
 };
 

@@ -44,7 +44,7 @@ class RuleSpace {
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
   const SetAmongRules& set(std::size_t number) const { return sets_[number]; }
-  // For each field, if some rule constrains it.
+  // Says for each field if some rule constrains it.
   const std::vector<bool>& fieldsOfRules() const { return fields_of_rules_; }
 
   // The packets that a rule must take, among those that all rules of `takers` take. The set lives
@@ -63,7 +63,7 @@ class RuleSpace {
     SetId asked;  // `must`, but ignoring matches that must take no packet
     std::uint32_t open_begin, open_end;
   };
-  // What the rules and the sets ask of half a field.
+  // The constraints of the rules and the sets on half a field.
   struct Use {
     bool ranges = false, holes = false;
     bool lacks = false;  // some set has packets without it, although every packet has it

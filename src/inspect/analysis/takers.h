@@ -27,7 +27,7 @@ struct PreparedEntry {
 PreparedEntry prepare(std::uint64_t rank, FiltersCommon::filtersEntryId_t id, std::size_t treatment,
                       std::vector<Asked> asked);
 
-// What a packet says to one constraint.
+// The answer of a packet to one constraint.
 enum class Answer : std::uint8_t {
   kNo,      // it does not hold
   kYes,     // it holds under every reading

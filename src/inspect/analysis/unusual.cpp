@@ -156,7 +156,7 @@ class Oddities {
     }
     return nullptr;
   }
-  // For a match that holds a single number.
+  // The number of a match that holds a single one.
   std::optional<std::uint32_t> numberOf(filtersMatch_t code) const {
     const MatchPB* match = held(code);
     if (match == nullptr) return std::nullopt;

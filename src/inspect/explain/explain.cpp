@@ -46,7 +46,7 @@ std::string rowsWith(const char* rows, const Table& table, Code code) {
   return std::string("; ") + rows + "s that do: " + names;
 }
 
-// For example "stage ingress" or "stage 99, which does not exist".
+// Names a stage, for example "stage ingress" or "stage 99, which does not exist".
 std::string stageText(policer::Stage stage) {
   return "stage " + nameOrNumber(stage) +
          (FiltersInspect::nameOf(stage).empty() ? ", which does not exist" : "");

@@ -454,7 +454,7 @@ class PolicyCheck {
     return "entry " + std::to_string(*where) + verb + what + rest;
   }
 
-  // Why it is not certain where the packet goes: the readings, or the ties.
+  // Says why it is not certain where the packet goes: it depends on readings, or on ties.
   std::string whyOpen(const Trace& traced) const {
     constexpr std::size_t kMostNamed = 2;
     std::size_t readings = 0;

@@ -25,8 +25,8 @@ const FiltersEntry* find(const FiltersGroup& group, Id id) {
   return found == group.getEntriesRef().end() ? nullptr : &found->second;
 }
 
-// What happens to packets of the entry `before` when `after` takes them: "are now dropped". A null
-// entry stands for no entry.
+// Says what happens to packets of the entry `before` when `after` takes them: "are now dropped". A
+// null entry stands for no entry.
 std::string consequence(const FiltersEntry* before, const FiltersEntry* after) {
   ActionDeny deny;
   ActionPermit permit;
@@ -120,8 +120,8 @@ class Changes {
     });
   }
 
-  // What has changed in a rule: "new", "gone", "permit became deny, priority=5 became priority=7".
-  // The text is empty if only the counters have changed.
+  // Says what has changed in a rule: "new", "gone", "permit became deny, priority=5 became
+  // priority=7". The text is empty if only the counters have changed.
   std::string changeOf(filtersEntryId_t id) const {
     if (find(a_, id) == nullptr) return "new";
     if (find(b_, id) == nullptr) return "gone";

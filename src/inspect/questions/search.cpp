@@ -108,7 +108,8 @@ class Search {
     return remains;
   }
  private:
-  // What entries leave of some packets: an example. It is `known` whether anything is left.
+  // An example of the packets that entries leave. `known` says if it is certain whether they leave
+  // any.
   struct Left {
     bool known = true;
     std::optional<Packet> packet;

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 #define FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 
-// What all counters of frames share.
+// The parts that all counters of frames share.
 
 #include <filter_inspect/filter_traffic.h>
 

@@ -92,7 +92,8 @@ class Together {
 
 constexpr std::uint64_t kBehindAll = ~std::uint64_t{0};
 
-// Equal for entries with the same matches, which take the same packets under every reading.
+// A text that is equal for entries with the same matches. Such entries take the same packets under
+// every reading.
 std::string matchesKey(const PreparedEntry& entry) {
   std::string key;
   const auto add = [&key](std::initializer_list<std::uint64_t> numbers) {
@@ -113,7 +114,7 @@ struct Group {
     for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
   }
 
-  // For each entry, the rank of the first entry of the other group with the same matches.
+  // Finds for each entry the rank of the first entry of the other group with the same matches.
   void findTwins(const Group& other) {
     std::unordered_map<std::string, std::uint64_t> ranks;
     for (const PreparedEntry& entry : other.entries) ranks.emplace(matchesKey(entry), entry.rank);
