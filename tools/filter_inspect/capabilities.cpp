@@ -114,7 +114,7 @@ std::string matrixOf(const char* title, const Admits& admits,
   return text;
 }
 
-// What every stage and type admits.
+// Tables of all that the stages and types admit.
 std::string matrices(std::size_t width) {
   const auto ofStage = [](filtersGroupStage_t stage) {
     return capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);

@@ -88,7 +88,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   return "  " + printable(part) + "\n  " + mark + '\n';
 }
 
-// The text for the handler of the alarm, which may call hardly any function.
+// The text for the handler of the alarm. The handler may call hardly any function, so it cannot
+// make the text.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
 bool progressStarted = false;

@@ -78,9 +78,9 @@ class Console {
 
   // --- Trouble ---
 
-  // Reports trouble, which makes the program end with kExitTrouble. `file` may be empty. If there
-  // is a source, its line and a mark under the wrong word follow on a terminal; `first_line` is
-  // the number of the source's first line.
+  // Reports trouble. The program then ends with kExitTrouble. `file` may be empty. If there is a
+  // source, its line and a mark under the wrong word follow on a terminal; `first_line` is the
+  // number of the source's first line.
   void trouble(Code code, const std::string& file, const std::string& message);
   void trouble(const std::string& file, const Finding& finding, std::string_view source = {},
                std::size_t first_line = 1);

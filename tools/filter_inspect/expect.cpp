@@ -18,7 +18,7 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// How each verdict is said, in the order of the summary.
+// The words for each verdict, in the order of the summary.
 struct Verdict {
   Code code;
   const char* name;

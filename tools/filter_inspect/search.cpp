@@ -25,7 +25,7 @@ void tellFaults(const char* option, Report&& faults, std::string_view text, Cons
   console->aside(option, faults);
 }
 
-// Where the packets of a set go in one group.
+// The answer for one group: the places where packets of a set go.
 class Answer {
  public:
   Answer(const Options& options, const PacketSet& packets, const ActionTest* then, Console* console)
