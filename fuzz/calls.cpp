@@ -172,7 +172,8 @@ struct Group {
   fuzz::GroupModel model;
 };
 
-// Inserts the entry, or an entry with a single match or action, which groups admit more often.
+// Inserts the entry, or an entry with a single match or action, because groups admit such an entry
+// more often.
 void insert(Group& g, Group&, const Entry& e, ByteReader& in) {
   Entry given{FiltersEntry(e.real), e.model};
   if (in.flag()) {

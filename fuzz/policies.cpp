@@ -18,7 +18,7 @@ void checkTinyGroup(fuzz::ByteReader in, Order order) {
   FUZZ_NO_FAULT(faultOfPolicy(c, {set}, order, steps));
 }
 
-// A group with this id, which has a tie, a mask with holes and matches with several readings.
+// A group with this id. It has a tie, a mask with holes and matches with several readings.
 FiltersGroup groupOf(filtersGroupId_t id) {
   const ParsedGroups parsed = groupsFromText(
       "filter-groups 1\ngroup " + std::to_string(id) +
