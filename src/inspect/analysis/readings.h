@@ -26,9 +26,9 @@ struct FieldRow {
   std::string_view name;
   ValueForm form;  // the form of one value; a flag is a boolean
   std::uint8_t bits;
-  Enumeration names;  // for kName
+  Enumeration names;  // the names of values, if the form is kName
   Layer layer;
-  std::vector<FieldValue> usual;  // at least one
+  std::vector<FieldValue> usual;  // the usual values, at least one
 };
 
 // Every field that forms.def names, once each, in the order of its rows.

@@ -23,7 +23,7 @@ namespace FiltersInspect {
 struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;
-  std::uint32_t number;     // in the space
+  std::uint32_t number;     // its number in the space
   SetId must, may;          // the packets that it takes under every reading, or under some
   std::uint32_t matches;    // equal for equal matches, in both groups
   std::uint32_t treatment;  // equal for equal treatments

@@ -142,7 +142,7 @@ class Space {
   struct Ask {
     std::uint32_t field;
     Asks asks;
-    std::size_t begin;  // in values_; the values end where those of the next one begin
+    std::size_t begin;  // in values_; the end is the `begin` of the next one
   };
   static Values within(const Part& part, Asks asks, const Values& values);
   static std::uint32_t rankOf(const Part& part, std::uint64_t value);

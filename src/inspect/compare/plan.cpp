@@ -20,7 +20,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// An entry in both groups, null where it is missing. Also the stages and types that admit it.
+// The entries of one id in both groups, or null, and the stages and types that admit them.
 struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;

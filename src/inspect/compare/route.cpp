@@ -20,7 +20,7 @@ StageTypeSet bitOf(Code code, unsigned start) {
 StageTypeSet bitOf(filtersGroupStage_t stage) { return bitOf(stage, 0); }
 StageTypeSet bitOf(filtersGroupType_t type) { return bitOf(type, kHalf); }
 
-// Every stage and type that a group may have together.
+// Every pair of a stage and a type that a group may have.
 std::vector<Waypoint> allWaypoints() {
   std::vector<Waypoint> waypoints;
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {

@@ -53,7 +53,7 @@ std::size_t firstWaypoint(const Route& route, StageTypeSet admitting);
 // Entries that every route treats in the same way. Each entry has a version at the start and a
 // version at the end.
 struct EntryKind {
-  StageTypeSet before, after;  // what admits the version at the start, or the one at the end
+  StageTypeSet before, after;  // what admits the first version, and the last one
   bool same;                   // both versions are equal: an entry that can stay needs no step
   std::uint64_t loss;          // additional steps if the entries must be removed on the way
 };

@@ -24,7 +24,7 @@ struct MessagePart {
   std::string_view field = {};
   std::size_t index = kAlone;  // among the elements of the field
   ByteRange bytes = {};
-  std::size_t head = 0;  // how many of the bytes are the tag and the length
+  std::size_t head = 0;  // the number of bytes of the tag and the length
 
   std::string path() const;
   // The bytes of a message without its tag and length.

@@ -332,7 +332,7 @@ class PolicyCheck {
   std::optional<Packet> tryPackets(const Promise& promise, const SetAmongRules& set,
                                    const std::vector<bool>& shown) {
     constexpr std::size_t kFew = 24;  // rules of which a cut makes short work
-    constexpr unsigned kTries = 3;    // for each shape
+    constexpr unsigned kTries = 3;    // packets to try for each shape
     if (all_.of(0).size() <= kFew) return std::nullopt;
     const Space& space = all_.space().space();
     for (const SetId shape : all_.space().shapes()) {
@@ -377,7 +377,7 @@ class PolicyCheck {
   // Says for each rule if it keeps the promise when it takes a packet.
   std::vector<bool> keepers(const Promise& promise) const {
     enum : std::uint8_t { kUnseen, kBreaks, kKeeps };
-    std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // by treatments
+    std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // indexed by treatment
     std::vector<bool> keepers;
     for (const Rule& rule : all_.of(0)) {
       std::uint8_t& its = known[rule.treatment];

@@ -269,7 +269,7 @@ class Search {
   Points points_;
   std::vector<std::uint32_t> met_;  // rules that may take a packet of the set
   std::vector<bool> is_met_;
-  std::vector<SetId> taken_by_;  // for each rule, while packets are tried
+  std::vector<SetId> taken_by_;  // the set of each rule while packets are tried
   std::vector<std::uint32_t> tried_;
   std::optional<Tracer> tracer_;
   Destinations found_;

@@ -73,7 +73,7 @@ class Together {
         if (set != kNothing) before.push_back({set, 0, false, place});
       }
     }
-    const std::uint64_t work = before.size() / 64;  // to go through all of them once
+    const std::uint64_t work = before.size() / 64;  // the steps to go through all of them
     if (steps_left_ <= work) return true;
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);
@@ -234,9 +234,9 @@ struct TrafficComparison::Comparing {
   Packet assumed;
   std::vector<std::string> treatments;
   TrafficDifferences all;
-  std::map<Ids, std::size_t> places;  // in `all.pairs`
+  std::map<Ids, std::size_t> places;  // of pairs in `all.pairs`
   std::unordered_map<std::string, std::vector<EntryPair>>
-      narrowed;  // of packets that are undecided
+      narrowed;  // the pairs of undecided packets
 };
 
 TrafficComparison::TrafficComparison(const FiltersGroup& a, const FiltersGroup& b, Order order,
