@@ -61,8 +61,8 @@ struct SeenFrames {
 struct Finding {
   Code code;
   Severity severity;
-  // The result code that the library returns for what the finding is about. It is FILTERS_OK if the
-  // library reports nothing, as for a silent loss.
+  // The result code that the library returns. It is FILTERS_OK if the library reports nothing, as
+  // for a silent loss.
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
