@@ -427,8 +427,8 @@ const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
   return nullptr;
 }
 
-// The sentence of the command line library begins with the name of the option or command. An option
-// takes its last argument, so it can only have too few.
+// The sentence of the command line library begins with the name of the option or command. If an
+// option is given twice, the last argument counts, so it can only have too few.
 std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";

@@ -22,7 +22,7 @@ using namespace FiltersInspect;
 struct Verdict {
   Code code;
   const char* name;
-  const char *one, *many;  // in the summary
+  const char *one, *many;  // its words in the summary
   Color color;
 };
 constexpr Verdict kVerdicts[] = {

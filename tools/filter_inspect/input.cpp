@@ -352,7 +352,7 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 }
 
 void tellLosses(const Input& input, Console* console) {
-  bool isTold = false;  // whether some broken group has its reason
+  bool isTold = false;  // true if a broken group has its reason
   for (const Finding& finding : input.report.findings) {
     const auto group =
         std::find_if(input.groups.begin(), input.groups.end(),

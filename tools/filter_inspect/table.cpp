@@ -110,7 +110,8 @@ std::size_t widestOf(const std::vector<std::string_view>& lines) {
   return width;
 }
 
-// A column at a width of its own, and at the next width to which its cells could be broken.
+// A column as it is drawn. It also knows the next smaller width, to which its cells could be
+// broken.
 struct Drawn {
   const Column* column;
   std::size_t width = 0, narrower = 0;  // `narrower` is 0 if there is none
