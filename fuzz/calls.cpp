@@ -238,7 +238,7 @@ void assignOrCompare(Group& g, Group& other, const Entry&, ByteReader& in) {
   const bool same = fuzz::bytesOf(g.model) == fuzz::bytesOf(other.model);
   FUZZ_CHECK((g.real == other.real) == same && (g.real != other.real) == !same);
   if (in.flag()) return;
-  g.real = other.real;  // which may be `g`
+  g.real = other.real;  // `other` may be `g`
   g.model = fuzz::GroupModel(other.model);
 }
 

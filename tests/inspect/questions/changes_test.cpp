@@ -37,8 +37,8 @@ Case changed(const Case& a, Maker<Random>* maker, Random* random) {
 
 // How two groups treat the packets for which `has` is true.
 struct Differences {
-  bool some = false;    // differently under some reading
-  bool surely = false;  // one of them surely differently
+  bool some = false;    // some packet is treated differently under some reading
+  bool surely = false;  // some packet is surely treated differently
 };
 
 template <class Has>
