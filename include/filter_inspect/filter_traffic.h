@@ -124,7 +124,7 @@ struct Hits {
 class FILTERS_API HitCounter {
  public:
   // `assumed` has fields that no frame shows, such as vrf_id, for all frames. If a frame tells such
-  // a field, or that the packet lacks it, the frame counts.
+  // a field, or that the packet lacks it, `assumed` does not count there.
   HitCounter(const FiltersCommon::FiltersGroup& group, Order order, Packet assumed = {});
   HitCounter(HitCounter&&) noexcept;
   HitCounter& operator=(HitCounter&&) noexcept;

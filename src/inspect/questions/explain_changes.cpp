@@ -79,7 +79,7 @@ class Changes {
     Role role;
     std::vector<std::uint32_t>
         others;           // the rules that take the packets before or after the change
-    bool none = false;    // no rule takes some of them then
+    bool none = false;    // some of them go to no rule then
     const Finding* pair;  // the first pair of rules
   };
 
