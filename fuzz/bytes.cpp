@@ -1,5 +1,6 @@
 // Checks that reading any bytes makes the same entry and group as converting the message that the
-// runtime parses from them. Otherwise reading must throw the one documented exception.
+// runtime parses from them. If converting throws, reading must throw the same exception, and it
+// must be the documented one.
 
 #include "../tests/meaning.h"
 #include "fuzz.h"

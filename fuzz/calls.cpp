@@ -82,8 +82,8 @@ void erase(Entry& e, Entry&, ByteReader& in) {
   FUZZ_CHECK(result == fuzz::erase(ofMatch ? e.model.matches : e.model.actions, code));
 }
 
-// Sets several objects at once, under keys that need not be their codes, with null pointers and
-// unknown codes.
+// Sets several objects at once. A key need not be the code of its object, a pointer may be null,
+// and a code may be unknown.
 template <class Base>
 void putMany(Entry& e, Entry&, ByteReader& in) {
   constexpr bool matches = fuzz::isMatch<Base>;
@@ -172,7 +172,8 @@ struct Group {
   fuzz::GroupModel model;
 };
 
-// Inserts the entry, or an entry with a single match or action, which groups admit more often.
+// Inserts the entry, or an entry with a single match or action, because groups admit such an entry
+// more often.
 void insert(Group& g, Group&, const Entry& e, ByteReader& in) {
   Entry given{FiltersEntry(e.real), e.model};
   if (in.flag()) {
@@ -237,7 +238,7 @@ void assignOrCompare(Group& g, Group& other, const Entry&, ByteReader& in) {
   const bool same = fuzz::bytesOf(g.model) == fuzz::bytesOf(other.model);
   FUZZ_CHECK((g.real == other.real) == same && (g.real != other.real) == !same);
   if (in.flag()) return;
-  g.real = other.real;  // which may be `g`
+  g.real = other.real;  // `other` may be `g`
   g.model = fuzz::GroupModel(other.model);
 }
 
@@ -269,8 +270,8 @@ void checkRebuilt(const Group& g) {
   FUZZ_NO_FAULT(catalogue::faultOf(rebuilt));
 }
 
-// Checks that the object equals its model after a call, and that it equals its old value exactly if
-// the call changed nothing.
+// Checks after a call that the object equals its model. Also checks that it equals its old value
+// exactly if the call changed nothing.
 template <class Subject, class Call>
 void play(Subject& subject, Call call) {
   const auto before = subject.real;

@@ -1,5 +1,6 @@
-// Checks that no frame makes packetOf() read behind its captured bytes or change what it told of
-// fewer bytes, and that a counter counts each frame once.
+// Checks packetOf() and a counter on any frame. packetOf() must not read behind the captured bytes,
+// and more captured bytes must not change what fewer bytes told. The counter must count each frame
+// once.
 
 #include <filter_inspect/filter_text.h>
 

@@ -63,7 +63,7 @@ struct EntryModel {
     return FILTERS_OK;
   }
 
-  // Does what reading the message of another entry does.
+  // Has the effect of reading another entry's message into this entry.
   void add(const EntryModel& other) {
     id = other.id;
     priority = other.priority;

@@ -1,6 +1,6 @@
-// Checks that any text is a packet set or has faults, that a set that was read is written in one
-// form, and that packets are sets too. In small groups trace() must agree with each packet that
-// search() shows.
+// Checks that any text is a packet set or has faults. A set that was read must be written in one
+// form, and every packet must be a set too. In small groups trace() must agree with each packet
+// that search() shows.
 
 #include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>

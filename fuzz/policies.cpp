@@ -1,5 +1,6 @@
-// Checks that any text is a policy or has faults, and that verdicts about tiny groups are those of
-// every packet. For other policies, trace() must agree with the packet of each verdict.
+// Checks that any text is a policy or has faults. For tiny groups, the verdicts must agree with
+// what happens to every packet. For other groups, trace() must agree with the packet of each
+// verdict.
 
 #include <filter_inspect/filter_text.h>
 
@@ -17,7 +18,7 @@ void checkTinyGroup(fuzz::ByteReader in, Order order) {
   FUZZ_NO_FAULT(faultOfPolicy(c, {set}, order, steps));
 }
 
-// A group with this id, which has a tie, a mask with holes and matches with several readings.
+// A group with this id. It has a tie, a mask with holes and matches with several readings.
 FiltersGroup groupOf(filtersGroupId_t id) {
   const ParsedGroups parsed = groupsFromText(
       "filter-groups 1\ngroup " + std::to_string(id) +

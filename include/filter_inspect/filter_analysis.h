@@ -13,8 +13,8 @@
 //
 // Order. Several rules of a group may take the same packet. The device decides which of them comes
 // first; the model does not say. So the order is a parameter, and by default only claims that hold
-// in every order are made. It is an assumption that the first rule ends the search, since the model
-// does not say so either.
+// in every order are made. The model does not say either if the first rule ends the search. The
+// library assumes that it does.
 //
 // Readings. The model leaves the meaning of some values to the device. Examples are a layer-4 mask
 // of zero, an empty set of VLAN ids, a range with swapped ends, and the two low bits of a ToS byte.
@@ -45,7 +45,7 @@
 namespace FiltersInspect {
 
 // Decides which of two rules comes first if both take a packet. Rules of equal rank have no order.
-// If a result depends on which of these comes first, a tie is reported.
+// If a result depends on which of them comes first, a tie is reported.
 enum class Order : std::uint8_t {
   kUnspecified,      // all rules have equal rank
   kHighestPriority,  // larger numbers first
@@ -108,23 +108,25 @@ FILTERS_API std::string toJsonLine(const std::vector<ReportInput>& inputs, Order
 // packets, and `after` what another entry does with them. The codes:
 // - kEntryUnreachable: entries before this one take every packet that it may take. The entries in
 //   `others` together take all these packets, and none of these entries can be left out. The
-//   treatment in the sentence and in `after` is that of the entries that take the packets first,
-//   which may be different ones.
-// - kEntriesTie: a packet reaches this entry and another one, which treats it differently, and the
-//   order does not say which comes first. Without an order, only if both take the same packets.
+//   sentence and `after` have the treatment of the entries that take the packets first. These may
+//   be other entries than those in `others`.
+// - kEntriesTie: a packet reaches this entry and another one that treats it differently, and the
+//   order does not say which of the two comes first. Without an order, a tie is reported only if
+//   both entries take the same packets.
 // - kEntryRedundant: without this entry every packet would be treated as before. Each such finding
 //   stands alone: after one entry is removed, others may no longer be redundant. Without an order,
-//   also the second of two entries that take the same packets and treat them alike, since the later
-//   one has no effect.
+//   there is also a finding if two entries take the same packets and treat them alike: it is about
+//   the second entry, since the later one has no effect.
 // - kEntriesOverlap: this entry shares packets with the others and treats them differently. Without
-//   an order, each entry in `others` takes all packets of this entry. Entries that take every
-//   packet are not listed. In a group of more than eight entries, an entry is not listed either if
-//   it takes all packets of at least three quarters of the others, since it is probably meant for
-//   the rest. If more than eight entries have such a finding, one finding without an `entry` gives
-//   their number instead. With an order, pairs are reported on request.
-// - kValueUnusual: hardly any sender means this; the sentence says what to write instead. It is
-//   about the match or action in `offender`, whose value is odd or contradicts one in `others`, or
-//   about an entry without an action. docs/analysis.md lists all such values.
+//   an order, each entry in `others` takes all packets of this entry. Two kinds of entries are not
+//   listed there: those that take every packet, and in a group of more than eight entries those
+//   that take all packets of at least three quarters of the other entries, since they are probably
+//   meant for the rest. If more than eight entries have such a finding, one finding without an
+//   `entry` gives their number instead. With an order, pairs are reported on request.
+// - kValueUnusual: hardly any sender means this; the sentence says what to write instead. The
+//   finding is about an entry without an action, or about the match or action in `offender`. The
+//   value of the match or action is odd, or contradicts one in `others`. docs/analysis.md lists all
+//   such values.
 // - kNotDecided: the limit of steps was reached.
 FILTERS_API Report analyse(const FiltersCommon::FiltersGroup& group,
                            const AnalysisOptions& options = {});
@@ -142,7 +144,7 @@ FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
                                     const FiltersCommon::FiltersGroup& b,
                                     const AnalysisOptions& options = {});
 
-// What is known about one packet: the values of fields, as the text form writes them. A field has a
+// The fields that are known of one packet, with values as the text form writes them. A field has a
 // value, or is known to be absent ("none"), or is unknown.
 class FILTERS_API Packet {
  public:
@@ -191,11 +193,11 @@ struct Trace {
   // all of them treat the packet in this way. The text is empty if the treatment is undecided, or
   // if no entry takes the packet.
   std::string treatment;
-  // What each candidate does with the packet, in the order of `candidates`.
+  // The treatment of the packet by each candidate, in the order of `candidates`.
   std::vector<std::string> treatments;
 };
-// For example "undecided: 50 takes it, unless 10, 11 or 30 does", and "hit" or "miss: the field
-// that missed".
+// A line about the packet or about one entry, for example "undecided: 50 takes it, unless 10, 11 or
+// 30 does", and "hit" or "miss: the field that missed".
 FILTERS_API std::string toText(const Trace& trace);
 FILTERS_API std::string toText(const Traced& traced);
 

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_FILTER_DECODE_H_
 #define FILTER_INSPECT_FILTER_DECODE_H_
 
-// Reads the bytes of a group or an entry as their constructors do, and reports what those lose or
-// change silently.
+// Reads the bytes of a group or an entry as their constructors do, and reports what the
+// constructors lose or change silently.
 //
 // Promises, for any bytes:
 // - `group` equals FiltersGroup(bytes). It is absent exactly when that constructor throws, or when
@@ -14,14 +14,15 @@
 //   the number of bytes, whatever they are.
 //
 // Losses of the group's head come first, then those of each entry, in the order of the bytes. A
-// range covers a whole field: its tag, its length and its value. For packed numbers it covers one
-// number, for something missing the part that lacks it, and for broken bytes the rest to the end.
+// range covers a whole field: its tag, its length and its value. There are three exceptions. For
+// packed numbers the range covers one number. For something missing it covers the part that lacks
+// it, and for broken bytes the rest to the end.
 //
 // If the bytes break off, the constructors keep what came before, and what they make of half a
-// match, action, counter or number. Only kBytesBroken, and kEntryRefused if the group refuses the
-// entry, are reported about that half; both name the entry and the offender as they are kept. What
-// may have followed is not called missing. Bytes that end exactly before an entry are not broken:
-// they are those of a shorter group.
+// match, action, counter or number. About that half there is only the finding kBytesBroken, and
+// kEntryRefused if the group refuses the entry. Both findings name the entry and the offender as
+// they are kept. What may have followed is not called missing. Bytes that end exactly before an
+// entry are not broken: they are the bytes of a shorter group.
 //
 // The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 
@@ -37,8 +38,8 @@ namespace FiltersInspect {
 
 struct DecodeLimits {
   std::size_t max_findings = 1000;                // more are counted in Report::left_out
-  std::size_t max_bytes = std::size_t{64} << 20;  // more is not read: kBytesBroken
-  Severity least = Severity::kNote;               // findings below are neither kept nor counted
+  std::size_t max_bytes = std::size_t{64} << 20;  // longer bytes are not read: kBytesBroken
+  Severity least = Severity::kNote;               // less severe ones are neither kept nor counted
 };
 
 struct DecodedGroup {
@@ -47,8 +48,8 @@ struct DecodedGroup {
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
 // Like decodeGroup(), and also appends the entries as they were received, in the order of the
-// bytes. Entries that the group refuses or that a later entry replaces are appended too, but not
-// entries that cannot be made.
+// bytes. Entries that the group refuses are appended too, and so are entries that a later one
+// replaces. Entries that cannot be made are not appended.
 FILTERS_API DecodedGroup decodeGroupAndEntries(std::string_view bytes,
                                                std::vector<FiltersCommon::FiltersEntry>* entries,
                                                const DecodeLimits& limits = {});

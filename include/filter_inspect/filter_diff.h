@@ -30,7 +30,7 @@ struct Step {
   enum class Kind : std::uint8_t { kRemove, kInsert, kSetPriority, kSetStage, kSetType };
   Kind kind = Kind::kRemove;
   FiltersCommon::filtersEntryId_t entry = 0;  // to remove, or to insert from the target
-  std::int32_t value = 0;                     // the new priority, stage or type of the other kinds
+  std::int32_t value = 0;                     // for other kinds: the new priority, stage or type
 };
 
 // A step as one line, without the line end: "set-stage ingress", "set-type 3", "set-priority 5",
@@ -51,8 +51,8 @@ enum class PlanOrder : std::uint8_t {
 // The fewest steps that turn a group equal to `from` into one equal to `to`. The library accepts
 // each step, because all steps have been tried on a copy. There is no plan in three cases, and the
 // report says which one: the ids of the groups differ, no setter leads to the target's stage and
-// type, or the target holds an entry that it would refuse today, as a group that was read from
-// bytes can.
+// type, or the target holds an entry that it would refuse today. A group that was read from bytes
+// can hold such an entry.
 struct Plan {
   bool possible = false;
   // True if it is certain that no plan has fewer steps. The setters can pass through other stages

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_FILTER_INSPECT_C_H_
 #define FILTER_INSPECT_FILTER_INSPECT_C_H_
 
-// The inspection library for C11 and for procedural C++. The functions forward to those of the
-// other headers, and the descriptions there hold. This header adds what the procedural side of
+// The inspection library for C11 and for procedural C++. The functions call those of the other
+// headers and do what is described there. This header adds what the procedural side of
 // filter_common lacks: bytes, comparison and print.
 //
 // Handles. The caller owns a FiltersReport* and frees it by deleteFiltersReport(); the texts and
@@ -114,7 +114,7 @@ FILTERS_API void deleteFiltersReport(FiltersReport* r);  // null: nothing to do
 
 // Would filtersGroupInsertEntry(), filtersGroupSetStage() or filtersGroupSetType() refuse this? The
 // report is empty exactly when the call would succeed, and its first finding has the result that
-// the call would return. filtersGroupSetStage() returns nothing: the result is then that of
+// the call would return. filtersGroupSetStage() returns nothing, so its report has the result of
 // setStage() of the class. A group that was read from bytes may have any stage and type.
 FILTERS_API FiltersReport* filtersExplainInsert(const FiltersGroup* g, const FiltersEntry* e);
 FILTERS_API FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filtersGroupType_t t,
@@ -135,16 +135,16 @@ FILTERS_API size_t filtersAdmittedTypes(filtersGroupStage_t s, filtersGroupType_
 
 // --- Bytes, comparison, print --------------------------------------------------------------------
 
-// The bytes of serialize() of the classes, which are the same on every machine. Unlike a text, they
-// are written only if all fit. The number of bytes is returned; 0 means that the object is null or
-// cannot be written.
+// Writes the bytes of serialize() of the classes. They are the same on every machine. Unlike a
+// text, they are written only if all fit. The number of bytes is returned; 0 means that the object
+// is null or cannot be written.
 FILTERS_API size_t filtersGroupToBytes(const FiltersGroup* g, void* out, size_t size);
 FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t size);
 
-// Reads bytes as the classes' constructors do, and reports what those lose silently: decodeGroup()
-// and decodeEntry() with their default limits. *group or *entry gets the object, which the caller
-// deletes, or null if it cannot be made; the report says why, or is null itself. Pass a null
-// `group` or `entry` for the report alone. `bytes` may be null if `size` is 0.
+// Reads bytes as the classes' constructors do, and reports what the constructors lose silently:
+// decodeGroup() and decodeEntry() with their default limits. *group or *entry gets the object,
+// which the caller deletes, or null if it cannot be made. The report then says why, or is null
+// itself. Pass a null `group` or `entry` for the report alone. `bytes` may be null if `size` is 0.
 FILTERS_API FiltersReport* filtersDecodeGroup(const void* bytes, size_t size, FiltersGroup** group);
 FILTERS_API FiltersReport* filtersDecodeEntry(const void* bytes, size_t size, FiltersEntry** entry);
 
@@ -204,8 +204,8 @@ FILTERS_API FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGr
                                        int32_t order, filtersStep_t* out, size_t count,
                                        size_t* steps);
 // Takes the steps. Stops at the first refusal and returns its code. Returns
-// FILTERS_ERR_INVALID_ARGUMENT for an unknown kind of step and for a null object, and
-// FILTERS_ERR_INVALID if memory runs out, when the step may be left undone.
+// FILTERS_ERR_INVALID_ARGUMENT for an unknown kind of step and for a null object. Returns
+// FILTERS_ERR_INVALID if memory runs out; the step may then be left undone.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersApply(const filtersStep_t* steps, size_t count,
                                                         const FiltersGroup* to, FiltersGroup* g);
 // "set-stage ingress", "remove entry 7", "insert entry 10 ..."
@@ -247,7 +247,7 @@ FILTERS_API FiltersReport* filtersAnalyseAccepting(const FiltersGroup* g, const 
 
 typedef enum filtersOutcome_t {
   FILTERS_OUTCOME_MISS = 0,       // no entry takes the packet
-  FILTERS_OUTCOME_HIT = 1,        // one does
+  FILTERS_OUTCOME_HIT = 1,        // an entry takes it
   FILTERS_OUTCOME_UNDECIDED = 2,  // it depends on an unknown field, a reading or a tie
   FILTERS_OUTCOME_NONE = 3,       // there is no trace
 } filtersOutcome_t;
@@ -273,8 +273,8 @@ FILTERS_API FiltersReport* filtersTouching(const FiltersGroup* g, const char* pa
                                            int32_t order, const char* then);
 FILTERS_API FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_t entry,
                                           const char* packets, int32_t order);
-// The text of PacketSet::toText() for a packet set as text. If that cannot be read, the text says
-// why and `valid`, which may be null, gets false.
+// The text of PacketSet::toText() for a packet set as text. If the packet set cannot be read, the
+// text says why and `valid`, which may be null, gets false.
 FILTERS_API size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, size_t size);
 // --- Traffic -------------------------------------------------------------------------------------
 
@@ -299,23 +299,24 @@ typedef enum filtersFrameFault_t {
   FILTERS_FRAME_FAULT_LATER_FRAGMENT = 7,
 } filtersFrameFault_t;
 
-// What a frame tells of its packet, as text that filtersTrace() reads: packetOf(). The text may be
-// empty. *fault, which may be null, gets the reason why fields are not told. If the link is
-// unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is empty and
-// *fault does not change.
+// Like packetOf(): writes what a frame tells of its packet, as text that filtersTrace() reads. The
+// text may be empty. *fault, which may be null, gets the reason why fields are not told. If the
+// link is unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is
+// empty and *fault does not change.
 FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
                                    filtersFrameFault_t* fault, char* out, size_t size);
 
-// HitCounter. `assumed` is a packet as text, or null. The handle is null if the group is null, the
-// order is unknown, the packet cannot be read, or memory runs out. The caller frees it by
+// Like HitCounter. `assumed` is a packet as text, or null. The handle is null if the group is null,
+// the order is unknown, the packet cannot be read, or memory runs out. The caller frees it by
 // deleteFiltersHits(). Only one thread at a time may use it.
 FILTERS_API FiltersHits* newFiltersHits(const FiltersGroup* g, int32_t order, const char* assumed);
-// Returns false, and counts nothing, where filtersPacketOf() has no text or `h` is null. `time` is
-// kept as it is.
+// Counts a frame. Returns false and counts nothing if `h` is null, or if filtersPacketOf() would
+// leave *fault as it is. `time` is kept as it is.
 FILTERS_API bool filtersHitsCount(FiltersHits* h, const void* frame, size_t captured, size_t length,
                                   int32_t link, int64_t time);
 
-// Frames that have something in common, and the number, from 1, and the time of the first.
+// Counts frames that have something in common. `first` and `first_time` are the number (from 1) and
+// the time of the first of them.
 typedef struct filtersFrameCount_t {
   uint64_t frames;
   uint64_t first;
@@ -333,7 +334,7 @@ typedef struct filtersAllHits_t {
   filtersFrameCount_t none_sure;  // frames that no entry takes
   filtersFrameCount_t none_possible;
 } filtersAllHits_t;
-// At most count are written, those that come first first; the number of all is returned.
+// Writes at most `count` rows, in the order of the rules, and returns the number of all rows.
 FILTERS_API size_t filtersHitsOfEntries(const FiltersHits* h, filtersEntryHits_t* out,
                                         size_t count);
 // Fill *out and return true. They return false and leave *out as it is if an object is null or the

@@ -71,7 +71,7 @@ FILTERS_API const Names<FiltersCommon::port_type_t>& namesOf();
 template <>
 FILTERS_API const Names<policer::Stage>& namesOf();
 
-// The code of a name. Capital letters count.
+// Finds the code of a name. Capital letters differ from small ones.
 template <class Enum>
 std::optional<Enum> fromName(std::string_view name) {
   for (const auto& [code, itsName] : namesOf<Enum>()) {
@@ -83,8 +83,8 @@ std::optional<Enum> fromName(std::string_view name) {
 // The end of a sentence about a word that is none of the names: "; did you mean ingress?" if one of
 // them is near, or else "; it can be lookup, ingress or egress". A name is near if at most a third
 // of its letters differ; capital letters do not count. If the names do not fit into two lines, only
-// those that contain the word are named. If there is none, `command` says what lists them all:
-// "; filter-inspect names matches lists them".
+// those that contain the word are named. If no name contains it, `command` says what lists all
+// names: "; filter-inspect names matches lists them".
 FILTERS_API std::string suggestion(std::string_view word,
                                    const std::vector<std::string_view>& names,
                                    std::string_view command = {});

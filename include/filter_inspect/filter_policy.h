@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_FILTER_POLICY_H_
 #define FILTER_INSPECT_FILTER_POLICY_H_
 
-// Policies: what the rules of a group promise to do with packets, a promise a line. A policy is
-// kept beside the rules, and says after each change if they still keep their promises:
+// Policies: what the rules of a group promise to do with packets, with one promise on each line. A
+// policy is kept beside the rules, and says after each change if they still keep their promises:
 //
 //     filter-policy 1
 //     group 1 order=highest-priority
@@ -34,12 +34,12 @@ namespace FiltersInspect {
 
 inline constexpr int kPolicyVersion = 1;
 
-// What shall be true of all packets of a set. `always` promises that each of them is taken by an
-// entry that has all of the actions. `never` promises that none of them is taken by an entry that
-// has any of the actions. A packet that no entry takes breaks the first promise and not the second.
+// A promise about all packets of a set. `always` promises that each of them is taken by an entry
+// that has all of the actions. `never` promises that none of them is taken by an entry that has any
+// of the actions. A packet that no entry takes breaks `always`, but does not break `never`.
 struct Promise {
   bool always;
-  bool taken;          // in place of actions: by any entry at all
+  bool taken;          // any entry counts, whatever its actions
   ActionTest actions;  // an action without its value stands for every value
   PacketSet packets;
   std::size_t line, column;  // in the file, counted from 1
@@ -54,7 +54,7 @@ struct Acceptance {
   std::size_t line;
 };
 
-// What a policy says about a group.
+// The part of a policy that is about one group.
 struct PolicyGroup {
   FiltersCommon::filtersGroupId_t group;
   Order order;
@@ -70,7 +70,7 @@ class FILTERS_API Policy {
   // is in `word`. Findings beyond `max_findings` are counted in Report::left_out.
   static std::optional<Policy> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
-  // In the order of the file; no two have the same id.
+  // The groups in the order of the file. No two have the same id.
   const std::vector<PolicyGroup>& groups() const { return groups_; }
   // Null if the policy says nothing about the group.
   const PolicyGroup* find(FiltersCommon::filtersGroupId_t group) const;
@@ -84,11 +84,12 @@ class FILTERS_API Policy {
 // - kPolicyHolds: no packet of the set can break the promise.
 // - kPolicyFails: the packet in `witness` breaks it, under every reading and in whatever way ties
 //   are decided. trace() sends the packet to `entry`, or no entry takes it if `entry` is empty. If
-//   trace() cannot say to which of several entries, `others` has the rest: each breaks the promise.
-// - kPolicyOpen: it depends. The packet in `witness` breaks the promise if `entry` takes it, or no
-//   entry if that is empty, and keeps it if one of `others` takes it, or no entry if there are
-//   none. The message says what leaves it open: the reading, the tie, or the limit of steps. If the
-//   steps did not suffice to find a packet, `witness` is empty.
+//   trace() names several entries, `others` has the rest of them, and each breaks the promise.
+// - kPolicyOpen: it depends on the taker of the packet in `witness`. The promise is broken if
+//   `entry` takes the packet, and kept if one of `others` does. If `entry` or `others` is empty, it
+//   stands for the case that no entry takes the packet. The message says what leaves it open: the
+//   reading, the tie, or the limit of steps. If the steps did not suffice to find a packet,
+//   `witness` is empty.
 // `path` is the line and column of the promise, and `word` the promise. `before` is what `entry`
 // does with the packet, and `after` what the first of `others` does.
 // max_steps is the limit of steps for each question about an entry.

@@ -90,8 +90,8 @@ struct Destination {
 };
 struct Destinations {
   std::vector<Destination> found;  // in the order given; the case without an entry comes last
-  // False if the steps of AnalysisOptions did not suffice: some destinations may be missing, or be
-  // kUndecided for no other reason.
+  // False if the steps of AnalysisOptions did not suffice. Then some destinations may be missing,
+  // and others may be kUndecided although more steps would decide them.
   bool complete = true;
 };
 
@@ -101,23 +101,23 @@ FILTERS_API Destinations search(const FiltersCommon::FiltersGroup& group, const 
                                 Order order, const AnalysisOptions& options = {},
                                 const ActionTest* then = nullptr);
 
-// The entries that match a packet of the set, whatever comes before them. kHit: it matches under
-// every reading; kUndecided: only under some. `all`: it matches every packet of the set. trace()
-// says of the witness that the entry is a hit, or undecided.
+// The entries that match a packet of the set, also if earlier entries take the packet first. kHit:
+// the entry matches under every reading; kUndecided: only under some. `all`: it matches every
+// packet of the set. trace() says of the witness that the entry is a hit, or undecided.
 FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const PacketSet& packets, Order order,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
-// What is left of an entry behind the entries before it.
+// The packets of an entry that the entries before it leave.
 struct Remains {
-  // As in Destination; kMiss: no packet is left.
+  // As in Destination. kMiss means that no packet is left.
   Hit hit = Hit::kMiss;
   std::string reason;
   Packet witness;
-  // All packets that the entry surely takes, and all that it takes under some reading or if a tie
-  // is decided so: every such packet is in one of the sets. `hit` says whether there are such
-  // packets; if there are, an empty list means that it would be too long.
+  // `surely` has all packets that the entry surely takes. `possibly` has all packets that it takes
+  // under some reading, or if a tie is decided so. `hit` says whether there are such packets. If
+  // there are, an empty list means that the list would be too long.
   std::vector<PacketSet> surely, possibly;
   bool complete = true;  // false if the steps did not suffice
 };
@@ -147,9 +147,10 @@ FILTERS_API Report remainsReport(const FiltersCommon::FiltersGroup& group,
 
 // --- What a change does to packets ---------------------------------------------------------------
 
-// Says for each rule that the groups do not share what its change does. compareTreatment() has a
-// finding for each pair of rules, and one changed rule can be in many pairs; here these are one
-// finding, and another one only for packets that are treated otherwise. For example
+// Says for each changed rule what its change does. A rule that only one group has is changed too.
+// compareTreatment() has a finding for each pair of rules, and one changed rule can be in many
+// pairs. Here all pairs of a rule are one finding, and packets that are treated otherwise are
+// another one. For example
 //
 //     entry 20: permit became deny: packets like this one are now dropped [treatment-differs]
 //     entry 5: new: it takes packets of entries 30 and 40; packets like this one are now permitted
@@ -164,8 +165,8 @@ FILTERS_API Report explainChanges(const FiltersCommon::FiltersGroup& a,
                                   const AnalysisOptions& options = {},
                                   const PacketSet* packets = nullptr);
 
-// True if some packet outside of the set is treated differently, false if surely none is. Nothing
-// is returned if this depends on readings or takes too many steps.
+// True if some packet outside of the set is treated differently, false if surely none is. Returns
+// nothing if the answer depends on readings or takes too many steps.
 FILTERS_API std::optional<bool> changesOthers(const FiltersCommon::FiltersGroup& a,
                                               const FiltersCommon::FiltersGroup& b,
                                               const PacketSet& packets,

@@ -61,8 +61,8 @@ struct SeenFrames {
 struct Finding {
   Code code;
   Severity severity;
-  // The result code that the library returns for what the finding is about. It is FILTERS_OK if the
-  // library reports nothing, as for a silent loss.
+  // The result code that the library returns. It is FILTERS_OK if the library reports nothing, as
+  // for a silent loss.
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
@@ -76,8 +76,8 @@ struct Finding {
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, codes of other matches or actions
-  // For bytes, the path of the field: "entries_[3].matches_[1].vlan_id_[2]". For text and JSON, the
-  // line and the column: "12:7".
+  // The path of a field in bytes, "entries_[3].matches_[1].vlan_id_[2]", or the line and the column
+  // in text and JSON, "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
   // Values as text: the received value, and the value that is kept. If there is a witness, what
@@ -92,8 +92,8 @@ struct Finding {
   std::vector<std::string> lacking;
   // Captured traffic: the frames of which the finding is surely true, and those of which it may be.
   std::optional<SeenFrames> sure, possible;
-  // For text and JSON, the word that is wrong, as it was written at `path`; a long one is cut. If
-  // `path` is where an entry begins, the name of its match or action.
+  // The wrong word in text or JSON, as it was written at `path`; a long word is cut. If `path` is
+  // the place where an entry begins, `word` is the name of the match or action.
   std::string word;
 };
 
@@ -130,9 +130,9 @@ class LimitedReport {
  public:
   explicit LimitedReport(std::size_t most) : most_(most) {}
 
-  // Returns a new finding to fill in, which is valid until the next call. Returns null if the limit
-  // is reached by findings that are more severe, or as severe and earlier: the new one has then
-  // been counted as left out.
+  // Returns a new finding to fill in, which is valid until the next call. Returns null if the
+  // report is full of findings that are more severe, or as severe and earlier. The new finding is
+  // then counted as left out.
   FILTERS_API Finding* add(Code code);
   // Adds the findings of another report, and the number of findings that it left out.
   FILTERS_API void append(Report&& other);

@@ -10,8 +10,8 @@
 // A policer is written by its values, its rates for example, if the platform's library can make the
 // same policer of them. If not, it is written as the bytes that the library makes of it, and its
 // values stand beside them for people, as the name of an interface stands beside its id. Readers
-// use the bytes and ids. They refuse JSON whose names or descriptions contradict these, and ignore
-// the comments of text.
+// use the bytes and ids. They refuse JSON if its names or descriptions contradict the bytes and
+// ids, and ignore the comments of text.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else. Time and memory grow with the size of the argument, so
@@ -51,8 +51,8 @@ FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
 
-// The line as people read it: each policer by its values, also if they do not say everything. So
-// the lines of different entries can be the same, and not every platform reads them.
+// The line as people read it. It has the values of each policer, even if these do not say
+// everything. So the lines of different entries can be the same, and not every platform reads them.
 FILTERS_API std::string shownText(const FiltersCommon::FiltersEntry& entry);
 
 // The parts of an entry's line, for tables and pictures.
@@ -107,9 +107,9 @@ FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_f
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
 
-// The bytes of groups, whatever their stages and types admit. For programs that ask which stages
-// and types would: decodeGroupAs() reads them as another one. Only what the grammar refuses is in
-// the report; the decoder reports the rest.
+// The bytes of groups, whatever their stages and types admit. A program can ask which other stages
+// and types admit the entries: decodeGroupAs() reads the bytes as a group of another stage or type.
+// Only what the grammar refuses is in the report; the decoder reports the rest.
 struct ParsedBytes {
   std::vector<std::string> groups;
   Report report;

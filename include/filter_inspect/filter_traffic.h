@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_FILTER_TRAFFIC_H_
 #define FILTER_INSPECT_FILTER_TRAFFIC_H_
 
-// Says what frames of real traffic tell of their packets, and counts the rules that these hit. For
-// example, with frames that a program has captured:
+// Says what frames of real traffic tell of their packets, and counts the rules that take these
+// packets. For example, with frames that a program has captured:
 //
 //     HitCounter counter(group, Order::kHighestPriority);
 //     for (const auto& frame : frames)
@@ -29,16 +29,16 @@
 
 namespace FiltersInspect {
 
-// What a frame begins with.
+// The kind of header with which a frame begins.
 enum class Link : std::uint8_t {
   kEthernet,      // MAC addresses and an ether type (IEEE 802.3), without preamble
   kRaw,           // an IPv4 or IPv6 header
   kLinuxCooked,   // the 16 bytes of Linux's capture on all interfaces
   kLinuxCooked2,  // the 20 bytes of its second version
-  kLoopback,      // an address family in 4 bytes, in the order of either kind of machine
+  kLoopback,      // an address family in 4 bytes, in either byte order
 };
 
-// Why some fields of a frame are not told. If there are several reasons, the first one counts.
+// The reason why some fields of a frame are not told. If there are several, the first one counts.
 enum class FrameFault : std::uint8_t {
   kNone,           // there is no such field
   kCut,            // the field lies beyond what was captured
@@ -61,20 +61,20 @@ FILTERS_API std::string_view nameOf(FrameFault);
 // The reason in words: "a header lies beyond what was captured".
 FILTERS_API std::string_view describe(FrameFault);
 
-// What a frame tells of its packet. `length` is the length of the frame on the wire, of which the
-// first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`, which may
-// be null, gets the reason why fields are not told.
+// Returns what a frame tells of its packet. `length` is the length of the frame on the wire, of
+// which the first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`,
+// which may be null, gets the reason why fields are not told.
 //
 // - dst_mac and src_mac: from Ethernet.
 // - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). An
 //   Ethernet frame without a tag is untagged and lacks the other three. A VLAN id of 0 is told as
-//   it stands, although such a tag only has a priority. Other links show a tag, but not that there
-//   was none.
+//   it stands, although such a tag only has a priority. Frames of other links can show a tag, but
+//   not that there is none.
 // - src_ipv4, dst_ipv4, src_ipv6, dst_ipv6, ip_protocol, tos and ttl: from the outermost IP header,
 //   behind all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
 //   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the one behind
-//   the extension headers. IP behind MPLS, PPPoE and other headers of this kind is not
-//   looked for, and then nothing of this is told. IP behind LLC and SNAP (RFC 1042) is.
+//   the extension headers. IP behind LLC and SNAP (RFC 1042) is found. IP behind MPLS, PPPoE and
+//   other headers of this kind is not looked for, and then none of these fields is told.
 // - src_l4_port and dst_l4_port: from TCP, UDP, DCCP, SCTP and UDP-Lite. They are absent in other
 //   protocols, in all fragments but the first, and without IP.
 //
@@ -100,8 +100,8 @@ struct FrameCount {
 
 using FrameCounts = std::array<FrameCount, kAllFrameFaults.size()>;  // by FrameFault
 
-// Frames that are surely treated so, whatever is not told and under every reading, and frames that
-// may be.
+// `sure` counts the frames that are surely treated so, for all values that are not told and under
+// every reading. `possible` counts other frames that may be treated so.
 struct HitCounts {
   FrameCount sure, possible;
 };
@@ -113,9 +113,9 @@ struct EntryHits {
 
 struct Hits {
   std::uint64_t frames = 0;
-  // Frames of which it is known for sure which entry takes them, or that none does; and the others.
+  // Frames of which it is sure which entry takes them, or that no entry does; and all other frames.
   FrameCount decided, undecided;
-  std::vector<EntryHits> entries;  // those that come first come first
+  std::vector<EntryHits> entries;  // in the order of the rules
   HitCounts none;                  // frames that no entry takes
   FrameCounts faults;
 };
@@ -123,8 +123,8 @@ struct Hits {
 // Counts the packets that the entries of a group take. The object may outlive the group.
 class FILTERS_API HitCounter {
  public:
-  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. What a frame tells of
-  // a field wins, also that the packet lacks it.
+  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. If a frame tells such
+  // a field, or that the packet lacks it, `assumed` does not count there.
   HitCounter(const FiltersCommon::FiltersGroup& group, Order order, Packet assumed = {});
   HitCounter(HitCounter&&) noexcept;
   HitCounter& operator=(HitCounter&&) noexcept;
@@ -134,7 +134,7 @@ class FILTERS_API HitCounter {
   // out, the frame is not counted.
   void count(const void* frame, std::size_t captured, std::size_t length, Link link,
              std::int64_t time = 0);
-  // The same for what packetOf() has told, which several counters can share.
+  // The same for a packet that packetOf() has returned. Several counters can share such a packet.
   void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
   const Hits& hits() const;
  private:

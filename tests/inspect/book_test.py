@@ -3,8 +3,8 @@
     book_test.py SOURCES SEND-GROUP FILTER-INSPECT...
 
 Commands run in a folder with the files of examples/rules, what send_group sends, and some captures. A command behind `$ ` in
-an example must print what stands below it; a line `...` stands for any lines. Any other command of
-filter-inspect, and those that its help shows, must find its files and know its options.
+an example must print what stands below it; a line `...` stands for any lines. All other commands of
+filter-inspect, and the examples of its help, need only find their files and know their options.
 """
 
 import difflib

@@ -132,7 +132,7 @@ entry 40 priority=60 if ttl=1 then deny
     policed = policed.replace(b"ip_protocol=6", b"ttl=6").replace(b"25 then deny", b"25 then permit copy_to_cpu")
     write("words.txt", policed)
     write("rated.txt", policed.replace(b"cir=1000 red=drop", b"cir=64 red=pcp:1"))
-    # What the values of these policers leave out: the number of an action that writes none.
+    # The values of these policers do not show the number of the action, because it writes none.
     for number in (b"8", b"9"):
         policer = b"permit parent 0a0608001000180%b120e080410001800200028003000380018007805\n"
         write(f"hidden{number.decode()}.txt", rules.replace(b"permit\n", policer % number, 1))
@@ -926,7 +926,7 @@ def try_documents():
 
 
 def try_places():
-    """Documents say where findings are, those about text by line and column."""
+    """Documents say where findings are. In text that is a line and a column."""
     for name, places in (("late.txt", ["7:3", "3:1", "4:1"]), ("late.bin", [None, None, None])):
         done = inspect("--json", "analyse", name, "--order=highest-priority")
         findings = json.loads(done.stdout)["inputs"][0]["findings"]
@@ -936,7 +936,7 @@ def try_places():
 
 
 def try_forms():
-    """Every form into every other and back; the framing of bytes stays."""
+    """Converts every form into every other and back. The framing of bytes stays."""
     for name, framing in (("g.bin", "auto"), ("one.bin", "auto"), ("varint.bin", "varint")):
         with open(name, "rb") as file:
             original = file.read()
@@ -957,8 +957,8 @@ def try_forms():
 
 
 def try_output():
-    """Files are replaced at once, keep their modes, and links stay; what is not read any more and
-    disks without room are trouble."""
+    """A file is replaced at once and keeps its mode, and a link stays. A pipe that is not read any
+    more and a disk without room are trouble."""
     write("old.txt", b"old")
     os.chmod("old.txt", 0o640)
     os.symlink("old.txt", "link.txt")
@@ -995,7 +995,7 @@ def try_output():
 
 
 def try_interrupt():
-    """What is interrupted while it writes leaves nothing beside its file."""
+    """A program that is interrupted while it writes leaves nothing beside its file."""
     rules = "".join(f"entry {rule} priority=1 if ttl=1 then permit\n" for rule in range(20000))
     head = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n"
     write("wide.txt", (head + rules).encode())
@@ -1010,7 +1010,8 @@ def try_interrupt():
 
 
 def try_picture():
-    """A row for each entry, coloured by what was found, in XML whatever the file is called."""
+    """A picture has a row for each entry, coloured by what was found. It is valid XML, whatever
+    the file is called."""
     name = "a&<\">\u00e9.txt"
     os.symlink("rules.txt", name)
     arguments = ("--order=highest-priority", "--overlaps", "--svg", "rules.svg")
@@ -1112,7 +1113,7 @@ def try_terminal():
 
 
 def seen_on_terminal(pattern, *arguments):
-    """Whether it appears on standard error, a terminal, while the program works."""
+    """Returns whether the pattern appears on a terminal at standard error while the program works."""
     master, terminal = pty.openpty()
     done = subprocess.Popen([*emulator, tool, *arguments], env=run_env, stdin=subprocess.PIPE,
                             stdout=subprocess.DEVNULL, stderr=terminal)
@@ -1133,8 +1134,8 @@ def address(bits):
 
 
 def try_progress():
-    """Work beyond a second shows on a terminal: to wait for a file or for packets, and to find
-    out what rules leave whose masks are as three bits chosen at random."""
+    """A terminal shows work that takes more than a second: waiting for a file or for packets, and
+    analysing rules whose masks have three bits chosen at random."""
     chance = random.Random(1)
     text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n"
     for rule in range(1000):
@@ -1174,7 +1175,7 @@ def try_captures():
         done = inspect(*hits, "--capture=c.pcap")
         expect("without libpcap", done.returncode == 2 and b"built without libpcap" in done.stderr, done.stderr)
         return
-    # The source 192.0.2.1 is entry 10's; so are all of 192.0.2.0/24. Entries 30 and 40 tie.
+    # Entry 10 takes packets from 192.0.2.0/24, also those from 192.0.2.1. Entries 30 and 40 tie.
     frames = [frame(), frame(source=200, port=80, tag=5), frame(ttl=1, port=179)]
     frames[2] = frames[2].replace(b"\xc0\0\2\1", b"\xcb\0\x71\1")
     first, last = "2023-11-14T22:13:20.000005Z", "2023-11-14T22:13:22.000005Z"
@@ -1195,7 +1196,8 @@ def try_captures():
         write("c.pcap", pcap([head + frame()[14:]], link=link))
         done = inspect("--json", *hits, "--capture=c.pcap")
         expect(f"the link {link}", findings_of(done, "rules.txt")[1] == expected[1].replace("2 1", "1 1"), done.stdout)
-    # What is cut, and what libpcap refuses in the middle, is told beside what could be counted.
+    # The report has the frames that could be counted. It also says which frames were cut, and where
+    # libpcap refused the file.
     for capture, code, trouble, about in (
             (pcap(frames, cut=20), 1, "", ["frames-counted : 3, ", f"frames-not-read : 3 1 {first}, "]),
             (pcap(frames)[:-1], 2, "c.pcap: frame 3: truncated .*", ["frames-counted : 2, "]),
@@ -1234,8 +1236,8 @@ def try_captures():
 
 
 def try_manual():
-    """Every command has its section in the manual page, and trouble of each fits the schema. The
-    options are made of the help, and the test manual_options holds them to it."""
+    """Every command has its section in the manual page, and the schema knows its name. The test
+    manual_options compares the options with the help."""
     commands = re.findall(r"^  ([a-z]+) ", inspect("--help").stdout.decode().split("Subcommands:")[1],
                           re.MULTILINE)
     described = re.findall(r'^\.B[IR] "([a-z]+) "', source("tools/filter_inspect/filter-inspect.1"),
@@ -1251,7 +1253,7 @@ def try_manual():
 
 
 def try_completion():
-    """The completion on its own, without the package whose functions it calls."""
+    """Tests the completion without the package whose functions it calls."""
     script = ("_init_completion() { words=(\"${given[@]}\"); cword=$((${#words[@]} - 1)); split=false\n"
               "cur=${words[cword]}; prev=${words[cword - 1]}; }\n"
               "_filedir() { COMPREPLY=(FILES); }; compopt() { COMPREPLY+=(nospace); }\n"
@@ -1275,8 +1277,8 @@ def try_names():
 
 
 def try_start():
-    """The best of some starts: others may keep the machine busy. Emulators and sanitizers take
-    their own time."""
+    """Measures several starts and takes the shortest, because other programs may keep the machine
+    busy. Emulators and sanitizers would take longer, so they are left out."""
     if emulator or "ASAN_OPTIONS" in os.environ:
         return
     times = []

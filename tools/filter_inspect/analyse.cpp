@@ -45,7 +45,7 @@ std::string restsOn(Order order) {
 
 namespace {
 
-// Says which groups have acceptances in the policy, and are in no file.
+// Reports the groups for which the policy accepts findings, but which are in no file.
 void tellUnseen(const Policy& policy, const std::set<FiltersCommon::filtersGroupId_t>& seen,
                 const Options& options, Console* console) {
   for (const PolicyGroup& group : policy.groups()) {

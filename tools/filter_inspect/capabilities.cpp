@@ -90,8 +90,8 @@ Report tablesOf(const Options& options) {
 
 // --- The matrix -------------------------------------------------------------------------------
 
-// A table with x where the column admits the row. `wordsOf` may say more about a row, on more lines
-// if it would be longer than `width` letters.
+// A table of rows and columns, with an x where the column admits the row. `wordsOf` may say more
+// about a row. Its words take more lines if one line would be longer than `width` letters.
 template <class Row, class Column, class Admits>
 std::string matrixOf(const char* title, const Admits& admits,
                      std::string_view (*wordsOf)(Row) = nullptr, std::size_t width = 0) {
@@ -114,7 +114,7 @@ std::string matrixOf(const char* title, const Admits& admits,
   return text;
 }
 
-// What every stage and type admits.
+// Tables of all that the stages and types admit.
 std::string matrices(std::size_t width) {
   const auto ofStage = [](filtersGroupStage_t stage) {
     return capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);
@@ -161,8 +161,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// Drops findings about refused entries. This command asks where entries fit, so it is no loss that
-// their own group refuses them.
+// Drops findings about entries that their own group refuses. They are no loss, because this command
+// asks where entries fit.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {

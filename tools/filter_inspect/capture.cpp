@@ -18,7 +18,7 @@ using namespace FiltersInspect;
 #ifdef FILTER_INSPECT_CAPTURES
 namespace {
 
-// libpcap's number of what the frames of a file begin with.
+// Says what the frames of a file begin with; libpcap has a number for it.
 std::optional<Link> linkOf(int type) {
   switch (type) {
     case DLT_EN10MB:
@@ -44,7 +44,8 @@ std::string nameOfLink(int type) {
   return name != nullptr ? name : std::to_string(type);
 }
 
-std::int64_t nanoseconds(const timeval& time) {  // tv_usec has nanoseconds: libpcap was asked so
+// tv_usec holds nanoseconds, because the file was opened with that precision.
+std::int64_t nanoseconds(const timeval& time) {
   constexpr std::int64_t kSecond = 1000000000;
   constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kSecond - 1;
   const auto seconds = static_cast<std::int64_t>(time.tv_sec);
@@ -67,14 +68,14 @@ std::size_t sizeOf(std::FILE* file) {
 
 std::optional<std::uint64_t> readCapture(const Options& options, Console* console,
                                          const std::function<void(const SeenFrame&)>& visit) {
-  constexpr std::uint64_t kFramesBetween = 1024;  // two looks at how much is done
+  constexpr std::uint64_t kFramesBetween = 1024;  // between two looks at the progress
   const std::string& file = *options.capture;
   char why[PCAP_ERRBUF_SIZE] = "";
   console->showProgress(file);  // libpcap waits for the first bytes
   const std::unique_ptr<pcap_t, Closed> capture(
       pcap_open_offline_with_tstamp_precision(file.c_str(), PCAP_TSTAMP_PRECISION_NANO, why));
   if (!capture) {
-    const std::string its = file + ": ";  // libpcap begins some of its sentences so
+    const std::string its = file + ": ";  // libpcap begins some sentences with this
     std::string_view reason = why;
     if (reason.substr(0, its.size()) == its) reason.remove_prefix(its.size());
     std::string text(reason);

@@ -22,21 +22,23 @@ struct SeenFrame {
   std::int64_t time;  // nanoseconds since 1970, or the nearest time that can be written so
 };
 
-// Visits each frame of --capture. Reports trouble when the file cannot be read any further, and
-// returns the number of frames before that; nothing if it is no capture that can be read at all.
+// Visits each frame of --capture and returns their number. If the file cannot be read any further,
+// reports the trouble and returns the number of frames before it. Returns nothing if the file is no
+// capture that can be read at all.
 std::optional<std::uint64_t> readCapture(const Options& options, Console* console,
                                          const std::function<void(const SeenFrame&)>& visit);
 
-// The packet of --assume, which has no field without this option. Returns nothing if the packet
-// cannot be read, which is then reported.
+// Returns the packet of --assume, or a packet without fields if the option is not given. If the
+// packet cannot be read, reports why and returns nothing.
 std::optional<FiltersInspect::Packet> assumedOf(const Options& options, Console* console);
 
 // Returns false, and reports it, if standard input is to be read twice.
 bool readsInputOnce(const Options& options, Console* console);
 
-// For findings.
+// The same frames, as a finding has them.
 FiltersInspect::SeenFrames seenOf(const FiltersInspect::FrameCount& count);
-// "2026-11-22T09:30:00.123456Z", with nine digits behind the point where they are needed.
+// "2026-11-22T09:30:00.123456Z". It has nine decimals instead of six if the time is not a whole
+// number of microseconds.
 std::string timeText(std::int64_t time);
 
 // "12 frames surely and 3 perhaps".
@@ -47,8 +49,8 @@ const FiltersInspect::FrameCount& firstOf(const FiltersInspect::HitCounts& hits)
 std::string placeText(const FiltersInspect::FrameCount& count);
 Finding findingOf(Code code, std::string message, const FiltersInspect::HitCounts& hits);
 
-// What is said about the capture itself: how many frames it has, and for each reason why fields are
-// not told, how many frames lack some.
+// Returns findings about the capture itself: the number of its frames, and for each reason why
+// fields are not told, the number of frames that lack some.
 ReportInput aboutCapture(const std::string& file, std::uint64_t frames,
                          const FiltersInspect::FrameCounts& faults);
 

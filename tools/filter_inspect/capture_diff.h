@@ -25,7 +25,7 @@ class CaptureDiff {
   // Reads the capture, if there is one. Returns the findings about groups and those about the
   // capture.
   std::vector<ReportInput> run(const Selection& selection);
-  // Writes these as text.
+  // Writes these findings as text.
   void print(const std::vector<ReportInput>& found);
  private:
   struct Compared {

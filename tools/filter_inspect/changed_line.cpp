@@ -57,7 +57,7 @@ class Comparison {
     return std::move(parts_);
   }
  private:
-  // Pairs as many words as possible, and rather equal words than words with the same key.
+  // Pairs as many words as possible. Equal words are paired rather than words with the same key.
   void addMiddle(const std::vector<Word>& a, const std::vector<Word>& b) {
     constexpr std::size_t kMostPairs = 1 << 20;  // more are not compared
     const std::size_t width = b.size() + 1;

@@ -67,7 +67,7 @@ class Checker {
                                           : decodeGroup(input.bytesOf(group), limits).report;
   }
 
-  // The same for a group with another stage or type, which --stage or --type gives.
+  // The same for a group with the stage or type that --stage or --type gives.
   Report checkInstead(const std::string& bytes, const DecodeLimits& limits,
                       std::size_t* entries) const {
     DecodedGroup decoded = decodeGroupAs(bytes, instead_, limits);
@@ -80,7 +80,7 @@ class Checker {
     return all.take();
   }
 
-  // People write matches and entries in any order.
+  // Drops findings about the order, because people write matches and entries in any order.
   static void dropOrder(Report* report) {
     auto& all = report->findings;
     const auto isOrder = [](const Finding& one) { return one.code == Code::kOrderDiffers; };

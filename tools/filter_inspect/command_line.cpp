@@ -433,8 +433,8 @@ const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
   return nullptr;
 }
 
-// The sentence of the command line library begins with the name of the option or command. An option
-// takes its last argument, so it can only have too few.
+// The sentence of the command line library begins with the name of the option or command. If an
+// option is given twice, the last argument counts, so it can only have too few.
 std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";
@@ -444,8 +444,8 @@ std::string mismatch(std::string_view told) {
 
 constexpr char kTooMany[] = "one argument too many: ";
 
-// Reports a word that is not understood before one that is missing: the two may be the same
-// mistake.
+// If one word is missing and another is not understood, only the second is reported, because the
+// two may be the same mistake.
 std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   const std::vector<CLI::App*> parsed = app.get_subcommands();
@@ -481,7 +481,8 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   return kTooMany + word;
 }
 
-// What is wrong with the words behind `help`. Empty if they are one command or none, and options.
+// Says what is wrong with the words behind `help`. The text is empty if they are options and at
+// most one command.
 std::string faultOfHelp(const CLI::App& app, const CLI::ParseError& error) {
   if (!app.remaining(true).empty()) return sentence(app, error);
   for (const CLI::App* command : app.get_subcommands()) {
@@ -497,7 +498,7 @@ std::string faultOfHelp(const CLI::App& app, const CLI::ParseError& error) {
 }  // namespace
 
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console) {
-  // Trouble with the command line is reported in the form that it asks for.
+  // A document is written even if the command line has a fault, as long as it has --json.
   options->json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
   CLI::App app("Looks into groups of filter rules: captured bytes, text or JSON.",
                "filter-inspect");

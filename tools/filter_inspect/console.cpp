@@ -50,8 +50,8 @@ Color colorOf(Severity severity) {
   return Color::kNone;
 }
 
-// The line of the finding and a line with a mark under its word; a part of a long line. Empty if
-// the finding has no line in the source.
+// The line of the finding, and below it a line with a mark under its word. A long line is cut. The
+// text is empty if the finding has no line in the source.
 std::string excerptOf(std::string_view source, std::size_t first_line, const Finding& finding) {
   constexpr std::size_t kWidth = 76;
   std::size_t line = 0, column = 0;
@@ -64,8 +64,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   source = withoutMark(source);
   source = source.substr(0, source.find_first_of("\r\n"));
   if (column == 0 || column > source.size() + 1) return {};
-  // A finding of the grammar is where its word begins, perhaps after a quote; another one is
-  // somewhere in the entry that begins here.
+  // A finding of the grammar has the place of its word, which may begin behind a quote. Any other
+  // finding has the place of its entry, and the word stands somewhere behind it.
   const bool isAtWord = nameOf(finding.code).substr(0, 5) == "text-";
   std::size_t at = column - 1;
   if (!isAtWord) at = finding.word.empty() ? source.npos : source.find(' ' + finding.word, at);
@@ -88,7 +88,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   return "  " + printable(part) + "\n  " + mark + '\n';
 }
 
-// The text for the handler of the alarm, which may call hardly any function.
+// The text for the handler of the alarm. The handler may call hardly any function, so it cannot
+// make the text.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
 bool progressStarted = false;
@@ -316,7 +317,7 @@ bool Console::showsSource(int stream) const {
 
 std::string Console::linesOf(int stream, const std::string& file, Finding finding) const {
   const std::string place = printable(placeOf(file, finding));
-  if (!finding.bytes) finding.path.clear();  // the place has it
+  if (!finding.bytes) finding.path.clear();  // the place says it
   for (std::string* text :
        {&finding.path, &finding.before, &finding.after, &finding.witness, &finding.message}) {
     *text = printable(std::move(*text));

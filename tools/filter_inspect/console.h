@@ -54,7 +54,7 @@ std::string leftOutText(const Report& report);
 
 class Console {
  public:
-  // The options are read at each later call, so they may change after this one.
+  // Each later call reads the options, so they may change after this one.
   explicit Console(const Options* options);
 
   // --- Results ---
@@ -68,8 +68,8 @@ class Console {
   // Writes a document. For an analysis it has the order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
-  // The letters in a line of results: --width, or that of the terminal, or of COLUMNS, or 80. 0 is
-  // any number.
+  // The number of letters in a line of results. It is --width, or else the width of the terminal,
+  // or else COLUMNS, or else 80. With 0, lines have any length.
   std::size_t width() const;
   // Writes now what has been said so far.
   void flush();
@@ -78,9 +78,9 @@ class Console {
 
   // --- Trouble ---
 
-  // Reports trouble, which makes the program end with kExitTrouble. `file` may be empty. If there
-  // is a source, its line and a mark under the wrong word follow on a terminal; `first_line` is
-  // the number of the source's first line.
+  // Reports trouble. The program then ends with kExitTrouble. `file` may be empty. If there is a
+  // source, its line and a mark under the wrong word follow on a terminal; `first_line` is the
+  // number of the source's first line.
   void trouble(Code code, const std::string& file, const std::string& message);
   void trouble(const std::string& file, const Finding& finding, std::string_view source = {},
                std::size_t first_line = 1);

@@ -7,15 +7,15 @@
 namespace FilterInspectTool {
 namespace {
 
-// The framing that --framing gives, or that of the input. For text and JSON, several groups get
-// lengths.
+// The framing of the input if it has bytes. Text and JSON have no framing, so --framing counts, and
+// without it a length precedes each of several groups.
 std::string framingOf(const Options& options, const Input& input) {
   if (input.form == FileForm::kBytes) return input.framing;
   if (options.framing != "auto") return options.framing;
   return input.groups.size() == 1 ? "none" : "be32";
 }
 
-// Without a group there would be no bytes, which are read as a group of zeros.
+// Without a group there would be no bytes, and no bytes are read as a group of zeros.
 const char* whyNotBytes(std::size_t groups, const std::string& framing) {
   if (groups == 0) return "there is no group, and no bytes are a group of zeros";
   if (groups > 1 && framing == "none")

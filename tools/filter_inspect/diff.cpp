@@ -35,8 +35,8 @@ struct Pair {
   }
 };
 
-// A single group is compared with a single one. Otherwise groups with the same id are compared, in
-// their order.
+// If each file has a single group, these two are compared. Otherwise groups with the same id are
+// compared, in their order.
 std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   if (a.groups.size() == 1 && b.groups.size() == 1) return {{&a.groups[0], &b.groups[0]}};
   std::multimap<filtersGroupId_t, const InputGroup*> others;
@@ -133,7 +133,7 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
-// What the changes of all pairs do to packets.
+// The effects of the changes of all pairs on packets.
 class Treatment {
  public:
   Treatment(const Options& options, const std::vector<Input>& inputs, Console* console)
@@ -192,7 +192,7 @@ class Treatment {
     console_.writeLine(summary(left_out));
   }
  private:
-  // What happens to packets that are not in the set.
+  // A finding about the packets that are not in the set.
   static Finding aboutOthers(const FiltersGroup& group, std::optional<bool> differ) {
     Finding finding =
         !differ   ? findingOf(Code::kNotDecided, "whether something else changes is not decided")

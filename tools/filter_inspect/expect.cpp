@@ -18,11 +18,11 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// How each verdict is said, in the order of the summary.
+// The words for each verdict, in the order of the summary.
 struct Verdict {
   Code code;
   const char* name;
-  const char *one, *many;  // in the summary
+  const char *one, *many;  // its words in the summary
   Color color;
 };
 constexpr Verdict kVerdicts[] = {
@@ -86,8 +86,8 @@ class Expectations {
   Expectations(const Options& options, const Policy& policy, Console* console)
       : options_(options), policy_(policy), console_(*console), tests_(options.policy) {}
 
-  // Checks the promises about the groups of a file. Checks none and returns false if it lacks one
-  // of these groups.
+  // Checks the promises about the groups of a file. If the file lacks one of these groups, checks
+  // nothing and returns false.
   bool check(const Input& input) {
     std::map<filtersGroupId_t, std::size_t> counts;
     for (const InputGroup& group : input.groups) {

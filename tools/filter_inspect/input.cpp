@@ -42,8 +42,9 @@ bool isPrintable(std::string_view content) {
   });
 }
 
-// Bytes are what is neither printable nor begins as the text or the JSON of groups does. What
-// begins so is no group's bytes; if it has a control character, the reader says where.
+// A file holds bytes if it is not printable and does not begin like the text or the JSON of groups.
+// No group's bytes begin like these. If a file that does has a control character, the reader of its
+// form says where.
 FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
@@ -120,7 +121,7 @@ bool addsUp(std::string_view content) {
 
 // --- Groups --------------------------------------------------------------------------------------
 
-// True if the bytes break off. That finding may have been left out.
+// True if the bytes break off. The report may lack this finding if it left some out.
 bool breaks(const Report& report, std::string_view bytes) {
   const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
   if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;
@@ -351,7 +352,7 @@ std::optional<std::vector<Input>> readWholeInputs(const Options& options, Consol
 }
 
 void tellLosses(const Input& input, Console* console) {
-  bool isTold = false;  // whether some broken group has its reason
+  bool isTold = false;  // true if a broken group has its reason
   for (const Finding& finding : input.report.findings) {
     const auto group =
         std::find_if(input.groups.begin(), input.groups.end(),

@@ -61,7 +61,7 @@ void tellLosses(const Input& input, Console* console);
 bool readFile(const std::string& file, const Options& options, std::string* content,
               Console* console);
 
-// What a command needs of files.
+// The needs of a command that reads files.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below this severity are left out
   // Fills InputGroup::entries with all entries. Reads text and JSON as bytes, so that entries which

@@ -11,7 +11,8 @@ int main(int argc, char** argv) {
   using namespace FilterInspectTool;
   // A closed pipe ends the program silently, even if its caller ignores the signal.
   std::signal(SIGPIPE, SIG_DFL);
-  // A file that may not grow any more becomes a failed write, reported as exit 2.
+  // Without this signal, a write fails if the file may not grow any more. That is reported as exit
+  // 2.
   std::signal(SIGXFSZ, SIG_IGN);
   Options options;
   Console console(&options);

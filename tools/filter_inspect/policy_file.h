@@ -13,8 +13,8 @@ namespace FilterInspectTool {
 // Reads the policy that the options name. Reports why it cannot be read.
 std::optional<FiltersInspect::Policy> readPolicy(const Options& options, Console* console);
 
-// The order of the groups that the policy and --group name, and of --order if that is given.
-// Reports groups with another order.
+// Returns the order of --order, or without it the order that the policy has for the groups of
+// --group. Reports a group that has another order in the policy.
 std::optional<FiltersInspect::Order> orderOf(const FiltersInspect::Policy& policy,
                                              const Options& options, Console* console);
 

@@ -15,7 +15,7 @@ using namespace FiltersInspect;
 
 constexpr char kPacketsPlace[] = "--packets";
 constexpr char kThenPlace[] = "--then";
-constexpr std::size_t kWidestTreatment = 30;  // of those whose packets stand below each other
+constexpr std::size_t kWidestTreatment = 30;  // longer ones do not indent the packets
 
 // Reports why an option cannot be read.
 void tellFaults(const char* option, Report&& faults, std::string_view text, Console* console) {
@@ -25,7 +25,7 @@ void tellFaults(const char* option, Report&& faults, std::string_view text, Cons
   console->aside(option, faults);
 }
 
-// Where the packets of a set go in one group.
+// The answer for one group: the places where packets of a set go.
 class Answer {
  public:
   Answer(const Options& options, const PacketSet& packets, const ActionTest* then, Console* console)

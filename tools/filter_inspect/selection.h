@@ -26,7 +26,7 @@ class Selection {
   // Drops findings about other entries. What it drops is not counted as left out.
   void keep(Report* report) const;
  private:
-  // The ids that were asked for, and those that there are.
+  // The ids that were asked for, and the ids that were found.
   struct Ids {
     std::set<std::uint32_t> there;
     bool tellMissing(const char* what, const std::vector<std::uint32_t>& asked,

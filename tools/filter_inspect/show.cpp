@@ -65,8 +65,8 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   }
 }
 
-// Takes everything out of the inputs that is not asked for, also a group without any entry
-// that is, unless it is empty. Returns false if an id is not there.
+// Keeps the groups and entries that are asked for. Drops a group that thereby loses all its
+// entries. Returns false if an id is not there.
 bool choose(const Options& options, std::vector<Input>* inputs, Console* console) {
   Selection selection(options);
   for (Input& input : *inputs) {

@@ -110,7 +110,8 @@ std::size_t widestOf(const std::vector<std::string_view>& lines) {
   return width;
 }
 
-// A column at a width of its own, and at the next width to which its cells could be broken.
+// A column as it is drawn. It also knows the next smaller width, to which its cells could be
+// broken.
 struct Drawn {
   const Column* column;
   std::size_t width = 0, narrower = 0;  // `narrower` is 0 if there is none
@@ -179,8 +180,8 @@ struct Layout {
     return height;
   }
 
-  // Makes columns narrower until the table fits, each time the one that adds the fewest lines for
-  // the letters that it saves. Returns false if that is impossible.
+  // Makes columns narrower until the table fits. Each time it chooses the column that adds the
+  // fewest lines for the letters that it saves. Returns false if the table cannot fit.
   bool fit(std::size_t most) {
     while (width() > most) {
       const std::vector<std::size_t> rows = heights();
@@ -205,7 +206,7 @@ struct Layout {
     return true;
   }
 
-  // Moves a column below the rows: the widest of those that say what is done, or else of the
+  // Moves the widest column below the rows. Columns that say what is done are moved before those of
   // fields. Returns false if only keys are left.
   bool moveDown() {
     const auto rank = [](const Drawn& one) { return std::pair(one.column->holds, one.width); };
@@ -221,7 +222,8 @@ struct Layout {
   }
 };
 
-// The layout with the fewest lines; of several, the one with the most columns in the row.
+// The layout with the fewest lines. If several have so few, it is the one with the most columns in
+// the row.
 Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
   Layout next;
   for (const Column& column : columns) next.in_row.emplace_back(&column, width);
@@ -239,7 +241,7 @@ Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
   return best ? *std::move(best) : next;
 }
 
-// Draws cells beside each other, each from its first line or, at the bottom, to its last.
+// Draws cells beside each other. Cells with fewer lines stand at the top or at the bottom.
 void drawCells(const std::vector<Drawn>& columns,
                const std::vector<std::vector<std::string_view>>& cells, bool atBottom,
                std::string* out) {

@@ -120,7 +120,7 @@ class Packets {
   };
 
   bool isAlone() const { return !options_.packets; }
-  // The lines about entries are too many for each packet of a file.
+  // Entries get lines only if they are few: for one packet, or if --entry names them.
   bool hasLines() const { return isAlone() || !options_.entries.empty(); }
   bool hasLine(const Traced& one) const { return hasLines() && selection_.has(one.entry); }
 
@@ -139,7 +139,7 @@ class Packets {
     return traced.entry && traced.entry != one.entry && one.hit == Hit::kHit;
   }
 
-  // For example "hit, but 10 comes first".
+  // The sentence about one entry, for example "hit, but 10 comes first".
   static std::string sentenceOf(const Trace& traced, const Traced& one) {
     std::string text = toText(one);
     if (const std::string then = treatmentOf(traced, one); !then.empty()) text += " (" + then + ')';
@@ -160,8 +160,8 @@ class Packets {
     return whole;
   }
 
-  // What an entry that may take the packet does with it. If all of them do the same, the answer
-  // says so.
+  // Says what a candidate does with the packet. It says nothing if all candidates do the same,
+  // because the answer says that.
   static std::string treatmentOf(const Trace& traced, const Traced& one) {
     const auto at = std::find(traced.candidates.begin(), traced.candidates.end(), one.entry);
     if (at == traced.candidates.end() || !traced.treatment.empty()) return {};

@@ -18,13 +18,13 @@ namespace {
 
 using namespace FiltersCommon;
 
-// An entry lies within another one, its holder, if the holder takes all packets of the entry. This
-// is the largest number of holders in `others` of a finding.
+// A holder of an entry takes all packets of that entry. The field `others` of a finding has at most
+// this number of holders.
 constexpr std::size_t kMostHolders = 16;
-// If more entries than this lie within others, they get one finding together.
+// If more entries than this have a holder, one finding reports all of them.
 constexpr std::size_t kMostHeld = 8;
-// A rule that meets at most kFew rules before it is compared with each of them. For a rule that
-// meets more, some packets are tried first.
+// If a rule meets at most kFew earlier rules, it is compared with each of them. If it meets more,
+// some packets are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
 constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more packet
@@ -122,7 +122,7 @@ class Analysis {
     return space_.space().holds(mustBeside(outer, {inner}), rules_[inner].may);
   }
 
-  // --- Some packets of a rule, to see quickly what most rules are ---
+  // --- Tries of a few packets, which show at once what most rules are ---
 
   // True if some rule before `end` must take a packet that all of `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
@@ -141,8 +141,8 @@ class Analysis {
 
   // --- Whether a rule takes effect ---
 
-  // Returns kLeft if the rule takes effect. Reports a rule that does not, and one that needs too
-  // many steps.
+  // Returns kLeft if the rule takes effect. Reports the rule if it does not, or if the answer takes
+  // too many steps.
   Cut::Outcome findReached(std::uint32_t i) {
     const Rule& rule = rules_[i];
     Cut::Outcome outcome = Cut::Outcome::kUndecided;
@@ -184,8 +184,8 @@ class Analysis {
     return std::nullopt;
   }
 
-  // Drops each taker whose packets the other takers take too. None of the takers that are left can
-  // be left out.
+  // Leaves out each taker whose packets the other takers take too. So every taker in the result is
+  // needed.
   Positions withoutSpare(std::uint32_t i, Positions takers) {
     sortUnique(&takers);
     if (takers.size() == 1) return takers;
@@ -213,8 +213,8 @@ class Analysis {
   // these packets before a blocker does; those rules then decide how the packets are treated.
   void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
-    // No rule after the last blocker is the first to take a packet. Blockers are looked at before
-    // other rules, since the finding names the blockers anyway.
+    // Rules after the last blocker are never the first to take a packet. Blockers are looked at
+    // before other rules, since the finding names the blockers anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
@@ -277,11 +277,11 @@ class Analysis {
 
   // Tries some packets of both rules; packets that lack the fewest fields come first. Among these,
   // a packet is best if both rules surely take it and no rule before `end` may take it. A packet is
-  // second best if no rule before `end` must take it. Returns true if no packet of both rules can
-  // lack fewer fields than the one found.
+  // second best if no rule before `end` must take it. Returns true if the packet that it found
+  // lacks as few fields as any packet of both rules can.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
-    std::optional<std::size_t> least;  // the fewest fields that a packet of both can lack
+    std::optional<std::size_t> least;  // of all packets of both rules, the fewest missing fields
     for (std::size_t begin = 0; begin < witness->shape();) {
       const std::size_t lacking = space_.lacking(begin);
       std::size_t last = begin;
@@ -328,8 +328,8 @@ class Analysis {
 
   // --- Whether a rule is missed ---
 
-  // A rule is redundant if, without it, every packet that it takes first would be taken first by a
-  // rule with the same treatment.
+  // A rule is redundant if nothing changes without it: each packet that it is the first to take
+  // then goes to a rule with the same treatment.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
     if (isSurelyMissed(i)) return;
@@ -442,8 +442,8 @@ class Analysis {
   // --- Two rules ---
 
   // Looks for a packet of both rules that none of the candidates takes. The candidates are rules
-  // before `end`. A packet that is sure under every reading is preferred. Returns kLeft if there is
-  // a packet.
+  // before `end`. Prefers a packet for which all this is sure under every reading. Returns kLeft if
+  // there is a packet.
   Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
                           const std::vector<Candidate>& candidates, Witness* witness) {
     if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
@@ -462,7 +462,7 @@ class Analysis {
     addTreatments(i, p, finding);
   }
 
-  // Returns false if that takes too many steps.
+  // Returns false if the search for pairs takes too many steps.
   bool findPairs(std::uint32_t i) {
     const Rule& rule = rules_[i];
     const std::size_t end = options_.overlaps ? rules_.size() : rule.ranks_end;
@@ -488,8 +488,8 @@ class Analysis {
     return known;
   }
 
-  // Looks for a packet that reaches both of two rules of one rank. Returns false if that takes too
-  // many steps.
+  // Looks for a packet that reaches both of two rules of one rank. Returns false if the search
+  // takes too many steps.
   bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);
@@ -550,8 +550,8 @@ class Analysis {
   // --- Rules within others, without an order ---
 
   // Finds the rules that take all packets of the rule at `i` and treat them differently. A rule
-  // that takes every packet there is does not count, since it is not worth a finding. Returns false
-  // if the search takes too many steps.
+  // for all packets that exist does not count, because it is not worth a finding. Returns false if
+  // the search takes too many steps.
   bool findHolders(std::uint32_t i) {
     Positions met, holders;
     if (!met_by_.meeting(rules_[i].may, 0, rules_.size(), &met)) return false;
@@ -566,8 +566,8 @@ class Analysis {
     return true;
   }
 
-  // In a large group, one rule may take all packets of nearly all others, since it is meant for the
-  // rest. Drops such rules from the holders.
+  // A large group often has a rule for the rest, which takes all packets of nearly all other rules.
+  // Drops such rules from the holders.
   void dropRests() {
     if (rules_.size() <= kMostHeld) return;
     std::vector<std::size_t> counts(rules_.size());

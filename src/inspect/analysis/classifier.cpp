@@ -12,8 +12,8 @@ constexpr std::size_t kMostBytes = std::size_t{8} << 20;
 // `jumps` has up to this number of elements.
 constexpr unsigned kMostJumpBits = 16;
 
-// Starts to load some cache lines, which will be read soon. In a large group this halves the time
-// of a decision, since all rows of a packet are loaded at once.
+// Starts to load cache lines that will be read soon. In a large group this halves the time of a
+// decision, since all rows of a packet are loaded at once.
 void fetch(const std::uint64_t* words) {
   constexpr std::uintptr_t kLines = 4, kLineSize = 64;
   const auto first = reinterpret_cast<std::uintptr_t>(words);
@@ -63,7 +63,8 @@ Classifier::Classifier(const std::vector<PreparedEntry>& entries)
   chooseLeaders();
 }
 
-// A dimension leads if its rows are short, and if some entry asks for it and for no leader so far.
+// A dimension becomes a leader if its rows are short, and if some entry that asks for none of the
+// leaders chosen so far asks for this dimension.
 void Classifier::chooseLeaders() {
   std::vector<std::uint32_t> by_length;
   const auto lengthOf = [this](std::uint32_t d) {
@@ -182,7 +183,7 @@ std::size_t Classifier::Dimension::rowOf(std::uint64_t value) const {
   return static_cast<std::size_t>(found - starts.begin() - 1) >> rank_shift;
 }
 
-// Finds the row of each dimension of which the packet tells the value. The leaders come first.
+// Finds the row of each dimension whose value the packet tells. The leaders come first.
 std::size_t Classifier::rowsFor(const Packet& packet, Looked* looked) const {
   std::size_t count = 0, leaders = 0;
   for (const PacketFields::Field& field : PacketFields::of(packet)) {
@@ -203,7 +204,7 @@ std::size_t Classifier::rowsFor(const Packet& packet, Looked* looked) const {
   return count;
 }
 
-// The part `s` of the summary of all words that can have an entry which takes the packet.
+// Returns the part `s` of a summary: the words in which an entry that takes the packet can be.
 Classifier::Word Classifier::wordsToRead(const Looked* looked, std::size_t count,
                                          std::size_t s) const {
   Word some = others_[s], all = ~Word{0};

@@ -6,16 +6,16 @@
 // Each entry has a bit. In each dimension of the space (see space.h), values of equal rank share a
 // row: the bits of the entries that allow these values. The entries that do not ask for the
 // dimension at all have a row of their own, which is common to all values. An entry may take a
-// packet only if its bit is set in every dimension of which the packet tells the value. So the
-// answer is an intersection of rows (Lakshman and Stiliadis, "High-speed policy-based packet
-// forwarding using efficient multi-dimensional range matching", 1998).
+// packet only if its bit is set in every dimension whose value the packet tells. So the answer is
+// an intersection of rows (Lakshman and Stiliadis, "High-speed policy-based packet forwarding using
+// efficient multi-dimensional range matching", 1998).
 //
-// Most words of a row are 0, so a row keeps only the others, and a summary with a bit for each word
+// Most words of a row are 0. A row keeps only the others, and a summary with a bit for each word
 // that it keeps. The summaries say which words are worth reading (Baboescu and Varghese, "Scalable
 // packet classification", 2001). For 10,000 entries a summary has three words. Nearly every entry
 // asks for an address or for another field of many values, and the rows of such a dimension are
-// short. These dimensions lead: a word is read only if it is in the row of a leading dimension, or
-// if it has an entry that asks for no leading dimension which the packet tells.
+// short. These dimensions lead. A word is read in two cases: it is in the row of a leading
+// dimension, or one of its entries asks for none of the leading dimensions that the packet tells.
 //
 // If the rows of a dimension would take too much memory, neighbouring ranks share a row. The answer
 // may then have entries that do not take the packet. The caller compares each entry with the packet
@@ -58,13 +58,13 @@ class Classifier {
     }
   }
 
-  // True if no ranks share a row and no dimension is left out. An entry then misses the packet if
-  // forEach() leaves it out, and only then.
+  // True if no ranks share a row and no dimension is left out. Then forEach() leaves out all
+  // entries that miss the packet, and no others.
   bool isExact() const { return exact_; }
  private:
   using Word = std::uint64_t;
   static constexpr std::size_t kBits = 64;
-  static constexpr std::size_t kMostDimensions = 128;  // others exclude no entry
+  static constexpr std::size_t kMostDimensions = 128;  // further ones exclude no entry
 
   static unsigned lowestBitOf(Word word) { return static_cast<unsigned>(__builtin_ctzll(word)); }
   static unsigned countOnes(Word word) { return static_cast<unsigned>(__builtin_popcountll(word)); }
@@ -75,8 +75,8 @@ class Classifier {
     std::uint32_t begin;  // in `kept`
   };
   struct Dimension {
-    std::uint64_t bits;                 // of the value
-    unsigned shift;                     // how far these bits are from the lowest
+    std::uint64_t bits;                 // the bits of a value that count
+    unsigned shift;                     // the position of the lowest of these bits
     unsigned jump_shift;                // values that agree above this share an element of `jumps`
     unsigned rank_shift;                // ranks that agree above this share a row
     std::vector<std::uint64_t> starts;  // the lowest value of each rank
@@ -94,7 +94,7 @@ class Classifier {
       return common[w] | kept[row.begin + countOnes(row.words & ((Word{1} << at) - 1))];
     }
   };
-  // A dimension of which a packet tells the value, and the row of this value.
+  // The row of a packet's value in one dimension.
   struct Looked {
     const Dimension* dimension;
     const Row* row;

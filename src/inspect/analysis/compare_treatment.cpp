@@ -82,8 +82,8 @@ class Comparison {
     for (const SetId gap : set.outside) parts_.push_back({{set.core, gap}, {}});
   }
 
-  // Calls `run` for each part, with the sets and the candidates of a cut. Nothing is left only if
-  // nothing is left of any part.
+  // Calls `run` for each part, with the sets and the candidates of a cut. Returns kNothingLeft if
+  // every part has nothing left.
   template <class Run>
   Cut::Outcome forEachPart(SetId within, const std::vector<Candidate>& candidates, Run run) {
     Cut::Outcome worst = Cut::Outcome::kNothingLeft;
@@ -115,7 +115,8 @@ class Comparison {
     if (outcome != Cut::Outcome::kUndecided) outcome = findPairs(i);
     if (outcome == Cut::Outcome::kUndecided) return reportUndecided(kTooLong);
     const bool known = pairs_.size() > found || (side == 1 && involved_.count(i) != 0);
-    // Rules of the first group that were given up may have been part of its pairs.
+    // The rule may belong to a pair that was not found, because a rule of the first group took too
+    // many steps.
     if (!known) {
       reportUndecided(gave_up_ ? kTooLong
                                : "depends on readings, or on which of two that tie comes first");
@@ -144,8 +145,8 @@ class Comparison {
     return false;
   }
 
-  // True if this rule has an heir, and no rule that may come before the heir can treat one of this
-  // rule's packets differently.
+  // True if this rule has an heir, and if no rule with another treatment may take one of the
+  // packets before the heir does.
   bool hasHeir() const {
     const auto twins = by_matches_[1 - side_].find(rule_->matches);
     if (twins == by_matches_[1 - side_].end()) return false;
@@ -228,7 +229,7 @@ class Comparison {
   }
 
   // Pairs of two rules are found while the rules of the first group are compared. The rules of the
-  // second group add only pairs without a rule of the first group.
+  // second group add only the pairs that have no rule of the first group.
   void found(std::uint32_t i, std::uint32_t other, const Cut& cut) {
     if (side_ == 1 && other != kNoRule) return;
     const auto pair = side_ == 0 ? std::pair(i, other) : std::pair(other, i);
@@ -252,7 +253,7 @@ class Comparison {
     if (b) finding->message = entriesText({*b}) + ' ' + finding->message;
   }
 
-  // The packet of the finding may be one of the set.
+  // Makes a finding undecided, because its packet may be one of those to leave out.
   static void open(Finding* finding) {
     if (finding->code != Code::kTreatmentDiffers) return;
     finding->code = Code::kNotDecided;
@@ -272,7 +273,7 @@ class Comparison {
   const AnalysisOptions& options_;
   Rules all_;
   std::vector<Part> parts_;
-  // True if all packets but those of a set are compared, and only some of the set are left out.
+  // True if the packets of a set should be left out, but only some of them are.
   bool is_sample_ = false;
   bool gave_up_ = false;  // some rule took too many steps
   std::vector<Meetings> mays_;
@@ -282,7 +283,7 @@ class Comparison {
   std::set<std::pair<std::uint32_t, std::uint32_t>> pairs_;  // found so far, by positions
   std::set<std::uint32_t> involved_;                         // positions in the second group
 
-  // About the rule that is compared.
+  // These are about the rule that is compared.
   std::size_t side_ = 0;
   const Rule* rule_ = nullptr;
   std::vector<std::uint32_t> own_;     // rules of its group that may take a packet before it

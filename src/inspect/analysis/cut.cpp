@@ -11,7 +11,7 @@ constexpr double kSurelyLess = 1 - 1e-9;
 constexpr std::uint64_t kLooksAStep = 256;
 constexpr std::uint64_t kLooksAtMany = 4;  // the cost of a look into a set of several ranges
 
-// The first range, from `range` on, that does not end before `value`.
+// Returns the first range behind `range` that reaches `value` or begins after it.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
   std::ptrdiff_t stride = 1;
   for (; stride < end - range && range[stride].last < value; stride *= 2) range += stride;
@@ -89,7 +89,7 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
 }
 
 // Estimates how much of what remains the set takes, from 0 to 1. The result is 0 only if the set
-// meets nothing of it. `*whole` says whether the set takes all of it.
+// takes no packet of it. `*whole` says whether the set takes all of it.
 double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;
@@ -110,7 +110,7 @@ double Cut::shareOf(SetId set, bool* whole) {
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;
-  // Candidates of a higher level than one that takes all of what remains do not count.
+  // If a candidate takes all that remains, candidates of higher levels do not count.
   std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
   const std::uint64_t most = std::min(steps_left_, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
   for (std::size_t i = 0; i < frames_.back().candidates && looks_ < most; ++i) {

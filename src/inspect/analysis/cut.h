@@ -13,7 +13,7 @@
 
 namespace FiltersInspect {
 
-// A set to subtract. A packet is taken by the candidate of the lowest level that has the packet. If
+// A set to subtract. If several candidates have a packet, the one of the lowest level takes it. If
 // that candidate has `stops` set, the cut ends with kStopped.
 struct Candidate {
   SetId set;
@@ -30,8 +30,8 @@ class Cut {
     kStopped,  // the first candidate that takes some part has `stops` set
     kUndecided,
   };
-  // Watches a cut. Inside these functions, meets() and point() are about the part for which the
-  // function is called.
+  // Watches a cut. While one of these functions runs, meets() and point() are about the part for
+  // which it is called.
   class Watcher {
    public:
     virtual ~Watcher() = default;
@@ -50,9 +50,9 @@ class Cut {
   std::uint64_t stepsLeft() const { return steps_left_; }
   void setSteps(std::uint64_t steps) { steps_left_ = steps; }
 
-  // For watchers. They may also be called after kLeft or kStopped, unless the result was found by
-  // counting. They are then about the part that is left, or about the share of the candidate that
-  // ended the cut.
+  // These functions are for watchers. After kLeft they are about the part that is left, and after
+  // kStopped about the share of the candidate that ended the cut. If the result was found by
+  // counting, they may not be called then.
   bool meets(SetId set) const;
   Point point(SetId within = kEverything) const;  // a packet in the part and in `within`
   // The ranks of the part in a dimension that are also in `within`.

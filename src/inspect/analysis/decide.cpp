@@ -39,7 +39,7 @@ std::uint64_t hashOf(const Packet& packet) {
   return hash;
 }
 
-// What a thread remembers of its last decisions. Packets of a connection come in trains, and differ
+// The last decisions of a thread. The packets of a connection often follow each other, and differ
 // in no field that a rule asks for.
 struct LastDecisions {
   struct Slot {
@@ -49,8 +49,8 @@ struct LastDecisions {
   };
   std::array<Slot, 256> slots;
 
-  // Which entries may take a packet depends only on the answers to their constraints. So many
-  // packets have the same takers, and the search for the possible ones is done once.
+  // The entries that may take a packet depend only on the answers to their constraints. Many
+  // packets have the same answers, so the search for possible takers is made once for all of them.
   struct Narrowed {
     std::vector<std::uint32_t> entries;
     bool may_be_none, at_most;
@@ -77,8 +77,8 @@ Tracer::Prepared::Prepared(std::vector<PreparedEntry> itsEntries,
 
 namespace {
 
-// Like PossibleTakers::narrow(), but looks first whether takers with the same answers were narrowed
-// before.
+// Like PossibleTakers::narrow(), but first looks for the result of an earlier call with the same
+// answers.
 void narrow(const std::vector<PreparedEntry>& entries, std::uint64_t serial, const Packet& packet,
             PossibleTakers* takers) {
   if (takers->isNarrow()) return;

@@ -17,8 +17,8 @@ namespace FiltersInspect {
 // `max_steps` steps.
 std::uint64_t looksFor(std::uint64_t max_steps);
 
-// Makes cuts for many rules, with a limit of steps for each rule. All rules together may use the
-// steps of twenty rules at their limit, or of one rule in a thousand if that is more.
+// Makes cuts for many rules. Each rule may use `max_steps` steps. All rules together may use twenty
+// times this number, or a thousandth of the number of rules times this number if that is more.
 class Cuts {
  public:
   Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);

@@ -22,19 +22,18 @@ struct Masked {
   // True if every address that the mask lets through begins with the first `length` bits of
   // `first`.
   bool isOf(unsigned char first, unsigned length) const;
-  // True if the mask has a 0 before a 1 and such a mask is unusual. Usual ones are masks of the
-  // group bit and the local bit of MAC addresses (IEEE 802), and of IPv6 interface identifiers
-  // behind any prefix.
+  // True if the mask has a 0 before a 1, and is none of the usual masks of this kind. Usual are
+  // masks of the group bit and the local bit of MAC addresses (IEEE 802), and of IPv6 interface
+  // identifiers behind any prefix.
   bool hasHole() const;
   // The length of the shortest usual prefix that covers every 1 of the value.
   unsigned lengthForAll() const;
-  // For a mask with a hole, the masks that were probably meant: "255.255.255.240 or
-  // 255.255.255.248".
+  // The masks that were probably meant by a mask with a hole: "255.255.255.240 or 255.255.255.248".
   std::string meantMasks() const;
 };
 
 bool hasMask(const FormRow& row);
-// The value and the mask of a match, for a row for which hasMask() is true.
+// The value and the mask of a match. hasMask() must be true for the row.
 Masked maskedIn(const MatchPB& match, const FormRow& row);
 // The text of the match with this value and mask, without its name.
 std::string maskedText(const FormRow& row, const AddressBytes& value, const AddressBytes& mask);

@@ -28,10 +28,9 @@ class Meetings {
   // Returns false if the limit of ranges is reached: some of these sets may then not meet `set`.
   bool meeting(SetId set, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
-  // An upper limit of the number of these positions.
+  // Returns at least the number of positions that meeting() would append.
   std::size_t count(SetId set, std::size_t begin, std::size_t end);
-  // The same as meeting() for sets that may have this packet, because its ranks lie within their
-  // hulls.
+  // The same as meeting() for the sets that may have this packet: its ranks lie within their hulls.
   void mayHold(const Point& point, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
   // The same as meeting() for sets that hold all of `set`.

@@ -100,7 +100,7 @@ void complete(Packet* packet) {
       PacketFields::tell(packet, static_cast<std::uint8_t>(i), rows[i].usual[0]);
     }
   };
-  // A header of which a field is known to be absent stays incomplete.
+  // If the packet is known to lack a field of a header, that header stays incomplete.
   for (const Layer layer : {Layer::kIPv4, Layer::kIPv6}) {
     if (isAny(layer, true) && !isAny(layer, false)) addAll(layer);
   }

@@ -25,7 +25,7 @@ FieldValue without(const FieldValue& a, const FieldValue& b) {
   return each(a, b, [](std::uint64_t x, std::uint64_t y) { return x & ~y; });
 }
 
-// The bits of a number; bit 0 is the lowest.
+// The bits of a number. Bit 0 is the lowest.
 bool hasBit(const FieldValue& value, unsigned bit, unsigned width) {
   const std::uint64_t half = width > 64 && bit < 64 ? value[1] : value[0];
   return (half >> (bit % 64) & 1) != 0;
@@ -128,7 +128,7 @@ FieldSet asTos(const FieldSet& dscps) {
   return field;
 }
 
-// Reads what a set has room for behind the name of a field: a mask, a range or a list.
+// Reads what may stand behind the name of a field in a set: a mask, a range or a list.
 class RoomReader {
  public:
   struct Fault {
@@ -174,7 +174,7 @@ class RoomReader {
     }
   }
 
-  // Names may have hyphens too, so a range may be divided at any of them.
+  // Names may have hyphens too, so every hyphen of a range is tried as the one between its ends.
   void readItem(std::string_view item) {
     if (const auto value = written_.parse(item)) return add({*value, *value});
     const std::size_t slash = item.find('/');

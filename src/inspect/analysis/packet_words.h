@@ -19,15 +19,16 @@ namespace FiltersInspect {
 
 inline constexpr std::string_view kBlanks = " \t\r\n";  // separate words
 
-// Values from the first to the last, both included. Under a mask: the value and the mask.
+// The first and the last value of a range, both included. In the form kMasked: the value and the
+// mask.
 struct ValuePair {
   FieldValue first, last;
 };
 
 // The values that a field has in the packets of a set. Equal values have one form only:
 // - kLacks: the packets lack the field, and `values` is empty.
-// - kRanges: ascending ranges that do not touch each other.
-// - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. As
+// - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. The
+//   same values would need more than kMostRanges ranges.
 //   ranges the values would be more than kMostRanges.
 struct FieldSet {
   enum class Form : std::uint8_t { kLacks, kRanges, kMasked };
@@ -38,14 +39,14 @@ struct FieldSet {
   std::vector<ValuePair> values;
 };
 
-// Reads words between blanks. The fields are in the order of their numbers. Returns nothing, and
-// appends the faults to the report, which may be null, if a word cannot be read. For kPackets each
+// Reads words between blanks. The fields are in the order of their numbers. If a word cannot be
+// read, returns nothing and appends the faults to the report, which may be null. For kPackets each
 // field must be written as one value or `none`.
 enum class WordsOf : std::uint8_t { kPackets, kSets };
 std::optional<std::vector<FieldSet>> parsePacketWords(std::string_view text, WordsOf kind,
                                                       Report* report, std::size_t max_findings);
 
-// The values under a mask, of a field of this width.
+// The values that a field of this width has under a mask.
 FieldSet fieldUnder(std::uint8_t number, FieldValue value, const FieldValue& mask, unsigned width);
 // Gives a field of form kRanges, with any ranges in any order, the form for its values.
 void joinRanges(FieldSet* field, unsigned width);
@@ -57,13 +58,13 @@ void appendWord(const FieldSet& field, std::string* out);
 
 // The number with the lowest `count` bits set, or with all bits of a field set.
 FieldValue lowBits(unsigned count, unsigned width);
-// The next larger number. A number of 64 bits or less has the upper half alone.
+// The next larger number. A field of at most 64 bits uses only the first element.
 FieldValue nextOf(FieldValue value, unsigned width);
 
-// The largest number before this one, which must not be 0.
+// The number one smaller. The value must not be 0.
 FieldValue lastBefore(FieldValue value, unsigned width);
 
-// The fewest masks without holes under which exactly the values of a range lie.
+// Appends the smallest number of masks without holes that together take exactly a range.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks);
 // The same for the values that are in none of these ascending ranges.
 void appendGaps(const std::vector<ValuePair>& ranges, unsigned width,

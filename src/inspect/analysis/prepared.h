@@ -18,7 +18,7 @@ namespace FiltersInspect {
 // number, and equal treatments too.
 class Preparer {
  public:
-  // In their order.
+  // Returns the entries in this order.
   std::vector<PreparedEntry> entriesOf(const FiltersCommon::FiltersGroup& group, Order order);
   std::vector<std::string> takeTreatments() { return std::move(texts_); }
  private:

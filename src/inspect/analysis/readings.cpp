@@ -184,7 +184,7 @@ class Reader {
 
   bool readSet() {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
-    // A match that excludes kinds of port has no ports.
+    // A match that excludes kinds of port and names no ports asks nothing of this field.
     const bool leavesOut = row_.packet[1].test == FieldTest::kNotIn;
     if (set.empty() && leavesOut && !numbersIn(match_, row_.fields[1]).empty()) return false;
     if (set.empty()) openToAnything("its set is empty");

@@ -26,9 +26,9 @@ struct FieldRow {
   std::string_view name;
   ValueForm form;  // the form of one value; a flag is a boolean
   std::uint8_t bits;
-  Enumeration names;  // for kName
+  Enumeration names;  // the names of values, if the form is kName
   Layer layer;
-  std::vector<FieldValue> usual;  // at least one
+  std::vector<FieldValue> usual;  // the usual values, at least one
 };
 
 // Every field that forms.def names, once each, in the order of its rows.
@@ -46,14 +46,14 @@ std::vector<Space::Field> spaceFields();
 
 // --- Readings ------------------------------------------------------------------------------------
 
-// What a match asks of one field. A half that has constraints must meet at least one of them.
+// The constraints of a match on one field. A half with constraints must meet at least one of them.
 struct Asked {
   std::uint8_t field;
   std::uint8_t which;           // the first or second field of the match
   std::vector<Constraint> may;  // what it takes under some reading
-  // Why the match has several readings, as a sentence; null if it has only one. If `open` is not
-  // null, `must` is what every reading takes, and an empty `must` means that no packet is taken by
-  // every reading.
+  // A sentence that says why the match has several readings. It is null if the match has only one.
+  // If `open` is not null, `must` is what every reading takes, and an empty `must` means that no
+  // packet is taken by every reading.
   const char* open = nullptr;
   std::vector<Constraint> must;
   std::uint32_t match = 0;  // for an open match: equal matches have the same number

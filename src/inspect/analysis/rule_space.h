@@ -24,7 +24,7 @@ namespace FiltersInspect {
 struct SetAmongRules {
   SetId core = kNothing;
   std::vector<SetId> outside;
-  // True if for some field one value stands for all values of the set that no rule tells apart.
+  // True if the set has one value of some field in place of all values that no rule tells apart.
   bool is_sample = false;
 };
 
@@ -44,15 +44,14 @@ class RuleSpace {
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
   const SetAmongRules& set(std::size_t number) const { return sets_[number]; }
-  // For each field, if some rule constrains it.
+  // Says for each field if some rule constrains it.
   const std::vector<bool>& fieldsOfRules() const { return fields_of_rules_; }
 
   // The packets that a rule must take, among those that all rules of `takers` take. The set lives
   // until forget(), and says nothing about other packets.
   SetId mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers);
   void forget() { space_.forget(sealed_); }
-  // True if it is settled which of the packets that all of `takers` take the rule takes: all
-  // readings of the rule agree about these packets.
+  // True if all readings of the rule agree about each packet that all of `takers` take.
   bool isSettledBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) const;
  private:
   struct OpenMatch {
@@ -64,7 +63,7 @@ class RuleSpace {
     SetId asked;  // `must`, but ignoring matches that must take no packet
     std::uint32_t open_begin, open_end;
   };
-  // What the rules and the sets ask of half a field.
+  // The constraints of the rules and the sets on half a field.
   struct Use {
     bool ranges = false, holes = false;
     bool lacks = false;  // some set has packets without it, although every packet has it

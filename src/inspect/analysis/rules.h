@@ -23,7 +23,7 @@ namespace FiltersInspect {
 struct Rule {
   FiltersCommon::filtersEntryId_t id;
   FiltersCommon::filtersEntryPriority_t priority;
-  std::uint32_t number;     // in the space
+  std::uint32_t number;     // its number in the space
   SetId must, may;          // the packets that it takes under every reading, or under some
   std::uint32_t matches;    // equal for equal matches, in both groups
   std::uint32_t treatment;  // equal for equal treatments
@@ -39,7 +39,7 @@ class Rules {
         std::vector<std::vector<FieldSet>> sets = {});
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // For finding rules of a group by the packets that they may take.
+  // Made of the packets that each rule of the group may take.
   Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);

@@ -205,7 +205,7 @@ void Space::findRanks() {
 void Space::addTerm(std::size_t part, const Ask& ask) {
   const std::size_t begin = ranges_.size();
   if (ask.asks == Asks::kLack) {
-    if (!lacking_[part]) return;  // the field's first part says it
+    if (!lacking_[part]) return;  // the first part says that the field is lacking
     ranges_.push_back({sizes_[part] - 1, sizes_[part] - 1});
   } else {
     for (std::size_t v = ask.begin; v < (&ask)[1].begin; ++v) {

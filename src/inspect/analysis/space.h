@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_SPACE_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_SPACE_H_
 
-// Sets of packets, and questions such as whether some sets together hold another one. Nothing here
-// knows what a field means.
+// Sets of packets, and questions about them. For example: do some sets together hold all packets of
+// another one? Nothing here knows what a field means.
 //
 // A packet has a value in each field, or lacks the field. A set is a product: it constrains some
 // fields, and a packet is in the set if each of these fields has a value that the set allows. A
@@ -59,8 +59,8 @@ class Space {
   // If some set has a range on a field, all masks on that field must be prefixes.
   explicit Space(std::vector<Field> fields) : fields_(std::move(fields)) {}
 
-  // A set may give a field one mask, or say that it is lacking, or give any number of ranges, one
-  // of which must hold. Add all sets before seal(), and ask all questions after it.
+  // A set may give a field one mask, or say that it is lacking, or give it any number of ranges.
+  // One of the ranges must then hold. Add all sets before seal(), and ask all questions after it.
   SetId add(std::vector<Constraint> constraints);
   // Says that there are packets without this field.
   void mayLack(std::uint32_t field) { fields_[field].may_lack = true; }
@@ -142,7 +142,7 @@ class Space {
   struct Ask {
     std::uint32_t field;
     Asks asks;
-    std::size_t begin;  // in values_; the values end where those of the next one begin
+    std::size_t begin;  // in values_; the end is the `begin` of the next one
   };
   static Values within(const Part& part, Asks asks, const Values& values);
   static std::uint32_t rankOf(const Part& part, std::uint64_t value);

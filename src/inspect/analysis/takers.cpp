@@ -36,7 +36,7 @@ class Candidates {
     space_.seal(false);
   }
 
-  // Returns null if that takes too many steps.
+  // Returns nothing if the answer takes too many steps.
   std::optional<bool> isPossible(std::uint32_t i) { return isLeft({space_.may(i)}, {i}, rank(i)); }
   std::optional<bool> mayBeNone() { return isLeft({}, {}, ~std::uint64_t{0}); }
  private:
@@ -50,7 +50,7 @@ class Candidates {
       const SetId set = space_.mustBeside(p, takers);
       if (set != kNothing) before.push_back({set, 0, false, p});
     }
-    const std::uint64_t work = before.size() / 64;  // to go through all of them once
+    const std::uint64_t work = before.size() / 64;  // the steps to go through all of them
     if (steps_left_ <= work) return std::nullopt;
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);

@@ -20,14 +20,14 @@ struct PreparedEntry {
   std::size_t treatment;  // the index in the list of different treatments
   std::vector<Asked> asked;
   std::uint64_t fields;  // a bit for each of these fields
-  // True if the entry takes every packet that has all of these fields, unless one of the values is
-  // excluded under every reading.
+  // True if a packet that has all of these fields is surely taken by the entry or surely missed: no
+  // match has several readings.
   bool closed;
 };
 PreparedEntry prepare(std::uint64_t rank, FiltersCommon::filtersEntryId_t id, std::size_t treatment,
                       std::vector<Asked> asked);
 
-// What a packet says to one constraint.
+// The answer of a packet to one constraint.
 enum class Answer : std::uint8_t {
   kNo,      // it does not hold
   kYes,     // it holds under every reading
@@ -43,16 +43,16 @@ Hit hitOf(const PreparedEntry& entry, const Packet& packet);
 // reading only, the match stays, and may take every packet.
 std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet);
 
-// The entries that can be the first to take a packet, each for some values of the fields that are
-// not told and under some reading.
+// The entries that can be the first to take a packet. Each can for some reading, and for some
+// values of the fields that are not told.
 struct PossibleTakers {
   std::vector<const PreparedEntry*> entries;  // in their order
   bool may_be_none = true;                    // perhaps no entry takes the packet
-  bool at_most = false;                       // some of this was not decided, and may be impossible
+  bool at_most = false;                       // true if some of these were not decided
 
-  // Add the entries that do not miss the packet, in their order, while this returns true.
+  // Call this for each entry that does not miss the packet, in their order, until it returns false.
   bool add(const PreparedEntry& entry, Hit hit);
-  // Leaves out what is impossible, after all entries are added.
+  // Leaves out the entries that are impossible. Call it after all entries are added.
   void narrow(const Packet& packet);
   bool isNarrow() const { return entries.empty() || (entries.size() == 1 && !may_be_none); }
   Decision decision() const;

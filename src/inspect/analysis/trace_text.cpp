@@ -30,7 +30,7 @@ std::string listed(const std::vector<filtersEntryId_t>& ids) {
   return list;
 }
 
-// Which candidate takes the packet: one that surely matches, unless one of the others does.
+// Says which candidates may take the packet, for example "10 takes it, unless 20 or 30 does".
 std::string candidatesText(const Trace& trace) {
   std::vector<filtersEntryId_t> sure, others;
   auto traced = trace.entries.begin();  // the candidates are in the order of the entries

@@ -156,7 +156,7 @@ class Oddities {
     }
     return nullptr;
   }
-  // For a match that holds a single number.
+  // The number of a match that holds a single one.
   std::optional<std::uint32_t> numberOf(filtersMatch_t code) const {
     const MatchPB* match = held(code);
     if (match == nullptr) return std::nullopt;
@@ -263,8 +263,8 @@ class Oddities {
     }
   }
 
-  // A single address that ends in zeros, so the mask was probably forgotten. Multicast addresses
-  // may end in zeros.
+  // Reports a single address that ends in zeros, because its mask was probably forgotten. Multicast
+  // addresses may end in zeros.
   void addNetwork(const MatchPB& match, const FormRow& row, const Masked& masked) {
     const bool is4 = row.form == ValueForm::kIPv4;
     if (!masked.isOne() || (!is4 && row.form != ValueForm::kIPv6)) return;
@@ -306,8 +306,8 @@ class Oddities {
         add(match, odd.why);
       }
     }
-    // A byte with ECN bits set and a small DSCP: somebody wrote a DSCP instead. Smaller bytes match
-    // ECN alone.
+    // A byte with ECN bits and a small DSCP is probably a DSCP that was written as a whole byte.
+    // Bytes below 4 match ECN alone.
     if (match.type_() == FILTERS_MATCH_TOS && number > 3 && number < 64 && number % 4 != 0) {
       add(match, "the whole byte is DSCP " + std::to_string(number / 4) + " and ECN " +
                      std::to_string(number % 4) + "; write tos=" + std::to_string(4 * number) +
@@ -429,7 +429,8 @@ class Oddities {
     add(Subject::kAction, code, "it stands beside " + std::string(nameOf(other)) + ", " + why,
         {other});
   }
-  // Packets that are switched to the CPU may be copied to it instead.
+  // True if the action only cancels the switching to the CPU, so the packet may still be copied
+  // there.
   bool isSwitchCancel(filtersAction_t code) const {
     const auto& actions = message_.actions_();
     return code == FILTERS_ACTION_COPY_TO_CPU_CANCEL &&

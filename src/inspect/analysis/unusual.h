@@ -11,8 +11,8 @@ namespace FiltersInspect {
 
 // Adds a finding for each odd value of a match or action, each contradiction between parts of the
 // entry, and a missing action. The sentence says what to write instead. An oddity is reported only
-// if hardly any rule of a working filter has it. For example, a mask of 0 for every address is
-// usual, and so is a rule that denies packets that no station should send.
+// if hardly any rule of a working filter has it. So two usual things are not reported: a mask of 0
+// for every address, and a rule that denies packets that no station should send.
 void addOddities(const FiltersCommon::FiltersEntry& entry, EntryFindings* findings);
 
 }  // namespace FiltersInspect

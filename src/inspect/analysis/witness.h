@@ -32,7 +32,7 @@ class Witness {
     return shape_ < space_.shapes().size() &&
            (space_.lacking(shape_) == space_.lacking(0) || looks_ >= kLooks);
   }
-  // The packet that was found; without any, one without fields.
+  // The packet that was found, or a packet without fields if none was found.
   Packet packet() const;
   std::string text() const { return packet().toText(); }
  private:

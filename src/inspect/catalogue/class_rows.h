@@ -9,11 +9,11 @@ namespace FiltersInspect {
 
 struct MatchRow {
   FiltersCommon::filtersMatch_t code;
-  // isIn: whether the entry holds such a match. putBlank: sets a blank one, and returns false if
-  // the entry refuses it.
+  // isIn: whether the entry holds such a match. putBlank: puts a blank match into the entry, or
+  // returns false if the entry refuses it.
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
-  // Compares the matches of two entries. Both entries must hold one of this class.
+  // Compares the matches of two entries. Each entry must hold a match of this class.
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
   // Reads a match's message into a blank object and writes that object as a message. This shows
   // what the library makes of the first message.
@@ -29,8 +29,8 @@ struct ActionRow {
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };
 
-// All rows in the order of codes, and the row of one code. The row is null for a code without a
-// class.
+// All rows in the order of codes, and the row of one code. A code without a class has no row, so
+// the result is null.
 const MatchRow* rowOf(FiltersCommon::filtersMatch_t code);
 const ActionRow* rowOf(FiltersCommon::filtersAction_t code);
 

@@ -6,7 +6,7 @@
 
 namespace FiltersInspect {
 
-// A word that somebody wrote, for a sentence: 'src_ip'. A long one ends in "...", and control
+// Puts a word that somebody wrote into a sentence: 'src_ip'. A long word ends in "...", and control
 // characters become question marks.
 std::string inQuotes(std::string_view word);
 

@@ -20,7 +20,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// An entry in both groups, null where it is missing, and the stages and types that admit it.
+// The entries of one id in both groups, or null, and the stages and types that admit them.
 struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;
@@ -48,8 +48,7 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   return pairs;
 }
 
-// The entries that a good route does not remove: entries that could stay, or be replaced in one
-// step.
+// The entries that a good route does not remove: they could stay, or be replaced in one step.
 std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   std::map<std::tuple<StageTypeSet, StageTypeSet, bool>, std::uint64_t> losses;
   for (const Pair& pair : pairs) {
@@ -168,8 +167,8 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   return report;
 }
 
-// Finds the route. Entries that could not be inserted again must be able to stay; if they cannot,
-// there is no route.
+// Finds the route. Entries that could not be inserted again must be able to stay. If one of them
+// cannot stay, there is no route.
 FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
                    const std::vector<Pair>& pairs) {
   StageTypeSet allowed = ~StageTypeSet{0};

@@ -20,7 +20,7 @@ StageTypeSet bitOf(Code code, unsigned start) {
 StageTypeSet bitOf(filtersGroupStage_t stage) { return bitOf(stage, 0); }
 StageTypeSet bitOf(filtersGroupType_t type) { return bitOf(type, kHalf); }
 
-// Every stage and type that a group may have together.
+// Every pair of a stage and a type that a group may have.
 std::vector<Waypoint> allWaypoints() {
   std::vector<Waypoint> waypoints;
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
@@ -31,8 +31,8 @@ std::vector<Waypoint> allWaypoints() {
   return waypoints;
 }
 
-// The versions of an entry that the group can still hold without loss: the old one, or the new one
-// that replaced it.
+// The versions of an entry that the group can still hold without loss: the old version, or the new
+// one that replaced it.
 using HeldVersions = std::uint8_t;
 constexpr HeldVersions kOld = 1, kNew = 2;
 
@@ -45,7 +45,7 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
 
 // Tries sequences of stages and types, short ones first. No stage and type is in a sequence twice,
 // because loops never help: an entry that can be inserted inside a loop can also be inserted where
-// the loop closes. A sequence is given up when it costs as much as the best one known.
+// the loop closes. The search drops a sequence as soon as it costs as much as the best one known.
 class Search {
  public:
   Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
@@ -73,8 +73,8 @@ class Search {
     return {best_, !outOfWork()};
   }
  private:
-  // This is some tens of milliseconds. If no route is found by then, the search goes on until one
-  // is found.
+  // This much work takes some tens of milliseconds. If no route is known by then, the search goes
+  // on until it finds one.
   static constexpr std::uint64_t kMaxWork = 1 << 23;
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 

@@ -12,8 +12,8 @@
 
 namespace FiltersInspect {
 
-// A set of stages and types. All stages that the library does not know share one bit, and all such
-// types another; these bits admit nothing.
+// A set of stages and types. All stages that the library does not know share one bit, and all types
+// that it does not know share another. These two bits admit nothing.
 using StageTypeSet = std::uint64_t;
 
 struct StageAndType {
@@ -30,9 +30,9 @@ inline bool operator==(const StageAndType& a, const StageAndType& b) {
 StageTypeSet stageTypeSetOf(const StageAndType& place);
 // The stages that admit the entry's actions and policer, and the types that admit its matches.
 StageTypeSet stageTypeSetOf(const FiltersCommon::FiltersEntry& entry);
-// True if all of `these` are in `all`. insertEntry() admits an entry if the entry's set contains
-// the group's stage and type. A setter lets an entry stay if the entry's set contains the new stage
-// or type.
+// True if `all` has all of `these`. insertEntry() admits an entry if the entry's set contains the
+// group's stage and type. A setter lets an entry stay if the entry's set contains the new stage or
+// type.
 inline bool contains(StageTypeSet all, StageTypeSet these) { return (all & these) == these; }
 
 // A stage and type of the group between two setters.
@@ -44,16 +44,16 @@ struct Waypoint {
 // The first waypoint is the group's own stage and type, the last one the target's.
 using Route = std::vector<Waypoint>;
 
-// For an entry that the stages and types in `admitting` admit. lastWaypoint() is the last waypoint
-// to which the entry can stay if the group holds it from the start. firstWaypoint() is the first
-// waypoint from which the entry can stay until the end.
+// These functions are for an entry that the stages and types in `admitting` admit. If the group
+// holds the entry from the start, it can stay to the waypoint lastWaypoint(). From the waypoint
+// firstWaypoint() on, it can stay until the end.
 std::size_t lastWaypoint(const Route& route, StageTypeSet admitting);
 std::size_t firstWaypoint(const Route& route, StageTypeSet admitting);
 
-// Entries that every route treats in the same way. Each has a version at the start and one at the
-// end.
+// Entries that every route treats in the same way. Each entry has a version at the start and a
+// version at the end.
 struct EntryKind {
-  StageTypeSet before, after;  // what admits the version at the start, or the one at the end
+  StageTypeSet before, after;  // what admits the first version, and the last one
   bool same;                   // both versions are equal: an entry that can stay needs no step
   std::uint64_t loss;          // additional steps if the entries must be removed on the way
 };
@@ -62,8 +62,8 @@ struct FoundRoute {
   Route route;       // empty if there is none
   bool best = true;  // true if it is certain that no other route costs less
 };
-// Finds the route with the fewest steps. Its setters set only stages and types that are in
-// `allowed`.
+// Finds the route with the fewest steps. The setters of the route set only stages and types that
+// are in `allowed`.
 FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds);
 

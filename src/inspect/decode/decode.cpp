@@ -17,7 +17,7 @@ namespace {
 
 using namespace FiltersCommon;
 
-// Makes the object, or nothing if the constructor throws because of the bytes.
+// Makes the object. Makes nothing if the constructor throws because of the bytes.
 template <class T>
 void make(std::string_view bytes, std::optional<T>* object) {
   try {
@@ -50,8 +50,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
   return {message, whole};
 }
 
-// Reports what concerns all bytes together, unless another finding has said it. `ended` is true if
-// a finding says where the bytes end.
+// Reports what concerns all bytes together, unless another finding has reported it. `ended` is true
+// if a finding says where the bytes end.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
               DecodeFindings* findings) {
   const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};

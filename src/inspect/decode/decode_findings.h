@@ -24,7 +24,7 @@ struct MessagePart {
   std::string_view field = {};
   std::size_t index = kAlone;  // among the elements of the field
   ByteRange bytes = {};
-  std::size_t head = 0;  // how many of the bytes are the tag and the length
+  std::size_t head = 0;  // the number of bytes of the tag and the length
 
   std::string path() const;
   // The bytes of a message without its tag and length.
@@ -39,8 +39,8 @@ class DecodeFindings {
   explicit DecodeFindings(const DecodeLimits& limits)
       : report_(limits.max_findings), least_(limits.least) {}
 
-  // Returns null if nobody asked for findings of this severity. Also returns null beyond the limit,
-  // where the finding is only counted.
+  // Returns null if nobody asked for findings of this severity, or if the limit is reached. In the
+  // second case the finding is only counted.
   Finding* add(Code code, const MessagePart& part, const char* message = "");
   // Adds the findings of another report at the end.
   void append(DecodeFindings&& others) { report_.append(others.take()); }

@@ -23,7 +23,7 @@ std::string_view writtenBy(const Message& message, std::string* scratch) {
   return *scratch;
 }
 
-// For example "match ttl" or "counter 3".
+// Names a part, for example "match ttl" or "counter 3".
 std::string partText(Subject subject, std::uint32_t code) {
   const std::string kind = std::string(nameOf(subject)) + ' ';
   if (subject == Subject::kMatch) return kind + nameOrNumber(static_cast<filtersMatch_t>(code));

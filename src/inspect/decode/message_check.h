@@ -38,17 +38,17 @@ class MessageCheck {
   bool walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
             DecodeFindings* findings, const Visit& visit = nullptr);
 
-  // Reports differences between what was received and what is kept. Call walk() before. `echo` says
-  // what is kept of one element of a repeated number. Without it, repeated numbers are not
-  // compared.
+  // Reports differences between what was received and what is kept. Call walk() before this
+  // function. `echo` says what is kept of one element of a repeated number. Without `echo`,
+  // repeated numbers are not compared.
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
   // Says that the caller has a value for this field, so that the field is not reported as missing.
   void assume(int fieldNumber);
 
-  // True if the bytes broke off inside the message. Nothing is then reported about its last part,
-  // and nothing is called missing.
+  // True if the bytes broke off inside the message. Then nothing is reported about the message's
+  // last part, and nothing is called missing.
   bool isBroken() const { return broken_; }
 
   // Whether the walk found the field, and the place of its last occurrence.

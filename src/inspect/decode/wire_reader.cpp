@@ -58,7 +58,7 @@ bool WireReader::skip(std::size_t count) {
   return true;
 }
 
-// No message of the library has groups, so they are unknown fields. They may be nested.
+// The messages of the library have no groups, so a group is an unknown field. Groups may be nested.
 bool WireReader::skipGroup(std::uint32_t number) {
   std::uint32_t open[kDepth];
   int count = 0;

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 #define FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 
-// Finds the fields of messages in their bytes; the message runtime does not say where they are. The
-// runtime decides what the bytes mean, and this reader reads them in the same way.
+// Finds the fields of messages in their bytes, because the message runtime does not say where the
+// fields are. The runtime decides what the bytes mean, and this reader reads them in the same way.
 
 #include <cstddef>
 #include <cstdint>

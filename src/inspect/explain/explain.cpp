@@ -46,14 +46,14 @@ std::string rowsWith(const char* rows, const Table& table, Code code) {
   return std::string("; ") + rows + "s that do: " + names;
 }
 
-// For example "stage ingress"; "stage 99, which does not exist".
+// Names a stage, for example "stage ingress" or "stage 99, which does not exist".
 std::string stageText(policer::Stage stage) {
   return "stage " + nameOrNumber(stage) +
          (FiltersInspect::nameOf(stage).empty() ? ", which does not exist" : "");
 }
 
 // The stages of policers that a group's stage admits. The library has these rules only in its
-// checks; the tests compare every row with the checks.
+// checks, so a test compares every row with the checks.
 std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   switch (stage) {
     case FILTERS_GROUP_STAGE_NONE:
@@ -67,7 +67,7 @@ std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   return {};
 }
 
-// The library's checks are members of a group, but use only their arguments, so any group will do.
+// The library's checks are members of a group. They use only their arguments, so any group will do.
 const FiltersGroup& checks() {
   static const FiltersGroup group(0);
   return group;
@@ -79,8 +79,8 @@ struct JustCode {
   filtersMatch_t getType() const { return code; }
 };
 
-// Fills a report with refusals. The library decides; only what the library refuses is looked at
-// more closely.
+// Fills a report with refusals. The library decides, and the code here looks for the cause only if
+// the library has refused something.
 class Refusals {
  public:
   Refusals() = default;

@@ -14,8 +14,8 @@ using namespace FiltersCommon;
 
 namespace {
 
-// The decoder says what becomes of bytes: "and is dropped". These are its findings about what is
-// written twice, and about entries that their group refuses; empty for others.
+// Returns the sentence for a finding about something written twice, or about something that is
+// refused. Other findings keep the sentence of the decoder, so the result is empty for them.
 std::string sentenceFor(const Finding& finding) {
   switch (finding.code) {
     case Code::kEntryRefused:

@@ -70,7 +70,7 @@ class GroupBuilder {
   GroupPositions positions_;  // of the current group, and of its entries so far
 };
 
-// What a reader, of text or of JSON, makes of all of it.
+// Reads the whole text or JSON with `Reader`, and returns the groups and findings.
 template <class Reader>
 ParsedGroups readGroups(std::string_view all, std::size_t max_findings) {
   GroupBuilder groups(GroupBuilder::Makes::kGroups, max_findings);

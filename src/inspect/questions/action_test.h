@@ -9,9 +9,9 @@
 
 namespace FiltersInspect {
 
-// Reading the words of an ActionTest one by one.
+// Reads the words of an ActionTest one by one.
 struct ActionWords {
-  // Why a word cannot be read, and the part of it that is wrong.
+  // The reason why a word cannot be read, and the wrong part of it.
   struct Fault {
     Code code;
     std::string_view piece;

@@ -20,20 +20,20 @@ namespace {
 using namespace FiltersCommon;
 
 constexpr std::uint64_t kUnlimited = ~std::uint64_t{0};
-// The number of rules looked at in one step, while those are sought that share open matches.
+// The number of rules looked at in one step of the search for rules that share open matches.
 constexpr std::uint64_t kRulesAStep = 500;
 
 using Positions = std::vector<std::uint32_t>;
 using Sets = std::vector<SetId>;
 
-// Looks for packets of one set that break a promise. A packet goes to an entry or to none, which is
-// its destination; some destinations are good, and all others bad. An entry is a possible
-// destination of a packet if the entry may take it, and no entry of a lower rank must take it
-// beside that entry.
+// Looks for packets of one set that break a promise. The destination of a packet is the entry that
+// takes it, or "none" if no entry does. Some destinations are good, and all others are bad. An
+// entry is a possible destination of a packet if two things hold: the entry may take the packet,
+// and no entry of a lower rank must take it too.
 class Breaches {
  public:
-  // `good` says for each position of a rule if it is a good destination, and `none` if it is good
-  // that no entry takes a packet.
+  // `good` says for each rule, by position, if it is a good destination. `none` says if "none" is a
+  // good destination.
   Breaches(Rules* all, Meetings* meetings, const AnalysisOptions& options, const SetAmongRules& set,
            const std::vector<bool>& good, bool none)
       : rules_(all->of(0)),
@@ -48,9 +48,8 @@ class Breaches {
 
   enum class Answer : std::uint8_t { kNo, kYes, kUnknown };
 
-  // kYes comes with such a packet of the set: one that can be real, if it is not hard to find.
-  //
-  // Is a bad destination possible for a packet?
+  // Says if a bad destination is possible for some packet of the set. With kYes, `*packet` is such
+  // a packet, and one that can be real if that is easy to find.
   Answer mayBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     Answer answer = none_ ? Answer::kNo : mayBeNone(packet);
@@ -62,8 +61,8 @@ class Breaches {
     }
     return answer;
   }
-  // True if it is quick to see that every packet keeps the promise: some good entry must take it,
-  // and no bad entry of the same or a lower rank may.
+  // True if a quick look shows that every packet keeps the promise: some good entry must take it,
+  // and no bad entry of the same or a lower rank may take it.
   bool surelyKeeps() {
     if (!begin()) return false;
     const auto isGood = [this](std::uint32_t p) { return good_[p]; };
@@ -81,7 +80,7 @@ class Breaches {
     GoOn watcher(none_);
     return cuts_->runThrough({core_}, &list, &watcher) == Cut::Outcome::kNothingLeft;
   }
-  // Is there a packet for which every possible destination is bad?
+  // Says if there is a packet for which every possible destination is bad.
   Answer mustBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     is_known_ = true;
@@ -111,7 +110,7 @@ class Breaches {
 
   // --- What may be ---
 
-  // Is the rule at `i` a possible destination?
+  // Says if the rule at `i` is a possible destination.
   Answer mayGoTo(std::uint32_t i, std::optional<Point>* packet) {
     const Rule& rule = rules_[i];
     space_.forget();
@@ -134,12 +133,12 @@ class Breaches {
 
   // --- What must be ---
 
-  // A packet breaks the promise surely if no good destination is possible. A good entry is not
-  // possible for a packet that it cannot take, or that an entry of a lower rank must take beside
-  // it. There are two kinds of the latter: entries that must take the packet anyway, which a cut by
-  // ranks finds, and entries that must take it because they share an open match with the good
-  // entry. For the second kind the entry is settled: the search goes on among the packets that both
-  // take, as if the good entry were not there.
+  // A packet breaks the promise surely if no good destination is possible. A good entry is not a
+  // possible destination of a packet in two cases: the entry cannot take the packet, or an entry of
+  // a lower rank must take it too. Such an entry of a lower rank is of one of two kinds. The first
+  // must take the packet in any case, and a cut by ranks finds it. The second must take the packet
+  // because it shares an open match with the good entry. The good entry is then settled: the search
+  // goes on among the packets that both entries take, as if the good entry were not there.
   bool findFailure(const Sets& sets, std::optional<Point>* packet) {
     if (looks_left_ <= met_.size()) {
       is_known_ = false;
@@ -148,7 +147,7 @@ class Breaches {
     looks_left_ -= met_.size() + 1;
     GoodTakers takers(none_);
     std::vector<Candidate> list = byRank(sets);
-    // If it is good that no entry takes a packet, a bad one must take it.
+    // If "none" is a good destination, only a rule that must take packets can break the promise.
     const auto isBad = [](const Candidate& one) { return one.stops; };
     if (none_ && std::none_of(list.begin(), list.end(), isBad)) return false;
     const Cut::Outcome outcome = is_brief_ ? cuts_->runBriefly(sets, &list, &takers)
@@ -162,7 +161,7 @@ class Breaches {
     for (std::uint32_t i : takers.take()) {
       if (kept_[i]) continue;
       if (settle(i, sets, packet)) return true;
-      // Whatever breaks the promise although this entry is settled has been found.
+      // All failures that can be found while this entry is settled have been found.
       kept_[i] = true;
       tried.push_back(i);
     }
@@ -195,8 +194,8 @@ class Breaches {
     return found;
   }
 
-  // The good entries that may take packets of all sets, and behind those of each rank the bad ones
-  // that must.
+  // The candidates of all ranks. In each rank, the good entries that may take packets of all sets
+  // come first, and then the bad entries that must take some.
   std::vector<Candidate> byRank(const Sets& sets) const {
     const auto meetsAll = [&](SetId one) {
       return std::all_of(sets.begin(), sets.end(),
@@ -215,7 +214,7 @@ class Breaches {
 
   // --- Cuts ---
 
-  // Goes on behind parts that no entry takes if that is good.
+  // Does not end the cut at a part that no entry takes, if "none" is a good destination.
   struct GoOn : Cut::Watcher {
     explicit GoOn(bool is_good) : none(is_good) {}
     bool left(const Cut&) override { return none; }
@@ -234,7 +233,8 @@ class Breaches {
     Positions tags;
   };
 
-  // Is something left of the sets behind the candidates? Replaces a packet by one that can be real.
+  // Says if the candidates leave something of the sets. If they do, looks for a packet of the rest
+  // that can be real.
   Answer look(Sets sets, const std::vector<Candidate>& list, std::optional<Point>* packet) {
     std::vector<Candidate> all = list;
     const Cut::Outcome outcome = cuts_->runThrough(sets, &all, nullptr);
@@ -264,14 +264,14 @@ class Breaches {
   Meetings& meetings_;
   std::optional<Cuts> cuts_;
   const std::uint64_t max_steps_;
-  const SetId core_;  // the packets of the set are in here, and in none of these
+  const SetId core_;  // the set: all packets of this, but none of `outside_`
   std::vector<Candidate> outside_;
   const std::vector<bool>& good_;
   const bool none_;
   Positions met_;
   std::vector<bool> is_met_;
   bool is_real_ = false;  // the packet that mayBreak() has found can be real
-  // About mustBreak().
+  // These are about mustBreak().
   bool is_known_ = true;
   bool is_brief_ = false;  // looks for a better packet, with few steps
   std::uint64_t looks_left_ = 0;
@@ -332,7 +332,7 @@ class PolicyCheck {
   std::optional<Packet> tryPackets(const Promise& promise, const SetAmongRules& set,
                                    const std::vector<bool>& shown) {
     constexpr std::size_t kFew = 24;  // rules of which a cut makes short work
-    constexpr unsigned kTries = 3;    // for each shape
+    constexpr unsigned kTries = 3;    // packets to try for each shape
     if (all_.of(0).size() <= kFew) return std::nullopt;
     const Space& space = all_.space().space();
     for (const SetId shape : all_.space().shapes()) {
@@ -377,7 +377,7 @@ class PolicyCheck {
   // Says for each rule if it keeps the promise when it takes a packet.
   std::vector<bool> keepers(const Promise& promise) const {
     enum : std::uint8_t { kUnseen, kBreaks, kKeeps };
-    std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // by treatments
+    std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // indexed by treatment
     std::vector<bool> keepers;
     for (const Rule& rule : all_.of(0)) {
       std::uint8_t& its = known[rule.treatment];
@@ -398,8 +398,8 @@ class PolicyCheck {
     return finding;
   }
 
-  // The verdict about a promise that this packet may break. `must` says if a packet surely breaks
-  // it, which is then this one.
+  // The verdict about a promise that this packet may break. If `must` is kYes, this packet surely
+  // breaks the promise.
   Finding broken(const Promise& promise, const Packet& packet, Answer must) const {
     const Trace traced = tracer_.trace(packet);
     std::vector<Taker> good, bad;
@@ -454,7 +454,7 @@ class PolicyCheck {
     return "entry " + std::to_string(*where) + verb + what + rest;
   }
 
-  // Why it is not certain where the packet goes: the readings, or the ties.
+  // Says why it is not certain where the packet goes: it depends on readings, or on ties.
   std::string whyOpen(const Trace& traced) const {
     constexpr std::size_t kMostNamed = 2;
     std::size_t readings = 0;

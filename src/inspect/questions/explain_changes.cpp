@@ -25,8 +25,8 @@ const FiltersEntry* find(const FiltersGroup& group, Id id) {
   return found == group.getEntriesRef().end() ? nullptr : &found->second;
 }
 
-// What happens to packets that were treated by the entry `before`, or by none if it is null: "are
-// now dropped".
+// Says what happens to packets of the entry `before` when `after` takes them: "are now dropped". A
+// null entry stands for no entry.
 std::string consequence(const FiltersEntry* before, const FiltersEntry* after) {
   ActionDeny deny;
   ActionPermit permit;
@@ -79,12 +79,13 @@ class Changes {
     Role role;
     std::vector<std::uint32_t>
         others;           // the rules that take the packets before or after the change
-    bool none = false;    // also packets that no rule takes then
+    bool none = false;    // some of them go to no rule then
     const Finding* pair;  // the first pair of rules
   };
 
-  // Finds the changed rule that is the cause of a pair. If both rules of the pair have changed, it
-  // is the first one, unless this rule would still take the packet.
+  // Finds the changed rule that is the cause of a pair. If both rules of the pair have changed, the
+  // cause is the first rule. But if the first rule would still take the packet, the cause is the
+  // second.
   void add(const Finding& pair) {
     const Id before = pair.entry, after = pair.others.empty() ? Id() : Id(pair.others[0]);
     for (const Id& id : {before, after}) {
@@ -119,8 +120,8 @@ class Changes {
     });
   }
 
-  // What has changed in a rule: "new", "gone", "permit became deny, priority=5 became priority=7".
-  // The text is empty if only the counters have.
+  // Says what has changed in a rule: "new", "gone", "permit became deny, priority=5 became
+  // priority=7". The text is empty if only the counters have changed.
   std::string changeOf(filtersEntryId_t id) const {
     if (find(a_, id) == nullptr) return "new";
     if (find(b_, id) == nullptr) return "gone";

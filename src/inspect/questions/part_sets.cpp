@@ -4,7 +4,7 @@
 
 namespace FiltersInspect {
 
-// A part is a product, and so is a set. But a field may be divided into dimensions, and a set
+// A part is a product, and so is a set. But the part may divide a field into dimensions, and a set
 // cannot say "this value, or lacking". So a part may take several sets.
 bool PartSets::left(const Cut& cut) {
   part_ = {{}};
@@ -21,15 +21,15 @@ bool PartSets::left(const Cut& cut) {
   return true;
 }
 
-// Divides the values of some dimensions into values under masks. Returns false if these are too
-// many.
+// Divides the values of some dimensions into values under masks. Returns false if there are too
+// many masks.
 bool PartSets::divide(const std::vector<Dimension>& dimensions,
                       std::vector<ValuePair>* pieces) const {
   *pieces = {{}};
   for (const Dimension& one : dimensions) {
     const std::uint64_t bits = space_.bitsOf(one.number);
     const std::size_t half = space_.fieldOf(one.number) % 2;
-    unsigned low = 0, size = 0;  // the bits are these, without those below
+    unsigned low = 0, size = 0;  // there are `size` bits, from bit `low` on
     while ((bits >> low & 1) == 0) ++low;
     while (size + low < 64 && (bits >> (size + low) & 1) != 0) ++size;
     std::vector<ValuePair> masks, longer;
@@ -49,7 +49,8 @@ bool PartSets::divide(const std::vector<Dimension>& dimensions,
   return true;
 }
 
-// Adds to the sets of the part what it has of one field, whose dimensions these are.
+// Adds the values of one field to the sets of the part. The field has the dimensions from `begin`
+// to `end`.
 bool PartSets::addField(const Cut& cut, std::uint32_t begin, std::uint32_t end) {
   const auto number = static_cast<std::uint8_t>(space_.fieldOf(begin) / 2);
   const unsigned width = packetFields()[number].bits;

@@ -13,7 +13,7 @@
 
 namespace FiltersInspect {
 
-// Collects the parts that a cut leaves, unless they are too many sets to read.
+// Collects the parts that a cut leaves, unless they make more sets than anybody would read.
 class PartSets : public Cut::Watcher {
  public:
   explicit PartSets(const Space& space) : space_(space) {}
@@ -22,7 +22,7 @@ class PartSets : public Cut::Watcher {
   const std::vector<std::vector<FieldSet>>& sets() const { return sets_; }
  private:
   static constexpr std::size_t kMostSets = 16;
-  static constexpr std::size_t kMostPieces = 256;  // of one field
+  static constexpr std::size_t kMostPieces = 256;  // pieces of one field
 
   // The values of a dimension that a part has.
   struct Dimension {

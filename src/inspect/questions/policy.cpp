@@ -32,7 +32,7 @@ class PolicyReader : TextLines {
         max_findings_(max_findings),
         faults_(max_findings) {}
 
-  // Reads all of it. The groups are of no use if there are faults.
+  // Reads the whole policy. The groups are of no use if there are faults.
   Report read(std::vector<PolicyGroup>* groups) {
     groups_ = groups;
     if (!readVersion()) return faults_.take();
@@ -62,7 +62,7 @@ class PolicyReader : TextLines {
     }
     if (groups_->empty()) {
       failWord(std::string("a group comes first: write a line like ") + kPolicyGroup);
-      groups_->emplace_back();  // so that this is said once
+      groups_->emplace_back();  // so that the fault is reported once
     }
     if (isAccept) return readAcceptance();
     readPromise(isAlways);
@@ -146,7 +146,7 @@ class PolicyReader : TextLines {
     }
   }
 
-  // Reads an action, or reports that the word is none.
+  // Reads an action. Reports a word that is no action.
   bool readAction(Promise* promise, const std::vector<std::string_view>& held) {
     const std::string_view name = word_.substr(0, word_.find('='));
     if (word_ == kTaken) return failWord("`taken` stands alone: it is any entry at all");

@@ -108,7 +108,8 @@ class Search {
     return remains;
   }
  private:
-  // What is left of packets behind entries: an example of them. It is `known` whether there is one.
+  // An example of the packets that entries leave. `known` says if it is certain whether they leave
+  // any.
   struct Left {
     bool known = true;
     std::optional<Packet> packet;
@@ -116,8 +117,8 @@ class Search {
 
   bool isClosed(const Rule& rule) const { return rule.must == rule.may; }
 
-  // The packets of the set that are in `within` and in none of the others. The tags of these are
-  // the positions of rules before `end` that may take all their packets.
+  // Says what the others leave of the packets of the set that are in `within`. Each of the others
+  // has packets of one rule before `end`, and its tag is the position of this rule.
   Left leftOf(SetId within, std::vector<Candidate> others, std::size_t end = 0) {
     if (within == kNothing) return {};
     std::vector<SetId> sets = {set_.core};
@@ -141,7 +142,7 @@ class Search {
     return {true, parts.witness.packet()};
   }
 
-  // Looks for a real packet among a few ones. Most entries have one.
+  // Looks for a real packet among a few packets. Most entries have one.
   std::optional<Packet> tryPackets(std::vector<SetId> sets, const std::vector<Candidate>& others,
                                    std::size_t end) {
     std::optional<Packet> found;
@@ -170,8 +171,8 @@ class Search {
 
   // The other entries that take packets of an entry before it does.
   struct Before {
-    std::vector<Candidate> surely, maybe;  // under every reading in which it takes them; under some
-    bool settled;                          // both are the same, and so are `may` and `must` of it
+    std::vector<Candidate> surely, maybe;  // under every reading, or under some
+    bool settled;                          // no reading and no tie makes a difference
   };
   Before beforeOf(std::uint32_t i) {
     const Rule& rule = rules_[i];
@@ -199,8 +200,8 @@ class Search {
     add(rule.id, may, before.settled ? may : leftOf(rule.must, before.maybe, rule.ranks_end));
   }
 
-  // All packets of the set that are in `within` and in none of the others, or none if that takes
-  // too many sets or steps.
+  // Returns all packets of the set that are in `within` and in none of the others. Returns nothing
+  // if there are too many sets or steps.
   std::vector<PacketSet> allOf(SetId within, std::vector<Candidate> others) {
     if (set_.is_sample) return {};
     for (const SetId gap : set_.outside) others.push_back({gap, 0, false, 0});
@@ -241,7 +242,7 @@ class Search {
     return one;
   }
 
-  // Why a packet goes to an entry only perhaps.
+  // Says why it is not certain that a packet goes to this entry.
   std::string reasonFor(std::optional<filtersEntryId_t> entry, const Packet& packet) {
     if (!tracer_) tracer_.emplace(group_, order_);
     const Trace trace = tracer_->trace(packet);
@@ -268,7 +269,7 @@ class Search {
   Points points_;
   std::vector<std::uint32_t> met_;  // rules that may take a packet of the set
   std::vector<bool> is_met_;
-  std::vector<SetId> taken_by_;  // for each rule, while packets are tried
+  std::vector<SetId> taken_by_;  // the set of each rule while packets are tried
   std::vector<std::uint32_t> tried_;
   std::optional<Tracer> tracer_;
   Destinations found_;

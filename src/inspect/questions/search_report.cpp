@@ -91,7 +91,7 @@ Report remainsReport(const FiltersGroup& group, filtersEntryId_t entry, const Re
       finding.message = what + (text.empty() ? "every packet" : text);
     }
   };
-  // If one list would be too long, the other one alone would look like the whole answer.
+  // If one list would be too long, the other list alone would look like the whole answer.
   if (!left.possibly.empty() && (left.hit != Hit::kHit || !left.surely.empty())) {
     addSets(left.surely, Hit::kHit, "it takes ", nullptr);
     addSets(left.possibly, Hit::kUndecided, "it may take ", &left.surely);

@@ -174,7 +174,8 @@ void write(const Finding& finding, JsonWriter* json) {
   json->close('}');
 }
 
-// For example "permit becomes deny". The text is empty if the finding does not have two treatments.
+// The two treatments as text: "permit becomes deny". The text is empty if the finding does not have
+// two treatments.
 std::string treatmentsText(const Finding& finding) {
   if (finding.witness.empty() || finding.before.empty() || finding.after.empty()) return {};
   if (finding.before == finding.after) return "alike: " + finding.before;

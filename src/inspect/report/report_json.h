@@ -16,7 +16,7 @@ struct ReportBasis {
 };
 
 // The JSON document of reports. `basis` is null for reports that are no analysis. A document on one
-// line leaves out the assumptions, which are the same in all of many lines.
+// line leaves out the assumptions, because a stream of such lines would repeat them.
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
                        const ReportBasis* basis, bool isLine = false);
 

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 #define FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 
-// What all counters of frames share.
+// The parts that all counters of frames share.
 
 #include <filter_inspect/filter_traffic.h>
 
@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// The packet, and the fields of `assumed` that it does not tell.
+// The packet, and those fields of `assumed` that the packet does not tell.
 inline Packet withAssumed(const Packet& packet, const Packet& assumed) {
   Packet both = packet;
   for (const PacketFields::Field& field : PacketFields::of(assumed)) {

@@ -17,8 +17,8 @@ namespace {
 
 using namespace FiltersCommon;
 
-// The number of steps that one frame may take, and the number of pairs that are looked at. With
-// more of either, pairs that are impossible may be counted as possible.
+// The number of steps that one frame may take, and the number of pairs that are looked at. If a
+// frame needs more of one of them, pairs that are impossible may be counted as possible.
 constexpr std::uint64_t kStepsOfFrame = 20000;
 constexpr std::size_t kMostPairs = 1024;
 constexpr std::size_t kMostRemembered = 16384;
@@ -37,8 +37,8 @@ struct EntryPair {
   }
 };
 
-// Finds the pairs of entries that can be the first to take a packet, together for some values of
-// the fields that are not told and under some reading.
+// Finds the pairs of entries that can be the first to take a packet. Both entries of a pair must be
+// the first for the same values of the untold fields, under the same reading.
 class Together {
  public:
   // The entries that do not miss the packet, in their order.
@@ -73,7 +73,7 @@ class Together {
         if (set != kNothing) before.push_back({set, 0, false, place});
       }
     }
-    const std::uint64_t work = before.size() / 64;  // to go through all of them once
+    const std::uint64_t work = before.size() / 64;  // the steps to go through all of them
     if (steps_left_ <= work) return true;
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);
@@ -92,7 +92,8 @@ class Together {
 
 constexpr std::uint64_t kBehindAll = ~std::uint64_t{0};
 
-// Equal for entries with the same matches, which take the same packets under every reading.
+// A text that is equal for entries with the same matches. Such entries take the same packets under
+// every reading.
 std::string matchesKey(const PreparedEntry& entry) {
   std::string key;
   const auto add = [&key](std::initializer_list<std::uint64_t> numbers) {
@@ -113,7 +114,7 @@ struct Group {
     for (const PreparedEntry& entry : entries) byId.emplace(entry.id, &entry);
   }
 
-  // For each entry, the rank of the first entry of the other group with the same matches.
+  // Finds for each entry the rank of the first entry of the other group with the same matches.
   void findTwins(const Group& other) {
     std::unordered_map<std::string, std::uint64_t> ranks;
     for (const PreparedEntry& entry : other.entries) ranks.emplace(matchesKey(entry), entry.rank);
@@ -126,8 +127,8 @@ struct Group {
     return entry == nullptr ? kBehindAll : twins[static_cast<std::size_t>(entry - entries.data())];
   }
 
-  // The entries that can be the first to take a packet, in their order, and null behind them if
-  // there may be none.
+  // The entries that can be the first to take a packet, in their order. A null behind them means
+  // that perhaps no entry takes it.
   std::vector<const PreparedEntry*> firstOf(const Decision& decision) const {
     if (decision.entry) return {byId.at(*decision.entry)};
     std::vector<const PreparedEntry*> all;
@@ -175,7 +176,7 @@ struct TrafficComparison::Comparing {
     const auto firstOfB = b.firstOf(b.tracer.decide(packet));
     std::vector<EntryPair> pairs;
     for (const PreparedEntry* one : firstOfA) {
-      // A pair is impossible if the other group has the same matches before it.
+      // A pair is impossible if an entry of the other group with the same matches comes before it.
       for (const PreparedEntry* other : firstOfB) {
         if (rankOf(other) > a.twinOf(one)) break;
         if (rankOf(one) <= b.twinOf(other)) pairs.push_back({one, other});
@@ -221,7 +222,7 @@ struct TrafficComparison::Comparing {
     return all.pairs.emplace_back(std::move(row));
   }
 
-  // Takes back the rows behind the first ones.
+  // Takes back the rows from `count` on.
   void keepRows(std::size_t count) {
     for (; all.pairs.size() > count; all.pairs.pop_back()) {
       places.erase(Ids(all.pairs.back().a, all.pairs.back().b));
@@ -233,9 +234,9 @@ struct TrafficComparison::Comparing {
   Packet assumed;
   std::vector<std::string> treatments;
   TrafficDifferences all;
-  std::map<Ids, std::size_t> places;  // in `all.pairs`
+  std::map<Ids, std::size_t> places;  // of pairs in `all.pairs`
   std::unordered_map<std::string, std::vector<EntryPair>>
-      narrowed;  // of packets that are undecided
+      narrowed;  // the pairs of undecided packets
 };
 
 TrafficComparison::TrafficComparison(const FiltersGroup& a, const FiltersGroup& b, Order order,

@@ -24,8 +24,8 @@ constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88
 constexpr std::uint32_t kSnap = 0xaaaa03, kSnapPrefixes[] = {0x000000, 0x0000f8};
 constexpr std::size_t kLlcSize = 3, kSnapSize = 8;
 
-// Protocols of Linux cooked frames that are not ether types, and the kinds of devices whose frames
-// do not begin with what the protocol says: Frame Relay, radiotap and netlink.
+// Protocols of Linux cooked frames that are not ether types, and kinds of devices whose frames
+// begin with something else than the protocol says: Frame Relay, radiotap and netlink.
 constexpr std::uint32_t kCookedNovell = 1, kCookedLlc = 4;
 constexpr std::uint32_t kForeignDevices[] = {770, 803, 824};
 
@@ -35,8 +35,8 @@ constexpr std::uint32_t kFamilyIPv4 = 2, kFamiliesIPv6[] = {10, 23, 24, 28, 30};
 constexpr std::size_t kLeastIPv4Header = 20, kIPv6Header = 40, kAddressSize = 16;
 constexpr std::uint32_t kFragmentOffset = 0x1fff;  // in the 16 bits of IPv4
 
-// Extension headers of IPv6 (IANA's registry). That of ESP is the last that can be read, so it is
-// the protocol.
+// Extension headers of IPv6 (IANA's registry). The header of ESP is the last one that can be read,
+// so its number is the protocol.
 enum Extension : std::uint32_t {
   kHopByHop = 0,
   kRouting = 43,
@@ -125,7 +125,7 @@ class Frame {
     }
     return true;
   }
-  // A number of up to 8 bytes; those in front are the larger ones.
+  // Reads a number of up to 8 bytes, with the most significant byte first.
   std::optional<std::uint64_t> number(std::size_t at, std::size_t size) {
     if (!has(at, size)) return std::nullopt;
     std::uint64_t value = 0;
@@ -147,7 +147,7 @@ class Frame {
   void lacks(Fields... fields) {
     ((known_[fields] = Known::kAbsent), ...);
   }
-  // Tells a field as it stands in the frame.
+  // Tells a field whose value stands in the frame.
   void tell(Shown field, std::size_t at, std::size_t size) {
     if (const auto value = number(at, size)) set(field, *value);
   }
@@ -159,7 +159,7 @@ class Frame {
     lacks(kSrcIPv4, kDstIPv4, kSrcIPv6, kDstIPv6, kProtocol, kTos, kTtl, kSrcPort, kDstPort);
   }
 
-  // --- Headers, each with the place where it begins ---
+  // --- Headers; each function gets the place where its header begins ---
 
   void cooked(std::size_t device, std::size_t protocol, std::size_t behind);
   void loopback();
@@ -247,7 +247,7 @@ void Frame::tagged(std::uint32_t type, std::size_t behind) {
   typed(type, behind);
 }
 
-// Goes through tags to what an ether type or a length announces.
+// Reads the tags, and then the header that the last ether type or length announces.
 void Frame::typed(std::uint32_t type, std::size_t behind) {
   for (; isOneOf(kTags, type); behind += kTagSize) {
     const auto next = word(behind + 2, 2);

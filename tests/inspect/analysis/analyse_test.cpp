@@ -202,9 +202,9 @@ TEST(AnalyseTest, SaysEachSentence) {
   sentences.expectGolden("sentences_analysis.txt");
 }
 
-// If there are many entries all of whose packets another entry takes too, the report has one line
-// for all of these entries. It has no line if that other entry is meant for the rest of the
-// packets.
+// Tests groups in which other entries take all packets of many entries. The report has one line for
+// all of these entries. It has no line if they are only taken by an entry that is meant for the
+// rest of the packets.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";

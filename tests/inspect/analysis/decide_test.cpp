@@ -27,7 +27,7 @@ FiltersGroup withOpenMatches(const FiltersGroup& group, std::mt19937* engine) {
   return made;
 }
 
-// A packet near a rule, of which some fields are not told and some are absent.
+// A packet near a rule. Some of its fields are not told, and some are absent.
 std::string packetNear(const RuleSet::Tuple& rule, std::mt19937* engine) {
   constexpr const char* kNames[] = {"src_ipv4", "dst_ipv4", "src_l4_port", "dst_l4_port",
                                     "ip_protocol"};
@@ -77,7 +77,7 @@ TEST(DecideTest, IsTheOutcomeOfTheTrace) {
   }
 }
 
-// So many long ranges are too much for a row for each port, so that ports share rows.
+// With so many long ranges, a row for each port would be too much. So ports share rows.
 TEST(DecideTest, IsExactIfRowsAreShared) {
   constexpr unsigned kRules = 9000;
   FiltersGroup group(1);

@@ -108,7 +108,7 @@ struct Case {
 
 class SpaceTest : public testing::Test {
  protected:
-  // Returns how many there were.
+  // Returns the number of cases.
   int forEachCase(int count, const std::function<void(const Case&)>& check) {
     RandomCases i(count);
     for (; i.more() && !HasFailure(); ++i) {

@@ -31,8 +31,8 @@ using PlainPacket = std::vector<std::optional<Value>>;  // a value for each fiel
 using Reading = std::function<bool(Value)>;
 
 // The condition of a match on one field, in each reading. The device reads equal matches in the
-// same way. If a match on a field has several readings, it has a `key`, which differs from those of
-// other such matches on the field. `match` is then the number of the match.
+// same way. A match with several readings has a `key`. Different matches of this kind on one field
+// have different keys. `match` is then the number of the match.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;

@@ -244,7 +244,7 @@ inline std::string faultOfAnalysis(const Case& c, const Case::Rows& rows,
   return text + "and not:\n" + all.str();
 }
 
-// Tries every order of the rules, because findings without an order must be true in every order.
+// Tries every order of the rules, because findings without an order must be true in each of them.
 inline std::string faultOfAnyOrder(const Case& c) {
   std::vector<std::uint64_t> ranks;
   for (std::size_t i = 0; i < c.rules.size(); ++i) ranks.push_back(i);

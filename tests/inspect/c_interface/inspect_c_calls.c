@@ -352,7 +352,7 @@ static void analyse(void) {
   deleteFiltersGroup(group);
 }
 
-// Entry 10 takes all packets of the set; those of the entries behind it depend on a reading.
+// Entry 10 takes all packets of the set. It depends on a reading what the entries behind it take.
 static void ask(void) {
   const char text[] =
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
@@ -434,7 +434,7 @@ static bool isCount(filtersFrameCount_t count, uint64_t frames, uint64_t first, 
   return count.frames == frames && count.first == first && count.first_time == time;
 }
 
-// An IPv4 header that announces UDP, of which the ports are not captured.
+// Counts a frame with an IPv4 header that announces UDP. Its ports are not captured.
 static void countHits(void) {
   static const unsigned char frame[20] = {0x45, 0, 0, 28, 0, 0, 0, 0, 9, 17};
   const char text[] =

@@ -173,7 +173,7 @@ TEST(Diff, SaysWhatBecameOfPolicers) {
   using policer::Mode;
   const auto at = policer::Stage::Ingress;
   const policer::Policer none, flow(5, at, Mode::Flow(1000, 0), {});
-  const auto hidden = [&](std::uint8_t value) {  // of an action that writes no value
+  const auto hidden = [&](std::uint8_t value) {  // the action writes no value
     return policer::Policer(5, at, Mode::None(),
                             {Action(policer::ActionType::Drop, Color::Red, value)});
   };

@@ -27,8 +27,8 @@ Json nameOr(const Json& number, const Enumeration& names) {
 
 Json listOf(const Json& items) { return {{"type", "array"}, {"items", items}}; }
 
-// The schema of an object. The keys in `required` must be present, and other keys than `properties`
-// must not.
+// The schema of an object. The keys in `required` must be present, and all keys must be in
+// `properties`.
 Json object(const Json& properties, const std::vector<std::string_view>& required) {
   return {{"type", "object"},
           {"properties", properties},
@@ -228,7 +228,8 @@ bool keeps(const FormRow& row, std::uint64_t number) {
   return numberIn(kept, row.fields[0]) == number;
 }
 
-// The width of a number is written in its row, and again in the class that holds it.
+// The width of a number is written twice, in its row and in the class that holds it. Checks that
+// both say the same.
 template <class T, class Code>
 bool hasTrueWidth(Code code) {
   using Message = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
@@ -280,7 +281,7 @@ const char* packetsWith(Layer layer) {
   return "";
 }
 
-// The fields of packets, each with the matches that test it. The first of these describes it.
+// The fields of packets, each with the matches that test it. The first match describes the field.
 void printFields() {
   std::vector<std::string> names;
   std::map<std::string, std::pair<const PacketField*, std::string>> fields;

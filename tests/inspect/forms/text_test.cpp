@@ -132,7 +132,7 @@ TEST(Text, SaysWhatPolicersDo) {
     entry.setPolicer({5, policer::Stage{7}, mode, actions});
     EXPECT_EQ(toText(entry), "entry 7 priority=0 police {id=5 stage=7 " + std::string(said) + '}');
   }
-  // These values leave out the number of an action that writes none.
+  // These values do not show the number of the action, because this action writes none.
   FiltersEntry entry(7);
   entry.setPolicerParent(
       {5, policer::Stage::Egress, Mode::Flow(1, 2), {Action(ActionType::Drop, Color::Red, 9)}});
@@ -351,7 +351,7 @@ TEST(Text, RefusesAllElse) {
   }
 }
 
-// The bytes of entries that their group refuses are there for who asks for bytes.
+// A caller that asks for bytes also gets the entries that their group refuses.
 TEST(Text, GivesTheBytesThatAGroupRefuses) {
   const std::string text =
       kHead + "group 1 priority=2 stage=none type=1\n\n entry 7 priority=0 if ttl=1\n";

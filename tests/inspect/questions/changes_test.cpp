@@ -37,8 +37,8 @@ Case changed(const Case& a, Maker<Random>* maker, Random* random) {
 
 // How two groups treat the packets for which `has` is true.
 struct Differences {
-  bool some = false;    // differently under some reading
-  bool surely = false;  // one of them surely differently
+  bool some = false;    // some packet is treated differently under some reading
+  bool surely = false;  // some packet is surely treated differently
 };
 
 template <class Has>
@@ -101,7 +101,7 @@ TEST(ChangesTest, SayWhatEveryPacketOfTinyGroupsSays) {
     const Case b = changed(a, &maker, &random);
     const PlainSet set = SetMaker<Random>(random, a.fields).make();
     PlainSet all = set;
-    for (PlainFieldSet& asks : all.asks) asks.named = false;  // a field that may lack still may
+    for (PlainFieldSet& asks : all.asks) asks.named = false;  // packets without it stay
     const Order order = kAllOrders[random.below(kAllOrders.size())];
     AnalysisOptions options;
     options.order = order;

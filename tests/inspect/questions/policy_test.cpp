@@ -187,7 +187,7 @@ TEST(PolicyTest, AcceptsFindings) {
     said << *finding.entry << ' ' << nameOf(finding.code) << '\n';
   }
   EXPECT_EQ(said.str(), "30 entry-unreachable\n30 accept-stale\n20 accept-stale\n");
-  // Findings that were left out may be those that are accepted.
+  // Some of the findings that were left out may be accepted ones.
   options.max_findings = 1;
   Report cut = analyse(group, options);
   EXPECT_EQ(acceptFindings(policy, 1, &cut), 1U);
@@ -284,7 +284,7 @@ TEST(PolicyTest, NamesEveryFault) {
       {group + "accept entries-tie entry 1 2", "3:28 text-syntax 2"},
       {group + "accept entries-tie entry 1\naccept entries-tie entry 0x1",
        "4:26 text-repeated 0x1"},
-      // Bytes that no line has.
+      // Bytes that no line may have.
       {group + std::string("never per\0mit", 13), "3:10 text-syntax "},
       {group + std::string("never permit if ttl=1\0", 22), "3:22 text-syntax "},
       {group + "never permit if ttl=1\rttl=2", "3:22 text-syntax \r"},

@@ -129,7 +129,7 @@ TEST(SearchTest, ListsNothingIfOneListIsTooLong) {
             "packets-left 3 (deny): packets are left for it\n");
 }
 
-// Entries 1 and 2 together take all packets of entry 3, which takes steps to find out.
+// Entries 1 and 2 together take all packets of entry 3. It takes steps to find that out.
 TEST(SearchTest, SaysWhenStepsDoNotSuffice) {
   const FiltersGroup group = groupOf(
       "entry 1 priority=3 if src_ipv4=10.0.0.0/9 then permit\n"

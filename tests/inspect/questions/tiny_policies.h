@@ -125,7 +125,7 @@ inline std::string faultOfPolicy(const Case& c, const std::vector<PlainSet>& set
         return "it is " + std::string(nameOf(verdicts[i].code())) + ":\n" + said.str() + all.str();
       }
       if (finding.code == Code::kPolicyHolds || isLimited) continue;
-      // A packet that can be built may take more steps to find.
+      // Finding a packet that can be built may take more steps.
       if (max_steps < 100) verdicts[i].built_surely = verdicts[i].built_maybe = false;
       const std::string fault =
           faultOfVerdictWitness(c, sets[k], kPromises[i], verdicts[i], finding, order);

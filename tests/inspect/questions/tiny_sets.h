@@ -17,7 +17,7 @@ namespace tiny {
 // An IPv6 address whose upper half is 1 has this bit. Other upper halves are 0.
 constexpr Value kUpper = Value{1} << 40;
 
-// A field with more values than the rules tell apart, so that sets can divide it otherwise.
+// A field with more values than the rules tell apart, so that sets can divide it in other places.
 struct WideField {
   explicit WideField(const Field& its) : field(its) {
     const auto starts = [&](const char* name) { return field.name.rfind(name, 0) == 0; };
@@ -41,7 +41,7 @@ struct WideField {
       for (Value v = 0; v < 12; ++v) values.push_back(kUpper | v);
     }
     ends = values.size();
-    // Beyond the ends of ranges, all that the low bits of a mask can ask.
+    // Larger values, one for each choice of the low bits that a mask can ask for.
     const Value more = most > 6 ? 16 : 2;
     for (Value v = most; v < most + more; ++v) values.push_back(v);
     for (Value v = 12; bits == 128 && v < 12 + more; ++v) values.push_back(kUpper | v);
@@ -143,7 +143,8 @@ struct WideField {
     Value halves[2] = {};
     for (unsigned i = 0; i < bits / 8; ++i) halves[i / 8] = halves[i / 8] << 8 | bytes[i];
     if (bits != 128) return halves[0];
-    // Numbers that are larger than all that have a place keep their order.
+    // A half that is larger than all values to try is read as another such number that has a place.
+    // Its four low bits stay.
     return std::min<Value>(halves[0], 2) * kUpper +
            std::min(halves[1], kUpper - 16 + halves[1] % 16);
   }
@@ -151,7 +152,7 @@ struct WideField {
   Field field;
   unsigned bits;
   std::vector<Value> values;
-  std::size_t ends;  // the first so many values are in the text of sets
+  std::size_t ends;  // this many values, from the first, can stand in sets
 };
 
 // What a set asks of one field.
@@ -307,7 +308,7 @@ class SetMaker {
 
 // --- What the plain side says of a set -----------------------------------------------------------
 
-// For each rule, and for the case that no rule takes a packet (the last one).
+// For each rule, and last for the case that no rule takes a packet.
 struct PlainAnswer {
   enum class Is : std::uint8_t { kNever, kMaybe, kSurely };
   std::vector<Is> goes, real_goes;  // to the rule; the same for packets that can be built
@@ -315,8 +316,8 @@ struct PlainAnswer {
   std::vector<bool> meets_all;
 };
 
-// The same set with fewer values to try: one of all that neither the rules nor the set tell apart,
-// nor those of `others`.
+// The same set with fewer values to try. If several values are the same to the rules, to the set
+// and to `others`, only one of them stays.
 inline PlainSet withFewValues(const Case& c, PlainSet set,
                               const std::vector<std::string>& others = {}) {
   for (std::size_t i = 0; i < set.fields.size(); ++i) {

@@ -39,7 +39,7 @@ inline Told told(const std::string& frame, std::size_t captured, std::size_t len
   return it;
 }
 
-// Whatever is told of the first bytes of a frame stays so with more of them. A whole frame is not
+// What the first bytes of a frame tell stays the same with more of its bytes. A whole frame is not
 // cut. Returns the fault as text, or an empty text.
 inline std::string faultOfPrefixes(const std::string& frame, std::size_t length, Link link) {
   Words before;

@@ -3,8 +3,8 @@
     frames_test.py <frame_texts> [emulator and its arguments]...
 
 scapy makes the frames: tags, options, extension headers, fragments, all links. Every field must be
-the same. Of a frame that is cut, no field may be another one than that of the whole frame, and no
-field that tshark tells may be missing. Both programs must be installed; the test is skipped
+the same. A frame that is cut must not tell another value than the whole frame, and must tell every
+field that tshark tells. Both programs must be installed; the test is skipped
 otherwise.
 """
 
@@ -252,7 +252,7 @@ def complain(*what):
 with tempfile.TemporaryDirectory() as folder:
     for its_link, all_whole in frames.items():
         cuts = [(len(whole), whole) for whole in all_whole]
-        # A third of the frames once more, cut somewhere.
+        # A third of the frames is compared once more, cut at a random place.
         cuts += [(rng.randrange(len(whole)), whole) for whole in all_whole[::3]]
         sent = b"".join(struct.pack(">BII", its_link, captured, len(whole)) + whole[:captured]
                         for captured, whole in cuts)

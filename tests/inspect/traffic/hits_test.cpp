@@ -34,7 +34,7 @@ Packet packetFrom(const std::string& text) {
   return packet.value_or(Packet());
 }
 
-// Some packets of a case, of which some fields are not told.
+// Some packets of a case. Some of their fields are not told.
 std::vector<std::string> somePackets(const Case& c, Random* random, unsigned count) {
   const auto all = c.everyPacket();
   std::vector<std::string> texts;
@@ -128,8 +128,8 @@ TEST(HitsTest, AssumeWhatFramesDoNotShow) {
   EXPECT_EQ(counted("destination_cpu=true"),
             "1 from 1 at 7, perhaps 1 from 2 at 8; 0, perhaps 0; 0, perhaps 1 from 2 at 8; "
             "0, perhaps 1 from 2 at 8; 1 from 2 at 8");
-  // A field of the frame wins, and also what it lacks. The second frame shows neither TTL nor
-  // ports.
+  // If the frame tells a field, or that it lacks one, this counts and not the assumption. The
+  // second frame shows neither TTL nor ports.
   EXPECT_EQ(counted("destination_cpu=false ttl=64 dst_l4_port=80 external_vlan_id=5"),
             "0, perhaps 0; 0, perhaps 0; 1 from 1 at 7, perhaps 0; 1 from 2 at 8, perhaps 0; "
             "1 from 2 at 8");
@@ -147,8 +147,8 @@ TEST(HitsTest, CountsFramesWithoutAKnownFault) {
 
 using Pair = std::pair<std::uint32_t, std::uint32_t>;  // of ids; kNone for none
 
-// The pairs of rules that are first in both groups, for a value of each field that is not told and
-// a reading: equal matches have the same reading in both groups.
+// The pairs of rules that can come first together, one in each group: for some value of each field
+// that is not told, and in some reading. Equal matches have the same reading in both groups.
 std::set<Pair> pairsOf(const Case& a, const Case& b, const std::string& told, Order order) {
   std::set<Pair> pairs;
   std::vector<PlainRule> rules = a.rules;
@@ -216,7 +216,7 @@ TEST(TrafficComparisonTest, IsExact) {
   }
 }
 
-// Most pairs of many entries are impossible, since the other group has both of their matches too.
+// Most pairs of many entries are impossible, because each group has the matches of both entries.
 TEST(TrafficComparisonTest, FindsOnlyChangedEntriesAmongMany) {
   std::string rules;
   for (int i = 1; i <= 60; ++i) {
