@@ -83,6 +83,7 @@ class Fixture {
   // --- The second library, strictly ---
 
   void decode() { require(FiltersInspect::decodeGroup(bytes_).report.empty(), "a loss"); }
+  void rebuildLosses() { made_.emplace(out_); }
   void decodeLosses() { require(!FiltersInspect::decodeGroup(out_).report.empty(), "no loss"); }
   // The same group, but each rule has a field that its match ignores.
   void writeLosses() {
@@ -177,6 +178,7 @@ constexpr Operation kOperations[] = {
     {"change", &F::copy, &F::change},
 #ifdef BENCHMARKS_WITH_INSPECT
     {"decode", &F::nothing, &F::decode},
+    {"rebuild_losses", &F::writeLosses, &F::rebuildLosses},
     {"decode_losses", &F::writeLosses, &F::decodeLosses},
 #endif
     {"write", &F::forget, &F::write},

@@ -362,7 +362,8 @@ bool WireFields::Entry::takeObject(FiltersEntry* entry, const Part& part) {
 }
 
 template <class Reader>
-bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bool isBuffer) {
+bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] std::string* scratch,
+                             [[maybe_unused]] bool isBuffer) {
   constexpr bool kBytes = std::is_same_v<Reader, WireReader>;
   entry->id_ = in.number(kId);
   entry->priority_ = in.number(kPriority);
@@ -376,9 +377,9 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bo
     if (!(isBuffer ? in.finishedOrZero() : in.finished())) return false;
   }
   const auto takePolicers = [&] {
-    const auto policerFrom = [](const auto& bytes) {
+    const auto policerFrom = [&](const auto& bytes) {
       if constexpr (kBytes)
-        return policer::Policer(std::string(bytes.data(), bytes.size()));
+        return policer::Policer(scratch->assign(bytes.data(), bytes.size()));
       else
         return policer::Policer(bytes);
     };
@@ -409,7 +410,8 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] bo
 
 // For groups.
 template void WireFields::Entry::put(const FiltersEntry& entry, WireWriter& out);
-template bool WireFields::Entry::take(FiltersEntry* entry, WireReader in, bool isBuffer);
+template bool WireFields::Entry::take(FiltersEntry* entry, WireReader in, std::string* scratch,
+                                      bool isBuffer);
 
 // --- Conversion and comparison -------------------------------------------------------------------
 
@@ -419,11 +421,14 @@ void FiltersEntry::convertToFiltersEntryPB(FiltersEntryPB* message) const {
 }
 
 void FiltersEntry::convertFromFiltersEntryPB(const FiltersEntryPB* message) {
-  WireFields::Entry::take(this, MessageReader<FiltersEntryPB>(*message));
+  WireFields::Entry::take(this, MessageReader<FiltersEntryPB>(*message), nullptr);
 }
 
 void FiltersEntry::parse(const char* bytes, std::size_t size) {
-  if (size <= INT_MAX && WireFields::Entry::take(this, WireReader(bytes, size), true)) return;
+  std::string scratch;
+  if (size <= INT_MAX && WireFields::Entry::take(this, WireReader(bytes, size), &scratch, true)) {
+    return;
+  }
   *this = FiltersEntry();
   MessageArena arena;
   convertFromFiltersEntryPB(parseMessage<FiltersEntryPB>(bytes, size, &arena));

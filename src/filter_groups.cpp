@@ -164,10 +164,11 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   WireReader in(bytes, size);
   auto take = withMessages(TakeFields<WireReader>{in}, [&](const auto& field, const Entries&) {
     std::optional<OddEntries> odd;
+    std::string scratch;
     while (in.hasBytes(field)) {
       const WireReader entry = in.bytes(field);
       Entries made;
-      if (!WireFields::Entry::take(&made[0], entry)) {
+      if (!WireFields::Entry::take(&made[0], entry, &scratch)) {
         if (!odd) odd.emplace();
         if (!odd->parse(entry, bytes + size)) return in.fail();
         made.clear();

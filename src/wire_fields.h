@@ -16,6 +16,7 @@
 #include <limits>
 #include <list>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -82,8 +83,9 @@ struct WireFields::Entry {
   static void put(const FiltersEntry& entry, Writer& out);
   // Bytes that an entry does not write make this return false, and the entry then has unspecified
   // parts: it must be made anew from the parsed message. A zero byte may end the bytes of a buffer.
+  // A policer's constructor takes a string; `scratch` is one to use again for each policer.
   template <class Reader>
-  static bool take(FiltersEntry* entry, Reader in, bool isBuffer = false);
+  static bool take(FiltersEntry* entry, Reader in, std::string* scratch, bool isBuffer = false);
  private:
   static bool admits(const FiltersEntry& entry, filtersMatch_t code);
   static bool admits(const FiltersEntry&, filtersAction_t) { return true; }
@@ -197,9 +199,10 @@ struct TakeFields {
   }
   template <class F, class Value>
   void numbersAnew(const F& field, std::list<Value>& values) {
-    std::list<Value> fresh;
-    for (std::uint32_t number : in.numbers(field)) fresh.push_back(fromWire<Value>(number));
-    values.swap(fresh);
+    const auto& numbers = in.numbers(field);
+    values.resize(static_cast<std::size_t>(numbers.size()));  // if memory runs out, nothing changes
+    auto next = values.begin();
+    for (std::uint32_t number : numbers) *next++ = fromWire<Value>(number);
   }
   template <class F, class Values>
   void unreadNumbers(const F&, Values&) {}

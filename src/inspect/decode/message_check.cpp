@@ -76,7 +76,13 @@ std::uint32_t wireTypeOf(const Field& field) {
 // --- The walk ------------------------------------------------------------------------------------
 
 MessageCheck::MessageCheck(const Descriptor* descriptor)
-    : descriptor_(descriptor), fields_(static_cast<std::size_t>(descriptor->field_count())) {}
+    : descriptor_(descriptor), fields_(static_cast<std::size_t>(descriptor->field_count())) {
+  for (int i = 0; i < descriptor->field_count(); ++i) {
+    const auto number = static_cast<std::size_t>(descriptor->field(i)->number());
+    if (number >= by_number_.size()) by_number_.resize(number + 1);
+    by_number_[number] = descriptor->field(i);
+  }
+}
 
 ByteRange MessageCheck::Occurrences::hull() const {
   if (elements.empty()) return last;
@@ -95,7 +101,7 @@ bool MessageCheck::walk(std::string_view bytes, const MessagePart& part, int dep
   std::uint32_t highest = 0;
   bool ascending = true, whole = true;
   for (WireField wire; whole && reader.next(&wire);) {
-    const Field* field = descriptor_->FindFieldByNumber(static_cast<int>(wire.number));
+    const Field* field = wire.number < by_number_.size() ? by_number_[wire.number] : nullptr;
     const ByteRange range = {wire.begin, wire.end - wire.begin};
     const bool packed =
         field != nullptr && field->is_repeated() && !isMessage(*field) && wire.wire_type == kLength;
@@ -241,17 +247,17 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
 // --- The comparison ------------------------------------------------------------------------------
 
 void MessageCheck::assume(int fieldNumber) {
-  const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
+  const Field& field = *by_number_[static_cast<std::size_t>(fieldNumber)];
   fields_[static_cast<std::size_t>(field.index())].assumed = true;
 }
 
 bool MessageCheck::hasCome(int fieldNumber) const {
-  const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
+  const Field& field = *by_number_[static_cast<std::size_t>(fieldNumber)];
   return fields_[static_cast<std::size_t>(field.index())].count != 0;
 }
 
 MessagePart MessageCheck::partOf(int fieldNumber, const MessagePart& outer) const {
-  const Field& field = *descriptor_->FindFieldByNumber(fieldNumber);
+  const Field& field = *by_number_[static_cast<std::size_t>(fieldNumber)];
   const Occurrences& seen = fields_[static_cast<std::size_t>(field.index())];
   return {&outer, field.name(), MessagePart::kAlone, seen.count == 0 ? outer.bytes : seen.last};
 }

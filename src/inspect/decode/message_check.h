@@ -90,6 +90,7 @@ class MessageCheck {
                                              const Echo& echo);
 
   const Descriptor* descriptor_;
+  std::vector<const Field*> by_number_;  // null for a number that no field has
   std::vector<Occurrences> fields_;
   bool broken_ = false;
 };
