@@ -259,8 +259,7 @@ filtersErr_t FiltersEntry::deleteCounters() {
   return FILTERS_OK;
 }
 
-// --- The fields of an entry
-// ------------------------------------------------------------------------
+// --- The fields of an entry ----------------------------------------------------------------------
 
 namespace {
 
@@ -282,12 +281,24 @@ void putPart(const std::unique_ptr<Action>& action, ActionPB* message) {
 void putPart(const std::pair<const unsigned short, Counter>& held, CounterPB* message) {
   held.second.Serialize(message);
 }
+// True if the row that T uses is that of the class whose conversions T has.
+template <class T>
+constexpr bool hasRow() {
+  using Row = decltype(WireFields::rowOf(static_cast<const T*>(nullptr)));
+  if constexpr (std::is_base_of_v<Match, T>) {
+    return isOf<Row>(&T::convertToMatchPB);
+  } else {
+    return isOf<Row>(&T::convertToActionPB);
+  }
+}
 template <class Object>
 void putPart(const std::unique_ptr<Object>& object, WireWriter* out) {
   out->number(kCodeField, toWire(object->getType()));
   visit(object->getType(), false, [&](auto tag) {
+    using T = typename decltype(tag)::Class;
+    static_assert(hasRow<T>(), "the class has conversions and needs a row in wire_fields.def");
     PutFields<WireWriter> put{*out};
-    WireFields::of(put, static_cast<const typename decltype(tag)::Class&>(*object));
+    WireFields::of(put, static_cast<const T&>(*object));
     return true;
   });
 }
@@ -363,7 +374,7 @@ bool WireFields::Entry::takeObject(FiltersEntry* entry, const Part& part) {
 
 template <class Reader>
 bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] std::string* scratch,
-                             [[maybe_unused]] bool isBuffer) {
+                             [[maybe_unused]] bool isAll) {
   constexpr bool kBytes = std::is_same_v<Reader, WireReader>;
   entry->id_ = in.number(kId);
   entry->priority_ = in.number(kPriority);
@@ -374,7 +385,7 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] st
   const bool hasParent = in.hasBytes(kParent);
   const auto& parent = in.bytes(kParent);
   if constexpr (kBytes) {
-    if (!(isBuffer ? in.finishedOrZero() : in.finished())) return false;
+    if (!(isAll ? in.finishedOrZero() : in.finished())) return false;
   }
   const auto takePolicers = [&] {
     const auto policerFrom = [&](const auto& bytes) {
@@ -411,7 +422,7 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] st
 // For groups.
 template void WireFields::Entry::put(const FiltersEntry& entry, WireWriter& out);
 template bool WireFields::Entry::take(FiltersEntry* entry, WireReader in, std::string* scratch,
-                                      bool isBuffer);
+                                      bool isAll);
 
 // --- Conversion and comparison -------------------------------------------------------------------
 

@@ -4,10 +4,8 @@
 // Compares and converts interface ids and addresses.
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 #include "shared/limid_number.h"
 

@@ -46,6 +46,11 @@ class WireWriter {
     putTag(WireField<n>::kNumber);
     putVarint(value);
   }
+  // A negative number is written as 64 bits.
+  template <unsigned n>
+  void signedNumber(WireField<n> field, std::int32_t value) {
+    number(field, static_cast<std::uint64_t>(std::int64_t{value}));
+  }
   template <unsigned n>
   void bytes(WireField<n>, const void* data, std::size_t size) {
     putBytes(WireField<n>::kBytes, data, size);
@@ -213,6 +218,7 @@ class WireReader::Repeated {
     for (; in->isNext<kTag>(); ++size_) {
       in->skipTag<kTag>();
       kOfNumbers ? in->skipVarint() : static_cast<void>(in->takeSized());
+      if (in->failed_) break;  // this element is not read
     }
   }
   std::size_t size() const { return size_; }

@@ -17,6 +17,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -49,19 +50,23 @@ constexpr Field<number, Get, Has, Change> fieldOf(Get get, Has has, Change chang
 constexpr WireField<1> kCodeField{};
 
 // The fields of every class. The classes are friends of this struct, which therefore may name their
-// members. `of(wire, object)` calls a function of `wire` for each field, in the order of the row.
-// `Wire::As<T>` is T for a wire that fills the object, and const T for one that only reads it.
+// members. `rowOf` tells the class whose row an object uses. `of(wire, object)` calls a function of
+// `wire` for each field, in the order of the row. `Wire::As<T>` is T for a wire that fills the
+// object, and const T for one that only reads it.
 struct WireFields {
   template <class Wire>
   static void of(Wire&, typename Wire::template As<Match>&) {}
+  static Match rowOf(const Match*);
   template <class Wire>
   static void of(Wire&, typename Wire::template As<Action>&) {}
+  static Action rowOf(const Action*);
 
 #define FIELD(kind, n, name, member) wire.kind(FILTERS_FIELD(n, set_, name), self.member);
 #define LIST(kind, n, name, member) wire.kind(FILTERS_FIELD(n, mutable_, name), self.member);
 #define INTERFACES(n, vpn, m, port) \
   wire.interfaces(FILTERS_FIELD(n, set_, vpn), FILTERS_FIELD(m, set_, port), self);
 #define FILTERS_FIELDS(Class, ...)                                      \
+  static Class rowOf(const Class*);                                     \
   template <class Wire>                                                 \
   static void of(Wire& wire, typename Wire::template As<Class>& self) { \
     __VA_ARGS__                                                         \
@@ -82,10 +87,11 @@ struct WireFields::Entry {
   template <class Writer>
   static void put(const FiltersEntry& entry, Writer& out);
   // Bytes that an entry does not write make this return false, and the entry then has unspecified
-  // parts: it must be made anew from the parsed message. A zero byte may end the bytes of a buffer.
+  // parts: it must be made anew from the parsed message. A zero byte may end the bytes if they are
+  // all that there is, and not those of an entry in a group.
   // A policer's constructor takes a string; `scratch` is one to use again for each policer.
   template <class Reader>
-  static bool take(FiltersEntry* entry, Reader in, std::string* scratch, bool isBuffer = false);
+  static bool take(FiltersEntry* entry, Reader in, std::string* scratch, bool isAll = false);
  private:
   static bool admits(const FiltersEntry& entry, filtersMatch_t code);
   static bool admits(const FiltersEntry&, filtersAction_t) { return true; }
@@ -120,10 +126,9 @@ struct PutFields {
   void number(const F& field, T value) {
     out.number(field, toWire(value));
   }
-  // A negative number is written as 64 bits.
   template <class F, class T>
   void signedNumber(const F& field, T value) {
-    out.number(field, static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(value)}));
+    out.signedNumber(field, static_cast<std::int32_t>(value));
   }
   // The raw bytes of an address are in network byte order.
   template <class F, class Address>

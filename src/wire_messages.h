@@ -24,8 +24,12 @@ class MessageWriter {
   explicit MessageWriter(Message* message) : message_(*message) {}
 
   template <class Field>
-  void number(const Field& field, std::uint64_t value) {
-    field.change(message_, static_cast<std::uint32_t>(value));
+  void number(const Field& field, std::uint32_t value) {
+    field.change(message_, value);
+  }
+  template <class Field>
+  void signedNumber(const Field& field, std::int32_t value) {
+    field.change(message_, value);
   }
   template <class Field>
   void bytes(const Field& field, const void* data, std::size_t size) {

@@ -97,7 +97,9 @@ inline std::vector<std::string> oddGroups() {
       "2a8280808080000807 2a82808080808080808000 8080808010 "     // longer than any
       "2a82808080100807 2affffffff070807 2a7f0807 2a0408072a09 "  // overrunning
       "18ffffffffffffffffffff01 aa 18 "                           // without an end
-      "2a0308070c 2a03080700 00 0c 34 1802 080a");                // at places where none belongs
+      "2a0e080110012208080110ffffffffff "  // numbers of a list that are too long
+      "2a1308011001220d080110ffffffffffffffffff01 2a1308011001220d08021880808080808080808001 "
+      "2a0308070c 2a03080700 00 0c 34 1802 080a");  // at places where none belongs
   for (std::string field; odd >> field;) {
     for (const std::string& start : {std::string(), head, entry, head + entry}) {
       for (const std::string& end : {std::string(), entry}) {
