@@ -41,11 +41,13 @@ def docstrings(owner: object, name: str) -> Iterator[Tuple[str, str]]:
 
 
 DOCSTRINGS = [*docstrings(_core, "filter_inspect"), *docstrings(_errors, "filter_inspect"),
-              ("testing", testing.__doc__ or "")]
+              ("testing", testing.__doc__ or ""),
+              ("python.md", (TREE / "docs/python.md").read_text(encoding="utf-8"))]
 
 
 @pytest.mark.parametrize("name, text", DOCSTRINGS, ids=[name for name, _ in DOCSTRINGS])
-def test_docstring(name: str, text: str) -> None:
+def test_docstring(name: str, text: str, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.chdir(RULES)
     test = doctest.DocTestParser().get_doctest(text, dict(vars(testing)), name, name, 0)
     failures, _ = doctest.DocTestRunner().run(test)
     assert failures == 0
