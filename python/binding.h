@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,7 @@
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_report.h>
+#include <filter_inspect/filter_traffic.h>
 
 namespace FilterInspectPython {
 
@@ -70,12 +72,6 @@ class Watch {
   std::chrono::steady_clock::time_point next_;
 };
 
-// The limits that every question has, and its progress.
-struct Limits {
-  std::size_t max_findings = 1000;
-  std::uint64_t max_steps = 100000;
-  py::object progress = py::none();
-};
 // Asks a question whose options are `how` with a watch over its progress.
 template <class Question>
 auto ask(AnalysisOptions how, const py::object& progress, Question question) {
@@ -84,6 +80,19 @@ auto ask(AnalysisOptions how, const py::object& progress, Question question) {
   watch.tell(0, 1);
   return unlocked([&] { return question(how); });
 }
+
+// What C++ prints, without the last line end.
+template <class Printed>
+std::string linesOf(const Printed& object) {
+  std::ostringstream os;
+  os << object;
+  std::string lines = os.str();
+  if (!lines.empty()) lines.pop_back();
+  return lines;
+}
+
+constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2,
+                              Link::kLoopback};
 
 // Members of Python's enumerations, and back. A member is its name in the library; where the
 // library has a number without a name, Python has the number.

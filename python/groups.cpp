@@ -8,6 +8,7 @@
 
 #include <limits>
 #include <optional>
+#include <type_traits>
 #include <vector>
 
 #include "binding.h"
@@ -18,7 +19,9 @@ namespace {
 // Names stand for codes, and so do numbers.
 template <class Enum>
 Enum codeOf(const char* kind, const py::object& value) {
-  if (!py::isinstance<py::str>(value)) return static_cast<Enum>(value.cast<std::int64_t>());
+  if (!py::isinstance<py::str>(value)) {
+    return static_cast<Enum>(value.cast<std::underlying_type_t<Enum>>());
+  }
   const auto name = value.cast<std::string>();
   if (const auto code = fromName<Enum>(name)) return *code;
   std::vector<std::string_view> names;
@@ -142,10 +145,10 @@ std::vector<Group> groupsOf(ParsedGroups&& parsed) {
   return groups;
 }
 
-std::vector<Group> fromText(std::string_view text) {
+std::vector<Group> fromText(const std::string& text) {
   return groupsOf(unlocked([&] { return groupsFromText(text); }));
 }
-std::vector<Group> fromJson(std::string_view json) {
+std::vector<Group> fromJson(const std::string& json) {
   return groupsOf(unlocked([&] { return groupsFromJson(json); }));
 }
 
@@ -199,6 +202,7 @@ struct Entries {
     if (found == all.end()) throw py::key_error(std::to_string(id));
     return found->second;
   }
+  bool has(filtersEntryId_t id) const { return group()->getEntriesRef().count(id) != 0; }
   py::list ids() const {
     py::list all;
     for (const auto& [id, entry] : group()->getEntriesRef()) all.append(id);
@@ -227,10 +231,10 @@ True
       .def_static("from_bytes", &entryFromBytes, py::arg("data"),
                   "Reads the bytes of an entry, and refuses bytes that lose something.")
       .def_static(
-          "from_text", [](std::string_view text) { return entryOf(entryFromText(text)); },
+          "from_text", [](const std::string& text) { return entryOf(entryFromText(text)); },
           py::arg("text"), "Reads the line of an entry.")
       .def_static(
-          "from_json", [](std::string_view json) { return entryOf(entryFromJson(json)); },
+          "from_json", [](const std::string& json) { return entryOf(entryFromJson(json)); },
           py::arg("json"), "Reads the JSON object of an entry.")
       .def_static(
           "from_dict",
@@ -279,7 +283,10 @@ void addEntries(py::module_* module) {
   py::class_<Entries>(*module, "Entries", "The entries of a group, by id: a mapping to read.")
       .def("__getitem__", &Entries::at, py::return_value_policy::copy)
       .def("__contains__",
-           [](const Entries& self, const py::object& id) { return self.ids().contains(id); })
+           [](const Entries& self, const py::object& id) {
+             py::detail::make_caster<filtersEntryId_t> key;
+             return key.load(id, false) && self.has(key);
+           })
       .def("__len__", [](const Entries& self) { return self.group()->getEntriesRef().size(); })
       .def("__iter__", [](const Entries& self) { return py::iter(self.ids()); })
       .def("__repr__", [](const Entries& self) {
@@ -315,10 +322,10 @@ True
           "from_bytes", &groupFromBytes, py::arg("data"),
           "Reads the bytes of a group, and refuses bytes that lose something; see decode().")
       .def_static(
-          "from_text", [](std::string_view text) { return onlyOne(fromText(text)); },
+          "from_text", [](const std::string& text) { return onlyOne(fromText(text)); },
           py::arg("text"), "Reads a text with one group.")
       .def_static(
-          "from_json", [](std::string_view json) { return onlyOne(fromJson(json)); },
+          "from_json", [](const std::string& json) { return onlyOne(fromJson(json)); },
           py::arg("json"), "Reads a JSON document with one group.")
       .def_static(
           "from_dict",

@@ -6,7 +6,6 @@
 #include <filter_inspect/filter_questions.h>
 
 #include <optional>
-#include <sstream>
 #include <vector>
 
 #include "binding.h"
@@ -119,15 +118,6 @@ void applyRoute(const Route& route, Group* group) {
   const filtersErr_t result = apply(route.plan.steps, *route.to, &changed);
   if (result != FILTERS_OK) refuse(result, {});
   *group = Group(std::move(changed));
-}
-
-template <class Printed>
-std::string linesOf(const Printed& object) {
-  std::ostringstream os;
-  os << object;
-  std::string lines = os.str();
-  if (!lines.empty()) lines.pop_back();
-  return lines;
 }
 
 void addTrace(py::module_* module) {

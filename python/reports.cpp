@@ -1,10 +1,8 @@
 // Reports and findings, the enumerations, and the exception that carries a report.
 
 #include <filter_inspect/filter_names.h>
-#include <filter_inspect/filter_traffic.h>
 
 #include <cctype>
-#include <sstream>
 
 #include "binding.h"
 
@@ -49,9 +47,6 @@ constexpr Subject kAllSubjects[] = {Subject::kGroup,  Subject::kEntry,   Subject
                                     Subject::kAction, Subject::kPolicer, Subject::kParent,
                                     Subject::kCounter};
 constexpr Hit kAllHits[] = {Hit::kMiss, Hit::kHit, Hit::kUndecided};
-constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2,
-                              Link::kLoopback};
-
 void addEnumerations(py::module_* module) {
   const auto name = [](auto value) { return nameOf(value); };
   const auto second = [](const auto& pair) { return pair.second; };
@@ -71,20 +66,6 @@ void addEnumerations(py::module_* module) {
                                 static_cast<std::uint32_t>(type)));
   }
   module->attr("Type") = newEnumeration("Type", types, py::module_::import("builtins").attr("int"));
-}
-
-template <class Printed>
-std::string printed(const Printed& object) {
-  std::ostringstream os;
-  os << object;
-  return os.str();
-}
-
-// The lines of a report, the last one without its line end.
-std::string linesOf(const Report& report) {
-  std::string lines = printed(report);
-  if (!lines.empty()) lines.pop_back();
-  return lines;
 }
 
 std::string toJsonOf(const Report& report, const std::string& command, const std::string& file,
@@ -199,8 +180,9 @@ void addReports(py::module_* module) {
       .def_readonly("sure", &Finding::sure)
       .def_readonly("possible", &Finding::possible)
       .def_readonly("word", &Finding::word)
-      .def("__str__", [](const Finding& one) { return linesOf({{one}}); })
-      .def("__repr__", [](const Finding& one) { return "<Finding " + linesOf({{one}}) + '>'; });
+      .def("__str__", [](const Finding& one) { return linesOf(Report{{one}}); })
+      .def("__repr__",
+           [](const Finding& one) { return "<Finding " + linesOf(Report{{one}}) + '>'; });
 
   py::class_<Report>(*module, "Report",
                      R"(A sequence of findings; str() gives the lines of the tool.
@@ -216,7 +198,7 @@ error: entry 30: match vrf_id: a group of type 3 does not admit it; types that d
       .def("__bool__", [](const Report& report) { return !report.empty(); })
       .def("__getitem__", &findingAt, py::return_value_policy::copy)
       .def("__getitem__", &findingsAt)
-      .def("__str__", &linesOf)
+      .def("__str__", &linesOf<Report>)
       .def("__repr__",
            [](const Report& report) {
              SeverityCounts counts = report.left_out_by_severity;

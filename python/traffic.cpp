@@ -1,7 +1,5 @@
 // The rules that frames of traffic hit.
 
-#include <filter_inspect/filter_traffic.h>
-
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -17,8 +15,7 @@ constexpr std::size_t kFramesBetweenSignals = 4096;
 Link linkOf(const py::object& link) {
   const auto name = link.cast<std::string>();
   std::vector<std::string_view> names;
-  for (const Link one :
-       {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2, Link::kLoopback}) {
+  for (const Link one : kAllLinks) {
     if (nameOf(one) == name) return one;
     names.push_back(nameOf(one));
   }
