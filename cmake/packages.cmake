@@ -154,8 +154,8 @@ to each other, and says what stages and types of groups admit.")
 endif()
 
 if(TARGET filter_inspect_python)
-  set(about "Makes, checks and compares groups of packet-filter rules in Python programs, and\n\
-has assertions for test suites of rules.")
+  set(about "Makes, checks and compares groups of packet-filter rules in Python programs,\n\
+and has assertions for test suites of rules.")
   describe_package(
     python python "reports on packet-filter rules, package for Python" "${about}"
     DEPENDS ${inspect_runtime_package} ${runtime_package})
