@@ -29,6 +29,18 @@ if(TARGET filter-inspect)
   endif()
 endif()
 
+if(TARGET filter_inspect_python)
+  # Debian's Python looks here if the prefix is /usr. With another one, PYTHONPATH names the folder.
+  set(FILTER_COMMON_PYTHON_DIR lib/python3/dist-packages
+      CACHE STRING "Where the package for Python is installed, below the prefix")
+  string(REGEX REPLACE "[^/]+" ".." package_to_prefix ${FILTER_COMMON_PYTHON_DIR}/filter_inspect)
+  if(FILTER_COMMON_PLATFORM STREQUAL "standin")
+    set_target_properties(
+      filter_inspect_python
+      PROPERTIES INSTALL_RPATH \$ORIGIN/${package_to_prefix}/${CMAKE_INSTALL_LIBDIR})
+  endif()
+endif()
+
 # The installed tree can be moved, so the files below use paths relative to its root.
 foreach(folder BINDIR LIBDIR INCLUDEDIR DATADIR)
   if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
@@ -95,6 +107,14 @@ function(filter_common_install libdir docdir prefix)
             DESTINATION ${package_dir} ${development})
     configure_file(cmake/filter_inspect.pc.in ${generated}/filter_inspect.pc @ONLY)
     install(FILES ${generated}/filter_inspect.pc DESTINATION ${libdir}/pkgconfig ${development})
+  endif()
+
+  if(TARGET filter_inspect_python)
+    set(python DESTINATION ${FILTER_COMMON_PYTHON_DIR}/filter_inspect
+               COMPONENT filter_common_${prefix}python ${ARGN})
+    install(TARGETS filter_inspect_python LIBRARY ${python})
+    install(DIRECTORY python/filter_inspect/ ${python} FILES_MATCHING PATTERN "*.py*" PATTERN py.typed
+            PATTERN __pycache__ EXCLUDE)
   endif()
 
   if(TARGET filter-inspect)

@@ -1,7 +1,8 @@
 # Debian packages, which `cpack` makes in the build folder. libfilter-common1 (named after the
 # soname) has the files to run programs, and libfilter-common-dev those to build them. If the second
 # library is built, there are also libfilter-inspect1 and libfilter-inspect-dev, and filter-inspect
-# with the program. With FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
+# with the program, and python3-filter-inspect with the package for Python if it is built. With
+# FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
 #
 # A build with the stand-ins puts them into the first two packages. Such packages are for
 # development machines, and all three sonames change together. Separate packages would need the
@@ -25,6 +26,10 @@ endif()
 if(TARGET filter-inspect)
   list(APPEND kinds tool)
   set(tool_package filter-inspect)
+endif()
+if(TARGET filter_inspect_python)
+  list(APPEND kinds python)
+  set(python_package python3-filter-inspect)
 endif()
 if(FILTER_COMMON_BUILD_DOCS)
   find_program(FILTER_COMMON_DOXYGEN doxygen REQUIRED)
@@ -146,6 +151,18 @@ to each other, and says what stages and types of groups admit.")
     DEPENDS ${inspect_runtime_package} ${runtime_package})
   # One package serves programs of any architecture.
   set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_TOOL_PACKAGE_PRIORITY "optional\nMulti-Arch: foreign")
+endif()
+
+if(TARGET filter_inspect_python)
+  set(about "Makes, checks and compares groups of packet-filter rules in Python programs,\n\
+and has assertions for test suites of rules.")
+  describe_package(
+    python python "reports on packet-filter rules, package for Python" "${about}"
+    DEPENDS ${inspect_runtime_package} ${runtime_package})
+  # The compiled module works with the Python of its build alone.
+  math(EXPR next "${Python_VERSION_MINOR} + 1")
+  string(APPEND CPACK_DEBIAN_FILTER_COMMON_PACKAGE_PYTHON_PACKAGE_DEPENDS
+         ", python3 (>= 3.${Python_VERSION_MINOR}~), python3 (<< 3.${next}~)")
 endif()
 
 if(FILTER_COMMON_BUILD_DOCS)

@@ -21,6 +21,10 @@ tool=() # the package of the program
 if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
   tool=("$work"/packages/filter-inspect_*.deb)
 fi
+python=() # the package for Python
+if grep -q '^FILTER_COMMON_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
+  python=("$work"/packages/python3-filter-inspect_*.deb)
+fi
 
 if grep -q '^FILTER_COMMON_BUILD_DOCS:BOOL=ON' "$build/CMakeCache.txt"; then
   dpkg-deb -c "$work"/packages/libfilter-common-doc_*.deb | grep '/html/index.html$'
@@ -50,7 +54,12 @@ if [[ ${#tool[@]} -gt 0 ]]; then
   field "${tool[0]}" Depends '(.*, )?libpcap0\.8 .*'
   field "${tool[0]}" Depends '(.*, )?libstdc\+\+6 .*'
 fi
-for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}"; do
+if [[ ${#python[@]} -gt 0 ]]; then
+  field "${python[0]}" Section python
+  field "${python[0]}" Depends "(.*, )?libfilter-inspect1 $same(, .*)?"
+  field "${python[0]}" Depends '(.*, )?python3 \(<< 3\.[0-9]+~\)(, .*)?'
+fi
+for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}" "${python[@]}"; do
   [[ $(dpkg-deb -f "$package" Maintainer) == "$contact" ]] || fail "another contact"
   field "$package" Multi-Arch "$([[ "$package" == "${tool-}" ]] && echo foreign || echo same)"
   field "$package" Architecture "$(dpkg --print-architecture)"
@@ -100,6 +109,12 @@ END
   fi
   grep "inspect is not installed" "$work/refusal"
   unpack "${inspect[@]}" libfilter_inspect
+fi
+if [[ ${#python[@]} -gt 0 ]]; then
+  dpkg-deb -x "${python[0]}" "$root"
+  libraries=$(echo "$root"/usr/lib/*/libfilter_inspect.so.1)
+  LD_LIBRARY_PATH=${libraries%/*} PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -B \
+    -c 'import filter_inspect.testing as t; assert t.Group(7).id == 7'
 fi
 
 "$(dirname "$0")/consumer_test.sh" "$root/usr"

@@ -26,6 +26,10 @@ if grep -q '^FILTER_COMMON_BUILD_TOOLS:BOOL=ON' "$build/CMakeCache.txt"; then
     share/zsh/vendor-completions/_filter-inspect \
     share/fish/vendor_completions.d/filter-inspect.fish)
 fi
+if grep -q '^FILTER_COMMON_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
+  PYTHONPATH=$prefix/lib/python3/dist-packages /usr/bin/python3 -B \
+    -c 'import filter_inspect.testing as t; assert t.Group(7).id == 7'
+fi
 
 # No installed file may contain the path of the folder in which it was built or first installed.
 # This does not look at the library's debug information, which names system headers;

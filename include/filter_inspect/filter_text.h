@@ -50,6 +50,9 @@ FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 
 // The line of one entry, comment included, without its line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
+// The object of one entry, as it stands in the list of a group.
+FILTERS_API std::string toJson(const FiltersCommon::FiltersEntry& entry,
+                               JsonLayout layout = JsonLayout::kIndented);
 
 // The line as people read it. It has the values of each policer, even if these do not say
 // everything. So the lines of different entries can be the same, and not every platform reads them.
@@ -106,6 +109,15 @@ FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_f
 // The same with a limit of 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
+
+// One entry, whatever groups admit: its line of the text form, or its object of the JSON form.
+// There is an entry exactly if the report is empty. Reports are those of the readers above.
+struct ParsedEntry {
+  std::optional<FiltersCommon::FiltersEntry> entry;
+  Report report;
+};
+FILTERS_API ParsedEntry entryFromText(std::string_view line);
+FILTERS_API ParsedEntry entryFromJson(std::string_view json);
 
 // The bytes of groups, whatever their stages and types admit. A program can ask which other stages
 // and types admit the entries: decodeGroupAs() reads the bytes as a group of another stage or type.

@@ -59,6 +59,7 @@ void GroupBuilder::beginGroup(TextPosition position) {
 }
 
 void GroupBuilder::beginEntry(TextPosition position) {
+  if (number_ == 0) positions_.group = position;
   positions_.entries.emplace_back(0, position);
   in_entry_ = true;
   is_entry_faulty_ = false;
@@ -105,7 +106,7 @@ void GroupBuilder::refuse(Report&& losses) {
     finding.path = toText(positionOf(finding.path));
     finding.bytes.reset();  // the bytes were made here, and nobody sees them
     finding.severity = Severity::kError;
-    finding.group_number = number_;
+    if (number_ != 0) finding.group_number = number_;
     if (finding.subject == Subject::kMatch) {
       finding.word = nameOf(static_cast<filtersMatch_t>(finding.offender));
     } else if (finding.subject == Subject::kAction) {
@@ -128,6 +129,21 @@ ParsedGroups GroupBuilder::finish() {
 ParsedBytes GroupBuilder::finishBytes() {
   if (!report_.empty()) return {{}, report_.take(), {}};
   return {std::move(bytes_of_groups_), {}, std::move(positions_of_groups_)};
+}
+
+ParsedEntry GroupBuilder::finishEntry() {
+  ParsedEntry parsed;
+  if (report_.empty()) {
+    const std::string bytes = entry()->SerializePartialAsString();
+    DecodeLimits limits;
+    limits.max_bytes = bytes.size();
+    limits.least = Severity::kWarning;
+    DecodedEntry decoded = decodeEntry(bytes, limits);
+    refuse(std::move(decoded.report));
+    if (report_.empty()) parsed.entry.emplace(*decoded.entry);
+  }
+  parsed.report = report_.take();
+  return parsed;
 }
 
 void GroupBuilder::fail(Code code, TextPosition position, std::string_view word,

@@ -48,6 +48,8 @@ class GroupBuilder {
   // All groups, or none of them and the findings.
   ParsedGroups finish();
   ParsedBytes finishBytes();
+  // The entry that was read without a group.
+  ParsedEntry finishEntry();
  private:
   TextPosition positionOf(const std::string& path) const;
   void refuse(Report&& losses);
@@ -64,7 +66,7 @@ class GroupBuilder {
   FiltersCommon::FiltersGroupPB* const entries_ =  // holds the current entry alone
       arena_.make<FiltersCommon::FiltersGroupPB>();
   std::string bytes_;       // of the entries before the current one
-  std::size_t number_ = 0;  // of the current group, counted from 1
+  std::size_t number_ = 0;  // of the current group, counted from 1; 0 for an entry without a group
   bool is_head_faulty_ = false;
   bool in_entry_ = false, is_entry_faulty_ = false;
   GroupPositions positions_;  // of the current group, and of its entries so far
@@ -82,6 +84,12 @@ ParsedBytes readBytes(std::string_view all, std::size_t max_findings) {
   GroupBuilder groups(GroupBuilder::Makes::kBytes, max_findings);
   Reader(all, &groups).read();
   return groups.finishBytes();
+}
+template <class Reader>
+ParsedEntry readEntry(std::string_view all) {
+  GroupBuilder groups(GroupBuilder::Makes::kBytes, GroupBuilder::kMaxFindings);
+  Reader(all, &groups).readOnlyEntry();
+  return groups.finishEntry();
 }
 
 }  // namespace FiltersInspect

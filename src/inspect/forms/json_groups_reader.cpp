@@ -35,6 +35,10 @@ class JsonReader {
       : text_(text), tokens_(text), groups_(*groups) {}
 
   void read();
+  void readOnlyEntry() {
+    top().in = In::kEntries;
+    read();
+  }
  private:
   // The last token that was read.
   enum class Last : std::uint8_t { kNothing, kOpening, kKey, kValue };
@@ -658,5 +662,7 @@ ParsedBytes groupBytesFromJson(std::string_view json, std::size_t max_findings) 
 ParsedGroups groupsFromJson(std::string_view json) {
   return groupsFromJson(json, GroupBuilder::kMaxFindings);
 }
+
+ParsedEntry entryFromJson(std::string_view json) { return readEntry<JsonReader>(json); }
 
 }  // namespace FiltersInspect

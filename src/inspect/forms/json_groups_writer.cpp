@@ -204,8 +204,12 @@ void writeEntry(const FiltersEntry& entry, FiltersEntryPB* message, JsonWriter* 
   out->close('}');
 }
 
+constexpr JsonStyle styleOf(JsonLayout layout) {
+  return layout == JsonLayout::kCompact ? JsonStyle::kCompact : JsonStyle::kIndented;
+}
+
 std::string jsonOfGroups(const FiltersGroup* groups, std::size_t count, JsonLayout layout) {
-  JsonWriter out(layout == JsonLayout::kCompact ? JsonStyle::kCompact : JsonStyle::kIndented);
+  JsonWriter out(styleOf(layout));
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();
   out.open('{');
@@ -243,6 +247,13 @@ std::string toJson(const std::vector<FiltersGroup>& groups, JsonLayout layout) {
 
 std::string toJson(const FiltersGroup& group, JsonLayout layout) {
   return jsonOfGroups(&group, 1, layout);
+}
+
+std::string toJson(const FiltersEntry& entry, JsonLayout layout) {
+  JsonWriter out(styleOf(layout));
+  MessageArena arena;
+  writeEntry(entry, arena.make<FiltersEntryPB>(), &out);
+  return out.take();
 }
 
 }  // namespace FiltersInspect

@@ -1,6 +1,8 @@
 #include <filter_inspect/filter_text.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "catalogue/in_quotes.h"
 #include "group_builder.h"
@@ -26,6 +28,21 @@ class TextReader : TextLines {
     if (!readVersion()) return;
     while (nextLine()) readLine();
     if (in_group_) groups_.endGroup();
+  }
+
+  void readOnlyEntry() {
+    example_ = kEntryExample;
+    bool isRead = false;
+    while (nextLine()) {
+      if (word_.empty()) continue;
+      if (std::exchange(isRead, true)) {
+        failWord("an entry is one line");
+        return;
+      }
+      const TextPosition position = positionOf(word_);
+      readLineOfEntry(position, take("entry"), {"entry"});
+    }
+    if (!isRead) groups_.fail(Code::kTextSyntax, {}, {}, "there is no entry");
   }
  private:
   void report(Code code, TextPosition position, std::string_view word,
@@ -57,9 +74,15 @@ class TextReader : TextLines {
           Code::kTextSyntax, position, "entry",
           std::string("an entry follows a group: first write a line like ") + kGroupExample);
     }
+    readLineOfEntry(position, isEntry, {"group", "entry"});
+  }
+
+  // Reads what stands behind the first word, which should have been one of `words`.
+  void readLineOfEntry(TextPosition position, bool isEntry,
+                       const std::vector<std::string_view>& words) {
     groups_.beginEntry(position);
     if (!isEntry) {
-      failFirstWord({"group", "entry"});
+      failFirstWord(words);
     } else if (readEntry() && !word_.empty()) {
       failMisplaced();
     }
@@ -294,5 +317,7 @@ ParsedBytes groupBytesFromText(std::string_view text, std::size_t max_findings) 
 ParsedGroups groupsFromText(std::string_view text) {
   return groupsFromText(text, GroupBuilder::kMaxFindings);
 }
+
+ParsedEntry entryFromText(std::string_view line) { return readEntry<TextReader>(line); }
 
 }  // namespace FiltersInspect

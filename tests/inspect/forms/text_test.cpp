@@ -51,6 +51,8 @@ TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
     for (const auto& [id, entry] : group.getEntriesRef()) {
       const std::string line = toText(entry);
       lines += line + '\n';
+      EXPECT_TRUE(entryFromText("\n " + line + " # alone\n").entry == entry) << line;
+      EXPECT_TRUE(entryFromJson(toJson(entry)).entry == entry) << line;
       const EntryColumns columns = columnsOf(entry);
       std::string parts;
       for (const auto& [match, value] : columns.matches) {
@@ -348,6 +350,33 @@ TEST(Text, RefusesAllElse) {
             .report.findings;
     ASSERT_FALSE(findings.empty()) << text;
     EXPECT_EQ(findings[0].word, word);
+  }
+}
+
+// No group is known, so what groups admit does not count.
+TEST(Text, OfAnEntryIsItsLine) {
+  const ParsedEntry parsed = entryFromText("entry 7 priority=1 if vrf_id=1 tpid=1 then deny");
+  ASSERT_TRUE(parsed.entry);
+  EXPECT_EQ(toJson(*parsed.entry, JsonLayout::kCompact),
+            "{\"id\":7,\"priority\":1,\"matches\":{\"tpid\":1,\"vrf_id\":1},"
+            "\"actions\":{\"deny\":true}}\n");
+  const auto fault = [](const ParsedEntry& refused) {
+    EXPECT_FALSE(refused.entry);
+    std::ostringstream os;
+    os << refused.report;
+    return os.str();
+  };
+  for (const auto& [text, why] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"", "there is no entry (1:1)"},
+           {"group 1 priority=0 stage=none type=none", "no line begins with 'group'"},
+           {"entry 1 priority=0\nentry 2 priority=0", "an entry is one line (2:1)"},
+           {"# 1\n entry 1 priority=0 if src_ipv4=10.0.0.1 src_ipv6=::1", "(2:2)"},
+           {"entry 1 priority=0 if ttl=300", "(1:27)"}}) {
+    EXPECT_NE(fault(entryFromText(text)).find(why), std::string::npos)
+        << fault(entryFromText(text));
+  }
+  for (const char* json : {"", "5", "[]", "{\"id\":1}", "{\"id\":1,\"priority\":1} {}"}) {
+    EXPECT_NE(fault(entryFromJson(json)), "") << json;
   }
 }
 

@@ -1,0 +1,126 @@
+#ifndef FILTER_INSPECT_PYTHON_BINDING_H_
+#define FILTER_INSPECT_PYTHON_BINDING_H_
+
+// What the files of the Python module share. Nothing is decided here: values are converted, and the
+// library answers.
+//
+// Python may call from many threads, and questions release the interpreter's lock. So a group that
+// a question reads must not change meanwhile. A group in Python is a shared pointer to a group that
+// never changes while somebody else holds it: changes are made on a copy then.
+
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <chrono>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <filter_common/filter_groups.h>
+#include <filter_inspect/filter_analysis.h>
+#include <filter_inspect/filter_report.h>
+#include <filter_inspect/filter_traffic.h>
+
+namespace FilterInspectPython {
+
+namespace py = pybind11;
+using namespace FiltersCommon;
+using namespace FiltersInspect;
+
+using Snapshot = std::shared_ptr<const FiltersGroup>;
+
+class Group {
+ public:
+  explicit Group(FiltersGroup&& group) : group_(std::make_shared<FiltersGroup>(std::move(group))) {}
+
+  const FiltersGroup& operator*() const { return *group_; }
+  const FiltersGroup* operator->() const { return group_.get(); }
+  // The group as it is now, for work without the interpreter's lock.
+  Snapshot snapshot() const { return group_; }
+  // The group to change; nobody else sees it.
+  FiltersGroup& own() {
+    if (group_.use_count() != 1) group_ = std::make_shared<FiltersGroup>(*group_);
+    return *group_;
+  }
+ private:
+  std::shared_ptr<FiltersGroup> group_;
+};
+
+// Raises filter_inspect.Refused, which carries the report.
+[[noreturn]] void refuse(Report&& report);
+// Raises it with a report of one finding or none, and the sentence.
+[[noreturn]] void refuse(filtersErr_t result, Report&& report);
+
+// Runs work that takes long without the interpreter's lock.
+template <class Work>
+auto unlocked(Work work) {
+  py::gil_scoped_release released;
+  return work();
+}
+
+// Lets signals such as Ctrl-C end long work, and tells the caller how far it is: at once, and then
+// some times a second.
+class Watch {
+ public:
+  explicit Watch(py::object progress) : progress_(std::move(progress)) {}
+  // May be called with and without the interpreter's lock.
+  void tell(std::size_t done, std::size_t all);
+ private:
+  const py::object progress_;
+  std::chrono::steady_clock::time_point next_;
+};
+
+// Asks a question whose options are `how` with a watch over its progress.
+template <class Question>
+auto ask(AnalysisOptions how, const py::object& progress, Question question) {
+  Watch watch(progress);
+  how.progress = [&watch](std::size_t done, std::size_t all) { watch.tell(done, all); };
+  watch.tell(0, 1);
+  return unlocked([&] { return question(how); });
+}
+
+// What C++ prints, without the last line end.
+template <class Printed>
+std::string linesOf(const Printed& object) {
+  std::ostringstream os;
+  os << object;
+  std::string lines = os.str();
+  if (!lines.empty()) lines.pop_back();
+  return lines;
+}
+
+constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2,
+                              Link::kLoopback};
+
+// Members of Python's enumerations, and back. A member is its name in the library; where the
+// library has a number without a name, Python has the number.
+py::object member(const char* enumeration, std::string_view name);
+Order orderOf(const py::object& order);
+
+// The bytes of an object, which stay valid as long as the view.
+class BytesView {
+ public:
+  explicit BytesView(const py::object& object);
+  ~BytesView() { PyBuffer_Release(&view_); }
+  BytesView(const BytesView&) = delete;
+  BytesView& operator=(const BytesView&) = delete;
+
+  // False if others may change the bytes meanwhile.
+  bool isReadOnly() const { return view_.readonly != 0; }
+  std::string_view bytes() const {
+    return {static_cast<const char*>(view_.buf), static_cast<std::size_t>(view_.len)};
+  }
+ private:
+  Py_buffer view_;
+};
+
+void addReports(py::module_* module);
+void addGroups(py::module_* module);
+void addQuestions(py::module_* module);
+void addTraffic(py::module_* module);
+
+}  // namespace FilterInspectPython
+
+#endif  // FILTER_INSPECT_PYTHON_BINDING_H_

@@ -1,0 +1,454 @@
+// Groups and entries: their forms, and what changes them.
+
+#include <filter_inspect/filter_decode.h>
+#include <filter_inspect/filter_diff.h>
+#include <filter_inspect/filter_explain.h>
+#include <filter_inspect/filter_head.h>
+#include <filter_inspect/filter_text.h>
+
+#include <limits>
+#include <optional>
+#include <type_traits>
+#include <vector>
+
+#include "binding.h"
+
+namespace FilterInspectPython {
+namespace {
+
+// Names stand for codes, and so do numbers.
+template <class Enum>
+Enum codeOf(const char* kind, const py::object& value) {
+  if (!py::isinstance<py::str>(value)) {
+    return static_cast<Enum>(value.cast<std::underlying_type_t<Enum>>());
+  }
+  const auto name = value.cast<std::string>();
+  if (const auto code = fromName<Enum>(name)) return *code;
+  std::vector<std::string_view> names;
+  for (const auto& [code, itsName] : namesOf<Enum>()) names.push_back(itsName);
+  throw py::value_error("there is no " + std::string(kind) + " '" + name + "'" +
+                        suggestion(name, names));
+}
+
+filtersGroupStage_t stageOf(const py::object& value) {
+  return codeOf<filtersGroupStage_t>("stage", value);
+}
+filtersGroupType_t typeOf(const py::object& value) {
+  return codeOf<filtersGroupType_t>("type", value);
+}
+
+py::object stageOfGroup(const Group& group) {
+  const std::string_view name = nameOf(group->getStage());
+  if (name.empty()) return py::int_(static_cast<std::int32_t>(group->getStage()));
+  return member("Stage", name);
+}
+py::object typeOfGroup(const Group& group) {
+  const py::int_ number(static_cast<std::uint32_t>(group->getType()));
+  if (nameOf(group->getType()).empty()) return std::move(number);
+  return py::module_::import("filter_inspect._core").attr("Type")(number);
+}
+
+void setStage(Group* group, const py::object& value) {
+  const filtersGroupStage_t stage = stageOf(value);
+  if (const filtersErr_t result = group->own().setStage(stage); result != FILTERS_OK) {
+    refuse(result, explainStage(**group, stage));
+  }
+}
+void setType(Group* group, const py::object& value) {
+  const filtersGroupType_t type = typeOf(value);
+  if (const filtersErr_t result = group->own().setType(type); result != FILTERS_OK) {
+    refuse(result, explainType(**group, type));
+  }
+}
+void insert(Group* group, const FiltersEntry& entry) {
+  if (const filtersErr_t result = group->own().insertEntry(entry); result != FILTERS_OK) {
+    refuse(result, explainInsert(**group, entry));
+  }
+}
+void removeEntry(Group* group, filtersEntryId_t id) {
+  if (group->own().removeEntry(id) != FILTERS_OK) throw py::key_error(std::to_string(id));
+}
+
+template <class Object>
+py::bytes bytesOf(const Object& object) {
+  std::string bytes;
+  object.serialize(&bytes);
+  return bytes;
+}
+
+// Decodes bytes without the interpreter's lock. Bytes that others could write are read with it.
+template <class Decode>
+auto decodeUnlocked(const py::object& object, Decode decode) {
+  const BytesView view(object);
+  if (view.isReadOnly()) return unlocked([&] { return decode(view.bytes()); });
+  return decode(view.bytes());
+}
+
+DecodeLimits limitsOf(std::size_t max_findings, std::size_t max_bytes) {
+  DecodeLimits limits;
+  limits.max_findings = max_findings;
+  limits.max_bytes = max_bytes;
+  return limits;
+}
+
+std::optional<Group> shared(std::optional<FiltersGroup>&& group) {
+  if (!group) return std::nullopt;
+  return Group(std::move(*group));
+}
+
+py::tuple decode(const py::object& bytes, std::size_t max_findings, std::size_t max_bytes) {
+  DecodedGroup decoded = decodeUnlocked(bytes, [&](std::string_view all) {
+    return decodeGroup(all, limitsOf(max_findings, max_bytes));
+  });
+  return py::make_tuple(shared(std::move(decoded.group)), std::move(decoded.report));
+}
+
+py::tuple decodeOne(const py::object& bytes, std::size_t max_findings, std::size_t max_bytes) {
+  const DecodedEntry decoded = decodeUnlocked(bytes, [&](std::string_view all) {
+    return decodeEntry(all, limitsOf(max_findings, max_bytes));
+  });
+  return py::make_tuple(decoded.entry, decoded.report);
+}
+
+// Refuses what loses something.
+DecodeLimits strict() {
+  DecodeLimits limits;
+  limits.max_bytes = std::numeric_limits<std::size_t>::max();
+  limits.least = Severity::kWarning;
+  return limits;
+}
+
+Group groupFromBytes(const py::object& bytes) {
+  DecodedGroup decoded =
+      decodeUnlocked(bytes, [](std::string_view all) { return decodeGroup(all, strict()); });
+  if (!decoded.report.empty()) refuse(std::move(decoded.report));
+  return Group(std::move(*decoded.group));
+}
+
+FiltersEntry entryFromBytes(const py::object& bytes) {
+  DecodedEntry decoded =
+      decodeUnlocked(bytes, [](std::string_view all) { return decodeEntry(all, strict()); });
+  if (!decoded.report.empty()) refuse(std::move(decoded.report));
+  return *decoded.entry;
+}
+
+FiltersEntry entryOf(ParsedEntry&& parsed) {
+  if (!parsed.entry) refuse(std::move(parsed.report));
+  return *parsed.entry;
+}
+
+std::vector<Group> groupsOf(ParsedGroups&& parsed) {
+  if (!parsed.report.empty()) refuse(std::move(parsed.report));
+  std::vector<Group> groups;
+  groups.reserve(parsed.groups.size());
+  for (FiltersGroup& group : parsed.groups) groups.emplace_back(std::move(group));
+  return groups;
+}
+
+std::vector<Group> fromText(const std::string& text) {
+  return groupsOf(unlocked([&] { return groupsFromText(text); }));
+}
+std::vector<Group> fromJson(const std::string& json) {
+  return groupsOf(unlocked([&] { return groupsFromJson(json); }));
+}
+
+Group onlyOne(std::vector<Group>&& groups) {
+  if (groups.size() == 1) return std::move(groups[0]);
+  throw py::value_error("there are " + std::to_string(groups.size()) +
+                        " groups, and not one: the functions groups_from_text and "
+                        "groups_from_json read them");
+}
+
+std::vector<FiltersGroup> copies(const std::vector<Group>& groups) {
+  std::vector<FiltersGroup> all;
+  all.reserve(groups.size());
+  for (const Group& group : groups) all.push_back(*group);
+  return all;
+}
+
+JsonLayout layoutOf(bool compact) { return compact ? JsonLayout::kCompact : JsonLayout::kIndented; }
+
+// Lines and objects that Python makes of its own values; the library's readers read them.
+py::object form(const char* function) {
+  return py::module_::import("filter_inspect._forms").attr(function);
+}
+
+FiltersEntry newEntry(const py::object& id, const py::object& priority, const py::object& match,
+                      const py::object& then, const py::object& count, const py::object& police,
+                      const py::object& parent) {
+  const auto line =
+      form("entry_line")(id, priority, match, then, count, police, parent).cast<std::string>();
+  return entryOf(entryFromText(line));
+}
+
+Group newGroup(filtersGroupId_t id, filtersGroupPriority_t priority, const py::object& stage,
+               const py::object& type, const py::iterable& entries) {
+  Group group{FiltersGroup(id)};
+  group.own().setPriority(priority);
+  setStage(&group, stage);
+  setType(&group, type);
+  for (const py::handle entry : entries) insert(&group, entry.cast<const FiltersEntry&>());
+  return group;
+}
+
+// The entries of a group by id. They are those of the group at the time of each call.
+struct Entries {
+  py::object owner;
+
+  const Group& group() const { return owner.cast<const Group&>(); }
+  const FiltersEntry& at(filtersEntryId_t id) const {
+    const auto& all = group()->getEntriesRef();
+    const auto found = all.find(id);
+    if (found == all.end()) throw py::key_error(std::to_string(id));
+    return found->second;
+  }
+  bool has(filtersEntryId_t id) const { return group()->getEntriesRef().count(id) != 0; }
+  py::list ids() const {
+    py::list all;
+    for (const auto& [id, entry] : group()->getEntriesRef()) all.append(id);
+    return all;
+  }
+};
+
+void addEntry(py::module_* module) {
+  py::class_<FiltersEntry>(*module, "Entry", R"(One rule, which does not change.
+
+The names of matches and actions, and their values, are those of the text form. A match or an
+action without a value is a word alone, or has the value None.
+
+>>> import filter_inspect as fi
+>>> entry = fi.Entry(10, priority=100, match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179},
+...                  then=["permit", {"set_pcp": 5}], count={1: "packets"})
+>>> print(entry)
+entry 10 priority=100 if dst_l4_port=179/0xffff src_ipv4=192.0.2.0/24 then permit set_pcp=5 count 1=packets
+>>> entry == fi.Entry.from_text(str(entry)) == fi.Entry.from_bytes(bytes(entry))
+True
+)")
+      .def(py::init(&newEntry), py::arg("id"), py::kw_only(), py::arg("priority") = 0,
+           py::arg("match") = py::tuple(), py::arg("then") = py::tuple(),
+           py::arg("count") = py::dict(), py::arg("police") = py::none(),
+           py::arg("parent") = py::none())
+      .def_static("from_bytes", &entryFromBytes, py::arg("data"),
+                  "Reads the bytes of an entry, and refuses bytes that lose something.")
+      .def_static(
+          "from_text", [](const std::string& text) { return entryOf(entryFromText(text)); },
+          py::arg("text"), "Reads the line of an entry.")
+      .def_static(
+          "from_json", [](const std::string& json) { return entryOf(entryFromJson(json)); },
+          py::arg("json"), "Reads the JSON object of an entry.")
+      .def_static(
+          "from_dict",
+          [](const py::dict& values) {
+            return entryOf(entryFromJson(form("dumped")(values).cast<std::string>()));
+          },
+          py::arg("values"), "Reads what json.loads() makes of the JSON object of an entry.")
+      .def("to_bytes", &bytesOf<FiltersEntry>, "The bytes of the entry's message.")
+      .def("__bytes__", &bytesOf<FiltersEntry>)
+      .def(
+          "to_text", [](const FiltersEntry& entry) { return toText(entry); },
+          "The line of the entry.")
+      .def("__str__", [](const FiltersEntry& entry) { return toText(entry); })
+      .def(
+          "to_json",
+          [](const FiltersEntry& entry, bool compact) { return toJson(entry, layoutOf(compact)); },
+          py::kw_only(), py::arg("compact") = false, "The JSON object of the entry.")
+      .def(
+          "to_dict",
+          [](const FiltersEntry& entry) {
+            return form("loaded")(toJson(entry, JsonLayout::kCompact));
+          },
+          R"(The JSON object of the entry, as a dict.
+
+>>> import filter_inspect as fi
+>>> fi.Entry(10, match="ttl=1", then="deny").to_dict()["matches"]
+{'ttl': 1}
+)")
+      .def_property_readonly("id", &FiltersEntry::getId)
+      .def_property_readonly("priority", &FiltersEntry::getPriority)
+      .def("__repr__", [](const FiltersEntry& entry) { return "<Entry " + toText(entry) + '>'; })
+      .def(
+          "__eq__", [](const FiltersEntry& a, const FiltersEntry& b) { return a == b; },
+          py::is_operator())
+      .def("__hash__",
+           [](const FiltersEntry& entry) { return py::hash(bytesOf<FiltersEntry>(entry)); })
+      .def("__copy__", [](const py::object& self) { return self; })
+      .def(
+          "__deepcopy__", [](const py::object& self, const py::dict&) { return self; },
+          py::arg("memo"))
+      .def(py::pickle(&bytesOf<FiltersEntry>,
+                      [](const py::bytes& bytes) { return entryFromBytes(bytes); }));
+}
+
+void addEntries(py::module_* module) {
+  py::class_<Entries>(*module, "Entries", "The entries of a group, by id: a mapping to read.")
+      .def("__getitem__", &Entries::at, py::return_value_policy::copy)
+      .def("__contains__",
+           [](const Entries& self, const py::object& id) {
+             py::detail::make_caster<filtersEntryId_t> key;
+             return key.load(id, false) && self.has(key);
+           })
+      .def("__len__", [](const Entries& self) { return self.group()->getEntriesRef().size(); })
+      .def("__iter__", [](const Entries& self) { return py::iter(self.ids()); })
+      .def("__repr__", [](const Entries& self) {
+        return "<Entries " + py::repr(self.ids()).cast<std::string>() + '>';
+      });
+  // The abstract class makes the rest of these: keys(), values(), items(), get() and ==.
+  const py::object mapping = py::module_::import("collections.abc").attr("Mapping");
+  const py::object entries = module->attr("Entries");
+  for (const char* method : {"keys", "values", "items", "get", "__eq__"}) {
+    entries.attr(method) = mapping.attr(method);
+  }
+  mapping.attr("register")(entries);
+}
+
+void addGroup(py::module_* module) {
+  py::class_<Group>(*module, "Group", R"(Rules by id, with the stage and type that admit them.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1, priority=10, stage="ingress", type=3)
+>>> group.insert(fi.Entry(10, match={"ip_protocol": "tcp"}, then="permit"))
+>>> print(group, end="")
+filter-groups 1
+group 1 priority=10 stage=ingress type=3
+entry 10 priority=0 if ip_protocol=6 then permit
+>>> group.entries[10].priority
+0
+>>> group == fi.Group.from_bytes(bytes(group)) == fi.Group.from_dict(group.to_dict())
+True
+)")
+      .def(py::init(&newGroup), py::arg("id"), py::kw_only(), py::arg("priority") = 0,
+           py::arg("stage") = "none", py::arg("type") = "none", py::arg("entries") = py::tuple())
+      .def_static(
+          "from_bytes", &groupFromBytes, py::arg("data"),
+          "Reads the bytes of a group, and refuses bytes that lose something; see decode().")
+      .def_static(
+          "from_text", [](const std::string& text) { return onlyOne(fromText(text)); },
+          py::arg("text"), "Reads a text with one group.")
+      .def_static(
+          "from_json", [](const std::string& json) { return onlyOne(fromJson(json)); },
+          py::arg("json"), "Reads a JSON document with one group.")
+      .def_static(
+          "from_dict",
+          [](const py::dict& values) {
+            return onlyOne(fromJson(form("document")(values, kJsonVersion).cast<std::string>()));
+          },
+          py::arg("values"), "Reads the dict of a group, as to_dict() makes it.")
+      .def(
+          "to_bytes", [](const Group& group) { return bytesOf(*group); },
+          "The bytes of the group's message.")
+      .def("__bytes__", [](const Group& group) { return bytesOf(*group); })
+      .def(
+          "to_text", [](const Group& group) { return toText(*group); }, "The text form.")
+      .def("__str__", [](const Group& group) { return toText(*group); })
+      .def(
+          "to_json",
+          [](const Group& group, bool compact) { return toJson(*group, layoutOf(compact)); },
+          py::kw_only(), py::arg("compact") = false, "A JSON document with the group.")
+      .def(
+          "to_dict",
+          [](const Group& group) { return form("group_of")(toJson(*group, JsonLayout::kCompact)); },
+          R"(The JSON object of the group, as a dict.
+
+>>> import filter_inspect as fi
+>>> fi.Group(7).to_dict()
+{'id': 7, 'priority': 0, 'stage': 'none', 'type': 0, 'entries': []}
+)")
+      .def_property_readonly("id", [](const Group& group) { return group->getId(); })
+      .def_property(
+          "priority", [](const Group& group) { return group->getPriority(); },
+          [](Group* group, filtersGroupPriority_t priority) { group->own().setPriority(priority); })
+      .def_property("stage", &stageOfGroup, &setStage,
+                    "A Stage, or a number that has no name. Setting it may be refused.")
+      .def_property("type", &typeOfGroup, &setType,
+                    "A Type, or a number that has no name. Setting it may be refused.")
+      .def_property_readonly("entries", [](const py::object& self) { return Entries{self}; })
+      .def("insert", &insert, py::arg("entry"), R"(Stores the entry, in place of one with its id.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1, stage="ingress", type=3)
+>>> try:
+...     group.insert(fi.Entry(30, match="vrf_id=1"))
+... except fi.Refused as refused:
+...     print(refused.report[0].message)
+a group of type 3 does not admit it; types that do: 8
+)")
+      .def("remove", &removeEntry, py::arg("id"),
+           "Removes the entry; raises KeyError if there is none.")
+      .def("__repr__",
+           [](const Group& group) {
+             return "<Group " + toText(headOf(*group)) +
+                    ", entries: " + std::to_string(group->getEntriesRef().size()) + '>';
+           })
+      .def(
+          "__eq__", [](const Group& a, const Group& b) { return *a == *b; }, py::is_operator())
+      .def("__copy__", [](const Group& group) { return Group(FiltersGroup(*group)); })
+      .def(
+          "__deepcopy__",
+          [](const Group& group, const py::dict&) { return Group(FiltersGroup(*group)); },
+          py::arg("memo"))
+      .def(py::pickle([](const Group& group) { return bytesOf(*group); },
+                      [](const py::bytes& bytes) { return groupFromBytes(bytes); }))
+      .attr("__hash__") = py::none();
+}
+
+}  // namespace
+
+void addGroups(py::module_* module) {
+  addEntry(module);
+  addEntries(module);
+  addGroup(module);
+  module->def("decode", &decode, py::arg("data"), py::kw_only(), py::arg("max_findings") = 1000,
+              py::arg("max_bytes") = DecodeLimits().max_bytes,
+              R"(Reads the bytes of a group as a device does, and reports what is lost.
+
+The group is None exactly if a device would throw, or if there are more bytes than the limit.
+
+>>> import filter_inspect as fi
+>>> group, report = fi.decode(bytes(fi.Group(7)) + b"\xff")
+>>> group.id, report[0].code.name
+(7, 'BYTES_BROKEN')
+)");
+  module->def("decode_entry", &decodeOne, py::arg("data"), py::kw_only(),
+              py::arg("max_findings") = 1000, py::arg("max_bytes") = DecodeLimits().max_bytes,
+              R"(Reads the bytes of an entry, like decode().
+
+>>> import filter_inspect as fi
+>>> fi.decode_entry(bytes(fi.Entry(10)))
+(<Entry entry 10 priority=0>, <Report without findings>)
+)");
+  module->def("groups_from_text", &fromText, py::arg("text"), R"(Reads all groups of a text.
+
+>>> import filter_inspect as fi
+>>> fi.groups_from_text("filter-groups 1\ngroup 1 priority=0 stage=none type=none\n")
+[<Group group 1 priority=0 stage=none type=none, entries: 0>]
+)");
+  module->def("groups_from_json", &fromJson, py::arg("json"),
+              R"(Reads all groups of a JSON document.
+
+>>> import filter_inspect as fi
+>>> fi.groups_from_json(fi.groups_to_json([fi.Group(1), fi.Group(2)]))[1].id
+2
+)");
+  module->def(
+      "groups_to_text", [](const std::vector<Group>& groups) { return toText(copies(groups)); },
+      py::arg("groups"), R"(Writes groups as one text.
+
+>>> import filter_inspect as fi
+>>> fi.groups_to_text([]), len(fi.groups_from_text(fi.groups_to_text([fi.Group(1), fi.Group(2)])))
+('filter-groups 1\n', 2)
+)");
+  module->def(
+      "groups_to_json",
+      [](const std::vector<Group>& groups, bool compact) {
+        return toJson(copies(groups), layoutOf(compact));
+      },
+      py::arg("groups"), py::kw_only(), py::arg("compact") = false,
+      R"(Writes groups as one JSON document.
+
+>>> import filter_inspect as fi
+>>> fi.groups_to_json([], compact=True)
+'{"format":"filter-groups","version":1,"groups":[]}\n'
+)");
+}
+
+}  // namespace FilterInspectPython

@@ -1,0 +1,205 @@
+// The rules that frames of traffic hit.
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "binding.h"
+
+namespace FilterInspectPython {
+namespace {
+
+constexpr std::size_t kFramesBetweenSignals = 4096;
+
+Link linkOf(const py::object& link) {
+  const auto name = link.cast<std::string>();
+  std::vector<std::string_view> names;
+  for (const Link one : kAllLinks) {
+    if (nameOf(one) == name) return one;
+    names.push_back(nameOf(one));
+  }
+  throw py::value_error("there is no link '" + name + "'" + suggestion(name, names));
+}
+
+// Numbers in a buffer or a list, such as the offsets of frames.
+class Numbers {
+ public:
+  explicit Numbers(const py::object& object) {
+    if (PyObject_CheckBuffer(object.ptr()) != 0) {
+      readBuffer(object);
+      return;
+    }
+    for (const py::handle one : object) all_.push_back(one.cast<std::size_t>());
+  }
+  std::size_t size() const { return all_.size(); }
+  std::size_t operator[](std::size_t i) const { return all_[i]; }
+ private:
+  void readBuffer(const py::object& object) {
+    const py::buffer_info info = py::reinterpret_borrow<py::buffer>(object).request();
+    const bool isWhole =
+        info.format.size() == 1 && std::string("LQNlqn").find(info.format) != std::string::npos;
+    if (!isWhole || info.ndim != 1 || info.itemsize != sizeof(std::uint64_t)) {
+      throw py::type_error("offsets and lengths are whole numbers of 64 bits");
+    }
+    const auto* bytes = static_cast<const char*>(info.ptr);
+    for (py::ssize_t i = 0; i < info.size; ++i) {
+      std::uint64_t one = 0;
+      std::memcpy(&one, bytes + i * info.strides[0], sizeof one);
+      all_.push_back(one);
+    }
+  }
+
+  std::vector<std::size_t> all_;
+};
+
+// Counts frames, and looks for signals now and then.
+class Counting {
+ public:
+  Counting(const Group& group, const py::object& order, const py::object& link,
+           const std::string& assumed, py::object progress)
+      : link_(linkOf(link)),
+        counter_(*group, orderOf(order), assumedOf(assumed)),
+        watch_(std::move(progress)) {}
+
+  void count(std::string_view frame, std::size_t length, std::size_t all) {
+    if (done_++ % kFramesBetweenSignals == 0) watch_.tell(done_ - 1, all);
+    counter_.count(frame.data(), frame.size(), length, link_);
+  }
+  const Hits& hits() const { return counter_.hits(); }
+ private:
+  static Packet assumedOf(const std::string& text) {
+    Report report;
+    std::optional<Packet> packet = Packet::parse(text, &report);
+    if (!packet) refuse(std::move(report));
+    return std::move(*packet);
+  }
+
+  const Link link_;
+  HitCounter counter_;
+  Watch watch_;
+  std::size_t done_ = 0;
+};
+
+// Counts frames that are objects: bytes, or what bytes() makes of them.
+void countEach(const py::object& frames, Counting* counting) {
+  for (const py::handle frame : py::reinterpret_borrow<py::object>(frames)) {
+    py::object bytes = py::reinterpret_borrow<py::object>(frame);
+    if (PyBytes_Check(frame.ptr()) == 0) {
+      if (PyLong_Check(frame.ptr()) != 0) throw py::type_error("a frame is bytes, and no number");
+      bytes = py::reinterpret_steal<py::object>(PyObject_Bytes(frame.ptr()));
+      if (!bytes) throw py::error_already_set();
+    }
+    const std::string_view its(PyBytes_AS_STRING(bytes.ptr()),
+                               static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr())));
+    counting->count(its, its.size(), 0);
+  }
+}
+
+// Counts the frames of one buffer. A frame without a length ends where the next one begins.
+void countBuffer(std::string_view all, const Numbers& offsets,
+                 const std::optional<Numbers>& lengths, const std::optional<Numbers>& wire,
+                 Counting* counting) {
+  for (std::size_t i = 0; i < offsets.size(); ++i) {
+    const std::size_t begin = offsets[i];
+    const std::size_t next = i + 1 < offsets.size() ? offsets[i + 1] : all.size();
+    const std::size_t length = lengths ? (*lengths)[i] : next - begin;
+    if (begin > all.size() || length > all.size() - begin) {
+      const py::gil_scoped_acquire acquired;
+      throw py::value_error("frame " + std::to_string(i) + " is not inside of the buffer");
+    }
+    const std::size_t onWire = wire ? std::max((*wire)[i], length) : length;
+    counting->count(all.substr(begin, length), onWire, offsets.size());
+  }
+}
+
+Hits countHits(const Group& group, const py::object& frames, const py::object& order,
+               const py::object& link, const std::string& assumed, const py::object& offsets,
+               const py::object& lengths, const py::object& wire_lengths,
+               const py::object& progress) {
+  Counting counting(group, order, link, assumed, progress);
+  if (offsets.is_none()) {
+    if (PyObject_CheckBuffer(frames.ptr()) != 0 || !lengths.is_none() || !wire_lengths.is_none()) {
+      throw py::type_error("one buffer of frames needs their offsets");
+    }
+    countEach(frames, &counting);
+    return counting.hits();
+  }
+  const BytesView buffer(frames);
+  const Numbers begins(offsets);
+  const auto numbersOf = [&](const py::object& object) {
+    auto numbers = object.is_none() ? std::nullopt : std::optional<Numbers>(object);
+    if (numbers && numbers->size() != begins.size()) {
+      throw py::value_error("there are as many lengths as offsets");
+    }
+    return numbers;
+  };
+  const auto its = numbersOf(lengths), wire = numbersOf(wire_lengths);
+  const auto work = [&] { return countBuffer(buffer.bytes(), begins, its, wire, &counting), 0; };
+  if (buffer.isReadOnly()) {
+    unlocked(work);
+  } else {
+    work();
+  }
+  return counting.hits();
+}
+
+}  // namespace
+
+void addTraffic(py::module_* module) {
+  py::class_<FrameCount>(*module, "FrameCount", "Frames, and the number of the first one from 1.")
+      .def_readonly("frames", &FrameCount::frames)
+      .def_readonly("first", &FrameCount::first)
+      .def("__repr__", [](const FrameCount& count) {
+        return "<FrameCount " + std::to_string(count.frames) + '>';
+      });
+  py::class_<EntryHits>(*module, "EntryHits", "The frames that an entry takes.")
+      .def_readonly("entry", &EntryHits::entry)
+      .def_property_readonly("sure", [](const EntryHits& one) { return one.hits.sure; })
+      .def_property_readonly("possible", [](const EntryHits& one) { return one.hits.possible; })
+      .def("__repr__", [](const EntryHits& one) {
+        return "<EntryHits entry " + std::to_string(one.entry) + ": " +
+               std::to_string(one.hits.sure.frames) + " sure, " +
+               std::to_string(one.hits.possible.frames) + " possible>";
+      });
+  py::class_<Hits>(*module, "Hits", "What frames hit; see hits().")
+      .def_readonly("frames", &Hits::frames)
+      .def_readonly("decided", &Hits::decided, py::return_value_policy::copy)
+      .def_readonly("undecided", &Hits::undecided, py::return_value_policy::copy)
+      .def_readonly("entries", &Hits::entries, py::return_value_policy::copy)
+      .def_property_readonly(
+          "none_sure", [](const Hits& hits) { return hits.none.sure; },
+          "Frames that surely no entry takes.")
+      .def_property_readonly("none_possible", [](const Hits& hits) { return hits.none.possible; })
+      .def_property_readonly(
+          "faults",
+          [](const Hits& hits) {
+            py::dict faults;
+            for (const FrameFault fault : kAllFrameFaults) {
+              const FrameCount& count = hits.faults[static_cast<std::size_t>(fault)];
+              if (fault != FrameFault::kNone && count.frames != 0) {
+                faults[member("FrameFault", nameOf(fault))] = count;
+              }
+            }
+            return faults;
+          },
+          "Why frames do not tell all fields.");
+  module->def("hits", &countHits, py::arg("group"), py::arg("frames"), py::arg("order"),
+              py::kw_only(), py::arg("link") = "ethernet", py::arg("assumed") = "",
+              py::arg("offsets") = py::none(), py::arg("lengths") = py::none(),
+              py::arg("wire_lengths") = py::none(), py::arg("progress") = py::none(),
+              R"(Counts the frames that each entry takes.
+
+Frames are objects of which bytes() makes bytes. With `offsets`, they are one buffer, in which each
+frame begins at an offset, and ends after its length or where the next one begins.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1, entries=[fi.Entry(10, then="deny")])
+>>> fi.hits(group, [bytes(60), bytes(60)], "ascending-id").entries
+[<EntryHits entry 10: 2 sure, 0 possible>]
+>>> fi.hits(group, bytes(180), "ascending-id", offsets=[0, 60, 120]).frames
+3
+)");
+}
+
+}  // namespace FilterInspectPython

@@ -1,0 +1,181 @@
+"""Tests the forms of groups and entries, and what is refused."""
+
+import copy
+import json
+import pathlib
+import pickle
+import re
+
+import filter_inspect as fi
+import pytest
+from hypothesis import given, settings, strategies
+
+TREE = pathlib.Path(__file__).parents[2]
+
+
+def examples_of(kind):
+    """The examples of matches or actions that the reference of the text form has."""
+    page = (TREE / "docs/text-format.md").read_text(encoding="utf-8")
+    table = page.split(f"| {kind} | example |")[1].split("\n\n")[0]
+    return re.findall(r"^\| `\w+` \| `(.*?)` \|", table, re.M)
+
+
+MATCHES, ACTIONS = examples_of("match"), examples_of("action")
+GROUPS = fi.groups_from_text((TREE / "tests/golden/groups.txt").read_text(encoding="utf-8"))
+
+
+def survives(one):
+    kind = type(one)
+    assert one == kind.from_bytes(bytes(one)) == kind.from_text(str(one))
+    assert one == kind.from_json(one.to_json()) == kind.from_json(one.to_json(compact=True))
+    assert one == kind.from_dict(one.to_dict()) == kind.from_dict(json.loads(json.dumps(one.to_dict())))
+    assert one == pickle.loads(pickle.dumps(one)) == copy.copy(one) == copy.deepcopy(one)
+
+
+def test_there_is_an_example_of_each_code():
+    assert (len(MATCHES), len(ACTIONS)) == (35, 20)
+
+
+@pytest.mark.parametrize("keyword, text", [("match", one) for one in MATCHES] + [("then", one) for one in ACTIONS])
+def test_each_match_and_action(keyword, text):
+    entry = fi.Entry(7, **{keyword: text})
+    survives(entry)
+    name, _, value = text.partition("=")
+    assert f" {text}" in str(entry)
+    assert entry == fi.Entry(7, **{keyword: {name: value or None}}) == fi.Entry(7, **{keyword: [text]})
+    assert list(entry.to_dict()[{"match": "matches", "then": "actions"}[keyword]]) == [name]
+
+
+@pytest.mark.parametrize("group", GROUPS, ids=lambda group: f"group {group.id}")
+def test_each_golden_group(group):
+    survives(group)
+    for id, entry in group.entries.items():
+        assert entry.id == id
+        survives(entry)
+
+
+def test_all_golden_groups_at_once():
+    assert fi.groups_to_json(GROUPS) == (TREE / "tests/golden/groups.json").read_text(encoding="utf-8")
+    assert fi.groups_from_json(fi.groups_to_json(GROUPS)) == GROUPS
+    assert (GROUPS[-1].stage, GROUPS[-1].type) == (99, 4294967295)
+
+
+def test_values_of_python():
+    assert str(fi.Entry(
+        10, priority=100, then=["permit", {"set_pcp": 5}], count={1: "packets"},
+        match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179, "pcp": {7, 3}, "mpls_term": True,
+               "ingress_ports": ["0x01000003"], "destination_cpu": None},
+        police={"id": 10, "stage": "ingress", "flow": None, "cir": 64, "cbs": 8000, "red": "drop"},
+        parent="id=11 stage=ingress flow cir=64")) == (
+            "entry 10 priority=100 if ingress_ports=[0x01000003] dst_l4_port=179/0xffff "
+            "src_ipv4=192.0.2.0/24 pcp={3,7} mpls_term=true destination_cpu then permit set_pcp=5 "
+            "count 1=packets police {id=10 stage=ingress flow cir=64 cbs=8000 red=drop} "
+            "parent {id=11 stage=ingress flow cir=64}  # ingress_ports eth-3")
+
+
+@settings(max_examples=150, deadline=None)
+@given(strategies.integers(0, 2**32 - 1), strategies.integers(0, 2**32 - 1),
+       strategies.lists(strategies.sampled_from(MATCHES)),
+       strategies.lists(strategies.sampled_from(ACTIONS)),
+       strategies.dictionaries(strategies.integers(0, 65535), strategies.sampled_from(["packets", -1, 9])))
+def test_what_is_admitted_survives(id, priority, match, then, count):
+    try:
+        entry = fi.Entry(id, priority=priority, match=match, then=then, count=count)
+    except fi.Refused as refused:
+        assert refused.report.worst is fi.Severity.ERROR
+        return
+    survives(entry)
+    for stage in fi.Stage:
+        for type in fi.Type:
+            try:
+                group = fi.Group(1, stage=stage, type=type, entries=[entry])
+            except fi.Refused as refused:
+                assert refused.report
+                continue
+            survives(group)
+
+
+@settings(max_examples=300, deadline=None)
+@given(strategies.binary(max_size=80), strategies.integers(0, 200), strategies.text(max_size=40))
+def test_nothing_breaks_a_reader(noise, at, text):
+    data = bytes(GROUPS[0])
+    for made in (noise, data[:at] + noise + data[at:]):
+        group, report = fi.decode(made)
+        assert (group is not None) or report
+        if not report:
+            assert bytes(group) == made
+    for read in (fi.Group.from_text, fi.Group.from_json, fi.Entry.from_text, fi.Entry.from_json):
+        with pytest.raises(ValueError):
+            read(text)
+
+
+ENTRY = fi.Entry(30, match="vrf_id=1")
+TYPE_3 = fi.Group(1, stage="ingress", type=3)
+
+
+@pytest.mark.parametrize("call, code", [
+    (lambda: TYPE_3.insert(ENTRY), "match-not-admitted"),
+    (lambda: TYPE_3.insert(fi.Entry(1, then="set_inner_pcp=1")), "action-not-admitted"),
+    (lambda: setattr(TYPE_3, "type", 99), "type-not-admitted"),
+    (lambda: setattr(TYPE_3, "stage", "lookup"), "type-not-admitted"),
+    (lambda: fi.Group(1, stage=9), "stage-unknown"),
+    (lambda: fi.Group.from_bytes(b"\xff"), "bytes-broken"),
+    (lambda: fi.Entry.from_bytes(b""), "required-missing"),
+    (lambda: fi.Group.from_text("filter-groups 1\ngruop"), "text-syntax"),
+    (lambda: fi.Group.from_json("{"), "text-syntax"),
+    (lambda: fi.Group.from_dict({"id": 1}), "text-syntax"),
+    (lambda: fi.Entry(10, match={"ttl": 300}), "text-value"),
+    (lambda: fi.Entry(10, match=["ttl=1", "ttl=2"]), "text-repeated"),
+    (lambda: fi.Entry(10, match={"src_ipv4": "::1"}), "text-value"),
+    (lambda: fi.Entry(10, match="src_ipv4=10.0.0.1 src_ipv6=::1"), "match-refused"),
+    (lambda: fi.Entry(2**32), "text-value"),
+    (lambda: fi.Policy("filter-policy 1\nnever"), "text-syntax"),
+    (lambda: fi.trace(TYPE_3, "ttl=x", "ascending-id"), "text-value"),
+    (lambda: fi.search(TYPE_3, "tll=1", "ascending-id"), "text-value"),
+    (lambda: fi.search(TYPE_3, "", "ascending-id", then="allow"), "text-value"),
+    (lambda: fi.plan(fi.Group(1), fi.Group(2)), "no-plan"),
+])
+def test_refusals_carry_their_report(call, code):
+    before = bytes(TYPE_3)
+    with pytest.raises(fi.Refused) as caught:
+        call()
+    assert [one.code.value for one in caught.value.report][:1] == [code]
+    assert str(caught.value) == str(caught.value.report)
+    assert bytes(TYPE_3) == before
+
+
+@pytest.mark.parametrize("call, error", [
+    (lambda: TYPE_3.remove(10), KeyError),
+    (lambda: TYPE_3.entries[10], KeyError),
+    (lambda: TYPE_3.insert(None), TypeError),
+    (lambda: fi.Group("1"), TypeError),
+    (lambda: fi.Group(65536), TypeError),
+    (lambda: fi.Group(1, stage="in"), ValueError),
+    (lambda: fi.Group(1, type=None), TypeError),
+    (lambda: fi.Group(1, entries=[1]), TypeError),
+    (lambda: fi.Group(1, type=2**32), TypeError),
+    (lambda: fi.Group(1, stage=-2**31 - 1), TypeError),
+    (lambda: fi.Group.from_text("\ud800"), (TypeError, UnicodeError)),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[-1]), TypeError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=b"bytes"), TypeError),
+    (lambda: fi.Group.from_bytes("text"), TypeError),
+    (lambda: fi.Group.from_text(""), ValueError),
+    (lambda: fi.Group.from_text("filter-groups 1"), ValueError),
+    (lambda: fi.Entry(10, match={"ttl": "1 then deny"}), ValueError),
+    (lambda: fi.Entry(10, match={"ttl": "1#"}), ValueError),
+    (lambda: fi.Entry(10, police="id=1 stage=none flow} parent {id=2"), ValueError),
+    (lambda: fi.Entry(10, match=5), TypeError),
+    (lambda: fi.Entry.from_dict({"id": {1}}), TypeError),
+    (lambda: fi.explain_insert(TYPE_3, ENTRY)[99], IndexError),
+    (lambda: fi.analyse(TYPE_3, "up"), ValueError),
+    (lambda: fi.analyse(TYPE_3, 5), TypeError),
+    (lambda: fi.search(TYPE_3, "", "ascending-id", entry=5), KeyError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id"), TypeError),
+    (lambda: fi.hits(TYPE_3, [5], "ascending-id"), TypeError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[9]), ValueError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[3, 1]), ValueError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[0], lengths=[1, 2]), ValueError),
+])
+def test_misuse_is_an_error_of_python(call, error):
+    with pytest.raises(error):
+        call()
