@@ -140,7 +140,7 @@ void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
 }
 
 // Moves the one entry of `made` into the group. Deliberate: an entry that the group refuses is
-// dropped, and an entry replaces a held one with its id.
+// dropped, and an entry replaces the held entry that has the same id.
 void FiltersGroup::add(std::map<unsigned int, FiltersEntry>* made) {
   const FiltersEntry& entry = made->begin()->second;
   if (validate(entry) != FILTERS_OK) return;

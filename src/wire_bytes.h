@@ -4,7 +4,7 @@
 // Writes and reads the bytes of messages without messages. The encoding is that of protocol
 // buffers: a field is a tag and a value; a tag is the field's number and its wire type in the low
 // three bits. Numbers and tags are varints: seven bits a byte, the low bits first, and the high bit
-// set in every byte but the last. Texts and messages are their size and their bytes.
+// set in every byte but the last. A text or a message is its size, followed by its bytes.
 
 #include <cstddef>
 #include <cstdint>

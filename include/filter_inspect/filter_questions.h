@@ -109,7 +109,7 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
                                   const AnalysisOptions& options = {},
                                   const ActionTest* then = nullptr);
 
-// The packets of an entry that the entries before it leave.
+// The packets that are left for an entry after the entries before it have taken theirs.
 struct Remains {
   // As in Destination. kMiss means that no packet is left.
   Hit hit = Hit::kMiss;

@@ -408,7 +408,7 @@ TABLE = [
     ("convert g.txt --to=bytes --framing=none", 2,
      NONE, "filter-inspect: g.txt: bytes of several groups need --framing=be32 or varint\n"),
     ("convert none.txt --to=bytes", 2, NONE,
-     "filter-inspect: none.txt: there is no group, and no bytes are a group of zeros\n"),
+     "filter-inspect: none.txt: there is no group, and an empty file would be read as a group of zeros\n"),
     ("convert g.bin --to=text -o folder/no/file", 2,
      NONE, "filter-inspect: folder/no/file: " + ENOENT),
     ("convert g.bin --to=text -o ''", 2, NONE, "filter-inspect: '': " + ENOENT),

@@ -61,7 +61,7 @@ class Comparison {
   void addMiddle(const std::vector<Word>& a, const std::vector<Word>& b) {
     constexpr std::size_t kMostPairs = 1 << 20;  // more are not compared
     const std::size_t width = b.size() + 1;
-    std::vector<std::uint32_t> best;  // the likeness of all words from two places on
+    std::vector<std::uint32_t> best;  // [i * width + j]: of words from a[i] and b[j] onwards
     if (a.size() < kMostPairs / width) best.resize((a.size() + 1) * width);
     const auto with = [&](std::size_t i, std::size_t j) {
       const std::uint32_t its = likeness(a[i], b[j]);

@@ -15,9 +15,9 @@ std::string framingOf(const Options& options, const Input& input) {
   return input.groups.size() == 1 ? "none" : "be32";
 }
 
-// Without a group there would be no bytes, and no bytes are read as a group of zeros.
+// Without a group the output would be empty, and empty input is read as a group of zeros.
 const char* whyNotBytes(std::size_t groups, const std::string& framing) {
-  if (groups == 0) return "there is no group, and no bytes are a group of zeros";
+  if (groups == 0) return "there is no group, and an empty file would be read as a group of zeros";
   if (groups > 1 && framing == "none")
     return "bytes of several groups need --framing=be32 or varint";
   return nullptr;

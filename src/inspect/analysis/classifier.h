@@ -69,7 +69,8 @@ class Classifier {
   static unsigned lowestBitOf(Word word) { return static_cast<unsigned>(__builtin_ctzll(word)); }
   static unsigned countOnes(Word word) { return static_cast<unsigned>(__builtin_popcountll(word)); }
 
-  // One word of a row's summary: which of 64 words the row keeps, and where they begin.
+  // One word of a row's summary. Its bits say which of 64 words of the row are kept, and `begin`
+  // says where the kept ones start.
   struct Row {
     Word words;
     std::uint32_t begin;  // in `kept`

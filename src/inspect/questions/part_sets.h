@@ -24,7 +24,7 @@ class PartSets : public Cut::Watcher {
   static constexpr std::size_t kMostSets = 16;
   static constexpr std::size_t kMostPieces = 256;  // pieces of one field
 
-  // The values of a dimension that a part has.
+  // One dimension, and the values that a part has in it.
   struct Dimension {
     std::uint32_t number;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> values;

@@ -345,8 +345,8 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
 }
 
 // If rules are ordered by id and each has one reading, exactly one rule of each group comes first
-// for a packet. The report must have exactly those pairs of first rules that treat a packet
-// differently.
+// for a packet. The report must name a pair of rules exactly if some packet has them as its first
+// rules and they treat it differently.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);
