@@ -5,8 +5,6 @@
 using namespace FiltersCommon;
 
 struct Ports : MatchIngressPorts {
-  void convertToMatchPB(MatchPB* message) const override { appendTo(message); }
-  void convertFromMatchPB(const MatchPB* message) override { appendFrom(*message, true); }
   void show(std::ostream& os) const { print(os); }
 };
 struct VlanIds : MatchExternalVlanId {
