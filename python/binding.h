@@ -48,6 +48,22 @@ class Group {
   std::shared_ptr<FiltersGroup> group_;
 };
 
+// What pickle needs to make an object again.
+py::tuple reduced(const py::object& self, int protocol);
+
+// Adds a class whose objects always have a value. Python finds that its slot for new objects is
+// not the one of the base class, and then refuses __new__() and the oldest forms of pickles, which
+// would leave an object without a value. Objects that become bytes and back can be pickled.
+template <class Value>
+py::class_<Value> addClass(py::module_* module, const char* name, const char* text) {
+  py::class_<Value> made(*module, name, py::is_final(), text);
+  auto* type = reinterpret_cast<PyTypeObject*>(made.ptr());
+  type->tp_new = [](PyTypeObject* its, PyObject* args, PyObject* keywords) {
+    return its->tp_base->tp_new(its, args, keywords);
+  };
+  made.def("__reduce_ex__", &reduced, py::arg("protocol"));
+  return made;
+}
 // Raises filter_inspect.Refused, which carries the report.
 [[noreturn]] void refuse(Report&& report);
 // Raises it with a report of one finding or none, and the sentence.
@@ -61,7 +77,7 @@ auto unlocked(Work work) {
 }
 
 // Lets signals such as Ctrl-C end long work, and tells the caller how far it is: at once, and then
-// some times a second.
+// some times a second. Other threads take turns meanwhile.
 class Watch {
  public:
   explicit Watch(py::object progress) : progress_(std::move(progress)) {}
@@ -70,6 +86,9 @@ class Watch {
  private:
   const py::object progress_;
   std::chrono::steady_clock::time_point next_;
+  // When other threads take a turn, if the work keeps the lock. A thread asks for the lock after it
+  // has waited five milliseconds without a release, so that more releases would starve it.
+  std::chrono::steady_clock::time_point turn_;
 };
 
 // Asks a question whose options are `how` with a watch over its progress.

@@ -48,25 +48,25 @@ py::object typeOfGroup(const Group& group) {
   return py::module_::import("filter_inspect._core").attr("Type")(number);
 }
 
-void setStage(Group* group, const py::object& value) {
+void setStage(Group& group, const py::object& value) {
   const filtersGroupStage_t stage = stageOf(value);
-  if (const filtersErr_t result = group->own().setStage(stage); result != FILTERS_OK) {
-    refuse(result, explainStage(**group, stage));
+  if (const filtersErr_t result = group.own().setStage(stage); result != FILTERS_OK) {
+    refuse(result, explainStage(*group, stage));
   }
 }
-void setType(Group* group, const py::object& value) {
+void setType(Group& group, const py::object& value) {
   const filtersGroupType_t type = typeOf(value);
-  if (const filtersErr_t result = group->own().setType(type); result != FILTERS_OK) {
-    refuse(result, explainType(**group, type));
+  if (const filtersErr_t result = group.own().setType(type); result != FILTERS_OK) {
+    refuse(result, explainType(*group, type));
   }
 }
-void insert(Group* group, const FiltersEntry& entry) {
-  if (const filtersErr_t result = group->own().insertEntry(entry); result != FILTERS_OK) {
-    refuse(result, explainInsert(**group, entry));
+void insert(Group& group, const FiltersEntry& entry) {
+  if (const filtersErr_t result = group.own().insertEntry(entry); result != FILTERS_OK) {
+    refuse(result, explainInsert(*group, entry));
   }
 }
-void removeEntry(Group* group, filtersEntryId_t id) {
-  if (group->own().removeEntry(id) != FILTERS_OK) throw py::key_error(std::to_string(id));
+void removeEntry(Group& group, filtersEntryId_t id) {
+  if (group.own().removeEntry(id) != FILTERS_OK) throw py::key_error(std::to_string(id));
 }
 
 template <class Object>
@@ -185,9 +185,9 @@ Group newGroup(filtersGroupId_t id, filtersGroupPriority_t priority, const py::o
                const py::object& type, const py::iterable& entries) {
   Group group{FiltersGroup(id)};
   group.own().setPriority(priority);
-  setStage(&group, stage);
-  setType(&group, type);
-  for (const py::handle entry : entries) insert(&group, entry.cast<const FiltersEntry&>());
+  setStage(group, stage);
+  setType(group, type);
+  for (const py::handle entry : entries) insert(group, entry.cast<const FiltersEntry&>());
   return group;
 }
 
@@ -211,7 +211,7 @@ struct Entries {
 };
 
 void addEntry(py::module_* module) {
-  py::class_<FiltersEntry>(*module, "Entry", R"(One rule, which does not change.
+  addClass<FiltersEntry>(module, "Entry", R"(One rule, which does not change.
 
 The names of matches and actions, and their values, are those of the text form. A match or an
 action without a value is a word alone, or has the value None.
@@ -274,13 +274,11 @@ True
       .def("__copy__", [](const py::object& self) { return self; })
       .def(
           "__deepcopy__", [](const py::object& self, const py::dict&) { return self; },
-          py::arg("memo"))
-      .def(py::pickle(&bytesOf<FiltersEntry>,
-                      [](const py::bytes& bytes) { return entryFromBytes(bytes); }));
+          py::arg("memo"));
 }
 
 void addEntries(py::module_* module) {
-  py::class_<Entries>(*module, "Entries", "The entries of a group, by id: a mapping to read.")
+  addClass<Entries>(module, "Entries", "The entries of a group, by id: a mapping to read.")
       .def("__getitem__", &Entries::at, py::return_value_policy::copy)
       .def("__contains__",
            [](const Entries& self, const py::object& id) {
@@ -302,7 +300,7 @@ void addEntries(py::module_* module) {
 }
 
 void addGroup(py::module_* module) {
-  py::class_<Group>(*module, "Group", R"(Rules by id, with the stage and type that admit them.
+  addClass<Group>(module, "Group", R"(Rules by id, with the stage and type that admit them.
 
 >>> import filter_inspect as fi
 >>> group = fi.Group(1, priority=10, stage="ingress", type=3)
@@ -356,7 +354,7 @@ True
       .def_property_readonly("id", [](const Group& group) { return group->getId(); })
       .def_property(
           "priority", [](const Group& group) { return group->getPriority(); },
-          [](Group* group, filtersGroupPriority_t priority) { group->own().setPriority(priority); })
+          [](Group& group, filtersGroupPriority_t priority) { group.own().setPriority(priority); })
       .def_property("stage", &stageOfGroup, &setStage,
                     "A Stage, or a number that has no name. Setting it may be refused.")
       .def_property("type", &typeOfGroup, &setType,
@@ -386,8 +384,6 @@ a group of type 3 does not admit it; types that do: 8
           "__deepcopy__",
           [](const Group& group, const py::dict&) { return Group(FiltersGroup(*group)); },
           py::arg("memo"))
-      .def(py::pickle([](const Group& group) { return bytesOf(*group); },
-                      [](const py::bytes& bytes) { return groupFromBytes(bytes); }))
       .attr("__hash__") = py::none();
 }
 

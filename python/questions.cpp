@@ -113,22 +113,22 @@ Route routeOf(const Group& from, const Group& to, bool remove_first) {
 }
 
 // Takes all steps or none.
-void applyRoute(const Route& route, Group* group) {
-  FiltersGroup changed(**group);
+void applyRoute(const Route& route, Group& group) {
+  FiltersGroup changed(*group);
   const filtersErr_t result = apply(route.plan.steps, *route.to, &changed);
   if (result != FILTERS_OK) refuse(result, {});
-  *group = Group(std::move(changed));
+  group = Group(std::move(changed));
 }
 
 void addTrace(py::module_* module) {
-  py::class_<Traced>(*module, "Traced", "What one entry does with a traced packet.")
+  addClass<Traced>(module, "Traced", "What one entry does with a traced packet.")
       .def_readonly("entry", &Traced::entry)
       .def_property_readonly("hit",
                              [](const Traced& one) { return member("Hit", nameOf(one.hit)); })
       .def_readonly("lacking", &Traced::lacking)
       .def_readonly("reason", &Traced::reason)
       .def("__str__", [](const Traced& one) { return toText(one); });
-  py::class_<Trace>(*module, "Trace", "Which entry takes a packet; str() gives the lines.")
+  addClass<Trace>(module, "Trace", "Which entry takes a packet; str() gives the lines.")
       .def_property_readonly("outcome",
                              [](const Trace& one) { return member("Hit", nameOf(one.outcome)); })
       .def_readonly("entry", &Trace::entry)
@@ -159,7 +159,7 @@ void addTrace(py::module_* module) {
 }
 
 void addPlan(py::module_* module) {
-  py::class_<Route>(*module, "Plan", "The steps from one group to another; see plan().")
+  addClass<Route>(module, "Plan", "The steps from one group to another; see plan().")
       .def_property_readonly("steps", &Route::lines)
       .def_property_readonly("fewest", [](const Route& route) { return route.plan.fewest; })
       .def("__len__", [](const Route& route) { return route.plan.steps.size(); });
@@ -253,8 +253,7 @@ rules leave for it.
 >>> [(one.entry, one.treatment) for one in fi.search(group, "ttl=1", "ascending-id")]
 [(10, 'deny')]
 )");
-  py::class_<Policy>(*module, "Policy",
-                     "What rules promise to do with packets; see check_policy().")
+  addClass<Policy>(module, "Policy", "What rules promise to do with packets; see check_policy().")
       .def(py::init([](const std::string& text) { return parse<Policy>(text); }), py::arg("text"))
       .def_property_readonly(
           "groups",

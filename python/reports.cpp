@@ -120,13 +120,28 @@ Order orderOf(const py::object& order) {
 }
 
 void Watch::tell(std::size_t done, std::size_t all) {
-  constexpr std::chrono::milliseconds kPause(50);
+  constexpr std::chrono::milliseconds kPause(50), kTurn(10);
   const auto now = std::chrono::steady_clock::now();
+  if (now >= turn_ && PyGILState_Check() != 0) {
+    const py::gil_scoped_release others;
+    turn_ = std::chrono::steady_clock::now() + kTurn;
+  }
   if (now < next_) return;
   next_ = now + kPause;
   const py::gil_scoped_acquire acquired;
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
   if (!progress_.is_none()) progress_(done, all);
+}
+
+py::tuple reduced(const py::object& self, int) {
+  const py::type type = py::type::of(self);
+  if (!py::hasattr(type, "from_bytes")) {
+    throw py::type_error("cannot pickle '" + type.attr("__name__").cast<std::string>() +
+                         "' object");
+  }
+  const py::object again =
+      py::module_::import("operator").attr("methodcaller")("from_bytes", self.attr("to_bytes")());
+  return py::make_tuple(again, py::make_tuple(type));
 }
 
 BytesView::BytesView(const py::object& object) {
@@ -136,12 +151,12 @@ BytesView::BytesView(const py::object& object) {
 void addReports(py::module_* module) {
   addEnumerations(module);
 
-  py::class_<SeenFrames>(*module, "SeenFrames", "Frames of a capture, and the first of them.")
+  addClass<SeenFrames>(module, "SeenFrames", "Frames of a capture, and the first of them.")
       .def_readonly("frames", &SeenFrames::frames)
       .def_readonly("first", &SeenFrames::first)
       .def_readonly("time", &SeenFrames::time);
 
-  py::class_<Finding>(*module, "Finding", R"(One thing that a report says.
+  addClass<Finding>(module, "Finding", R"(One thing that a report says.
 
 >>> import filter_inspect as fi
 >>> report = fi.explain_insert(fi.Group(1, stage="ingress", type=3), fi.Entry(30, match="vrf_id=1"))
@@ -184,8 +199,8 @@ void addReports(py::module_* module) {
       .def("__repr__",
            [](const Finding& one) { return "<Finding " + linesOf(Report{{one}}) + '>'; });
 
-  py::class_<Report>(*module, "Report",
-                     R"(A sequence of findings; str() gives the lines of the tool.
+  addClass<Report>(module, "Report",
+                   R"(A sequence of findings; str() gives the lines of the tool.
 
 >>> import filter_inspect as fi
 >>> group = fi.Group(1, stage="ingress", type=3)

@@ -147,13 +147,13 @@ Hits countHits(const Group& group, const py::object& frames, const py::object& o
 }  // namespace
 
 void addTraffic(py::module_* module) {
-  py::class_<FrameCount>(*module, "FrameCount", "Frames, and the number of the first one from 1.")
+  addClass<FrameCount>(module, "FrameCount", "Frames, and the number of the first one from 1.")
       .def_readonly("frames", &FrameCount::frames)
       .def_readonly("first", &FrameCount::first)
       .def("__repr__", [](const FrameCount& count) {
         return "<FrameCount " + std::to_string(count.frames) + '>';
       });
-  py::class_<EntryHits>(*module, "EntryHits", "The frames that an entry takes.")
+  addClass<EntryHits>(module, "EntryHits", "The frames that an entry takes.")
       .def_readonly("entry", &EntryHits::entry)
       .def_property_readonly("sure", [](const EntryHits& one) { return one.hits.sure; })
       .def_property_readonly("possible", [](const EntryHits& one) { return one.hits.possible; })
@@ -162,7 +162,7 @@ void addTraffic(py::module_* module) {
                std::to_string(one.hits.sure.frames) + " sure, " +
                std::to_string(one.hits.possible.frames) + " possible>";
       });
-  py::class_<Hits>(*module, "Hits", "What frames hit; see hits().")
+  addClass<Hits>(module, "Hits", "What frames hit; see hits().")
       .def_readonly("frames", &Hits::frames)
       .def_readonly("decided", &Hits::decided, py::return_value_policy::copy)
       .def_readonly("undecided", &Hits::undecided, py::return_value_policy::copy)

@@ -16,6 +16,7 @@ from typing import (
     SupportsBytes,
     Tuple,
     Union,
+    final,
     overload,
 )
 
@@ -187,6 +188,7 @@ class Type(int, enum.Enum):
     TYPE_11 = 11
 
 # end generated
+@final
 class SeenFrames:
     @property
     def frames(self) -> int: ...
@@ -195,6 +197,7 @@ class SeenFrames:
     @property
     def time(self) -> str: ...
 
+@final
 class Finding:
     @property
     def code(self) -> Code: ...
@@ -243,6 +246,7 @@ class Finding:
     @property
     def word(self) -> str: ...
 
+@final
 class Report(Sequence[Finding]):
     def __len__(self) -> int: ...
     def __bool__(self) -> bool: ...
@@ -258,6 +262,7 @@ class Report(Sequence[Finding]):
         self, command: str = ..., file: str = ..., *, order: Union[None, str, Order] = ...
     ) -> str: ...
 
+@final
 class Entry:
     def __init__(
         self,
@@ -289,11 +294,13 @@ class Entry:
     def priority(self) -> int: ...
     def __hash__(self) -> int: ...
 
+@final
 class Entries(Mapping[int, Entry]):
     def __getitem__(self, id: int) -> Entry: ...
     def __len__(self) -> int: ...
     def __iter__(self) -> Iterator[int]: ...
 
+@final
 class Group:
     def __init__(
         self,
@@ -333,6 +340,7 @@ class Group:
     def insert(self, entry: Entry) -> None: ...
     def remove(self, id: int) -> None: ...
 
+@final
 class Plan:
     @property
     def steps(self) -> List[str]: ...
@@ -340,12 +348,14 @@ class Plan:
     def fewest(self) -> bool: ...
     def __len__(self) -> int: ...
 
+@final
 class Policy:
     def __init__(self, text: str) -> None: ...
     @property
     def groups(self) -> List[int]: ...
     def promises(self, group: int) -> int: ...
 
+@final
 class Traced:
     @property
     def entry(self) -> int: ...
@@ -356,6 +366,7 @@ class Traced:
     @property
     def reason(self) -> str: ...
 
+@final
 class Trace:
     @property
     def outcome(self) -> Hit: ...
@@ -374,12 +385,14 @@ class Trace:
     @property
     def treatments(self) -> List[str]: ...
 
+@final
 class FrameCount:
     @property
     def frames(self) -> int: ...
     @property
     def first(self) -> int: ...
 
+@final
 class EntryHits:
     @property
     def entry(self) -> int: ...
@@ -388,6 +401,7 @@ class EntryHits:
     @property
     def possible(self) -> FrameCount: ...
 
+@final
 class Hits:
     @property
     def frames(self) -> int: ...

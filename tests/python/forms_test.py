@@ -1,6 +1,7 @@
 """Tests the forms of groups and entries, and what is refused."""
 
 import copy
+import enum
 import json
 import pathlib
 import pickle
@@ -29,7 +30,9 @@ def survives(one):
     assert one == kind.from_bytes(bytes(one)) == kind.from_text(str(one))
     assert one == kind.from_json(one.to_json()) == kind.from_json(one.to_json(compact=True))
     assert one == kind.from_dict(one.to_dict()) == kind.from_dict(json.loads(json.dumps(one.to_dict())))
-    assert one == pickle.loads(pickle.dumps(one)) == copy.copy(one) == copy.deepcopy(one)
+    assert one == copy.copy(one) == copy.deepcopy(one)
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+        assert one == pickle.loads(pickle.dumps(one, protocol))
 
 
 def test_there_is_an_example_of_each_code():
@@ -148,6 +151,10 @@ def test_refusals_carry_their_report(call, code):
     (lambda: TYPE_3.remove(10), KeyError),
     (lambda: TYPE_3.entries[10], KeyError),
     (lambda: TYPE_3.insert(None), TypeError),
+    (lambda: fi.apply(fi.plan(TYPE_3, TYPE_3), None), TypeError),
+    (lambda: fi.Group.stage.fset(None, "ingress"), TypeError),
+    (lambda: fi.Group.priority.fset(None, 1), TypeError),
+    (lambda: pickle.dumps(TYPE_3.entries, 0), TypeError),
     (lambda: fi.Group("1"), TypeError),
     (lambda: fi.Group(65536), TypeError),
     (lambda: fi.Group(1, stage="in"), ValueError),
@@ -179,3 +186,11 @@ def test_refusals_carry_their_report(call, code):
 def test_misuse_is_an_error_of_python(call, error):
     with pytest.raises(error):
         call()
+
+
+@pytest.mark.parametrize("kind", [one for one in vars(fi).values() if isinstance(one, type)
+                                  and not issubclass(one, (enum.Enum, Exception))])
+def test_no_object_is_without_a_value(kind):
+    for make in (lambda: kind.__new__(kind), lambda: type("Derived", (kind,), {})):
+        with pytest.raises(TypeError):
+            make()

@@ -144,6 +144,30 @@ def test_control_c_ends_long_work(question):
     thread.join()
 
 
+@pytest.mark.parametrize("buffered", [False, True])
+def test_other_threads_run_while_frames_are_counted(buffered):
+    turns, ended = [], threading.Event()
+
+    def work():
+        while not ended.wait(0.001):
+            turns.append(None)
+
+    thread = threading.Thread(target=work)
+    thread.start()
+    if buffered:
+        offsets = MANY[:1 << 21]
+        before = len(turns)
+        fi.hits(EDGE, bytearray(60), ORDER, offsets=offsets, lengths=offsets)
+    else:
+        frames = [bytes(60)] * (1 << 20)
+        before = len(turns)
+        fi.hits(EDGE, frames, ORDER)
+    during = len(turns) - before
+    ended.set()
+    thread.join()
+    assert during > 3
+
+
 def test_progress_is_told_and_may_refuse():
     seen = []
     fi.analyse(hard_group(300), ORDER, progress=lambda done, all: seen.append((done, all)))
