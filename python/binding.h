@@ -12,6 +12,7 @@
 #include <pybind11/stl.h>
 
 #include <chrono>
+#include <initializer_list>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -99,6 +100,27 @@ auto ask(AnalysisOptions how, const py::object& progress, Question question) {
   watch.tell(0, 1);
   return unlocked([&] { return question(how); });
 }
+
+// Gives a class the methods that an abstract class of collections.abc makes of the others.
+template <class Value>
+void addMixins(py::class_<Value>* made, const char* abstract,
+               std::initializer_list<const char*> methods) {
+  const py::object base = py::module_::import("collections.abc").attr(abstract);
+  for (const char* method : methods) made->attr(method) = base.attr(method);
+  base.attr("register")(*made);
+}
+
+// Copies of an object that never changes are the object.
+template <class Value>
+void addCopies(py::class_<Value>* made) {
+  made->def("__copy__", [](const py::object& self) { return self; });
+  made->def(
+      "__deepcopy__", [](const py::object& self, const py::dict&) { return self; },
+      py::arg("memo"));
+}
+
+// Raises a KeyError with the key.
+[[noreturn]] void refuseKey(const py::object& key);
 
 // What C++ prints, without the last line end.
 template <class Printed>

@@ -66,7 +66,7 @@ void insert(Group& group, const FiltersEntry& entry) {
   }
 }
 void removeEntry(Group& group, filtersEntryId_t id) {
-  if (group.own().removeEntry(id) != FILTERS_OK) throw py::key_error(std::to_string(id));
+  if (group.own().removeEntry(id) != FILTERS_OK) refuseKey(py::int_(id));
 }
 
 template <class Object>
@@ -196,13 +196,19 @@ struct Entries {
   py::object owner;
 
   const Group& group() const { return owner.cast<const Group&>(); }
-  const FiltersEntry& at(filtersEntryId_t id) const {
+  // Null for a key that no entry has, of any type.
+  const FiltersEntry* find(const py::object& key) const {
+    py::detail::make_caster<filtersEntryId_t> id;
+    if (!id.load(key, false)) return nullptr;
     const auto& all = group()->getEntriesRef();
     const auto found = all.find(id);
-    if (found == all.end()) throw py::key_error(std::to_string(id));
-    return found->second;
+    return found == all.end() ? nullptr : &found->second;
   }
-  bool has(filtersEntryId_t id) const { return group()->getEntriesRef().count(id) != 0; }
+  const FiltersEntry& at(const py::object& key) const {
+    const FiltersEntry* entry = find(key);
+    if (entry == nullptr) refuseKey(key);
+    return *entry;
+  }
   py::list ids() const {
     py::list all;
     for (const auto& [id, entry] : group()->getEntriesRef()) all.append(id);
@@ -211,7 +217,7 @@ struct Entries {
 };
 
 void addEntry(py::module_* module) {
-  addClass<FiltersEntry>(module, "Entry", R"(One rule, which does not change.
+  auto made = addClass<FiltersEntry>(module, "Entry", R"(One rule, which does not change.
 
 The names of matches and actions, and their values, are those of the text form. A match or an
 action without a value is a word alone, or has the value None.
@@ -223,8 +229,9 @@ action without a value is a word alone, or has the value None.
 entry 10 priority=100 if dst_l4_port=179/0xffff src_ipv4=192.0.2.0/24 then permit set_pcp=5 count 1=packets
 >>> entry == fi.Entry.from_text(str(entry)) == fi.Entry.from_bytes(bytes(entry))
 True
-)")
-      .def(py::init(&newEntry), py::arg("id"), py::kw_only(), py::arg("priority") = 0,
+)");
+  addCopies(&made);
+  made.def(py::init(&newEntry), py::arg("id"), py::kw_only(), py::arg("priority") = 0,
            py::arg("match") = py::tuple(), py::arg("then") = py::tuple(),
            py::arg("count") = py::dict(), py::arg("police") = py::none(),
            py::arg("parent") = py::none())
@@ -270,33 +277,21 @@ True
           "__eq__", [](const FiltersEntry& a, const FiltersEntry& b) { return a == b; },
           py::is_operator())
       .def("__hash__",
-           [](const FiltersEntry& entry) { return py::hash(bytesOf<FiltersEntry>(entry)); })
-      .def("__copy__", [](const py::object& self) { return self; })
-      .def(
-          "__deepcopy__", [](const py::object& self, const py::dict&) { return self; },
-          py::arg("memo"));
+           [](const FiltersEntry& entry) { return py::hash(bytesOf<FiltersEntry>(entry)); });
 }
 
 void addEntries(py::module_* module) {
-  addClass<Entries>(module, "Entries", "The entries of a group, by id: a mapping to read.")
-      .def("__getitem__", &Entries::at, py::return_value_policy::copy)
+  auto made =
+      addClass<Entries>(module, "Entries", "The entries of a group, by id: a mapping to read.");
+  made.def("__getitem__", &Entries::at, py::return_value_policy::copy)
       .def("__contains__",
-           [](const Entries& self, const py::object& id) {
-             py::detail::make_caster<filtersEntryId_t> key;
-             return key.load(id, false) && self.has(key);
-           })
+           [](const Entries& self, const py::object& key) { return self.find(key) != nullptr; })
       .def("__len__", [](const Entries& self) { return self.group()->getEntriesRef().size(); })
       .def("__iter__", [](const Entries& self) { return py::iter(self.ids()); })
       .def("__repr__", [](const Entries& self) {
         return "<Entries " + py::repr(self.ids()).cast<std::string>() + '>';
       });
-  // The abstract class makes the rest of these: keys(), values(), items(), get() and ==.
-  const py::object mapping = py::module_::import("collections.abc").attr("Mapping");
-  const py::object entries = module->attr("Entries");
-  for (const char* method : {"keys", "values", "items", "get", "__eq__"}) {
-    entries.attr(method) = mapping.attr(method);
-  }
-  mapping.attr("register")(entries);
+  addMixins(&made, "Mapping", {"keys", "values", "items", "get", "__eq__"});
 }
 
 void addGroup(py::module_* module) {

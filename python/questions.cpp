@@ -72,7 +72,7 @@ Report searchGroup(const Group& group, const std::string& packets, const py::obj
   }
   const Snapshot its = group.snapshot();
   if (entry && its->getEntriesRef().count(*entry) == 0) {
-    throw py::key_error(std::to_string(*entry));
+    refuseKey(py::int_(*entry));
   }
   return ask(how, progress, [&](const AnalysisOptions& all) {
     if (entry) return remainsReport(*its, *entry, *remains(*its, *entry, set, all.order, all));

@@ -91,6 +91,15 @@ py::list findingsAt(const Report& report, const py::slice& slice) {
   return chosen;
 }
 
+// Findings and reports are equal if their documents are.
+template <class Value, class DocumentOf>
+void addComparison(py::class_<Value>* made, DocumentOf documentOf) {
+  made->def(
+      "__eq__", [=](const Value& a, const Value& b) { return documentOf(a) == documentOf(b); },
+      py::is_operator());
+  made->def("__hash__", [=](const Value& one) { return py::hash(py::str(documentOf(one))); });
+}
+
 [[noreturn]] void raiseRefused(py::object sentence, Report&& report) {
   const py::object type = py::module_::import("filter_inspect._errors").attr("Refused");
   const py::object error = type(std::move(report), std::move(sentence));
@@ -144,6 +153,11 @@ py::tuple reduced(const py::object& self, int) {
   return py::make_tuple(again, py::make_tuple(type));
 }
 
+void refuseKey(const py::object& key) {
+  PyErr_SetObject(PyExc_KeyError, key.ptr());
+  throw py::error_already_set();
+}
+
 BytesView::BytesView(const py::object& object) {
   if (PyObject_GetBuffer(object.ptr(), &view_, PyBUF_SIMPLE) != 0) throw py::error_already_set();
 }
@@ -156,14 +170,17 @@ void addReports(py::module_* module) {
       .def_readonly("first", &SeenFrames::first)
       .def_readonly("time", &SeenFrames::time);
 
-  addClass<Finding>(module, "Finding", R"(One thing that a report says.
+  auto single = addClass<Finding>(module, "Finding", R"(One thing that a report says.
 
 >>> import filter_inspect as fi
 >>> report = fi.explain_insert(fi.Group(1, stage="ingress", type=3), fi.Entry(30, match="vrf_id=1"))
 >>> finding = report[0]
 >>> finding.code is fi.Code.MATCH_NOT_ADMITTED, finding.entry, finding.severity.value
 (True, 30, 'error')
-)")
+)");
+  addCopies(&single);
+  addComparison(&single, [](const Finding& one) { return toJson(Report{{one}}); });
+  single
       .def_property_readonly("code",
                              [](const Finding& one) { return member("Code", nameOf(one.code)); })
       .def_property_readonly(
@@ -199,8 +216,8 @@ void addReports(py::module_* module) {
       .def("__repr__",
            [](const Finding& one) { return "<Finding " + linesOf(Report{{one}}) + '>'; });
 
-  addClass<Report>(module, "Report",
-                   R"(A sequence of findings; str() gives the lines of the tool.
+  auto sequence = addClass<Report>(module, "Report",
+                                   R"(A sequence of findings; str() gives the lines of the tool.
 
 >>> import filter_inspect as fi
 >>> group = fi.Group(1, stage="ingress", type=3)
@@ -208,8 +225,11 @@ void addReports(py::module_* module) {
 error: entry 30: match vrf_id: a group of type 3 does not admit it; types that do: 8 [match-not-admitted]
 >>> len(fi.explain_insert(group, fi.Entry(30, match="ttl=1")))
 0
-)")
-      .def("__len__", [](const Report& report) { return report.findings.size(); })
+)");
+  addCopies(&sequence);
+  addComparison(&sequence, [](const Report& one) { return toJson(one); });
+  addMixins(&sequence, "Sequence", {"index", "count", "__iter__", "__reversed__", "__contains__"});
+  sequence.def("__len__", [](const Report& report) { return report.findings.size(); })
       .def("__bool__", [](const Report& report) { return !report.empty(); })
       .def("__getitem__", &findingAt, py::return_value_policy::copy)
       .def("__getitem__", &findingsAt)
@@ -234,8 +254,6 @@ error: entry 30: match vrf_id: a group of type 3 does not admit it; types that d
 >>> json.loads(fi.diff(fi.Group(1), fi.Group(1)).to_json("diff"))["command"]
 'diff'
 )");
-  const py::object sequence = py::module_::import("collections.abc").attr("Sequence");
-  sequence.attr("register")(module->attr("Report"));
 }
 
 }  // namespace FilterInspectPython

@@ -150,6 +150,8 @@ def test_refusals_carry_their_report(call, code):
 @pytest.mark.parametrize("call, error", [
     (lambda: TYPE_3.remove(10), KeyError),
     (lambda: TYPE_3.entries[10], KeyError),
+    (lambda: TYPE_3.entries[-1], KeyError),
+    (lambda: TYPE_3.entries["10"], KeyError),
     (lambda: TYPE_3.insert(None), TypeError),
     (lambda: fi.apply(fi.plan(TYPE_3, TYPE_3), None), TypeError),
     (lambda: fi.Group.stage.fset(None, "ingress"), TypeError),

@@ -83,8 +83,10 @@ def test_entries_are_those_of_their_group_now():
     for id in entries:
         group.remove(id)
     assert len(entries) == 0 and 10 not in entries and "10" not in entries and entries == {}
-    with pytest.raises(KeyError):
+    assert entries.get(2**32) is entries.get("10") is entries.get(10) is None
+    with pytest.raises(KeyError) as caught:
         entries[10]
+    assert caught.value.args == (10,)
 
 
 def test_a_question_keeps_the_group_that_it_was_asked_about():

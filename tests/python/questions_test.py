@@ -1,5 +1,6 @@
 """Tests the questions, and the assertions of filter_inspect.testing."""
 
+import copy
 import doctest
 import os
 import subprocess
@@ -125,6 +126,9 @@ def test_a_report_is_a_sequence() -> None:
     assert [one.code for one in report] == [one.code for one in report[:]] == list(
         map(lambda one: one.code, reversed(report)))[::-1]
     assert report[-1].entry == 20 and report.worst is fi.Severity.NOTE and report.left_out == 0
+    assert report == fi.diff(OLD, NEW) != fi.diff(NEW, OLD) and report[0] == report[:1][0] != report[1]
+    assert report.index(report[1]) == 1 and report.count(report[-1]) == 1 and report[1] in report
+    assert len({report, copy.copy(report), copy.deepcopy(report), fi.diff(OLD, NEW)}) == 1
     assert len(report[::2]) == (len(report) + 1) // 2
     limited = fi.analyse(fi.Group(1, entries=[fi.Entry(i, then="deny") for i in range(9)]),
                          "ascending-id", max_findings=3)
