@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <initializer_list>
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -31,6 +32,18 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 
 using Snapshot = std::shared_ptr<const FiltersGroup>;
+
+// A text that is an argument.
+struct Text {
+  std::string its;
+  operator const std::string&() const { return its; }
+};
+// A whole number that is an argument.
+template <class T>
+struct Whole {
+  T its;
+  operator T() const { return its; }
+};
 
 class Group {
  public:
@@ -157,11 +170,54 @@ class BytesView {
   Py_buffer view_;
 };
 
+// The argument `name` from Python, which is `kind`.
+template <class T>
+T argument(const py::handle& object, const char* name, const char* kind) {
+  py::detail::make_caster<T> its;
+  if (its.load(object, true)) return py::detail::cast_op<T>(its);
+  throw py::type_error(std::string(name) + " is " + kind + ", and not " +
+                       Py_TYPE(object.ptr())->tp_name);
+}
+
 void addReports(py::module_* module);
 void addGroups(py::module_* module);
 void addQuestions(py::module_* module);
 void addTraffic(py::module_* module);
 
 }  // namespace FilterInspectPython
+
+// An object of a wrong type is a TypeError, and a value that cannot be is a ValueError.
+namespace pybind11::detail {
+
+template <>
+struct type_caster<FilterInspectPython::Text> {
+  PYBIND11_TYPE_CASTER(FilterInspectPython::Text, const_name("str"));
+  bool load(handle source, bool) {
+    if (!PyUnicode_Check(source.ptr())) return false;
+    Py_ssize_t size = 0;
+    const char* text = PyUnicode_AsUTF8AndSize(source.ptr(), &size);
+    if (text == nullptr) throw error_already_set();
+    value.its.assign(text, static_cast<std::size_t>(size));
+    return true;
+  }
+};
+
+template <class T>
+struct type_caster<FilterInspectPython::Whole<T>> {
+  PYBIND11_TYPE_CASTER(FilterInspectPython::Whole<T>, const_name("int"));
+  bool load(handle source, bool) {
+    if (!PyIndex_Check(source.ptr())) return false;
+    make_caster<T> number;
+    if (!number.load(source, true)) {
+      using Limits = std::numeric_limits<T>;
+      throw value_error(str(source).cast<std::string>() + " is not a number from " +
+                        std::to_string(Limits::min()) + " to " + std::to_string(Limits::max()));
+    }
+    value.its = cast_op<T>(number);
+    return true;
+  }
+};
+
+}  // namespace pybind11::detail
 
 #endif  // FILTER_INSPECT_PYTHON_BINDING_H_

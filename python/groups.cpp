@@ -20,9 +20,10 @@ namespace {
 template <class Enum>
 Enum codeOf(const char* kind, const py::object& value) {
   if (!py::isinstance<py::str>(value)) {
-    return static_cast<Enum>(value.cast<std::underlying_type_t<Enum>>());
+    using Number = std::underlying_type_t<Enum>;
+    return static_cast<Enum>(Number{argument<Whole<Number>>(value, kind, "a text or a number")});
   }
-  const auto name = value.cast<std::string>();
+  const std::string name = argument<Text>(value, kind, "a text or a number");
   if (const auto code = fromName<Enum>(name)) return *code;
   std::vector<std::string_view> names;
   for (const auto& [code, itsName] : namesOf<Enum>()) names.push_back(itsName);
@@ -65,8 +66,8 @@ void insert(Group& group, const FiltersEntry& entry) {
     refuse(result, explainInsert(*group, entry));
   }
 }
-void removeEntry(Group& group, filtersEntryId_t id) {
-  if (group.own().removeEntry(id) != FILTERS_OK) refuseKey(py::int_(id));
+void removeEntry(Group& group, Whole<filtersEntryId_t> id) {
+  if (group.own().removeEntry(id) != FILTERS_OK) refuseKey(py::int_(id.its));
 }
 
 template <class Object>
@@ -96,14 +97,16 @@ std::optional<Group> shared(std::optional<FiltersGroup>&& group) {
   return Group(std::move(*group));
 }
 
-py::tuple decode(const py::object& bytes, std::size_t max_findings, std::size_t max_bytes) {
+py::tuple decode(const py::object& bytes, Whole<std::size_t> max_findings,
+                 Whole<std::size_t> max_bytes) {
   DecodedGroup decoded = decodeUnlocked(bytes, [&](std::string_view all) {
     return decodeGroup(all, limitsOf(max_findings, max_bytes));
   });
   return py::make_tuple(shared(std::move(decoded.group)), std::move(decoded.report));
 }
 
-py::tuple decodeOne(const py::object& bytes, std::size_t max_findings, std::size_t max_bytes) {
+py::tuple decodeOne(const py::object& bytes, Whole<std::size_t> max_findings,
+                    Whole<std::size_t> max_bytes) {
   const DecodedEntry decoded = decodeUnlocked(bytes, [&](std::string_view all) {
     return decodeEntry(all, limitsOf(max_findings, max_bytes));
   });
@@ -145,11 +148,11 @@ std::vector<Group> groupsOf(ParsedGroups&& parsed) {
   return groups;
 }
 
-std::vector<Group> fromText(const std::string& text) {
-  return groupsOf(unlocked([&] { return groupsFromText(text); }));
+std::vector<Group> fromText(const Text& text) {
+  return groupsOf(unlocked([&] { return groupsFromText(text.its); }));
 }
-std::vector<Group> fromJson(const std::string& json) {
-  return groupsOf(unlocked([&] { return groupsFromJson(json); }));
+std::vector<Group> fromJson(const Text& json) {
+  return groupsOf(unlocked([&] { return groupsFromJson(json.its); }));
 }
 
 Group onlyOne(std::vector<Group>&& groups) {
@@ -181,13 +184,17 @@ FiltersEntry newEntry(const py::object& id, const py::object& priority, const py
   return entryOf(entryFromText(line));
 }
 
-Group newGroup(filtersGroupId_t id, filtersGroupPriority_t priority, const py::object& stage,
-               const py::object& type, const py::iterable& entries) {
+Group newGroup(Whole<filtersGroupId_t> id, Whole<filtersGroupPriority_t> priority,
+               const py::object& stage, const py::object& type, const py::iterable& entries) {
   Group group{FiltersGroup(id)};
   group.own().setPriority(priority);
   setStage(group, stage);
   setType(group, type);
-  for (const py::handle entry : entries) insert(group, entry.cast<const FiltersEntry&>());
+  for (const py::handle entry : entries) {
+    if (!py::isinstance<FiltersEntry>(entry))
+      throw py::type_error("entries are of the class Entry");
+    insert(group, entry.cast<const FiltersEntry&>());
+  }
   return group;
 }
 
@@ -238,10 +245,10 @@ True
       .def_static("from_bytes", &entryFromBytes, py::arg("data"),
                   "Reads the bytes of an entry, and refuses bytes that lose something.")
       .def_static(
-          "from_text", [](const std::string& text) { return entryOf(entryFromText(text)); },
+          "from_text", [](const Text& text) { return entryOf(entryFromText(text.its)); },
           py::arg("text"), "Reads the line of an entry.")
       .def_static(
-          "from_json", [](const std::string& json) { return entryOf(entryFromJson(json)); },
+          "from_json", [](const Text& json) { return entryOf(entryFromJson(json.its)); },
           py::arg("json"), "Reads the JSON object of an entry.")
       .def_static(
           "from_dict",
@@ -315,15 +322,15 @@ True
           "from_bytes", &groupFromBytes, py::arg("data"),
           "Reads the bytes of a group, and refuses bytes that lose something; see decode().")
       .def_static(
-          "from_text", [](const std::string& text) { return onlyOne(fromText(text)); },
-          py::arg("text"), "Reads a text with one group.")
+          "from_text", [](const Text& text) { return onlyOne(fromText(text)); }, py::arg("text"),
+          "Reads a text with one group.")
       .def_static(
-          "from_json", [](const std::string& json) { return onlyOne(fromJson(json)); },
-          py::arg("json"), "Reads a JSON document with one group.")
+          "from_json", [](const Text& json) { return onlyOne(fromJson(json)); }, py::arg("json"),
+          "Reads a JSON document with one group.")
       .def_static(
           "from_dict",
           [](const py::dict& values) {
-            return onlyOne(fromJson(form("document")(values, kJsonVersion).cast<std::string>()));
+            return onlyOne(fromJson({form("document")(values, kJsonVersion).cast<std::string>()}));
           },
           py::arg("values"), "Reads the dict of a group, as to_dict() makes it.")
       .def(
@@ -349,7 +356,9 @@ True
       .def_property_readonly("id", [](const Group& group) { return group->getId(); })
       .def_property(
           "priority", [](const Group& group) { return group->getPriority(); },
-          [](Group& group, filtersGroupPriority_t priority) { group.own().setPriority(priority); })
+          [](Group& group, Whole<filtersGroupPriority_t> priority) {
+            group.own().setPriority(priority);
+          })
       .def_property("stage", &stageOfGroup, &setStage,
                     "A Stage, or a number that has no name. Setting it may be refused.")
       .def_property("type", &typeOfGroup, &setType,

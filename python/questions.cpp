@@ -22,8 +22,8 @@ Parsed parse(const std::string& text) {
   return std::move(*parsed);
 }
 
-AnalysisOptions optionsOf(const py::object& order, std::size_t max_findings,
-                          std::uint64_t max_steps) {
+AnalysisOptions optionsOf(const py::object& order, Whole<std::size_t> max_findings,
+                          Whole<std::uint64_t> max_steps) {
   AnalysisOptions how;
   how.order = orderOf(order);
   how.max_findings = max_findings;
@@ -32,7 +32,8 @@ AnalysisOptions optionsOf(const py::object& order, std::size_t max_findings,
 }
 
 Report analyseGroup(const Group& group, const py::object& order, bool redundant, bool overlaps,
-                    std::size_t max_findings, std::uint64_t max_steps, const py::object& progress) {
+                    Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
+                    const py::object& progress) {
   AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   how.redundant = redundant;
   how.overlaps = overlaps;
@@ -41,7 +42,7 @@ Report analyseGroup(const Group& group, const py::object& order, bool redundant,
 }
 
 Report compareGroups(const Group& a, const Group& b, const py::object& order,
-                     std::size_t max_findings, std::uint64_t max_steps,
+                     Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
                      const py::object& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const Snapshot old = a.snapshot(), its = b.snapshot();
@@ -50,8 +51,8 @@ Report compareGroups(const Group& a, const Group& b, const py::object& order,
 }
 
 Report explainGroups(const Group& a, const Group& b, const py::object& order,
-                     const std::optional<std::string>& packets, std::size_t max_findings,
-                     std::uint64_t max_steps, const py::object& progress) {
+                     const std::optional<Text>& packets, Whole<std::size_t> max_findings,
+                     Whole<std::uint64_t> max_steps, const py::object& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const auto set = packets ? std::optional(parse<PacketSet>(*packets)) : std::nullopt;
   const Snapshot old = a.snapshot(), its = b.snapshot();
@@ -60,10 +61,11 @@ Report explainGroups(const Group& a, const Group& b, const py::object& order,
   });
 }
 
-Report searchGroup(const Group& group, const std::string& packets, const py::object& order,
-                   const std::optional<std::string>& then, bool touches,
-                   std::optional<filtersEntryId_t> entry, std::size_t max_findings,
-                   std::uint64_t max_steps, const py::object& progress) {
+Report searchGroup(const Group& group, const Text& packets, const py::object& order,
+                   const std::optional<Text>& then, bool touches,
+                   const std::optional<Whole<filtersEntryId_t>>& entry,
+                   Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
+                   const py::object& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const auto set = parse<PacketSet>(packets);
   const auto test = then ? std::optional(parse<ActionTest>(*then)) : std::nullopt;
@@ -72,7 +74,7 @@ Report searchGroup(const Group& group, const std::string& packets, const py::obj
   }
   const Snapshot its = group.snapshot();
   if (entry && its->getEntriesRef().count(*entry) == 0) {
-    refuseKey(py::int_(*entry));
+    refuseKey(py::int_(entry->its));
   }
   return ask(how, progress, [&](const AnalysisOptions& all) {
     if (entry) return remainsReport(*its, *entry, *remains(*its, *entry, set, all.order, all));
@@ -82,7 +84,7 @@ Report searchGroup(const Group& group, const std::string& packets, const py::obj
   });
 }
 
-Report checkGroup(const Group& group, const Policy& policy, std::uint64_t max_steps,
+Report checkGroup(const Group& group, const Policy& policy, Whole<std::uint64_t> max_steps,
                   const py::object& progress) {
   AnalysisOptions how;
   how.max_steps = max_steps;
@@ -141,7 +143,7 @@ void addTrace(py::module_* module) {
       .def("__str__", &linesOf<Trace>);
   module->def(
       "trace",
-      [](const Group& group, const std::string& packet, const py::object& order) {
+      [](const Group& group, const Text& packet, const py::object& order) {
         const auto its = parse<Packet>(packet);
         const Order how = orderOf(order);
         const Snapshot snapshot = group.snapshot();
@@ -254,7 +256,7 @@ rules leave for it.
 [(10, 'deny')]
 )");
   addClass<Policy>(module, "Policy", "What rules promise to do with packets; see check_policy().")
-      .def(py::init([](const std::string& text) { return parse<Policy>(text); }), py::arg("text"))
+      .def(py::init([](const Text& text) { return parse<Policy>(text); }), py::arg("text"))
       .def_property_readonly(
           "groups",
           [](const Policy& policy) {
@@ -265,7 +267,7 @@ rules leave for it.
           "The ids of the groups of which it says something.")
       .def(
           "promises",
-          [](const Policy& policy, filtersGroupId_t group) {
+          [](const Policy& policy, Whole<filtersGroupId_t> group) {
             const PolicyGroup* its = policy.find(group);
             return its == nullptr ? 0 : its->promises.size();
           },

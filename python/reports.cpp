@@ -121,7 +121,7 @@ py::object member(const char* enumeration, std::string_view name) {
 }
 
 Order orderOf(const py::object& order) {
-  const auto name = order.cast<std::string>();
+  const std::string name = argument<Text>(order, "order", "a text or an Order");
   if (const auto found = orderFromName(name)) return *found;
   std::vector<std::string_view> names;
   for (const Order one : kAllOrders) names.push_back(nameOf(one));

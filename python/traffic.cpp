@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kFramesBetweenSignals = 4096;
 
 Link linkOf(const py::object& link) {
-  const auto name = link.cast<std::string>();
+  const std::string name = argument<Text>(link, "link", "a text or a Link");
   std::vector<std::string_view> names;
   for (const Link one : kAllLinks) {
     if (nameOf(one) == name) return one;
@@ -30,7 +30,9 @@ class Numbers {
       readBuffer(object);
       return;
     }
-    for (const py::handle one : object) all_.push_back(one.cast<std::size_t>());
+    for (const py::handle one : object) {
+      all_.push_back(argument<Whole<std::size_t>>(one, "an offset or a length", "a number"));
+    };
   }
   std::size_t size() const { return all_.size(); }
   std::size_t operator[](std::size_t i) const { return all_[i]; }
@@ -114,7 +116,7 @@ void countBuffer(std::string_view all, const Numbers& offsets,
 }
 
 Hits countHits(const Group& group, const py::object& frames, const py::object& order,
-               const py::object& link, const std::string& assumed, const py::object& offsets,
+               const py::object& link, const Text& assumed, const py::object& offsets,
                const py::object& lengths, const py::object& wire_lengths,
                const py::object& progress) {
   Counting counting(group, order, link, assumed, progress);

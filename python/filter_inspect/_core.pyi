@@ -269,9 +269,9 @@ class Entry:
         id: int,
         *,
         priority: int = ...,
-        match: _Words = ...,
-        then: _Words = ...,
-        count: Mapping[int, str] = ...,
+        match: Optional[_Words] = ...,
+        then: Optional[_Words] = ...,
+        count: Optional[Mapping[int, str]] = ...,
         police: _Policer = ...,
         parent: _Policer = ...,
     ) -> None: ...

@@ -4,6 +4,9 @@ import json
 from collections.abc import Mapping, Set
 
 
+_LISTS, _POLICERS = ("if", "then", "count"), ("police", "parent")
+
+
 def _word(word, without="#"):
     """A word of the text form. Nothing else may stand in it, such as a comment."""
     word = str(word)
@@ -29,7 +32,11 @@ def _pair(name, value):
 def _words(values):
     """The words of matches or actions: a text, a mapping, or a list of both."""
     if isinstance(values, str):
-        return [_word(one) for one in values.split()]
+        words = [_word(one) for one in values.split()]
+        for word in words:
+            if word in (*_LISTS, *_POLICERS):
+                raise ValueError(f"{word!r} begins another part of a rule")
+        return words
     if isinstance(values, Mapping):
         return [_pair(name, value) for name, value in values.items()]
     return [word for one in values for word in _words(one)]
@@ -49,11 +56,11 @@ def _policer(policer):
 def entry_line(id, priority, match, then, count, police, parent):
     """The line of an entry."""
     words = ["entry", _word(id), f"priority={_word(priority)}"]
-    for keyword, values in (("if", match), ("then", then), ("count", count)):
-        its = _words(values)
+    for keyword, values in zip(_LISTS, (match, then, count)):
+        its = [] if values is None else _words(values)
         if its:
             words += [keyword, *its]
-    for keyword, policer in (("police", police), ("parent", parent)):
+    for keyword, policer in zip(_POLICERS, (police, parent)):
         if policer is not None:
             words += [keyword, _policer(policer)]
     return " ".join(words)

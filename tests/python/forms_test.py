@@ -64,6 +64,7 @@ def test_all_golden_groups_at_once():
 
 
 def test_values_of_python():
+    assert fi.Entry(10, match=None, then=None, count=None) == fi.Entry(10)
     assert str(fi.Entry(
         10, priority=100, then=["permit", {"set_pcp": 5}], count={1: "packets"},
         match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179, "pcp": {7, 3}, "mpls_term": True,
@@ -158,20 +159,24 @@ def test_refusals_carry_their_report(call, code):
     (lambda: fi.Group.priority.fset(None, 1), TypeError),
     (lambda: pickle.dumps(TYPE_3.entries, 0), TypeError),
     (lambda: fi.Group("1"), TypeError),
-    (lambda: fi.Group(65536), TypeError),
+    (lambda: fi.Group(65536), ValueError),
     (lambda: fi.Group(1, stage="in"), ValueError),
     (lambda: fi.Group(1, type=None), TypeError),
     (lambda: fi.Group(1, entries=[1]), TypeError),
-    (lambda: fi.Group(1, type=2**32), TypeError),
-    (lambda: fi.Group(1, stage=-2**31 - 1), TypeError),
-    (lambda: fi.Group.from_text("\ud800"), (TypeError, UnicodeError)),
-    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[-1]), TypeError),
+    (lambda: fi.Group(1, type=2**32), ValueError),
+    (lambda: fi.Group(1, stage=-2**31 - 1), ValueError),
+    (lambda: fi.Group.from_text("\ud800"), UnicodeError),
+    (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=[-1]), ValueError),
     (lambda: fi.hits(TYPE_3, b"bytes", "ascending-id", offsets=b"bytes"), TypeError),
     (lambda: fi.Group.from_bytes("text"), TypeError),
     (lambda: fi.Group.from_text(""), ValueError),
     (lambda: fi.Group.from_text("filter-groups 1"), ValueError),
     (lambda: fi.Entry(10, match={"ttl": "1 then deny"}), ValueError),
     (lambda: fi.Entry(10, match={"ttl": "1#"}), ValueError),
+    (lambda: fi.Entry(10, match=["ttl=1", "then", "deny"]), ValueError),
+    (lambda: fi.analyse(TYPE_3, "ascending-id", max_steps=-1), ValueError),
+    (lambda: TYPE_3.remove(-1), ValueError),
+    (lambda: setattr(TYPE_3, "priority", -1), ValueError),
     (lambda: fi.Entry(10, police="id=1 stage=none flow} parent {id=2"), ValueError),
     (lambda: fi.Entry(10, match=5), TypeError),
     (lambda: fi.Entry.from_dict({"id": {1}}), TypeError),
