@@ -63,7 +63,7 @@ class Group {
 };
 
 // What pickle needs to make an object again.
-py::tuple reduced(const py::object& self, int protocol);
+py::tuple reduced(const py::object& self);
 
 // Adds a class whose objects always have a value. Python finds that its slot for new objects is
 // not the one of the base class, and then refuses __new__() and the oldest forms of pickles, which
@@ -75,7 +75,7 @@ py::class_<Value> addClass(py::module_* module, const char* name, const char* te
   type->tp_new = [](PyTypeObject* its, PyObject* args, PyObject* keywords) {
     return its->tp_base->tp_new(its, args, keywords);
   };
-  made.def("__reduce_ex__", &reduced, py::arg("protocol"));
+  made.def("__reduce__", &reduced);
   return made;
 }
 // Raises filter_inspect.Refused, which carries the report.

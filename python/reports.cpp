@@ -68,10 +68,10 @@ void addEnumerations(py::module_* module) {
   module->attr("Type") = newEnumeration("Type", types, py::module_::import("builtins").attr("int"));
 }
 
-std::string toJsonOf(const Report& report, const std::string& command, const std::string& file,
+std::string toJsonOf(const Report& report, const Text& command, const Text& file,
                      const py::object& order) {
-  return order.is_none() ? toJson(report, command, file)
-                         : toJson(report, orderOf(order), command, file);
+  return order.is_none() ? toJson(report, command.its, file.its)
+                         : toJson(report, orderOf(order), command.its, file.its);
 }
 
 const Finding& findingAt(const Report& report, py::ssize_t index) {
@@ -142,7 +142,7 @@ void Watch::tell(std::size_t done, std::size_t all) {
   if (!progress_.is_none()) progress_(done, all);
 }
 
-py::tuple reduced(const py::object& self, int) {
+py::tuple reduced(const py::object& self) {
   const py::type type = py::type::of(self);
   if (!py::hasattr(type, "from_bytes")) {
     throw py::type_error("cannot pickle '" + type.attr("__name__").cast<std::string>() +

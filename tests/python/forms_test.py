@@ -158,6 +158,7 @@ def test_refusals_carry_their_report(call, code):
     (lambda: fi.Group.stage.fset(None, "ingress"), TypeError),
     (lambda: fi.Group.priority.fset(None, 1), TypeError),
     (lambda: pickle.dumps(TYPE_3.entries, 0), TypeError),
+    (lambda: TYPE_3.entries.__reduce__(), TypeError),
     (lambda: fi.Group("1"), TypeError),
     (lambda: fi.Group(65536), ValueError),
     (lambda: fi.Group(1, stage="in"), ValueError),
