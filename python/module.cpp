@@ -12,8 +12,12 @@ PYBIND11_MODULE(_core, module) {
       PyErr_SetString(PyExc_TypeError, error.what());
     }
   });
+  // The classes and functions belong to the package from which programs import them.
+  const pybind11::object name = module.attr("__name__");
+  module.attr("__name__") = "filter_inspect";
   FilterInspectPython::addReports(&module);
   FilterInspectPython::addGroups(&module);
   FilterInspectPython::addQuestions(&module);
   FilterInspectPython::addTraffic(&module);
+  module.attr("__name__") = name;
 }

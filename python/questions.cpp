@@ -140,6 +140,11 @@ void addTrace(py::module_* module) {
       .def_readonly("at_most", &Trace::at_most)
       .def_readonly("treatment", &Trace::treatment)
       .def_readonly("treatments", &Trace::treatments)
+      .def("__repr__",
+           [](const Trace& one) {
+             return "<Trace " + std::string(nameOf(one.outcome)) +
+                    (one.entry ? " entry " + std::to_string(*one.entry) : std::string()) + '>';
+           })
       .def("__str__", &linesOf<Trace>);
   module->def(
       "trace",
@@ -164,7 +169,10 @@ void addPlan(py::module_* module) {
   addClass<Route>(module, "Plan", "The steps from one group to another; see plan().")
       .def_property_readonly("steps", &Route::lines)
       .def_property_readonly("fewest", [](const Route& route) { return route.plan.fewest; })
-      .def("__len__", [](const Route& route) { return route.plan.steps.size(); });
+      .def("__len__", [](const Route& route) { return route.plan.steps.size(); })
+      .def("__repr__", [](const Route& route) {
+        return "<Plan, steps: " + std::to_string(route.plan.steps.size()) + '>';
+      });
   module->def("plan", &routeOf, py::arg("old"), py::arg("new"), py::kw_only(),
               py::arg("remove_first") = false, R"(Finds the fewest steps from one group to another.
 

@@ -166,6 +166,8 @@ void addTraffic(py::module_* module) {
       });
   addClass<Hits>(module, "Hits", "What frames hit; see hits().")
       .def_readonly("frames", &Hits::frames)
+      .def("__repr__",
+           [](const Hits& hits) { return "<Hits, frames: " + std::to_string(hits.frames) + '>'; })
       .def_readonly("decided", &Hits::decided, py::return_value_policy::copy)
       .def_readonly("undecided", &Hits::undecided, py::return_value_policy::copy)
       .def_readonly("entries", &Hits::entries, py::return_value_policy::copy)
