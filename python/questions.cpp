@@ -273,6 +273,10 @@ rules leave for it.
             return ids;
           },
           "The ids of the groups of which it says something.")
+      .def("__repr__",
+           [](const Policy& policy) {
+             return "<Policy, groups: " + std::to_string(policy.groups().size()) + '>';
+           })
       .def(
           "promises",
           [](const Policy& policy, Whole<filtersGroupId_t> group) {
