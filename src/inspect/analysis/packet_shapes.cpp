@@ -84,8 +84,8 @@ bool areSame(const std::vector<Constraint>& a, const std::vector<Constraint>& b)
       });
 }
 
-// If the packet has a field of a header, adds the other fields of that header. Fields that the packet
-// is known to lack stay absent.
+// If the packet has a field of a header, adds the other fields of that header. Fields that the
+// packet is known to lack stay absent.
 void complete(Packet* packet) {
   const auto& fields = PacketFields::of(*packet);
   const auto& rows = packetFields();
