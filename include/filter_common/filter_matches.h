@@ -406,7 +406,7 @@ class FILTERS_API MatchInternalPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The two VLAN classes of the packet. Each must equal that of the match.
+// The two VLAN classes of the packet, each equal to that of the match.
 class FILTERS_API MatchVlanInfo : public Match {
  public:
   explicit MatchVlanInfo(vlan_info_t info) : Match(FILTERS_MATCH_VLAN_INFO), info_(info) {}
