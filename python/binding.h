@@ -15,6 +15,7 @@
 #include <initializer_list>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -38,12 +39,41 @@ struct Text {
   std::string its;
   operator const std::string&() const { return its; }
 };
-// A whole number that is an argument.
-template <class T>
+// A whole number that is the argument `kName`.
+template <class T, const char* kName>
 struct Whole {
   T its;
   operator T() const { return its; }
 };
+inline constexpr char kId[] = "id", kPriority[] = "priority", kGroup[] = "group",
+                      kEntry[] = "entry", kStage[] = "stage", kType[] = "type",
+                      kMaxFindings[] = "max_findings", kMaxBytes[] = "max_bytes",
+                      kMaxSteps[] = "max_steps", kOffset[] = "an offset or a length";
+using MaxFindings = Whole<std::size_t, kMaxFindings>;
+using MaxBytes = Whole<std::size_t, kMaxBytes>;
+using MaxSteps = Whole<std::uint64_t, kMaxSteps>;
+
+// A value with a name, such as an order, that is an argument. Python passes the member of an
+// enumeration, or its name, and also the number of a stage or type.
+template <class Value>
+struct Named {
+  Value its;
+  operator Value() const { return its; }
+};
+Order named(const py::object& object, Order*);
+Link named(const py::object& object, Link*);
+filtersGroupStage_t named(const py::object& object, filtersGroupStage_t*);
+filtersGroupType_t named(const py::object& object, filtersGroupType_t*);
+
+inline bool isAnything(PyObject*) { return true; }
+// Matches, actions, counters or a policer in one of the forms that Entry() takes.
+class Words : public py::object {
+ public:
+  PYBIND11_OBJECT_DEFAULT(Words, py::object, isAnything)
+};
+
+// A function that is told how far long work is, or None.
+using Progress = std::optional<py::function>;
 
 class Group {
  public:
@@ -67,7 +97,8 @@ py::tuple reduced(const py::object& self);
 
 // Adds a class whose objects always have a value. Python finds that its slot for new objects is
 // not the one of the base class, and then refuses __new__() and the oldest forms of pickles, which
-// would leave an object without a value. Objects that become bytes and back can be pickled.
+// would leave an object without a value. Pickles of an object hold its bytes or its state, if the
+// class can make an object of them.
 template <class Value>
 py::class_<Value> addClass(py::module_* module, const char* name, const char* text) {
   py::class_<Value> made(*module, name, py::is_final(), text);
@@ -80,7 +111,9 @@ py::class_<Value> addClass(py::module_* module, const char* name, const char* te
 }
 // Raises filter_inspect.Refused, which carries the report.
 [[noreturn]] void refuse(Report&& report);
-// Raises it with a report of one finding or none, and the sentence.
+// Raises it with a sentence of its own in place of the report's lines.
+[[noreturn]] void refuse(const std::string& sentence, Report&& report);
+// Raises it with what the result code says if the report is empty.
 [[noreturn]] void refuse(filtersErr_t result, Report&& report);
 
 // Runs work that takes long without the interpreter's lock.
@@ -94,11 +127,11 @@ auto unlocked(Work work) {
 // some times a second. Other threads take turns meanwhile.
 class Watch {
  public:
-  explicit Watch(py::object progress) : progress_(std::move(progress)) {}
+  explicit Watch(Progress progress) : progress_(std::move(progress)) {}
   // May be called with and without the interpreter's lock.
   void tell(std::size_t done, std::size_t all);
  private:
-  const py::object progress_;
+  const Progress progress_;
   std::chrono::steady_clock::time_point next_;
   // When other threads take a turn, if the work keeps the lock. A thread asks for the lock after it
   // has waited five milliseconds without a release, so that more releases would starve it.
@@ -107,7 +140,7 @@ class Watch {
 
 // Asks a question whose options are `how` with a watch over its progress.
 template <class Question>
-auto ask(AnalysisOptions how, const py::object& progress, Question question) {
+auto ask(AnalysisOptions how, const Progress& progress, Question question) {
   Watch watch(progress);
   how.progress = [&watch](std::size_t done, std::size_t all) { watch.tell(done, all); };
   watch.tell(0, 1);
@@ -151,7 +184,6 @@ constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, L
 // Members of Python's enumerations, and back. A member is its name in the library; where the
 // library has a number without a name, Python has the number.
 py::object member(const char* enumeration, std::string_view name);
-Order orderOf(const py::object& order);
 
 // The bytes of an object, which stay valid as long as the view.
 class BytesView {
@@ -202,18 +234,48 @@ struct type_caster<FilterInspectPython::Text> {
   }
 };
 
-template <class T>
-struct type_caster<FilterInspectPython::Whole<T>> {
-  PYBIND11_TYPE_CASTER(FilterInspectPython::Whole<T>, const_name("int"));
+template <>
+struct handle_type_name<FilterInspectPython::Words> {
+  static constexpr auto name = const_name("Union[None, str, Mapping, Iterable]");
+};
+
+template <class T, const char* kName>
+struct type_caster<FilterInspectPython::Whole<T, kName>> {
+  using Number = FilterInspectPython::Whole<T, kName>;
+  PYBIND11_TYPE_CASTER(Number, const_name("int"));
   bool load(handle source, bool) {
     if (!PyIndex_Check(source.ptr())) return false;
     make_caster<T> number;
     if (!number.load(source, true)) {
       using Limits = std::numeric_limits<T>;
-      throw value_error(str(source).cast<std::string>() + " is not a number from " +
-                        std::to_string(Limits::min()) + " to " + std::to_string(Limits::max()));
+      throw value_error(std::string(kName) + " is a number from " + std::to_string(Limits::min()) +
+                        " to " + std::to_string(Limits::max()) + ", and not " +
+                        str(source).cast<std::string>());
     }
     value.its = cast_op<T>(number);
+    return true;
+  }
+};
+
+template <class Value>
+constexpr auto kNamedType = const_name("");
+template <>
+inline constexpr auto kNamedType<FiltersInspect::Order> = const_name("Union[str, Order]");
+template <>
+inline constexpr auto kNamedType<FiltersInspect::Link> = const_name("Union[str, Link]");
+template <>
+inline constexpr auto kNamedType<FiltersCommon::filtersGroupStage_t> =
+    const_name("Union[str, int, Stage]");
+template <>
+inline constexpr auto kNamedType<FiltersCommon::filtersGroupType_t> =
+    const_name("Union[str, int, Type]");
+
+template <class Value>
+struct type_caster<FilterInspectPython::Named<Value>> {
+  PYBIND11_TYPE_CASTER(FilterInspectPython::Named<Value>, kNamedType<Value>);
+  bool load(handle source, bool) {
+    value.its = FilterInspectPython::named(reinterpret_borrow<object>(source),
+                                           static_cast<Value*>(nullptr));
     return true;
   }
 };

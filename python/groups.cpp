@@ -16,26 +16,21 @@
 namespace FilterInspectPython {
 namespace {
 
+constexpr char kKinds[] = "a text or a number";
+
 // Names stand for codes, and so do numbers.
-template <class Enum>
-Enum codeOf(const char* kind, const py::object& value) {
+template <class Enum, const char* kName>
+Enum codeOf(const py::object& value) {
   if (!py::isinstance<py::str>(value)) {
     using Number = std::underlying_type_t<Enum>;
-    return static_cast<Enum>(Number{argument<Whole<Number>>(value, kind, "a text or a number")});
+    return static_cast<Enum>(Number{argument<Whole<Number, kName>>(value, kName, kKinds)});
   }
-  const std::string name = argument<Text>(value, kind, "a text or a number");
+  const std::string name = argument<Text>(value, kName, kKinds);
   if (const auto code = fromName<Enum>(name)) return *code;
   std::vector<std::string_view> names;
   for (const auto& [code, itsName] : namesOf<Enum>()) names.push_back(itsName);
-  throw py::value_error("there is no " + std::string(kind) + " '" + name + "'" +
+  throw py::value_error("there is no " + std::string(kName) + " '" + name + "'" +
                         suggestion(name, names));
-}
-
-filtersGroupStage_t stageOf(const py::object& value) {
-  return codeOf<filtersGroupStage_t>("stage", value);
-}
-filtersGroupType_t typeOf(const py::object& value) {
-  return codeOf<filtersGroupType_t>("type", value);
 }
 
 py::object stageOfGroup(const Group& group) {
@@ -49,14 +44,12 @@ py::object typeOfGroup(const Group& group) {
   return py::module_::import("filter_inspect._core").attr("Type")(number);
 }
 
-void setStage(Group& group, const py::object& value) {
-  const filtersGroupStage_t stage = stageOf(value);
+void setStage(Group& group, Named<filtersGroupStage_t> stage) {
   if (const filtersErr_t result = group.own().setStage(stage); result != FILTERS_OK) {
     refuse(result, explainStage(*group, stage));
   }
 }
-void setType(Group& group, const py::object& value) {
-  const filtersGroupType_t type = typeOf(value);
+void setType(Group& group, Named<filtersGroupType_t> type) {
   if (const filtersErr_t result = group.own().setType(type); result != FILTERS_OK) {
     refuse(result, explainType(*group, type));
   }
@@ -66,7 +59,7 @@ void insert(Group& group, const FiltersEntry& entry) {
     refuse(result, explainInsert(*group, entry));
   }
 }
-void removeEntry(Group& group, Whole<filtersEntryId_t> id) {
+void removeEntry(Group& group, Whole<filtersEntryId_t, kId> id) {
   if (group.own().removeEntry(id) != FILTERS_OK) refuseKey(py::int_(id.its));
 }
 
@@ -79,13 +72,13 @@ py::bytes bytesOf(const Object& object) {
 
 // Decodes bytes without the interpreter's lock. Bytes that others could write are read with it.
 template <class Decode>
-auto decodeUnlocked(const py::object& object, Decode decode) {
+auto decodeUnlocked(const py::buffer& object, Decode decode) {
   const BytesView view(object);
   if (view.isReadOnly()) return unlocked([&] { return decode(view.bytes()); });
   return decode(view.bytes());
 }
 
-DecodeLimits limitsOf(std::size_t max_findings, std::size_t max_bytes) {
+DecodeLimits limitsOf(MaxFindings max_findings, MaxBytes max_bytes) {
   DecodeLimits limits;
   limits.max_findings = max_findings;
   limits.max_bytes = max_bytes;
@@ -97,16 +90,14 @@ std::optional<Group> shared(std::optional<FiltersGroup>&& group) {
   return Group(std::move(*group));
 }
 
-py::tuple decode(const py::object& bytes, Whole<std::size_t> max_findings,
-                 Whole<std::size_t> max_bytes) {
+py::tuple decode(const py::buffer& bytes, MaxFindings max_findings, MaxBytes max_bytes) {
   DecodedGroup decoded = decodeUnlocked(bytes, [&](std::string_view all) {
     return decodeGroup(all, limitsOf(max_findings, max_bytes));
   });
   return py::make_tuple(shared(std::move(decoded.group)), std::move(decoded.report));
 }
 
-py::tuple decodeOne(const py::object& bytes, Whole<std::size_t> max_findings,
-                    Whole<std::size_t> max_bytes) {
+py::tuple decodeOne(const py::buffer& bytes, MaxFindings max_findings, MaxBytes max_bytes) {
   const DecodedEntry decoded = decodeUnlocked(bytes, [&](std::string_view all) {
     return decodeEntry(all, limitsOf(max_findings, max_bytes));
   });
@@ -121,14 +112,14 @@ DecodeLimits strict() {
   return limits;
 }
 
-Group groupFromBytes(const py::object& bytes) {
+Group groupFromBytes(const py::buffer& bytes) {
   DecodedGroup decoded =
       decodeUnlocked(bytes, [](std::string_view all) { return decodeGroup(all, strict()); });
   if (!decoded.report.empty()) refuse(std::move(decoded.report));
   return Group(std::move(*decoded.group));
 }
 
-FiltersEntry entryFromBytes(const py::object& bytes) {
+FiltersEntry entryFromBytes(const py::buffer& bytes) {
   DecodedEntry decoded =
       decodeUnlocked(bytes, [](std::string_view all) { return decodeEntry(all, strict()); });
   if (!decoded.report.empty()) refuse(std::move(decoded.report));
@@ -176,16 +167,32 @@ py::object form(const char* function) {
   return py::module_::import("filter_inspect._forms").attr(function);
 }
 
-FiltersEntry newEntry(const py::object& id, const py::object& priority, const py::object& match,
-                      const py::object& then, const py::object& count, const py::object& police,
-                      const py::object& parent) {
+FiltersEntry newEntry(Whole<filtersEntryId_t, kId> id,
+                      Whole<filtersEntryPriority_t, kPriority> priority, const Words& match,
+                      const Words& then, const Words& count, const Words& police,
+                      const Words& parent) {
+  const py::cpp_function standsAlone(
+      [](const Text& line) { return entryFromText(line.its).report.empty(); });
   const auto line =
-      form("entry_line")(id, priority, match, then, count, police, parent).cast<std::string>();
-  return entryOf(entryFromText(line));
+      form("entry_line")(id.its, priority.its, match, then, count, police, parent, standsAlone)
+          .cast<std::string>();
+  ParsedEntry parsed = entryFromText(line);
+  if (parsed.entry) return std::move(*parsed.entry);
+  const std::string sentence = linesOf(parsed.report) + "\n  " + line;
+  refuse(sentence, std::move(parsed.report));
 }
 
-Group newGroup(Whole<filtersGroupId_t> id, Whole<filtersGroupPriority_t> priority,
-               const py::object& stage, const py::object& type, const py::iterable& entries) {
+// A part of an entry, in a form that newEntry() takes.
+template <const char* kKeyword>
+py::object partOf(const FiltersEntry& entry) {
+  return form("entry_part")(toText(entry), kKeyword);
+}
+constexpr char kIf[] = "if", kThen[] = "then", kCount[] = "count", kPolice[] = "police",
+               kParent[] = "parent";
+
+Group newGroup(Whole<filtersGroupId_t, kId> id, Whole<filtersGroupPriority_t, kPriority> priority,
+               Named<filtersGroupStage_t> stage, Named<filtersGroupType_t> type,
+               const py::iterable& entries) {
   Group group{FiltersGroup(id)};
   group.own().setPriority(priority);
   setStage(group, stage);
@@ -227,7 +234,7 @@ void addEntry(py::module_* module) {
   auto made = addClass<FiltersEntry>(module, "Entry", R"(One rule, which does not change.
 
 The names of matches and actions, and their values, are those of the text form. A match or an
-action without a value is a word alone, or has the value None.
+action without a value is a word alone, or has the value None or True.
 
 >>> import filter_inspect as fi
 >>> entry = fi.Entry(10, priority=100, match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179},
@@ -243,33 +250,68 @@ True
            py::arg("count") = py::dict(), py::arg("police") = py::none(),
            py::arg("parent") = py::none())
       .def_static("from_bytes", &entryFromBytes, py::arg("data"),
-                  "Reads the bytes of an entry, and refuses bytes that lose something.")
+                  R"(Reads the bytes of an entry, and refuses bytes that lose something.
+
+>>> import filter_inspect as fi
+>>> fi.Entry.from_bytes(fi.Entry(10).to_bytes())
+<Entry entry 10 priority=0>
+)")
       .def_static(
           "from_text", [](const Text& text) { return entryOf(entryFromText(text.its)); },
-          py::arg("text"), "Reads the line of an entry.")
+          py::arg("text"), R"(Reads the line of an entry.
+
+>>> import filter_inspect as fi
+>>> fi.Entry.from_text("entry 10 priority=5 if ttl=1 then deny").match
+{'ttl': '1'}
+)")
       .def_static(
           "from_json", [](const Text& json) { return entryOf(entryFromJson(json.its)); },
-          py::arg("json"), "Reads the JSON object of an entry.")
+          py::arg("json"), R"(Reads the JSON object of an entry.
+
+>>> import filter_inspect as fi
+>>> fi.Entry.from_json(fi.Entry(10, then="deny").to_json()).then
+{'deny': None}
+)")
       .def_static(
           "from_dict",
           [](const py::dict& values) {
             return entryOf(entryFromJson(form("dumped")(values).cast<std::string>()));
           },
-          py::arg("values"), "Reads what json.loads() makes of the JSON object of an entry.")
-      .def("to_bytes", &bytesOf<FiltersEntry>, "The bytes of the entry's message.")
+          py::arg("values"), R"(Reads what json.loads() makes of the JSON object of an entry.
+
+>>> import filter_inspect as fi
+>>> fi.Entry.from_dict({"id": 10, "priority": 5, "matches": {"ttl": 1}})
+<Entry entry 10 priority=5 if ttl=1>
+)")
+      .def("to_bytes", &bytesOf<FiltersEntry>, R"(The bytes of the entry's message.
+
+>>> import filter_inspect as fi
+>>> fi.Entry(10).to_bytes() == bytes(fi.Entry(10))
+True
+)")
       .def("__bytes__", &bytesOf<FiltersEntry>)
       .def(
           "to_text", [](const FiltersEntry& entry) { return toText(entry); },
-          "The line of the entry.")
+          R"(The line of the entry.
+
+>>> import filter_inspect as fi
+>>> fi.Entry(10, then=["permit", {"set_pcp": 5}]).to_text()
+'entry 10 priority=0 then permit set_pcp=5'
+)")
       .def("__str__", [](const FiltersEntry& entry) { return toText(entry); })
       .def(
           "to_json",
           [](const FiltersEntry& entry, bool compact) { return toJson(entry, layoutOf(compact)); },
-          py::kw_only(), py::arg("compact") = false, "The JSON object of the entry.")
+          py::kw_only(), py::arg("compact") = false, R"(The JSON object of the entry.
+
+>>> import filter_inspect as fi
+>>> print(fi.Entry(10, match="ttl=1").to_json(compact=True), end="")
+{"id":10,"priority":0,"matches":{"ttl":1}}
+)")
       .def(
           "to_dict",
           [](const FiltersEntry& entry) {
-            return form("loaded")(toJson(entry, JsonLayout::kCompact));
+            return py::dict(form("loaded")(toJson(entry, JsonLayout::kCompact)));
           },
           R"(The JSON object of the entry, as a dict.
 
@@ -277,8 +319,18 @@ True
 >>> fi.Entry(10, match="ttl=1", then="deny").to_dict()["matches"]
 {'ttl': 1}
 )")
-      .def_property_readonly("id", &FiltersEntry::getId)
-      .def_property_readonly("priority", &FiltersEntry::getPriority)
+      .def_property_readonly("id", &FiltersEntry::getId, "The entry's id, unique in its group.")
+      .def_property_readonly("priority", &FiltersEntry::getPriority, "The entry's priority.")
+      .def_property_readonly("match", &partOf<kIf>,
+                             "Its matches: a dict from names to texts, None without a value.")
+      .def_property_readonly("then", &partOf<kThen>,
+                             "Its actions: a dict from names to texts, None without a value.")
+      .def_property_readonly("count", &partOf<kCount>,
+                             "Its counters: a dict from ids to the names of what they count.")
+      .def_property_readonly("police", &partOf<kPolice>,
+                             "Its policer as a text, or None for the default policer.")
+      .def_property_readonly("parent", &partOf<kParent>,
+                             "The policer above its policer as a text, or None.")
       .def("__repr__", [](const FiltersEntry& entry) { return "<Entry " + toText(entry) + '>'; })
       .def(
           "__eq__", [](const FiltersEntry& a, const FiltersEntry& b) { return a == b; },
@@ -289,7 +341,13 @@ True
 
 void addEntries(py::module_* module) {
   auto made =
-      addClass<Entries>(module, "Entries", "The entries of a group, by id: a mapping to read.");
+      addClass<Entries>(module, "Entries", R"(The entries of a group, by id: a mapping to read.
+
+>>> import filter_inspect as fi
+>>> entries = fi.Group(1, entries=[fi.Entry(10), fi.Entry(20, then="deny")]).entries
+>>> [id for id, entry in entries.items() if "deny" in entry.then]
+[20]
+)");
   made.def("__getitem__", &Entries::at, py::return_value_policy::copy)
       .def("__contains__",
            [](const Entries& self, const py::object& key) { return self.find(key) != nullptr; })
@@ -320,50 +378,93 @@ True
            py::arg("stage") = "none", py::arg("type") = "none", py::arg("entries") = py::tuple())
       .def_static(
           "from_bytes", &groupFromBytes, py::arg("data"),
-          "Reads the bytes of a group, and refuses bytes that lose something; see decode().")
+          R"(Reads the bytes of a group, and refuses bytes that lose something; see decode().
+
+>>> import filter_inspect as fi
+>>> fi.Group.from_bytes(fi.Group(7).to_bytes()).id
+7
+)")
       .def_static(
           "from_text", [](const Text& text) { return onlyOne(fromText(text)); }, py::arg("text"),
-          "Reads a text with one group.")
+          R"(Reads a text with one group.
+
+>>> import filter_inspect as fi
+>>> fi.Group.from_text("filter-groups 1\ngroup 7 priority=0 stage=none type=none\n").id
+7
+)")
       .def_static(
           "from_json", [](const Text& json) { return onlyOne(fromJson(json)); }, py::arg("json"),
-          "Reads a JSON document with one group.")
+          R"(Reads a JSON document with one group.
+
+>>> import filter_inspect as fi
+>>> fi.Group.from_json(fi.Group(7).to_json()).id
+7
+)")
       .def_static(
           "from_dict",
           [](const py::dict& values) {
             return onlyOne(fromJson({form("document")(values, kJsonVersion).cast<std::string>()}));
           },
-          py::arg("values"), "Reads the dict of a group, as to_dict() makes it.")
+          py::arg("values"),
+          R"(Reads the dict of a group, as to_dict() makes it, or of a document with one group.
+
+>>> import filter_inspect as fi
+>>> fi.Group.from_dict(fi.Group(7).to_dict()).id
+7
+)")
       .def(
           "to_bytes", [](const Group& group) { return bytesOf(*group); },
-          "The bytes of the group's message.")
+          R"(The bytes of the group's message.
+
+>>> import filter_inspect as fi
+>>> fi.Group(7).to_bytes() == bytes(fi.Group(7))
+True
+)")
       .def("__bytes__", [](const Group& group) { return bytesOf(*group); })
       .def(
-          "to_text", [](const Group& group) { return toText(*group); }, "The text form.")
+          "to_text", [](const Group& group) { return toText(*group); }, R"(The text form.
+
+>>> import filter_inspect as fi
+>>> print(fi.Group(7).to_text(), end="")
+filter-groups 1
+group 7 priority=0 stage=none type=none
+)")
       .def("__str__", [](const Group& group) { return toText(*group); })
       .def(
           "to_json",
           [](const Group& group, bool compact) { return toJson(*group, layoutOf(compact)); },
-          py::kw_only(), py::arg("compact") = false, "A JSON document with the group.")
+          py::kw_only(), py::arg("compact") = false, R"(A JSON document with the group.
+
+>>> import filter_inspect as fi, json
+>>> json.loads(fi.Group(7).to_json())["groups"][0]["id"]
+7
+)")
       .def(
           "to_dict",
-          [](const Group& group) { return form("group_of")(toJson(*group, JsonLayout::kCompact)); },
+          [](const Group& group) {
+            return py::dict(form("group_of")(toJson(*group, JsonLayout::kCompact)));
+          },
           R"(The JSON object of the group, as a dict.
 
 >>> import filter_inspect as fi
 >>> fi.Group(7).to_dict()
 {'id': 7, 'priority': 0, 'stage': 'none', 'type': 0, 'entries': []}
 )")
-      .def_property_readonly("id", [](const Group& group) { return group->getId(); })
+      .def_property_readonly(
+          "id", [](const Group& group) { return group->getId(); }, "The group's id.")
       .def_property(
           "priority", [](const Group& group) { return group->getPriority(); },
-          [](Group& group, Whole<filtersGroupPriority_t> priority) {
+          [](Group& group, Whole<filtersGroupPriority_t, kPriority> priority) {
             group.own().setPriority(priority);
-          })
+          },
+          "The group's priority, which can be set.")
       .def_property("stage", &stageOfGroup, &setStage,
                     "A Stage, or a number that has no name. Setting it may be refused.")
       .def_property("type", &typeOfGroup, &setType,
                     "A Type, or a number that has no name. Setting it may be refused.")
-      .def_property_readonly("entries", [](const py::object& self) { return Entries{self}; })
+      .def_property_readonly(
+          "entries", [](const py::object& self) { return Entries{self}; },
+          "The entries by id: a mapping that shows the group as it is now.")
       .def("insert", &insert, py::arg("entry"), R"(Stores the entry, in place of one with its id.
 
 >>> import filter_inspect as fi
@@ -375,7 +476,14 @@ True
 a group of type 3 does not admit it; types that do: 8
 )")
       .def("remove", &removeEntry, py::arg("id"),
-           "Removes the entry; raises KeyError if there is none.")
+           R"(Removes the entry; raises KeyError if there is none.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1, entries=[fi.Entry(10)])
+>>> group.remove(10)
+>>> len(group.entries)
+0
+)")
       .def("__repr__",
            [](const Group& group) {
              return "<Group " + toText(headOf(*group)) +
@@ -392,6 +500,13 @@ a group of type 3 does not admit it; types that do: 8
 }
 
 }  // namespace
+
+filtersGroupStage_t named(const py::object& object, filtersGroupStage_t*) {
+  return codeOf<filtersGroupStage_t, kStage>(object);
+}
+filtersGroupType_t named(const py::object& object, filtersGroupType_t*) {
+  return codeOf<filtersGroupType_t, kType>(object);
+}
 
 void addGroups(py::module_* module) {
   addEntry(module);

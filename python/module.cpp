@@ -2,6 +2,23 @@
 
 #include "binding.h"
 
+namespace {
+
+// Makes the base of all classes refuse to make an object that has no class with a value. Without
+// this, pybind11 throws through Python's own code, which ends the process.
+void guardBaseClass() {
+  namespace detail = pybind11::detail;
+  auto* base = reinterpret_cast<PyTypeObject*>(detail::get_internals().instance_base);
+  static const newfunc make = base->tp_new;
+  base->tp_new = [](PyTypeObject* type, PyObject* args, PyObject* keywords) {
+    if (!detail::all_type_info(type).empty()) return make(type, args, keywords);
+    PyErr_Format(PyExc_TypeError, "cannot create '%s' objects", type->tp_name);
+    return static_cast<PyObject*>(nullptr);
+  };
+}
+
+}  // namespace
+
 PYBIND11_MODULE(_core, module) {
   module.doc() = "libfilter_inspect for Python; import filter_inspect instead.";
   // An object of a wrong type within a list or a mapping is as wrong as an argument.
@@ -12,6 +29,8 @@ PYBIND11_MODULE(_core, module) {
       PyErr_SetString(PyExc_TypeError, error.what());
     }
   });
+  guardBaseClass();
+  module.attr("__version__") = FILTER_INSPECT_VERSION;
   // The classes and functions belong to the package from which programs import them.
   const pybind11::object name = module.attr("__name__");
   module.attr("__name__") = "filter_inspect";

@@ -22,18 +22,16 @@ Parsed parse(const std::string& text) {
   return std::move(*parsed);
 }
 
-AnalysisOptions optionsOf(const py::object& order, Whole<std::size_t> max_findings,
-                          Whole<std::uint64_t> max_steps) {
+AnalysisOptions optionsOf(Named<Order> order, MaxFindings max_findings, MaxSteps max_steps) {
   AnalysisOptions how;
-  how.order = orderOf(order);
+  how.order = order;
   how.max_findings = max_findings;
   how.max_steps = max_steps;
   return how;
 }
 
-Report analyseGroup(const Group& group, const py::object& order, bool redundant, bool overlaps,
-                    Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
-                    const py::object& progress) {
+Report analyseGroup(const Group& group, Named<Order> order, bool redundant, bool overlaps,
+                    MaxFindings max_findings, MaxSteps max_steps, const Progress& progress) {
   AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   how.redundant = redundant;
   how.overlaps = overlaps;
@@ -41,18 +39,17 @@ Report analyseGroup(const Group& group, const py::object& order, bool redundant,
   return ask(how, progress, [&](const AnalysisOptions& all) { return analyse(*its, all); });
 }
 
-Report compareGroups(const Group& a, const Group& b, const py::object& order,
-                     Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
-                     const py::object& progress) {
+Report compareGroups(const Group& a, const Group& b, Named<Order> order, MaxFindings max_findings,
+                     MaxSteps max_steps, const Progress& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const Snapshot old = a.snapshot(), its = b.snapshot();
   return ask(how, progress,
              [&](const AnalysisOptions& all) { return compareTreatment(*old, *its, all); });
 }
 
-Report explainGroups(const Group& a, const Group& b, const py::object& order,
-                     const std::optional<Text>& packets, Whole<std::size_t> max_findings,
-                     Whole<std::uint64_t> max_steps, const py::object& progress) {
+Report explainGroups(const Group& a, const Group& b, Named<Order> order,
+                     const std::optional<Text>& packets, MaxFindings max_findings,
+                     MaxSteps max_steps, const Progress& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const auto set = packets ? std::optional(parse<PacketSet>(*packets)) : std::nullopt;
   const Snapshot old = a.snapshot(), its = b.snapshot();
@@ -61,11 +58,10 @@ Report explainGroups(const Group& a, const Group& b, const py::object& order,
   });
 }
 
-Report searchGroup(const Group& group, const Text& packets, const py::object& order,
+Report searchGroup(const Group& group, const Text& packets, Named<Order> order,
                    const std::optional<Text>& then, bool touches,
-                   const std::optional<Whole<filtersEntryId_t>>& entry,
-                   Whole<std::size_t> max_findings, Whole<std::uint64_t> max_steps,
-                   const py::object& progress) {
+                   const std::optional<Whole<filtersEntryId_t, kEntry>>& entry,
+                   MaxFindings max_findings, MaxSteps max_steps, const Progress& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const auto set = parse<PacketSet>(packets);
   const auto test = then ? std::optional(parse<ActionTest>(*then)) : std::nullopt;
@@ -84,8 +80,8 @@ Report searchGroup(const Group& group, const Text& packets, const py::object& or
   });
 }
 
-Report checkGroup(const Group& group, const Policy& policy, Whole<std::uint64_t> max_steps,
-                  const py::object& progress) {
+Report checkGroup(const Group& group, const Policy& policy, MaxSteps max_steps,
+                  const Progress& progress) {
   AnalysisOptions how;
   how.max_steps = max_steps;
   const Snapshot its = group.snapshot();
@@ -114,32 +110,76 @@ Route routeOf(const Group& from, const Group& to, bool remove_first) {
   return route;
 }
 
+// Why a group refuses a step.
+Report explainStep(const Step& step, const FiltersGroup& to, const FiltersGroup& group) {
+  switch (step.kind) {
+    case Step::Kind::kInsert:
+      return explainInsert(group, to.getEntriesRef().at(step.entry));
+    case Step::Kind::kSetStage:
+      return explainStage(group, static_cast<filtersGroupStage_t>(step.value));
+    case Step::Kind::kSetType:
+      return explainType(group, static_cast<filtersGroupType_t>(step.value));
+    default:
+      return {};
+  }
+}
+
 // Takes all steps or none.
 void applyRoute(const Route& route, Group& group) {
   FiltersGroup changed(*group);
-  const filtersErr_t result = apply(route.plan.steps, *route.to, &changed);
-  if (result != FILTERS_OK) refuse(result, {});
+  for (const Step& step : route.plan.steps) {
+    const filtersErr_t result = apply({step}, *route.to, &changed);
+    if (result == FILTERS_OK) continue;
+    Report report = explainStep(step, *route.to, changed);
+    const std::string why = report.empty() ? std::string(describe(result)) : linesOf(report);
+    refuse("the group refuses the step '" + toText(step, *route.to) + "'\n" + why,
+           std::move(report));
+  }
   group = Group(std::move(changed));
 }
 
 void addTrace(py::module_* module) {
-  addClass<Traced>(module, "Traced", "What one entry does with a traced packet.")
-      .def_readonly("entry", &Traced::entry)
-      .def_property_readonly("hit",
-                             [](const Traced& one) { return member("Hit", nameOf(one.hit)); })
-      .def_readonly("lacking", &Traced::lacking)
-      .def_readonly("reason", &Traced::reason)
+  addClass<Traced>(module, "Traced",
+                   R"(What one entry does with a traced packet; str() gives its line.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1, stage="ingress", type=3)
+>>> group.insert(fi.Entry(10, match="ttl=1"))
+>>> group.insert(fi.Entry(20, match="ip_protocol=tcp"))
+>>> for one in fi.trace(group, "ttl=2", "ascending-id").entries:
+...     print(one.entry, one.hit.value, one.lacking)
+10 miss []
+20 undecided ['ip_protocol']
+)")
+      .def_readonly("entry", &Traced::entry, "The id of the entry.")
+      .def_property_readonly(
+          "hit", [](const Traced& one) { return member("Hit", nameOf(one.hit)); },
+          "Whether the entry takes the packet.")
+      .def_readonly("lacking", &Traced::lacking, "The unknown fields on which that depends.")
+      .def_readonly("reason", &Traced::reason, "Why, as a sentence.")
+      .def("__repr__", [](const Traced& one) { return "<Traced " + toText(one) + '>'; })
       .def("__str__", [](const Traced& one) { return toText(one); });
-  addClass<Trace>(module, "Trace", "Which entry takes a packet; str() gives the lines.")
-      .def_property_readonly("outcome",
-                             [](const Trace& one) { return member("Hit", nameOf(one.outcome)); })
-      .def_readonly("entry", &Trace::entry)
-      .def_readonly("entries", &Trace::entries, py::return_value_policy::copy)
-      .def_readonly("candidates", &Trace::candidates)
-      .def_readonly("may_be_none", &Trace::may_be_none)
-      .def_readonly("at_most", &Trace::at_most)
-      .def_readonly("treatment", &Trace::treatment)
-      .def_readonly("treatments", &Trace::treatments)
+  addClass<Trace>(module, "Trace", R"(Which entry takes a packet; str() gives the lines of the tool.
+
+>>> import filter_inspect as fi
+>>> rules = [fi.Entry(10, match="ttl=1", then="deny"), fi.Entry(20, then="permit")]
+>>> group = fi.Group(1, stage="ingress", type=3, entries=rules)
+>>> answer = fi.trace(group, "ip_protocol=tcp", "ascending-id")
+>>> answer.outcome.value, answer.entry, answer.candidates, answer.treatments
+('undecided', None, [10, 20], ['deny', 'permit'])
+)")
+      .def_property_readonly(
+          "outcome", [](const Trace& one) { return member("Hit", nameOf(one.outcome)); },
+          "HIT if an entry surely takes it, MISS if surely none does, else UNDECIDED.")
+      .def_readonly("entry", &Trace::entry, "The id of the entry that takes it, or None.")
+      .def_readonly("entries", &Trace::entries, py::return_value_policy::copy,
+                    "What each entry does with it, in order.")
+      .def_readonly("candidates", &Trace::candidates, "The ids of entries that may take it.")
+      .def_readonly("may_be_none", &Trace::may_be_none, "True if perhaps no entry takes it.")
+      .def_readonly("at_most", &Trace::at_most,
+                    "True if some candidates may be impossible together with the packet.")
+      .def_readonly("treatment", &Trace::treatment, "What is done with it; empty if undecided.")
+      .def_readonly("treatments", &Trace::treatments, "What may be done with it.")
       .def("__repr__",
            [](const Trace& one) {
              return "<Trace " + std::string(nameOf(one.outcome)) +
@@ -148,11 +188,10 @@ void addTrace(py::module_* module) {
       .def("__str__", &linesOf<Trace>);
   module->def(
       "trace",
-      [](const Group& group, const Text& packet, const py::object& order) {
+      [](const Group& group, const Text& packet, Named<Order> order) {
         const auto its = parse<Packet>(packet);
-        const Order how = orderOf(order);
         const Snapshot snapshot = group.snapshot();
-        return unlocked([&] { return trace(*snapshot, its, how); });
+        return unlocked([&] { return trace(*snapshot, its, order); });
       },
       py::arg("group"), py::arg("packet"), py::arg("order"),
       R"(Says which entry takes a packet.
@@ -166,9 +205,24 @@ void addTrace(py::module_* module) {
 }
 
 void addPlan(py::module_* module) {
-  addClass<Route>(module, "Plan", "The steps from one group to another; see plan().")
-      .def_property_readonly("steps", &Route::lines)
-      .def_property_readonly("fewest", [](const Route& route) { return route.plan.fewest; })
+  addClass<Route>(module, "Plan",
+                  R"(The steps from one group to another; str() gives a line for each.
+
+>>> import filter_inspect as fi
+>>> print(fi.plan(fi.Group(1), fi.Group(1, priority=7)))
+set-priority 7
+)")
+      .def_property_readonly("steps", &Route::lines, "A line for each step.")
+      .def_property_readonly(
+          "fewest", [](const Route& route) { return route.plan.fewest; },
+          "True if surely no plan has fewer steps.")
+      .def("__str__",
+           [](const Route& route) {
+             std::string text;
+             for (const std::string& line : route.lines()) (text += line) += '\n';
+             if (!text.empty()) text.pop_back();
+             return text;
+           })
       .def("__len__", [](const Route& route) { return route.plan.steps.size(); })
       .def("__repr__", [](const Route& route) {
         return "<Plan, steps: " + std::to_string(route.plan.steps.size()) + '>';
@@ -186,7 +240,14 @@ void addPlan(py::module_* module) {
 True
 )");
   module->def("apply", &applyRoute, py::arg("plan"), py::arg("group"),
-              "Takes the steps of a plan on a group: all of them, or none. See plan().");
+              R"(Takes the steps of a plan on a group: all of them, or none.
+
+>>> import filter_inspect as fi
+>>> group = fi.Group(1)
+>>> fi.apply(fi.plan(group, fi.Group(1, priority=7)), group)
+>>> group.priority
+7
+)");
 }
 
 }  // namespace
@@ -263,7 +324,13 @@ rules leave for it.
 >>> [(one.entry, one.treatment) for one in fi.search(group, "ttl=1", "ascending-id")]
 [(10, 'deny')]
 )");
-  addClass<Policy>(module, "Policy", "What rules promise to do with packets; see check_policy().")
+  addClass<Policy>(module, "Policy", R"(What rules promise to do with packets; see check_policy().
+
+>>> import filter_inspect as fi
+>>> policy = fi.Policy("filter-policy 1\ngroup 1 order=ascending-id\nnever permit\n")
+>>> policy.groups, policy.promises(1)
+([1], 1)
+)")
       .def(py::init([](const Text& text) { return parse<Policy>(text); }), py::arg("text"))
       .def_property_readonly(
           "groups",
@@ -279,11 +346,16 @@ rules leave for it.
            })
       .def(
           "promises",
-          [](const Policy& policy, Whole<filtersGroupId_t> group) {
+          [](const Policy& policy, Whole<filtersGroupId_t, kGroup> group) {
             const PolicyGroup* its = policy.find(group);
             return its == nullptr ? 0 : its->promises.size();
           },
-          py::arg("group"), "How many promises it has for a group.");
+          py::arg("group"), R"(How many promises it has for a group.
+
+>>> import filter_inspect as fi
+>>> fi.Policy("filter-policy 1\ngroup 1 order=ascending-id\nnever permit\n").promises(2)
+0
+)");
   module->def("check_policy", &checkGroup, py::arg("group"), py::arg("policy"), py::kw_only(),
               py::arg("max_steps") = limits.max_steps, py::arg("progress") = py::none(),
               R"(Reports the verdict about each promise that a policy has for the group.

@@ -21,21 +21,25 @@ std::string memberName(std::string_view name) {
   return text;
 }
 
-py::object newEnumeration(const char* name, const py::list& members, const py::object& base) {
+py::object newEnumeration(const char* name, const char* text, const py::list& members,
+                          const py::object& base) {
   const py::object make = py::module_::import("enum").attr("Enum");
-  return make(name, members, py::arg("module") = kPackage, py::arg("type") = base);
+  py::object made = make(name, members, py::arg("module") = kPackage, py::arg("type") = base);
+  made.attr("__doc__") = text;
+  return made;
 }
 
 // Makes an enumeration of the names of some values; a member is a text too.
 template <class Values, class NameOf>
-void addNames(py::module_* module, const char* name, const Values& values, NameOf nameOf) {
+void addNames(py::module_* module, const char* name, const char* text, const Values& values,
+              NameOf nameOf) {
   py::list members;
   for (const auto& value : values) {
     const std::string_view its = nameOf(value);
     members.append(py::make_tuple(memberName(its), std::string(its)));
   }
-  const py::object text = py::module_::import("builtins").attr("str");
-  module->attr(name) = newEnumeration(name, members, text);
+  const py::object base = py::module_::import("builtins").attr("str");
+  module->attr(name) = newEnumeration(name, text, members, base);
 }
 
 constexpr Code kAllCodes[] = {
@@ -47,31 +51,161 @@ constexpr Subject kAllSubjects[] = {Subject::kGroup,  Subject::kEntry,   Subject
                                     Subject::kAction, Subject::kPolicer, Subject::kParent,
                                     Subject::kCounter};
 constexpr Hit kAllHits[] = {Hit::kMiss, Hit::kHit, Hit::kUndecided};
+
 void addEnumerations(py::module_* module) {
   const auto name = [](auto value) { return nameOf(value); };
   const auto second = [](const auto& pair) { return pair.second; };
-  addNames(module, "Code", kAllCodes, name);
-  addNames(module, "Severity", kAllSeverities, name);
-  addNames(module, "Subject", kAllSubjects, name);
-  addNames(module, "Order", kAllOrders, name);
-  addNames(module, "Hit", kAllHits, name);
-  addNames(module, "Link", kAllLinks, name);
-  addNames(module, "FrameFault", kAllFrameFaults, name);
-  addNames(module, "Result", namesOf<filtersErr_t>(), second);
-  addNames(module, "Stage", namesOf<filtersGroupStage_t>(), second);
+  addNames(module, "Code", "What a finding is about.", kAllCodes, name);
+  addNames(module, "Severity", "How much a finding matters.", kAllSeverities, name);
+  addNames(module, "Subject", "The part of a group or an entry that a finding is about.",
+           kAllSubjects, name);
+  addNames(module, "Order", "The order in which a device tries the entries of a group.", kAllOrders,
+           name);
+  addNames(module, "Hit", "Whether an entry takes a packet.", kAllHits, name);
+  addNames(module, "Link", "The kind of link that frames come from.", kAllLinks, name);
+  addNames(module, "FrameFault", "Why a frame does not tell all fields.", kAllFrameFaults, name);
+  addNames(module, "Result", "The result code that a device's library returns.",
+           namesOf<filtersErr_t>(), second);
+  addNames(module, "Stage", "The pipeline stage of a group.", namesOf<filtersGroupStage_t>(),
+           second);
   py::list types;
   for (const auto& [type, its] : namesOf<filtersGroupType_t>()) {
     const bool isNumber = std::isdigit(static_cast<unsigned char>(its.front())) != 0;
     types.append(py::make_tuple((isNumber ? "TYPE_" : "") + memberName(its),
                                 static_cast<std::uint32_t>(type)));
   }
-  module->attr("Type") = newEnumeration("Type", types, py::module_::import("builtins").attr("int"));
+  module->attr("Type") = newEnumeration("Type", "The type of a group.", types,
+                                        py::module_::import("builtins").attr("int"));
 }
 
 std::string toJsonOf(const Report& report, const Text& command, const Text& file,
-                     const py::object& order) {
-  return order.is_none() ? toJson(report, command.its, file.its)
-                         : toJson(report, orderOf(order), command.its, file.its);
+                     std::optional<Named<Order>> order) {
+  return order ? toJson(report, *order, command.its, file.its)
+               : toJson(report, command.its, file.its);
+}
+
+// Calls `visit(name, member, text)` for each field of a finding that the functions of this module
+// set.
+template <class Visit>
+void eachField(Visit visit) {
+  visit("code", &Finding::code, "What was found.");
+  visit("severity", &Finding::severity, "How much it matters.");
+  visit("result", &Finding::result, "What the device's library returns; OK if it is silent.");
+  visit("subject", &Finding::subject, "The part that it is about.");
+  visit("group", &Finding::group, "The id of the group, or None.");
+  visit("group_number", &Finding::group_number, "The number of the group in its file, from 1.");
+  visit("entry", &Finding::entry, "The id of the entry, or None.");
+  visit("offender", &Finding::offender,
+        "The code of the match or action, the id of the counter, or the refused stage or type.");
+  visit("admitted", &Finding::admitted, "The codes that would have been admitted.");
+  visit("others", &Finding::others, "Ids of other entries, or codes of other matches or actions.");
+  visit("path", &Finding::path,
+        "The path of a field in bytes, or line and column in a text: '12:7'.");
+  visit("bytes", &Finding::bytes, "The offset and length of the bytes, or None.");
+  visit("before", &Finding::before, "The received or old value, or what this entry does.");
+  visit("after", &Finding::after, "The value that is kept, or what another entry does.");
+  visit("witness", &Finding::witness, "A packet that shows it; trace() takes this text.");
+  visit("message", &Finding::message, "One sentence.");
+  visit("step", &Finding::step, "The kind of a plan's step.");
+  visit("value", &Finding::value, "What a plan's step inserts or sets.");
+  visit("treatment", &Finding::treatment, "What is done with a packet.");
+  visit("lacking", &Finding::lacking, "The unknown fields on which the answer depends.");
+  visit("word", &Finding::word, "The wrong word of a text.");
+}
+
+// Values of fields as Python has them, and back. The members of enumerations have names.
+template <class Enum>
+constexpr const char* kEnumeration = nullptr;
+template <>
+inline constexpr const char* kEnumeration<Code> = "Code";
+template <>
+inline constexpr const char* kEnumeration<Severity> = "Severity";
+template <>
+inline constexpr const char* kEnumeration<Subject> = "Subject";
+template <>
+inline constexpr const char* kEnumeration<filtersErr_t> = "Result";
+
+template <class Value>
+py::object toPython(const Value& value) {
+  if constexpr (std::is_enum_v<Value>) {
+    return member(kEnumeration<Value>, nameOf(value));
+  } else {
+    return py::cast(value);
+  }
+}
+py::object toPython(const std::optional<ByteRange>& bytes) {
+  if (!bytes) return py::none();
+  return py::make_tuple(bytes->offset, bytes->length);
+}
+
+template <class Enum, class Values>
+void readName(const py::handle& object, const Values& values, Enum* value) {
+  const std::string name = argument<Text>(object, kEnumeration<Enum>, "a name");
+  for (const Enum one : values) {
+    if (nameOf(one) == name) {
+      *value = one;
+      return;
+    }
+  }
+  throw py::value_error("there is no " + std::string(kEnumeration<Enum>) + " '" + name + "'");
+}
+template <class Value>
+void fromPython(const py::handle& object, const char* name, Value* value) {
+  *value = argument<Value>(object, name, "a value of another type");
+}
+void fromPython(const py::handle& object, const char*, Code* code) {
+  readName(object, kAllCodes, code);
+}
+void fromPython(const py::handle& object, const char*, Severity* severity) {
+  readName(object, kAllSeverities, severity);
+}
+void fromPython(const py::handle& object, const char*, Subject* subject) {
+  readName(object, kAllSubjects, subject);
+}
+void fromPython(const py::handle& object, const char*, filtersErr_t* result) {
+  std::vector<filtersErr_t> all;
+  for (const auto& [one, its] : namesOf<filtersErr_t>()) all.push_back(one);
+  readName(object, all, result);
+}
+void fromPython(const py::handle& object, const char* name, std::optional<ByteRange>* bytes) {
+  const auto pair = argument<std::optional<std::pair<std::size_t, std::size_t>>>(
+      object, name, "an offset and a length");
+  if (pair) *bytes = ByteRange{pair->first, pair->second};
+}
+
+// Adds the fields of a finding as attributes, and what pickles hold: all of them.
+void addFields(py::class_<Finding>* made) {
+  eachField([made](const char* name, auto field, const char* text) {
+    made->def_property_readonly(
+        name, [field](const Finding& one) { return toPython(one.*field); }, text);
+  });
+  made->def("_state", [](const Finding& one) {
+    py::list values;
+    eachField([&](const char*, auto field, const char*) { values.append(toPython(one.*field)); });
+    return values;
+  });
+  made->def_static("_from_state", [](const py::list& values) {
+    Finding one{};
+    std::size_t next = 0;
+    eachField([&](const char* name, auto field, const char*) {
+      if (next == values.size())
+        throw py::value_error("the finding lacks its " + std::string(name));
+      fromPython(values[next++], name, &(one.*field));
+    });
+    return one;
+  });
+}
+
+// Reports become a list of their findings, and how many findings of each severity were left out.
+py::tuple stateOf(const Report& report) {
+  return py::make_tuple(report.findings, report.left_out_by_severity);
+}
+Report reportFrom(const std::vector<Finding>& findings, const SeverityCounts& left_out) {
+  Report report{findings};
+  for (const Severity severity : kAllSeverities) {
+    report.leaveOut(severity, left_out[static_cast<std::size_t>(severity)]);
+  }
+  return report;
 }
 
 const Finding& findingAt(const Report& report, py::ssize_t index) {
@@ -111,21 +245,26 @@ void addComparison(py::class_<Value>* made, DocumentOf documentOf) {
 
 void refuse(Report&& report) { raiseRefused(py::none(), std::move(report)); }
 
+void refuse(const std::string& sentence, Report&& report) {
+  raiseRefused(py::str(sentence), std::move(report));
+}
+
 void refuse(filtersErr_t result, Report&& report) {
-  raiseRefused(report.empty() ? py::object(py::str(std::string(describe(result)))) : py::none(),
-               std::move(report));
+  if (!report.empty()) refuse(std::move(report));
+  refuse(std::string(describe(result)), std::move(report));
 }
 
 py::object member(const char* enumeration, std::string_view name) {
   return py::module_::import("filter_inspect._core").attr(enumeration)(std::string(name));
 }
 
-Order orderOf(const py::object& order) {
-  const std::string name = argument<Text>(order, "order", "a text or an Order");
+Order named(const py::object& object, Order*) {
+  const std::string name = argument<Text>(object, "order", "a text or an Order");
   if (const auto found = orderFromName(name)) return *found;
   std::vector<std::string_view> names;
   for (const Order one : kAllOrders) names.push_back(nameOf(one));
-  throw py::value_error("there is no order '" + name + "'" + suggestion(name, names));
+  throw py::value_error("there is no order '" + name + "'" +
+                        suggestion(name, names, "filter_inspect.Order"));
 }
 
 void Watch::tell(std::size_t done, std::size_t all) {
@@ -139,18 +278,20 @@ void Watch::tell(std::size_t done, std::size_t all) {
   next_ = now + kPause;
   const py::gil_scoped_acquire acquired;
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-  if (!progress_.is_none()) progress_(done, all);
+  if (progress_) (*progress_)(done, all);
 }
 
 py::tuple reduced(const py::object& self) {
   const py::type type = py::type::of(self);
-  if (!py::hasattr(type, "from_bytes")) {
-    throw py::type_error("cannot pickle '" + type.attr("__name__").cast<std::string>() +
-                         "' object");
+  constexpr std::pair<const char*, const char*> kWays[] = {{"to_bytes", "from_bytes"},
+                                                           {"_state", "_from_state"}};
+  for (const auto& [to, from] : kWays) {
+    if (!py::hasattr(type, from)) continue;
+    const py::object make =
+        py::module_::import("operator").attr("methodcaller")(from, self.attr(to)());
+    return py::make_tuple(make, py::make_tuple(type));
   }
-  const py::object again =
-      py::module_::import("operator").attr("methodcaller")("from_bytes", self.attr("to_bytes")());
-  return py::make_tuple(again, py::make_tuple(type));
+  throw py::type_error("cannot pickle '" + type.attr("__name__").cast<std::string>() + "' object");
 }
 
 void refuseKey(const py::object& key) {
@@ -165,11 +306,6 @@ BytesView::BytesView(const py::object& object) {
 void addReports(py::module_* module) {
   addEnumerations(module);
 
-  addClass<SeenFrames>(module, "SeenFrames", "Frames of a capture, and the first of them.")
-      .def_readonly("frames", &SeenFrames::frames)
-      .def_readonly("first", &SeenFrames::first)
-      .def_readonly("time", &SeenFrames::time);
-
   auto single = addClass<Finding>(module, "Finding", R"(One thing that a report says.
 
 >>> import filter_inspect as fi
@@ -180,39 +316,8 @@ void addReports(py::module_* module) {
 )");
   addCopies(&single);
   addComparison(&single, [](const Finding& one) { return toJson(Report{{one}}); });
-  single
-      .def_property_readonly("code",
-                             [](const Finding& one) { return member("Code", nameOf(one.code)); })
-      .def_property_readonly(
-          "severity", [](const Finding& one) { return member("Severity", nameOf(one.severity)); })
-      .def_property_readonly(
-          "result", [](const Finding& one) { return member("Result", nameOf(one.result)); })
-      .def_property_readonly(
-          "subject", [](const Finding& one) { return member("Subject", nameOf(one.subject)); })
-      .def_readonly("group", &Finding::group)
-      .def_readonly("group_number", &Finding::group_number)
-      .def_readonly("entry", &Finding::entry)
-      .def_readonly("offender", &Finding::offender)
-      .def_readonly("admitted", &Finding::admitted)
-      .def_readonly("others", &Finding::others)
-      .def_readonly("path", &Finding::path)
-      .def_property_readonly("bytes",
-                             [](const Finding& one) -> py::object {
-                               if (!one.bytes) return py::none();
-                               return py::make_tuple(one.bytes->offset, one.bytes->length);
-                             })
-      .def_readonly("before", &Finding::before)
-      .def_readonly("after", &Finding::after)
-      .def_readonly("witness", &Finding::witness)
-      .def_readonly("message", &Finding::message)
-      .def_readonly("step", &Finding::step)
-      .def_readonly("value", &Finding::value)
-      .def_readonly("treatment", &Finding::treatment)
-      .def_readonly("lacking", &Finding::lacking)
-      .def_readonly("sure", &Finding::sure)
-      .def_readonly("possible", &Finding::possible)
-      .def_readonly("word", &Finding::word)
-      .def("__str__", [](const Finding& one) { return linesOf(Report{{one}}); })
+  addFields(&single);
+  single.def("__str__", [](const Finding& one) { return linesOf(Report{{one}}); })
       .def("__repr__",
            [](const Finding& one) { return "<Finding " + linesOf(Report{{one}}) + '>'; });
 
@@ -229,6 +334,11 @@ error: entry 30: match vrf_id: a group of type 3 does not admit it; types that d
   addCopies(&sequence);
   addComparison(&sequence, [](const Report& one) { return toJson(one); });
   addMixins(&sequence, "Sequence", {"index", "count", "__iter__", "__reversed__", "__contains__"});
+  sequence.def("_state", &stateOf);
+  sequence.def_static("_from_state",
+                      [](const std::pair<std::vector<Finding>, SeverityCounts>& state) {
+                        return reportFrom(state.first, state.second);
+                      });
   sequence.def("__len__", [](const Report& report) { return report.findings.size(); })
       .def("__bool__", [](const Report& report) { return !report.empty(); })
       .def("__getitem__", &findingAt, py::return_value_policy::copy)

@@ -12,44 +12,34 @@ namespace {
 
 constexpr std::size_t kFramesBetweenSignals = 4096;
 
-Link linkOf(const py::object& link) {
-  const std::string name = argument<Text>(link, "link", "a text or a Link");
-  std::vector<std::string_view> names;
-  for (const Link one : kAllLinks) {
-    if (nameOf(one) == name) return one;
-    names.push_back(nameOf(one));
-  }
-  throw py::value_error("there is no link '" + name + "'" + suggestion(name, names));
-}
-
 // Numbers in a buffer or a list, such as the offsets of frames.
 class Numbers {
  public:
   explicit Numbers(const py::object& object) {
-    if (PyObject_CheckBuffer(object.ptr()) != 0) {
-      readBuffer(object);
-      return;
-    }
+    if (PyObject_CheckBuffer(object.ptr()) != 0 && readBuffer(object)) return;
     for (const py::handle one : object) {
-      all_.push_back(argument<Whole<std::size_t>>(one, "an offset or a length", "a number"));
+      all_.push_back(argument<Whole<std::size_t, kOffset>>(one, kOffset, "a number"));
     };
   }
   std::size_t size() const { return all_.size(); }
   std::size_t operator[](std::size_t i) const { return all_[i]; }
  private:
-  void readBuffer(const py::object& object) {
+  // Reads numbers of 64 bits, and returns false for other whole numbers.
+  bool readBuffer(const py::object& object) {
     const py::buffer_info info = py::reinterpret_borrow<py::buffer>(object).request();
-    const bool isWhole =
-        info.format.size() == 1 && std::string("LQNlqn").find(info.format) != std::string::npos;
-    if (!isWhole || info.ndim != 1 || info.itemsize != sizeof(std::uint64_t)) {
-      throw py::type_error("offsets and lengths are whole numbers of 64 bits");
+    const bool isWhole = info.format.size() == 1 && info.itemsize > 1 &&
+                         std::string("HhIiLlQqNn").find(info.format) != std::string::npos;
+    if (!isWhole || info.ndim != 1) {
+      throw py::type_error("offsets and lengths are whole numbers of 16 bits or more");
     }
+    if (info.itemsize != sizeof(std::uint64_t)) return false;
     const auto* bytes = static_cast<const char*>(info.ptr);
     for (py::ssize_t i = 0; i < info.size; ++i) {
       std::uint64_t one = 0;
       std::memcpy(&one, bytes + i * info.strides[0], sizeof one);
       all_.push_back(one);
     }
+    return true;
   }
 
   std::vector<std::size_t> all_;
@@ -58,11 +48,9 @@ class Numbers {
 // Counts frames, and looks for signals now and then.
 class Counting {
  public:
-  Counting(const Group& group, const py::object& order, const py::object& link,
-           const std::string& assumed, py::object progress)
-      : link_(linkOf(link)),
-        counter_(*group, orderOf(order), assumedOf(assumed)),
-        watch_(std::move(progress)) {}
+  Counting(const Group& group, Order order, Link link, const std::string& assumed,
+           Progress progress)
+      : link_(link), counter_(*group, order, assumedOf(assumed)), watch_(std::move(progress)) {}
 
   void count(std::string_view frame, std::size_t length, std::size_t all) {
     if (done_++ % kFramesBetweenSignals == 0) watch_.tell(done_ - 1, all);
@@ -115,10 +103,9 @@ void countBuffer(std::string_view all, const Numbers& offsets,
   }
 }
 
-Hits countHits(const Group& group, const py::object& frames, const py::object& order,
-               const py::object& link, const Text& assumed, const py::object& offsets,
-               const py::object& lengths, const py::object& wire_lengths,
-               const py::object& progress) {
+Hits countHits(const Group& group, const py::object& frames, Named<Order> order, Named<Link> link,
+               const Text& assumed, const py::object& offsets, const py::object& lengths,
+               const py::object& wire_lengths, const Progress& progress) {
   Counting counting(group, order, link, assumed, progress);
   if (offsets.is_none()) {
     if (PyObject_CheckBuffer(frames.ptr()) != 0 || !lengths.is_none() || !wire_lengths.is_none()) {
@@ -148,33 +135,72 @@ Hits countHits(const Group& group, const py::object& frames, const py::object& o
 
 }  // namespace
 
+Link named(const py::object& object, Link*) {
+  const std::string name = argument<Text>(object, "link", "a text or a Link");
+  std::vector<std::string_view> names;
+  for (const Link one : kAllLinks) {
+    if (nameOf(one) == name) return one;
+    names.push_back(nameOf(one));
+  }
+  throw py::value_error("there is no link '" + name + "'" +
+                        suggestion(name, names, "filter_inspect.Link"));
+}
+
 void addTraffic(py::module_* module) {
-  addClass<FrameCount>(module, "FrameCount", "Frames, and the number of the first one from 1.")
-      .def_readonly("frames", &FrameCount::frames)
-      .def_readonly("first", &FrameCount::first)
+  addClass<FrameCount>(module, "FrameCount", R"(How many frames, and which was the first.
+
+>>> import filter_inspect as fi
+>>> count = fi.hits(fi.Group(1), [bytes(60), bytes(60)], "ascending-id").decided
+>>> count.frames, count.first
+(2, 1)
+)")
+      .def_readonly("frames", &FrameCount::frames, "How many frames there are.")
+      .def_readonly("first", &FrameCount::first,
+                    "The number of the first frame, counted from 1; 0 if there is none.")
       .def("__repr__", [](const FrameCount& count) {
         return "<FrameCount " + std::to_string(count.frames) + '>';
       });
-  addClass<EntryHits>(module, "EntryHits", "The frames that an entry takes.")
-      .def_readonly("entry", &EntryHits::entry)
-      .def_property_readonly("sure", [](const EntryHits& one) { return one.hits.sure; })
-      .def_property_readonly("possible", [](const EntryHits& one) { return one.hits.possible; })
+  addClass<EntryHits>(module, "EntryHits", R"(The frames that an entry takes.
+
+>>> import filter_inspect as fi
+>>> hits = fi.hits(fi.Group(1, entries=[fi.Entry(10)]), [bytes(60)], "ascending-id")
+>>> hits.entries[0].entry, hits.entries[0].sure.frames, hits.entries[0].possible.frames
+(10, 1, 0)
+)")
+      .def_readonly("entry", &EntryHits::entry, "The id of the entry.")
+      .def_property_readonly(
+          "sure", [](const EntryHits& one) { return one.hits.sure; },
+          "The frames that it surely takes.")
+      .def_property_readonly(
+          "possible", [](const EntryHits& one) { return one.hits.possible; },
+          "Other frames that it may take.")
       .def("__repr__", [](const EntryHits& one) {
         return "<EntryHits entry " + std::to_string(one.entry) + ": " +
                std::to_string(one.hits.sure.frames) + " sure, " +
                std::to_string(one.hits.possible.frames) + " possible>";
       });
-  addClass<Hits>(module, "Hits", "What frames hit; see hits().")
-      .def_readonly("frames", &Hits::frames)
+  addClass<Hits>(module, "Hits", R"(What frames hit; see hits().
+
+>>> import filter_inspect as fi
+>>> hits = fi.hits(fi.Group(1), [bytes(60), b"short"], "ascending-id")
+>>> hits.frames, hits.none_sure.frames, list(hits.faults)
+(2, 2, [<FrameFault.ENDS_EARLY: 'ends-early'>])
+)")
+      .def_readonly("frames", &Hits::frames, "How many frames were counted.")
       .def("__repr__",
            [](const Hits& hits) { return "<Hits, frames: " + std::to_string(hits.frames) + '>'; })
-      .def_readonly("decided", &Hits::decided, py::return_value_policy::copy)
-      .def_readonly("undecided", &Hits::undecided, py::return_value_policy::copy)
-      .def_readonly("entries", &Hits::entries, py::return_value_policy::copy)
+      .def_readonly("decided", &Hits::decided, py::return_value_policy::copy,
+                    "Frames of which it is sure which entry takes them, or that none does.")
+      .def_readonly("undecided", &Hits::undecided, py::return_value_policy::copy,
+                    "All other frames.")
+      .def_readonly("entries", &Hits::entries, py::return_value_policy::copy,
+                    "The hits of each entry, in the order of the rules.")
       .def_property_readonly(
           "none_sure", [](const Hits& hits) { return hits.none.sure; },
           "Frames that surely no entry takes.")
-      .def_property_readonly("none_possible", [](const Hits& hits) { return hits.none.possible; })
+      .def_property_readonly(
+          "none_possible", [](const Hits& hits) { return hits.none.possible; },
+          "Other frames that perhaps no entry takes.")
       .def_property_readonly(
           "faults",
           [](const Hits& hits) {
@@ -187,7 +213,7 @@ void addTraffic(py::module_* module) {
             }
             return faults;
           },
-          "Why frames do not tell all fields.");
+          "The frames that do not tell all fields: a dict from FrameFault to FrameCount.");
   module->def("hits", &countHits, py::arg("group"), py::arg("frames"), py::arg("order"),
               py::kw_only(), py::arg("link") = "ethernet", py::arg("assumed") = "",
               py::arg("offsets") = py::none(), py::arg("lengths") = py::none(),

@@ -86,7 +86,8 @@ struct AnalysisOptions {
   bool overlaps = false;             // reports each pair that overlaps and is treated differently
   std::size_t max_findings = 1000;   // more are counted in Report::left_out
   std::uint64_t max_steps = 100000;  // a rule that needs more is kNotDecided
-  // Called before each part of the work, with the number of parts done and of all parts.
+  // Called before each part of the work, with the number of parts done and of all parts. While a
+  // part takes long, it is called again with the same numbers.
   std::function<void(std::size_t done, std::size_t all)> progress;
 };
 

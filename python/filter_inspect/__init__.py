@@ -4,4 +4,5 @@ The functions and classes are those of libfilter_inspect, whose answers they giv
 """
 
 from ._core import *
+from ._core import __version__ as __version__
 from ._errors import Refused as Refused

@@ -22,9 +22,12 @@ from typing import (
 
 _Buffer = Union[bytes, bytearray, memoryview, mmap.mmap, "array.array[int]"]
 _Progress = Optional[Callable[[int, int], object]]
-_Value = Union[None, bool, int, str, Sequence[Union[int, str]], "set[int]", "frozenset[int]"]
-_Words = Union[str, Mapping[str, _Value], Sequence[Union[str, Mapping[str, _Value]]]]
-_Policer = Union[None, str, Mapping[str, _Value]]
+# Values are written with str(), so that networks and addresses of the module ipaddress go in too.
+_Words = Union[str, Mapping[str, object], Iterable[object]]
+_Counters = Union[str, Mapping[int, object], Iterable[object]]
+_Policer = Union[None, str, Mapping[str, object], Iterable[object]]
+
+__version__: str
 
 # begin generated
 class Code(str, enum.Enum):
@@ -189,15 +192,6 @@ class Type(int, enum.Enum):
 
 # end generated
 @final
-class SeenFrames:
-    @property
-    def frames(self) -> int: ...
-    @property
-    def first(self) -> int: ...
-    @property
-    def time(self) -> str: ...
-
-@final
 class Finding:
     @property
     def code(self) -> Code: ...
@@ -240,10 +234,6 @@ class Finding:
     @property
     def lacking(self) -> List[str]: ...
     @property
-    def sure(self) -> Optional[SeenFrames]: ...
-    @property
-    def possible(self) -> Optional[SeenFrames]: ...
-    @property
     def word(self) -> str: ...
 
 @final
@@ -271,7 +261,7 @@ class Entry:
         priority: int = ...,
         match: Optional[_Words] = ...,
         then: Optional[_Words] = ...,
-        count: Optional[Mapping[int, str]] = ...,
+        count: Optional[_Counters] = ...,
         police: _Policer = ...,
         parent: _Policer = ...,
     ) -> None: ...
@@ -292,6 +282,16 @@ class Entry:
     def id(self) -> int: ...
     @property
     def priority(self) -> int: ...
+    @property
+    def match(self) -> Dict[str, Optional[str]]: ...
+    @property
+    def then(self) -> Dict[str, Optional[str]]: ...
+    @property
+    def count(self) -> Dict[int, str]: ...
+    @property
+    def police(self) -> Optional[str]: ...
+    @property
+    def parent(self) -> Optional[str]: ...
     def __hash__(self) -> int: ...
 
 @final

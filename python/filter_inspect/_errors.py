@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Optional
+from typing import TYPE_CHECKING, Optional, Tuple
 
 if TYPE_CHECKING:
     from ._core import Report
@@ -22,3 +22,6 @@ class Refused(ValueError):
     def __init__(self, report: "Report", sentence: Optional[str] = None) -> None:
         super().__init__(sentence or str(report))
         self.report = report
+
+    def __reduce__(self) -> "Tuple[type[Refused], Tuple[Report, str]]":
+        return type(self), (self.report, str(self))

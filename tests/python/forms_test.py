@@ -2,6 +2,7 @@
 
 import copy
 import enum
+import ipaddress
 import json
 import pathlib
 import pickle
@@ -31,6 +32,13 @@ def survives(one):
     assert one == kind.from_json(one.to_json()) == kind.from_json(one.to_json(compact=True))
     assert one == kind.from_dict(one.to_dict()) == kind.from_dict(json.loads(json.dumps(one.to_dict())))
     assert one == copy.copy(one) == copy.deepcopy(one)
+    survives_pickles(one)
+    if kind is fi.Entry:
+        assert one == fi.Entry(one.id, priority=one.priority, match=one.match, then=one.then,
+                               count=one.count, police=one.police, parent=one.parent)
+
+
+def survives_pickles(one):
     for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
         assert one == pickle.loads(pickle.dumps(one, protocol))
 
@@ -65,6 +73,11 @@ def test_all_golden_groups_at_once():
 
 def test_values_of_python():
     assert fi.Entry(10, match=None, then=None, count=None) == fi.Entry(10)
+    flags = {"mpls_term": True, "destination_cpu": True}
+    assert fi.Entry(10, match=flags, then={"deny": True}) == fi.Entry(
+        10, match=["mpls_term=true", "destination_cpu"], then=("deny",))
+    network = ipaddress.ip_network("192.0.2.0/24")
+    assert fi.Entry(10, match={"src_ipv4": network}).match == {"src_ipv4": str(network)}
     assert str(fi.Entry(
         10, priority=100, then=["permit", {"set_pcp": 5}], count={1: "packets"},
         match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179, "pcp": {7, 3}, "mpls_term": True,
@@ -132,7 +145,6 @@ TYPE_3 = fi.Group(1, stage="ingress", type=3)
     (lambda: fi.Entry(10, match=["ttl=1", "ttl=2"]), "text-repeated"),
     (lambda: fi.Entry(10, match={"src_ipv4": "::1"}), "text-value"),
     (lambda: fi.Entry(10, match="src_ipv4=10.0.0.1 src_ipv6=::1"), "match-refused"),
-    (lambda: fi.Entry(2**32), "text-value"),
     (lambda: fi.Policy("filter-policy 1\nnever"), "text-syntax"),
     (lambda: fi.trace(TYPE_3, "ttl=x", "ascending-id"), "text-value"),
     (lambda: fi.search(TYPE_3, "tll=1", "ascending-id"), "text-value"),
@@ -144,8 +156,11 @@ def test_refusals_carry_their_report(call, code):
     with pytest.raises(fi.Refused) as caught:
         call()
     assert [one.code.value for one in caught.value.report][:1] == [code]
-    assert str(caught.value) == str(caught.value.report)
+    assert str(caught.value).startswith(str(caught.value.report))
     assert bytes(TYPE_3) == before
+    again = pickle.loads(pickle.dumps(caught.value))
+    assert (str(again), again.report) == (str(caught.value), caught.value.report)
+    survives_pickles(caught.value.report[0])
 
 
 @pytest.mark.parametrize("call, error", [
@@ -158,6 +173,16 @@ def test_refusals_carry_their_report(call, code):
     (lambda: fi.Group.stage.fset(None, "ingress"), TypeError),
     (lambda: fi.Group.priority.fset(None, 1), TypeError),
     (lambda: pickle.dumps(TYPE_3.entries, 0), TypeError),
+    (lambda: object.__reduce__(TYPE_3), TypeError),
+    (lambda: fi.Report._from_state(([], [0, 0])), TypeError),
+    (lambda: fi.Finding._from_state([]), ValueError),
+    (lambda: fi.Finding._from_state(["no-code"]), ValueError),
+    (lambda: fi.Finding._from_state([5]), TypeError),
+    (lambda: fi.Entry(2**32), ValueError),
+    (lambda: fi.Entry(None), TypeError),
+    (lambda: fi.Entry("10"), TypeError),
+    (lambda: fi.Entry(10, priority=-1), ValueError),
+    (lambda: fi.Entry(10, police=5), TypeError),
     (lambda: TYPE_3.entries.__reduce__(), TypeError),
     (lambda: fi.Group("1"), TypeError),
     (lambda: fi.Group(65536), ValueError),
@@ -196,9 +221,27 @@ def test_misuse_is_an_error_of_python(call, error):
         call()
 
 
+@pytest.mark.parametrize("call, sentence", [
+    (lambda: fi.Entry(10, match={"ttl": 300}), "entry 10 priority=0 if ttl=300"),
+    (lambda: fi.Entry(10, match={"tll": 1}), "did you mean ttl?"),
+    (lambda: fi.Entry(10, match=5), "match is a text, a mapping"),
+    (lambda: fi.Group(1, priority=65536), "priority is a number from 0 to 65535, and not 65536"),
+    (lambda: fi.Group(1, stage=None), "stage is a text or a number, and not NoneType"),
+    (lambda: fi.analyse(TYPE_3, "up"), "filter_inspect.Order lists them"),
+    (lambda: fi.apply(fi.plan(fi.Group(1), TYPE_3), fi.Group(1, stage="egress")),
+     "the group refuses the step 'set-type 3'"),
+])
+def test_errors_say_what_and_why(call, sentence):
+    with pytest.raises((TypeError, ValueError)) as caught:
+        call()
+    assert sentence in str(caught.value)
+
+
 @pytest.mark.parametrize("kind", [one for one in vars(fi).values() if isinstance(one, type)
                                   and not issubclass(one, (enum.Enum, Exception))])
 def test_no_object_is_without_a_value(kind):
-    for make in (lambda: kind.__new__(kind), lambda: type("Derived", (kind,), {})):
+    base = kind.__mro__[1]
+    for make in (lambda: kind.__new__(kind), lambda: type("Derived", (kind,), {}), base,
+                 type("Derived", (base,), {})):
         with pytest.raises(TypeError):
             make()

@@ -52,15 +52,16 @@ class Analysis {
   Analysis(const FiltersGroup& group, const AnalysisOptions& options)
       : group_(group),
         options_(options),
+        progress_(options),
         ordered_(options.order != Order::kUnspecified),
         all_({&group}, options.order),
         rules_(all_.of(0)),
         space_(all_.space()),
         met_by_(all_.meetingsOf(0, looksFor(options.max_steps))),
-        reach_(space_.space(), options.max_steps, rules_.size()),
-        spare_(space_.space(), options.max_steps, rules_.size()),
-        redundancy_(space_.space(), options.max_steps, rules_.size()),
-        ties_(space_.space(), options.max_steps, rules_.size()),
+        reach_(space_.space(), options.max_steps, rules_.size(), &progress_),
+        spare_(space_.space(), options.max_steps, rules_.size(), &progress_),
+        redundancy_(space_.space(), options.max_steps, rules_.size(), &progress_),
+        ties_(space_.space(), options.max_steps, rules_.size(), &progress_),
         findings_(group.getId(), options.max_findings),
         reached_(rules_.size()),
         redundant_(rules_.size()),
@@ -71,7 +72,7 @@ class Analysis {
   Report run() {
     const auto count = static_cast<std::uint32_t>(rules_.size());
     const auto tellRule = [&](std::uint32_t part, std::uint32_t i) {
-      tell(options_, part * rules_.size() + i, 3 * rules_.size());
+      progress_.tell(part * rules_.size() + i, 3 * rules_.size());
       space_.forget();
     };
     std::vector<bool> decided(count, true);
@@ -639,6 +640,7 @@ class Analysis {
 
   const FiltersGroup& group_;
   const AnalysisOptions& options_;
+  Progress progress_;
   const bool ordered_;
   Rules all_;
   const std::vector<Rule>& rules_;

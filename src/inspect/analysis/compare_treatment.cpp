@@ -28,9 +28,10 @@ class Comparison {
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options,
              const Among* among)
       : groups_{&a, &b},
-        options_(options),
+        progress_(options),
         all_({&a, &b}, options.order, setsOf(among)),
-        cuts_(all_.space().space(), options.max_steps, all_.of(0).size() + all_.of(1).size()),
+        cuts_(all_.space().space(), options.max_steps, all_.of(0).size() + all_.of(1).size(),
+              &progress_),
         findings_(a.getId(), options.max_findings) {
     for (std::size_t side = 0; side < 2; ++side) {
       mays_.push_back(all_.meetingsOf(side, looksFor(options.max_steps)));
@@ -44,7 +45,7 @@ class Comparison {
   Report run() {
     const std::size_t first = all_.of(0).size(), all = first + all_.of(1).size();
     for (std::size_t k = 0; k < all; ++k) {
-      tell(options_, k, all);
+      progress_.tell(k, all);
       if (k < first) {
         compare(0, static_cast<std::uint32_t>(k));
       } else {
@@ -270,7 +271,7 @@ class Comparison {
   }
 
   const FiltersGroup* groups_[2];
-  const AnalysisOptions& options_;
+  Progress progress_;
   Rules all_;
   std::vector<Part> parts_;
   // True if the packets of a set should be left out, but only some of them are.

@@ -9,7 +9,8 @@ namespace {
 constexpr double kSurelyLess = 1 - 1e-9;
 // The number of ranges looked at in one step.
 constexpr std::uint64_t kLooksAStep = 256;
-constexpr std::uint64_t kLooksAtMany = 4;  // the cost of a look into a set of several ranges
+constexpr std::uint64_t kLooksBetween = 1 << 20;  // between two calls of the progress
+constexpr std::uint64_t kLooksAtMany = 4;         // the cost of a look into a set of several ranges
 
 // Returns the first range behind `range` that reaches `value` or begins after it.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
@@ -196,6 +197,11 @@ Cut::Outcome Cut::run(const std::vector<SetId>& sets, std::vector<Candidate>* ca
       looks_ = 0;
       const Chosen chosen = choose(candidates);
       steps_left_ -= std::min(1 + looks_ / kLooksAStep, steps_left_);
+      looks_since_ += 1 + looks_;
+      if (looks_since_ > kLooksBetween && progress_ != nullptr) {
+        looks_since_ = 0;
+        progress_->repeat();
+      }
       if (steps_left_ == 0) return Outcome::kUndecided;
       at_ = chosen.candidate.set;
       if (at_ == kNothing) {

@@ -9,6 +9,7 @@
 // logic, so the number of steps is limited. Choosing the next set to subtract from a product is one
 // step. Looking at a few hundred ranges is one step too.
 
+#include "progress.h"
 #include "space.h"
 
 namespace FiltersInspect {
@@ -49,6 +50,8 @@ class Cut {
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }
   void setSteps(std::uint64_t steps) { steps_left_ = steps; }
+  // What a cut calls now and then; it must outlive the cut.
+  void setProgress(const Progress* progress) { progress_ = progress; }
 
   // These functions are for watchers. After kLeft they are about the part that is left, and after
   // kStopped about the share of the candidate that ended the cut. If the result was found by
@@ -86,7 +89,9 @@ class Cut {
 
   const Space& space_;
   std::uint64_t steps_left_;
-  std::uint64_t looks_ = 0;  // ranges looked at in this step
+  std::uint64_t looks_ = 0;        // ranges looked at in this step
+  std::uint64_t looks_since_ = 0;  // ranges looked at since the progress was told
+  const Progress* progress_ = nullptr;
   std::vector<Frame> frames_;
   std::vector<Span> spans_;  // a span for each frame and dimension
   std::vector<Space::Range> ranges_;

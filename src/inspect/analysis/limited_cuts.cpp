@@ -16,8 +16,9 @@ std::uint64_t looksFor(std::uint64_t max_steps) {
   return std::min(max_steps, ~std::uint64_t{0} / kRangesAStep) * kRangesAStep;
 }
 
-Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules)
+Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules, const Progress* progress)
     : cut_(space, 0), of_one_(max_steps) {
+  cut_.setProgress(progress);
   const std::uint64_t at_limit = std::max<std::uint64_t>(kRulesAtTheirLimit, rules / 1000);
   of_all_ = std::min(max_steps, ~std::uint64_t{0} / at_limit) * at_limit;
 }
@@ -35,10 +36,6 @@ Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
 Cut::Outcome Cuts::runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                               Cut::Watcher* watcher) {
   return runFor(std::min(of_one_, kCheap), sets, candidates, false, watcher);
-}
-
-void tell(const AnalysisOptions& options, std::size_t done, std::size_t all) {
-  if (options.progress) options.progress(done, all);
 }
 
 }  // namespace FiltersInspect

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_LIMITED_CUTS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_LIMITED_CUTS_H_
 
-// Limits the work of an analysis, and reports its progress.
+// Limits the work of an analysis.
 
 #include <cstddef>
 #include <cstdint>
@@ -21,7 +21,7 @@ std::uint64_t looksFor(std::uint64_t max_steps);
 // times this number, or a thousandth of the number of rules times this number if that is more.
 class Cuts {
  public:
-  Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules);
+  Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules, const Progress* progress);
   // Like Cut::run() with `quick`.
   Cut::Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                    Cut::Watcher* watcher = nullptr) {
@@ -44,9 +44,6 @@ class Cuts {
   Cut cut_;
   std::uint64_t of_one_, of_all_;
 };
-
-// Calls the progress function if there is one.
-void tell(const AnalysisOptions& options, std::size_t done, std::size_t all);
 
 }  // namespace FiltersInspect
 

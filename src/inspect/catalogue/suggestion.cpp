@@ -33,7 +33,12 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return rows[a.size() % 3][b.size()];
 }
 
-// The nearest of the names; empty if none is near.
+bool beginAlike(std::string_view a, std::string_view b) {
+  return !a.empty() && !b.empty() && inLowerCase(a[0]) == inLowerCase(b[0]);
+}
+
+// The nearest of the names; empty if none is near. If two names are equally near, the name that
+// begins like the word is taken: "tll" is "ttl" rather than "all".
 std::string_view nearest(std::string_view word, const std::vector<std::string_view>& names) {
   std::string_view best;
   std::size_t least = kLongestName;
@@ -44,7 +49,9 @@ std::string_view nearest(std::string_view word, const std::vector<std::string_vi
       continue;
     }
     const std::size_t its = distance(word, name);
-    if (its > most || its >= least) continue;
+    const bool isBetter =
+        its < least || (its == least && beginAlike(word, name) && !beginAlike(word, best));
+    if (its > most || !isBetter) continue;
     best = name;
     least = its;
   }

@@ -34,11 +34,12 @@ class Breaches {
  public:
   // `good` says for each rule, by position, if it is a good destination. `none` says if "none" is a
   // good destination.
-  Breaches(Rules* all, Meetings* meetings, const AnalysisOptions& options, const SetAmongRules& set,
-           const std::vector<bool>& good, bool none)
+  Breaches(Rules* all, Meetings* meetings, const AnalysisOptions& options, const Progress* progress,
+           const SetAmongRules& set, const std::vector<bool>& good, bool none)
       : rules_(all->of(0)),
         space_(all->space()),
         meetings_(*meetings),
+        progress_(progress),
         max_steps_(options.max_steps),
         core_(set.core),
         good_(good),
@@ -101,7 +102,8 @@ class Breaches {
   // Finds the rules that may take packets of the set. Returns false if that takes too long.
   bool begin() {
     space_.forget();
-    cuts_.emplace(space_.space(), max_steps_, rules_.size());  // each question has its steps
+    cuts_.emplace(space_.space(), max_steps_, rules_.size(),
+                  progress_);  // each question has its steps
     const bool known = meetings_.meeting(core_, 0, rules_.size(), &met_);
     is_met_.assign(rules_.size(), false);
     for (std::uint32_t p : met_) is_met_[p] = true;
@@ -263,6 +265,7 @@ class Breaches {
   RuleSpace& space_;
   Meetings& meetings_;
   std::optional<Cuts> cuts_;
+  const Progress* const progress_;
   const std::uint64_t max_steps_;
   const SetId core_;  // the set: all packets of this, but none of `outside_`
   std::vector<Candidate> outside_;
@@ -292,6 +295,7 @@ class PolicyCheck {
       : group_(group),
         policy_(policy),
         options_(options),
+        progress_(options),
         all_({&group}, policy.order, setsOf(policy)),
         meetings_(all_.meetingsOf(0, looksFor(options.max_steps))),
         tracer_(group, policy.order),
@@ -301,7 +305,7 @@ class PolicyCheck {
     Report report;
     const std::size_t count = policy_.promises.size();
     for (std::size_t i = 0; i < count; ++i) {
-      tell(options_, i, count);
+      progress_.tell(i, count);
       report.findings.push_back(judge(policy_.promises[i], all_.space().set(i)));
     }
     return report;
@@ -316,7 +320,7 @@ class PolicyCheck {
       return broken(promise, *packet, Answer::kYes);
     }
     const std::vector<bool> good = keepers(promise);
-    Breaches breaches(&all_, &meetings_, options_, set, good, !promise.always);
+    Breaches breaches(&all_, &meetings_, options_, &progress_, set, good, !promise.always);
     if (breaches.surelyKeeps()) return holds(promise);
     std::optional<Point> packet;
     const Answer must = breaches.mustBreak(&packet);
@@ -479,6 +483,7 @@ class PolicyCheck {
   const FiltersGroup& group_;
   const PolicyGroup& policy_;
   const AnalysisOptions& options_;
+  Progress progress_;
   Rules all_;
   Meetings meetings_;
   Tracer tracer_;

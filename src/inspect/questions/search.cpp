@@ -40,13 +40,13 @@ class Search {
          const AnalysisOptions& options)
       : group_(group),
         order_(order),
-        options_(options),
+        progress_(options),
         all_({&group}, order, {PacketSetFields::of(packets)}),
         rules_(all_.of(0)),
         space_(all_.space()),
         set_(space_.set(0)),
         met_by_(all_.meetingsOf(0, looksFor(options.max_steps))),
-        cuts_(space_.space(), options.max_steps, rules_.size()),
+        cuts_(space_.space(), options.max_steps, rules_.size(), &progress_),
         points_(space_.space()),
         is_met_(rules_.size()),
         taken_by_(rules_.size(), kNothing) {
@@ -56,11 +56,11 @@ class Search {
 
   Destinations destinations() {
     for (std::size_t k = 0; k < met_.size(); ++k) {
-      tell(options_, k, met_.size() + 1);
+      progress_.tell(k, met_.size() + 1);
       space_.forget();
       findEntry(met_[k]);
     }
-    tell(options_, met_.size(), met_.size() + 1);
+    progress_.tell(met_.size(), met_.size() + 1);
     space_.forget();
     findNone();
     if (found_.found.size() == 1 && found_.complete) found_.found[0].all = true;
@@ -69,7 +69,7 @@ class Search {
 
   Destinations touched() {
     for (std::size_t k = 0; k < met_.size(); ++k) {
-      tell(options_, k, met_.size());
+      progress_.tell(k, met_.size());
       const Rule& rule = rules_[met_[k]];
       const Left may = leftOf(rule.may, {});
       if (!may.known) found_.complete = false;
@@ -259,7 +259,7 @@ class Search {
 
   const FiltersGroup& group_;
   const Order order_;
-  const AnalysisOptions& options_;
+  Progress progress_;
   Rules all_;
   const std::vector<Rule>& rules_;
   RuleSpace& space_;
