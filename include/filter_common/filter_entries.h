@@ -50,9 +50,9 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
   }
 }
 
-// One filter rule: which packets (at most one match of each code), what happens to them (at most
-// one action of each code), how fast they may arrive (a policer, and optionally a parent policer
-// shared with other rules) and what is counted. For example:
+// One filter rule: which packets it applies to (at most one match of each code), what happens to
+// them (at most one action of each code), how fast they may arrive (a policer, and optionally a
+// parent policer shared with other rules) and what is counted. For example:
 //
 //     FiltersEntry entry(10);
 //     if (entry.setMatch(MatchTTL(1)) != FILTERS_OK) return 1;
@@ -143,9 +143,9 @@ class FILTERS_API FiltersEntry {
   // Returns FILTERS_ERR_NOT_FOUND if no such match is held.
   FILTERS_NODISCARD filtersErr_t deleteMatch(filtersMatch_t code);
 
-  // Replaces all matches by copies of the given ones. If one is refused, the function returns that
-  // refusal and the entry keeps all its old matches. Null pointers and unknown codes are skipped.
-  // Every other match must be of the class of its code.
+  // Replaces all matches by copies of the given ones. If a match is refused, the function returns
+  // that refusal and the entry keeps all its old matches. Null pointers and unknown codes are
+  // skipped. Every other match must be of the class of its code.
   FILTERS_NODISCARD filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map, and otherwise works like

@@ -231,7 +231,7 @@ typedef enum filtersOrder_t {
   FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID = 7,
 } filtersOrder_t;
 
-// analyse(), compareTreatment() and unusualValues() with their default options.
+// Call analyse(), compareTreatment() and unusualValues() with their default options.
 FILTERS_API FiltersReport* filtersAnalyse(const FiltersGroup* g, int32_t order);
 FILTERS_API FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup* b,
                                                    int32_t order);

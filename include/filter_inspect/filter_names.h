@@ -37,7 +37,7 @@ FILTERS_API std::string_view nameOf(FiltersCommon::en_ForwardingType);
 FILTERS_API std::string_view nameOf(FiltersCommon::port_type_t);
 FILTERS_API std::string_view nameOf(policer::Stage);
 
-// Every enumerator of one of the types above with its name, in the order of the declaration.
+// The enumerators of one of the types above, each with its name, in the order of the declaration.
 template <class Enum>
 using Names = std::vector<std::pair<Enum, std::string_view>>;
 template <class Enum>

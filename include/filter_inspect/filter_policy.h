@@ -73,7 +73,7 @@ class FILTERS_API Policy {
   // `word` the wrong word. Findings beyond `max_findings` are counted in Report::left_out.
   static std::optional<Policy> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
-  // The groups in the order of the file. Each group is there once.
+  // The groups in the order of the file. The file names each group once.
   const std::vector<PolicyGroup>& groups() const { return groups_; }
   // Null if the policy says nothing about the group.
   const PolicyGroup* find(FiltersCommon::filtersGroupId_t group) const;
@@ -82,7 +82,7 @@ class FILTERS_API Policy {
 };
 
 // Checks all promises that the policy has for this group, and gives one finding for each, in the
-// order of the file. The order of the rules is the policy's. options.order, options.redundant,
+// order of the file. The policy decides the order of the rules. options.order, options.redundant,
 // options.overlaps and options.max_findings are ignored. The codes:
 // - kPolicyHolds: no packet of the set can break the promise.
 // - kPolicyFails: the packet in `witness` breaks the promise, under every reading and however ties

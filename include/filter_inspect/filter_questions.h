@@ -87,8 +87,8 @@ struct Destination {
   Hit hit = Hit::kHit;
   bool all = false;    // every packet of the set goes there
   std::string reason;  // for kUndecided: which match has several readings, or which entries tie
-  // A packet of the set. For kHit, trace() says that the entry takes this packet, or, without an
-  // entry, that no entry does. For kUndecided, trace() says that this is possible.
+  // A packet of the set. For kHit, trace() says that the entry takes this packet, or that no entry
+  // takes it if there is no entry here. For kUndecided, trace() says that this is possible.
   Packet witness;
 };
 struct Destinations {
@@ -153,8 +153,8 @@ FILTERS_API Report remainsReport(const FiltersCommon::FiltersGroup& group,
 
 // Reports the effect of each changed rule on packets. A rule that only one group has is changed
 // too. compareTreatment() has a finding for each pair of rules, and one changed rule can be in many
-// pairs. Here all pairs of a rule give one finding, and only packets with another treatment give a
-// further one. For example
+// pairs. Here all pairs of a rule give one finding. Only packets with another treatment give a
+// further finding. For example
 //
 //     entry 20: permit became deny: packets like this one are now dropped [treatment-differs]
 //     entry 5: new: it takes packets of entries 30 and 40; packets like this one are now permitted

@@ -7,8 +7,8 @@
 // docs/schema/ describe the forms. The same groups give the same bytes on every machine, if the
 // platform gives interfaces the same names.
 //
-// A policer is written by its values, its rates for example, if the platform's library can make the
-// same policer of them. If not, it is written as the bytes that the library makes of it, with its
+// A policer is written by its values, for example its rates, if the platform's library can make the
+// same policer from them. If not, it is written as the bytes that the library makes of it, with its
 // values beside them for people. The name of an interface is written beside its id in the same way.
 // Readers use the bytes and ids. They refuse JSON whose names or descriptions contradict the bytes
 // and ids. In text, names and descriptions are comments, which readers ignore.
