@@ -267,7 +267,7 @@ struct TakeFields {
   }
 };
 
-// PutFields or TakeFields with a function for the field of messages.
+// PutFields or TakeFields, with a function that handles the field of messages.
 template <class Fields, class Messages>
 struct WithMessages : Fields {
   Messages messages;

@@ -43,8 +43,8 @@ class Cut {
 
   Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
 
-  // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. `quick`
-  // lets the cut find kLeft by counting, without a point.
+  // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. If
+  // `quick` is true, the cut may find kLeft by counting, and then has no point.
   Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates, bool quick,
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }

@@ -80,8 +80,8 @@ struct JustCode {
   filtersMatch_t getType() const { return code; }
 };
 
-// Fills a report with refusals. The library decides. Only if it has refused something, the code
-// here looks for the cause.
+// Fills a report with refusals. The library decides. The code here looks for the cause only if the
+// library has refused something.
 class Refusals {
  public:
   Refusals() = default;

@@ -16,7 +16,7 @@
 
 namespace FiltersInspect {
 
-// Goes through a text word by word. A reader of one kind of file is derived from it.
+// Goes through a text word by word. The reader of each kind of file derives from this class.
 class TextLines {
  public:
   TextLines(const TextLines&) = delete;
