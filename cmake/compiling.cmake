@@ -18,14 +18,15 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT filter_common_multi_con
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
 
-# Link-time optimisation makes the first library smaller and quicker to load. A project that has this
-# tree as a subfolder decides for itself, and so does CMAKE_INTERPROCEDURAL_OPTIMIZATION.
+# Link-time optimisation makes the first library smaller and quicker to load. It is not turned on if
+# this tree is a subfolder of another project, or if the user sets
+# CMAKE_INTERPROCEDURAL_OPTIMIZATION.
 if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_INTERPROCEDURAL_OPTIMIZATION)
   include(CheckIPOSupported)
   check_ipo_supported(RESULT FILTER_COMMON_HAS_LINK_TIME_OPTIMISATION LANGUAGES CXX)
 endif()
 
-# Optimises a target when it is linked, in the builds that are optimised at all.
+# Turns on link-time optimisation for a target, but only in build types that are optimised.
 function(filter_common_optimise_at_link target)
   if(FILTER_COMMON_HAS_LINK_TIME_OPTIMISATION)
     foreach(config RELEASE RELWITHDEBINFO MINSIZEREL)
@@ -37,7 +38,7 @@ endfunction()
 # Built libraries find each other by relative paths, so that they do not contain the build folder.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
-# A program is linked again only if an interface changes, not if the code of a library does.
+# A program is not linked again if only the code of a library changes, and not its interface.
 set(CMAKE_LINK_DEPENDS_NO_SHARED ON)
 
 # --- filter_common_warnings, linked PRIVATE: the warnings for our own code -----------------------
@@ -56,7 +57,7 @@ add_library(filter_common_shipped INTERFACE)
 
 # A build gives the same bytes in every folder. -ffile-prefix-map is not used, because it would also
 # change the names by which coverage finds the sources. Link-time optimisation writes debug
-# information when it links.
+# information at the link, so the linker gets the same options.
 foreach(kind debug macro)
   target_compile_options(
     filter_common_shipped INTERFACE -f${kind}-prefix-map=${PROJECT_SOURCE_DIR}=.
@@ -72,7 +73,7 @@ target_compile_options(filter_common_shipped INTERFACE -fno-semantic-interpositi
 
 # On 32-bit PowerPC the loader expects that code reaches thread-local variables through call stubs,
 # but -fno-plt leaves these out. Programs crash without the linker option below. Linkers for other
-# targets do not have it.
+# targets do not have this option.
 check_linker_flag(
   CXX LINKER:--no-tls-get-addr-optimize FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
 if(FILTER_COMMON_HAS_TLS_GET_ADDR_OPTIMIZE)
@@ -86,15 +87,16 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     filter_common_shipped INTERFACE -falign-functions=4 -fno-align-jumps -fno-align-loops)
 endif()
 
-# Memory faults stop the process. The checked functions of the C library need an optimised build.
-# The compiler may already define another level of checks.
+# These options stop the process at some memory faults, such as an overrun of the stack. The checked
+# functions of the C library need an optimised build. The compiler may already define another level
+# of checks.
 target_compile_options(
   filter_common_shipped
   INTERFACE -fstack-protector-strong
             $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
 target_link_options(filter_common_shipped INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 
-# Marks the places to which jumps may go; not every target has this option.
+# Lets indirect jumps go only to marked places. Not every target has this option.
 check_cxx_compiler_flag(-fcf-protection FILTER_COMMON_HAS_CF_PROTECTION)
 if(FILTER_COMMON_HAS_CF_PROTECTION)
   target_compile_options(filter_common_shipped INTERFACE -fcf-protection)

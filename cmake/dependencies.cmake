@@ -37,7 +37,7 @@ else()
                       "it must be 'standin' or 'device'")
 endif()
 
-# --- Libraries of headers alone ------------------------------------------------------------------
+# --- Header-only libraries -----------------------------------------------------------------------
 
 # Header-only libraries are the same for every machine. If the target lacks them, the headers of the
 # build machine are used.
@@ -51,8 +51,8 @@ function(filter_common_find_headers package release target folder who option)
     message(FATAL_ERROR "${who} needs ${package}, ${release} or later: run scripts/setup, or build "
                         "without it, with -D${option}=OFF")
   endif()
-  # The headers may be in /usr/include of the build machine. Its other headers must not be found, so
-  # a link to the folder of these headers is used.
+  # The headers may be in /usr/include of the build machine. The compiler must not find the other
+  # headers there, so it gets a folder with only a link to these headers.
   if(CMAKE_CROSSCOMPILING)
     get_target_property(found ${target} INTERFACE_INCLUDE_DIRECTORIES)
     list(GET found 0 found)
@@ -68,7 +68,7 @@ endfunction()
 set(FILTER_COMMON_GOOGLETEST_SOURCE "" CACHE PATH
     "Folder of GoogleTest's sources, to build it instead of looking for it")
 
-# Provides GTest::gmock and GTest::gtest_main for this folder and those below, from the system. If
+# Provides GTest::gmock and GTest::gtest_main of the system for this folder and its subfolders. If
 # the target has no package, they are built from the sources that Debian's package googletest
 # installs.
 macro(filter_common_find_googletest)

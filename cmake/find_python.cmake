@@ -1,6 +1,7 @@
-# Finds Python and pybind11 for the package filter_inspect, and decides if it is built: in a build of
-# this tree alone that has both. Compilers that build for another machine, or with sanitizers or
-# coverage, make no module that the machine's Python can load, so there it must be asked for.
+# Finds Python and pybind11 for the package filter_inspect, and decides if the package is built. By
+# default it is built if Python and pybind11 are found, this tree is the top project, and the
+# compiler is g++. A cross compiler, sanitizers or coverage would give a module that this machine's
+# Python cannot load. In such a build the package must be asked for.
 set(build_python OFF)
 if(FILTER_COMMON_BUILD_INSPECT AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CROSSCOMPILING
    AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"
@@ -8,7 +9,7 @@ if(FILTER_COMMON_BUILD_INSPECT AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CROSSCOMPI
   set(build_python ON)
 endif()
 if(build_python OR FILTER_COMMON_BUILD_PYTHON)
-  # Debian's packages for Python work with the system's Python alone.
+  # Debian's packages for Python work only with the system's Python.
   if(NOT DEFINED Python_EXECUTABLE AND EXISTS /usr/bin/python3)
     set(Python_EXECUTABLE /usr/bin/python3)
   endif()

@@ -1,6 +1,6 @@
 # Installs the library, so that others find it by find_package(filter_common 1) or by `pkg-config
-# filter_common`. Both have a separate part for messages. All paths are relative to the installed
-# files, so the installed tree may be moved.
+# filter_common`. Each has a separate part for programs that use messages. All paths are relative to
+# the installed files, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(shipped_libraries filter_common)
@@ -30,7 +30,8 @@ if(TARGET filter-inspect)
 endif()
 
 if(TARGET filter_inspect_python)
-  # Debian's Python looks here if the prefix is /usr. With another one, PYTHONPATH names the folder.
+  # Debian's Python searches this folder if the prefix is /usr. With another one, PYTHONPATH names
+  # the folder.
   set(FILTER_COMMON_PYTHON_DIR lib/python3/dist-packages
       CACHE STRING "Where the package for Python is installed, below the prefix")
   string(REGEX REPLACE "[^/]+" ".." package_to_prefix ${FILTER_COMMON_PYTHON_DIR}/filter_inspect)

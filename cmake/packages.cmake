@@ -1,20 +1,20 @@
 # Debian packages, which `cpack` makes in the build folder. libfilter-common1 (named after the
-# soname) has the files to run programs, and libfilter-common-dev those to build them. If the second
-# library is built, there are also libfilter-inspect1 and libfilter-inspect-dev, and filter-inspect
-# with the program, and python3-filter-inspect with the package for Python if it is built. With
+# soname) has the files to run programs, and libfilter-common-dev those to build them. The second
+# library, if it is built, adds libfilter-inspect1, libfilter-inspect-dev, and filter-inspect with
+# the program. The package for Python, if it is built, is in python3-filter-inspect. With
 # FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
 #
 # A build with the stand-ins puts them into the first two packages. Such packages are for
-# development machines, and all three sonames change together. Separate packages would need the
-# names of the device's libraries. With FILTER_COMMON_PLATFORM=device there are no stand-ins, and
-# libfilter-common1 depends on the packages of the device's libraries.
+# development machines. They hold three libraries, whose sonames change together. Separate packages
+# would need the names of the device's libraries. With FILTER_COMMON_PLATFORM=device there are no
+# stand-ins, and libfilter-common1 depends on the packages of the device's libraries.
 
 # Packages use Debian's folder for libraries, even if `cmake --install` uses another one.
 if(NOT CMAKE_LIBRARY_ARCHITECTURE)
   return()
 endif()
 
-# The packed components, and the package of each.
+# The components that are packed, and the package of each.
 set(kinds runtime development)
 set(runtime_package libfilter-common${PROJECT_VERSION_MAJOR})
 set(development_package libfilter-common-dev)
@@ -109,8 +109,9 @@ function(describe_package kind section summary about)
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
   endif()
   if(section STREQUAL "libs")
-    # The trigger runs ldconfig. CPack would add two scripts that do so too, unless scripts with these
-    # names are given; it warns of files that are missing, and leaves them out.
+    # The trigger runs ldconfig. CPack would add two scripts that run it too. It adds none if
+    # scripts with these names are given. The given files do not exist: CPack only warns of that,
+    # and packs no script.
     set(${fields}_PACKAGE_CONTROL_EXTRA
         "${PROJECT_SOURCE_DIR}/packaging/debian/triggers;none/postinst;none/postrm" PARENT_SCOPE)
   endif()
@@ -126,7 +127,8 @@ set(about "Rules of packet filters (matches, actions, policers, counters) for th
 plane of switches and routers, and their way between processes as bytes.")
 describe_package(
   runtime libs "data model of packet-filter rules, shared library" "${about}")
-# Most programs include no message header. For those that do, apt installs the recommended package.
+# Most programs include no message header, so the package that these headers need is only
+# recommended. apt installs recommended packages by default.
 describe_package(
   development libdevel "data model of packet-filter rules, development files" "${about}"
   DEPENDS ${runtime_package}
@@ -149,7 +151,7 @@ to each other, and says what stages and types of groups admit.")
   describe_package(
     tool utils "look into groups of packet-filter rules" "${about}"
     DEPENDS ${inspect_runtime_package} ${runtime_package})
-  # One package serves programs of any architecture.
+  # Packages of every architecture can depend on this one.
   set(CPACK_DEBIAN_FILTER_COMMON_PACKAGE_TOOL_PACKAGE_PRIORITY "optional\nMulti-Arch: foreign")
 endif()
 
@@ -159,7 +161,7 @@ and has assertions for test suites of rules.")
   describe_package(
     python python "reports on packet-filter rules, package for Python" "${about}"
     DEPENDS ${inspect_runtime_package} ${runtime_package})
-  # The compiled module works with the Python of its build alone.
+  # The compiled module works only with the Python release with which it was built.
   math(EXPR next "${Python_VERSION_MINOR} + 1")
   string(APPEND CPACK_DEBIAN_FILTER_COMMON_PACKAGE_PYTHON_PACKAGE_DEPENDS
          ", python3 (>= 3.${Python_VERSION_MINOR}~), python3 (<< 3.${next}~)")

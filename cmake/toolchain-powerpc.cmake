@@ -1,5 +1,6 @@
-# 32-bit big-endian PowerPC Linux, with Debian's cross compiler; programs of the build run under the
-# user-mode emulator. docs/porting.md says how to use it with the sysroot of a device.
+# Builds for 32-bit big-endian PowerPC Linux with Debian's cross compiler. Programs of the build run
+# under the user-mode emulator. docs/porting.md says how to use this file with the sysroot of a
+# device.
 #
 #   CMAKE_SYSROOT         the root folder of the device; the default is the cross compiler's own
 #   CMAKE_FIND_ROOT_PATH  further folders with libraries of the target
@@ -7,7 +8,7 @@
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR ppc)
 
-# A command line may name another compiler.
+# The user may choose another compiler on the command line.
 if(NOT DEFINED CMAKE_C_COMPILER)
   set(CMAKE_C_COMPILER powerpc-linux-gnu-gcc)
 endif()
@@ -22,7 +23,8 @@ endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR "qemu-ppc;-L;${powerpc_root}"
     CACHE STRING "What runs programs of the target on the build machine")
 
-# Programs such as protoc are those of the build machine; everything else is that of the target.
+# Programs such as protoc are searched on the build machine; everything else is searched on the
+# target.
 list(APPEND CMAKE_FIND_ROOT_PATH ${powerpc_root})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Every script of this folder sources this file first. --help prints the comment at the head of the
-# script; usage() prints it for wrong arguments.
+# Every script of this folder sources this file first. --help prints the comment at the beginning of
+# the script. usage() prints this comment for wrong arguments.
 header() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"; }
 usage() {
   header >&2

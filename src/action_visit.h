@@ -9,7 +9,7 @@
 
 namespace FiltersCommon {
 
-// A tag that tells a generic function the class of an action code.
+// A tag that passes the class of an action code to a generic function.
 template <class T>
 struct ActionTag {
   using Class = T;

@@ -6,8 +6,8 @@
 #include <assert.h>
 
 // The C library's assertion, with two differences. It is active in every kind of build, since
-// callers rely on it. It reports the file name without its folder and the given signature, so that
-// the text does not depend on the compiler or on the place of the sources.
+// callers rely on it. It reports the given signature, and the file name without its folder, so that
+// the text does not depend on the compiler or on the source folder.
 #define FILTERS_ASSERT(expression, signature) FILTERS_ASSERT_AT(expression, __LINE__, signature)
 
 // The same, but reports the given line number, because callers may depend on it.

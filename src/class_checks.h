@@ -25,8 +25,9 @@ constexpr bool holdsMore(std::index_sequence<n...>) {
   return ((sizeof(WithTail<T, n + 1>) != sizeof(WithTail<Base, n + 1>)) || ...);
 }
 
-// True if T adds no data member below the class that declares `function`. sizeof misses a member
-// placed in the base's tail padding; appending arrays of 1..alignof(T) bytes exposes it.
+// True if T has no data member beyond those of the class that declares `function`. sizeof does not
+// show a member in the tail padding of the base. Arrays of 1 to alignof(T) bytes are appended,
+// which makes such a member visible.
 template <class T, class Function>
 constexpr bool knowsAllOf(Function function) {
   return !holdsMore<T, decltype(declaring(function))>(std::make_index_sequence<alignof(T)>());

@@ -22,7 +22,7 @@ std::ostream& printNone(std::ostream& os, const char* header, const Action& acti
   return printHead(os, header, action) << "      <no parameters>\n" << std::flush;
 }
 
-// Prints a block with one value behind its label.
+// Prints a block with one value after its label.
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Action& action,
                        const char* label, const Value& value) {
@@ -34,7 +34,7 @@ std::ostream& printMac(std::ostream& os, const char* header, const Action& actio
   char buffer[] = "00:00:00:00:00:00";
   const char* text = ether_ntoa_r(&mac, buffer);
   printOne(os, header, action, "      Replace MAC: ", text == nullptr ? "" : text);
-  // This comes after the line end, because a stream that has failed prints nothing more.
+  // The failure is set after the line end, because a failed stream prints nothing more.
   if (text == nullptr) os.setstate(std::ios_base::badbit);
   return os;
 }
@@ -60,7 +60,7 @@ std::ostream& operator<<(std::ostream& os, const Action& action) {
   });
 }
 
-// Prints the list alone; the derived class prints the head.
+// Prints only the list. The derived class prints the first lines of the block.
 std::ostream& operator<<(std::ostream& os, const ActionPorts& action) {
   os << "      Number of ports: " << action.ports_.size() << std::endl << "      LIMIDs: ";
   for (limid_t port : action.ports_) os << '"' << InterfaceName<100>(port).text << "\" ";

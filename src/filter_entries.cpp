@@ -19,7 +19,7 @@ namespace FiltersCommon {
 namespace {
 
 // The codes that exclude each other. The checks use these lists, and the public sets are made from
-// them.
+// the lists.
 using Codes = std::array<filtersMatch_t, 2>;
 constexpr Codes kIPv4Only = {FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4};
 constexpr Codes kIPv6Only = {FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6};
@@ -263,7 +263,7 @@ filtersErr_t FiltersEntry::deleteCounters() {
 
 namespace {
 
-// The accessor that changes a field of each kind.
+// For each kind of field, the accessor that changes it.
 #define FILTERS_CHANGE_number(n, name) FILTERS_FIELD(n, set_, name)
 #define FILTERS_CHANGE_bytes(n, name) FILTERS_FIELD(n, set_, name)
 #define FILTERS_CHANGE_messages(n, name) FILTERS_FIELD(n, mutable_, name)
@@ -281,7 +281,7 @@ void putPart(const std::unique_ptr<Action>& action, ActionPB* message) {
 void putPart(const std::pair<const unsigned short, Counter>& held, CounterPB* message) {
   held.second.Serialize(message);
 }
-// True if the row that T uses is that of the class whose conversions T has.
+// True if the row that T uses belongs to the class whose conversions T has.
 template <class T>
 constexpr bool hasRow() {
   using Row = decltype(WireFields::rowOf(static_cast<const T*>(nullptr)));
@@ -310,7 +310,8 @@ void putPart(const std::pair<const unsigned short, Counter>& held, WireWriter* o
 void takePart(const MatchPB& message, Match* match) { match->convertFromMatchPB(&message); }
 void takePart(const ActionPB& message, Action* action) { action->convertFromActionPB(&message); }
 
-// A counter. Bytes must have the form that a counter writes; every message gives one.
+// Reads a counter. A message always gives a counter; bytes give one only if they have the form that
+// a counter writes.
 bool takeCounter(const CounterPB& message, Counter* counter) {
   *counter = Counter(message);
   return true;
@@ -348,7 +349,8 @@ void WireFields::Entry::store(FiltersEntry* entry, std::unique_ptr<Action> actio
   entry->storeAction(std::move(action));
 }
 
-// A message whose code is unknown or excluded is skipped. Such bytes are of another form.
+// If the code is unknown or excluded, a message is skipped. Bytes with such a code have another
+// form, and make the reader fail.
 template <class Object, class Code, class Part>
 bool WireFields::Entry::takeObject(FiltersEntry* entry, const Part& part) {
   if constexpr (std::is_same_v<Part, WireReader>) {
@@ -397,8 +399,9 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] st
     entry->policer_ = policerFrom(policer);
     if (hasParent) entry->policerParent_ = std::make_shared<policer::Policer>(policerFrom(parent));
   };
-  // The constructors of policers may throw. Bytes whose matches or actions have another form are
-  // parsed as a message, which may lack the parent, so they are read first.
+  // The constructors of policers may throw. In a message they run first. In bytes they run last,
+  // because bytes whose matches or actions have another form are parsed again as a message, and
+  // this message may lack the parent.
   if (!kBytes) takePolicers();
   // Deliberate: this does not call setCounter(). All counters of another process are kept, even
   // those with type 0 or a repeated type.
@@ -448,7 +451,7 @@ void FiltersEntry::parse(const char* bytes, std::size_t size) {
 void FiltersEntry::serialize(std::string* out) const {
   WireWriter writer;
   WireFields::Entry::put(*this, writer);
-  // A message has at most 2 GiB. An entry with more has no bytes.
+  // A message has at most 2 GiB. A larger entry cannot be written.
   out->assign(writer.data(), writer.size() <= INT_MAX ? writer.size() : 0);
 }
 

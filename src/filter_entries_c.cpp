@@ -9,7 +9,7 @@
 namespace FiltersCommon {
 namespace {
 
-// Calls `use` with the object as the class of its code.
+// Calls `use` with the object, cast to the class of its code.
 template <class Use>
 filtersErr_t withMatch(FiltersEntry* e, Match* m, Use use) {
   if (e == nullptr || m == nullptr) return FILTERS_ERR_INVALID_ARGUMENT;

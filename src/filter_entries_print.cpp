@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::uint32_t kInvalidPolicerId = 0xffffffff;
 
-// Deliberate: these numbers are decimal even if the stream is in hexadecimal. Rates and sizes
-// follow the stream.
+// Deliberate: these numbers are decimal even if the stream is in hexadecimal. Rates and sizes use
+// the base of the stream.
 template <class Value>
 void printDecimal(std::ostream& os, Value value) {
   char text[sizeof "-2147483648"] = {};
@@ -95,8 +95,8 @@ void printPolicerAction(std::ostream& os, const policer::Action& action) {
   }
 }
 
-// Prints no line end after the last line. The lines are not indented, even if the caller of the
-// entry's printer has set a width, because the lines before these have used up the width.
+// Prints no line end after the last line. A width that the caller has set does not indent these
+// lines, because earlier output of the entry has already used it.
 void printPolicer(std::ostream& os, const policer::Policer& policer) {
   os << "Policer Id: ";
   if (policer.GetId() == kInvalidPolicerId) {

@@ -20,19 +20,21 @@ namespace {
 using google::protobuf::io::CodedInputStream;
 using Entries = std::map<unsigned int, FiltersEntry>;
 
-// The room reserved for each further entry is the size of the first entry plus kMaxGrowth: an id
-// and a priority take one byte each in small entries and up to five in later ones. A first entry
-// larger than kUsualSize counts as kUsualSize, since it says nothing about the others.
+// The space reserved for each further entry is the size of the first entry plus kMaxGrowth, because
+// an id and a priority take one byte each in small entries and up to five each in later entries. A
+// first entry larger than kUsualSize counts as kUsualSize, since later entries are probably
+// smaller.
 constexpr std::size_t kMaxGrowth = 8;
 constexpr std::size_t kUsualSize = 512;
 
-// Parses entries whose bytes an entry would not write. One message is used for all and keeps its
-// memory. On an arena it leaks nothing when memory runs out.
+// Parses entries whose bytes have another form than serialize() writes. One message is used for all
+// entries and keeps its memory. It is on an arena, so nothing is leaked if memory runs out.
 class OddEntries {
  public:
-  // False if the bytes do not parse. The parser sees them with all bytes of the group that follow
-  // them, and with their end as a limit, as it does when it parses the group's message. Releases of
-  // the message runtime differ in what they make of a field that crosses a limit.
+  // False if the bytes do not parse. The parser gets the bytes of the entry together with all later
+  // bytes of the group, and the end of the entry as a limit, as if it parsed the whole group.
+  // This matters if a field crosses the limit, because releases of the message runtime read such a
+  // field differently.
   bool parse(const WireReader& entry, const char* end) {
     CodedInputStream in(reinterpret_cast<const std::uint8_t*>(entry.data()),
                         static_cast<int>(end - entry.data()));
@@ -90,8 +92,8 @@ filtersErr_t FiltersGroup::validate(const FiltersEntry& entry) const {
 filtersErr_t FiltersGroup::insertEntry(const FiltersEntry& entry) {
   const filtersErr_t result = validate(entry);
   if (result != FILTERS_OK) return result;
-  // The argument may be the very entry that is replaced. The extracted node keeps that entry until
-  // it is copied.
+  // The argument may refer to the entry that is replaced. The extracted node keeps that entry until
+  // the copy is made.
   const auto replaced = entries_.extract(entry.getId());
   entries_.emplace(entry.getId(), entry);
   return FILTERS_OK;
@@ -139,7 +141,7 @@ void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
   WireFields::of(take, *this);
 }
 
-// Moves the one entry of `made` into the group. Deliberate: an entry that the group refuses is
+// Moves the only entry of `made` into the group. Deliberate: an entry that the group refuses is
 // dropped, and an entry replaces the held entry that has the same id.
 void FiltersGroup::add(std::map<unsigned int, FiltersEntry>* made) {
   const FiltersEntry& entry = made->begin()->second;
@@ -158,8 +160,9 @@ void FiltersGroup::parse(const char* bytes, std::size_t size) {
 }
 
 // Reads bytes of the form that serialize() writes, one entry at a time, so that the message of the
-// whole group is never in memory. An entry may have another form: it is parsed as a message. False
-// if the group has another form anywhere; the caller then parses the whole message.
+// whole group is never in memory. An entry may have another form: it is parsed as a message.
+// Returns false if other parts of the group have another form. The caller then parses the whole
+// message.
 bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   WireReader in(bytes, size);
   auto take = withMessages(TakeFields<WireReader>{in}, [&](const auto& field, const Entries&) {
@@ -181,8 +184,8 @@ bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   return in.finishedOrZero();
 }
 
-// Writes one entry at a time. This is possible because the bytes of a message are the bytes of its
-// fields in a row.
+// Writes one entry at a time. This is possible because a message is written as the bytes of its
+// fields, one after the other.
 void FiltersGroup::serialize(std::string* out) const {
   std::string bytes;
   WireWriter writer;

@@ -158,7 +158,7 @@ std::optional<StageRules> rulesOf(filtersGroupStage_t stage) {
   return std::nullopt;
 }
 
-// Makes a public table: a row for each code that has one.
+// Makes a public table. It has a row for each code that has rules.
 template <class Key, class Code, class RowOf>
 std::map<Key, const std::set<Code>> publish(RowOf rowOf) {
   std::map<Key, const std::set<Code>> table;

@@ -12,7 +12,7 @@
 namespace FiltersCommon {
 namespace {
 
-// All 128 bits, the same in every byte order.
+// Returns a mask with all 128 bits set. It is the same in every byte order.
 in6_addr allOnesIPv6() {
   in6_addr mask;
   std::memset(&mask, 0xff, sizeof mask);
@@ -141,7 +141,8 @@ bool MatchVlanInfo::operator==(const MatchVlanInfo& other) const {
 
 // --- Conversion ----------------------------------------------------------------------------------
 
-// This match has two lists. A copy is filled, so that both are unchanged if memory runs out.
+// This match has two lists. The message is read into a copy, so that both lists are unchanged if
+// memory runs out.
 static void takeFields(const MatchPB& message, MatchIngressPorts* match) {
   MatchIngressPorts filled(*match);
   takeFields<MatchPB, MatchIngressPorts>(message, &filled);

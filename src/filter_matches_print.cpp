@@ -17,7 +17,7 @@ std::ostream& printHead(std::ostream& os, const char* header, const Match& match
   return os << header << "\n      Match Type ID: " << match.getType() << '\n';
 }
 
-// Prints a block with one value behind its label.
+// Prints a block with one value after its label.
 template <class Value>
 std::ostream& printOne(std::ostream& os, const char* header, const Match& match, const char* label,
                        const Value& value) {

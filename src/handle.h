@@ -16,7 +16,7 @@ void* newHandle(Arguments&&... arguments) {
   return static_cast<Base*>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// The handle's object as a T. The caller must know that it is one.
+// The handle's object as a T. The caller must know that it is a T.
 template <class Base, class T = Base>
 T& fromHandle(void* handle) {
   return static_cast<T&>(*static_cast<Base*>(handle));

@@ -9,7 +9,7 @@
 
 namespace FiltersCommon {
 
-// A tag that tells a generic function the class of a match code.
+// A tag that passes the class of a match code to a generic function.
 template <class T>
 struct MatchTag {
   using Class = T;

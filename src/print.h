@@ -11,7 +11,7 @@
 namespace FiltersCommon {
 
 // The name that the platform gives an interface, in a buffer of the given size. The text is empty
-// if the platform gives none.
+// if the platform gives no name.
 template <std::size_t Size>
 struct InterfaceName {
   explicit InterfaceName(limid_t limid) { limid_to_intfname(limid, text, Size); }

@@ -27,8 +27,8 @@ bool sameAddress(const Address& a, const Address& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// The index of an interface in its family, and back. Neither checks the platform's result: an id
-// that the platform cannot convert has the index 0.
+// Convert an id to the interface index, and an index to the id. These functions do not check the
+// platform's result: an id that the platform cannot convert has the index 0.
 inline std::uint32_t interfaceIndex(limid_t limid) {
   std::uint32_t index = 0;
   limid_to_ifindex(limid, &index);

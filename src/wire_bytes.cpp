@@ -32,7 +32,7 @@ void WireWriter::putBytes(WireTag tag, const void* data, std::size_t size) {
   at_ += size;
 }
 
-// Moves the content behind its length, for which there is one byte.
+// One byte was kept for the length. If the length needs more bytes, moves the content.
 void WireWriter::putLongLength(std::size_t start, std::size_t length) {
   std::size_t more = 0;
   for (std::size_t left = length >> 7; left != 0; left >>= 7) ++more;
@@ -48,7 +48,8 @@ void WireWriter::putLongLength(std::size_t start, std::size_t length) {
 const std::uint8_t* WireReader::skipLongVarint(const std::uint8_t* at, const std::uint8_t* end) {
   const std::uint8_t* last = at;
   while (last != end && *last >= 0x80) ++last;
-  // A number that ends in a zero byte is longer than needed. The fifth byte has four of 32 bits.
+  // A number that ends in a zero byte is longer than needed. The fifth byte has the highest four of
+  // 32 bits.
   if (last == end || *last == 0 || last - at > 4 || (last - at == 4 && *last > 0x0f))
     return nullptr;
   return last + 1;

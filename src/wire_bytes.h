@@ -1,10 +1,11 @@
 #ifndef FILTER_COMMON_SRC_WIRE_BYTES_H_
 #define FILTER_COMMON_SRC_WIRE_BYTES_H_
 
-// Writes and reads the bytes of messages without messages. The encoding is that of protocol
+// Writes and reads the bytes of messages without message objects. The encoding is that of protocol
 // buffers: a field is a tag and a value; a tag is the field's number and its wire type in the low
-// three bits. Numbers and tags are varints: seven bits a byte, the low bits first, and the high bit
-// set in every byte but the last. A text or a message is its size, followed by its bytes.
+// three bits. Numbers and tags are varints: each byte has seven bits, the lowest bits come first,
+// and the high bit is set in every byte except the last. A text or a message is written as its size
+// and then its bytes.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,15 +14,15 @@
 
 namespace FiltersCommon {
 
-// A tag as it stands in a message: its first byte in the low byte, then its second byte if it has
-// one. No field of the schemas needs more.
+// The bytes of a tag as one number: its first byte is the low byte, then comes its second byte if
+// it has one. No field of the schemas needs more.
 using WireTag = unsigned;
 constexpr WireTag wireTag(unsigned number, unsigned wireType) {
   const unsigned tag = number << 3 | wireType;
   return tag < 0x80 ? tag : (tag & 0x7f) | 0x80 | tag >> 7 << 8;
 }
 
-// A field. Its wire type is 0 for a number, and 2 for bytes or a message.
+// A field. The wire type in a tag is 0 for a number, and 2 for bytes or a message.
 template <unsigned number>
 struct WireField {
   static_assert(number < 1 << 11, "the tag has more than two bytes");
@@ -29,7 +30,7 @@ struct WireField {
   static constexpr WireTag kBytes = wireTag(number, 2);
 };
 
-// Writes fields into a buffer of its own, which is on the stack as long as it suffices.
+// Writes fields into a buffer of its own. Small content stays in the object, which is on the stack.
 class WireWriter {
  public:
   WireWriter() = default;
@@ -108,9 +109,9 @@ class WireWriter {
 
 // Reads bytes of the form that WireWriter writes: known fields in ascending order of their numbers,
 // and every varint in its shortest form of at most 32 bits. An absent number is 0, and absent bytes
-// are empty. Bytes of any other form make the reader fail, and only the parser of the message
-// runtime knows what they mean. For example, a reader that is asked for the fields 1 and 2 fails if
-// field 2 comes first, if field 1 comes twice, and if there is a field 3.
+// are empty. Bytes of any other form make the reader fail. The caller then passes them to the
+// parser of the message runtime. For example, a reader that is asked for the fields 1 and 2 fails
+// if field 2 comes first, if field 1 comes twice, and if there is a field 3.
 class WireReader {
  public:
   WireReader(const void* bytes, std::size_t size)
@@ -121,13 +122,14 @@ class WireReader {
 
   // True if all bytes were read and had the expected form.
   bool finished() const { return at_ == end_ && !failed_; }
-  // The same; a zero byte, such as the last one of a buffer, also ends the bytes.
+  // Like finished(), but a zero byte, such as the last byte of a buffer, also ends the bytes.
   bool finishedOrZero() const { return !failed_ && (at_ == end_ || *at_ == 0); }
   void fail() {
     failed_ = true;
     at_ = end_;
   }
-  // A message would throw. Bytes only fail: the message that is then parsed from them decides.
+  // The caller refuses a value. Nothing is thrown here, unlike for a message: the reader fails, and
+  // the bytes are then parsed as a message, which decides.
   void refuse(const char*) { fail(); }
 
   template <unsigned n>
@@ -149,8 +151,8 @@ class WireReader {
     return takeSized();
   }
 
-  // The elements of a repeated field, for a range-for loop that looks at each element once. All
-  // elements are found at once, so that there is a size() and what follows them can be read.
+  // The elements of a repeated field, for a range-for loop that reads each element once. All
+  // elements are found at once, so that size() is known and the next field can be read.
   template <unsigned n, class Element>
   class Repeated;
   template <unsigned n>

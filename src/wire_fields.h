@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_SRC_WIRE_FIELDS_H_
 #define FILTER_COMMON_SRC_WIRE_FIELDS_H_
 
-// What the classes write and read, as a template for each row of wire_fields.def. A row is one list
-// of fields for four uses: PutFields and TakeFields go through it, each with bytes (wire_bytes.h)
-// or with messages (wire_messages.h).
+// The fields that the classes write and read: a template for each row of wire_fields.def. A row is
+// one list of fields with four uses: PutFields writes them and TakeFields reads them, each as bytes
+// (wire_bytes.h) or as messages (wire_messages.h).
 
 #include <filter_common/filter_actions.h>
 #include <filter_common/filter_groups.h>
@@ -27,8 +27,8 @@
 
 namespace FiltersCommon {
 
-// A field with the accessors of its generated message class. `change` is the setter of a single
-// field, and returns a pointer to a repeated one.
+// A field with the accessors of its generated message class. `change` sets a single field. For a
+// repeated field it returns a pointer to the field.
 template <unsigned number, class Get, class Has, class Change>
 struct Field : WireField<number> {
   constexpr Field(Get getter, Has asker, Change changer)
@@ -49,10 +49,10 @@ constexpr Field<number, Get, Has, Change> fieldOf(Get get, Has has, Change chang
 // The code of a match or an action.
 constexpr WireField<1> kCodeField{};
 
-// The fields of every class. The classes are friends of this struct, which therefore may name their
-// members. `rowOf` tells the class whose row an object uses. `of(wire, object)` calls a function of
-// `wire` for each field, in the order of the row. `Wire::As<T>` is T for a wire that fills the
-// object, and const T for one that only reads it.
+// The fields of every class. This struct is a friend of the classes, so it can use their private
+// members. `rowOf` returns the class whose row an object uses. `of(wire, object)` calls a function
+// of `wire` for each field, in the order of the row. `Wire::As<T>` is T if the wire fills the
+// object, and const T if the wire only reads it.
 struct WireFields {
   template <class Wire>
   static void of(Wire&, typename Wire::template As<Match>&) {}
@@ -82,14 +82,14 @@ struct WireFields {
   struct Entry;
 };
 
-// How an entry writes and reads its message or its bytes, in filter_entries.cpp.
+// Writes and reads an entry as a message or as bytes. The functions are in filter_entries.cpp.
 struct WireFields::Entry {
   template <class Writer>
   static void put(const FiltersEntry& entry, Writer& out);
-  // Bytes that an entry does not write make this return false, and the entry then has unspecified
-  // parts: it must be made anew from the parsed message. A zero byte may end the bytes if they are
-  // all that there is, and not those of an entry in a group.
-  // A policer's constructor takes a string; `scratch` is one to use again for each policer.
+  // Returns false if the bytes have another form than put() writes. The entry then has unspecified
+  // content, and must be made again from the parsed message. A zero byte may end the bytes of a
+  // single entry, but not the bytes of an entry in a group. A policer's constructor takes a string.
+  // `scratch` is a string that is used again for each policer.
   template <class Reader>
   static bool take(FiltersEntry* entry, Reader in, std::string* scratch, bool isAll = false);
  private:
@@ -101,7 +101,8 @@ struct WireFields::Entry {
   static bool takeObject(FiltersEntry* entry, const Part& part);
 };
 
-// A value as the number in its field, and back. Numbers are cut to the width of the value.
+// Convert a value to the number in its field, and a number to the value. Numbers are cut to the
+// width of the value.
 inline std::uint32_t toWire(limid_t limid) { return limidToWire(limid); }
 template <class Value>
 std::uint32_t toWire(Value value) {
@@ -147,8 +148,8 @@ struct PutFields {
   void unreadNumbers(const F& field, const Values& values) {
     numbers(field, values);
   }
-  // Deliberate: the values of a set replace those that a message already has, while ports are
-  // added.
+  // Deliberate: the values of a set replace the values in the message, while ports are added to
+  // those in the message.
   template <class F, class Value>
   void set(const F& field, const std::vector<Value>& values) {
     out.clear(field);
@@ -163,7 +164,7 @@ struct PutFields {
   Writer& out;
 };
 
-// Makes the first numbers an ascending row without duplicates and returns how many are left.
+// Sorts the first numbers, removes duplicates, and returns how many are left.
 inline std::size_t makeSet(std::vector<unsigned short>* numbers, std::size_t count) {
   const auto end = numbers->begin() + static_cast<std::ptrdiff_t>(count);
   std::sort(numbers->begin(), end);
@@ -221,9 +222,9 @@ struct TakeFields {
       values.assign(read.begin(), read.end());
     }
   }
-  // Deliberate: these two fields are interface indexes, while all other ports are limids. If one is
-  // absent or not of the right kind, a message makes this throw. Bytes only make the reader fail,
-  // since the message that will be parsed from them decides.
+  // Deliberate: these two fields are interface indexes, while all other ports are limids. If a
+  // field is absent or of the wrong kind, the function throws when it reads a message. When it
+  // reads bytes, only the reader fails: the bytes are then parsed as a message, which decides.
   template <class Vpn, class Port>
   void interfaces(const Vpn& vpn, const Port& port, ActionMplsPortSet& action) {
     const bool hasVpn = in.hasNumber(vpn);
@@ -246,7 +247,7 @@ struct TakeFields {
   Reader& in;
  private:
   // The numbers as a set: an ascending vector without duplicates, each modulo `valueCount`.
-  // Duplicates are removed whenever twice as many are held as there are values, so that a long
+  // Duplicates are removed whenever the vector holds twice `valueCount` numbers, so that a long
   // field needs no more memory.
   template <class Numbers>
   static std::vector<unsigned short> setFrom(const Numbers& numbers, std::size_t valueCount) {
@@ -266,7 +267,7 @@ struct TakeFields {
   }
 };
 
-// PutFields or TakeFields with a function for the field of messages.
+// PutFields or TakeFields, with a function that handles the field of messages.
 template <class Fields, class Messages>
 struct WithMessages : Fields {
   Messages messages;

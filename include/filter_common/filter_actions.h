@@ -4,7 +4,7 @@
 // The actions of a filter rule, which the device applies to matching packets. Each kind of action
 // has a class. An action is a value: its constructor makes it, its getters read it, == compares it,
 // << prints it, and it can be written to and read from an ActionPB message. An entry keeps copies
-// and never takes the caller's object. For example:
+// and never takes ownership of the caller's object. For example:
 //
 //     const ActionSetDSCP expedited(46);
 //     const Action& any = expedited;
@@ -17,15 +17,15 @@
 //   and addresses as 0 (but see ActionMplsPortSet), and absent ports as no ports. It cuts numbers
 //   to the width of the member, and reads missing address bytes as zero.
 // - No class checks the range of its values, except ActionMplsPortSet.
-// - Deliberate: the comparison of some classes is virtual, and that of the others is not.
+// - Deliberate: operator== is virtual in some classes and not virtual in others.
 // - An object of a base class can be made with a leaf's code, for example
 //   Action(FILTERS_ACTION_REDIRECT). Do not compare, print or copy such an object as an Action: it
 //   would be read as an ActionRedirect, which it is not.
-// - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-//   those that write lists or addresses into a message, which is then partly filled.
-//   ActionMplsPortSet also throws std::invalid_argument. The object is then unchanged, with two
-//   exceptions: ActionMplsPortSet may keep the first of two ids that it reads, and an assignment
-//   that runs out of memory leaves the object valid with unspecified values.
+// - Functions of classes that hold lists throw std::bad_alloc when memory runs out. So do functions
+//   that write lists or addresses into a message, which is then partly filled. ActionMplsPortSet
+//   also throws std::invalid_argument. The object is then unchanged, with two exceptions:
+//   ActionMplsPortSet may keep the first of two ids that it reads, and an assignment that runs out
+//   of memory leaves the object valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 
@@ -55,8 +55,9 @@ class FILTERS_API Action {
   virtual void convertToActionPB(ActionPB* message) const;
   virtual void convertFromActionPB(const ActionPB* message);
 
-  // The generic comparison: false if the codes differ, else the comparison of the code's class.
-  // Both objects must be of that class. Two objects with the same unknown code are equal.
+  // The generic comparison: false if the codes differ, else the comparison of the class that the
+  // code names. Both objects must be of this class. Two objects with the same unknown code are
+  // equal.
   bool operator==(const Action& other) const;
 
   filtersAction_t getType() const { return type_; }
@@ -139,9 +140,9 @@ class FILTERS_API ActionL2ToCpuDrop : public Action {
 
 // --- Ports and forwarding ------------------------------------------------------------------------
 
-// The base class of actions with a list of ports, which keeps the caller's order. A comparison
-// looks at order and duplicates, but not at the code. The conversion of this class writes and reads
-// only the code; the derived class adds the ports.
+// The base class of actions with a list of ports, which keeps the caller's order. Two objects are
+// equal if they have the same ports in the same order, even if their codes differ. The conversion
+// of this class writes and reads only the code; the derived class adds the ports.
 class FILTERS_API ActionPorts : public Action {
  public:
   ActionPorts(filtersAction_t actionType, const std::list<limid_t>& ports);
@@ -201,12 +202,12 @@ class FILTERS_API ActionL3Switch : public Action {
 // Puts the packet into an MPLS VPN through an access port. This is the only action that checks its
 // values: the VPN must be a VPWS or a bridge domain of the VPLS type, and the access port must be a
 // LAG or an Ethernet port. Any other value is not stored, and std::invalid_argument is thrown. The
-// message has interface indexes for both, not limids.
+// message has interface indexes for the VPN and the access port, not limids.
 class FILTERS_API ActionMplsPortSet : public Action {
  public:
   // Sets both ids to zero; convertFromActionPB() fills them in later. BuildEmpty() returns such an
-  // object too. An entry accepts it unfilled, but then no reader accepts the bytes of that entry or
-  // of its group.
+  // object too. An entry accepts an object whose ids are still zero, but then no reader accepts the
+  // bytes of that entry or of its group.
   ActionMplsPortSet() : Action(FILTERS_ACTION_MPLS_PORT_SET) {}
   ActionMplsPortSet(limid_t vpnId, limid_t mplsAccessPort);
   static ActionMplsPortSet BuildEmpty() { return ActionMplsPortSet(); }
@@ -286,7 +287,7 @@ class FILTERS_API ActionSetPcpAndQueue : public Action {
 };
 
 // Rewrites the priority code point of the inner tag. Deliberate: it uses the same message field as
-// ActionSetPcp, and only the code tells the two apart.
+// ActionSetPcp, and only the code distinguishes the two.
 class FILTERS_API ActionSetInnerPcp : public Action {
  public:
   explicit ActionSetInnerPcp(unsigned char pcp) : Action(FILTERS_ACTION_SET_INNER_PCP), pcp_(pcp) {}
@@ -319,7 +320,7 @@ class FILTERS_API ActionSetDSCP : public Action {
 };
 
 // Chooses the class-of-service queue. Deliberate: it uses the same message field as
-// ActionMapToCpuCosQueue, and only the code tells the two apart.
+// ActionMapToCpuCosQueue, and only the code distinguishes the two.
 class FILTERS_API ActionMapToCosQueue : public Action {
  public:
   explicit ActionMapToCosQueue(unsigned char queue)
@@ -345,9 +346,9 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // as FiltersCommon, hides them. Code in such a namespace writes `using ::operator<<;` at namespace
 // scope (inside a function the line would hide the namespace's own operators), or calls
 // ::operator<<(os, action). Templates of the standard library, such as
-// std::ostream_iterator<ActionDeny>, find the operators only under some orders of includes. There
-// is a way that always works: write a type of your own, and let its operator<< call these
-// operators.
+// std::ostream_iterator<ActionDeny>, find the operators only if the headers are included in a
+// suitable order. One solution always works: write a type of your own, and let its operator<< call
+// these operators.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Action& action);
 #define FILTERS_ACTION(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const FiltersCommon::Class& action);

@@ -8,9 +8,9 @@
 // until deleteAction(). In C the handle can be passed wherever an Action* is expected; in C++ it
 // must be cast with static_cast.
 //
-// Classes. A getter trusts that the handle is of the class that it reads. These cause undefined
-// behaviour: an action of another class, a null handle, and a null array whose count is not 0.
-// actionGetType() returns the code of any handle but null.
+// Classes. A getter does not check that the handle is of the class that it reads. These cause
+// undefined behaviour: an action of another class, a null handle, and a null array whose count is
+// not 0. actionGetType() accepts an action of any class.
 //
 // Assertions. deleteAction() and actionGetType() stop the process on a null handle with the C
 // library's assertion message, in every kind of build.
@@ -54,8 +54,8 @@ FILTERS_API void* newActionRedirectCancel(void);
 FILTERS_API void* newActionL3Switch(unsigned int destinationId);
 FILTERS_API void* newActionCopyInnerPcp(void);
 // Throws std::invalid_argument unless the VPN is a VPWS or VPLS and the port is a LAG or Ethernet
-// port. The exception ends a program that is in C alone. Such a program checks first
-// (limid/limid.h):
+// port. The exception ends a program that is written only in C. Such a program checks the values
+// first, with the functions of limid/limid.h:
 //   uint32_t type, number;
 //   bool vpn = limid_is_from_type(vpnId, limid_type_mpls_vpws) ||
 //              (limid_to_bridgedomain_components(vpnId, &type, &number) == 0 &&

@@ -9,12 +9,13 @@ namespace FiltersCommon {
 
 class CounterPB;
 
-// One counter of a filter rule: an id, which is unique within its entry, and what it counts. This
-// is a plain value that checks nothing. FiltersEntry::setCounter() decides which counters an entry
-// accepts from its callers; an entry that is read from a message accepts every counter.
+// One counter of a filter rule: an id, which is unique within its entry, and a type, which says
+// what is counted. This is a plain value that checks nothing. FiltersEntry::setCounter() decides
+// which counters an entry accepts from its callers; an entry that is read from a message accepts
+// every counter.
 class FILTERS_API Counter {
  public:
-  // Id 0 of the invalid type, which FiltersEntry::setCounter() refuses.
+  // Makes a counter with id 0 and the invalid type, which FiltersEntry::setCounter() refuses.
   Counter() = default;
   Counter(unsigned short id, counter_type_t type) : id_(id), type_(type) {}
 

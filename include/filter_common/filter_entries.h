@@ -50,9 +50,9 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
   }
 }
 
-// One filter rule: which packets (at most one match of each code), what happens to them (at most
-// one action of each code), how fast they may come (a policer, and optionally a parent policer
-// shared with other rules) and what is counted. For example:
+// One filter rule: which packets it applies to (at most one match of each code), what happens to
+// them (at most one action of each code), how fast they may arrive (a policer, and optionally a
+// parent policer shared with other rules) and what is counted. For example:
 //
 //     FiltersEntry entry(10);
 //     if (entry.setMatch(MatchTTL(1)) != FILTERS_OK) return 1;
@@ -73,10 +73,10 @@ void copy_map(std::map<K, std::unique_ptr<V>>& destination,
 // are left out. WARNING: an entry whose bytes were cut off or damaged can come back with fewer
 // matches, or with a match that has zeros for the bytes that could not be read. For example, an
 // address without its mask fits every packet. The entry then applies to more packets than its
-// sender meant. Neither the bytes nor the number of matches show it. Callers protect the bytes on
-// their way (with a length and a checksum), or compare the entry with the one that they expected.
-// Every function that stores, copies or converts something may throw std::bad_alloc. The entry is
-// then unchanged, unless the function says otherwise, and nothing is leaked.
+// sender meant. The receiver cannot see this in the bytes or in the number of matches. Callers
+// protect the bytes in transit with a length and a checksum, or compare the entry with the one that
+// they expected. Every function that stores, copies or converts something may throw std::bad_alloc.
+// The entry is then unchanged, unless the function says otherwise, and nothing is leaked.
 //
 // Objects are not synchronised: any number of threads may read an entry at once, but a thread that
 // changes it must be the only one to use it. Entries that share a parent policer may be copied and
@@ -86,10 +86,10 @@ class FILTERS_API FiltersEntry {
   using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
   using Actions = std::map<filtersAction_t, std::unique_ptr<Action>>;
 
-  // The sets that the setters use, for callers to read. validMatchTypes and validActionTypes hold
+  // The sets that the setters use. Callers can read them. validMatchTypes and validActionTypes hold
   // the admitted classes, each as typeid(T).hash_code(). An entry cannot hold a code of
-  // ipv4OnlyMatchTypes beside one of ipv6OnlyMatchTypes, nor two codes of l4DstPortMatchTypes. The
-  // sets are built while the library is loaded, in this order.
+  // ipv4OnlyMatchTypes together with a code of ipv6OnlyMatchTypes. It cannot hold two codes of
+  // l4DstPortMatchTypes. The sets are built while the library is loaded, in this order.
   static const std::set<std::size_t> validMatchTypes;
   static const std::set<filtersMatch_t> ipv4OnlyMatchTypes;
   static const std::set<filtersMatch_t> ipv6OnlyMatchTypes;
@@ -101,9 +101,10 @@ class FILTERS_API FiltersEntry {
   explicit FiltersEntry(const filtersEntryId_t& id) : id_(id) {}
 
   // Reads the bytes of serialize(). If the bytes do not parse, the entry keeps whatever could be
-  // read. Empty bytes give id 0, priority 0 and a policer made from no bytes. Throws
-  // std::invalid_argument if the bytes hold an MPLS port action that lacks an interface or names
-  // one of the wrong kind, and std::logic_error for a buffer without data whose size is not 0.
+  // read. Empty bytes give id 0, priority 0 and a policer made from empty bytes. Throws
+  // std::invalid_argument if the bytes hold an MPLS port action that lacks an interface or names an
+  // interface of the wrong kind. Throws std::logic_error for a buffer without data whose size is
+  // not 0.
   explicit FiltersEntry(const std::string& bytes);
   explicit FiltersEntry(const FiltersSerialized& buffer);
 
@@ -132,8 +133,8 @@ class FILTERS_API FiltersEntry {
   template <class T>
   FILTERS_NODISCARD filtersErr_t setMatch(const T& match);
 
-  // True if no held match excludes this one: by its IP version, or by its kind of destination port.
-  // The functions look only at the match's code.
+  // True if no held match excludes this one. Matches exclude each other by their IP version, or by
+  // their kind of destination port. The functions look only at the match's code.
   template <class T>
   bool isL3CompatibleMatch(T match) const;
   template <class T>
@@ -142,9 +143,9 @@ class FILTERS_API FiltersEntry {
   // Returns FILTERS_ERR_NOT_FOUND if no such match is held.
   FILTERS_NODISCARD filtersErr_t deleteMatch(filtersMatch_t code);
 
-  // Replaces all matches by copies of the given ones. If one is refused, the function returns that
-  // refusal and the entry keeps all its old matches. Null pointers and unknown codes are skipped.
-  // Every other match must be of the class of its code.
+  // Replaces all matches by copies of the given ones. If a match is refused, the function returns
+  // that refusal and the entry keeps all its old matches. Null pointers and unknown codes are
+  // skipped. Every other match must be of the class of its code.
   FILTERS_NODISCARD filtersErr_t setMatches(const Matches& matches);
 
   // Adds copies of the given matches in ascending order of the map, and otherwise works like
@@ -176,9 +177,9 @@ class FILTERS_API FiltersEntry {
   // The counter with this id, or null. The pointer is valid until the counters change.
   const Counter* getCounter(unsigned short id) const;
   const std::map<unsigned short, Counter>& getCounters() const { return counters_; }
-  // Stores the counter, which replaces a held one with its id. Returns FILTERS_ERR_INVALID for type
-  // 0 and for a type that a held counter has. Deliberate: this is so even if that counter has the
-  // same id.
+  // Stores the counter. It replaces a held counter with the same id. Returns FILTERS_ERR_INVALID
+  // for type 0 and for a type that a held counter has. Deliberate: the type is refused even if that
+  // counter has the same id.
   FILTERS_NODISCARD filtersErr_t setCounter(const Counter& counter);
   // Returns FILTERS_ERR_INVALID_ARGUMENT if no counter has this id.
   FILTERS_NODISCARD filtersErr_t deleteCounter(unsigned short id);

@@ -6,8 +6,8 @@
 //
 // Handles. A FiltersEntry* comes from newFiltersEntry() or copyFiltersEntry(), and the caller owns
 // it until deleteFiltersEntry(). The functions copy matches and actions that are passed in
-// (filter_matches_c.h, filter_actions_c.h) and never take them. They trust the type code of a match
-// or action to say its class.
+// (filter_matches_c.h, filter_actions_c.h) and never take ownership of them. They rely on the type
+// code of a match or action to know its class.
 //
 // Assertions. A null handle stops the process with the C library's assertion message, in every kind
 // of build. The functions that get and set matches and actions return FILTERS_ERR_INVALID_ARGUMENT
@@ -22,8 +22,8 @@
 // be the only one to use it.
 //
 // Gaps, all deliberate: no function sets or reads policers, the parent policer or counters. No
-// function changes the id or lists what an entry holds (ask code by code). No function compares,
-// prints or serializes.
+// function changes the id, or lists what an entry holds. To find out, call Get for each code. No
+// function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 
@@ -48,10 +48,10 @@ FILTERS_API filtersEntryId_t filtersEntryGetId(FiltersEntry* e);
 FILTERS_API void filtersEntrySetPriority(FiltersEntry* e, filtersEntryPriority_t p);
 FILTERS_API filtersEntryPriority_t filtersEntryGetPriority(FiltersEntry* e);
 
-// Get fills the caller's object from the entry's match with its code. It returns
-// FILTERS_ERR_NOT_FOUND if there is none, and the object is then unchanged. Set stores a copy of
+// Get fills the caller's object from the entry's match with its code. If the entry has no such
+// match, Get returns FILTERS_ERR_NOT_FOUND and leaves the object unchanged. Set stores a copy of
 // the object. It returns FILTERS_ERR_INVALID if a held match excludes this one. Both functions
-// return FILTERS_ERR_INVALID for an unknown code. Deliberate: they also do so for
+// return FILTERS_ERR_INVALID for an unknown code. Deliberate: they also return it for
 // FILTERS_MATCH_MY_STATION_HIT and FILTERS_MATCH_FORWARDING_TYPE, which only the C++ classes
 // support.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetMatch(FiltersEntry* e, Match* m);

@@ -37,7 +37,8 @@ class FiltersSerialized;
 // A refused call returns a result code and leaves the group unchanged. Building a group from bytes
 // reports nothing: entries that the checks refuse are left out. WARNING: when bytes were cut off or
 // damaged, entries can be missing. An entry can also come back with fewer matches, or with a match
-// that has zeros for missing bytes, and then applies to more packets; see FiltersEntry.
+// that has zeros for missing bytes. Such an entry applies to more packets than its sender meant;
+// see FiltersEntry.
 //
 // Objects are not synchronised: any number of threads may read a group at once, but a thread that
 // changes it must be the only one to use it. The tables never change, so any thread may read them.
@@ -76,11 +77,12 @@ class FILTERS_API FiltersGroup {
   filtersGroupPriority_t getPriority() const { return priority_; }
   void setPriority(const unsigned short& priority) { priority_ = priority; }
 
-  // Can be refused by groupStageValidation(), then for each entry by the action and policer checks.
+  // First groupStageValidation() can refuse the stage, then the action check and the policer check
+  // of each entry can.
   filtersGroupStage_t getStage() const { return stage_; }
   FILTERS_NODISCARD filtersErr_t setStage(const filtersGroupStage_t& stage);
 
-  // Can be refused by groupStageValidation(), then for each entry by the match check.
+  // First groupStageValidation() can refuse the type, then the match check of each entry can.
   filtersGroupType_t getType() const { return type_; }
   FILTERS_NODISCARD filtersErr_t setType(const filtersGroupType_t& type);
 
@@ -89,15 +91,15 @@ class FILTERS_API FiltersGroup {
   // The group's own entries. The reference is valid until the group changes.
   const std::map<unsigned int, FiltersEntry>& getEntriesRef() const { return entries_; }
 
-  // Stores a copy of the entry, which replaces a held one with its id (deliberate: no error). Can
-  // be refused by the match check, the action check and the policer check, in this order. If the
-  // copy throws std::bad_alloc, the group holds no entry with that id.
+  // Stores a copy of the entry. Deliberate: it replaces a held entry with the same id, and that is
+  // not an error. The match check, the action check and the policer check, in this order, can
+  // refuse the entry. If the copy throws std::bad_alloc, the group holds no entry with that id.
   FILTERS_NODISCARD filtersErr_t insertEntry(const FiltersEntry& entry);
 
   // Returns FILTERS_ERR_NOT_FOUND if no entry has this id.
   FILTERS_NODISCARD filtersErr_t removeEntry(const unsigned int& entryId);
 
-  // --- The checks, which read only their arguments and the tables; callers may ask beforehand ---
+  // --- The checks, which callers may also run first: they read only arguments and tables ---
 
   // Returns FILTERS_ERR_INVALID for an unknown type, and FILTERS_ERR_MATCH_NOT_ALLOWED for a match
   // that the type does not admit.
@@ -113,8 +115,8 @@ class FILTERS_API FiltersGroup {
                                                       filtersGroupType_t type) const;
   // A policer with stage None is admitted at every stage, even an unknown one. Any other policer
   // gets FILTERS_ERR_INVALID_STAGE at an unknown stage, and FILTERS_ERR_POLICER_STAGE at a stage
-  // that requires another: INGRESS requires Ingress, EGRESS requires Egress, NONE and LOOKUP
-  // require None.
+  // that requires another policer stage: INGRESS requires Ingress, EGRESS requires Egress, NONE and
+  // LOOKUP require None.
   FILTERS_NODISCARD filtersErr_t groupPolicerValidation(const policer::Policer& policer,
                                                         filtersGroupStage_t stage) const;
 

@@ -20,8 +20,8 @@
 // only one to use it.
 //
 // Gaps, all deliberate: no function copies, compares, prints or serializes a group, and none runs
-// the checks beforehand. No function returns the group's own entries: to change a rule, change the
-// copy from filtersGroupGetEntries() and insert that copy.
+// only the checks. No function returns the group's own entries: to change a rule, change the copy
+// from filtersGroupGetEntries() and insert that copy.
 
 #include <filter_common/filter_types.h>
 
@@ -51,14 +51,14 @@ FILTERS_API filtersGroupId_t filtersGroupGetId(FiltersGroup* g);
 FILTERS_API void filtersGroupSetPriority(FiltersGroup* g, filtersGroupPriority_t p);
 FILTERS_API filtersGroupPriority_t filtersGroupGetPriority(FiltersGroup* g);
 
-// Deliberate: a refusal is not reported. Read the stage back to see whether it changed.
+// Deliberate: a refusal is not reported. Read the stage afterwards to see whether it changed.
 FILTERS_API void filtersGroupSetStage(FiltersGroup* g, filtersGroupStage_t s);
 FILTERS_API filtersGroupStage_t filtersGroupGetStage(FiltersGroup* g);
 
 // Returns FILTERS_ERR_TYPE_NOT_ALLOWED for a type that is unknown or that the stage does not admit,
 // and FILTERS_ERR_MATCH_NOT_ALLOWED if an entry has a match that the type does not admit. The type
-// is then unchanged. Returns FILTERS_ERR_INVALID_STAGE only for a group that C++ code read from
-// bytes and whose stage is unknown.
+// is then unchanged. Returns FILTERS_ERR_INVALID_STAGE for an unknown stage, which only a group
+// that C++ code read from bytes can have.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersGroupSetType(FiltersGroup* g,
                                                                filtersGroupType_t t);
 FILTERS_API filtersGroupType_t filtersGroupGetType(FiltersGroup* g);

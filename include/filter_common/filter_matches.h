@@ -1,9 +1,10 @@
 #ifndef FILTER_COMMON_FILTER_MATCHES_H_
 #define FILTER_COMMON_FILTER_MATCHES_H_
 
-// The criteria of a filter rule; each kind has a class. A match is a value: its constructor makes
-// it, its getters read it, == compares it, << prints it, and it can be written to and read from a
-// MatchPB message. An entry keeps copies and never takes the caller's object. For example:
+// The criteria of a filter rule. Each kind of criterion has a class. A match is a value: its
+// constructor makes it, its getters read it, == compares it, << prints it, and it can be written to
+// and read from a MatchPB message. An entry keeps copies and never takes ownership of the caller's
+// object. For example:
 //
 //     const in_addr network = {htonl(0xc0000200)}, mask = {htonl(0xffffff00)};
 //     const MatchSrcIPv4 source(network, mask);  // from 192.0.2.0/24
@@ -17,15 +18,15 @@
 // - convertToMatchPB() sets the message's type_ and the fields of the class. Pass a fresh or
 //   cleared message.
 // - convertFromMatchPB() reads the fields of the class and ignores type_. It reads absent numbers
-//   and addresses as 0 and absent sets as empty; absent ports add none. It cuts numbers to the
-//   width of the member and addresses to their size, and reads missing address bytes as zero.
-// - Deliberate: the comparison of some classes is virtual, and that of the others is not.
+//   and addresses as 0 and absent sets as empty; absent port lists add nothing. It cuts numbers to
+//   the width of the member and addresses to their size, and reads missing address bytes as zero.
+// - Deliberate: operator== is virtual in some classes and not virtual in others.
 // - An object of a base class can be made with a leaf's code, for example Match(FILTERS_MATCH_TTL).
 //   Do not compare, print or copy such an object as a Match: it would be read as a MatchTTL, which
 //   it is not.
-// - Functions throw std::bad_alloc when memory runs out: those of classes that hold lists, and
-//   those that write lists or addresses into a message, which is then partly filled. The object is
-//   then unchanged, except that an assignment leaves it valid with unspecified values.
+// - Functions of classes that hold lists throw std::bad_alloc when memory runs out. So do functions
+//   that write lists or addresses into a message, which is then partly filled. The object is then
+//   unchanged, except that an assignment leaves it valid with unspecified values.
 // - Objects are not synchronised: any number of threads may read an object at once, but a thread
 //   that changes it must be the only one to use it.
 
@@ -40,7 +41,7 @@ namespace FiltersCommon {
 
 class MatchPB;
 
-// The comparison of a class hides the generic one of its base. That is wanted.
+// The operator== of a class hides the generic comparison of its base. That is wanted.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Woverloaded-virtual"
 
@@ -56,8 +57,8 @@ class FILTERS_API Match {
   virtual void convertFromMatchPB(const MatchPB* message);
 
   // The generic comparison: false if the codes differ or are unknown, else the comparison of the
-  // code's class. Both objects must be of that class. MatchToS and MatchDSCP share a code; for it,
-  // whole ToS bytes are compared.
+  // class that the code names. Both objects must be of this class. MatchToS and MatchDSCP share a
+  // code, and they are compared by their whole ToS bytes.
   virtual bool operator==(const Match& other) const;
 
   filtersMatch_t getType() const { return type_; }
@@ -86,8 +87,8 @@ class MatchExternalVlanId;
 class MatchInternalVlanId;
 
 // The base class of matches on ports. It holds a list of logical interface ids in the caller's
-// order, or a list of port types to exclude. Only reading a message can give an object both lists.
-// A comparison looks at order and duplicates.
+// order, or a list of port types to exclude. An object can hold both lists only if it was read from
+// a message. The order of the elements matters when two objects are compared.
 class FILTERS_API MatchPorts : public Match {
  public:
   MatchPorts(filtersMatch_t type, const std::list<limid_t>& ports);
@@ -121,7 +122,7 @@ class FILTERS_API MatchIngressPorts : public MatchPorts {
 };
 
 // The packet leaves through one of these ports. This match never excludes port types, and ignores
-// those of a message. Reading a message adds to the ports already held.
+// the port types of a message. Reading a message adds to the ports already held.
 class FILTERS_API MatchEgressPorts : public MatchPorts {
  public:
   explicit MatchEgressPorts(const std::list<limid_t>& ports);
@@ -169,7 +170,7 @@ class FILTERS_API MatchDestinationCpu : public Match {
   bool operator==(const MatchDestinationCpu&) const { return true; }
 };
 
-// The CPU injected the packet, or it did not.
+// Whether the CPU injected the packet.
 class FILTERS_API MatchCPUInjectedPackets : public Match {
  public:
   explicit MatchCPUInjectedPackets(bool injected)
@@ -185,7 +186,7 @@ class FILTERS_API MatchCPUInjectedPackets : public Match {
   bool injected_;
 };
 
-// An earlier decision drops the packet, or none does.
+// Whether an earlier decision drops the packet.
 class FILTERS_API MatchDrop : public Match {
  public:
   explicit MatchDrop(bool drop) : Match(FILTERS_MATCH_DROP), drop_(drop) {}
@@ -239,7 +240,7 @@ class FILTERS_API MatchIngressStpState : public Match {
   en_StpState state_;
 };
 
-// The packet's destination is one of the device's own MAC addresses, or it is not.
+// Whether the packet's destination is one of the device's own MAC addresses.
 class FILTERS_API MatchMyStationHit : public Match {
  public:
   explicit MatchMyStationHit(bool hit) : Match(FILTERS_MATCH_MY_STATION_HIT), hit_(hit) {}
@@ -252,7 +253,7 @@ class FILTERS_API MatchMyStationHit : public Match {
   bool hit_;
 };
 
-// The packet left an MPLS tunnel that ends in this device, or it did not.
+// Whether the packet left an MPLS tunnel that ends in this device.
 class FILTERS_API MatchMplsTerm : public Match {
  public:
   explicit MatchMplsTerm(bool terminated)
@@ -327,7 +328,7 @@ class FILTERS_API MatchTPID : public Match {
   tpid_t tpid_;
 };
 
-// The frame carries a VLAN tag, or it does not.
+// Whether the frame carries a VLAN tag.
 class FILTERS_API MatchVlanTagging : public Match {
  public:
   explicit MatchVlanTagging(vlan_tagging_t tagging)
@@ -341,9 +342,9 @@ class FILTERS_API MatchVlanTagging : public Match {
   vlan_tagging_t tagging_;
 };
 
-// The base class of matches on a VLAN id that is one of a set (IEEE 802.1Q: 12 bits). Empty braces
-// give the set of the one id 0, as in MatchExternalVlanId({}). Write std::set<unsigned short>() for
-// the empty set.
+// The base class of matches on a VLAN id that is one of a set (IEEE 802.1Q: 12 bits). Empty braces,
+// as in MatchExternalVlanId({}), give a set with only the id 0. For the empty set, write
+// std::set<unsigned short>().
 class FILTERS_API MatchVlanId : public Match {
  public:
   MatchVlanId(filtersMatch_t type, std::set<unsigned short>&& vlanIds);
@@ -376,7 +377,7 @@ class FILTERS_API MatchInternalVlanId : public MatchVlanId {
 };
 
 // The priority code point of the frame's tag is one of a set (IEEE 802.1Q: 0 to 7). Empty braces
-// give the set of the one priority 0. Write std::set<unsigned char>() for the empty set.
+// give the set that holds only the priority 0. Write std::set<unsigned char>() for the empty set.
 class FILTERS_API MatchPcp : public Match {
  public:
   explicit MatchPcp(const std::set<unsigned char>& pcps);
@@ -391,7 +392,7 @@ class FILTERS_API MatchPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The priority that the device uses internally is one of a set. The set is given as for MatchPcp.
+// The priority that the device uses internally is one of a set. The set is written as for MatchPcp.
 class FILTERS_API MatchInternalPcp : public Match {
  public:
   explicit MatchInternalPcp(const std::set<unsigned char>& pcps);
@@ -406,7 +407,7 @@ class FILTERS_API MatchInternalPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The two VLAN classes of the packet, each equal to that of the match.
+// The two VLAN classes of the packet: each must equal the class in the match.
 class FILTERS_API MatchVlanInfo : public Match {
  public:
   explicit MatchVlanInfo(vlan_info_t info) : Match(FILTERS_MATCH_VLAN_INFO), info_(info) {}
@@ -471,7 +472,7 @@ class FILTERS_API MatchIPv6 : public Match {
   in6_addr mask_;
 };
 
-// The source IPv6 address under a mask. Deliberate: this is the only address class without a
+// The source IPv6 address under a mask. Deliberate: this is the only address class that has no
 // constructor with a mask.
 class FILTERS_API MatchSrcIPv6 : public MatchIPv6 {
  public:
@@ -513,9 +514,9 @@ class FILTERS_API MatchToS : public Match {
 };
 
 // The differentiated-services code point (RFC 2474), the upper six bits of the ToS byte.
-// Deliberate: it is a MatchToS with the same code (20) that only converts the value. An entry
-// stores and sends it as a MatchToS, and it comes back as one. Values above 63 lose their upper
-// bits.
+// Deliberate: this class derives from MatchToS, has the same code (20), and only converts the
+// value. An entry stores and sends a MatchDSCP as a MatchToS, and its reader gets a MatchToS.
+// Values above 63 lose their upper bits.
 class FILTERS_API MatchDSCP : public MatchToS {
  public:
   explicit MatchDSCP(unsigned char dscp) : MatchToS(static_cast<unsigned char>(dscp << 2)) {}
@@ -523,7 +524,7 @@ class FILTERS_API MatchDSCP : public MatchToS {
   bool operator==(const MatchDSCP& other) const { return getDSCP() == other.getDSCP(); }
 };
 
-// The time to live of the IP header. A packet with 1 is not forwarded further.
+// The time to live of the IP header. A packet whose time to live is 1 is not forwarded.
 class FILTERS_API MatchTTL : public Match {
  public:
   explicit MatchTTL(unsigned char ttl) : Match(FILTERS_MATCH_TTL), ttl_(ttl) {}

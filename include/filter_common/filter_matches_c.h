@@ -9,8 +9,8 @@
 // expected; in C++ it must be cast with static_cast. Arguments given by pointer are copied. A null
 // argument causes undefined behaviour, unless it is an array whose count is 0.
 //
-// Classes. A function trusts that the handle is of the class that it reads. A match of another
-// class causes undefined behaviour. matchGetType() returns the code of any handle but null.
+// Classes. A function does not check that the handle is of the class that it reads. A match of
+// another class causes undefined behaviour. matchGetType() accepts a match of any class.
 //
 // Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
 // on a null handle with the C library's assertion message, in every kind of build. The functions of
@@ -24,10 +24,10 @@
 // anew from an entry, must be the only one to use it.
 //
 // Gaps, all deliberate: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
-// MatchDestinationCpu. None makes a masked IPv6 source, excluded port types, or an empty set or set
-// of more than one VLAN id or PCP. No getter reads a MatchIngressPorts, MatchEgressPorts,
-// MatchExternalVlanId, MatchInternalVlanId, MatchPcp, MatchInternalPcp or MatchVlanTagging. No
-// function compares, prints or serializes.
+// MatchDestinationCpu. No function makes an IPv6 source with a mask, or a match that excludes port
+// types. Sets of VLAN ids and PCPs can be made only with exactly one element. No getter reads a
+// MatchIngressPorts, MatchEgressPorts, MatchExternalVlanId, MatchInternalVlanId, MatchPcp,
+// MatchInternalPcp or MatchVlanTagging. No function compares, prints or serializes.
 
 #include <filter_common/filter_types.h>
 

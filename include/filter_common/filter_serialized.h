@@ -12,14 +12,14 @@ namespace FiltersCommon {
 // a string.
 //
 // A buffer is empty (size() 0, data() null) or filled. It is filled once, by a constructor, by
-// serialize() of an entry or a group, or by setData(), and never emptied. size() counts one zero
-// byte behind the bytes: n bytes give size() n + 1. Rebuilding an entry or a group from a buffer
-// reads all size() bytes. Behind a whole message the zero changes nothing. If the message was cut
+// serialize() of an entry or a group, or by setData(), and never emptied. size() includes one zero
+// byte after the bytes: n bytes give size() n + 1. Rebuilding an entry or a group from a buffer
+// reads all size() bytes. After a complete message the zero changes nothing. If the message was cut
 // off, the parser may read the zero as its next byte. Rebuilding from the buffer then gives a
 // different object than rebuilding from a string of the n bytes without the zero.
 //
 // A derived class overrides size() and setData() together. Rebuilding reads data(), which is not
-// virtual. If a derived class keeps the bytes only elsewhere, rebuilding from it throws
+// virtual. If a derived class keeps the bytes only in other memory, rebuilding from it throws
 // std::logic_error. Call copyData() in setData() too, or rebuild from a string of the bytes.
 //
 // Any number of threads may read a buffer at once. A thread that fills it must be the only one to
@@ -42,8 +42,9 @@ class FILTERS_API FiltersSerialized {
   // destroyed.
   const char* data() const { return data_; }
 
-  // The step that fills the buffer, for derived classes. Deliberate: an array that the buffer
-  // already holds is not freed. A caller who kept its data() frees it with delete[].
+  // Fills the buffer. Derived classes can call this function. Deliberate: an array that the buffer
+  // already holds is not freed. A caller who kept the pointer from data() frees that array with
+  // delete[].
   void copyData(const std::string& bytes);
  private:
   std::size_t size_ = 0;

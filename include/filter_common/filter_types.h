@@ -5,10 +5,10 @@
 // actions and counters, and the integer types of ids and header fields.
 //
 // The header is valid C11 and C++17. In C++ everything is in namespace FiltersCommon. Every value
-// is part of the binary interface and is never renumbered. All but the result codes are also part
-// of the wire format. The enumerations are 32 bits wide, and any 32-bit value can be cast to them,
-// since messages of other processes can hold any value. The library keeps such values unchanged,
-// unless a function says otherwise.
+// is part of the binary interface and is never renumbered. Every value except a result code is also
+// part of the wire format. The enumerations are 32 bits wide, and any 32-bit value can be cast to
+// them, since messages of other processes can hold any value. The library keeps such values
+// unchanged, unless a function says otherwise.
 
 #include <net/ethernet.h>  // ether_addr: 6 bytes in transmission order
 #include <netinet/in.h>    // in_addr, in6_addr: 4 and 16 bytes in network byte order
@@ -19,8 +19,8 @@
 
 #include <limid/limid.h>
 
-// Checked containers have another layout than plain ones, and program and library must use the
-// same.
+// Checked containers have another layout than plain ones, so the program and the library must use
+// the same kind.
 #if defined(__cplusplus) && defined(_GLIBCXX_DEBUG) && !defined(FILTER_COMMON_GLIBCXX_DEBUG)
 #error "-D_GLIBCXX_DEBUG needs a library that was built with it; docs/porting.md says how"
 #endif
@@ -59,8 +59,8 @@ FILTERS_ENUM(filtersErr_t, int32_t){
     // of the group is unknown; a counter's type is invalid or already used; a C function does not
     // accept the code of the match or action.
     FILTERS_ERR_INVALID = -4,
-    // The handle is null (in functions that return this code for it), the entry has no such
-    // counter, or ports were given to a match that excludes port types.
+    // One of these: the handle is null (in functions that return this code for null); the entry has
+    // no such counter; ports were given to a match that excludes port types.
     FILTERS_ERR_INVALID_ARGUMENT = -5,
     // The group's type does not admit one of the entry's matches.
     FILTERS_ERR_MATCH_NOT_ALLOWED = -6,
@@ -79,18 +79,18 @@ FILTERS_ENUM(filtersErr_t, int32_t){
 FILTERS_ENUM(filtersGroupStage_t, int32_t){
     // The group has no place in the pipeline yet.
     FILTERS_GROUP_STAGE_NONE = 0,
-    // The rules work while the device looks up what a packet belongs to. They let it through or
-    // drop
-    // it, give it a priority, or put it into an MPLS VPN.
+    // The rules work while the device looks up what a packet belongs to. They let the packet
+    // through or drop it, give it a priority, or put it into an MPLS VPN.
     FILTERS_GROUP_STAGE_LOOKUP = 1,
     // The rules work on packets that come in. Most actions and types belong to this stage.
     FILTERS_GROUP_STAGE_INGRESS = 2,
-    // The rules work on packets that are about to leave. They let them through or drop them.
+    // The rules work on packets that are about to leave. They let these packets through or drop
+    // them.
     FILTERS_GROUP_STAGE_EGRESS = 3,
 } filtersGroupStage_t;
 
-// The kind of table that a group is. Each type admits one fixed set of matches, which callers can
-// read as FiltersGroup::TypeDescription_; docs/capabilities.md shows the sets by name.
+// The kind of table that a group forms. Each type admits one fixed set of matches, which callers
+// can read as FiltersGroup::TypeDescription_; docs/capabilities.md shows the sets by name.
 FILTERS_ENUM(filtersGroupType_t, int32_t){
     FILTERS_GROUP_TYPE_NONE = 0, FILTERS_GROUP_TYPE_1 = 1,   FILTERS_GROUP_TYPE_2 = 2,
     FILTERS_GROUP_TYPE_3 = 3,    FILTERS_GROUP_TYPE_4 = 4,   FILTERS_GROUP_TYPE_5 = 5,
@@ -161,8 +161,8 @@ FILTERS_ENUM(filtersAction_t, uint32_t){
     FILTERS_ACTION_L2_TO_CPU_DROP = 19,
 } filtersAction_t;
 
-// The packets or octets that a counter counts. A policer gives each packet its colour (RFC 2697,
-// RFC 2698).
+// The quantity that a counter counts: packets or octets, of all or of some colours. A policer gives
+// each packet its colour (RFC 2697, RFC 2698).
 FILTERS_ENUM(counter_type_t, int32_t){
     FILTERS_COUNTER_TYPE_INVALID = 0,
     FILTERS_COUNTER_TYPE_PACKETS = 1,
@@ -188,7 +188,7 @@ FILTERS_ENUM(l2SrcEntryType_t, uint32_t){
     FILTERS_L2_SRC_ENTRY_STATIC = 2,
 } l2SrcEntryType_t;
 
-// A frame with or without an IEEE 802.1Q tag. Every value but 0 means tagged.
+// Whether a frame has an IEEE 802.1Q tag. Every value except 0 means that it has one.
 FILTERS_ENUM(vlan_tagging_t, uint32_t){
     FILTERS_VLAN_UNTAGGED = 0,
     FILTERS_VLAN_TAGGED = 1,

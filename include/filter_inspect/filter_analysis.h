@@ -13,19 +13,18 @@
 //
 // Order. Several rules of a group may take the same packet. The device decides which of them comes
 // first; the model does not say. So the order is a parameter, and by default only claims that hold
-// in every order are made. The model does not say either if the first rule ends the search. The
-// library assumes that it does.
+// in every order are made. The model also does not say if the search ends at the first rule that
+// takes the packet. The library assumes that it does.
 //
 // Readings. The model leaves the meaning of some values to the device. Examples are a layer-4 mask
 // of zero, an empty set of VLAN ids, a range with swapped ends, and the two low bits of a ToS byte.
 // For each match this library knows two sets of packets: the packets that it takes under every
 // reading (must) and the packets that it takes under some reading (may). Equal matches take the
-// same packets, however the device reads the matches. Every claim holds under every reading;
-// everything else is undecided. docs/analysis.md lists the readings, and the assumptions behind
-// every claim.
+// same packets under every reading. Every claim holds under every reading; everything else is
+// undecided. docs/analysis.md lists the readings, and the assumptions behind every claim.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They
-// throw std::bad_alloc, and what a progress function throws.
+// throw only std::bad_alloc and exceptions of a progress function.
 
 #include <array>
 #include <cstddef>
@@ -45,7 +44,7 @@
 namespace FiltersInspect {
 
 // Decides which of two rules comes first if both take a packet. Rules of equal rank have no order.
-// If a result depends on which of them comes first, a tie is reported.
+// If a result depends on which of two such rules comes first, a tie is reported.
 enum class Order : std::uint8_t {
   kUnspecified,      // all rules have equal rank
   kHighestPriority,  // larger numbers first
@@ -69,7 +68,7 @@ constexpr std::array<Order, 8> kAllOrders = {
 };
 
 // The name of an order: "unspecified", "highest-priority", "lowest-priority", "ascending-id",
-// "highest-priority,ascending-id" and so on. A zero byte follows each name.
+// "highest-priority,ascending-id" and so on. Each name ends with a zero byte.
 FILTERS_API std::string_view nameOf(Order);
 FILTERS_API std::optional<Order> orderFromName(std::string_view name);
 
@@ -77,7 +76,8 @@ FILTERS_API std::optional<Order> orderFromName(std::string_view name);
 FILTERS_API std::uint64_t rankOf(Order order, FiltersCommon::filtersEntryId_t id,
                                  FiltersCommon::filtersEntryPriority_t priority);
 
-// The assumptions behind every claim. Each is a sentence that begins with its name, "A1: ".
+// The assumptions behind every claim. Each assumption is a sentence that begins with its name, for
+// example "A1: ".
 FILTERS_API const std::vector<std::string_view>& assumptions();
 
 struct AnalysisOptions {
@@ -86,8 +86,8 @@ struct AnalysisOptions {
   bool overlaps = false;             // reports each pair that overlaps and is treated differently
   std::size_t max_findings = 1000;   // more are counted in Report::left_out
   std::uint64_t max_steps = 100000;  // a rule that needs more is kNotDecided
-  // Called before each part of the work, with the number of parts done and of all parts. While a
-  // part takes long, it is called again with the same numbers.
+  // Called before each part of the work, with the number of finished parts and the number of all
+  // parts. While a part takes long, it is called again with the same numbers.
   std::function<void(std::size_t done, std::size_t all)> progress;
 };
 
@@ -98,36 +98,38 @@ FILTERS_API std::string toJson(const Report& report, Order order,
 FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order order,
                                std::string_view command);
 
-// The same document on one line, without the assumptions: for many answers in a row.
+// Writes the same document on one line and without the assumptions. Use it for a stream of answers.
 FILTERS_API std::string toJsonLine(const std::vector<ReportInput>& inputs, Order order,
                                    std::string_view command);
 
-// Reports what the rules of a group do to each other. The treatment of a packet is the actions, the
-// policer and the parent; counters and ids do not count. A finding is about the entry in `entry`;
-// `others` are other entries. If a packet can show the finding, `witness` is such a packet, and
-// trace() of this packet agrees with the finding. `before` is then what the entry does with
-// packets, and `after` what another entry does with them. The codes:
+// Reports how the rules of a group affect each other, for example that one rule hides another. The
+// treatment of a packet is the actions, the policer and the parent; counters and ids do not count.
+// A finding is about the entry in `entry`; `others` are other entries. If a packet can show the
+// finding, `witness` is such a packet, and trace() of this packet agrees with the finding. `before`
+// is then what the entry does with packets, and `after` what another entry does with them. The
+// codes:
 // - kEntryUnreachable: entries before this one take every packet that it may take. The entries in
 //   `others` together take all these packets, and none of these entries can be left out. The
-//   sentence and `after` have the treatment of the entries that take the packets first. These may
-//   be other entries than those in `others`.
+//   sentence and `after` say how the entries that take the packets first treat them. They may be
+//   different entries than those in `others`.
 // - kEntriesTie: a packet reaches this entry and another one that treats it differently, and the
 //   order does not say which of the two comes first. Without an order, a tie is reported only if
 //   both entries take the same packets.
 // - kEntryRedundant: without this entry every packet would be treated as before. Each such finding
-//   stands alone: after one entry is removed, others may no longer be redundant. Without an order,
-//   there is also a finding if two entries take the same packets and treat them alike: it is about
-//   the second entry, since the later one has no effect.
-// - kEntriesOverlap: this entry shares packets with the others and treats them differently. Without
-//   an order, each entry in `others` takes all packets of this entry. Two kinds of entries are not
-//   listed there: those that take every packet, and in a group of more than eight entries those
-//   that take all packets of at least three quarters of the other entries, since they are probably
-//   meant for the rest. If more than eight entries have such a finding, one finding without an
-//   `entry` gives their number instead. With an order, pairs are reported on request.
-// - kValueUnusual: hardly any sender means this; the sentence says what to write instead. The
-//   finding is about an entry without an action, or about the match or action in `offender`. The
-//   value of the match or action is odd, or contradicts one in `others`. docs/analysis.md lists all
-//   such values.
+//   assumes that only its own entry is removed: after that, another redundant entry may be needed.
+//   Without an order, there is also a finding if two entries take the same packets and treat them
+//   alike. It is about the second of the two entries.
+// - kEntriesOverlap: this entry and those in `others` may take the same packets, and treat them
+//   differently. Without an order, each entry in `others` takes all packets of this entry. Two
+//   kinds of entries are not listed there, because they are probably meant for the packets that
+//   other entries leave. The first kind takes every packet. The second kind exists only in a group
+//   of more than eight entries: it takes all packets of at least three quarters of the other
+//   entries. If more than eight entries have such a finding, one finding without an `entry` gives
+//   their number instead. With an order, such pairs are reported only if the options ask for them.
+// - kValueUnusual: senders hardly ever mean this value; the sentence says what to write instead.
+//   The finding is about an entry without an action, or about the match or action in `offender`.
+//   The value of the match or action is odd, or contradicts one in `others`. docs/analysis.md lists
+//   all such values.
 // - kNotDecided: the limit of steps was reached.
 FILTERS_API Report analyse(const FiltersCommon::FiltersGroup& group,
                            const AnalysisOptions& options = {});
@@ -138,15 +140,16 @@ FILTERS_API Report unusualValues(const FiltersCommon::FiltersGroup& group,
 
 // Reports packets that the two groups treat differently. There is a finding (kTreatmentDiffers) for
 // each pair of rules: the rule of `a` is in `entry` and the rule of `b` in `others`. `witness` is
-// an example packet, and `before` and `after` are what the groups `a` and `b` do with it. If no
-// rule of a group surely takes the packet, the fields of that group are empty. Differences under
-// some readings only, and rules that need too many steps, are kNotDecided.
+// an example packet, and `before` and `after` are what the groups `a` and `b` do with it. If a
+// group has no rule that certainly takes the packet, the fields of that group are empty. A
+// difference that exists only under some readings is kNotDecided, and so are rules that need too
+// many steps.
 FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
                                     const FiltersCommon::FiltersGroup& b,
                                     const AnalysisOptions& options = {});
 
-// The fields that are known of one packet, with values as the text form writes them. A field has a
-// value, or is known to be absent ("none"), or is unknown.
+// The known fields of one packet, with values as the text form writes them. A field has a value, or
+// is known to be absent ("none"), or is unknown.
 class FILTERS_API Packet {
  public:
   // Reads text such as "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6
@@ -179,14 +182,14 @@ struct Traced {
 };
 struct Trace {
   std::vector<Traced> entries;  // in the order asked for, or by id
-  // kHit: `entry` takes the packet. kMiss: no entry takes it. Both hold for all values of unknown
-  // fields and under every reading. Entries that tie are undecided.
+  // kHit: `entry` takes the packet. kMiss: no entry takes it. kHit and kMiss hold for all values of
+  // unknown fields and under every reading. If entries tie, the outcome is kUndecided.
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // For kUndecided: the entries that may take the packet, each for some values of the unknown
   // fields. `may_be_none` is true if for some values no entry takes the packet. `at_most` is true
-  // if the check ran out of steps. Then some candidates may be impossible, and so may the case that
-  // no entry takes the packet.
+  // if the check ran out of steps. The list may then hold entries that cannot take the packet, and
+  // `may_be_none` may be wrongly true.
   std::vector<FiltersCommon::filtersEntryId_t> candidates;
   bool may_be_none = false;
   bool at_most = false;
@@ -205,7 +208,7 @@ FILTERS_API std::string toText(const Traced& traced);
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
 
-// The outcome of a trace alone: its fields are those of the Trace of the same packet.
+// The outcome of a trace without its lines. The fields are those of the Trace of the same packet.
 struct Decision {
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
@@ -217,9 +220,10 @@ struct Decision {
 // A group that is prepared for tracing many packets. The object may outlive the group, and copies
 // of the object share their memory.
 //
-// trace() looks at every entry, and decide() only at the few that may take the packet. So decide()
-// is the function for millions of packets: its time hardly grows with the number of entries. Each
-// thread remembers its last decisions, in a few hundred KiB that it gives back when it ends.
+// trace() examines every entry, and decide() only the few entries that may take the packet. So
+// decide() is the function for millions of packets: its time hardly grows with the number of
+// entries. Each thread remembers its last decisions in a few hundred KiB, and frees this memory
+// when it ends.
 class FILTERS_API Tracer {
  public:
   Tracer(const FiltersCommon::FiltersGroup& group, Order order);
@@ -230,7 +234,8 @@ class FILTERS_API Tracer {
   std::shared_ptr<const Prepared> prepared_;
 };
 
-// Writes the outcome, "hit: entry 10 (permit, set_pcp=5)", and then a line for each entry.
+// Writes the outcome, for example "hit: entry 10 (permit, set_pcp=5)", and then a line for each
+// entry.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Trace& trace);
 
 }  // namespace FiltersInspect

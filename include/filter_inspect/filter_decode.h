@@ -8,21 +8,22 @@
 // - `group` equals FiltersGroup(bytes). It is absent exactly when that constructor throws, or when
 //   there are more bytes than the limit.
 // - If there is no finding, writing the group gives the same bytes again.
-// - If no finding is above Severity::kNote, the group holds all that the bytes said.
+// - If no finding is above Severity::kNote, the group holds everything that was in the bytes.
 // - Every range lies inside the bytes.
-// - Memory is that of a parse of the whole message, and of `max_findings` findings. Time grows with
-//   the number of bytes, whatever they are.
+// - No more memory is needed than for a parse of the whole message and `max_findings` findings. The
+//   time grows with the number of bytes, and not faster for hostile bytes.
 //
-// Losses of the group's head come first, then those of each entry, in the order of the bytes. A
-// range covers a whole field: its tag, its length and its value. There are three exceptions. For
-// packed numbers the range covers one number. For something missing it covers the part that lacks
-// it, and for broken bytes the rest to the end.
+// Losses of the group's own fields come first, then the losses of each entry, in the order of the
+// bytes. A range covers a whole field: its tag, its length and its value. There are three
+// exceptions. For packed numbers the range covers one number. For a missing field it covers the
+// message that lacks the field, and for broken bytes everything from there to the end.
 //
-// If the bytes break off, the constructors keep what came before, and what they make of half a
-// match, action, counter or number. About that half there is only the finding kBytesBroken, and
-// kEntryRefused if the group refuses the entry. Both findings name the entry and the offender as
-// they are kept. What may have followed is not called missing. Bytes that end exactly before an
-// entry are not broken: they are the bytes of a shorter group.
+// If the bytes break off, the constructors keep everything before the break. They also keep the
+// object or number that they make of an incomplete match, action, counter or number. About the
+// incomplete part there is only the finding kBytesBroken, and kEntryRefused if the group refuses
+// the entry. Both findings name the entry and the offender as they are kept. Fields that may have
+// followed the break are not reported as missing. Bytes that end exactly before an entry are not
+// broken: they are the bytes of a shorter group.
 //
 // The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 
@@ -48,20 +49,20 @@ struct DecodedGroup {
 };
 FILTERS_API DecodedGroup decodeGroup(std::string_view bytes, const DecodeLimits& limits = {});
 // Like decodeGroup(), and also appends the entries as they were received, in the order of the
-// bytes. Entries that the group refuses are appended too, and so are entries that a later one
+// bytes. Entries that the group refuses are appended too, and so are entries that a later entry
 // replaces. Entries that cannot be made are not appended.
 FILTERS_API DecodedGroup decodeGroupAndEntries(std::string_view bytes,
                                                std::vector<FiltersCommon::FiltersEntry>* entries,
                                                const DecodeLimits& limits = {});
 
-// A stage or a type, or both, that replace the stage and type in the bytes.
+// A stage and a type that replace those in the bytes. Either of the two may be absent.
 struct StageTypeInstead {
   std::optional<FiltersCommon::filtersGroupStage_t> stage;
   std::optional<FiltersCommon::filtersGroupType_t> type;
 };
-// Decodes the group as if it had come with this stage or type. Every finding is about the bytes as
-// they are. No finding says whether a group may have this stage and type together; ask
-// explainStage() and explainType().
+// Decodes the group as if it had come with this stage or type. The findings are still about the
+// bytes that were passed. No finding says whether a group may have this stage and type together;
+// call explainStage() and explainType() for that.
 FILTERS_API DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& instead,
                                        const DecodeLimits& limits = {});
 

@@ -2,8 +2,8 @@
 #define FILTER_INSPECT_FILTER_DIFF_H_
 
 // Finds the differences between two groups, and the fewest steps that make one group from the
-// other. For example, a process that changes one of many rules can send that one step instead of
-// the group.
+// other. For example, a process that changes one of many rules can send a single step instead of
+// the whole group.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else.
@@ -17,15 +17,16 @@
 
 namespace FiltersInspect {
 
-// Reports each difference as a note. The report is empty exactly when a == b. Each number of the
-// head that differs comes first (kHeadChanged). The entries follow by ascending id: an entry that
-// one group lacks (kEntryAdded, kEntryRemoved), or each part of an entry that differs
-// (kEntryChanged). Parts are the entry's priority, policer and parent, a match, an action and a
-// counter. `before` is the part in a, `after` the part in b; each is empty if the part is not
-// there. A policer is described by its values, or by its bytes if the values are the same.
+// Reports each difference as a note. The report is empty exactly when a == b. Differing fields of
+// the groups themselves, such as the priority, come first (kHeadChanged). The entries follow by
+// ascending id: an entry that one group lacks (kEntryAdded, kEntryRemoved), or each part of an
+// entry that differs (kEntryChanged). Parts are the entry's priority, policer and parent, a match,
+// an action and a counter. `before` is the part in a, and `after` the part in b. The text is empty
+// if that group does not have the part. A policer is described by its values, or by its bytes if
+// its values are the same in both groups.
 FILTERS_API Report diff(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b);
 
-// One call of a member of FiltersGroup.
+// One call of a member function of FiltersGroup.
 struct Step {
   enum class Kind : std::uint8_t { kRemove, kInsert, kSetPriority, kSetStage, kSetType };
   Kind kind = Kind::kRemove;
@@ -40,24 +41,25 @@ FILTERS_API std::string toText(const Step& step, const FiltersCommon::FiltersGro
 // The order of steps. In both orders, an entry that a setter of stage or type would drop is removed
 // before that setter and inserted after it.
 enum class PlanOrder : std::uint8_t {
-  // Insert early and remove late. While stage and type stay the same, the group always holds every
-  // id of one of the two groups, so that no packet is without a rule. It can hold more entries than
-  // either group.
+  // Insert as early and remove as late as possible. While stage and type stay the same, the group
+  // always holds either every id of `from` or every id of `to`, so that no packet is left without a
+  // rule. It can hold more entries than either group.
   kAddFirst,
-  // Remove first and insert last. The group never holds more entries than the larger one.
+  // Remove as early and insert as late as possible. The group never holds more entries than the
+  // larger one.
   kRemoveFirst,
 };
 
-// The fewest steps that turn a group equal to `from` into one equal to `to`. The library accepts
-// each step, because all steps have been tried on a copy. There is no plan in three cases, and the
-// report says which one: the ids of the groups differ, no setter leads to the target's stage and
-// type, or the target holds an entry that it would refuse today. A group that was read from bytes
-// can hold such an entry.
+// The fewest steps that make a group equal to `to`, starting from a group equal to `from`. The
+// library accepts each step, because all steps have been tried on a copy. There is no plan in three
+// cases, which the report names: the ids of the groups differ; no setter leads to the target's
+// stage and type; the target holds an entry that insertEntry() would now refuse. A group that was
+// read from bytes can hold such an entry.
 struct Plan {
   bool possible = false;
-  // True if it is certain that no plan has fewer steps. The setters can pass through other stages
-  // and types, and these decide which entries can stay. If there are too many sequences of stages
-  // and types to try, the plan is the best one that was tried, and `fewest` is false.
+  // True if it is certain that no plan has fewer steps. A plan can set other stages and types
+  // before the target's, and these decide which entries can stay. If there are too many sequences
+  // of stages and types to try, the plan is the best one that was tried, and `fewest` is false.
   bool fewest = false;
   std::vector<Step> steps;  // empty if the groups are equal, or if there is no plan
   Report report;            // empty if there is a plan
@@ -66,10 +68,10 @@ FILTERS_API Plan plan(const FiltersCommon::FiltersGroup& from,
                       const FiltersCommon::FiltersGroup& to,
                       PlanOrder order = PlanOrder::kAddFirst);
 
-// Takes the steps on the group, which must not be `to` itself. Stops at the first refusal and
-// returns its code. Returns FILTERS_ERR_NOT_FOUND if the target lacks an entry to insert, and
-// FILTERS_ERR_INVALID_ARGUMENT for a priority that no group can have and for an unknown kind of
-// step.
+// Applies the steps to the group, which must not be the same object as `to`. Stops at the first
+// refusal and returns its code. Returns FILTERS_ERR_NOT_FOUND if the target lacks an entry to
+// insert, and FILTERS_ERR_INVALID_ARGUMENT for a priority that no group can have and for an unknown
+// kind of step.
 FILTERS_NODISCARD FILTERS_API FiltersCommon::filtersErr_t apply(
     const std::vector<Step>& steps, const FiltersCommon::FiltersGroup& to,
     FiltersCommon::FiltersGroup* group);

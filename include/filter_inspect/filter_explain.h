@@ -1,11 +1,11 @@
 #ifndef FILTER_INSPECT_FILTER_EXPLAIN_H_
 #define FILTER_INSPECT_FILTER_EXPLAIN_H_
 
-// These functions say why something would be refused, and what would be admitted. Each asks the
-// filter_common library's own checks and changes nothing. A report is empty exactly when the
-// operation would succeed, and its first finding has the code that the operation would return. The
-// operation stops at the first violation; a report has a finding for every violation, in the order
-// in which the library would find them.
+// These functions say why something would be refused, and what would be admitted. Each function
+// calls the checks of the filter_common library and changes nothing. A report is empty exactly when
+// the operation would succeed, and its first finding has the code that the operation would return.
+// The operation stops at the first violation. A report has a finding for every violation, in the
+// order in which the library checks.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc.
@@ -25,7 +25,7 @@ using FiltersCommon::filtersGroupType_t;
 
 // --- Refusals ---
 
-// Would insertEntry() refuse the entry, in this group or in one of this stage and type?
+// Would insertEntry() refuse the entry, in this group or in a group of this stage and type?
 FILTERS_API Report explainInsert(const FiltersGroup& group, const FiltersEntry& entry);
 FILTERS_API Report explainInsert(filtersGroupStage_t stage, filtersGroupType_t type,
                                  const FiltersEntry& entry);
@@ -34,16 +34,16 @@ FILTERS_API Report explainStage(const FiltersGroup& group, filtersGroupStage_t s
 FILTERS_API Report explainType(const FiltersGroup& group, filtersGroupType_t type);
 // Would setMatches() refuse the matches? Every pair that cannot be in one entry is a finding.
 FILTERS_API Report explainMatches(const FiltersEntry::Matches& matches);
-// Would setMatch() or setCounter() refuse one more match or counter? A match code without a class
-// is refused.
+// Would setMatch() refuse a match of this code, or setCounter() this counter? A match code without
+// a class is refused.
 FILTERS_API Report explainMatch(const FiltersEntry& entry, FiltersCommon::filtersMatch_t code);
 FILTERS_API Report explainCounter(const FiltersEntry& entry, const FiltersCommon::Counter& counter);
 
 // --- Capabilities ---
 
-// Everything that a stage and a type admit together. The type decides about matches, the stage
-// about everything else. An unknown stage or type admits nothing. `valid` is true if the setters
-// would give a group this stage and type together.
+// The matches, actions and policer stages that a stage and a type admit together. The type decides
+// about matches, the stage about everything else. An unknown stage or type admits nothing. `valid`
+// is true if the setters would give a group this stage and type together.
 struct Capability {
   bool valid = false;
   std::set<FiltersCommon::filtersMatch_t> matches;
@@ -53,8 +53,8 @@ struct Capability {
 };
 FILTERS_API Capability capabilityOf(filtersGroupStage_t stage, filtersGroupType_t type);
 
-// A stage and a type that setters would give a group, and that together admit an entry. All of them
-// are returned, in ascending order.
+// A stage and a type that the setters would give a group, and that together admit the entry. All of
+// them are returned, in ascending order.
 struct Placement {
   filtersGroupStage_t stage;
   filtersGroupType_t type;

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_FILTER_HEAD_H_
 #define FILTER_INSPECT_FILTER_HEAD_H_
 
-// The head of a group as a value: all of the group but its entries.
+// The head of a group as a value. The head is everything in the group except its entries.
 //
 // The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 
@@ -20,10 +20,10 @@ struct GroupHead {
 FILTERS_API GroupHead headOf(const FiltersCommon::FiltersGroup& group);
 
 // Makes a group with this head and no entries. Stage and type are not checked, as in a group that
-// is read from bytes: they can be a pair that no setter would give.
+// is read from bytes: they can be a pair that the setters would refuse.
 FILTERS_API FiltersCommon::FiltersGroup emptyGroup(const GroupHead& head);
 
-// The head's line of the text form: "group 7 priority=10 stage=ingress type=3".
+// The line of the head in the text form, for example "group 7 priority=10 stage=ingress type=3".
 FILTERS_API std::string toText(const GroupHead& head);
 
 }  // namespace FiltersInspect

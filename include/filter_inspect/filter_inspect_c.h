@@ -2,24 +2,25 @@
 #define FILTER_INSPECT_FILTER_INSPECT_C_H_
 
 // The inspection library for C11 and for procedural C++. The functions call those of the other
-// headers and do what is described there. This header adds what the procedural side of
-// filter_common lacks: bytes, comparison and print.
+// headers and do what is described there. This header also adds functions that the C interface of
+// filter_common does not have: for bytes, comparison and printing.
 //
 // Handles. The caller owns a FiltersReport* and frees it by deleteFiltersReport(); the texts and
 // arrays of its findings live until then. The caller also owns groups and entries that are made
 // from bytes, as if made by newFiltersGroup() and newFiltersEntry(). Objects passed in are not
 // changed.
 //
-// Failures. No function stops the process or throws, whatever it is given. A null object, an
-// unknown stage, type or match, and lack of memory give a null report, 0 or false. A null report is
-// not an empty one: an empty report says that there is nothing to say.
+// Failures. No function stops the process or throws, for any arguments. A function returns a null
+// report, 0 or false for a null object, for an unknown stage, type or match, and if memory runs
+// out. A null report is not an empty report: an empty report means that nothing was found.
 //
-// Texts and arrays. Functions fill a caller's buffer as snprintf() does: they write what fits, end
-// a text with a zero byte, and return the length of the whole without that zero. A null buffer
-// counts as one of size 0; use it to ask for the length. Texts do not depend on the locale.
+// Texts and arrays. Functions fill a caller's buffer as snprintf() does: they write as much as
+// fits, end a text with a zero byte, and return the length of the whole text without the zero byte.
+// A null buffer counts as a buffer of size 0. Pass one to get the length alone. Texts do not depend
+// on the locale.
 //
 // Threads. Any number of threads may read a report, group or entry at a time. A thread that changes
-// or deletes one must be the only one that uses it.
+// or deletes an object must be the only one that uses it.
 //
 // Within one major version, functions are only added, and the layout of a finding stays.
 
@@ -50,7 +51,8 @@ typedef struct FiltersReport FiltersReport;
 
 // --- Reports -------------------------------------------------------------------------------------
 
-// An error means refused or unreadable, a warning that something is lost. A note is worth knowing.
+// An error means that something is refused or unreadable. A warning means that something is lost. A
+// note is worth knowing.
 typedef enum filtersSeverity_t {
   FILTERS_SEVERITY_NOTE = 0,
   FILTERS_SEVERITY_WARNING = 1,
@@ -121,12 +123,12 @@ FILTERS_API FiltersReport* filtersExplainInsertInto(filtersGroupStage_t s, filte
                                                     const FiltersEntry* e);
 FILTERS_API FiltersReport* filtersExplainStage(const FiltersGroup* g, filtersGroupStage_t s);
 FILTERS_API FiltersReport* filtersExplainType(const FiltersGroup* g, filtersGroupType_t t);
-// Would setMatch() of the class refuse one more match of this code? Codes that
-// filtersEntrySetMatch() refuses are explained like all others.
+// Would setMatch() of the class refuse a match of this code? This is about the C++ class:
+// filtersEntrySetMatch() itself refuses some further codes.
 FILTERS_API FiltersReport* filtersExplainMatch(const FiltersEntry* e, filtersMatch_t m);
 
-// The codes that a type or a stage admits, in ascending order. At most count are written; the
-// number of all is returned. An unknown type or stage admits none.
+// The codes that a type or a stage admits, in ascending order. The functions write at most `count`
+// codes, and return the number of all codes. An unknown type or stage admits no code.
 FILTERS_API size_t filtersAdmittedMatches(filtersGroupType_t t, filtersMatch_t* out, size_t count);
 FILTERS_API size_t filtersAdmittedActions(filtersGroupStage_t s, filtersAction_t* out,
                                           size_t count);
@@ -135,9 +137,9 @@ FILTERS_API size_t filtersAdmittedTypes(filtersGroupStage_t s, filtersGroupType_
 
 // --- Bytes, comparison, print --------------------------------------------------------------------
 
-// Writes the bytes of serialize() of the classes. They are the same on every machine. Unlike a
-// text, they are written only if all fit. The number of bytes is returned; 0 means that the object
-// is null or cannot be written.
+// Writes the bytes that serialize() of the class writes. They are the same on every machine. Unlike
+// a text, bytes are written only if all of them fit. The number of bytes is returned; 0 means that
+// the object is null or cannot be written.
 FILTERS_API size_t filtersGroupToBytes(const FiltersGroup* g, void* out, size_t size);
 FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t size);
 
@@ -148,11 +150,11 @@ FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t 
 FILTERS_API FiltersReport* filtersDecodeGroup(const void* bytes, size_t size, FiltersGroup** group);
 FILTERS_API FiltersReport* filtersDecodeEntry(const void* bytes, size_t size, FiltersEntry** entry);
 
-// operator== of the classes. A null object equals nothing.
+// operator== of the classes. A null object is equal to no object.
 FILTERS_API bool filtersGroupsEqual(const FiltersGroup* a, const FiltersGroup* b);
 FILTERS_API bool filtersEntriesEqual(const FiltersEntry* a, const FiltersEntry* b);
 
-// operator<< of the classes, as docs/print-layout.md describes.
+// Writes what operator<< of the class prints; docs/print-layout.md describes it.
 FILTERS_API size_t filtersGroupPrint(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersEntryPrint(const FiltersEntry* e, char* out, size_t size);
 
@@ -197,15 +199,15 @@ typedef enum filtersPlanOrder_t {
   FILTERS_PLAN_REMOVE_FIRST = 1,  // never more entries than the larger of the two
 } filtersPlanOrder_t;
 
-// The fewest steps from one group to the other. At most count are written, and *steps gets the
-// number of all. The report is empty if there is a plan; otherwise it says why not. It is null if
-// the order is not one of filtersPlanOrder_t.
+// The fewest steps from one group to the other. At most `count` steps are written, and *steps gets
+// the number of all steps. The report is empty if there is a plan; otherwise it says why there is
+// none. The report is null if the order is not a value of filtersPlanOrder_t.
 FILTERS_API FiltersReport* filtersPlan(const FiltersGroup* from, const FiltersGroup* to,
                                        int32_t order, filtersStep_t* out, size_t count,
                                        size_t* steps);
 // Takes the steps. Stops at the first refusal and returns its code. Returns
 // FILTERS_ERR_INVALID_ARGUMENT for an unknown kind of step and for a null object. Returns
-// FILTERS_ERR_INVALID if memory runs out; the step may then be left undone.
+// FILTERS_ERR_INVALID if memory runs out; it is then not certain that the step was done.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersApply(const filtersStep_t* steps, size_t count,
                                                         const FiltersGroup* to, FiltersGroup* g);
 // "set-stage ingress", "remove entry 7", "insert entry 10 ..."
@@ -214,8 +216,9 @@ FILTERS_API size_t filtersStepToText(const filtersStep_t* step, const FiltersGro
 
 // --- Analysis ------------------------------------------------------------------------------------
 
-// Like Order of filter_analysis.h, which also lists the assumptions. Any other number gives a null
-// report and no trace. The JSON of these reports has the order and the assumptions.
+// Like Order of filter_analysis.h, which also lists the assumptions. For any other number,
+// functions return a null report or an empty trace. The JSON of these reports has the order and the
+// assumptions.
 typedef enum filtersOrder_t {
   FILTERS_ORDER_UNSPECIFIED = 0,  // only what holds in every order
   FILTERS_ORDER_HIGHEST_PRIORITY = 1,
@@ -228,20 +231,20 @@ typedef enum filtersOrder_t {
   FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID = 7,
 } filtersOrder_t;
 
-// analyse(), compareTreatment() and unusualValues() with their default options.
+// Call analyse(), compareTreatment() and unusualValues() with their default options.
 FILTERS_API FiltersReport* filtersAnalyse(const FiltersGroup* g, int32_t order);
 FILTERS_API FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup* b,
                                                    int32_t order);
 FILTERS_API FiltersReport* filtersUnusualValues(const FiltersGroup* g);
 
-// checkPolicy() of filter_policy.h with its default options, for a policy as text: one finding for
-// each promise about the group, "policy-holds", "policy-fails" or "policy-open". If the text cannot
-// be read, the report has its faults instead, which are errors.
+// Calls checkPolicy() of filter_policy.h with its default options, for a policy as text. Each
+// promise about the group gives one finding: "policy-holds", "policy-fails" or "policy-open". If
+// the text cannot be read, the report has its faults instead, which are errors.
 FILTERS_API FiltersReport* filtersCheckPolicy(const FiltersGroup* g, const char* policy,
                                               size_t size);
-// analyse() with its default options and the order that the policy has for the group, and then
-// acceptFindings(). *accepted, which may be null, gets the number of findings that are accepted. If
-// the text cannot be read, the report has its faults instead.
+// Calls analyse() with its default options and with the order that the policy has for the group,
+// and then acceptFindings(). *accepted, which may be null, gets the number of findings that are
+// accepted. If the text cannot be read, the report has its faults instead.
 FILTERS_API FiltersReport* filtersAnalyseAccepting(const FiltersGroup* g, const char* policy,
                                                    size_t size, size_t* accepted);
 
@@ -252,33 +255,33 @@ typedef enum filtersOutcome_t {
   FILTERS_OUTCOME_NONE = 3,       // there is no trace
 } filtersOutcome_t;
 
-// trace() for a packet as text, "src_ipv4=192.0.2.7 ip_protocol=6". Writes the outcome, and then a
-// line for each entry. `outcome` and `entry` may be null. *entry gets the entry that takes the
-// packet, and does not change if no entry is known to take it. If the packet cannot be read, the
-// outcome is FILTERS_OUTCOME_NONE and the text says why. The text is empty if an object is null or
-// memory runs out.
+// Calls trace() for a packet as text, for example "src_ipv4=192.0.2.7 ip_protocol=6". Writes the
+// outcome, and then a line for each entry. `outcome` and `entry` may be null. If it is certain
+// which entry takes the packet, *entry gets this entry; otherwise it does not change. If the packet
+// cannot be read, the outcome is FILTERS_OUTCOME_NONE and the text says why. The text is empty if
+// an object is null or memory runs out.
 FILTERS_API size_t filtersTrace(const FiltersGroup* g, const char* packet, int32_t order,
                                 filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
                                 size_t size);
 
-// search(), touching() and remains() of filter_questions.h with their default options, as findings:
-// searchReport(), touchingReport() and remainsReport() describe them. `packets` is a packet set as
-// text, "src_ipv4=10.0.0.0/8 dst_l4_port=1024-65535", and "" is every packet. `then` may be null;
-// otherwise only entries with all of these actions are reported, "permit set_pcp=5". If a text
-// cannot be read, the report has its faults alone, which are errors. A group without the entry
-// gives a null report.
+// Call search(), touching() and remains() of filter_questions.h with their default options.
+// searchReport(), touchingReport() and remainsReport() describe the findings. `packets` is a packet
+// set as text, for example "src_ipv4=10.0.0.0/8 dst_l4_port=1024-65535". The empty text means every
+// packet. `then` may be null, or a list of actions, for example "permit set_pcp=5": only entries
+// with all of these actions are then reported. If a text cannot be read, the report has only its
+// faults, which are errors. A group without the entry gives a null report.
 FILTERS_API FiltersReport* filtersSearch(const FiltersGroup* g, const char* packets, int32_t order,
                                          const char* then);
 FILTERS_API FiltersReport* filtersTouching(const FiltersGroup* g, const char* packets,
                                            int32_t order, const char* then);
 FILTERS_API FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_t entry,
                                           const char* packets, int32_t order);
-// The text of PacketSet::toText() for a packet set as text. If the packet set cannot be read, the
-// text says why and `valid`, which may be null, gets false.
+// Reads a packet set as text, and writes the text of PacketSet::toText() for it. If the packet set
+// cannot be read, the text says why and `valid`, which may be null, gets false.
 FILTERS_API size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, size_t size);
 // --- Traffic -------------------------------------------------------------------------------------
 
-// Like Link of filter_traffic.h. Any other number is refused.
+// Like Link of filter_traffic.h. Every other number is refused.
 typedef enum filtersLink_t {
   FILTERS_LINK_ETHERNET = 0,
   FILTERS_LINK_RAW = 1,
@@ -299,8 +302,8 @@ typedef enum filtersFrameFault_t {
   FILTERS_FRAME_FAULT_LATER_FRAGMENT = 7,
 } filtersFrameFault_t;
 
-// Like packetOf(): writes what a frame tells of its packet, as text that filtersTrace() reads. The
-// text may be empty. *fault, which may be null, gets the reason why fields are not told. If the
+// Like packetOf(): writes the packet fields that a frame shows, as text that filtersTrace() reads.
+// The text may be empty. *fault, which may be null, gets the reason why fields are missing. If the
 // link is unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is
 // empty and *fault does not change.
 FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
@@ -310,13 +313,13 @@ FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t le
 // the order is unknown, the packet cannot be read, or memory runs out. The caller frees it by
 // deleteFiltersHits(). Only one thread at a time may use it.
 FILTERS_API FiltersHits* newFiltersHits(const FiltersGroup* g, int32_t order, const char* assumed);
-// Counts a frame. Returns false and counts nothing if `h` is null, or if filtersPacketOf() would
-// leave *fault as it is. `time` is kept as it is.
+// Counts a frame. Returns false and counts nothing if `h` is null, or in the cases in which
+// filtersPacketOf() does not change *fault. `time` can have any unit.
 FILTERS_API bool filtersHitsCount(FiltersHits* h, const void* frame, size_t captured, size_t length,
                                   int32_t link, int64_t time);
 
-// Counts frames that have something in common. `first` and `first_time` are the number (from 1) and
-// the time of the first of them.
+// A count of frames with the same outcome, entry or fault. `first` and `first_time` are the number
+// (counted from 1) and the time of the first such frame.
 typedef struct filtersFrameCount_t {
   uint64_t frames;
   uint64_t first;
@@ -361,7 +364,7 @@ FILTERS_API bool filtersMatchFromName(const char* name, filtersMatch_t* out);
 FILTERS_API bool filtersActionFromName(const char* name, filtersAction_t* out);
 FILTERS_API bool filtersCounterTypeFromName(const char* name, counter_type_t* out);
 
-// A sentence that says what a result means and what to look at. Never null.
+// A sentence that says what a result means and what to check. Never null.
 FILTERS_API const char* filtersErrDescribe(filtersErr_t v);
 
 #ifdef __cplusplus

@@ -7,7 +7,7 @@
 // JSON forms, and never change. C programs use filter_inspect_c.h.
 //
 // The functions may be called from any thread. The texts live as long as the library is loaded, and
-// a zero byte follows each.
+// each ends with a zero byte.
 
 #include <optional>
 #include <string>
@@ -37,7 +37,7 @@ FILTERS_API std::string_view nameOf(FiltersCommon::en_ForwardingType);
 FILTERS_API std::string_view nameOf(FiltersCommon::port_type_t);
 FILTERS_API std::string_view nameOf(policer::Stage);
 
-// Every enumerator of one of the types above with its name, in the order of the declaration.
+// The enumerators of one of the types above, each with its name, in the order of the declaration.
 template <class Enum>
 using Names = std::vector<std::pair<Enum, std::string_view>>;
 template <class Enum>
@@ -71,7 +71,7 @@ FILTERS_API const Names<FiltersCommon::port_type_t>& namesOf();
 template <>
 FILTERS_API const Names<policer::Stage>& namesOf();
 
-// Finds the code of a name. Capital letters differ from small ones.
+// Finds the code of a name. Upper and lower case differ.
 template <class Enum>
 std::optional<Enum> fromName(std::string_view name) {
   for (const auto& [code, itsName] : namesOf<Enum>()) {
@@ -80,21 +80,21 @@ std::optional<Enum> fromName(std::string_view name) {
   return std::nullopt;
 }
 
-// The end of a sentence about a word that is none of the names: "; did you mean ingress?" if one of
-// them is near, or else "; it can be lookup, ingress or egress". A name is near if at most a third
-// of its letters differ; capital letters do not count. If the names do not fit into two lines, only
-// those that contain the word are named. If no name contains it, `command` says what lists all
-// names: "; filter-inspect names matches lists them".
+// The end of a sentence about an unknown word: "; did you mean ingress?" if one of the names is
+// near the word, or else "; it can be lookup, ingress or egress". A name is near if at most a third
+// of its letters differ, without regard to case. If the names do not fit into two lines, only names
+// that contain the word are listed. If no name contains the word, `command` is named as the command
+// that lists all names: "; filter-inspect names matches lists them".
 FILTERS_API std::string suggestion(std::string_view word,
                                    const std::vector<std::string_view>& names,
                                    std::string_view command = {});
 
-// A sentence for people that says what a result means and what to look at. An unknown result has a
+// A sentence for people that says what a result means and what to check. An unknown result has a
 // sentence too.
 FILTERS_API std::string_view describe(FiltersCommon::filtersErr_t);
 
-// A few words for people: when a stage applies its rules, and what the matches of a type look at.
-// An unknown stage or type has words too.
+// A few words for people: when a stage applies its rules, and which fields the matches of a type
+// test. An unknown stage or type has words too.
 FILTERS_API std::string_view describe(FiltersCommon::filtersGroupStage_t);
 FILTERS_API std::string_view describe(FiltersCommon::filtersGroupType_t);
 

@@ -1,8 +1,9 @@
 #ifndef FILTER_INSPECT_FILTER_POLICY_H_
 #define FILTER_INSPECT_FILTER_POLICY_H_
 
-// Policies: what the rules of a group promise to do with packets, with one promise on each line. A
-// policy is kept beside the rules, and says after each change if they still keep their promises:
+// A policy is a text with promises about the rules of a group, one on each line. Each promise says
+// what the rules do with some packets. The policy is kept beside the rules, and after each change
+// checkPolicy() says if they still keep the promises:
 //
 //     filter-policy 1
 //     group 1 order=highest-priority
@@ -15,11 +16,12 @@
 //     const auto policy = Policy::parse(text, &faults);
 //     if (policy) std::cout << checkPolicy(group, *policy);
 //
-// The orders, the readings and the assumptions of filter_analysis.h hold here too: a promise holds,
-// or fails, only if it does so under every reading. docs/policies.md describes the file.
+// The orders, the readings and the assumptions of filter_analysis.h hold here too: a promise holds
+// only if it holds under every reading, and fails only if it fails under every reading.
+// docs/policies.md describes the file.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They
-// throw std::bad_alloc, and what a progress function throws.
+// throw only std::bad_alloc and exceptions of a progress function.
 
 #include <cstddef>
 #include <optional>
@@ -34,9 +36,10 @@ namespace FiltersInspect {
 
 inline constexpr int kPolicyVersion = 1;
 
-// A promise about all packets of a set. `always` promises that each of them is taken by an entry
-// that has all of the actions. `never` promises that none of them is taken by an entry that has any
-// of the actions. A packet that no entry takes breaks `always`, but does not break `never`.
+// A promise about all packets of a set. `always` promises that every packet of the set is taken by
+// an entry that has all of the actions. `never` promises that no packet of the set is taken by an
+// entry that has any of the actions. A packet that no entry takes breaks `always`, but does not
+// break `never`.
 struct Promise {
   bool always;
   bool taken;          // any entry counts, whatever its actions
@@ -66,11 +69,11 @@ struct PolicyGroup {
 class FILTERS_API Policy {
  public:
   // Reads the text of a policy. Returns nothing if a part of it cannot be read. The report, which
-  // may be null, then has all faults: the line and column are in `path`, "12:7", and the wrong word
-  // is in `word`. Findings beyond `max_findings` are counted in Report::left_out.
+  // may be null, then has all faults: `path` has the line and the column, for example "12:7", and
+  // `word` the wrong word. Findings beyond `max_findings` are counted in Report::left_out.
   static std::optional<Policy> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
-  // The groups in the order of the file. No two have the same id.
+  // The groups in the order of the file. The file names each group once.
   const std::vector<PolicyGroup>& groups() const { return groups_; }
   // Null if the policy says nothing about the group.
   const PolicyGroup* find(FiltersCommon::filtersGroupId_t group) const;
@@ -78,28 +81,28 @@ class FILTERS_API Policy {
   std::vector<PolicyGroup> groups_;
 };
 
-// The verdicts about all promises that the policy has for this group: one finding for each, in the
-// order of the file. The order of the rules is the policy's; options.order, options.redundant,
-// options.overlaps and options.max_findings do not count. The codes:
+// Checks all promises that the policy has for this group, and gives one finding for each, in the
+// order of the file. The policy decides the order of the rules. options.order, options.redundant,
+// options.overlaps and options.max_findings are ignored. The codes:
 // - kPolicyHolds: no packet of the set can break the promise.
-// - kPolicyFails: the packet in `witness` breaks it, under every reading and in whatever way ties
+// - kPolicyFails: the packet in `witness` breaks the promise, under every reading and however ties
 //   are decided. trace() sends the packet to `entry`, or no entry takes it if `entry` is empty. If
 //   trace() names several entries, `others` has the rest of them, and each breaks the promise.
-// - kPolicyOpen: it depends on the taker of the packet in `witness`. The promise is broken if
-//   `entry` takes the packet, and kept if one of `others` does. If `entry` or `others` is empty, it
-//   stands for the case that no entry takes the packet. The message says what leaves it open: the
-//   reading, the tie, or the limit of steps. If the steps did not suffice to find a packet,
-//   `witness` is empty.
+// - kPolicyOpen: the answer depends on which entry takes the packet in `witness`. The promise is
+//   broken if `entry` takes the packet, and kept if one of `others` does. If `entry` or `others` is
+//   empty, it stands for the case that no entry takes the packet. The message says why there is no
+//   answer: the reading, the tie, or the limit of steps. If the limit was reached before a packet
+//   was found, `witness` is empty.
 // `path` is the line and column of the promise, and `word` the promise. `before` is what `entry`
 // does with the packet, and `after` what the first of `others` does.
 // max_steps is the limit of steps for each question about an entry.
 FILTERS_API Report checkPolicy(const FiltersCommon::FiltersGroup& group, const Policy& policy,
                                const AnalysisOptions& options = {});
 
-// Takes out of a report of analyse() the findings that the policy accepts for this group, and
-// returns their number. Adds a note (kAcceptStale) for each acceptance that no finding needs,
-// unless findings were left out of the report. Give analyse() the order that the policy has for the
-// group.
+// Removes the findings that the policy accepts for this group from a report of analyse(), and
+// returns their number. Adds a note (kAcceptStale) for each acceptance that fits no finding. It
+// adds none if the report has left out findings, because an acceptance may fit one of these. Give
+// analyse() the order that the policy has for the group.
 FILTERS_API std::size_t acceptFindings(const Policy& policy, FiltersCommon::filtersGroupId_t group,
                                        Report* report);
 

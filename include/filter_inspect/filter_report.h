@@ -2,8 +2,7 @@
 #define FILTER_INSPECT_FILTER_REPORT_H_
 
 // Every function of this library answers with a report: a list of findings, in the order in which
-// the filter_common library itself would have met them. An empty report means that there is nothing
-// to say.
+// the filter_common library itself would check. An empty report means that nothing was found.
 //
 // Codes, severities and the typed fields are stable; `message` is for people and may be reworded.
 // The layout of these structures may change with every minor release, and programs must be rebuilt
@@ -37,7 +36,8 @@ enum class Code : std::uint16_t {
 // A finding is about one of these.
 enum class Subject : std::uint8_t { kGroup, kEntry, kMatch, kAction, kPolicer, kParent, kCounter };
 
-// The names are "match-not-admitted", "warning" and "entry", for example. A zero byte follows each.
+// The names are "match-not-admitted", "warning" and "entry", for example. Each name ends with a
+// zero byte.
 FILTERS_API std::string_view nameOf(Code);
 FILTERS_API std::string_view nameOf(Severity);
 FILTERS_API std::string_view nameOf(Subject);
@@ -51,8 +51,8 @@ struct ByteRange {
   std::size_t length = 0;
 };
 
-// Frames of captured traffic: how many, the number of the first one, counted from 1, and its time
-// in UTC (RFC 3339). The last two are 0 and empty if they are not known.
+// Frames of captured traffic: their count, the number of the first frame (counted from 1), and its
+// time in UTC (RFC 3339). If the first frame is not known, its number is 0 and its time is empty.
 struct SeenFrames {
   std::uint64_t frames = 0, first = 0;
   std::string time;
@@ -61,13 +61,13 @@ struct SeenFrames {
 struct Finding {
   Code code;
   Severity severity;
-  // The result code that the library returns. It is FILTERS_OK if the library reports nothing, as
-  // for a silent loss.
+  // The result code that the library returns. It is FILTERS_OK if the library reports no failure,
+  // for example because it loses something silently.
   FiltersCommon::filtersErr_t result = FiltersCommon::FILTERS_OK;
   Subject subject = Subject::kGroup;
   std::optional<FiltersCommon::filtersGroupId_t> group;
   // The number of the group in its file, counted from 1. The readers of text and JSON set it.
-  // Programs that read files of bytes do so too; the other functions do not know it.
+  // Programs that read files of bytes set it too. The other functions do not know the number.
   std::optional<std::size_t> group_number;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // The code of the match or action, or the id of the counter. If a stage, a type or a policer's
@@ -76,24 +76,27 @@ struct Finding {
   std::vector<std::uint32_t>
       admitted;                       // the codes that would have been admitted instead, ascending
   std::vector<std::uint32_t> others;  // ids of other entries, codes of other matches or actions
-  // The path of a field in bytes, "entries_[3].matches_[1].vlan_id_[2]", or the line and the column
-  // in text and JSON, "12:7".
+  // The position. In bytes it is the path of a field, for example
+  // "entries_[3].matches_[1].vlan_id_[2]". In text and JSON it is the line and the column, for
+  // example "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
-  // Values as text: the received value, and the value that is kept. If there is a witness, what
-  // this entry does with that packet, and what another entry does with it.
+  // Values as text: the received value, and the value that is kept. For a witness: what this entry
+  // does with that packet, and what another entry does with it.
   std::string before, after;
   std::string witness;  // a packet that shows what the finding says
   std::string message;  // one English sentence without its full stop
-  // A step of a plan: its kind, "insert" or "set-priority", and what it inserts or sets.
+  // For a step of a plan: its kind, for example "insert" or "set-priority", and what it inserts or
+  // sets.
   std::string step, value;
-  // A traced packet: what is done with it, and the unknown fields on which the answer depends.
+  // For a traced packet: what is done with it, and the unknown fields on which the answer depends.
   std::string treatment;
   std::vector<std::string> lacking;
-  // Captured traffic: the frames of which the finding is surely true, and those of which it may be.
+  // For captured traffic: the frames for which the finding is certainly true, and the frames for
+  // which it may be true.
   std::optional<SeenFrames> sure, possible;
   // The wrong word in text or JSON, as it was written at `path`; a long word is cut. If `path` is
-  // the place where an entry begins, `word` is the name of the match or action.
+  // the line where an entry begins, `word` is the name of the match or action.
   std::string word;
 };
 
@@ -106,7 +109,7 @@ FILTERS_API std::string countsText(const SeverityCounts& counts);
 struct Report {
   std::vector<Finding> findings;
   // Findings beyond the caller's limit are counted, not kept. The most severe findings are kept,
-  // and among equally severe ones the first.
+  // and among equally severe findings the earlier ones.
   std::size_t left_out = 0;
   SeverityCounts left_out_by_severity = {};
 
@@ -124,15 +127,15 @@ struct Report {
   FILTERS_API void keep(std::size_t most);
 };
 
-// A report with a limit of findings. While it grows it holds up to twice as many findings, so that
-// adding a finding costs the same at any size.
+// A report with a limit of findings. While it grows it holds up to twice as many findings as the
+// limit, so that the cost of adding a finding does not depend on the limit.
 class LimitedReport {
  public:
   explicit LimitedReport(std::size_t most) : most_(most) {}
 
   // Returns a new finding to fill in, which is valid until the next call. Returns null if the
-  // report is full of findings that are more severe, or as severe and earlier. The new finding is
-  // then counted as left out.
+  // report is full of findings that are at least as severe. The new finding is then counted as left
+  // out.
   FILTERS_API Finding* add(Code code);
   // Adds the findings of another report, and the number of findings that it left out.
   FILTERS_API void append(Report&& other);
@@ -154,14 +157,14 @@ FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 
 // Writes JSON that follows docs/schema/filter-report-1.schema.json, with a newline at the end. The
-// bytes are the same on every machine. `command` is the question that the report answers; the
+// bytes are the same on every machine. `command` names the command that the report answers. The
 // schema accepts "check", "diff", "plan", "analyse", "trace", "search", "hits", "capabilities",
-// "show", "convert", "names", "expect" and "usage", and refuses a document with any other. `file`
-// is the name of the input.
+// "show", "convert", "names", "expect" and "usage", and refuses a document with any other command.
+// `file` is the name of the input.
 FILTERS_API std::string toJson(const Report& report, std::string_view command = "check",
                                std::string_view file = "");
 
-// One of several inputs: its name, its number of groups, and the findings about it.
+// One of several inputs: its name, the number of its groups, and the findings about it.
 struct ReportInput {
   std::string file;
   std::optional<std::size_t> groups;  // the document leaves it out if unset

@@ -1,21 +1,21 @@
 #ifndef FILTER_INSPECT_FILTER_TEXT_H_
 #define FILTER_INSPECT_FILTER_TEXT_H_
 
-// Writes groups as concise text and as JSON, and reads both. Everything that bytes can hold
-// survives, so reading what was written gives equal groups. Both forms carry a version; readers
-// accept the versions that they know and refuse others. docs/text-format.md and docs/schema/
-// describe the forms. The same groups give the same bytes on every machine, if the platform gives
-// interfaces the same names.
+// Writes groups as concise text and as JSON, and reads both. The forms can write everything that
+// bytes can hold, so reading them back gives equal groups. Both forms carry a version number.
+// Readers accept the versions that they know and refuse all others. docs/text-format.md and
+// docs/schema/ describe the forms. The same groups give the same bytes on every machine, if the
+// platform gives interfaces the same names.
 //
-// A policer is written by its values, its rates for example, if the platform's library can make the
-// same policer of them. If not, it is written as the bytes that the library makes of it, and its
-// values stand beside them for people, as the name of an interface stands beside its id. Readers
-// use the bytes and ids. They refuse JSON if its names or descriptions contradict the bytes and
-// ids, and ignore the comments of text.
+// A policer is written by its values, for example its rates, if the platform's library can make the
+// same policer from them. If not, it is written as the bytes that the library makes of it, with its
+// values beside them for people. The name of an interface is written beside its id in the same way.
+// Readers use the bytes and ids. They refuse JSON whose names or descriptions contradict the bytes
+// and ids. In text, names and descriptions are comments, which readers ignore.
 //
 // The functions may be called from any thread, if nobody changes the arguments meanwhile. They may
 // throw std::bad_alloc, and nothing else. Time and memory grow with the size of the argument, so
-// limit the size of texts from strangers.
+// limit the size of texts that you do not trust.
 
 #include <cstddef>
 #include <cstdint>
@@ -36,8 +36,8 @@ inline constexpr int kJsonVersion = 1;
 FILTERS_API std::string toText(const std::vector<FiltersCommon::FiltersGroup>& groups);
 FILTERS_API std::string toText(const FiltersCommon::FiltersGroup& group);
 
-// JSON with a line for each value, or all on one line without blanks, which takes less than half of
-// the bytes. Readers take both.
+// JSON has a line for each value, or is all on one line without blanks. The one line takes less
+// than half of the bytes. Readers take both.
 enum class JsonLayout : std::uint8_t { kIndented, kCompact };
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups);
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups,
@@ -48,27 +48,29 @@ FILTERS_API std::string toJson(const FiltersCommon::FiltersGroup& group,
 // The lines of one group, without the line that begins the text form.
 FILTERS_API std::string groupLines(const FiltersCommon::FiltersGroup& group);
 
-// The line of one entry, comment included, without its line end.
+// The line of one entry, with its comment but without the line end.
 FILTERS_API std::string toText(const FiltersCommon::FiltersEntry& entry);
-// The object of one entry, as it stands in the list of a group.
+// The JSON object of one entry, as in the list of a group.
 FILTERS_API std::string toJson(const FiltersCommon::FiltersEntry& entry,
                                JsonLayout layout = JsonLayout::kIndented);
 
-// The line as people read it. It has the values of each policer, even if these do not say
-// everything. So the lines of different entries can be the same, and not every platform reads them.
+// The line for people. It has the values of each policer, even if these do not describe the policer
+// completely. So the lines of different entries can be the same, and some platforms cannot read the
+// line.
 FILTERS_API std::string shownText(const FiltersCommon::FiltersEntry& entry);
 
 // The parts of an entry's line, for tables and pictures.
 struct EntryColumns {
-  // Values as the text form writes them, "192.0.2.0/24"; empty for a match without a value.
+  // Values as the text form writes them, for example "192.0.2.0/24"; empty for a match without a
+  // value.
   std::vector<std::pair<FiltersCommon::filtersMatch_t, std::string>> matches;
   std::vector<std::string> actions;              // "permit", "set_pcp=5"
   std::optional<std::uint32_t> policer, parent;  // ids; none for the default policer
-  // For each match, the packet field that it tests: "dst_l4_port" also for a range of ports. It is
-  // the name of the match if it tests several fields, or none.
+  // For each match, the name of the packet field that it tests, for example "dst_l4_port" for a
+  // range of ports. If the match tests several fields or none, the name of the match stands here.
   std::vector<std::string_view> fields;
-  // For each match, its value as people say it: "tcp", "179" for that port alone, "[eth-1,eth-2]"
-  // for interfaces, and "yes" for a match without a value.
+  // For each match, its value in a form for people: "tcp" for protocol 6, "179" for a single port,
+  // "[eth-1,eth-2]" for interfaces, and "yes" for a match without a value.
   std::vector<std::string> shown;
   std::string policer_text, parent_text;  // "10 ingress trtcm cir=2000"; empty without an id
   std::vector<std::string> counters;      // "1=packets"
@@ -91,14 +93,15 @@ struct GroupPositions {
   FILTERS_API TextPosition of(std::optional<FiltersCommon::filtersEntryId_t> entry) const;
 };
 
-// Reading gives all groups or none: either `report` is empty, or `groups` is. A finding has its
-// line and column in `path`, "12:7", and the wrong word in `word`. If it is about the content of an
-// entry or group, `path` is the place where the entry or group begins. Nothing is dropped silently:
-// an unknown name, a repeated one, a number that is too large, a match that excludes another one
-// and an entry that its group refuses are findings. Every finding is an error, also one whose code
-// is a warning about bytes. After a faulty line the reader of text goes on, and still finds every
-// fault of other entries; only a faulty head hides those of its own group. The reader of JSON stops
-// at the first fault. Findings beyond `max_findings` are counted in Report::left_out.
+// A reader returns all groups or none: either `report` or `groups` is empty. A finding has its line
+// and column in `path`, for example "12:7", and the wrong word in `word`. If the finding is about
+// the content of an entry or group, `path` is the position of its beginning. Nothing is dropped
+// silently: an unknown name, a repeated name, a number that is too large, a match that excludes
+// another match, and an entry that its group refuses are findings. Every finding is an error, even
+// if the same code is a warning when bytes are read. The reader of text continues after a faulty
+// line, and still finds every fault of other entries. But if the line of a group is faulty, faults
+// of its entries may be missed. The reader of JSON stops at the first fault. Findings beyond
+// `max_findings` are counted in Report::left_out.
 struct ParsedGroups {
   std::vector<FiltersCommon::FiltersGroup> groups;
   Report report;
@@ -106,12 +109,13 @@ struct ParsedGroups {
 };
 FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);
-// The same with a limit of 1,000 findings.
+// Does the same with a limit of 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
 
-// One entry, whatever groups admit: its line of the text form, or its object of the JSON form.
-// There is an entry exactly if the report is empty. Reports are those of the readers above.
+// Reads one entry, from its line of the text form or its object of the JSON form. No checks of a
+// group are made. There is an entry exactly if the report is empty. The findings are those of the
+// readers above.
 struct ParsedEntry {
   std::optional<FiltersCommon::FiltersEntry> entry;
   Report report;
@@ -119,9 +123,10 @@ struct ParsedEntry {
 FILTERS_API ParsedEntry entryFromText(std::string_view line);
 FILTERS_API ParsedEntry entryFromJson(std::string_view json);
 
-// The bytes of groups, whatever their stages and types admit. A program can ask which other stages
-// and types admit the entries: decodeGroupAs() reads the bytes as a group of another stage or type.
-// Only what the grammar refuses is in the report; the decoder reports the rest.
+// Reads groups without checking what their stages and types admit, and returns the bytes of each. A
+// program can ask which other stages and types admit the entries: decodeGroupAs() reads the bytes
+// as a group of another stage or type. The report has only faults of the grammar; the decoder
+// reports all others.
 struct ParsedBytes {
   std::vector<std::string> groups;
   Report report;

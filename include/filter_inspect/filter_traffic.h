@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_FILTER_TRAFFIC_H_
 #define FILTER_INSPECT_FILTER_TRAFFIC_H_
 
-// Says what frames of real traffic tell of their packets, and counts the rules that take these
-// packets. For example, with frames that a program has captured:
+// Reads the packet fields from frames of real traffic, and counts the packets that each rule takes.
+// For example, with frames that a program has captured:
 //
 //     HitCounter counter(group, Order::kHighestPriority);
 //     for (const auto& frame : frames)
@@ -10,11 +10,11 @@
 //     for (const EntryHits& one : counter.hits().entries)
 //       if (one.hits.sure.frames == 0) std::cout << one.entry << " was not surely hit\n";
 //
-// The library takes frames as bytes, and reads no files of captures. filter-inspect does.
+// The library takes frames as bytes. It does not read capture files, but filter-inspect does.
 //
-// Frames may come from anywhere. Nothing beyond the captured bytes is read, and no frame takes more
-// steps than it has bytes. packetOf() may be called from any thread. A counter may be
-// used by one thread at a time. All functions throw std::bad_alloc.
+// Frames need not be trusted. Nothing beyond the captured bytes is read, and no frame takes more
+// steps than it has bytes. packetOf() may be called from any thread. A counter may be used by one
+// thread at a time. All functions throw std::bad_alloc.
 
 #include <array>
 #include <cstddef>
@@ -38,7 +38,8 @@ enum class Link : std::uint8_t {
   kLoopback,      // an address family in 4 bytes, in either byte order
 };
 
-// The reason why some fields of a frame are not told. If there are several, the first one counts.
+// The reason why some fields of a frame are unknown. If there are several reasons, it is the first
+// one.
 enum class FrameFault : std::uint8_t {
   kNone,           // there is no such field
   kCut,            // the field lies beyond what was captured
@@ -55,37 +56,37 @@ constexpr std::array<FrameFault, 8> kAllFrameFaults = {
     FrameFault::kEncapsulated, FrameFault::kLaterFragment};
 
 // "ethernet", "raw", "linux-cooked", "linux-cooked-2" and "loopback"; "none", "cut", "ends-early"
-// and so on. A zero byte follows each name.
+// and so on. Each name ends with a zero byte.
 FILTERS_API std::string_view nameOf(Link);
 FILTERS_API std::string_view nameOf(FrameFault);
-// The reason in words: "a header lies beyond what was captured".
+// The reason in words, for example "a header lies beyond what was captured".
 FILTERS_API std::string_view describe(FrameFault);
 
-// Returns what a frame tells of its packet. `length` is the length of the frame on the wire, of
-// which the first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0. `fault`,
-// which may be null, gets the reason why fields are not told.
+// Returns the fields that a frame shows of its packet. `length` is the length of the frame on the
+// wire, of which the first `captured` bytes are at `frame`. `frame` may be null if `captured` is 0.
+// `fault`, which may be null, gets the reason why fields are unknown.
 //
 // - dst_mac and src_mac: from Ethernet.
 // - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). An
-//   Ethernet frame without a tag is untagged and lacks the other three. A VLAN id of 0 is told as
-//   it stands, although such a tag only has a priority. Frames of other links can show a tag, but
-//   not that there is none.
+//   Ethernet frame without a tag is untagged and lacks the other three. A VLAN id of 0 is returned
+//   as 0, although such a tag has only a priority. On other links a frame can show that there is a
+//   tag, but not that there is none.
 // - src_ipv4, dst_ipv4, src_ipv6, dst_ipv6, ip_protocol, tos and ttl: from the outermost IP header,
-//   behind all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
-//   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the one behind
-//   the extension headers. IP behind LLC and SNAP (RFC 1042) is found. IP behind MPLS, PPPoE and
-//   other headers of this kind is not looked for, and then none of these fields is told.
+//   after all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
+//   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the protocol
+//   after the extension headers. IP after LLC and SNAP (RFC 1042) is found. IP after MPLS, PPPoE
+//   and similar headers is not searched for, and then all these fields are unknown.
 // - src_l4_port and dst_l4_port: from TCP, UDP, DCCP, SCTP and UDP-Lite. They are absent in other
-//   protocols, in all fragments but the first, and without IP.
+//   protocols, in all fragments except the first, and in frames without IP.
 //
-// All other fields are the device's own knowledge, and are never told. A field that lies beyond the
-// captured bytes is not told, and neither are the fields of an IP header that contradicts itself
-// or the frame. So more captured bytes of a frame never change what was told of it. Bytes behind
-// the length that the IP header gives are padding.
+// All other fields are known only to the device, and stay unknown here. A field beyond the captured
+// bytes is unknown too, and so are the fields of an IP header that contradicts itself or the frame.
+// So more captured bytes of a frame never change the fields that were known. Bytes after the length
+// that the IP header gives are padding.
 FILTERS_API Packet packetOf(const void* frame, std::size_t captured, std::size_t length, Link link,
                             FrameFault* fault = nullptr);
 
-// Frames that have something in common, and the first of them.
+// A count of frames with the same outcome, entry or fault, and the first of these frames.
 struct FrameCount {
   std::uint64_t frames = 0;
   std::uint64_t first = 0;      // its number, counted from 1; 0 if there is none
@@ -100,8 +101,8 @@ struct FrameCount {
 
 using FrameCounts = std::array<FrameCount, kAllFrameFaults.size()>;  // by FrameFault
 
-// `sure` counts the frames that are surely treated so, for all values that are not told and under
-// every reading. `possible` counts other frames that may be treated so.
+// `sure` counts the frames for which the outcome is certain: it holds for all values of unknown
+// fields and under every reading. `possible` counts other frames that may have the outcome.
 struct HitCounts {
   FrameCount sure, possible;
 };
@@ -113,7 +114,8 @@ struct EntryHits {
 
 struct Hits {
   std::uint64_t frames = 0;
-  // Frames of which it is sure which entry takes them, or that no entry does; and all other frames.
+  // `decided` frames: it is certain which entry takes them, or that no entry does. The other frames
+  // are `undecided`.
   FrameCount decided, undecided;
   std::vector<EntryHits> entries;  // in the order of the rules
   HitCounts none;                  // frames that no entry takes
@@ -123,18 +125,19 @@ struct Hits {
 // Counts the packets that the entries of a group take. The object may outlive the group.
 class FILTERS_API HitCounter {
  public:
-  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. If a frame tells such
-  // a field, or that the packet lacks it, `assumed` does not count there.
+  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. If a frame shows such
+  // a field, or shows that the packet lacks it, the field in `assumed` is ignored for that frame.
   HitCounter(const FiltersCommon::FiltersGroup& group, Order order, Packet assumed = {});
   HitCounter(HitCounter&&) noexcept;
   HitCounter& operator=(HitCounter&&) noexcept;
   ~HitCounter();
 
-  // Counts a frame. `time` is kept as it is, for example as nanoseconds since 1970. If memory runs
+  // Counts a frame. `time` can have any unit, for example nanoseconds since 1970. If memory runs
   // out, the frame is not counted.
   void count(const void* frame, std::size_t captured, std::size_t length, Link link,
              std::int64_t time = 0);
-  // The same for a packet that packetOf() has returned. Several counters can share such a packet.
+  // Does the same for a packet that packetOf() has returned. Several counters can share such a
+  // packet.
   void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
   const Hits& hits() const;
  private:
@@ -142,8 +145,8 @@ class FILTERS_API HitCounter {
   std::unique_ptr<Counting> counting_;
 };
 
-// Frames that entry `a` of one group and entry `b` of another one treat differently. An entry that
-// is not set says that no entry of the group takes the frames.
+// Frames that entry `a` of one group and entry `b` of another one treat differently. If an entry is
+// not set, no entry of that group takes the frames.
 struct TreatedDifferently {
   std::optional<FiltersCommon::filtersEntryId_t> a, b;
   std::string before, after;  // what they do with the frames; empty if no entry takes them
@@ -157,9 +160,9 @@ struct TrafficDifferences {
   FrameCounts faults = {};
 };
 
-// Counts the packets that two groups treat differently. Treatment is that of compareTreatment().
-// Equal matches of the groups take the same packets, however the device reads them, and a field
-// that is not told has one value for both groups. So nothing is found in two equal groups, unless
+// Counts the packets that two groups treat differently. Treatment has the same meaning as in
+// compareTreatment(). Equal matches of the groups take the same packets under every reading, and an
+// unknown field has one value for both groups. So two equal groups show no difference, unless
 // entries tie.
 class FILTERS_API TrafficComparison {
  public:

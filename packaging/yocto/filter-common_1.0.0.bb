@@ -1,5 +1,6 @@
-# A recipe for integrators to start from, in the form of the releases 4.2 to 5.0. This project does
-# not build it. protobuf and googletest come from meta-oe. docs/porting.md says what to fill in.
+# A recipe with which integrators can start. It has the syntax of Yocto 4.2 to 5.0. This project
+# does not build the recipe. protobuf and googletest come from meta-oe. docs/porting.md says what to
+# fill in.
 SUMMARY = "Data model of packet-filter rules"
 DESCRIPTION = "Rules of packet filters (matches, actions, policers, counters) for the control plane \
 of switches and routers, and their way between processes as bytes."
@@ -17,8 +18,9 @@ DEPENDS = "protobuf protobuf-native"
 
 inherit cmake pkgconfig ptest
 
-# The default is the device's own libraries. Without `device` the stand-ins are built and installed
-# instead. The tests need the stand-ins, so an image for ptest has PACKAGECONFIG:remove = "device".
+# By default the recipe uses the device's own libraries. Without `device` it builds and installs the
+# stand-ins instead. The tests need the stand-ins, so an image for ptest sets PACKAGECONFIG:remove =
+# "device".
 PACKAGECONFIG ??= "device"
 PACKAGECONFIG[device] = "-DFILTER_COMMON_PLATFORM=device,-DFILTER_COMMON_PLATFORM=standin,limid policer"
 TESTED = "${@bb.utils.contains('PTEST_ENABLED', '1', bb.utils.contains('PACKAGECONFIG', 'device', '', '1', d), '', d)}"

@@ -14,8 +14,8 @@ constexpr int kFailure = -1;
 constexpr std::uint8_t kTypeEthernet = 1;
 constexpr std::uint32_t kLargestBridgedomainType = 255;
 
-// Moves the type out of the known range and changes the number too, so that tests notice an index
-// that is passed in place of an id.
+// This offset moves the type out of the known range and also changes the number. So tests notice an
+// index that is passed in place of an id.
 constexpr std::uint32_t kIfindexOffset = 0x400003e8;
 
 // The size of "limid-" or "vpws-" with the widest number, and the terminating zero.

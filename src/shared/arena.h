@@ -9,9 +9,9 @@
 
 namespace FiltersCommon {
 
-// An arena whose first block is on the stack. The message of one entry fits into it, so the heap
-// does not get large blocks between the many small ones of entries. The arena owns everything that
-// its messages allocate, even if memory runs out while a message is being filled.
+// An arena whose first block is on the stack. The message of one entry fits into it, so no large
+// blocks are allocated between the many small blocks of entries. The arena owns everything that its
+// messages allocate, even if memory runs out while a message is being filled.
 class MessageArena {
  public:
   MessageArena() : arena_(optionsFor(block_)) {}

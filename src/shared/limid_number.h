@@ -2,7 +2,8 @@
 #define FILTER_COMMON_SRC_SHARED_LIMID_NUMBER_H_
 
 // Converts interface ids to the numbers in messages, and back. An id is opaque and belongs to the
-// platform. A message carries its four bytes as the number that they are on the sending machine.
+// platform. A message has the four bytes of an id as one number, in the byte order of the sending
+// machine.
 
 #include <limid/limid.h>
 

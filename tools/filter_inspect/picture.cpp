@@ -11,7 +11,8 @@
 
 namespace FilterInspectTool {
 
-// A class with linkage has members of these types, so they cannot be in an unnamed namespace.
+// A class with external linkage has members of these types, so these types cannot be in an unnamed
+// namespace.
 namespace pictures {
 
 using namespace FiltersCommon;

@@ -23,8 +23,8 @@ using namespace FiltersCommon;
 constexpr std::size_t kMostHolders = 16;
 // If more entries than this have a holder, one finding reports all of them.
 constexpr std::size_t kMostHeld = 8;
-// If a rule meets at most kFew earlier rules, it is compared with each of them. If it meets more,
-// some packets are tried first.
+// If a rule shares packets with at most kFew earlier rules, it is compared with each of them. If
+// there are more such rules, some packets are tried first.
 constexpr std::size_t kFew = 24;
 constexpr unsigned kTried = 6;
 constexpr std::size_t kCheaper = 256;  // comparisons that cost as much as trying one more packet
@@ -36,7 +36,7 @@ void sortUnique(std::vector<std::uint32_t>* numbers) {
   numbers->erase(std::unique(numbers->begin(), numbers->end()), numbers->end());
 }
 
-// Remembers which candidates took something, and a packet that a candidate above level 0 took.
+// Remembers which candidates took packets, and one packet that a candidate above level 0 took.
 struct Takers : Cut::Watcher {
   explicit Takers(const RuleSpace& space) : witness(space) {}
   void took(const Candidate& candidate, const Cut& cut) override {
@@ -123,7 +123,7 @@ class Analysis {
     return space_.space().holds(mustBeside(outer, {inner}), rules_[inner].may);
   }
 
-  // --- Tries of a few packets, which show at once what most rules are ---
+  // --- Trying a few packets, which is enough for most rules ---
 
   // True if some rule before `end` must take a packet that all of `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
@@ -142,8 +142,8 @@ class Analysis {
 
   // --- Whether a rule takes effect ---
 
-  // Returns kLeft if the rule takes effect. Reports the rule if it does not, or if the answer takes
-  // too many steps.
+  // Returns kLeft if the rule takes effect. Reports the rule if it never takes effect, or if the
+  // answer takes too many steps.
   Cut::Outcome findReached(std::uint32_t i) {
     const Rule& rule = rules_[i];
     Cut::Outcome outcome = Cut::Outcome::kUndecided;
@@ -176,7 +176,7 @@ class Analysis {
     return findings_.add(Code::kEntryUnreachable, rules_[i].id);
   }
 
-  // The first rule before the one at `i` that alone takes all packets of that rule.
+  // The first rule before the rule at `i` that takes all packets of the rule at `i`.
   std::optional<std::uint32_t> findHolder(std::uint32_t i) {
     met_by_.holding(rules_[i].may, 0, rules_[i].ranks_begin, &met_);
     for (std::uint32_t p : met_) {
@@ -214,8 +214,8 @@ class Analysis {
   // these packets before a blocker does; those rules then decide how the packets are treated.
   void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
-    // Rules after the last blocker are never the first to take a packet. Blockers are looked at
-    // before other rules, since the finding names the blockers anyway.
+    // Rules after the last blocker are never the first to take a packet. Blockers are tried before
+    // other rules, since the finding names the blockers anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
@@ -276,10 +276,10 @@ class Analysis {
     witness->take(left.witness);
   }
 
-  // Tries some packets of both rules; packets that lack the fewest fields come first. Among these,
-  // a packet is best if both rules surely take it and no rule before `end` may take it. A packet is
-  // second best if no rule before `end` must take it. Returns true if the packet that it found
-  // lacks as few fields as any packet of both rules can.
+  // Tries some packets of both rules; packets with the most fields come first. Among these, a
+  // packet is best if both rules surely take it and no rule before `end` may take it. A packet is
+  // second best if no rule before `end` must take it. Returns true if no other packet of both rules
+  // can have more fields than the packet that was found.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
     std::optional<std::size_t> least;  // of all packets of both rules, the fewest missing fields
@@ -307,8 +307,8 @@ class Analysis {
     return false;
   }
 
-  // The packets that rules before the one at `p` must take, among the packets that the rules at `p`
-  // and `i` share.
+  // The packets that rules before the rule at `p` must take, among the packets that the rules at
+  // `p` and `i` share.
   std::vector<Candidate> takenBefore(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) {
@@ -327,10 +327,10 @@ class Analysis {
     return spare_.run({rules_[i].may, rules_[p].may}, &list);
   }
 
-  // --- Whether a rule is missed ---
+  // --- Redundant rules ---
 
-  // A rule is redundant if nothing changes without it: each packet that it is the first to take
-  // then goes to a rule with the same treatment.
+  // A rule is redundant if nothing changes without it. Then every packet that it is the first to
+  // take goes to another rule with the same treatment.
   void findRedundant(std::uint32_t i) {
     const Rule& rule = rules_[i];
     if (isSurelyMissed(i)) return;
@@ -369,8 +369,9 @@ class Analysis {
 
   // Subtracts rules from the packets of the rule at `i`: first the rules before it, and then, rank
   // by rank, the rules that treat packets in the same way. A rule with another treatment stops the
-  // cut. But a rule with several readings might stop it only under some reading, and under that
-  // reading an earlier rule may take the packet. So such rules are looked at one by one.
+  // cut. But a rule with several readings may stop it only under some reading, and under the same
+  // reading an earlier rule may take the packet. So rules with several readings are examined one by
+  // one.
   Cut::Outcome runByRank(std::uint32_t i, const Positions& before, const Positions& next,
                          Takers* takers) {
     Positions doubtful;
@@ -411,7 +412,7 @@ class Analysis {
     return false;
   }
 
-  // The same for packets that the rule shares with later rules that have another treatment.
+  // Does the same for packets that the rule shares with later rules of another treatment.
   bool isSurelyMissedBy(std::uint32_t i, const Positions& next) {
     unsigned tried = 0;
     for (std::uint32_t p : next) {
@@ -426,7 +427,7 @@ class Analysis {
     return false;
   }
 
-  // The same for one packet, which no rule before the one at `i` takes.
+  // Does the same for one packet. No rule before the rule at `i` takes this packet.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;
@@ -443,8 +444,8 @@ class Analysis {
   // --- Two rules ---
 
   // Looks for a packet of both rules that none of the candidates takes. The candidates are rules
-  // before `end`. Prefers a packet for which all this is sure under every reading. Returns kLeft if
-  // there is a packet.
+  // before `end`. Prefers a packet for which this holds under every reading. Returns kLeft if there
+  // is a packet.
   Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
                           const std::vector<Candidate>& candidates, Witness* witness) {
     if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
@@ -489,8 +490,8 @@ class Analysis {
     return known;
   }
 
-  // Looks for a packet that reaches both of two rules of one rank. Returns false if the search
-  // takes too many steps.
+  // Looks for a packet that reaches two rules of the same rank. Returns false if the search takes
+  // too many steps.
   bool findTie(std::uint32_t i, std::uint32_t p, const Positions& before) {
     std::vector<Candidate> list;
     for (std::uint32_t q : before) addSurely(q, {i, p}, 0, &list);
@@ -508,8 +509,8 @@ class Analysis {
     return true;
   }
 
-  // Without an order, it is not known which of two rules comes first. But if both take exactly the
-  // same packets, only one of the two takes effect.
+  // Without an order, it is not known which of two rules comes first. But if the two rules take
+  // exactly the same packets, only one of them takes effect.
   void findPair(std::uint32_t i, std::uint32_t p) {
     const bool differing = differ(i, p);
     const bool same = surelyHolds(i, p) && surelyHolds(p, i);
@@ -548,11 +549,11 @@ class Analysis {
     tellPair(i, p, " takes packets of it too and treats them differently", witness, finding);
   }
 
-  // --- Rules within others, without an order ---
+  // --- Rules whose packets other rules take too, without an order ---
 
   // Finds the rules that take all packets of the rule at `i` and treat them differently. A rule
-  // for all packets that exist does not count, because it is not worth a finding. Returns false if
-  // the search takes too many steps.
+  // that takes every packet is left out, because it is not worth a finding. Returns false if the
+  // search takes too many steps.
   bool findHolders(std::uint32_t i) {
     Positions met, holders;
     if (!met_by_.meeting(rules_[i].may, 0, rules_.size(), &met)) return false;
@@ -567,8 +568,8 @@ class Analysis {
     return true;
   }
 
-  // A large group often has a rule for the rest, which takes all packets of nearly all other rules.
-  // Drops such rules from the holders.
+  // Drops rules for the rest from the holders. Such a rule takes all packets of nearly all other
+  // rules, and large groups often have one.
   void dropRests() {
     if (rules_.size() <= kMostHeld) return;
     std::vector<std::size_t> counts(rules_.size());
@@ -618,7 +619,7 @@ class Analysis {
     }
   }
 
-  // --- What is said ---
+  // --- Writing the findings ---
 
   std::vector<std::uint32_t> idsOf(const Positions& positions) const {
     std::vector<std::uint32_t> ids;

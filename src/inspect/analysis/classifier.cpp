@@ -9,7 +9,7 @@ namespace {
 
 // The memory that the rows of one dimension may take. If they need more, ranks share rows.
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
-// `jumps` has up to this number of elements.
+// The largest number of elements in `jumps`.
 constexpr unsigned kMostJumpBits = 16;
 
 // Starts to load cache lines that will be read soon. In a large group this halves the time of a
@@ -18,7 +18,7 @@ void fetch(const std::uint64_t* words) {
   constexpr std::uintptr_t kLines = 4, kLineSize = 64;
   const auto first = reinterpret_cast<std::uintptr_t>(words);
   for (std::uintptr_t i = 0; i < kLines; ++i) {
-    // The address may be behind the end of the memory; it is not read.
+    // The address may be past the end of the memory, because nothing is read.
     __builtin_prefetch(reinterpret_cast<const void*>(first + i * kLineSize));
   }
 }
@@ -63,8 +63,8 @@ Classifier::Classifier(const std::vector<PreparedEntry>& entries)
   chooseLeaders();
 }
 
-// A dimension becomes a leader if its rows are short, and if some entry that asks for none of the
-// leaders chosen so far asks for this dimension.
+// A dimension becomes a leader if its rows are short, and if some entry constrains this dimension
+// but none of the leaders chosen so far.
 void Classifier::chooseLeaders() {
   std::vector<std::uint32_t> by_length;
   const auto lengthOf = [this](std::uint32_t d) {
@@ -183,7 +183,7 @@ std::size_t Classifier::Dimension::rowOf(std::uint64_t value) const {
   return static_cast<std::size_t>(found - starts.begin() - 1) >> rank_shift;
 }
 
-// Finds the row of each dimension whose value the packet tells. The leaders come first.
+// Finds the row of each dimension whose value is known for the packet. The leaders come first.
 std::size_t Classifier::rowsFor(const Packet& packet, Looked* looked) const {
   std::size_t count = 0, leaders = 0;
   for (const PacketFields::Field& field : PacketFields::of(packet)) {
@@ -204,7 +204,8 @@ std::size_t Classifier::rowsFor(const Packet& packet, Looked* looked) const {
   return count;
 }
 
-// Returns the part `s` of a summary: the words in which an entry that takes the packet can be.
+// Returns part `s` of a summary. Its bits show the words that can contain an entry that takes the
+// packet.
 Classifier::Word Classifier::wordsToRead(const Looked* looked, std::size_t count,
                                          std::size_t s) const {
   Word some = others_[s], all = ~Word{0};

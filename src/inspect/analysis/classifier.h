@@ -1,25 +1,25 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_CLASSIFIER_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_CLASSIFIER_H_
 
-// Finds the few entries of a group that may take a packet, without looking at the others.
+// Finds the few entries of a group that may take a packet, without examining the other entries.
 //
 // Each entry has a bit. In each dimension of the space (see space.h), values of equal rank share a
-// row: the bits of the entries that allow these values. The entries that do not ask for the
-// dimension at all have a row of their own, which is common to all values. An entry may take a
-// packet only if its bit is set in every dimension whose value the packet tells. So the answer is
-// an intersection of rows (Lakshman and Stiliadis, "High-speed policy-based packet forwarding using
-// efficient multi-dimensional range matching", 1998).
+// row: the bits of the entries that allow these values. The entries that do not constrain the
+// dimension have a separate row, which all values share. An entry may take a packet only if its bit
+// is set in every dimension whose value is known for the packet. So the answer is an intersection
+// of rows (Lakshman and Stiliadis, "High-speed policy-based packet forwarding using efficient
+// multi-dimensional range matching", 1998).
 //
-// Most words of a row are 0. A row keeps only the others, and a summary with a bit for each word
-// that it keeps. The summaries say which words are worth reading (Baboescu and Varghese, "Scalable
-// packet classification", 2001). For 10,000 entries a summary has three words. Nearly every entry
-// asks for an address or for another field of many values, and the rows of such a dimension are
-// short. These dimensions lead. A word is read in two cases: it is in the row of a leading
-// dimension, or one of its entries asks for none of the leading dimensions that the packet tells.
+// Most words of a row are 0. A row keeps only the words that are not 0, and a summary with a bit
+// for each kept word. The summaries show which words need to be read (Baboescu and Varghese,
+// "Scalable packet classification", 2001). For 10,000 entries a summary has three words. Nearly
+// every entry constrains an address or another field of many values, and the rows of such a
+// dimension are short. These dimensions lead. A word is read in two cases: it is in the row of a
+// leading dimension, or one of its entries constrains no leading dimension whose value is known.
 //
 // If the rows of a dimension would take too much memory, neighbouring ranks share a row. The answer
-// may then have entries that do not take the packet. The caller compares each entry with the packet
-// anyway, since it must know under which readings the entry takes it.
+// may then have entries that do not take the packet. This does no harm: the caller compares each
+// entry with the packet anyway, to find the readings under which the entry takes it.
 
 #include <cstddef>
 #include <cstdint>
@@ -37,7 +37,7 @@ class Classifier {
   explicit Classifier(const std::vector<PreparedEntry>& entries);
 
   // Calls `visit` with the number of each entry that may take the packet, in ascending order, until
-  // it returns false. Fields that are not told exclude no entry.
+  // it returns false. Unknown fields exclude no entry.
   template <class Visit>
   void forEach(const Packet& packet, Visit visit) const {
     Looked looked[kMostDimensions];
@@ -69,8 +69,8 @@ class Classifier {
   static unsigned lowestBitOf(Word word) { return static_cast<unsigned>(__builtin_ctzll(word)); }
   static unsigned countOnes(Word word) { return static_cast<unsigned>(__builtin_popcountll(word)); }
 
-  // One word of a row's summary. Its bits say which of 64 words of the row are kept, and `begin`
-  // says where the kept ones start.
+  // One word of a row's summary. Its bits show which of 64 words of the row are kept, and `begin`
+  // is the position of the first kept word.
   struct Row {
     Word words;
     std::uint32_t begin;  // in `kept`

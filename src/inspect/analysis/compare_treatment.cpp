@@ -20,9 +20,9 @@ using namespace FiltersCommon;
 constexpr std::uint32_t kNoRule = ~std::uint32_t{0};
 constexpr char kTooLong[] = "takes too many steps to say";
 
-// Compares a rule of one group with what the other group does with its packets. A twin is a rule of
-// the other group with the same matches. Both take the same packets, however the device reads the
-// matches. An heir is a twin that treats the packets in the same way.
+// Compares a rule of one group with the treatment of its packets by the other group. A twin is a
+// rule of the other group with the same matches. A rule and its twin take the same packets under
+// every reading. An heir is a twin that treats the packets in the same way.
 class Comparison {
  public:
   Comparison(const FiltersGroup& a, const FiltersGroup& b, const AnalysisOptions& options,
@@ -59,7 +59,7 @@ class Comparison {
     return report;
   }
  private:
-  // Packets that are compared: those in all sets of `in`, and in none of `out`.
+  // The packets that are compared: those that are in all sets of `in` and in no set of `out`.
   struct Part {
     std::vector<SetId> in, out;
   };
@@ -127,8 +127,8 @@ class Comparison {
   const std::vector<Rule>& own() const { return all_.of(side_); }
   const std::vector<Rule>& others() const { return all_.of(1 - side_); }
 
-  // True if the other group's rule at `p` has a twin in this group, and the twin comes before this
-  // rule whenever the rule at `p` comes before `heir`.
+  // True if the other group's rule at `p` has a twin in this group that comes before this rule
+  // whenever the rule at `p` comes before `heir`.
   bool hasElder(std::uint32_t p, const Rule& heir) const {
     const Rule& other = others()[p];
     const auto twins = by_matches_[side_].find(other.matches);
@@ -162,7 +162,7 @@ class Comparison {
   }
 
   // Looks for a packet that this rule is the first to take and that, under some reading, the other
-  // group treats differently. If the cut leaves nothing, there is surely no such packet.
+  // group treats differently. If the cut leaves nothing, there is no such packet.
   Cut::Outcome mayDiffer() {
     std::vector<Candidate> list;
     for (std::uint32_t p : own_) {
@@ -254,7 +254,7 @@ class Comparison {
     if (b) finding->message = entriesText({*b}) + ' ' + finding->message;
   }
 
-  // Makes a finding undecided, because its packet may be one of those to leave out.
+  // Makes a finding undecided, because its packet may be one of the packets to leave out.
   static void open(Finding* finding) {
     if (finding->code != Code::kTreatmentDiffers) return;
     finding->code = Code::kNotDecided;
@@ -274,7 +274,8 @@ class Comparison {
   Progress progress_;
   Rules all_;
   std::vector<Part> parts_;
-  // True if the packets of a set should be left out, but only some of them are.
+  // True if the packets of a set should be left out, but the comparison leaves out only some of
+  // them.
   bool is_sample_ = false;
   bool gave_up_ = false;  // some rule took too many steps
   std::vector<Meetings> mays_;
@@ -284,7 +285,7 @@ class Comparison {
   std::set<std::pair<std::uint32_t, std::uint32_t>> pairs_;  // found so far, by positions
   std::set<std::uint32_t> involved_;                         // positions in the second group
 
-  // These are about the rule that is compared.
+  // The following members are about the rule that is compared.
   std::size_t side_ = 0;
   const Rule* rule_ = nullptr;
   std::vector<std::uint32_t> own_;     // rules of its group that may take a packet before it

@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// The packets that are compared: those of a set, or all others.
+// The packets that are compared: those in a set, or those outside of it.
 struct Among {
   const std::vector<FieldSet>& packets;
   bool others;

@@ -5,14 +5,14 @@
 namespace FiltersInspect {
 namespace {
 
-// A sum of shares below this is surely less than 1, in spite of rounding errors.
+// If a computed sum of shares is below this limit, the exact sum is less than 1.
 constexpr double kSurelyLess = 1 - 1e-9;
-// The number of ranges looked at in one step.
+// The number of ranges that one step may examine.
 constexpr std::uint64_t kLooksAStep = 256;
 constexpr std::uint64_t kLooksBetween = 1 << 20;  // between two calls of the progress
 constexpr std::uint64_t kLooksAtMany = 4;         // the cost of a look into a set of several ranges
 
-// Returns the first range behind `range` that reaches `value` or begins after it.
+// Returns the first range after `range` that reaches `value` or begins after it.
 const Space::Range* reach(const Space::Range* range, const Space::Range* end, std::uint32_t value) {
   std::ptrdiff_t stride = 1;
   for (; stride < end - range && range[stride].last < value; stride *= 2) range += stride;
@@ -89,8 +89,8 @@ std::uint32_t Cut::shared(const Span& span, const Space::Term& term) {
   return count;
 }
 
-// Estimates how much of what remains the set takes, from 0 to 1. The result is 0 only if the set
-// takes no packet of it. `*whole` says whether the set takes all of it.
+// Estimates the share of the remaining packets that the set takes, from 0 to 1. The result is 0
+// only if the set takes none of them. `*whole` is true if the set takes all of them.
 double Cut::shareOf(SetId set, bool* whole) {
   const Span* span = spans();
   double share = 1;
@@ -106,12 +106,12 @@ double Cut::shareOf(SetId set, bool* whole) {
   return std::max(share, std::numeric_limits<double>::min());
 }
 
-// Moves the candidates that meet what remains to the front, and finds the next one to subtract, if
-// there are enough steps left.
+// Moves the candidates that share a packet with the remaining part to the front. Finds the next
+// candidate to subtract, if there are enough steps left.
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;
   std::size_t kept = 0;
-  // If a candidate takes all that remains, candidates of higher levels do not count.
+  // If a candidate takes the whole remaining part, candidates of higher levels are ignored.
   std::uint32_t deepest = std::numeric_limits<std::uint32_t>::max();
   const std::uint64_t most = std::min(steps_left_, ~std::uint64_t{0} / kLooksAStep) * kLooksAStep;
   for (std::size_t i = 0; i < frames_.back().candidates && looks_ < most; ++i) {

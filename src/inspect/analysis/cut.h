@@ -4,18 +4,18 @@
 // Subtracts sets from another set, and finds what is left.
 //
 // Each set is a product of ranges (see space.h). Subtracting one product from another leaves at
-// most one product per dimension. A Cut goes through these products one by one, until it finds one
-// that no set meets, or until nothing is left. The question is as hard as any in propositional
-// logic, so the number of steps is limited. Choosing the next set to subtract from a product is one
-// step. Looking at a few hundred ranges is one step too.
+// most one product per dimension. A Cut goes through these products one by one, until it finds a
+// product that has no packet in common with any set, or until nothing is left. The question is as
+// hard as any in propositional logic, so the number of steps is limited. Choosing the next set to
+// subtract from a product is one step. Examining a few hundred ranges is also one step.
 
 #include "progress.h"
 #include "space.h"
 
 namespace FiltersInspect {
 
-// A set to subtract. If several candidates have a packet, the one of the lowest level takes it. If
-// that candidate has `stops` set, the cut ends with kStopped.
+// A set to subtract. If a packet is in several candidates, the candidate of the lowest level takes
+// it. If that candidate has `stops` set, the cut ends with kStopped.
 struct Candidate {
   SetId set;
   std::uint32_t level;
@@ -31,21 +31,21 @@ class Cut {
     kStopped,  // the first candidate that takes some part has `stops` set
     kUndecided,
   };
-  // Watches a cut. While one of these functions runs, meets() and point() are about the part for
+  // Watches a cut. While one of these functions runs, meets() and point() refer to the part for
   // which it is called.
   class Watcher {
    public:
     virtual ~Watcher() = default;
     virtual void took(const Candidate&, const Cut&) {}
-    // Returns whether to go on with other parts. Without a watcher a cut ends at the first part
-    // that is left.
+    // Returns true to continue with other parts. Without a watcher a cut ends at the first part
+    // that remains.
     virtual bool left(const Cut&) { return false; }
   };
 
   Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
 
-  // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. `quick`
-  // lets the cut find kLeft by counting, without a point.
+  // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. If
+  // `quick` is true, the cut may find kLeft by counting, and then has no point.
   Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates, bool quick,
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }
@@ -53,9 +53,9 @@ class Cut {
   // What a cut calls now and then; it must outlive the cut.
   void setProgress(const Progress* progress) { progress_ = progress; }
 
-  // These functions are for watchers. After kLeft they are about the part that is left, and after
-  // kStopped about the share of the candidate that ended the cut. If the result was found by
-  // counting, they may not be called then.
+  // These functions are for watchers, and for callers after run(). After kLeft they refer to the
+  // part that remains, and after kStopped to the packets that the candidate took when it ended the
+  // cut. They must not be called after run() if the result was found by counting.
   bool meets(SetId set) const;
   Point point(SetId within = kEverything) const;  // a packet in the part and in `within`
   // The ranks of the part in a dimension that are also in `within`.
@@ -65,7 +65,7 @@ class Cut {
     std::uint32_t begin, count;  // in ranges_
     std::uint32_t size;          // the number of ranks
   };
-  // A product from which a set is being subtracted, and how much of that is done.
+  // A product from which a set is being subtracted, and the progress of the subtraction.
   struct Frame {
     std::size_t ranges;      // size of ranges_ when it was made
     std::size_t candidates;  // how many candidates, from the front, meet it

@@ -39,8 +39,8 @@ std::uint64_t hashOf(const Packet& packet) {
   return hash;
 }
 
-// The last decisions of a thread. The packets of a connection often follow each other, and differ
-// in no field that a rule asks for.
+// The last decisions of a thread. Packets of a connection often come one after the other, and have
+// the same values in all fields that rules test.
 struct LastDecisions {
   struct Slot {
     std::uint64_t serial = 0;  // of the group; 0 if the slot is free
@@ -50,7 +50,7 @@ struct LastDecisions {
   std::array<Slot, 256> slots;
 
   // The entries that may take a packet depend only on the answers to their constraints. Many
-  // packets have the same answers, so the search for possible takers is made once for all of them.
+  // packets have the same answers, so one search for possible takers serves all these packets.
   struct Narrowed {
     std::vector<std::uint32_t> entries;
     bool may_be_none, at_most;

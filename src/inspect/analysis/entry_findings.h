@@ -28,7 +28,7 @@ class EntryFindings {
 };
 
 // Names entries: "entry 10", "entries 10, 20 and 30" or "entries 1, 2, 3, 4 and 60 more". `others`
-// says that there are entries beside those of `ids`: "entries 10, 20 and others".
+// is true if there are more entries than those in `ids`: "entries 10, 20 and others".
 std::string entriesText(const std::vector<std::uint32_t>& ids, bool others = false);
 
 }  // namespace FiltersInspect

@@ -13,12 +13,13 @@
 
 namespace FiltersInspect {
 
-// The number of ranges that may be looked at to find overlapping rules, if each rule may use
+// The number of ranges that may be examined to find overlapping rules, if each rule may use
 // `max_steps` steps.
 std::uint64_t looksFor(std::uint64_t max_steps);
 
-// Makes cuts for many rules. Each rule may use `max_steps` steps. All rules together may use twenty
-// times this number, or a thousandth of the number of rules times this number if that is more.
+// Makes cuts for many rules. Each rule may use `max_steps` steps. All rules together may use the
+// larger of two numbers: twenty times `max_steps`, and `max_steps` times a thousandth of the number
+// of rules.
 class Cuts {
  public:
   Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules, const Progress* progress);
@@ -27,8 +28,8 @@ class Cuts {
                    Cut::Watcher* watcher = nullptr) {
     return runFor(of_one_, sets, candidates, true, watcher);
   }
-  // The same with few steps, to find a packet to show. If no packet is found, the caller can show
-  // another one.
+  // Does the same with few steps, to find an example packet. If none is found, the caller has
+  // another example.
   Cut::Outcome runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher);
   // Like Cut::run() without `quick`, so that the watcher is called for every part.
@@ -36,7 +37,7 @@ class Cuts {
                           Cut::Watcher* watcher) {
     return runFor(of_one_, sets, candidates, false, watcher);
   }
-  // The last cut, for what may be asked of it after kLeft and kStopped.
+  // The last cut, for callers that need its part after kLeft or kStopped.
   const Cut& cut() const { return cut_; }
  private:
   Cut::Outcome runFor(std::uint64_t steps, const std::vector<SetId>& sets,

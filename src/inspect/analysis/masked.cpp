@@ -67,8 +67,8 @@ unsigned Masked::lengthForAll() const {
 }
 
 // If the complement of the mask is a prefix (a wildcard mask), the complement was meant. Otherwise
-// the mask without its hole was meant. If the value is the first of a larger block, the mask of
-// that block is named first.
+// a mask without the hole was meant. If the value is the lowest address of a larger block, the mask
+// of that block is named first.
 std::string Masked::meantMasks() const {
   AddressBytes wildcard = prefixMask(bits());
   for (std::size_t i = 0; i < size; ++i) wildcard[i] = static_cast<unsigned char>(~mask[i]);

@@ -22,13 +22,14 @@ struct Masked {
   // True if every address that the mask lets through begins with the first `length` bits of
   // `first`.
   bool isOf(unsigned char first, unsigned length) const;
-  // True if the mask has a 0 before a 1, and is none of the usual masks of this kind. Usual are
-  // masks of the group bit and the local bit of MAC addresses (IEEE 802), and of IPv6 interface
-  // identifiers behind any prefix.
+  // True if the mask has a 0 before a 1, and is not a usual mask of this kind. Two kinds are usual:
+  // masks of the group bit and the local bit of MAC addresses (IEEE 802), and masks of IPv6
+  // interface identifiers after any prefix.
   bool hasHole() const;
   // The length of the shortest usual prefix that covers every 1 of the value.
   unsigned lengthForAll() const;
-  // The masks that were probably meant by a mask with a hole: "255.255.255.240 or 255.255.255.248".
+  // The masks that the sender probably meant by a mask with a hole: "255.255.255.240 or
+  // 255.255.255.248".
   std::string meantMasks() const;
 };
 

@@ -96,8 +96,9 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
       std::upper_bound(begins.values.begin(), begins.values.end(), last) - begins.values.begin());
   const auto ended = static_cast<std::size_t>(
       std::lower_bound(ends.values.begin(), ends.values.end(), first) - ends.values.begin());
-  // Keeps only what is in the smallest stored bit set with all hulls that begin at or before
-  // `last`. Then removes what is in the largest stored bit set whose hulls all end before `first`.
+  // Keeps only the hulls in the smallest stored bit set that has all hulls that begin at or before
+  // `last`. Then removes the hulls in the largest stored bit set whose hulls all end before
+  // `first`.
   const std::size_t above = (begun + distance_ - 1) / distance_, below = ended / distance_;
   const Word* begunMark = begins.marks.data() + above * words_;
   const Word* endedMark = ends.marks.data() + below * words_;
@@ -113,7 +114,7 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
     }
   }
   if (any == 0) return false;
-  // Then removes the few hulls between a stored bit set and the exact place.
+  // Then removes the few hulls between a stored bit set and the exact position.
   const auto remove = [this](std::uint32_t i) { left_[i / kBits] &= ~(Word{1} << i % kBits); };
   const std::size_t last_begun = std::min(above * distance_, begins.positions.size());
   for (std::size_t k = begun; k < last_begun; ++k) remove(begins.positions[k]);

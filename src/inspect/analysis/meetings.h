@@ -1,14 +1,15 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_MEETINGS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_MEETINGS_H_
 
-// Finds the sets of a list that meet another set, that is, have a packet in common with it.
+// Finds the sets of a list that meet another set. Two sets meet if they have a packet in common.
 //
 // In each dimension a set has a hull, from its lowest to its highest rank. Two hulls overlap if
-// neither begins after the end of the other. For each of the two conditions, a dimension keeps the
-// hulls sorted. At regular distances in the sorted list it stores a bit set of all hulls up to that
-// place. The few hulls between two bit sets are looked at one by one. The answer is the
-// intersection of two bit sets for each constrained dimension. The cost of an answer grows with the
-// length of the list, but for 100,000 sets it is only a few thousand machine words.
+// neither begins after the end of the other. A dimension keeps the hulls in two sorted lists: by
+// their beginning, and by their end. At regular intervals in each list it stores a bit set of all
+// hulls up to that position. The few hulls between two bit sets are examined one by one. The answer
+// is the intersection of two bit sets for each constrained dimension. The cost of an answer grows
+// with the length of the list, but even for 100,000 sets only a few thousand machine words are
+// read.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +21,7 @@ namespace FiltersInspect {
 
 class Meetings {
  public:
-  // Comparing sets of many ranges takes long, so the number of ranges looked at is limited.
+  // Comparing sets of many ranges takes long, so the number of examined ranges is limited.
   Meetings(const Space& space, std::vector<SetId> sets, std::uint64_t max_looks);
   std::size_t size() const { return sets_.size(); }
 
@@ -30,10 +31,10 @@ class Meetings {
                std::vector<std::uint32_t>* positions);
   // Returns at least the number of positions that meeting() would append.
   std::size_t count(SetId set, std::size_t begin, std::size_t end);
-  // The same as meeting() for the sets that may have this packet: its ranks lie within their hulls.
+  // Like meeting(), for the sets that may contain this packet: its ranks are within their hulls.
   void mayHold(const Point& point, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
-  // The same as meeting() for sets that hold all of `set`.
+  // Like meeting(), for sets that contain all of `set`.
   void holding(SetId set, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
  private:

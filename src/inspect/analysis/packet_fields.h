@@ -17,20 +17,20 @@ struct PacketFields {
   using Field = Packet::Field;
   using Value = std::array<std::uint64_t, 2>;
 
-  // All fields that are told, in the order of their numbers.
+  // All known fields, in the order of their numbers.
   static const std::vector<Field>& of(const Packet& packet) { return packet.fields_; }
 
   static void reserve(Packet* packet, std::size_t fields) { packet->fields_.reserve(fields); }
 
-  // Null if the field is not told.
+  // Null if the field is unknown.
   static const Field* find(const Packet& packet, std::uint8_t number) {
     const auto at =
         std::lower_bound(packet.fields_.begin(), packet.fields_.end(), number, isBefore);
     return at != packet.fields_.end() && at->number == number ? &*at : nullptr;
   }
 
-  // Tells a field; no value means that the packet lacks it. Returns false, and changes nothing, if
-  // the field is already told.
+  // Makes a field known. No value means that the packet lacks the field. Returns false, and changes
+  // nothing, if the field is already known.
   static bool tell(Packet* packet, std::uint8_t number, const std::optional<Value>& value) {
     auto& all = packet->fields_;
     const auto at = std::lower_bound(all.begin(), all.end(), number, isBefore);

@@ -157,7 +157,7 @@ Packet packetOf(const Space& space, const Point& point, const std::vector<bool>*
     const auto field = static_cast<std::uint8_t>(half->first / 2);
     std::optional<FieldValue> whole;
     if (half->first % 2 != 0) {
-      // The lower half of an address can be constrained without the upper one.
+      // The lower half of an address can be constrained although the upper half is not.
       whole = FieldValue{packetFields()[field].usual[0][0], half->second.value_or(0)};
     } else if (half->second) {
       whole = FieldValue{*half->second, 0};
@@ -170,7 +170,7 @@ Packet packetOf(const Space& space, const Point& point, const std::vector<bool>*
     if (shown == nullptr || (*shown)[field]) PacketFields::tell(&packet, field, whole);
   }
   complete(&packet);
-  // If no set has a constraint, any packet will do, but it must have at least one field.
+  // If no set has a constraint, any packet can be returned, but it must have at least one field.
   if (PacketFields::of(packet).empty()) PacketFields::tell(&packet, 0, packetFields()[0].usual[0]);
   return packet;
 }

@@ -68,8 +68,8 @@ void shorten(FieldSet* field, unsigned width) {
 
 // --- Reading -------------------------------------------------------------------------------------
 
-// A field as it is written. The word `dscp` is another way to write the ToS: the two bits of its
-// congestion notification are 0, as in a rule with this word.
+// A field in the form in which it is written. The word `dscp` is another notation for a ToS byte
+// whose two ECN bits are 0, as in a rule with this word.
 struct Written {
   explicit Written(std::string_view its_name)
       : name(its_name),
@@ -109,7 +109,7 @@ std::string noSuchField(std::string_view name) {
   return "there is no such field" + suggestion(name, names, "filter-inspect names fields");
 }
 
-// The tos of each dscp.
+// For each dscp, the ToS byte.
 FieldSet asTos(const FieldSet& dscps) {
   if (dscps.form == FieldSet::Form::kMasked) {
     const ValuePair& one = dscps.values[0];
@@ -128,7 +128,7 @@ FieldSet asTos(const FieldSet& dscps) {
   return field;
 }
 
-// Reads what may stand behind the name of a field in a set: a mask, a range or a list.
+// Reads the value of a field in a set, which may have a mask or be a range or a list.
 class RoomReader {
  public:
   struct Fault {
@@ -174,7 +174,8 @@ class RoomReader {
     }
   }
 
-  // Names may have hyphens too, so every hyphen of a range is tried as the one between its ends.
+  // Names of values may contain hyphens, so every hyphen of a range is tried as the separator of
+  // its ends.
   void readItem(std::string_view item) {
     if (const auto value = written_.parse(item)) return add({*value, *value});
     const std::size_t slash = item.find('/');
@@ -410,7 +411,7 @@ FieldValue lastBefore(FieldValue value, unsigned width) {
   return value;
 }
 
-// Each mask has as many free bits as fit at its place in the range.
+// Each mask has as many free bits as fit at its position in the range.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks) {
   for (FieldValue first = range.first;; first = nextOf(first, width)) {
     unsigned free = 0;

@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_ANALYSIS_PACKET_WORDS_H_
 
 // Packets and packet sets as words: "ttl=1", "src_ipv4=10.0.0.0/8", "pcp={1,4-6}", "tpid=none".
-// A packet is a set whose fields all have one value, so both have one parser.
+// A packet is a set in which each field has one value, so packets and sets have the same parser.
 
 #include <cstddef>
 #include <cstdint>
@@ -25,11 +25,11 @@ struct ValuePair {
   FieldValue first, last;
 };
 
-// The values that a field has in the packets of a set. Equal values have one form only:
+// The values that a field has in the packets of a set. The same set of values always has the same
+// form:
 // - kLacks: the packets lack the field, and `values` is empty.
 // - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. The
 //   same values would need more than kMostRanges ranges.
-//   ranges the values would be more than kMostRanges.
 struct FieldSet {
   enum class Form : std::uint8_t { kLacks, kRanges, kMasked };
   static constexpr std::size_t kMostRanges = 16;
@@ -48,10 +48,11 @@ std::optional<std::vector<FieldSet>> parsePacketWords(std::string_view text, Wor
 
 // The values that a field of this width has under a mask.
 FieldSet fieldUnder(std::uint8_t number, FieldValue value, const FieldValue& mask, unsigned width);
-// Gives a field of form kRanges, with any ranges in any order, the form for its values.
+// Takes a field of form kRanges, with any ranges in any order, and gives it the right form for its
+// values.
 void joinRanges(FieldSet* field, unsigned width);
 
-// Appends the word of a field, which reads back as the same set.
+// Appends the word of a field. Reading the word gives the same set.
 void appendWord(const FieldSet& field, std::string* out);
 
 // --- Numbers of up to 128 bits -------------------------------------------------------------------
@@ -66,7 +67,7 @@ FieldValue lastBefore(FieldValue value, unsigned width);
 
 // Appends the smallest number of masks without holes that together take exactly a range.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks);
-// The same for the values that are in none of these ascending ranges.
+// Does the same for all values outside of these ascending ranges.
 void appendGaps(const std::vector<ValuePair>& ranges, unsigned width,
                 std::vector<ValuePair>* masks);
 

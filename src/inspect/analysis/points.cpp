@@ -21,7 +21,7 @@ Point Points::pointOf(const std::vector<SetId>& sets, unsigned which) {
   return point;
 }
 
-// The ranks of one dimension that all sets have.
+// The ranks of one dimension that all sets have in common.
 void Points::findCommon(const std::vector<SetId>& sets, std::uint32_t dimension) {
   shared_.assign(1, {0, static_cast<std::uint32_t>(space_.size(dimension) - 1)});
   for (SetId set : sets) {

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_POINTS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_POINTS_H_
 
-// Chooses a few packets of a set. They show at once what most rules are.
+// Chooses a few packets of a set. Trying them is enough to judge most rules.
 
 #include <cstdint>
 #include <vector>
@@ -13,8 +13,8 @@ namespace FiltersInspect {
 class Points {
  public:
   explicit Points(const Space& space) : space_(space) {}
-  // Returns a packet that is in all sets. There must be one. For `which` = 0 it is a packet that
-  // people expect, otherwise another one.
+  // Returns a packet that is in all sets. There must be one. For `which` = 0 it is a packet with
+  // usual values. Other numbers give other packets.
   Point pointOf(const std::vector<SetId>& sets, unsigned which);
   bool haveCommon(const std::vector<SetId>& sets);
  private:

@@ -14,8 +14,8 @@
 
 namespace FiltersInspect {
 
-// Prepares the entries of one or more groups. Equal matches of different groups have the same
-// number, and equal treatments too.
+// Prepares the entries of one or more groups. Equal matches of different groups get the same
+// number, and equal treatments get the same number.
 class Preparer {
  public:
   // Returns the entries in this order.

@@ -98,7 +98,7 @@ class Reader {
     asked_.which = static_cast<std::uint8_t>(which);
   }
 
-  // Returns nothing if the match does not constrain the field after all.
+  // Returns nothing if this match does not constrain the field.
   std::optional<Asked> read() {
     switch (packet_.test) {
       case FieldTest::kNone:
@@ -184,7 +184,7 @@ class Reader {
 
   bool readSet() {
     const std::vector<std::uint64_t> set = numbers(row_.fields[0]);
-    // A match that excludes kinds of port and names no ports asks nothing of this field.
+    // A match that excludes kinds of port and names no ports does not constrain this field.
     const bool leavesOut = row_.packet[1].test == FieldTest::kNotIn;
     if (set.empty() && leavesOut && !numbersIn(match_, row_.fields[1]).empty()) return false;
     if (set.empty()) openToAnything("its set is empty");

@@ -31,7 +31,7 @@ struct FieldRow {
   std::vector<FieldValue> usual;  // the usual values, at least one
 };
 
-// Every field that forms.def names, once each, in the order of its rows.
+// The fields that forms.def names, each field once, in the order of the rows.
 const std::vector<FieldRow>& packetFields();
 std::optional<std::uint8_t> packetField(std::string_view name);
 
@@ -39,28 +39,29 @@ std::optional<FieldValue> parseField(const FieldRow& row, std::string_view text)
 void appendField(const FieldRow& row, const FieldValue& value, std::string* out);
 
 // A space has two fields for each field of a packet. Half 0 holds the upper 64 bits of an IPv6
-// address, or the whole of another value. Half 1 holds the lower 64 bits of an IPv6 address. If the
-// packet lacks the field, only half 0 is lacking.
+// address, or the whole value of any other field. Half 1 holds the lower 64 bits of an IPv6
+// address. If the packet lacks the field, only half 0 is absent.
 constexpr std::uint32_t halfOf(std::uint32_t field, unsigned half) { return 2 * field + half; }
 std::vector<Space::Field> spaceFields();
 
 // --- Readings ------------------------------------------------------------------------------------
 
-// The constraints of a match on one field. A half with constraints must meet at least one of them.
+// The constraints of a match on one field. If a half has constraints, its value must meet at least
+// one of them.
 struct Asked {
   std::uint8_t field;
   std::uint8_t which;           // the first or second field of the match
   std::vector<Constraint> may;  // what it takes under some reading
-  // A sentence that says why the match has several readings. It is null if the match has only one.
-  // If `open` is not null, `must` is what every reading takes, and an empty `must` means that no
-  // packet is taken by every reading.
+  // A sentence that says why the match has several readings. It is null if the match has only one
+  // reading. If `open` is not null, `must` has the constraints that hold under every reading. An
+  // empty `must` then means that the match takes no packet under every reading.
   const char* open = nullptr;
   std::vector<Constraint> must;
   std::uint32_t match = 0;  // for an open match: equal matches have the same number
 };
 
-// Numbers for open matches, that is, for those with several readings. Equal matches get equal
-// numbers, since they take the same packets however the device reads them.
+// Numbers for open matches, which are matches with several readings. Equal matches get equal
+// numbers, since they take the same packets under every reading.
 class MatchNumbers {
  public:
   std::uint32_t numberOf(const MatchPB& match);
@@ -68,7 +69,8 @@ class MatchNumbers {
   std::map<std::string, std::uint32_t> numbers_;
 };
 
-// Appends what a match asks. Appends nothing for a match that takes every packet or has no class.
+// Appends the constraints of a match. Appends nothing for a match that takes every packet or has no
+// class.
 void appendAsked(const MatchPB& match, std::vector<Asked>* asked, MatchNumbers* numbers);
 
 // True if the value meets one of the constraints.

@@ -9,7 +9,7 @@ namespace FiltersInspect {
 namespace {
 
 // Returns the smallest number that is at least `least` and has this value under the mask. Returns
-// nothing if no number of this width does.
+// nothing if there is no such number of this width.
 std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask, unsigned width,
                                         std::uint64_t least) {
   const auto low = [](unsigned bits) { return bits == 0 ? 0 : ~std::uint64_t{0} >> (64 - bits); };
@@ -18,7 +18,7 @@ std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask,
   unsigned bit = width - 1;  // the highest wrong one
   while ((wrong >> bit & 1) == 0) --bit;
   if ((value >> bit & 1) == 0) {
-    // The number becomes larger at the lowest bit above this one that is free and 0.
+    // The number must become larger. The lowest bit above this one that is free and 0 becomes 1.
     const std::uint64_t fixed = mask | least;
     for (++bit; bit < width && (fixed >> bit & 1) != 0; ++bit) {
     }
@@ -28,8 +28,8 @@ std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask,
   return (least & ~low(bit + 1)) | here | (value & low(bit + 1));
 }
 
-// A lower half under an empty mask gets no constraint. The upper half always gets one, since it
-// says that the packet has the field.
+// A lower half under an empty mask gets no constraint. The upper half always gets a constraint,
+// since this means that the packet has the field.
 void appendMasked(std::uint8_t field, const ValuePair& masked, std::vector<Constraint>* out) {
   out->push_back({halfOf(field, 0), Asks::kMasked, masked.first[0], masked.last[0]});
   if (masked.last[1] == 0) return;
@@ -107,11 +107,11 @@ void RuleSpace::addSets() {
   for (const auto& fields : fields_of_sets_) sets_.push_back(placed(fields));
 }
 
-// A field that is divided into dimensions cannot have ranges. So if a rule has a mask with holes,
-// and the set has ranges, the gaps between the ranges are subtracted, as masks. If a rule has
-// ranges, and the set has a mask with holes, the set gets one value of each range that the rules do
-// not divide further. The ranges of an IPv6 address are not products of its halves, so their gaps
-// are subtracted too.
+// A field that is divided into dimensions cannot have ranges. If a rule has a mask with holes and
+// the set has ranges, the gaps between the ranges are subtracted as masks. If a rule has ranges and
+// the set has a mask with holes, the set gets one value of each range that the rules do not divide
+// further. The ranges of an IPv6 address are not products of its halves, so their gaps are
+// subtracted too.
 SetAmongRules RuleSpace::placed(const std::vector<FieldSet>& fields) {
   SetAmongRules set;
   std::vector<Constraint> core;

@@ -4,10 +4,10 @@
 // Rules as sets of packets. Each rule has two sets: the packets that it must take (under every
 // reading), and the packets that it may take (under some reading).
 //
-// A match that two rules share takes the same packets for both, however the device reads it. So if
-// one of the rules takes a packet, the match holds for the other rule too. For example, nobody
-// knows which packets `tos=184` takes. But if a rule with this match takes a packet, then another
-// rule with only this match surely takes it too.
+// A match that two rules share takes the same packets in both rules, under every reading. So if one
+// of the rules takes a packet, this match of the other rule takes it too. For example, it is not
+// known which packets `tos=184` takes. But if a rule with this match takes a packet, then another
+// rule with only this match certainly takes it too.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,11 +20,11 @@
 
 namespace FiltersInspect {
 
-// A packet set among rules: the packets of `core` that are in none of `outside`.
+// A packet set to compare with rules: the packets of `core` that are in no set of `outside`.
 struct SetAmongRules {
   SetId core = kNothing;
   std::vector<SetId> outside;
-  // True if the set has one value of some field in place of all values that no rule tells apart.
+  // True if the set has one value of some field in place of all values that no rule distinguishes.
   bool is_sample = false;
 };
 
@@ -38,20 +38,21 @@ class RuleSpace {
 
   const Space& space() const { return space_; }
   const std::vector<SetId>& shapes() const { return shapes_; }
-  // The number of constrained fields that a shape lacks.
+  // For a shape, the number of constrained fields that it does not have.
   std::size_t lacking(std::size_t shape) const { return lacking_[shape]; }
   std::size_t size() const { return rules_.size(); }
   SetId must(std::uint32_t rule) const { return rules_[rule].must; }
   SetId may(std::uint32_t rule) const { return rules_[rule].may; }
   const SetAmongRules& set(std::size_t number) const { return sets_[number]; }
-  // Says for each field if some rule constrains it.
+  // For each field, whether some rule constrains it.
   const std::vector<bool>& fieldsOfRules() const { return fields_of_rules_; }
 
   // The packets that a rule must take, among those that all rules of `takers` take. The set lives
-  // until forget(), and says nothing about other packets.
+  // until forget(). It is not valid for other packets.
   SetId mustBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers);
   void forget() { space_.forget(sealed_); }
-  // True if all readings of the rule agree about each packet that all of `takers` take.
+  // True if all readings of the rule give the same result for each packet that all of `takers`
+  // take.
   bool isSettledBeside(std::uint32_t rule, const std::vector<std::uint32_t>& takers) const;
  private:
   struct OpenMatch {

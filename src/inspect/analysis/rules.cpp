@@ -16,10 +16,10 @@ std::uint32_t numberOf(std::string text, std::map<std::string, std::uint32_t>* n
   return numbers->emplace(std::move(text), next).first->second;
 }
 
-// A mask with holes divides its field into dimensions, and a field so divided cannot have ranges.
-// So within one group, a field has either ranges or masks with holes. If two groups of different
-// types are compared, a field can have both. A mask with holes is then treated as open, that is, as
-// a value with several readings: it may take anything.
+// A mask with holes divides its field into dimensions, and such a field cannot have ranges. So
+// within one group, a field has either ranges or masks with holes. If two groups of different types
+// are compared, a field can have both. A mask with holes is then treated as a value with several
+// readings, which may take any packet.
 void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* all) {
   static const std::vector<Space::Field> fields = spaceFields();
   for (Asked& asked : *all) {

@@ -27,19 +27,19 @@ struct Rule {
   SetId must, may;          // the packets that it takes under every reading, or under some
   std::uint32_t matches;    // equal for equal matches, in both groups
   std::uint32_t treatment;  // equal for equal treatments
-  // Positions of rules: those before `ranks_begin` come first, those from `ranks_end` on come
-  // later, and the rules between have equal rank.
+  // Positions of rules: rules before `ranks_begin` come first, rules from `ranks_end` on come
+  // later, and the rules between these positions have equal rank.
   std::uint32_t ranks_begin, ranks_end;
 };
 
-// The rules of up to two groups, and packet sets beside them.
+// The rules of up to two groups, and packet sets that are compared with the rules.
 class Rules {
  public:
   Rules(std::initializer_list<const FiltersCommon::FiltersGroup*> groups, Order order,
         std::vector<std::vector<FieldSet>> sets = {});
   RuleSpace& space() { return space_; }
   const std::vector<Rule>& of(std::size_t group) const { return rules_[group]; }
-  // Made of the packets that each rule of the group may take.
+  // An index of the packets that each rule of the group may take.
   Meetings meetingsOf(std::size_t group, std::uint64_t max_looks) const;
  private:
   void read(const FiltersCommon::FiltersGroup& group, Order order);

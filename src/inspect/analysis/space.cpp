@@ -119,8 +119,8 @@ void Space::forget(SetId count) {
   terms_.resize(sets_.back());
 }
 
-// Seen from the top bit, a part begins wherever some mask goes from 0 to 1. Parts in which no mask
-// has a bit are left out, but a constrained field keeps one part.
+// From the highest bit down, a part begins wherever a mask changes from 0 to 1. Parts in which no
+// mask has a bit are left out, but a constrained field keeps one part.
 void Space::divideFields() {
   struct Use {
     bool asked = false;
@@ -170,7 +170,8 @@ std::uint32_t Space::rankOf(const Part& part, std::uint64_t value) {
   return static_cast<std::uint32_t>(found - part.starts.begin() - 1);
 }
 
-// A rank begins at the first value of each range, and at the value after its last one.
+// A rank begins at the first value of each range, and at the value after the last value of each
+// range.
 void Space::findRanks() {
   std::vector<std::size_t> crowded(parts_.size(), 1024);  // sizes from which duplicates are removed
   for (std::size_t k = 0; k + 1 < asks_.size(); ++k) {
@@ -305,8 +306,9 @@ std::uint32_t Space::best(std::size_t dimension, const Range* ranges, std::size_
   return found != usual.end() ? *found : ranges[0].first;
 }
 
-// A usual value of the rank if there is one. Otherwise the lowest value of the rank, or the odd
-// value after that if the rank has it, because it looks more like the number of a host or port.
+// A usual value of the rank if there is one. Otherwise the lowest value of the rank. If that is
+// even and the rank has the next value, the result is the next value, because an odd number looks
+// more like a host or port.
 std::uint64_t Space::shown(const Part& part, std::uint32_t rank) const {
   for (std::size_t i = 0; i < part.usual.size(); ++i) {
     if (part.usual[i] == rank) return fields_[part.field].usual[i] & part.bits;

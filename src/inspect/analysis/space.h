@@ -2,17 +2,17 @@
 #define FILTER_INSPECT_SRC_ANALYSIS_SPACE_H_
 
 // Sets of packets, and questions about them. For example: do some sets together hold all packets of
-// another one? Nothing here knows what a field means.
+// another set? This file does not depend on the meaning of the fields.
 //
 // A packet has a value in each field, or lacks the field. A set is a product: it constrains some
 // fields, and a packet is in the set if each of these fields has a value that the set allows. A
-// packet that lacks a constrained field is not in the set. Two steps make it cheap to intersect and
+// packet that lacks a constrained field is not in the set. Two ideas make it cheap to intersect and
 // subtract such sets:
 //
-// - A field under masks is divided into parts. Seen from the top bit, a new part begins wherever
-//   some mask goes from 0 to 1. Within a part every mask is a prefix, so a value under that mask is
-//   a range of values. A part, or a field that is not divided, is a dimension.
-// - Values of a dimension that no set tells apart share a rank. The last rank belongs to packets
+// - A field under masks is divided into parts. From the highest bit down, a new part begins
+//   wherever a mask changes from 0 to 1. Within a part every mask is a prefix, so a value under
+//   that mask is a range of values. A part, or a field that is not divided, is a dimension.
+// - Values of a dimension that no set distinguishes share a rank. The last rank belongs to packets
 //   that lack the field. For each dimension, a set is then a list of ranges of ranks.
 
 #include <cstddef>
@@ -36,7 +36,7 @@ struct Constraint {
   std::uint64_t first, last;
 };
 
-// True if no 1 stands after a 0 in a mask of this width.
+// True if a mask of this width has no 1 after a 0.
 constexpr bool isPrefix(std::uint64_t mask, unsigned width) {
   const std::uint64_t zeros = ~mask & ~std::uint64_t{0} >> (64 - width);
   return (zeros & (zeros + 1)) == 0;
@@ -59,19 +59,19 @@ class Space {
   // If some set has a range on a field, all masks on that field must be prefixes.
   explicit Space(std::vector<Field> fields) : fields_(std::move(fields)) {}
 
-  // A set may give a field one mask, or say that it is lacking, or give it any number of ranges.
-  // One of the ranges must then hold. Add all sets before seal(), and ask all questions after it.
+  // A set may require that a field matches one mask, that the field is absent, or that the value is
+  // in one of several ranges. Add all sets before seal(), and ask all questions after it.
   SetId add(std::vector<Constraint> constraints);
-  // Says that there are packets without this field.
+  // Declares that there are packets without this field.
   void mayLack(std::uint32_t field) { fields_[field].may_lack = true; }
-  // The first values of the ranges and masks that have been added for a field, and the values after
-  // their last ones, in ascending order. No mask may have a hole.
+  // The values at which the ranges and masks of a field begin, and the values after their ends, in
+  // ascending order. No mask may have a hole.
   std::vector<std::uint64_t> startsOf(std::uint32_t field) const;
   void seal();
 
   // Adds a copy of a set without its constraints on these fields.
   SetId addWithout(SetId set, const std::vector<std::uint32_t>& fields);
-  // Removes all sets but the first `count`.
+  // Removes all sets except the first `count`.
   SetId count() const { return static_cast<SetId>(sets_.size() - 1); }
   void forget(SetId count);
 
@@ -104,7 +104,7 @@ class Space {
   const Term* end(SetId set) const { return terms_.data() + sets_[set + 1]; }
   const Range* ranges() const { return ranges_.data(); }
 
-  // If `looks` is given, adds the number of ranges that were looked at.
+  // If `looks` is given, adds the number of examined ranges to it.
   bool meet(SetId a, SetId b, std::uint64_t* looks = nullptr) const;
   bool holds(SetId outer, SetId inner) const;
   bool isIn(SetId set, const Point& point) const;
@@ -116,7 +116,7 @@ class Space {
   std::vector<std::pair<std::uint32_t, std::optional<std::uint64_t>>> valuesOf(
       const Point& point) const;
 
-  // A dimension is about these bits of a field.
+  // The field of a dimension, and the bits of this field that the dimension has.
   std::uint32_t fieldOf(std::size_t dimension) const { return parts_[dimension].field; }
   std::uint64_t bitsOf(std::size_t dimension) const { return parts_[dimension].bits; }
   // True if the rank belongs to packets that lack the field.

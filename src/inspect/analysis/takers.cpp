@@ -14,7 +14,7 @@ using namespace FiltersCommon;
 
 namespace {
 
-// The number of steps that finding the possible candidates of one packet may take.
+// The limit of steps for finding the possible candidates of one packet.
 constexpr std::uint64_t kSteps = 20000;
 
 // True if every packet with the field meets the constraint, because the mask is 0.
@@ -26,8 +26,8 @@ bool surelyHolds(const Asked& asked) {
          std::all_of(asked.may.begin(), asked.may.end(), takesAll);
 }
 
-// The entries that may take the packet, in their order, as rules on the unknown fields. An entry is
-// possible if it takes some packet that no earlier entry takes.
+// The entries that may take the packet, in their order, as rules that constrain only the unknown
+// fields. An entry is possible if it takes some packet that no earlier entry takes.
 class Candidates {
  public:
   Candidates(const std::vector<const PreparedEntry*>& entries, const Packet& packet)

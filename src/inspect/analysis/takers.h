@@ -20,14 +20,14 @@ struct PreparedEntry {
   std::size_t treatment;  // the index in the list of different treatments
   std::vector<Asked> asked;
   std::uint64_t fields;  // a bit for each of these fields
-  // True if a packet that has all of these fields is surely taken by the entry or surely missed: no
-  // match has several readings.
+  // True if no match has several readings. For a packet whose fields are all known, it is then
+  // certain if the entry takes it.
   bool closed;
 };
 PreparedEntry prepare(std::uint64_t rank, FiltersCommon::filtersEntryId_t id, std::size_t treatment,
                       std::vector<Asked> asked);
 
-// The answer of a packet to one constraint.
+// Whether a packet meets one constraint.
 enum class Answer : std::uint8_t {
   kNo,      // it does not hold
   kYes,     // it holds under every reading
@@ -36,15 +36,15 @@ enum class Answer : std::uint8_t {
 };
 Answer answerTo(const Asked& asked, const Packet& packet);
 
-// The same for all constraints of an entry.
+// Whether a packet meets all constraints of an entry.
 Hit hitOf(const PreparedEntry& entry, const Packet& packet);
 
-// The constraints that the told fields leave open. If a told value meets a constraint under some
-// reading only, the match stays, and may take every packet.
+// The constraints that the known fields do not decide. If a known value meets a constraint only
+// under some reading, the match stays, and may take every packet.
 std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet);
 
-// The entries that can be the first to take a packet. Each can for some reading, and for some
-// values of the fields that are not told.
+// The entries that can be the first to take a packet. For each of them, some reading and some
+// values of the unknown fields exist for which it is the first.
 struct PossibleTakers {
   std::vector<const PreparedEntry*> entries;  // in their order
   bool may_be_none = true;                    // perhaps no entry takes the packet

@@ -10,7 +10,8 @@
 
 namespace FiltersInspect {
 
-// The bytes of several messages in a row. Two lists of messages are equal if their bytes are.
+// The bytes of several messages, one after the other. Two lists of messages are equal if their
+// bytes are equal.
 template <class Messages>
 std::string bytesOf(const Messages& messages) {
   std::string bytes;
@@ -21,8 +22,8 @@ std::string bytesOf(const Messages& messages) {
   return bytes;
 }
 
-// Two entries treat packets alike if their keys are equal. The text is for people, for example
-// "permit, set_pcp=5, policer 10 ingress", and may leave out details.
+// Two entries treat packets in the same way if their keys are equal. The text is for people, for
+// example "permit, set_pcp=5, policer 10 ingress", and may leave out details.
 std::string treatmentKey(const FiltersCommon::FiltersEntryPB& entry);
 std::string treatmentText(const FiltersCommon::FiltersEntry& entry);
 

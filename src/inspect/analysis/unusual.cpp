@@ -17,7 +17,7 @@ namespace {
 
 using namespace FiltersCommon;
 
-// --- What is known of values ---------------------------------------------------------------------
+// --- Tables of values ----------------------------------------------------------------------------
 
 // The headers of IPv6 in IANA's registry: hop-by-hop options, routing, fragment, ICMP, no next
 // header, and destination options.
@@ -25,7 +25,8 @@ constexpr std::uint32_t kOfIPv6[] = {0, 43, 44, 58, 59, 60};
 constexpr std::uint32_t kTcp = 6;
 constexpr std::uint32_t kReservedVlan = 4095;  // IEEE 802.1Q; 0 is for frames that carry only a PCP
 
-// Numbers that hardly anybody means. A rule that denies such packets may still be a usual one.
+// Numbers that senders hardly ever mean. A rule that denies packets with such a number can be
+// usual.
 struct OddNumber {
   filtersMatch_t code;
   bool even_if_denied;
@@ -58,8 +59,8 @@ constexpr OddNumber kOddNumbers[] = {
     {FILTERS_MATCH_TPID, true, 9100, 9100, "it is 9100 in decimal; write 0x9100"},
 };
 
-// Addresses and ports that cannot be a source, or cannot be a destination. These are all addresses
-// that begin with the first bits of this byte.
+// Addresses and ports that cannot be a source, or cannot be a destination. A row stands for all
+// addresses that begin with the first bits of its byte.
 struct NoAddress {
   filtersMatch_t code;
   bool even_if_denied;
@@ -88,7 +89,7 @@ constexpr NoAddress kNoAddresses[] = {
     {FILTERS_MATCH_SRC_L4_PORT, false, 0, 16, kPortZero},
 };
 
-// Actions with a number that has fewer values than its field can hold.
+// Actions whose number has a smaller limit than its field can hold.
 struct FewNumbers {
   filtersAction_t code;
   std::uint32_t most;
@@ -107,7 +108,7 @@ constexpr FewNumbers kFewNumbers[] = {
     {FILTERS_ACTION_MAP_TO_CPU_COS_QUEUE, 7, kEightQueues},
 };
 
-// Pairs of actions of which one undoes the other.
+// Pairs of actions in which one action cancels the effect of the other.
 constexpr std::pair<filtersAction_t, filtersAction_t> kContradictions[] = {
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_DENY},
     {FILTERS_ACTION_PERMIT, FILTERS_ACTION_BLACK_HOLE},
@@ -116,7 +117,7 @@ constexpr std::pair<filtersAction_t, filtersAction_t> kContradictions[] = {
     {FILTERS_ACTION_SET_INNER_PCP, FILTERS_ACTION_COPY_INNER_PCP},
 };
 
-// --- What is odd ---------------------------------------------------------------------------------
+// --- Reporting odd values ------------------------------------------------------------------------
 
 class Oddities {
  public:
@@ -156,7 +157,7 @@ class Oddities {
     }
     return nullptr;
   }
-  // The number of a match that holds a single one.
+  // The number in a match that holds exactly one number.
   std::optional<std::uint32_t> numberOf(filtersMatch_t code) const {
     const MatchPB* match = held(code);
     if (match == nullptr) return std::nullopt;
@@ -172,8 +173,8 @@ class Oddities {
     finding->others = std::move(others);
     finding->message = std::move(message);
   }
-  // Reports what is odd about a value. The finding's message begins with the value as the text form
-  // writes it.
+  // Reports the reason why a value is odd. The finding's message begins with the value as the text
+  // form writes it.
   void add(const MatchPB& match, const std::string& why, std::vector<std::uint32_t> others = {}) {
     add(Subject::kMatch, match.type_(),
         quoted(valueText(*formOf(static_cast<filtersMatch_t>(match.type_())), match)) + why,
@@ -307,7 +308,7 @@ class Oddities {
       }
     }
     // A byte with ECN bits and a small DSCP is probably a DSCP that was written as a whole byte.
-    // Bytes below 4 match ECN alone.
+    // Bytes below 4 are not reported, because they match only ECN.
     if (match.type_() == FILTERS_MATCH_TOS && number > 3 && number < 64 && number % 4 != 0) {
       add(match, "the whole byte is DSCP " + std::to_string(number / 4) + " and ECN " +
                      std::to_string(number % 4) + "; write tos=" + std::to_string(4 * number) +
@@ -315,7 +316,7 @@ class Oddities {
     }
   }
 
-  // --- Matches beside each other ---
+  // --- Contradictions between matches ---
 
   void addTogether() {
     const MatchPB* all = held(FILTERS_MATCH_ALL);
@@ -429,7 +430,7 @@ class Oddities {
     add(Subject::kAction, code, "it stands beside " + std::string(nameOf(other)) + ", " + why,
         {other});
   }
-  // True if the action only cancels the switching to the CPU, so the packet may still be copied
+  // True if the action cancels only the switching to the CPU. The packet may then still be copied
   // there.
   bool isSwitchCancel(filtersAction_t code) const {
     const auto& actions = message_.actions_();

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_ANALYSIS_WITNESS_H_
 #define FILTER_INSPECT_SRC_ANALYSIS_WITNESS_H_
 
-// Chooses the example packet of a finding from sets of packets. Every packet in these sets shows
-// the finding.
+// Chooses the example packet of a finding from sets of packets. Every packet in these sets is a
+// correct example.
 
 #include <cstddef>
 #include <optional>
@@ -15,19 +15,19 @@
 
 namespace FiltersInspect {
 
-// Keeps the packet with the best shape: the shape of a real packet that has as many fields as
-// possible.
+// Keeps the packet with the best shape. A shape is better if it is that of a real packet and has
+// more fields.
 class Witness {
  public:
   explicit Witness(const RuleSpace& space) : space_(space), shape_(space.shapes().size()) {}
-  // Considers a packet of the part that the cut is at.
+  // Considers a packet of the current part of the cut.
   void consider(const Cut& cut);
   // Takes this packet if its shape is better.
   void take(Point point, std::size_t shape);
   void take(const Witness& other);
   std::size_t shape() const { return shape_; }  // its place in the space's list
   bool found() const { return point_.has_value(); }
-  // True if it is not worth while to search for a better packet.
+  // True if searching for a better packet is not worth the time.
   bool isGood() const {
     return shape_ < space_.shapes().size() &&
            (space_.lacking(shape_) == space_.lacking(0) || looks_ >= kLooks);

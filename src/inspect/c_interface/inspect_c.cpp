@@ -34,7 +34,7 @@ struct FiltersHits {
 
 namespace {
 
-// Returns the result of `work`, or a blank one if memory runs out.
+// Returns the result of `work`, or an empty result if memory runs out.
 template <class Work>
 auto guarded(Work work) noexcept -> decltype(work()) {
   try {
@@ -97,7 +97,7 @@ bool exists(Enum value) {
   return !nameOf(value).empty();
 }
 
-// The report of `explain` about objects; null if one of them is null.
+// Returns the report of `explain` about the objects, or null if one of the objects is null.
 template <class Explain, class... Objects>
 FiltersReport* explained(Explain explain, const Objects*... objects) {
   if (!(objects && ...)) return nullptr;
@@ -187,7 +187,7 @@ class Window : public std::streambuf {
   std::size_t length_ = 0;
 };
 
-// Fills the buffer with what `write` writes about the object. No locale changes it.
+// Fills the buffer with the output of `write` about the object. No locale changes it.
 template <class Object, class Write>
 std::size_t filled(const Object* object, char* out, std::size_t size, Write write) {
   if (out == nullptr) size = 0;
@@ -266,7 +266,7 @@ FiltersReport* asked(const FiltersGroup* g, const char* packets, std::int32_t or
       g);
 }
 
-// Like explained(), for functions that use what a policy says about a group.
+// Like explained(), for functions that use the part of a policy about a group.
 template <class Use>
 FiltersReport* withPolicy(const FiltersGroup* group, const char* text, std::size_t size, Use use) {
   if (text == nullptr && size != 0) return nullptr;

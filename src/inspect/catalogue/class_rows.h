@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_CATALOGUE_CLASS_ROWS_H_
 #define FILTER_INSPECT_SRC_CATALOGUE_CLASS_ROWS_H_
 
-// The classes of the catalogues as tables, for code that has only the code of a class.
+// The classes of the catalogues as tables, for functions that know a class only by its number.
 
 #include <filter_common/filter_entries.h>
 
@@ -9,14 +9,14 @@ namespace FiltersInspect {
 
 struct MatchRow {
   FiltersCommon::filtersMatch_t code;
-  // isIn: whether the entry holds such a match. putBlank: puts a blank match into the entry, or
-  // returns false if the entry refuses it.
+  // isIn() returns whether the entry holds a match of this class. putBlank() puts a blank match
+  // into the entry, or returns false if the entry refuses the match.
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
   // Compares the matches of two entries. Each entry must hold a match of this class.
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // Reads a match's message into a blank object and writes that object as a message. This shows
-  // what the library makes of the first message.
+  // Reads a match's message into a blank object and writes that object as a message. The second
+  // message shows what the library has kept of the first.
   void (*echo)(const FiltersCommon::MatchPB& in, FiltersCommon::MatchPB* out);
 };
 
@@ -25,12 +25,12 @@ struct ActionRow {
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // Does the same for actions. Throws what the action throws.
+  // Does the same for actions. Passes on the exceptions of the action.
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };
 
-// All rows in the order of codes, and the row of one code. A code without a class has no row, so
-// the result is null.
+// The functions return all rows in the order of codes, or the row of one code. The row of a code
+// without a class is null.
 const MatchRow* rowOf(FiltersCommon::filtersMatch_t code);
 const ActionRow* rowOf(FiltersCommon::filtersAction_t code);
 

@@ -6,8 +6,8 @@
 
 namespace FiltersInspect {
 
-// Puts a word that somebody wrote into a sentence: 'src_ip'. A long word ends in "...", and control
-// characters become question marks.
+// Puts a word of the input in quotes, for a sentence: 'src_ip'. A long word ends in "...", and
+// control characters become question marks.
 std::string inQuotes(std::string_view word);
 
 }  // namespace FiltersInspect

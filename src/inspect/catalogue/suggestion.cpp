@@ -14,7 +14,8 @@ constexpr std::size_t kTwoLines = 160;
 
 char inLowerCase(char c) { return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-// The number of letters that must be added, removed, changed, or exchanged with the next letter.
+// The distance of two words: the number of letters that must be added, removed, changed, or
+// exchanged with the next letter.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::array<std::array<std::size_t, kLongestName + 1>, 3> rows = {};
   for (std::size_t j = 0; j <= b.size(); ++j) rows[0][j] = j;

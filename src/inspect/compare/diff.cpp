@@ -69,8 +69,8 @@ class Differences {
     addPolicer(Subject::kPolicer, &a.getPolicer(), a_.policer_(), &b.getPolicer(), b_.policer_());
     addPolicer(Subject::kParent, a.getPolicerParent().get(), a_.policer_parent_(),
                b.getPolicerParent().get(), b_.policer_parent_());
-    // The entries differ by operator==. If none of the parts above differs, the finding is about
-    // the whole entries, since operator== may compare more than these parts.
+    // operator== says that the entries differ. It may compare more than the parts above. If none of
+    // these parts differs, the finding is about the whole entries.
     if (report_.findings.size() == found) addPart(Subject::kEntry, 0, toText(a), toText(b));
   }
 
@@ -105,7 +105,7 @@ class Differences {
   void addPolicer(Subject subject, const policer::Policer* a, const std::string& ofA,
                   const policer::Policer* b, const std::string& ofB) {
     if (a != nullptr && b != nullptr ? *a == *b : a == b) return;
-    // An entry that was given no policer holds the default one.
+    // An entry without a policer of its own holds the default policer.
     if (subject == Subject::kPolicer && ofA == defaultPolicer()) a = nullptr;
     if (subject == Subject::kPolicer && ofB == defaultPolicer()) b = nullptr;
     const PolicerFacts before = a == nullptr ? PolicerFacts() : factsOf(*a);

@@ -20,7 +20,8 @@ using namespace FiltersCommon;
 
 namespace {
 
-// The entries of one id in both groups, or null, and the stages and types that admit them.
+// The entry with one id in each group, or null if the group has none, and the stages and types that
+// admit it.
 struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;
@@ -28,8 +29,8 @@ struct Pair {
   StageTypeSet admits_before = 0, admits_after = 0;
 };
 
-// The entries that a plan must look at: those that differ, or all entries if the stage or the type
-// changes.
+// The entries that a plan must consider: the entries that differ, or all entries if the stage or
+// the type changes.
 std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   const bool moves = !(stageAndTypeOf(from) == stageAndTypeOf(to));
   std::vector<Pair> pairs;
@@ -48,7 +49,7 @@ std::vector<Pair> pairsOf(const FiltersGroup& from, const FiltersGroup& to) {
   return pairs;
 }
 
-// The entries that a good route does not remove: they could stay, or be replaced in one step.
+// The entries that a good route does not remove. They can stay, or be replaced in one step.
 std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   std::map<std::tuple<StageTypeSet, StageTypeSet, bool>, std::uint64_t> losses;
   for (const Pair& pair : pairs) {
@@ -63,7 +64,8 @@ std::vector<EntryKind> kindsOf(const std::vector<Pair>& pairs) {
   return kinds;
 }
 
-// The steps between two setters. The order of the plan decides which half comes first.
+// The steps between two setters. The order of the plan decides if removals or insertions come
+// first.
 struct StepsAtWaypoint {
   std::vector<Step> removals, insertions;
 };
@@ -147,14 +149,14 @@ bool isStray(const Pair& pair, StageTypeSet goal) {
   return pair.after != nullptr && !contains(pair.admits_after, goal);
 }
 
-// Says why the target cannot be reached.
+// Reports why the target cannot be reached.
 Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
                   const std::vector<Pair>& pairs) {
   Report report;
   if (!(stageAndTypeOf(from) == stageAndTypeOf(to))) {
     append(explainStage(emptyGroup(headOf(to)), to.getStage()), &report);
-    // If the target's stage and type are valid, the reason is that no setter leads away from the
-    // stage and type of `from`.
+    // If the target's stage and type are valid, the reason is that every setter refuses to change
+    // the stage and type of `from`.
     if (report.empty() &&
         findRoute(stageAndTypeOf(from), stageAndTypeOf(to), ~StageTypeSet{0}, {}).route.empty()) {
       append(explainStage(emptyGroup(headOf(from)), to.getStage()), &report);

@@ -31,8 +31,8 @@ std::vector<Waypoint> allWaypoints() {
   return waypoints;
 }
 
-// The versions of an entry that the group can still hold without loss: the old version, or the new
-// one that replaced it.
+// The versions of an entry that the group can still hold: the old version, or the new version that
+// has replaced it.
 using HeldVersions = std::uint8_t;
 constexpr HeldVersions kOld = 1, kNew = 2;
 
@@ -43,9 +43,10 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
   return held;
 }
 
-// Tries sequences of stages and types, short ones first. No stage and type is in a sequence twice,
-// because loops never help: an entry that can be inserted inside a loop can also be inserted where
-// the loop closes. The search drops a sequence as soon as it costs as much as the best one known.
+// Tries sequences of stages and types, short ones first. A pair of stage and type is never twice in
+// a sequence, because such a loop never saves steps: an entry that can be inserted inside a loop
+// can also be inserted at its end. The search drops a sequence as soon as it costs as much as the
+// best one known.
 class Search {
  public:
   Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
@@ -73,8 +74,8 @@ class Search {
     return {best_, !outOfWork()};
   }
  private:
-  // This much work takes some tens of milliseconds. If no route is known by then, the search goes
-  // on until it finds one.
+  // This much work takes some tens of milliseconds. If no route is known after this work, the
+  // search continues until it finds a route.
   static constexpr std::uint64_t kMaxWork = 1 << 23;
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 
@@ -101,7 +102,8 @@ class Search {
     return false;
   }
 
-  // `next`, with `changed` set to what the setter changes on the way from `waypoint`.
+  // Returns `next`, with `changed` set to the parts that the setter changes between `waypoint` and
+  // `next`.
   static Waypoint by(const Waypoint& waypoint, const Waypoint& next) {
     return {next.place, next.bits, next.bits & ~waypoint.bits};
   }

@@ -1,8 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 #define FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 
-// Finds the setters that lead from one stage and type to others, and the steps that they cost
-// because the group loses entries on the way.
+// Finds the setters that lead from one stage and type to another stage and type. Also finds the
+// further steps that they cost, because the group loses entries under the stages and types in
+// between.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,8 +13,8 @@
 
 namespace FiltersInspect {
 
-// A set of stages and types. All stages that the library does not know share one bit, and all types
-// that it does not know share another. These two bits admit nothing.
+// A set of stages and types. All unknown stages share one bit, and all unknown types share another
+// bit. No entry is admitted under these two bits.
 using StageTypeSet = std::uint64_t;
 
 struct StageAndType {
@@ -41,17 +42,17 @@ struct Waypoint {
   StageTypeSet bits;     // the stage and the type as bits
   StageTypeSet changed;  // the stage or type that the last setter changed; empty at first
 };
-// The first waypoint is the group's own stage and type, the last one the target's.
+// The first waypoint is the group's own stage and type, and the last waypoint is the target's.
 using Route = std::vector<Waypoint>;
 
 // These functions are for an entry that the stages and types in `admitting` admit. If the group
-// holds the entry from the start, it can stay to the waypoint lastWaypoint(). From the waypoint
-// firstWaypoint() on, it can stay until the end.
+// holds the entry from the start, the entry can stay up to the waypoint lastWaypoint(). If the
+// entry is inserted at the waypoint firstWaypoint() or later, it can stay until the end.
 std::size_t lastWaypoint(const Route& route, StageTypeSet admitting);
 std::size_t firstWaypoint(const Route& route, StageTypeSet admitting);
 
-// Entries that every route treats in the same way. Each entry has a version at the start and a
-// version at the end.
+// A kind of entries: every route treats these entries in the same way. Each entry has a version at
+// the start and a version at the end.
 struct EntryKind {
   StageTypeSet before, after;  // what admits the first version, and the last one
   bool same;                   // both versions are equal: an entry that can stay needs no step

@@ -3,8 +3,9 @@
 
 namespace FiltersInspect {
 
-// Walks two sorted ranges side by side. Calls `visit` once for each key, in ascending order, with
-// pointers to the elements with that key. If a range has no such element, its pointer is null.
+// Goes through two sorted ranges at the same time. Calls `visit` once for each key, in ascending
+// order, with pointers to the elements with that key. If a range has no such element, its pointer
+// is null.
 template <class A, class B, class KeyOf, class Visit>
 void forEachOfBoth(const A& a, const B& b, KeyOf keyOf, Visit visit) {
   auto x = a.begin();

@@ -17,7 +17,7 @@ namespace {
 
 using namespace FiltersCommon;
 
-// Makes the object. Makes nothing if the constructor throws because of the bytes.
+// Makes the object. Returns nothing if the constructor throws because of the bytes.
 template <class T>
 void make(std::string_view bytes, std::optional<T>* object) {
   try {
@@ -50,8 +50,8 @@ std::pair<Message*, bool> parse(std::string_view bytes, MessageArena* arena) {
   return {message, whole};
 }
 
-// Reports what concerns all bytes together, unless another finding has reported it. `ended` is true
-// if a finding says where the bytes end.
+// Reports losses that concern all bytes together, unless another finding has reported them. `ended`
+// is true if a finding reports where the bytes break off.
 void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool same,
               DecodeFindings* findings) {
   const MessagePart all = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
@@ -67,8 +67,8 @@ void noteRest(std::string_view bytes, bool whole, bool ended, bool unmade, bool 
   }
 }
 
-// True if the group has nothing unusual. The caller already knows that the group writes the same
-// bytes again.
+// True if the group has nothing that would be reported. The caller already knows that the group
+// writes the same bytes again.
 bool areUsual(const FiltersGroup& group) {
   if (group.groupStageValidation(group.getStage(), group.getType()) != FILTERS_OK) return false;
   for (const auto& [id, entry] : group.getEntriesRef()) {
@@ -77,7 +77,7 @@ bool areUsual(const FiltersGroup& group) {
   return true;
 }
 
-// A vector that grows copies its entries. Room for all of them at once spares these copies.
+// Reserves space for all entries at once, because a vector that grows copies its entries.
 void makeRoom(std::size_t more, std::vector<FiltersEntry>* entries) {
   const std::size_t all = entries->size() + more;
   if (all > entries->capacity()) entries->reserve(std::max(all, 2 * entries->capacity()));
@@ -112,7 +112,7 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   FiltersGroup blank(0);
   blank.convertFromFiltersGroupPB(head);
   if (head->has_id_()) findings->group = blank.getId();
-  // Losses of the head come first, wherever its fields are in the bytes.
+  // Losses of the group's own fields come first, even if the fields come later in the bytes.
   DecodeFindings ofEntries(limits);
   ofEntries.group = findings->group;
   EntryReader reader(bytes, whole, &arena, &ofEntries);
@@ -178,8 +178,8 @@ DecodedGroup decodeGroupAs(std::string_view bytes, const StageTypeInstead& inste
   DecodeFindings findings(limits);
   if (fits(bytes, limits, &findings)) {
     makeInstead(bytes, instead, &decoded.group);
-    // `instead` replaces the stage or the type. The group would therefore write other bytes than it
-    // was read from, so the two cannot be compared as a whole.
+    // `instead` replaces the stage or the type. The group would then write other bytes than it was
+    // read from, so these bytes cannot be compared.
     noteGroup(bytes, &instead, true, limits, decoded.group.has_value(), nullptr, &findings);
   }
   decoded.report = findings.take();

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_DECODE_FINDINGS_H_
 #define FILTER_INSPECT_SRC_DECODE_DECODE_FINDINGS_H_
 
-// Findings about bytes, and their places in the message.
+// Findings about bytes, and the positions of these bytes in the message.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -33,14 +33,14 @@ struct MessagePart {
   }
 };
 
-// Collects findings up to a limit. The caller adds details to a finding that has a place.
+// Collects findings up to a limit. The caller adds details to a finding that is kept.
 class DecodeFindings {
  public:
   explicit DecodeFindings(const DecodeLimits& limits)
       : report_(limits.max_findings), least_(limits.least) {}
 
-  // Returns null if nobody asked for findings of this severity, or if the limit is reached. In the
-  // second case the finding is only counted.
+  // Returns null if the caller does not want findings of this severity, or if the limit is reached.
+  // In the second case the finding is only counted.
   Finding* add(Code code, const MessagePart& part, const char* message = "");
   // Adds the findings of another report at the end.
   void append(DecodeFindings&& others) { report_.append(others.take()); }

@@ -31,7 +31,7 @@ std::string partText(Subject subject, std::uint32_t code) {
   return kind + std::to_string(code);
 }
 
-// The fields without which no action of this message can be made.
+// The fields that this message needs to become an action.
 std::string missingIn(const ActionPB& message) {
   std::string missing;
   if (!message.has_vpn_id()) missing = "vpn_id";
@@ -206,7 +206,7 @@ bool EntryReader::readCounter(const CounterPB& in, const MessagePart& part, int 
   return true;
 }
 
-// Keeps the part. It replaces an earlier part with the same code or id.
+// Keeps the part. The new part replaces an earlier part with the same code or id.
 void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) {
   const std::uint32_t code = findings_->offender;
   const Kept kept = {part.index, part.bytes};
@@ -220,7 +220,7 @@ void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) 
   }
 }
 
-// `next` is the code or id that is written behind this part.
+// `next` is the code or id of the part that comes next in the bytes.
 void EntryReader::noteOrder(std::uint32_t next, const MessagePart& part) {
   if (Finding* finding = findings_->add(Code::kOrderDiffers, part)) {
     finding->message = "written again, it stands before " + partText(findings_->subject, next);

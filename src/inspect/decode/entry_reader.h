@@ -45,7 +45,7 @@ class EntryReader {
   // True if the constructor would throw because of an entry.
   bool threw() const { return threw_; }
  private:
-  // A match, action, counter or entry that has been kept up to now, as its index and its bytes.
+  // The index and the bytes of a match, action, counter or entry that has been kept so far.
   struct Kept {
     std::size_t index;
     ByteRange bytes;

@@ -276,7 +276,7 @@ void MessageCheck::compare(const google::protobuf::Message& in,
   }
 }
 
-// Compares the bytes of a field of which the library keeps at least a part.
+// Compares the bytes of a field. The library must have kept at least a part of them.
 void MessageCheck::compareBytes(const Field& field, const google::protobuf::Message& in,
                                 const google::protobuf::Message& out, const MessagePart& part,
                                 DecodeFindings* findings) {
@@ -333,8 +333,8 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   }
 }
 
-// Lets the library read each element alone, to see what it keeps of the element. Returns what the
-// library should keep of all elements, in order.
+// Lets the library read each element by itself, to find out what it keeps of the element. Returns
+// the values that the library should keep of all elements, in order.
 std::vector<std::uint32_t> MessageCheck::compareElements(
     const Field& field, const google::protobuf::Message& in, const std::vector<std::uint32_t>& came,
     const MessagePart& all, DecodeFindings* findings, const Echo& echo) {

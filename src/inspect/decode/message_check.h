@@ -1,9 +1,9 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 #define FILTER_INSPECT_SRC_DECODE_MESSAGE_CHECK_H_
 
-// Reports what one message loses, in two steps. The first step looks only at the bytes. The second
-// compares the message with what the library makes of it. The code here knows no class and no
-// field, because it asks descriptors and the library.
+// Reports what one message loses when the library reads it. The first step examines only the bytes.
+// The second step compares the message with the message that the library writes back. The code here
+// has no list of classes and fields; it uses descriptors and calls the library.
 
 #include <google/protobuf/message.h>
 
@@ -25,7 +25,7 @@ class MessageCheck {
   using Descriptor = google::protobuf::Descriptor;
   using Field = google::protobuf::FieldDescriptor;
   // Called for each message inside this one. The part's `index` is the position among the messages
-  // of the same field. Returns whether the walk goes on.
+  // of the same field. Returns true to continue the walk.
   using Visit = std::function<bool(const Field& field, const MessagePart& part)>;
   // Lets the library read the first message and write the second one.
   using Echo =
@@ -33,25 +33,25 @@ class MessageCheck {
 
   explicit MessageCheck(const Descriptor* descriptor);
 
-  // Goes through the bytes and reports what can be seen from them alone. Returns false if the bytes
-  // break off.
+  // Goes through the bytes and reports the losses that the bytes alone show. Returns false if the
+  // bytes break off.
   bool walk(std::string_view bytes, const MessagePart& part, int depth, bool lenient,
             DecodeFindings* findings, const Visit& visit = nullptr);
 
-  // Reports differences between what was received and what is kept. Call walk() before this
-  // function. `echo` says what is kept of one element of a repeated number. Without `echo`,
+  // Reports differences between the received message and the kept one. Call walk() before this
+  // function. `echo` returns what is kept of one element of a repeated number. Without `echo`,
   // repeated numbers are not compared.
   void compare(const google::protobuf::Message& in, const google::protobuf::Message& out,
                const MessagePart& part, DecodeFindings* findings, const Echo& echo = nullptr);
 
-  // Says that the caller has a value for this field, so that the field is not reported as missing.
+  // Call this if the caller has a value for the field. A missing field is then not reported.
   void assume(int fieldNumber);
 
-  // True if the bytes broke off inside the message. Then nothing is reported about the message's
-  // last part, and nothing is called missing.
+  // True if the bytes broke off inside the message. Then nothing is reported about the last part of
+  // the message, and no field is reported as missing.
   bool isBroken() const { return broken_; }
 
-  // Whether the walk found the field, and the place of its last occurrence.
+  // Whether the walk found the field, and the position of its last occurrence.
   bool hasCome(int fieldNumber) const;
   MessagePart partOf(int fieldNumber, const MessagePart& outer) const;
  private:

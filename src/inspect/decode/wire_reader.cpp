@@ -112,7 +112,7 @@ bool WireReader::next(WireField* field) {
     field->end = position_;
     return true;
   }
-  // The runtime kept what it could read of the field.
+  // The runtime has kept the readable part of the field.
   broken_ = true;
   field->end = end_;
   position_ = field->begin;

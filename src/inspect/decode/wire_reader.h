@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 #define FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
 
-// Finds the fields of messages in their bytes, because the message runtime does not say where the
-// fields are. The runtime decides what the bytes mean, and this reader reads them in the same way.
+// Finds the positions of fields in the bytes of messages. The message runtime does not report these
+// positions. This reader must read the bytes in the same way as the runtime.
 
 #include <cstddef>
 #include <cstdint>
@@ -36,10 +36,10 @@ class WireReader {
   // The runtime follows nested messages and groups down to this depth.
   static constexpr int kDepth = 100;
 
-  // Reads bytes[begin, end). `depth` is the number of levels that may follow. Releases of the
-  // runtime differ in the longest tags and lengths that they read, and in how they read a message
-  // that is longer than the one around it. `lenient` says that this runtime has read the bytes to
-  // their end.
+  // Reads bytes[begin, end). `depth` is the number of further levels that are allowed. Releases of
+  // the runtime accept tags and lengths of different sizes, and differ in how they read a message
+  // that is longer than the message around it. `lenient` is true if this runtime has read the bytes
+  // to their end.
   WireReader(std::string_view bytes, std::size_t begin, std::size_t end, int depth, bool lenient)
       : bytes_(bytes), position_(begin), end_(end), depth_(depth), lenient_(lenient) {}
 
@@ -48,7 +48,7 @@ class WireReader {
   bool next(WireField* field);
 
   bool broken() const { return broken_; }
-  // The position after the last field, or of the field that cannot be read.
+  // The position after the last field, or the position of the field that cannot be read.
   std::size_t position() const { return position_; }
 
   // Reads a number of up to ten bytes.

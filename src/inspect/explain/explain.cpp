@@ -35,7 +35,7 @@ std::vector<std::uint32_t> keysOf(const Table& table) {
   return keys;
 }
 
-// The keys of the rows that hold the code, as "; types that do: 3, 8".
+// The keys of the rows that hold the code, in the form "; types that do: 3, 8".
 template <class Table, class Code>
 std::string rowsWith(const char* rows, const Table& table, Code code) {
   std::string names;
@@ -67,20 +67,21 @@ std::vector<policer::Stage> policersOf(filtersGroupStage_t stage) {
   return {};
 }
 
-// The library's checks are members of a group. They use only their arguments, so any group will do.
+// The library's checks are members of a group. They use only their arguments, so they can be called
+// on any group.
 const FiltersGroup& checks() {
   static const FiltersGroup group(0);
   return group;
 }
 
-// The part of a match that the library's checks of compatibility look at.
+// The part of a match that the library's checks of compatibility use.
 struct JustCode {
   filtersMatch_t code;
   filtersMatch_t getType() const { return code; }
 };
 
-// Fills a report with refusals. The library decides, and the code here looks for the cause only if
-// the library has refused something.
+// Fills a report with refusals. The library decides. The code here looks for the cause only if the
+// library has refused something.
 class Refusals {
  public:
   Refusals() = default;
@@ -247,8 +248,8 @@ Report explainType(const FiltersGroup& group, filtersGroupType_t type) {
   return refusals.take();
 }
 
-// Goes through the matches as setMatches() does: in the order of the map, by each match's own code,
-// skipping unknown codes.
+// Goes through the matches as setMatches() does: in the order of the map, with the code of the
+// match itself, and without unknown codes.
 Report explainMatches(const FiltersEntry::Matches& matches) {
   Refusals refusals;
   std::map<filtersMatch_t, FiltersEntry> held;  // a blank match of each code

@@ -17,8 +17,8 @@ namespace FiltersInspect {
 using AddressBytes = std::array<unsigned char, 16>;
 constexpr std::size_t sizeOf(ValueForm address) { return bitsOf(address) / 8; }
 
-// For an address of `size` bytes: the number of 1s before the first 0, and the number of bits up to
-// the last 1. If both are equal, this is the mask of a prefix of that length.
+// For a mask of `size` bytes: the number of 1s before the first 0, and the number of bits up to the
+// last 1. If the two numbers are equal, the mask is a prefix of that length.
 unsigned leadingOnes(const AddressBytes& bytes, std::size_t size);
 unsigned bitsToLastOne(const AddressBytes& bytes, std::size_t size);
 AddressBytes prefixMask(unsigned length);

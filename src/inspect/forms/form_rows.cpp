@@ -68,7 +68,7 @@ constexpr MessageField fieldOf() {
   return field;
 }
 
-// --- What rows are made of -----------------------------------------------------------------------
+// --- Building the rows ---------------------------------------------------------------------------
 
 constexpr FormRow flag() { return {}; }
 constexpr FormRow number(std::uint8_t bits, MessageField field, Enumeration names = {}) {
@@ -115,7 +115,7 @@ constexpr PacketField field(FieldTest test, Layer layer, const char* usual = nul
   return {test, layer, usual};
 }
 
-// A match with a value but no field would count as one that takes every packet.
+// A match with a value but without a field would be treated as a match that takes every packet.
 constexpr bool hasFieldForValue(const MatchForm& row) {
   return row.form == ValueForm::kFlag || row.packet[0].test != FieldTest::kNone;
 }

@@ -17,7 +17,7 @@
 
 namespace FiltersInspect {
 
-// The form of a value: the left column is text, the right one JSON.
+// The form of a value. The left column shows it in text, and the right column in JSON.
 enum class ValueForm : std::uint8_t {
   kFlag,         // nothing: the name says it      true
   kNumber,       // 6                              6
@@ -44,8 +44,8 @@ constexpr std::uint8_t bitsOf(ValueForm address) {
   return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;
 }
 
-// The names of an enumeration whose values travel as numbers. For a value of form kNumber, names
-// are read but not written.
+// The names of an enumeration. Messages have its values as numbers. For a value of form kNumber,
+// names are read but not written.
 struct Enumeration {
   std::string_view (*nameOf)(std::uint32_t value);
   std::optional<std::uint32_t> (*fromName)(std::string_view name);
@@ -66,7 +66,8 @@ constexpr Enumeration kNamesOf = {
       return all;
     }};
 
-// The names in rows that have a `value` and its `name`; the first name of a value is its own.
+// The names in a table whose rows have a `value` and a `name`. If a value has several names,
+// writers use the first.
 template <const auto& kRows>
 constexpr Enumeration kNamesIn = {[](std::uint32_t value) {
                                     for (const auto& row : kRows) {
@@ -99,8 +100,8 @@ enum class FieldTest : std::uint8_t {
   kNotIn,    // the field is none of the numbers in fields[1]
 };
 
-// The values that a device can read in several ways ("open" values). Empty sets, and ranges that
-// end before they begin, are open in every match that can hold them.
+// The values that have several readings ("open" values). Empty sets, and ranges that end before
+// they begin, are open in every match that can hold them.
 enum class Reading : std::uint8_t {
   kPlain,
   kNoMaskIsOpen,   // a mask of 0 may mean this value alone
@@ -108,7 +109,7 @@ enum class Reading : std::uint8_t {
   kMayBeDscp,      // if the two low bits are 0, they may match any
 };
 
-// The packets that have a field, as far as this is known.
+// The packets that are known to have a field.
 enum class Layer : std::uint8_t {
   kSome,        // unknown: the field stands for itself
   kEvery,       // every packet
@@ -150,8 +151,8 @@ struct PacketField {
 };
 
 // A field of a match's or action's message. Its functions call those of the generated class, since
-// asking descriptors takes much longer. A field has the two functions of its kind; the other ones
-// are null.
+// asking descriptors takes much longer. A field has the two functions of its kind; its other
+// functions are null.
 using AnyMessage = google::protobuf::Message;
 using NumberList = google::protobuf::RepeatedField<std::uint32_t>;
 struct MessageField {
@@ -169,8 +170,8 @@ struct MessageField {
 struct FormRow {
   ValueForm form = ValueForm::kFlag;
   std::uint8_t bits = 0;  // the size of each number or address
-  // The second field is the mask of an address, the excluded types of ports, or the second of a
-  // pair.
+  // The second field is the mask of an address, the excluded types of ports, or the second part of
+  // a pair.
   MessageField fields[2] = {};
   Enumeration names = {};  // for kName, some kNumber, and the excluded types of kLimids
 };
@@ -179,14 +180,14 @@ struct MatchForm : FormRow {
   PacketField packet[2] = {};
 };
 
-// True if the action does nothing for a packet that is dropped and not copied.
+// True if the action has no effect on a packet that is dropped and not copied.
 enum class Effect : std::uint8_t { kAlways, kUnlessDropped };
 
 struct ActionForm : FormRow {
   Effect effect = Effect::kAlways;
 };
 
-// The word `dscp` is another way to write a ToS whose two low bits are 0.
+// The word `dscp` is another notation for a ToS whose two low bits are 0.
 inline constexpr std::string_view kDscp = "dscp";
 extern const FormRow kDscpRow;  // a number of 6 bits, or a name
 constexpr std::uint32_t tosOf(std::uint32_t dscp) { return dscp << 2; }

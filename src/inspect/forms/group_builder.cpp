@@ -72,7 +72,7 @@ void GroupBuilder::endEntry() {
   if (is_entry_faulty_) return positions_.entries.pop_back();
   positions_.entries.back().first = entry()->id_();
   if (entry()->policer_().empty()) entry()->set_policer_(defaultPolicer());
-  // Messages whose bytes follow each other are one message with the fields of both.
+  // If the bytes of two messages are joined, they are one message with the fields of both.
   static_cast<void>(entries_->AppendPartialToString(&bytes_));
 }
 
@@ -100,7 +100,7 @@ void GroupBuilder::endGroup() {
   }
 }
 
-// What bytes would lose is refused here: nothing of the text is read.
+// If reading the bytes would lose something, the whole text is refused.
 void GroupBuilder::refuse(Report&& losses) {
   for (Finding& finding : losses.findings) {
     finding.path = toText(positionOf(finding.path));
@@ -158,7 +158,8 @@ void GroupBuilder::fail(Code code, TextPosition position, std::string_view word,
   finding->message = std::move(message);
 }
 
-// The position of the entry whose number begins the path, or of the group.
+// The position of the entry whose number begins the path. If there is no such entry, the position
+// of the group.
 TextPosition GroupBuilder::positionOf(const std::string& path) const {
   static constexpr std::string_view kEntries = "entries_[";
   std::size_t index = positions_.entries.size();

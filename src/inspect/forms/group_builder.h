@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_GROUP_BUILDER_H_
 #define FILTER_INSPECT_SRC_FORMS_GROUP_BUILDER_H_
 
-// Builds groups for the readers of text and of JSON. Messages become groups by a strict decode, and
-// faults become findings with a position.
+// Builds groups for the readers of text and of JSON. A strict decode turns messages into groups.
+// Faults become findings with a position.
 
 #include <cstdint>
 #include <optional>
@@ -18,14 +18,15 @@
 
 namespace FiltersInspect {
 
-// The message for a zero byte, which ends the text for many programs.
+// The message for a zero byte, at which the text ends for many programs.
 inline constexpr const char* kZeroByte = "no zero byte is allowed here";
 
-// Takes a group entry by entry and keeps only bytes, so that no message of a whole group is held.
+// Takes a group one entry at a time and keeps only its bytes, so that the message of the whole
+// group is never in memory.
 class GroupBuilder {
  public:
   static constexpr std::size_t kMaxFindings = 1000;  // unless the caller sets another limit
-  // What is made of a text: groups, or the bytes of groups, which nothing has decoded.
+  // The result of reading a text: groups, or the bytes of groups without decoding.
   enum class Makes : std::uint8_t { kGroups, kBytes };
 
   GroupBuilder(Makes makes, std::size_t max_findings)
@@ -37,15 +38,15 @@ class GroupBuilder {
 
   void beginGroup(TextPosition position);
   void beginEntry(TextPosition position);
-  // A policer that the caller did not set is the default one.
+  // If the caller does not set a policer, the entry has the default policer.
   void endEntry();
-  // Refuses every loss that the decoder reports for entries without faults. If the head has a
-  // fault, nothing is known about what it admits.
+  // Refuses every loss that the decoder reports for entries without faults. If the stage or type of
+  // the group has a fault, it is not known which entries the group admits.
   void endGroup();
 
-  // Reports a fault of the current entry, or of the head.
+  // Reports a fault of the current entry, or of the group's own fields.
   void fail(Code code, TextPosition position, std::string_view word, std::string message);
-  // All groups, or none of them and the findings.
+  // Returns all groups, or no groups and the findings.
   ParsedGroups finish();
   ParsedBytes finishBytes();
   // The entry that was read without a group.

@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_INTERFACE_IDS_H_
 #define FILTER_INSPECT_SRC_FORMS_INTERFACE_IDS_H_
 
-// Interface ids (limids) as numbers. An id is opaque and belongs to the platform; text and JSON
-// write its four bytes as a number of this machine.
+// Interface ids (limids) as numbers. An id is opaque and belongs to the platform. Text and JSON
+// write its four bytes as one number, in the byte order of this machine.
 
 #include <cstdint>
 #include <string>

@@ -78,14 +78,14 @@ class JsonReader {
   const Frame& top() const { return frames_[depth_]; }
   Frame& outer() { return frames_[depth_ - 1]; }
 
-  // Begins to read the token that was found.
+  // Makes the token that was found the current token.
   void take(Last last) {
     last_ = last;
     place_ = token_ = tokens_.start();
   }
 
   std::string_view word() const { return tokens_.wordAt(token_); }
-  // Reports a fault of the current token. Words are told without their quotes.
+  // Reports a fault of the current token. The finding has the word without its quotes.
   bool fail(Code code, std::string message) {
     std::string_view word = this->word();
     if (word.size() > 1 && word.front() == '"') word = word.substr(1, word.size() - 2);
@@ -129,7 +129,7 @@ class JsonReader {
 
   std::string_view text_;
   JsonTokens tokens_;
-  // Where the current token begins, and where its faults are reported.
+  // The offset of the current token, and the offset at which its faults are reported.
   std::size_t token_ = 0;
   std::size_t place_ = 0;
   GroupBuilder& groups_;
@@ -137,7 +137,7 @@ class JsonReader {
   std::size_t depth_ = 0;
   Last last_ = Last::kNothing;
 
-  // The current match or action, and what has been read of it or of a policer.
+  // The current match or action, and the values that have been read of it or of a policer.
   AnyMessage* message_ = nullptr;
   const FormRow* row_ = nullptr;
   std::string_view name_of_row_;
@@ -146,7 +146,8 @@ class JsonReader {
   std::optional<std::string> name_;
   std::size_t place_of_name_ = 0;
   std::string bytes_;
-  // What is said about a policer. It describes the bytes, or if there are none, it is the policer.
+  // A value in the description of a policer. If the policer also has bytes, the value must agree
+  // with them. Otherwise the policer is made from the values.
   struct Fact {
     bool isText = false;
     std::int64_t number = 0;
@@ -158,7 +159,7 @@ class JsonReader {
   std::size_t place_of_policer_actions_ = 0;
 };
 
-// What the current value is, for sentences.
+// Names the current value, for sentences.
 std::string JsonReader::subject() const {
   if (!subject_.empty()) return std::string(subject_);
   const Frame& frame = frames_[depth_];
@@ -187,7 +188,8 @@ std::string JsonReader::subject() const {
   }
 }
 
-// The kind that the current value must have; empty if it has no brackets and is no match or action.
+// The kind of value that must stand here. The text is empty for a value without brackets that is
+// not a match or action.
 std::string JsonReader::shape() const {
   const Frame& frame = frames_[depth_];
   const Nesting nesting = nestingOf(frame.in, frame.key, row_);
@@ -206,7 +208,7 @@ std::string JsonReader::shape() const {
   return row_->form == ValueForm::kFlag ? "true, or is left out" : describe(*row_);
 }
 
-// What would have been JSON behind the last token.
+// Names the tokens that JSON allows after the last token.
 std::string JsonReader::noJson() const {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t read = last_ == Last::kNothing ? lengthOfMark(text_) : token_ + word().size();
@@ -443,7 +445,7 @@ bool JsonReader::endPolicerAction() {
   return fail(Code::kTextSyntax, has ? "the key 'value' is missing" : "this action has no value");
 }
 
-// The place of the first fact that the bytes contradict.
+// The position of the first value that contradicts the bytes.
 std::optional<std::size_t> JsonReader::contradictionToBytes() const {
   if (!top().hasSeen(kPolicerAbout)) return std::nullopt;
   const PolicerFacts said = factsOf(policer::Policer(bytes_));

@@ -148,7 +148,7 @@ void writePolicerAction(const PolicerAction& action, JsonWriter* out) {
   out->close('}');
 }
 
-// Writes the bytes too if the values do not say all of them.
+// Also writes the bytes if the values do not describe them completely.
 void writePolicer(std::string_view key, std::string_view bytes, const policer::Policer& policer,
                   JsonWriter* out) {
   const PolicerFacts facts = factsOf(policer);

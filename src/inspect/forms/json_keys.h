@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_FORMS_JSON_KEYS_H_
 
 // The keys of the JSON form, for its writer and its reader. The keys of matches and actions are
-// their names. The keys of a policer's description are kPolicerKeys.
+// their names. kPolicerKeys has the keys of a policer's description.
 
 #include <string_view>
 #include <utility>

@@ -8,8 +8,8 @@
 namespace FiltersInspect {
 namespace {
 
-// Stands for the key inside of lists, which have no keys. An object of MPLS ports has two keys of
-// one kind.
+// Takes the place of the key inside lists, which have no keys. An object of MPLS ports has two keys
+// whose values have the same form.
 constexpr std::size_t kInList = 0;
 constexpr Nesting kNestings[] = {
     {In::kNowhere, kInList, '{', In::kFile},

@@ -12,7 +12,7 @@
 
 namespace FiltersInspect {
 
-// The object or list that the reader is inside of.
+// The object or list in which the reader is.
 enum class In : std::uint8_t {
   kNowhere,
   kFile,
@@ -51,27 +51,27 @@ enum EntryKey : std::size_t {
 };
 enum CounterKey : std::size_t { kCounterId, kCounterType };
 enum PolicerPart : std::size_t { kPolicerBytes, kPolicerAbout };
-// The keys of a policer's description are those of its numbers, and this one.
+// The key of a policer's description that is not the key of a number.
 inline constexpr std::size_t kAboutActions = kPolicerKeys.size();
 enum PolicerActionKey : std::size_t { kActionColor, kActionDo, kActionValue };
 enum LimidsKey : std::size_t { kLimidsPorts, kLimidsTypes };
 enum LimidKey : std::size_t { kLimidNumber, kLimidName };
 
-// The keys of an object. The first `required` of them must be there.
+// The keys of an object. The first `required` keys must be present.
 struct Keys {
   std::string_view names[10] = {};
   std::size_t required = 0;
 };
 const Keys& keysOf(In in, const FormRow* row);
 
-// An object or list that may begin in another one, after a key or in a list.
+// An object or list that may begin in another object or list.
 struct Nesting {
   In outer;
   std::size_t key;
   char bracket;
   In inner;
 };
-// `row` is that of the current match or action. A bracket of zero means that nothing may begin
+// `row` is the row of the current match or action. A bracket of zero means that nothing may begin
 // there.
 Nesting nestingOf(In outer, std::size_t key, const FormRow* row);
 

@@ -38,7 +38,7 @@ char JsonTokens::next() {
   return kind;
 }
 
-// Reads the token that begins here. After a fault, at_ is its place.
+// Reads the token that begins here. After a fault, at_ is the position of the fault.
 char JsonTokens::read() {
   const char first = text_[at_];
   switch (first) {
@@ -60,7 +60,7 @@ char JsonTokens::read() {
       return readLiteral("null") ? kNull : kFault;
     default:
       if (first == '-' || isDigit(first)) return readNumber();
-      // A part of a mark at the beginning is wrong behind that part.
+      // If the text begins with an incomplete byte-order mark, the fault is after its last byte.
       while (start_ == 0 && at_ < kUtf8Mark.size() && peek() == kUtf8Mark[at_]) ++at_;
       return kFault;
   }
@@ -78,7 +78,8 @@ bool JsonTokens::readText() {
   return true;
 }
 
-// Reads a text with escapes or with characters that are not ASCII, or one that is no JSON.
+// Reads a string with escapes or with characters that are not ASCII, or a string that is not valid
+// JSON.
 bool JsonTokens::readUnusualText() {
   const std::string_view word = wordAt(start_);
   try {

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 #define FILTER_INSPECT_SRC_FORMS_JSON_TOKENS_H_
 
-// Reads JSON (RFC 8259) token by token, and knows where each token is.
+// Reads JSON (RFC 8259) token by token, with the position of each token.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +16,7 @@ class JsonTokens {
  public:
   explicit JsonTokens(std::string_view text);
 
-  // What next() returns for a token that is no single sign.
+  // The result of next() for a token that is not a single character.
   enum Kind : char {
     kEnd = '\0',
     kFault = '!',     // no token: there is a character that JSON does not allow here
@@ -27,20 +27,22 @@ class JsonTokens {
     kFalse = 'f',
     kNull = 'n',
   };
-  // Goes to the next token. Returns its kind, or the sign itself: one of {}[]:,
+  // Goes to the next token. Returns its kind, or the token itself if it is one of the characters
+  // {}[]:,
   char next();
 
   std::string_view text() const { return value_; }
   // The nearest number of 64 bits.
   std::int64_t number() const { return number_; }
 
-  // Where the token begins, as an offset and as a position.
+  // The beginning of the token, as an offset and as a position.
   std::size_t start() const { return start_; }
   TextPosition position() const { return {line_, start_ - line_start_ + 1}; }
   // The offset of the token's last character, of the fault, or of the end.
   std::size_t reached() const { return reached_; }
 
-  // The token that begins at the offset, and everything up to the next blank or sign behind it.
+  // The token that begins at the offset, with everything up to the next blank or bracket, colon or
+  // comma.
   std::string_view wordAt(std::size_t start) const;
   TextPosition positionOf(std::size_t offset) const;
  private:

@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_FORMS_MESSAGE_FIELDS_H_
 
 // Reads and writes the fields of a match's or action's message. These functions work on messages
-// and not on objects, so that values that no setter accepts survive.
+// and not on objects, so that values that every setter refuses are kept.
 
 #include <cstddef>
 #include <cstdint>

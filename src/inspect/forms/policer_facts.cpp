@@ -45,7 +45,7 @@ const auto* valueRowOf(const Rows& rows, std::uint32_t value) {
   return found == std::end(rows) ? nullptr : &*found;
 }
 
-// Device types can be narrower than 32 bits, and code points signed.
+// The device's own types can be narrower than 32 bits, and its code points can be signed.
 template <class Value>
 std::uint32_t codeOf(Value value) {
   return static_cast<std::uint32_t>(value);
@@ -56,7 +56,7 @@ bool usesParameter(std::uint32_t mode, std::string_view parameter) {
   return row != nullptr && row->parameters.find(parameter) != row->parameters.npos;
 }
 
-// Returns null, or a sentence that says why the platform makes no such policer.
+// Returns null, or a sentence that says why the platform cannot make this policer.
 const char* makeBytes([[maybe_unused]] const PolicerFacts& facts,
                       [[maybe_unused]] std::string* bytes) {
 #ifdef FILTER_INSPECT_MAKES_POLICERS

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 #define FILTER_INSPECT_SRC_FORMS_POLICER_FACTS_H_
 
-// What a policer says, as plain values, and policers made of such values.
+// Converts policers to plain values, and plain values to policers.
 
 #include <array>
 #include <cstddef>
@@ -17,7 +17,7 @@
 
 namespace FiltersInspect {
 
-// The bytes of the policer that an entry holds if it was given none.
+// The bytes of the default policer, which an entry without a policer of its own holds.
 const std::string& defaultPolicer();
 
 extern const Enumeration kPolicerModes, kPolicerColors, kPolicerActionTypes;
@@ -58,18 +58,19 @@ struct PolicerFacts {
 };
 PolicerFacts factsOf(const policer::Policer& policer);
 
-// The reason why no policer can be made of facts that people wrote. `number` is the place in
-// kPolicerKeys of the wrong one; kPolicerKeys.size() if the policer as a whole is meant.
+// The reason why a policer cannot be made from the given values. `number` is the index of the wrong
+// value in kPolicerKeys, or kPolicerKeys.size() if the fault is in the policer as a whole.
 struct PolicerFault {
   std::size_t number;
   std::string why;
 };
-// Makes the bytes of a policer. `given` has a bit for each number that was written; the others are
-// 0.
+// Makes the bytes of a policer. `given` has a 1 bit for each number that the input has; the other
+// numbers are 0.
 std::optional<PolicerFault> makePolicer(const PolicerFacts& facts, std::uint32_t given,
                                         std::string* bytes);
 
-// True if the facts say everything that the bytes do, so that a policer made of them is the same.
+// True if the values describe the bytes completely, so that the policer made from the values is the
+// same.
 bool sayAllOf(std::string_view bytes, const PolicerFacts& facts);
 
 }  // namespace FiltersInspect

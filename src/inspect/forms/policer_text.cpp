@@ -47,7 +47,7 @@ std::string identityOf(const PolicerFacts& facts) {
   return text;
 }
 
-// The place of the key in kPolicerKeys, or their number.
+// The index of the key in kPolicerKeys, or the number of keys if it is not there.
 std::size_t placeOf(std::string_view key) {
   const auto found = std::find_if(kPolicerKeys.begin(), kPolicerKeys.end(),
                                   [&](const PolicerKey& one) { return key == one.key; });

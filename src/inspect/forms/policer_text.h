@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_POLICER_TEXT_H_
 #define FILTER_INSPECT_SRC_FORMS_POLICER_TEXT_H_
 
-// The text of a policer by its values, for readers and writers of text and for sentences.
+// Writes and reads the values of a policer as text, for the text form and for sentences.
 
 #include <optional>
 #include <string>
@@ -22,14 +22,14 @@ std::string policerWords(const PolicerFacts& facts);
 // The difference of two policers: "10 ingress trtcm cir=2000 became cir=1000".
 std::string policerChange(const PolicerFacts& before, const PolicerFacts& after);
 
-// The reason why a text is no policer, and the part of the text that is wrong.
+// The reason why a text is not a policer, and the wrong part of the text.
 struct PolicerTextFault {
   Code code;
   std::string_view word;
   std::string why;
 };
-// Makes the bytes of a policer from the text between the braces. Its end is the place of what is
-// missing.
+// Makes the bytes of a policer from the text between the braces. If something is missing, its place
+// is the end of that text.
 std::optional<PolicerTextFault> policerFromText(std::string_view text, std::string* bytes);
 
 }  // namespace FiltersInspect

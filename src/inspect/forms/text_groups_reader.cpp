@@ -53,8 +53,8 @@ class TextReader : TextLines {
   void readLine() {
     if (word_.empty()) return;
     const TextPosition position = positionOf(word_);
-    // A line with a stage was meant as a head, so what follows does not belong to the group before
-    // it.
+    // A line with a stage was meant as the first line of a group, so later lines do not belong to
+    // the previous group.
     if (word_ == "group" || (word_ != "entry" && words_.find("stage=") != words_.npos)) {
       beginGroup(position);
       example_ = kGroupExample;
@@ -65,7 +65,7 @@ class TextReader : TextLines {
       }
       return;
     }
-    // Every other line counts as an entry, so that faults of other entries are still found.
+    // Every other line is treated as an entry, so that faults of other entries are still found.
     example_ = kEntryExample;
     const bool isEntry = take("entry");
     if (isEntry && !in_group_) {
@@ -77,7 +77,7 @@ class TextReader : TextLines {
     readLineOfEntry(position, isEntry, {"group", "entry"});
   }
 
-  // Reads what stands behind the first word, which should have been one of `words`.
+  // Reads the rest of the line. The first word should have been one of `words`.
   void readLineOfEntry(TextPosition position, bool isEntry,
                        const std::vector<std::string_view>& words) {
     groups_.beginEntry(position);
@@ -153,7 +153,7 @@ class TextReader : TextLines {
            word_ == "parent" || word_ == "if";
   }
 
-  // Reports a keyword with nothing behind it. A forgotten match would otherwise make a rule that
+  // Reports a keyword that nothing follows. A forgotten match would otherwise make a rule that
   // takes every packet.
   bool isNothing(const char* keyword, const char* what) {
     if (!atKeyword()) return false;
@@ -185,7 +185,7 @@ class TextReader : TextLines {
     return true;
   }
 
-  // Reports that a value is missing, or that there is one too many, at this place in the word.
+  // Reports a missing value, or a value too many, at this position in the word.
   bool failValue(std::string_view name, const FormRow& row, std::size_t at) {
     return fail(
         Code::kTextSyntax, word_.substr(at),
@@ -193,7 +193,7 @@ class TextReader : TextLines {
             (row.form == ValueForm::kFlag ? " takes no value" : " needs `=` and " + describe(row)));
   }
 
-  // Reports a word that is no name of a match or an action.
+  // Reports a word that is not the name of a match or an action.
   template <class CodeEnum>
   bool failName(std::string_view name) {
     constexpr bool isMatch = std::is_same_v<CodeEnum, filtersMatch_t>;
@@ -229,7 +229,7 @@ class TextReader : TextLines {
     return message;
   }
 
-  // Reads `dscp`, which is another way to write a ToS, like the library's class MatchDSCP.
+  // Reads `dscp`, which is another notation for a ToS, like the library's class MatchDSCP.
   template <class Messages>
   bool readDscp(std::string_view value, Messages* messages) {
     if (word_ == kDscp) return failValue(kDscp, kDscpRow, kDscp.size());

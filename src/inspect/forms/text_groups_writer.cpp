@@ -52,11 +52,11 @@ void appendAll(const char* keyword, const Messages& messages, std::string* out,
   }
 }
 
-// The reader of a line: the library, which must get the same entry, or people.
+// The reader of a line: people, or the library, which must get the same entry back.
 enum class For { kReading, kShowing };
 
-// Writes a policer by its values if they say all of it. Otherwise writes its bytes for reading, and
-// its values into the comment.
+// Writes a policer by its values if they describe it completely. Otherwise writes its bytes, and
+// puts its values into the comment.
 void appendPolicer(For use, Subject subject, const policer::Policer& policer,
                    std::string_view bytes, std::string* out, std::string* comment) {
   *out += subject == Subject::kParent ? " parent " : " police ";
@@ -99,7 +99,7 @@ std::string firstLine() {
   return text += '\n';
 }
 
-// Writes so many groups behind what is there.
+// Appends this many groups.
 std::string textOfGroups(const FiltersGroup* groups, std::size_t count, std::string text) {
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();  // used again for each entry

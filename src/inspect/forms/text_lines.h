@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_SRC_FORMS_TEXT_LINES_H_
 #define FILTER_INSPECT_SRC_FORMS_TEXT_LINES_H_
 
-// What the files that people write have in common: a first line with a version, then lines of
-// words, comments behind '#', and faults by line and column.
+// The common part of the readers of files that people write. Such a file has a first line with a
+// version, then lines of words, and comments after '#'. Faults have a line and a column.
 
 #include <cstdint>
 #include <optional>
@@ -16,7 +16,7 @@
 
 namespace FiltersInspect {
 
-// Goes through a text word by word. A reader of one kind of file is derived from it.
+// Goes through a text word by word. The reader of each kind of file derives from this class.
 class TextLines {
  public:
   TextLines(const TextLines&) = delete;
@@ -28,12 +28,12 @@ class TextLines {
   virtual void report(Code code, TextPosition position, std::string_view word,
                       std::string message) = 0;
 
-  // Goes to the first line that is not empty, and reads the version. Returns false if it is none
-  // that is known here.
+  // Goes to the first line that is not empty, and reads the version. Returns false if the version
+  // is unknown.
   bool readVersion();
   // Goes to the next line and drops its comment. Returns false after the last line.
   bool nextLine();
-  // Goes to the next word of the line; after the last one, word_ is empty.
+  // Goes to the next word of the line. After the last word, word_ is empty.
   void nextWord();
   bool take(std::string_view word);
 
@@ -44,7 +44,7 @@ class TextLines {
   // Reports that no line begins with this word.
   bool failFirstWord(const std::vector<std::string_view>& beginnings);
 
-  // These functions read the current word. The number and the name may stand behind a key such as
+  // These functions read the current word. The number and the name may follow a key such as
   // "priority=".
   std::optional<std::uint32_t> number(std::string_view key, unsigned bits);
   std::optional<std::uint32_t> named(std::string_view key, const Enumeration& names);

@@ -46,7 +46,8 @@ void appendLimids(const FormRow& row, const AnyMessage& message, std::string* ou
              [&](std::uint32_t type) { appendName(row.names, type, out); });
 }
 
-// Parses one value. Pieces of the text point into it, so that a fault has a place.
+// Parses one value. The pieces of the text are views of it, so that the position of a fault can be
+// computed.
 class ValueReader {
  public:
   ValueReader(const FormRow& row, std::string_view text, AnyMessage* message)
@@ -61,7 +62,8 @@ class ValueReader {
     if (!fault_) fault_ = {std::move(why), piece};
   }
 
-  // The value of a number or name; 0 and a fault if there is none.
+  // The value of a number or name. If the text is neither, the result is 0, and a fault is
+  // reported.
   std::uint32_t number(std::string_view piece) {
     const auto value = parseNumber(piece, row_.bits);
     if (!value) fail(piece, noNumber(piece, row_.bits));
@@ -77,7 +79,7 @@ class ValueReader {
     return value.value_or(0);
   }
 
-  // Calls `use` for each piece between commas; not at all for an empty text.
+  // Calls `use` for each piece between commas. An empty text has no pieces.
   template <class Use>
   void each(std::string_view list, Use use) {
     for (std::size_t comma = 0; !list.empty() && !fault_; list.remove_prefix(comma + 1)) {
@@ -90,7 +92,7 @@ class ValueReader {
     }
   }
 
-  // Reads both parts of a value that are separated by a sign.
+  // Reads both parts of a value, which a character such as '/' separates.
   template <class Use>
   void pair(char sign, Use use) {
     const std::size_t at = text_.find(sign);
@@ -99,7 +101,7 @@ class ValueReader {
     setNumber(message_, row_.fields[1], use(text_.substr(at + 1)));
   }
 
-  // A decimal number behind the slash might be meant as the length of a mask.
+  // A decimal number after the slash might be meant as the length of a mask.
   void readPort() {
     const std::size_t slash = std::min(text_.find('/'), text_.size());
     const std::string_view word = text_.substr(0, slash), mask = text_.substr(slash);
@@ -351,7 +353,7 @@ std::string noName(std::string_view kind, const Enumeration& names, std::string_
   return "there is no " + std::string(kind) + ' ' + inQuotes(text) + suggestion(text, names.all());
 }
 
-// A leading zero is refused, since it makes a number octal elsewhere.
+// A leading zero is refused, because in other programs it makes a number octal.
 std::optional<std::uint32_t> parseNumber(std::string_view text, unsigned bits) {
   int base = 10;
   if (text.size() > 2 && text[0] == '0' && text[1] == 'x') {

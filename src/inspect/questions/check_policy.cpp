@@ -20,7 +20,7 @@ namespace {
 using namespace FiltersCommon;
 
 constexpr std::uint64_t kUnlimited = ~std::uint64_t{0};
-// The number of rules looked at in one step of the search for rules that share open matches.
+// The number of rules that one step of the search for rules with shared open matches may examine.
 constexpr std::uint64_t kRulesAStep = 500;
 
 using Positions = std::vector<std::uint32_t>;
@@ -32,8 +32,8 @@ using Sets = std::vector<SetId>;
 // and no entry of a lower rank must take it too.
 class Breaches {
  public:
-  // `good` says for each rule, by position, if it is a good destination. `none` says if "none" is a
-  // good destination.
+  // `good` holds for each rule, by position, whether it is a good destination. `none` is true if
+  // "none" is a good destination.
   Breaches(Rules* all, Meetings* meetings, const AnalysisOptions& options, const Progress* progress,
            const SetAmongRules& set, const std::vector<bool>& good, bool none)
       : rules_(all->of(0)),
@@ -49,8 +49,8 @@ class Breaches {
 
   enum class Answer : std::uint8_t { kNo, kYes, kUnknown };
 
-  // Says if a bad destination is possible for some packet of the set. With kYes, `*packet` is such
-  // a packet, and one that can be real if that is easy to find.
+  // Returns whether a bad destination is possible for some packet of the set. With kYes, `*packet`
+  // is such a packet. It is a packet that can be real if such a packet is easy to find.
   Answer mayBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     Answer answer = none_ ? Answer::kNo : mayBeNone(packet);
@@ -62,7 +62,7 @@ class Breaches {
     }
     return answer;
   }
-  // True if a quick look shows that every packet keeps the promise: some good entry must take it,
+  // True if a quick test shows that every packet keeps the promise: some good entry must take it,
   // and no bad entry of the same or a lower rank may take it.
   bool surelyKeeps() {
     if (!begin()) return false;
@@ -81,7 +81,7 @@ class Breaches {
     GoOn watcher(none_);
     return cuts_->runThrough({core_}, &list, &watcher) == Cut::Outcome::kNothingLeft;
   }
-  // Says if there is a packet for which every possible destination is bad.
+  // Returns whether there is a packet for which every possible destination is bad.
   Answer mustBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     is_known_ = true;
@@ -110,9 +110,9 @@ class Breaches {
     return known;
   }
 
-  // --- What may be ---
+  // --- Possible failures ---
 
-  // Says if the rule at `i` is a possible destination.
+  // Returns whether the rule at `i` is a possible destination.
   Answer mayGoTo(std::uint32_t i, std::optional<Point>* packet) {
     const Rule& rule = rules_[i];
     space_.forget();
@@ -133,14 +133,15 @@ class Breaches {
     return look({core_}, list, packet);
   }
 
-  // --- What must be ---
+  // --- Certain failures ---
 
-  // A packet breaks the promise surely if no good destination is possible. A good entry is not a
-  // possible destination of a packet in two cases: the entry cannot take the packet, or an entry of
-  // a lower rank must take it too. Such an entry of a lower rank is of one of two kinds. The first
-  // must take the packet in any case, and a cut by ranks finds it. The second must take the packet
-  // because it shares an open match with the good entry. The good entry is then settled: the search
-  // goes on among the packets that both entries take, as if the good entry were not there.
+  // A packet certainly breaks the promise if no good destination is possible. A good entry is not a
+  // possible destination of a packet in two cases: the good entry cannot take the packet, or an
+  // entry of a lower rank must take the packet too. There are two kinds of such an entry of a lower
+  // rank. An entry of the first kind must take the packet in any case, and a cut by ranks finds it.
+  // An entry of the second kind must take the packet because it shares an open match with the good
+  // entry. The good entry is then settled: the search continues among the packets that both entries
+  // take, and ignores the good entry.
   bool findFailure(const Sets& sets, std::optional<Point>* packet) {
     if (looks_left_ <= met_.size()) {
       is_known_ = false;
@@ -163,7 +164,7 @@ class Breaches {
     for (std::uint32_t i : takers.take()) {
       if (kept_[i]) continue;
       if (settle(i, sets, packet)) return true;
-      // All failures that can be found while this entry is settled have been found.
+      // Now all failures that can be found while this entry is settled have been found.
       kept_[i] = true;
       tried.push_back(i);
     }
@@ -171,8 +172,8 @@ class Breaches {
     return false;
   }
 
-  // Looks for failures among the packets that the rule at `i` leaves to a rule with which it shares
-  // an open match.
+  // Looks for failures among the packets that a rule takes before the rule at `i`, where the two
+  // rules share an open match.
   bool settle(std::uint32_t i, const Sets& sets, std::optional<Point>* packet) {
     const Rule& rule = rules_[i];
     if (rule.must == rule.may) return false;
@@ -216,7 +217,7 @@ class Breaches {
 
   // --- Cuts ---
 
-  // Does not end the cut at a part that no entry takes, if "none" is a good destination.
+  // If "none" is a good destination, a part that no entry takes does not end the cut.
   struct GoOn : Cut::Watcher {
     explicit GoOn(bool is_good) : none(is_good) {}
     bool left(const Cut&) override { return none; }
@@ -235,8 +236,8 @@ class Breaches {
     Positions tags;
   };
 
-  // Says if the candidates leave something of the sets. If they do, looks for a packet of the rest
-  // that can be real.
+  // Returns whether the candidates leave a part of the sets. If they do, looks for a packet in that
+  // part that can be real.
   Answer look(Sets sets, const std::vector<Candidate>& list, std::optional<Point>* packet) {
     std::vector<Candidate> all = list;
     const Cut::Outcome outcome = cuts_->runThrough(sets, &all, nullptr);
@@ -331,8 +332,8 @@ class PolicyCheck {
     if (may == Answer::kNo) return holds(promise);
     return findingOf(Code::kPolicyOpen, promise, std::string("whether it holds") + kUnanswered);
   }
-  // Tries a few real packets of the set. Most promises that fail are broken by one of them, and
-  // among many rules this is much quicker than a cut.
+  // Tries a few real packets of the set. Most failing promises are broken by one of these packets,
+  // and with many rules this is much faster than a cut.
   std::optional<Packet> tryPackets(const Promise& promise, const SetAmongRules& set,
                                    const std::vector<bool>& shown) {
     constexpr std::size_t kFew = 24;  // rules of which a cut makes short work
@@ -378,7 +379,7 @@ class PolicyCheck {
   }
   const FiltersEntry& entryOf(filtersEntryId_t id) const { return group_.getEntriesRef().at(id); }
 
-  // Says for each rule if it keeps the promise when it takes a packet.
+  // For each rule, returns whether the promise is kept when the rule takes a packet.
   std::vector<bool> keepers(const Promise& promise) const {
     enum : std::uint8_t { kUnseen, kBreaks, kKeeps };
     std::vector<std::uint8_t> known(all_.of(0).size(), kUnseen);  // indexed by treatment
@@ -402,7 +403,7 @@ class PolicyCheck {
     return finding;
   }
 
-  // The verdict about a promise that this packet may break. If `must` is kYes, this packet surely
+  // The verdict about a promise that this packet may break. If `must` is kYes, the packet certainly
   // breaks the promise.
   Finding broken(const Promise& promise, const Packet& packet, Answer must) const {
     const Trace traced = tracer_.trace(packet);

@@ -26,7 +26,7 @@ const FiltersEntry* find(const FiltersGroup& group, Id id) {
 }
 
 // Says what happens to packets of the entry `before` when `after` takes them: "are now dropped". A
-// null entry stands for no entry.
+// null entry means that no entry takes the packets.
 std::string consequence(const FiltersEntry* before, const FiltersEntry* after) {
   ActionDeny deny;
   ActionPermit permit;
@@ -73,7 +73,7 @@ class Changes {
   }
  private:
   enum class Role { kTookBefore, kTakesAfter, kBoth };
-  // Packets to which a changed rule does the same.
+  // Packets that a changed rule treats in the same way.
   struct Effect {
     filtersEntryId_t cause;
     Role role;
@@ -85,7 +85,7 @@ class Changes {
 
   // Finds the changed rule that is the cause of a pair. If both rules of the pair have changed, the
   // cause is the first rule. But if the first rule would still take the packet, the cause is the
-  // second.
+  // second rule.
   void add(const Finding& pair) {
     const Id before = pair.entry, after = pair.others.empty() ? Id() : Id(pair.others[0]);
     for (const Id& id : {before, after}) {
@@ -120,7 +120,7 @@ class Changes {
     });
   }
 
-  // Says what has changed in a rule: "new", "gone", "permit became deny, priority=5 became
+  // Describes the change of a rule: "new", "gone", "permit became deny, priority=5 became
   // priority=7". The text is empty if only the counters have changed.
   std::string changeOf(filtersEntryId_t id) const {
     if (find(a_, id) == nullptr) return "new";
@@ -184,7 +184,7 @@ class Changes {
     text += "packets like this one " + then;
   }
 
-  // Reports what is not decided. Rules that have not changed share a finding.
+  // Reports questions that are not decided. Rules that have not changed share a finding.
   void reportOpen(std::vector<Finding>* compared) {
     std::set<std::uint32_t> ids;
     for (const Finding& open : *compared) {

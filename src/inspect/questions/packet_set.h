@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// Access to the private fields of a PacketSet. They are in the order of their numbers.
+// Access to the private fields of a PacketSet. The fields are in the order of their numbers.
 struct PacketSetFields {
   static const std::vector<FieldSet>& of(const PacketSet& set);
   static PacketSet make(std::vector<FieldSet> fields);

@@ -5,7 +5,7 @@
 namespace FiltersInspect {
 
 // A part is a product, and so is a set. But the part may divide a field into dimensions, and a set
-// cannot say "this value, or lacking". So a part may take several sets.
+// cannot express "this value, or absent". So a part may become several sets.
 bool PartSets::left(const Cut& cut) {
   part_ = {{}};
   const auto dimensions = static_cast<std::uint32_t>(space_.dimensions());

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_QUESTIONS_PART_SETS_H_
 #define FILTER_INSPECT_SRC_QUESTIONS_PART_SETS_H_
 
-// Parts of a space, as the words of packet sets.
+// Writes parts of a space as the words of packet sets.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace FiltersInspect {
 
-// Collects the parts that a cut leaves, unless they make more sets than anybody would read.
+// Collects the parts that a cut leaves, unless they make too many sets for people to read.
 class PartSets : public Cut::Watcher {
  public:
   explicit PartSets(const Space& space) : space_(space) {}

@@ -32,7 +32,7 @@ class PolicyReader : TextLines {
         max_findings_(max_findings),
         faults_(max_findings) {}
 
-  // Reads the whole policy. The groups are of no use if there are faults.
+  // Reads the whole policy. If there are faults, the groups are not used.
   Report read(std::vector<PolicyGroup>* groups) {
     groups_ = groups;
     if (!readVersion()) return faults_.take();
@@ -121,7 +121,7 @@ class PolicyReader : TextLines {
     groups_->back().promises.push_back(std::move(promise));
   }
 
-  // The text behind '#', without the blanks around it.
+  // The text after '#', without the blanks around it.
   std::string comment() const {
     constexpr std::string_view kBlanks = " \t\r";
     const std::size_t mark = std::min(line_.find('#'), line_.size());
@@ -146,7 +146,7 @@ class PolicyReader : TextLines {
     }
   }
 
-  // Reads an action. Reports a word that is no action.
+  // Reads an action. Reports a word that is not an action.
   bool readAction(Promise* promise, const std::vector<std::string_view>& held) {
     const std::string_view name = word_.substr(0, word_.find('='));
     if (word_ == kTaken) return failWord("`taken` stands alone: it is any entry at all");
@@ -157,7 +157,7 @@ class PolicyReader : TextLines {
       return fail(fault->code, fault->piece, fault->why);
     }
     const auto isSame = [&](std::string_view other) {
-      // `never` may have two values of an action, but no entry has both.
+      // A promise with `never` may name two values of the same action, but no entry can have both.
       return promise->always ? other.substr(0, other.find('=')) == name : other == word_;
     };
     return std::none_of(held.begin(), held.end(), isSame) ||
@@ -180,7 +180,7 @@ class PolicyReader : TextLines {
     Report faults;
     auto packets = PacketSet::parse(text, &faults, max_findings_);
     if (packets) promise->packets = std::move(*packets);
-    // Its columns begin with the set.
+    // The columns of these faults count from the beginning of the set.
     for (Finding& fault : faults.findings) {
       const std::size_t column = std::stoul(fault.path.substr(fault.path.find(':') + 1));
       fault.path = toText(positionOf(text.substr(column - 1)));

@@ -21,7 +21,7 @@ using namespace FiltersCommon;
 constexpr unsigned kTries = 6;  // packets that are looked at before a cut
 constexpr char kNotSure[] = "whether it surely takes one takes too many steps to say";
 
-// Looks for a good packet among the first parts that a cut leaves.
+// Looks for a packet that can be real among the first parts that a cut leaves.
 struct FirstParts : Cut::Watcher {
   explicit FirstParts(const RuleSpace& space) : witness(space) {}
   bool left(const Cut& cut) override {
@@ -33,7 +33,7 @@ struct FirstParts : Cut::Watcher {
   int looks_left_ = 4;
 };
 
-// The packets of a set among the rules of a group. Rules are named by their positions.
+// Finds the rules of a group that take packets of a set. Rules are named by their positions.
 class Search {
  public:
   Search(const FiltersGroup& group, const PacketSet& packets, Order order,
@@ -108,8 +108,8 @@ class Search {
     return remains;
   }
  private:
-  // An example of the packets that entries leave. `known` says if it is certain whether they leave
-  // any.
+  // An example of the packets that entries leave. `known` is true if it is certain whether they
+  // leave any packets.
   struct Left {
     bool known = true;
     std::optional<Packet> packet;
@@ -117,8 +117,9 @@ class Search {
 
   bool isClosed(const Rule& rule) const { return rule.must == rule.may; }
 
-  // Says what the others leave of the packets of the set that are in `within`. Each of the others
-  // has packets of one rule before `end`, and its tag is the position of this rule.
+  // Finds the packets that the other entries leave, among the packets of the set that are in
+  // `within`. Each candidate in `others` has packets of one rule before `end`, and its tag is the
+  // position of that rule.
   Left leftOf(SetId within, std::vector<Candidate> others, std::size_t end = 0) {
     if (within == kNothing) return {};
     std::vector<SetId> sets = {set_.core};
@@ -129,7 +130,7 @@ class Search {
     std::vector<Candidate> list = others;
     const Cut::Outcome outcome = cuts_.runThrough(sets, &list, &parts);
     if (!parts.witness.found()) return {outcome != Cut::Outcome::kUndecided, std::nullopt};
-    // A packet that can be real may be in some other part.
+    // Another part may have a packet that can be real.
     const auto& shapes = space_.shapes();
     for (std::size_t i = 0; i < parts.witness.shape() && !parts.witness.isGood(); ++i) {
       sets.push_back(shapes[i]);
@@ -142,7 +143,7 @@ class Search {
     return {true, parts.witness.packet()};
   }
 
-  // Looks for a real packet among a few packets. Most entries have one.
+  // Tries a few packets that can be real. Most entries have one.
   std::optional<Packet> tryPackets(std::vector<SetId> sets, const std::vector<Candidate>& others,
                                    std::size_t end) {
     std::optional<Packet> found;
@@ -200,8 +201,8 @@ class Search {
     add(rule.id, may, before.settled ? may : leftOf(rule.must, before.maybe, rule.ranks_end));
   }
 
-  // Returns all packets of the set that are in `within` and in none of the others. Returns nothing
-  // if there are too many sets or steps.
+  // Returns all packets of the set that are in `within` and in no candidate of `others`. Returns
+  // nothing if there are too many sets or steps.
   std::vector<PacketSet> allOf(SetId within, std::vector<Candidate> others) {
     if (set_.is_sample) return {};
     for (const SetId gap : set_.outside) others.push_back({gap, 0, false, 0});

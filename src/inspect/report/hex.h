@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_REPORT_HEX_H_
 #define FILTER_INSPECT_SRC_REPORT_HEX_H_
 
-// Bytes and numbers in digits.
+// Converts bytes and numbers to digits, and digits to bytes.
 
 #include <charconv>
 #include <cstdint>
@@ -13,22 +13,23 @@
 
 namespace FiltersInspect {
 
-// Writes the two lower-case digits of a byte, and returns the end of them.
+// Writes the two lower-case digits of a byte, and returns the position after the digits.
 char* writeHexByte(unsigned char byte, char* digits);
 
 // Appends two lower-case digits for each byte, without separators.
 void appendHex(std::string_view bytes, std::string* out);
 
-// The bytes of such digits; upper-case digits are read too. Returns nothing for any other text.
+// The bytes that such digits stand for. Upper-case digits are read too. Returns nothing for any
+// other text.
 std::optional<std::string> parseHex(std::string_view digits);
 
-// The byte of two such digits.
+// The byte that two such digits stand for.
 std::optional<unsigned char> parseHexByte(const char* digits);
 
 // Appends "0x0800": as many digits as the number needs, but at least `digits`.
 void appendHexNumber(std::uint32_t value, int digits, std::string* out);
 
-// Appends the decimal digits of a number, behind '-' if it is negative.
+// Appends the decimal digits of a number, with '-' before a negative number.
 template <class Number>
 void appendDecimal(Number number, std::string* out) {
   char digits[std::numeric_limits<Number>::digits10 + 2];

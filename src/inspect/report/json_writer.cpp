@@ -74,7 +74,7 @@ void JsonWriter::startLine() {
   }
 }
 
-// `end` begins with the second quotation mark.
+// `end` is the text after the value, and begins with the closing quotation mark.
 void JsonWriter::quote(std::string_view text, std::string_view end) {
   text_ += '"';
   text_ += text;

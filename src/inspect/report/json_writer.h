@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_REPORT_JSON_WRITER_H_
 
 // Writes JSON from the first byte to the last, without building a tree. A tree of nlohmann-json
-// needs memory even for its destruction, and ends the process if there is none.
+// needs memory even for its destruction, and ends the process if memory runs out.
 
 #include <cstddef>
 #include <cstdint>

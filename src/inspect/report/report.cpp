@@ -17,7 +17,7 @@ using namespace FiltersCommon;
 
 constexpr Severity kWorstFirst[] = {Severity::kError, Severity::kWarning, Severity::kNote};
 
-// Says which enumeration the numbers of a finding belong to.
+// Returns the enumeration to which the numbers of a finding belong.
 enum class CodesOf { kNothing, kMatches, kActions, kStages, kTypes, kPolicerStages, kNumbers };
 
 CodesOf offenderOf(const Finding& finding) {

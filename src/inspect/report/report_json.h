@@ -15,7 +15,7 @@ struct ReportBasis {
   const std::vector<std::string_view>& assumptions;
 };
 
-// The JSON document of reports. `basis` is null for reports that are no analysis. A document on one
+// The JSON document of reports. `basis` is null for reports without an analysis. A document on one
 // line leaves out the assumptions, because a stream of such lines would repeat them.
 std::string reportJson(const std::vector<ReportInput>& inputs, std::string_view command,
                        const ReportBasis* basis, bool isLine = false);

@@ -9,7 +9,7 @@
 
 namespace FiltersInspect {
 
-// The packet, and those fields of `assumed` that the packet does not tell.
+// The fields of the packet, and the fields of `assumed` that are unknown in the packet.
 inline Packet withAssumed(const Packet& packet, const Packet& assumed) {
   Packet both = packet;
   for (const PacketFields::Field& field : PacketFields::of(assumed)) {
@@ -18,7 +18,7 @@ inline Packet withAssumed(const Packet& packet, const Packet& assumed) {
   return both;
 }
 
-// A number that is no FrameFault counts nowhere.
+// A number that is not a FrameFault is not counted.
 inline void countFault(FrameFault fault, std::uint64_t number, std::int64_t time,
                        FrameCounts* faults) {
   const auto index = static_cast<std::size_t>(fault);

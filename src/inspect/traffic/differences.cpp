@@ -17,15 +17,16 @@ namespace {
 
 using namespace FiltersCommon;
 
-// The number of steps that one frame may take, and the number of pairs that are looked at. If a
-// frame needs more of one of them, pairs that are impossible may be counted as possible.
+// The limit of steps for one frame, and the limit of examined pairs. If a frame exceeds a limit,
+// impossible pairs may be counted as possible.
 constexpr std::uint64_t kStepsOfFrame = 20000;
 constexpr std::size_t kMostPairs = 1024;
 constexpr std::size_t kMostRemembered = 16384;
 
 }  // namespace
 
-// A class with linkage has members of these types, so they cannot be in an unnamed namespace.
+// A class with external linkage has members of these types, so these types cannot be in an unnamed
+// namespace.
 namespace two_groups {
 
 // An entry of each group; null if no entry of the group takes the packet.
@@ -38,7 +39,7 @@ struct EntryPair {
 };
 
 // Finds the pairs of entries that can be the first to take a packet. Both entries of a pair must be
-// the first for the same values of the untold fields, under the same reading.
+// the first for the same values of the unknown fields, under the same reading.
 class Together {
  public:
   // The entries that do not miss the packet, in their order.
@@ -127,8 +128,8 @@ struct Group {
     return entry == nullptr ? kBehindAll : twins[static_cast<std::size_t>(entry - entries.data())];
   }
 
-  // The entries that can be the first to take a packet, in their order. A null behind them means
-  // that perhaps no entry takes it.
+  // The entries that can be the first to take a packet, in their order. A null at the end means
+  // that perhaps no entry takes the packet.
   std::vector<const PreparedEntry*> firstOf(const Decision& decision) const {
     if (decision.entry) return {byId.at(*decision.entry)};
     std::vector<const PreparedEntry*> all;
@@ -137,7 +138,7 @@ struct Group {
     return all;
   }
 
-  // The entries that do not miss the packet, up to the first that surely take it.
+  // The entries that do not miss the packet, up to the first entries that certainly take it.
   std::vector<const PreparedEntry*> takersOf(const Packet& packet) const {
     PossibleTakers takers;
     classifier.forEach(
@@ -170,7 +171,7 @@ struct TrafficComparison::Comparing {
     return entry == nullptr ? kBehindAll : entry->rank;
   }
 
-  // The pairs that can take the packet.
+  // The pairs of entries that can take the packet.
   std::vector<EntryPair> pairsOf(const Packet& packet) {
     const auto firstOfA = a.firstOf(a.tracer.decide(packet));
     const auto firstOfB = b.firstOf(b.tracer.decide(packet));
@@ -222,7 +223,7 @@ struct TrafficComparison::Comparing {
     return all.pairs.emplace_back(std::move(row));
   }
 
-  // Takes back the rows from `count` on.
+  // Removes the rows from `count` on.
   void keepRows(std::size_t count) {
     for (; all.pairs.size() > count; all.pairs.pop_back()) {
       places.erase(Ids(all.pairs.back().a, all.pairs.back().b));
@@ -268,7 +269,7 @@ void TrafficComparison::count(const Packet& packet, FrameFault fault, std::int64
     its.keepRows(rows);
     throw;
   }
-  // Nothing can fail from here on.
+  // Nothing can fail after this line, so the counts stay consistent.
   TrafficDifferences& all = its.all;
   const std::uint64_t number = ++all.frames;
   countFault(fault, number, time, &all.faults);

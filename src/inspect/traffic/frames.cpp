@@ -12,7 +12,7 @@ namespace {
 
 // --- Numbers of the protocols --------------------------------------------------------------------
 
-// Ether types and lengths in their place (IEEE 802.3, IEEE 802.1Q, IANA).
+// Ether types, and the lengths that can stand in their place (IEEE 802.3, IEEE 802.1Q, IANA).
 constexpr std::uint32_t kMostLength = 1500, kLeastType = 0x600;
 constexpr std::uint32_t kIPv4Type = 0x0800, kIPv6Type = 0x86dd;
 constexpr std::uint32_t kTags[] = {0x8100, 0x88a8, 0x9100};
@@ -20,23 +20,23 @@ constexpr std::size_t kTagSize = 4;
 // MPLS, PPPoE, IEEE 802.1AE, 802.1ah, 802.1BR and 802.1CB, TRILL, and the network service header.
 constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88e7,
                                             0x893f, 0xf1c1, 0x22f3, 0x894f};
-// LLC with SNAP, and the prefixes behind which an ether type stands (RFC 1042, IEEE 802.1H).
+// LLC with SNAP, and the prefixes that an ether type follows (RFC 1042, IEEE 802.1H).
 constexpr std::uint32_t kSnap = 0xaaaa03, kSnapPrefixes[] = {0x000000, 0x0000f8};
 constexpr std::size_t kLlcSize = 3, kSnapSize = 8;
 
-// Protocols of Linux cooked frames that are not ether types, and kinds of devices whose frames
-// begin with something else than the protocol says: Frame Relay, radiotap and netlink.
+// Protocols of Linux cooked frames that are not ether types, and kinds of devices whose frames do
+// not begin with the header that their protocol field names: Frame Relay, radiotap and netlink.
 constexpr std::uint32_t kCookedNovell = 1, kCookedLlc = 4;
 constexpr std::uint32_t kForeignDevices[] = {770, 803, 824};
 
-// Address families. The one of IPv6 depends on the system.
+// Address families. The value for IPv6 depends on the system.
 constexpr std::uint32_t kFamilyIPv4 = 2, kFamiliesIPv6[] = {10, 23, 24, 28, 30};
 
 constexpr std::size_t kLeastIPv4Header = 20, kIPv6Header = 40, kAddressSize = 16;
 constexpr std::uint32_t kFragmentOffset = 0x1fff;  // in the 16 bits of IPv4
 
-// Extension headers of IPv6 (IANA's registry). The header of ESP is the last one that can be read,
-// so its number is the protocol.
+// Extension headers of IPv6 (IANA's registry). Headers after ESP are encrypted, so the protocol is
+// the number of ESP.
 enum Extension : std::uint32_t {
   kHopByHop = 0,
   kRouting = 43,
@@ -59,7 +59,7 @@ bool isOneOf(const Numbers& numbers, std::uint32_t number) {
 
 // --- Fields --------------------------------------------------------------------------------------
 
-// The fields that frames tell, in the order of the names.
+// The fields that frames show, in the order of the names.
 enum Shown : std::uint8_t {
   kVlanId,
   kTpid,
@@ -113,7 +113,7 @@ class Frame {
   void blame(FrameFault fault) {
     if (fault_ == FrameFault::kNone) fault_ = fault;
   }
-  // True if these bytes belong to the packet and are there.
+  // True if these bytes belong to the packet and were captured.
   bool has(std::size_t at, std::size_t size) {
     if (at > end_ || size > end_ - at) {
       blame(FrameFault::kEndsEarly);
@@ -137,7 +137,7 @@ class Frame {
     return value ? std::optional(static_cast<std::uint32_t>(*value)) : std::nullopt;
   }
 
-  // --- What is told ---
+  // --- Making fields known ---
 
   void set(Shown field, std::uint64_t value, std::uint64_t lower = 0) {
     known_[field] = Known::kValue;
@@ -147,7 +147,7 @@ class Frame {
   void lacks(Fields... fields) {
     ((known_[fields] = Known::kAbsent), ...);
   }
-  // Tells a field whose value stands in the frame.
+  // Makes a field known, with the value in the frame.
   void tell(Shown field, std::size_t at, std::size_t size) {
     if (const auto value = number(at, size)) set(field, *value);
   }
@@ -159,7 +159,7 @@ class Frame {
     lacks(kSrcIPv4, kDstIPv4, kSrcIPv6, kDstIPv6, kProtocol, kTos, kTtl, kSrcPort, kDstPort);
   }
 
-  // --- Headers; each function gets the place where its header begins ---
+  // --- Headers; each function gets the offset at which its header begins ---
 
   void cooked(std::size_t device, std::size_t protocol, std::size_t behind);
   void loopback();
@@ -247,7 +247,7 @@ void Frame::tagged(std::uint32_t type, std::size_t behind) {
   typed(type, behind);
 }
 
-// Reads the tags, and then the header that the last ether type or length announces.
+// Reads the tags, and then the header that the last ether type or length indicates.
 void Frame::typed(std::uint32_t type, std::size_t behind) {
   for (; isOneOf(kTags, type); behind += kTagSize) {
     const auto next = word(behind + 2, 2);
@@ -320,7 +320,8 @@ void Frame::ipv6(std::size_t at) {
   extensions(*next, at);
 }
 
-// Finds the length of a packet whose IPv6 header has none, in its hop-by-hop options (RFC 2675).
+// Finds the length of a packet in its hop-by-hop options, if its IPv6 header has the length 0 (RFC
+// 2675).
 bool Frame::readJumbo(std::size_t at) {
   const std::size_t begin = at;
   const auto length = word(at + 1, 1);

@@ -48,7 +48,7 @@ void HitCounter::count(const void* frame, std::size_t captured, std::size_t leng
 void HitCounter::count(const Packet& packet, FrameFault fault, std::int64_t time) {
   Counting& all = *counting_;
   const Decision decision = all.tracer.decide(withAssumed(packet, all.assumed));
-  // Nothing can fail from here on.
+  // Nothing can fail after this line, so the counts stay consistent.
   Hits& hits = all.hits;
   const std::uint64_t number = ++hits.frames;
   countFault(fault, number, time, &hits.faults);

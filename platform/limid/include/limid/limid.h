@@ -40,7 +40,7 @@ static const uint8_t limid_type_lag = 2;
 static const uint8_t limid_type_mpls_vpws = 3;
 static const uint8_t limid_type_bridgedomain = 4;
 
-/* The one type of bridge domain with a name: the domain of a VPLS service. */
+/* The only type of bridge domain that has a name: the domain of a VPLS service. */
 static const uint32_t limid_bridgedomain_type_vpls = 5;
 
 /* Non-zero if `limid` has the given type. */
@@ -50,7 +50,7 @@ LIMID_API int limid_is_from_type(limid_t limid, uint8_t type);
 LIMID_API int limid_is_from_type_ethernet(limid_t limid);
 
 /* Splits the id of a bridge domain into the domain's type, such as limid_bridgedomain_type_vpls,
- * and its number among the domains. Fails when `limid` is no bridge domain or when `type` or `id`
+ * and its number among the domains. Fails if `limid` is not a bridge domain, or if `type` or `id`
  * is null. */
 LIMID_API int limid_to_bridgedomain_components(limid_t limid, uint32_t* type, uint32_t* id);
 

@@ -1,4 +1,4 @@
-/* The functions that the stand-in has beyond <limid/limid.h>: they make ids.
+/* The functions that the stand-in has in addition to <limid/limid.h>: they make ids.
  *
  * Tests, examples and tools include this header. A library that must also run on the device does
  * not include it: there, ids come from the device's configuration.

@@ -1,5 +1,6 @@
 // Policers of another device. They differ from the stand-in: a policer is 32 bytes without heap,
-// its serialized bytes are a copy of these, getters return by value, and code points are signed.
+// its serialized bytes are a copy of these 32 bytes, getters return by value, and code points are
+// signed.
 #ifndef DEVICE_POLICER_POLICER_H_
 #define DEVICE_POLICER_POLICER_H_
 
@@ -66,7 +67,7 @@ class Policer {
   Policer() = default;
   // Reads the bytes of Serialize(). Any other bytes make the policer of the default constructor.
   explicit Policer(const std::string& bytes);
-  // Actions beyond the second are left out.
+  // Only the first two actions are kept.
   Policer(std::uint32_t id, Stage stage, const Mode& mode, std::initializer_list<Action> actions);
 
   std::string Serialize() const;

@@ -1,20 +1,20 @@
-// Policers: what a device does to traffic that exceeds its agreed rates.
+// Policers: they decide how a device treats traffic that exceeds its agreed rates.
 //
 // A policer meters packets by its Mode (the number of token buckets, how fast they fill and how
-// deep they are). It colours each packet by the outcome and applies the Actions for that colour, at
-// one Stage of a packet's way through the device.
+// deep they are). The outcome is a colour for each packet, and the policer applies the Actions for
+// that colour. It works at one Stage in the device.
 //
-// These are plain values. Copying one copies everything, moving is cheap, and no object refers to
+// Policers are plain values. A copy copies everything, a move is cheap, and no object refers to
 // another. Different threads may use different objects freely. Many threads may read one object
 // while none changes it.
 //
-// Rates are in kbit/s, sizes in bytes, each over the whole range of 32 bits.
+// Rates are in kbit/s and sizes in bytes. Each can have any value of 32 bits.
 //
 // Enumerations may hold values without a name here, because a newer device may send them. Such a
 // value can be cast to the enumeration, and is kept, compared and serialized like any other.
 //
-// The device's own library also has functions to read a policer. The constructors that need more
-// than bytes, and the named functions of Mode and Action, belong to this stand-in. For example:
+// The device's own library also has functions to read a policer. Only this stand-in has the
+// constructors from values and the named functions of Mode and Action. For example:
 //
 //   const policer::Policer policer(7, policer::Stage::Ingress, policer::Mode::Flow(1000, 1500),
 //                                  {policer::Action::Drop(policer::Color::Red)});
@@ -34,7 +34,7 @@
 
 namespace policer {
 
-// The place in the device at which the policer works. None means that it has no place.
+// The part of the device in which the policer works. None means that it works in no part.
 enum class Stage : std::uint32_t { Ingress = 0, Egress = 1, None = 2 };
 
 // The outcome of metering, from Red (exceeds every rate) to Green (conforms).
@@ -44,7 +44,7 @@ enum class Color : std::uint32_t { Red = 0, Yellow = 1, Green = 2 };
 // differentiated services, one plain rate, or none.
 enum class ModeType : std::uint32_t { SrTcm = 0, TrTcm = 1, TrTcmDs = 2, Flow = 3, None = 4 };
 
-// The effect on a packet of the action's colour.
+// The effect of an action on packets of its colour.
 enum class ActionType : std::uint32_t { Drop = 0, SetPcp = 1, SetDscp = 2 };
 
 // A metering mode and its parameters. A parameter that the mode does not use is 0.
@@ -113,7 +113,7 @@ class Action {
   static constexpr Action Drop(Color color) { return Action(ActionType::Drop, color, 0); }
 
   // A priority code point has 3 bits and a differentiated-services code point has 6. This class
-  // does not check them: the getter returns the value that was passed.
+  // does not check the width: the getter returns the value that was passed.
   static constexpr Action SetPcp(Color color, std::uint8_t pcp) {
     return Action(ActionType::SetPcp, color, pcp);
   }
@@ -156,8 +156,8 @@ class POLICER_API Policer {
   Policer() = default;
 
   // Reads the bytes of Serialize(). Empty, cut-off or unreadable bytes give a default policer.
-  // Other damage is not detected and may give another policer; the same holds for further bytes
-  // that read as fields. The constructor throws only std::bad_alloc and prints nothing.
+  // Other damage is not detected and may give another policer. Additional bytes that can be read as
+  // fields are not detected either. The constructor throws only std::bad_alloc and prints nothing.
   explicit Policer(const std::string& bytes);
 
   Policer(std::uint32_t id, Stage stage, const Mode& mode, std::vector<Action> actions)
@@ -170,7 +170,8 @@ class POLICER_API Policer {
   std::uint32_t GetId() const { return id_; }
   Stage GetStage() const { return stage_; }
 
-  // The references are valid until the policer is destroyed, and show its current values.
+  // The references are valid until the policer is destroyed. After an assignment they refer to the
+  // new values.
   const Mode& GetMode() const { return mode_; }
   const std::vector<Action>& GetActions() const { return actions_; }
 

@@ -1,5 +1,5 @@
-// Policers made of plain values. A device's policer package may have this header or leave it out.
-// If it has the header, libfilter_inspect reads and writes policers as values; without it, as
+// Makes policers from plain values. A device's policer package may have this header or leave it
+// out. If it has the header, libfilter_inspect reads and writes policers as values; without it, as
 // bytes.
 //
 //   const policer::Policer policer = policer::MakePolicer(
@@ -37,8 +37,8 @@ struct PolicerValues {
   std::vector<ActionValues> actions;
 };
 
-// Returns a policer whose getters return these values. A value that no policer can hold may be
-// changed, so callers compare. The function throws only std::bad_alloc.
+// Returns a policer whose getters return these values. A value that a policer cannot hold may be
+// changed, so callers compare the getters with the values. The function throws only std::bad_alloc.
 POLICER_API Policer MakePolicer(const PolicerValues& values);
 
 }  // namespace policer
