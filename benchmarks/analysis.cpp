@@ -1,6 +1,6 @@
 // Measures the CPU time and the memory of an analysis, for groups like real filters and for some
-// hard groups. Fails if a figure is above its limit. `analysis FACTOR` multiplies the limits, for a
-// slow machine.
+// hard groups. Fails if a figure is above its limit. For a slow machine, `analysis FACTOR`
+// multiplies the limits by FACTOR.
 
 #include <filter_inspect/filter_analysis.h>
 #include <sys/resource.h>
@@ -131,7 +131,7 @@ void measureLarge() {
   }
 }
 
-// Analyses rules with random sets of a thousand ports each, a million numbers in all.
+// Analyses rules with random sets of a thousand ports each. All sets together have a million ports.
 void measurePorts() {
   std::mt19937 engine(1);
   FiltersGroup group(kGroupId);
@@ -167,7 +167,8 @@ void measureTiles() {
           "a part is refused");
   insert(&group, &all);
   const Report report = measure("64 x 64 tiles", group, options(false), 60, 5);
-  // Some tiles have source addresses that no packet should have; those findings do not count here.
+  // Some tiles have source addresses that no packet should have. The findings about these addresses
+  // do not count here.
   const auto found =
       std::find_if(report.findings.begin(), report.findings.end(),
                    [](const Finding& finding) { return finding.code == Code::kEntryUnreachable; });
@@ -175,9 +176,9 @@ void measureTiles() {
           "the tiles do not cover");
 }
 
-// Analyses rules that are clauses of three literals over the bits of two addresses. The last rule
-// is covered if no assignment satisfies all clauses. The number of clauses makes this hard to
-// decide.
+// Analyses a problem of propositional logic: each rule is a clause of three literals over the bits
+// of two addresses. The last rule is covered if no assignment of the bits satisfies all clauses.
+// The number of clauses makes this hard to decide.
 void measureClauses() {
   std::mt19937 engine(1);
   for (const unsigned variables : {40U, 64U}) {

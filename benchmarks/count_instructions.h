@@ -10,8 +10,8 @@
 namespace benchmarks {
 
 // Counts the instructions of an operation under valgrind's callgrind, in a process of its own, so
-// that the operation does not find the heap of another one. `warm` is not counted. callgrind writes
-// a file of totals with the name as its trigger.
+// that earlier operations do not change its heap. Runs `warm` first, without counting it. callgrind
+// writes the totals into a file that names `name` as its trigger.
 template <class Warm, class Run>
 void countInstructions(const char* name, const Warm& warm, const Run& run) {
   const pid_t child = fork();

@@ -1,5 +1,6 @@
-// Counts how the library uses the heap, which is the same in every run: allocations, bytes held,
-// peaks. Prints the name and value of one figure on each line; report.py has their limits.
+// Counts how the library uses the heap: allocations, bytes held and peaks. These counts are the
+// same in every run. Prints the name and value of one figure on each line. report.py has the limits
+// of the figures.
 #include <cstdlib>
 #include <new>
 #include <ostream>
@@ -40,7 +41,7 @@ namespace {
 
 constexpr unsigned kRules = 10000;
 
-// Counts between its construction and the call of a getter.
+// Counts the allocations between its construction and the call of a getter.
 struct Meter {
   Meter() { peak = held; }
   double allocationsARule() const {

@@ -1,7 +1,7 @@
-// Counts the decisions of Tracer::decide() in a second, for groups like real filters. Beside it
-// stands a plain loop over the rules, which compares each rule with the packet until one takes it.
-// The hits of a million frames are counted too. Fails if a figure misses its limit. `decisions
-// FACTOR` divides the limits, for a slow machine.
+// Counts the decisions of Tracer::decide() in a second, for groups like real filters. Measures a
+// plain loop over the rules for comparison. The loop compares each rule with the packet until a
+// rule takes the packet. The hits of a million frames are counted too. Fails if a figure misses its
+// limit. For a slow machine, `decisions FACTOR` relaxes all limits by FACTOR.
 
 #include <filter_inspect/filter_traffic.h>
 
@@ -111,7 +111,7 @@ std::vector<unsigned char> frameOf(const Values& values) {
   return frame;
 }
 
-// Counts the hits of a million frames, as filter-inspect does behind the reading of a file.
+// Counts the hits of a million frames, as filter-inspect does after it has read a file.
 void measureHits(const Shape& shape, unsigned rules) {
   constexpr std::size_t kPackets = 200000, kFrames = 1000000;
   RuleSet set(shape, rules);

@@ -42,7 +42,7 @@ void oneOfMany() {
   require(told < 10 * compared, "diff takes more than ten times what operator== takes");
 }
 
-// Rules with one or two matches out of a few, so that each stage and type admits different rules.
+// Rules that have one or two of a few matches, so that each stage and type admits different rules.
 FiltersEntry randomRule(unsigned id, filtersGroupType_t type, std::mt19937* random) {
   const FiltersGroup checks(0);
   for (;;) {

@@ -1,5 +1,5 @@
-// Measures how much CPU time writing and reading text and JSON take, as the fastest of five runs.
-// Fails if 10,000 rules take longer than a second.
+// Measures the CPU time of writing and reading text and JSON. Takes the fastest of five runs. Fails
+// if 10,000 rules take longer than a second.
 
 #include <filter_inspect/filter_text.h>
 

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 #define FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 
-// Bytes of groups that are as expensive to read as bytes of this kind and size can be.
+// Bytes of groups that are the most expensive to read, for each kind of bytes and size.
 
 #include <cstddef>
 #include <functional>
@@ -35,8 +35,8 @@ struct Group {
   std::string bytes;  // the bytes after the head
 };
 
-// The head of a group without a stage and with a type that admits the matches below, so that the
-// group keeps everything that is read.
+// The head of a group. It has no stage, and a type that admits the matches below, so that the group
+// keeps everything that is read.
 inline const std::string kHead = "\x18" + std::string(1, '\0') + "\x20\x01";
 
 inline std::vector<Group> groups(std::size_t size) {

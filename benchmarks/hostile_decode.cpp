@@ -36,7 +36,7 @@ std::string repeated(const std::string& element, std::size_t size) {
   return bytes;
 }
 
-// The hostile groups of hostile.h, and further ones with many findings.
+// The hostile groups of hostile.h, and further groups that give many findings.
 std::vector<hostile::Group> groups(std::size_t size) {
   std::vector<hostile::Group> all = hostile::groups(size);
   const std::string head = hostile::kHead;

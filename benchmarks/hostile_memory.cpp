@@ -2,7 +2,7 @@
 // in use while a group is rebuilt (from bytes as serialize() writes them, and from other bytes),
 // the memory of the finished group, and the most memory in use while the message runtime alone
 // parses the same bytes on an arena. (Parsing without an arena can leak when memory runs out.)
-// Fails if rebuilding takes more than 1.25 times the sum of parsing and the finished group.
+// Fails if the first figure is more than 1.25 times the sum of the other two.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>

@@ -1,5 +1,5 @@
 // Counts the instructions of the second library's operations for a group of N rules. The counts are
-// the same in every run.
+// the same in every run. Usage:
 //   inspect_instructions N
 // Explaining, texts and differences use the rules of workload.h; analysis, packets and searches use
 // rules like those of an access list. Each operation runs twice, and only the second run is
@@ -21,7 +21,7 @@ using Groups = std::vector<FiltersGroup>;
 
 constexpr Order kOrder = Order::kHighestPriority;
 
-// Every tenth rule is another one, and would be inserted again by a plan.
+// Changes every tenth rule so much that a plan inserts the rule again.
 FiltersGroup changed(FiltersGroup group, unsigned rules) {
   for (unsigned id = 0; id < rules; id += 10) {
     FiltersEntry rule = makeRule(id);
@@ -81,7 +81,7 @@ void countQuestions(unsigned rules) {
       require(tracer.trace(packets[i]).outcome == Hit::kHit, "a packet is not decided");
     }
   });
-  // As many packets as rules. A new tracer remembers no decision.
+  // Decides as many packets as there are rules, with a new tracer that remembers no decision.
   count("decide", [&] {
     const Tracer tracer(group, kOrder);
     for (const Packet& packet : packets) {

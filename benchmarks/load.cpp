@@ -1,2 +1,3 @@
-// This program does nothing. callgrind runs it to count what loading the linked libraries costs.
+// This program does nothing. callgrind runs it to count the instructions of loading the linked
+// libraries.
 int main() {}

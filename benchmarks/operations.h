@@ -1,11 +1,11 @@
 #ifndef FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
 #define FILTER_COMMON_BENCHMARKS_OPERATIONS_H_
 
-// The measured operations on a group of N rules, by name: operations of the library, and floors. A
-// floor handles the same bytes with the message classes alone. Each operation is done for the whole
-// group. Its preparation is not timed or counted, so that an operation and its floor can be
-// compared. For example, one makes a group and the other makes a message, or both also destroy what
-// they make.
+// The operations that are measured on a group of N rules, by name. Some are operations of the
+// library, the others are floors. A floor handles the same bytes with the message classes alone.
+// Each operation is done for the whole group. The preparation of an operation is not timed or
+// counted, so that the operation and its floor can be compared. For example, the operation makes a
+// group and the floor makes a message, or each of them also destroys its result.
 
 #include <google/protobuf/arena.h>
 
@@ -69,7 +69,7 @@ class Fixture {
     os << group_;
     out_ = os.str();
   }
-  // Sends one rule of the group alone and reads it into the existing group.
+  // Sends only one rule of the group, and reads it into the existing group.
   void change() {
     FiltersGroup changed = makeEmptyGroup();
     require(changed.insertEntry(*inOrder_.back()) == FILTERS_OK, "a rule is refused");
@@ -80,7 +80,7 @@ class Fixture {
   }
 
 #ifdef BENCHMARKS_WITH_INSPECT
-  // --- The second library, strictly ---
+  // --- Strict decoding by the second library ---
 
   void decode() { require(FiltersInspect::decodeGroup(bytes_).report.empty(), "a loss"); }
   void rebuildLosses() { made_.emplace(out_); }
@@ -152,8 +152,8 @@ struct Operation {
   void (Fixture::*prepare)();
   void (Fixture::*run)();
 
-  // Prepares the operation, does it once and prepares it again. The caches then hold the data of
-  // this operation and not that of another one.
+  // Prepares the operation, runs it once and prepares it again. The caches then hold the data of
+  // this operation.
   void warm(Fixture* fixture) const {
     (fixture->*prepare)();
     (fixture->*run)();

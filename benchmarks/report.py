@@ -41,8 +41,8 @@ def ratios(row, operation, floor, what, limits):
 
 
 # The columns are the row, its description, a figure or the ratio of two figures, the limit and the
-# format. A limit may depend on the width of a pointer; a row without a limit is only printed. Figures
-# named time.* are ratios of times. Figures named by an operation and a number of rules are
+# format. A limit may depend on the width of a pointer. A row without a limit is only printed.
+# Figures named time.* are ratios of times. Figures named by an operation and a number of rules are
 # instructions for each rule. A KB is 1,024 bytes.
 ROWS = [
     *ratios("1", "serialize", "write", "serialize / written on the heap",

@@ -2,8 +2,8 @@
 #define FILTER_COMMON_BENCHMARKS_RULE_SETS_H_
 
 // Groups like real filters: access lists (ACL), firewalls (FW) and chains of both (IPC). These
-// kinds differ in how often a rule has no condition on an address, a port or the protocol, in the
-// length of the prefixes, and in the number of networks. Some networks are part of others. The
+// kinds differ in the number of networks, in the length of the prefixes, and in how many rules have
+// no condition on an address, a port or the protocol. Some networks are part of other networks. The
 // groups are the same on every machine.
 
 #include <filter_common/filter_groups.h>
@@ -49,14 +49,14 @@ class RuleSet {
 
   RuleSet(const Shape& shape, unsigned rules) : shape_(shape) {
     for (unsigned i = 0; i < 1 + rules / shape.networks; ++i) {
-      // Half of the networks are part of another one.
+      // Half of the networks are part of another network.
       const bool nested = i > 0 && below(2) == 0;
       networks_.push_back(nested ? networks_[below(i)] ^ below(1U << below(16))
                                  : static_cast<std::uint32_t>(engine_()));
     }
   }
 
-  // The rules have ascending ids and descending priorities; the last one denies everything.
+  // The rules have ascending ids and descending priorities. The last rule denies everything.
   FiltersGroup make(unsigned rules) {
     FiltersGroup group = FiltersGroup(kGroupId);
     require(group.setStage(FILTERS_GROUP_STAGE_INGRESS) == FILTERS_OK &&
@@ -77,7 +77,7 @@ class RuleSet {
             "the last rule is refused");
     return group;
   }
-  // The conditions of all rules but the last, in their order. The ids begin with 1.
+  // The conditions of all rules except the last, in the order of the rules. The ids begin with 1.
   const std::vector<Tuple>& tuples() const { return tuples_; }
  private:
   std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(engine_() % limit); }

@@ -1,6 +1,7 @@
-// Measures the time of the library's common operations, each beside a floor (the same operation
-// with the message classes alone). Both run in turn within each iteration, so that a slow moment of
-// the machine slows both. The result is the median of their ratios.
+// Measures the time of the library's common operations, and compares each with a floor (the same
+// operation with the message classes alone). The operation and its floor run in turn within each
+// iteration, so that a slow moment of the machine slows both. The result is the median of their
+// ratios.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -49,7 +50,7 @@ struct Pair {
   const char* operation;
   const char* floor;
 };
-// plot.py draws the first pair of each operation.
+// plot.py draws the first comparison of each operation.
 constexpr Pair kPairs[] = {
     {"serialize", "write"},
     {"serialize", "write_arena"},

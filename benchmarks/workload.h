@@ -3,8 +3,8 @@
 
 // The group of all measurements: each rule has five matches, three actions, two counters and a
 // policer. This header compiles against the stand-ins (if BENCHMARKS_WITH_STANDINS is defined) and
-// against the libraries in platform/plain. The policers of platform/plain are 32 bytes without
-// heap, so the figures with them show the cost of this library alone.
+// against the libraries in platform/plain. The policers of platform/plain have 32 bytes and no
+// memory on the heap, so the figures with them show the cost of this library alone.
 
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
@@ -136,7 +136,7 @@ inline void fillMessage(unsigned rules, const std::string& policer, FiltersGroup
   }
 }
 
-// Checks that the message gives the same bytes, so that both do the same work.
+// Checks that the message gives the same bytes as the group, so that the floors do the same work.
 inline void requireSameBytes(unsigned rules) {
   FiltersGroupPB message;
   fillMessage(rules, makePolicer().Serialize(), &message);
@@ -145,7 +145,7 @@ inline void requireSameBytes(unsigned rules) {
   require(message.SerializeAsString() == bytes, "the messages of the floor are not the library's");
 }
 
-// Accepts all text and keeps none, so that only printing is measured.
+// A stream buffer that discards all text, so that only printing is measured.
 class NullBuffer : public std::streambuf {
  protected:
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }

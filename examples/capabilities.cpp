@@ -27,7 +27,7 @@ const Row<fc::filtersAction_t> kActions[] = {
 #include <filter_common/filter_actions.def>
 };
 
-// The rest of an enumerator's name after FILTERS_GROUP_TYPE_ or FILTERS_GROUP_STAGE_.
+// The part of an enumerator's name behind FILTERS_GROUP_TYPE_ or FILTERS_GROUP_STAGE_.
 std::string nameOf(fc::filtersGroupType_t type) {
   return type == fc::FILTERS_GROUP_TYPE_NONE ? "NONE" : std::to_string(type);
 }
@@ -78,7 +78,8 @@ void printTypes() {
   }
 }
 
-// The library has no public table of policer stages, so this function asks the check.
+// The library has no public table of policer stages, so this function calls the check for each
+// stage.
 void printPolicerStages() {
   const fc::FiltersGroup group(0);
   std::cout << "\n| stage | policer stages |\n| --- | --- |\n";

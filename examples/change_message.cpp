@@ -14,7 +14,8 @@
 
 namespace fc = FiltersCommon;
 
-// This is more than any table of the device. A greater length is wrong, and is not allocated.
+// No group of a device is as large as this. A greater length is a fault, and no memory is allocated
+// for it.
 constexpr std::uint32_t kMaxLength = 64u << 20;
 
 int main() {
@@ -32,7 +33,7 @@ int main() {
     for (fc::FiltersEntryPB& entry : *message.mutable_entries_()) {
       entry.set_priority_(entry.priority_() + 1000);
     }
-    // The library reads a message like bytes, and leaves out entries that its checks refuse.
+    // The library reads a message as it reads bytes, and leaves out entries that its checks refuse.
     fc::FiltersGroup group(0);
     group.convertFromFiltersGroupPB(&message);
     group.serialize(&bytes);

@@ -19,7 +19,7 @@ namespace {
 
 using Ids = std::vector<fc::filtersEntryId_t>;
 
-// The data that goes from one end to the other. The sender chooses how to separate its two parts,
+// The data that the sender sends to the receiver. The sender chooses how to separate the two parts,
 // because the bytes of a group do not say where they end.
 struct Change {
   Ids removed;
@@ -40,8 +40,8 @@ fc::FiltersEntry rule(fc::filtersEntryId_t id) {
 
 // --- The sender's end ----------------------------------------------------------------------------
 
-// The part has the head of the whole group. It replaces the head at the other end and decides there
-// which rules are admitted.
+// The part has the head of the whole group. This head replaces the head of the receiver's group,
+// and decides which rules are admitted there.
 fc::FiltersGroup emptyLike(const fc::FiltersGroup& group) {
   fc::FiltersGroup empty(group.getId());
   empty.setPriority(group.getPriority());
@@ -60,8 +60,8 @@ Change changeOf(const fc::FiltersGroup& group, const Ids& changed, const Ids& re
 
 // --- The receiver's end --------------------------------------------------------------------------
 
-// False if this group is not the one for which the change was made; the receiver then asks for the
-// whole group.
+// Returns false if the change was made for another state of the group. The receiver then asks for
+// the whole group.
 bool apply(const Change& change, fc::FiltersGroup* group) {
   fc::FiltersGroupPB message;
   if (!message.ParseFromString(change.bytes) || message.id_() != group->getId()) return false;
@@ -69,7 +69,7 @@ bool apply(const Change& change, fc::FiltersGroup* group) {
     if (group->removeEntry(id) != fc::FILTERS_OK) return false;
   }
   group->convertFromFiltersGroupPB(&message);
-  // A refused rule is left out without a report, and the rule that it should replace stays.
+  // If the group refuses a rule, it keeps the old rule with this id and reports nothing.
   for (const fc::FiltersEntryPB& sent : message.entries_()) {
     const auto held = group->getEntriesRef().find(sent.id_());
     if (held == group->getEntriesRef().end()) return false;

@@ -1,12 +1,13 @@
-// Asks libfilter_inspect from C: Why is a rule refused? Which groups would admit it? What is lost
-// when the bytes of another sender are read? It ends with 0 only if everything was as expected.
+// Asks libfilter_inspect these questions from C: Why is a rule refused? Which groups would admit
+// it? What is lost when the bytes of another sender are read? The program exits with 0 only if
+// everything was as expected.
 
 #include <filter_common/filter_matches_c.h>
 #include <filter_inspect/filter_inspect_c.h>
 #include <stdio.h>
 #include <string.h>
 
-// Prints the report as text. True if its first finding is the expected one.
+// Prints the report as text. True if the first finding of the report is the expected one.
 static int show(FiltersReport* report, const char* expected) {
   char text[1000];
   filtersFinding_t first;
@@ -47,7 +48,7 @@ static int whyRefused(void) {
   return good;
 }
 
-// Reads the bytes of a sender whose numbers are wider: a rule has a match on VLAN 65636.
+// Reads bytes with a number that is too wide for its field: a rule has a match on VLAN 65636.
 static int whatWasLost(void) {
   static const unsigned char match[] = {0x22, 0x06, 0x08, 0x02, 0x18, 0xe4, 0x80, 0x04};
   unsigned char bytes[200];

@@ -1,5 +1,6 @@
-// Asks libfilter_inspect: Why is a rule refused? Which groups would admit it? What is lost when the
-// bytes of another sender are read? It ends with 0 only if everything was as expected.
+// Asks libfilter_inspect these questions: Why is a rule refused? Which groups would admit it? What
+// is lost when the bytes of another sender are read? The program exits with 0 only if everything
+// was as expected.
 
 #include <filter_inspect/filter_decode.h>
 #include <filter_inspect/filter_explain.h>
@@ -12,7 +13,7 @@ using namespace FiltersInspect;
 
 namespace {
 
-// Prints the report. True if it begins with the expected finding.
+// Prints the report. True if the report begins with the expected finding.
 bool show(const Report& report, Code expected) {
   std::cout << report;
   if (!report.empty() && report.findings.front().code == expected) return true;
@@ -37,7 +38,7 @@ bool whyRefused() {
   return good;
 }
 
-// Reads the bytes of a sender whose numbers are wider: the only rule of the group matches VLAN
+// Reads bytes with a number that is too wide for its field: the only rule of the group matches VLAN
 // 65636.
 bool whatWasLost() {
   std::string rule;

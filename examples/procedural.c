@@ -1,5 +1,5 @@
-// The tutorial in C: builds a group of filter rules, reads it back and shows a refusal. It ends
-// with 0 only if everything was as expected.
+// The tutorial in C: builds a group of filter rules, reads it back and shows a refusal. The program
+// exits with 0 only if everything was as expected.
 
 #include <arpa/inet.h>
 #include <filter_common/filter_actions_c.h>
@@ -17,8 +17,8 @@ static void show(const char* what, long value, long expected) {
   ++surprises;
 }
 
-// Stops the program if a call that must not fail is refused, because a rule without one of its
-// matches would apply to more packets.
+// Stops the program if the library refuses a call. Otherwise a rule could lack one of its matches,
+// and would apply to more packets.
 static void require(filtersErr_t result) {
   if (result != FILTERS_OK) show("an unexpected refusal", result, FILTERS_OK);
 }
@@ -36,7 +36,7 @@ static filtersErr_t addAction(FiltersEntry* rule, void* action) {
   return result;
 }
 
-// The same for a group and its entries.
+// A group also stores copies of its entries.
 static filtersErr_t addRule(FiltersGroup* group, FiltersEntry* rule) {
   const filtersErr_t result = filtersGroupInsertEntry(group, rule);
   deleteFiltersEntry(rule);

@@ -3,9 +3,9 @@
 //
 //   send_group | receive_group [FILE]
 //
-// Building a group from bytes never reports what it left out, so the receiver checks: a group that
-// arrived complete serializes to the same bytes that were received. If a FILE is given, the printed
-// text must equal the file's content. Exits with 1 on any difference.
+// Building a group from bytes never reports what was left out. So the receiver checks: a group that
+// arrived complete serializes to the bytes that were received. If a FILE is given, the printed text
+// must equal the file's content. The program exits with 1 if there is any difference.
 
 #include <arpa/inet.h>
 #include <filter_common/filter_groups.h>
@@ -21,7 +21,8 @@ namespace fc = FiltersCommon;
 
 namespace {
 
-// This is more than any table of the device. A greater length is wrong, and is not allocated.
+// No group of a device is as large as this. A greater length is a fault, and no memory is allocated
+// for it.
 constexpr std::uint32_t kMaxLength = 64u << 20;
 
 enum class Frame { kGroup, kEnd, kBroken };

@@ -38,8 +38,8 @@ ether_addr mac(const char* text) {
   return address;
 }
 
-// Stops the program if a rule cannot be made: a group without that rule would leave a hole in the
-// protection.
+// Stops the program if a rule cannot be made, because a group without that rule would not protect
+// the router.
 void require(fc::filtersErr_t result) {
   if (result != fc::FILTERS_OK) throw std::runtime_error("refused: " + std::to_string(result));
 }
@@ -47,7 +47,7 @@ void require(fc::filtersErr_t result) {
 // --- Layer 3: what may reach the CPU of the router -----------------------------------------------
 
 // The common part of all rules: one parent policer for all traffic to the CPU. Copies of an entry
-// share their parent, so every rule begins as a copy of this one.
+// share its parent policer, so every rule begins as a copy of this entry.
 fc::FiltersEntry cpuRule() {
   fc::FiltersEntry rule;
   require(rule.setPolicerParent(policer::Policer(1, policer::Stage::Ingress,
@@ -138,7 +138,7 @@ fc::FiltersGroup controlPlane() {
 
 // --- Layer 2: link protocols and customer VLANs --------------------------------------------------
 
-// The rules for the reserved group addresses of IEEE 802.1Q and 802.3.
+// The rules for the reserved group MAC addresses of IEEE 802.1Q and 802.3.
 void addLinkProtocol(fc::FiltersGroup& group, fc::filtersEntryId_t id, const char* destination,
                      const char* mask) {
   fc::FiltersEntry rule(id);

@@ -1,6 +1,6 @@
-// Checks the analysis of tiny groups against every packet that they can tell apart. For a group
-// read from arbitrary bytes, it checks that trace() agrees with the example packet of each finding.
-// It also checks that comparing the group with itself reports nothing.
+// Checks the analysis of tiny groups by trying every packet that the rules can distinguish. For a
+// group read from arbitrary bytes, it checks that trace() agrees with the example packet of each
+// finding. It also checks that comparing the group with itself reports nothing.
 
 #include "../tests/inspect/analysis/tiny_checks.h"
 #include "fuzz.h"

@@ -1,6 +1,6 @@
-// Checks that reading any bytes makes the same entry and group as converting the message that the
-// runtime parses from them. If converting throws, reading must throw the same exception, and it
-// must be the documented one.
+// Checks the reading of any bytes. The entry or group must be the same as one converted from the
+// message that the runtime parses from these bytes. If converting throws, reading must throw the
+// same exception, which must be the documented one.
 
 #include "../tests/meaning.h"
 #include "fuzz.h"

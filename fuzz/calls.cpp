@@ -1,5 +1,6 @@
-// Makes a sequence of calls from the input, each through the class interface or the procedural
-// interface. After each call the entries and groups must hold what their models hold (see model.h).
+// Makes a sequence of calls from the input. Each call goes through the class interface or the
+// procedural interface. After each call, the entries and groups must be equal to their models (see
+// model.h).
 
 #include <filter_common/filter_entries_c.h>
 #include <filter_common/filter_groups_c.h>
@@ -22,7 +23,7 @@ struct Entry {
   fuzz::EntryModel model;
 };
 
-// Calls `use` with a sample of a class that the input chooses from the list.
+// The input chooses a class from the list. Calls `use` with a sample of that class.
 template <class... T, class Use>
 void withSample(testing::Types<T...>, ByteReader& in, Use use) {
   unsigned left = in.below(sizeof...(T));
@@ -191,8 +192,8 @@ void removeEntry(Group& g, Group&, const Entry&, ByteReader& in) {
              fuzz::erase(g.model.entries, id));
 }
 
-// Passes a group its own parts. One is an entry that is replaced by its own copy; the other is a
-// key that lives in the entry that is removed.
+// Passes a part of a group to the group itself. It inserts an entry that is replaced by its own
+// copy, or removes an entry by a key that is stored in this entry.
 void passOwnParts(Group& g, Group&, const Entry&, ByteReader& in) {
   if (g.model.entries.empty()) return;
   const auto& [key, entry] = *g.real.getEntriesRef().begin();
@@ -242,7 +243,7 @@ void assignOrCompare(Group& g, Group& other, const Entry&, ByteReader& in) {
   g.model = fuzz::GroupModel(other.model);
 }
 
-// Moves the other group, which may be `g`, at once or by way of a third one.
+// Moves the other group, which may be `g`, directly or through a temporary group.
 void move(Group& g, Group& other, const Entry&, ByteReader& in) {
   if (in.flag()) {
     g.real = std::move(other.real);
@@ -258,7 +259,7 @@ constexpr void (*kGroupCalls[])(Group&, Group&, const Entry&, ByteReader&) = {
     insert,  insert,      insert,          insert, removeEntry, passOwnParts, setPriorityAndStage,
     setType, readMessage, assignOrCompare, move};
 
-// Checks the group that is rebuilt from the bytes, as a receiver would do it. The rebuilt group
+// Rebuilds the group from its bytes, as a receiver does, and checks the result. The rebuilt group
 // leaves out entries that its stage and type refuse. A group holds such entries after it reads a
 // message with another stage or type.
 void checkRebuilt(const Group& g) {
@@ -270,8 +271,8 @@ void checkRebuilt(const Group& g) {
   FUZZ_NO_FAULT(catalogue::faultOf(rebuilt));
 }
 
-// Checks after a call that the object equals its model. Also checks that it equals its old value
-// exactly if the call changed nothing.
+// Checks after a call that the object equals its model. Also checks that the object equals its old
+// value if and only if the call changed nothing.
 template <class Subject, class Call>
 void play(Subject& subject, Call call) {
   const auto before = subject.real;

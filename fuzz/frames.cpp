@@ -1,6 +1,6 @@
-// Checks packetOf() and a counter on any frame. packetOf() must not read behind the captured bytes,
-// and more captured bytes must not change what fewer bytes told. The counter must count each frame
-// once.
+// Checks packetOf() and a counter on any frame. packetOf() must not read beyond the captured bytes.
+// If more bytes are captured, the fields that were known before must not change. The counter must
+// count each frame once.
 
 #include <filter_inspect/filter_text.h>
 

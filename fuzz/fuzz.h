@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 #define FUZZ_CHECK(condition) \
   ((condition) ? void() : fuzz::fail(__FILE__, __LINE__, "does not hold: " #condition))
-// `fault` is a text that says what is wrong. The text is empty if nothing is wrong.
+// `fault` is a text that says what is wrong, or is empty.
 #define FUZZ_NO_FAULT(fault) \
   if (const std::string text = (fault); !text.empty()) fuzz::fail(__FILE__, __LINE__, text)
 
@@ -39,8 +39,7 @@ class ByteReader {
   }
   bool flag() { return (u8() & 1) != 0; }
   unsigned below(std::size_t limit) { return static_cast<unsigned>(u8() % limit); }
-  // Returns mostly a number below the limit, sometimes any number. This is for codes, stages and
-  // ids.
+  // Mostly returns a number below the limit, but sometimes any number. For codes, stages and ids.
   std::uint32_t mostlyBelow(std::size_t limit) {
     const unsigned value = u8();
     return value == 255 ? u32() : static_cast<std::uint32_t>(value % limit);

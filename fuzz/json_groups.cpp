@@ -1,5 +1,5 @@
-// Checks that reading any JSON gives groups or findings, and that groups that were read can be
-// written and read again without a change.
+// Checks that reading any JSON gives groups or findings. Groups that were read must be the same
+// after they are written and read again.
 
 #include "../tests/inspect/forms/form_samples.h"
 #include "fuzz.h"

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Policies, and bytes from which the harness makes tiny groups.
+// Seeds of policies: text of a policy, and bytes from which the harness makes tiny groups.
 void writePolicies(const std::filesystem::path& path) {
   const std::string policy =
       "filter-policy 1\n"

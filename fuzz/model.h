@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FUZZ_MODEL_H_
 #define FILTER_COMMON_FUZZ_MODEL_H_
 
-// Models of entries and groups. A model does what a call must do, but as plainly as possible: it
-// holds matches and actions as maps from codes to bytes. After each call, a model and its object
-// must serialize to the same bytes.
+// Models of entries and groups. A model has the effect that each call must have, in the plainest
+// code: it holds matches and actions as maps from codes to bytes. After each call, a model and its
+// object must serialize to the same bytes.
 
 #include <optional>
 
@@ -63,7 +63,7 @@ struct EntryModel {
     return FILTERS_OK;
   }
 
-  // Has the effect of reading another entry's message into this entry.
+  // Has the same effect on the model as reading another entry's message has on an entry.
   void add(const EntryModel& other) {
     id = other.id;
     priority = other.priority;

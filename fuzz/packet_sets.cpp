@@ -1,6 +1,6 @@
-// Checks that any text is a packet set or has faults. A set that was read must be written in one
-// form, and every packet must be a set too. In small groups trace() must agree with each packet
-// that search() shows.
+// Checks that any text can be read as a packet set or gives findings. If a set was read, writing
+// and reading it again must give the same text. Every packet must be a set too. In small groups
+// trace() must agree with each packet that search() shows.
 
 #include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>

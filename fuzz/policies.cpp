@@ -1,6 +1,6 @@
-// Checks that any text is a policy or has faults. For tiny groups, the verdicts must agree with
-// what happens to every packet. For other groups, trace() must agree with the packet of each
-// verdict.
+// Checks that any text can be read as a policy or gives findings. For tiny groups, the verdicts
+// must agree with what happens to every packet. For other groups, trace() must confirm the example
+// packet of each verdict.
 
 #include <filter_inspect/filter_text.h>
 

@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   std::set<fs::path> files(argv + 2, argv + argc);
   for (const auto& file : fs::directory_iterator(argv[1])) files.insert(file.path());
   for (const fs::path& file : files) {
-    // The name is printed before the run, so the last name printed belongs to the input that
+    // The name of each input is printed before its run, so the last name belongs to the input that
     // failed.
     std::printf("%s\n", file.c_str());
     std::fflush(stdout);

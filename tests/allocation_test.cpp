@@ -1,7 +1,7 @@
 // Tests what happens when memory runs out. Every public operation that allocates is repeated: its
 // first allocation is refused, then its second, its third and so on, until the operation runs
-// without a refusal. Each time is tried twice: once only that allocation is refused, and once all
-// later ones are refused too.
+// without a refusal. Each of these runs is done twice: once only that one allocation is refused,
+// and once all later allocations are refused too.
 
 #include "memory_control.h"
 
@@ -22,12 +22,12 @@ using E = FiltersEntry;
 using G = FiltersGroup;
 
 // The state of the tested object after a failure. Leaking means that the object is unchanged, but
-// the protocol-buffer runtime may lose the one block that it has just allocated.
+// the protocol-buffer runtime may lose the block that it has just allocated.
 enum Promise { Unchanged, Valid, Leaking, NotTried };
 
 // Without memory, releases 3.6.0 and 34.2 crash when an element is added to a message that is not
-// on an arena, and 3.6.0 crashes over an unknown field. The reason is that they count the element
-// before they store it.
+// on an arena, and 3.6.0 also crashes if a message has an unknown field. The reason is that these
+// releases count the element before they store it.
 constexpr Promise AddsElements = GOOGLE_PROTOBUF_VERSION / 1000 == 3021 ? Unchanged : NotTried;
 constexpr Promise HasUnknownFields = GOOGLE_PROTOBUF_VERSION >= 3021000 ? Leaking : NotTried;
 
@@ -41,7 +41,7 @@ struct Step {
 std::string look(const E& entry) { return bytesOf(entry); }
 std::string look(const G& group) { return bytesOf(group); }
 
-// Each step starts from the result of the step before. A failing step must throw std::bad_alloc,
+// Each step starts with the result of the previous step. A failing step must throw std::bad_alloc,
 // leak nothing, leave the subject in the promised state, and work when it is tried again.
 template <class Subject>
 void trial(Subject subject, const std::vector<Step<Subject>>& steps) {
@@ -232,7 +232,7 @@ TEST(FailingMemory, LeavesNothingBehind) {
             {"group", [](E&) { deleteFiltersGroup(newFiltersGroup(1)); }}});
 }
 
-// A message can repeat the same few values any number of times.
+// A message may repeat a few values many times.
 TEST(Memory, OfASetIsThatOfItsValuesHoweverOftenTheyAreSent) {
   MatchPB message;
   message.mutable_pcp_()->Resize(100000, 7);

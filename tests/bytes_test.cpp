@@ -1,6 +1,6 @@
-// Tests reading the bytes of entries and groups, also bytes that were cut off or changed. Whatever
-// the bytes are, the object can be read, printed, compared and written without a crash, a leak or a
-// long wait. It is the same object as the one converted from the parsed message.
+// Tests reading the bytes of entries and groups, also bytes that were cut off or changed. For any
+// bytes, the object can be read, printed, compared and written without a crash, a leak or a long
+// wait. It is equal to the object that is converted from the parsed message.
 
 #include "memory_control.h"
 
@@ -39,7 +39,7 @@ TYPED_TEST(Bytes, ThatCannotBeReadGiveWhatIsThereAndSayNothing) {
   TypeParam expected(0);
   expected.setPriority(42);
   testing::internal::CaptureStderr();
-  // Runtimes before 3.21 store a value even if the bytes of the number are cut off.
+  // Runtimes before 3.21 store a number even if its bytes are cut off.
   const std::string cut = GOOGLE_PROTOBUF_VERSION < 3021000 ? "" : "18";
   for (const std::string& rest : {""s, "ffffff"s, "02"s, "7a05"s, cut, std::string(3000, '0')}) {
     const std::string bytes = fromHex("102a") + fromHex(rest);
@@ -65,8 +65,8 @@ TYPED_TEST(Bytes, ThrowWhenABufferHasASizeAndNoData) {
                                                      "basic_string::_M_construct null not valid"));
 }
 
-// A message has at most 2 GiB. Nothing is read for a larger size, even if its low 32 bits are
-// small.
+// A message has at most 2 GiB. If a larger size is given, nothing is read, even if the low 32 bits
+// of the size are small.
 TYPED_TEST(Bytes, AreNotReadBeyondTheLimitOfAMessage) {
   if (sizeof(std::size_t) == 4) GTEST_SKIP() << "no such size";
   const std::uint64_t size = (std::uint64_t{1} << 32) + this->bytes_.size();
@@ -81,7 +81,8 @@ TEST(GroupBytes, OfAlmostTheUsualShapeMeanWhatTheWholeMessageMeans) {
   }
 }
 
-// One rule with many values must not make the library reserve as much room for each of the others.
+// After a rule with many values, the library must not reserve as much memory for each of the other
+// rules.
 TEST(GroupBytes, OfOneLargeRuleAndManySmallOnesTakeNoMoreRoomThanTwice) {
   FiltersGroup group = groupOf(kNoStage, 1);
   FiltersEntry large(0);
@@ -117,9 +118,10 @@ TEST(Damage, OfAnyEndCutOffOrAnySingleBitIsSurvived) {
   }
 }
 
-// The entry's bytes end early and its length says so, so that the end of the entry cuts a field.
-// The bytes of the group end there too, or go on. A rule that was cut right behind the tag of a
-// match must not be taken for a whole rule without this match.
+// The entry has fewer bytes than its fields need, and its length has this smaller number. So the
+// end of the entry cuts a field. The bytes of the group end there too, or more bytes follow. If a
+// rule was cut right behind the tag of a match, it must not be read as a whole rule without this
+// match.
 TEST(Damage, OfAnEntryThatIsShorterThanItsFieldsIsSurvived) {
   for (const char* name : {"group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group.hex"}) {
     FiltersGroupPB message;

@@ -1,5 +1,5 @@
-// Tests what every match and action class must do, with the samples of each class. Also tests the
-// oddities of single classes: values, bytes and text.
+// Tests the behaviour that all match and action classes have in common, with the samples of each
+// class. Also tests the odd values, bytes and texts of single classes.
 
 #include <filter_common/filter_counter.h>
 #include <filter_common/filter_counter.pb.h>
@@ -20,7 +20,7 @@ template <class T>
 class EachClass : public ::testing::Test {};
 TYPED_TEST_SUITE(EachClass, EveryClass);
 
-// Uses the comparison of the class and the generic comparison.
+// Compares with the comparison of the class and with the generic comparison.
 TYPED_TEST(EachClass, EqualsItsCopiesAlone) {
   for (const TypeParam& object : samples<TypeParam>()) {
     EXPECT_EQ(object.getType(), rowOf<TypeParam>().code);
@@ -59,8 +59,8 @@ template <class C, class Other>
 Other comparedWith(bool (C::*)(Other) const);
 
 // A T whose comparison always returns false. The generic comparison calls this operator only if T's
-// own comparison is virtual. Some T have one that is not, and for these `override` would not
-// compile.
+// own comparison is virtual. The operator has no `override`, because that would not compile for
+// classes whose comparison is not virtual.
 template <class T>
 struct Contrary : T {
   using BaseOf<T>::operator==;
@@ -68,8 +68,8 @@ struct Contrary : T {
   bool operator==(decltype(comparedWith(&T::operator==))) const { return false; }
 };
 
-// Deliberate: these comparisons can be overridden, the others cannot. The comparison of the left
-// object is called.
+// Deliberate: only some classes have a virtual comparison, which a derived class can override. The
+// comparison of the left object is called.
 TYPED_TEST(EachClass, HasAVirtualComparisonIfItIsOneOfThese) {
   const Contrary<TypeParam> contrary(samples<TypeParam>().front());
   EXPECT_NE(generic<TypeParam>(contrary) == samples<TypeParam>().front(),
@@ -132,7 +132,7 @@ TEST(ClassWire, AppendsPortsButToRedirections) {
   expectRead(MatchEgressPorts(Ports{9}), "1009 1005 a00109", "0816 1009 1009 1005");
   expectRead(ActionBlockEgressPorts(Ports{9}), "1005 1006", "0803 1009 1005 1006");
   expectRead(ActionRedirect(9), "1005 1006", "080b 1005 1006");
-  // The base class ActionPorts writes no ports; its derived class does.
+  // The base class ActionPorts writes no ports. Only its derived class writes them.
   expectRead(ActionPorts(FILTERS_ACTION_BLOCK_EGRESS_PORTS, Ports{5}), "1005", "0803");
   MatchPB match;
   match.ParsePartialFromString(fromHex("1009 1809 4809 a00109"));
@@ -171,7 +171,7 @@ TEST(ClassWire, FillsShortAddressesWithZerosAndDropsWhatIsInExcess) {
 
 // --- Text ----------------------------------------------------------------------------------------
 
-// The printed block of an object, with these lines below its code.
+// The text that an object prints: its header, its code and these lines.
 template <class T>
 std::string block(const Lines& lines) {
   const char* base = std::is_base_of_v<Match, T> ? "Match" : "Action";
@@ -232,7 +232,7 @@ TEST(ClassPrint, LaysRedirectPortsOutUnlikeBlockedPorts) {
 
 // --- Single behaviours ---------------------------------------------------------------------------
 
-// The tests with samples.h and the tests of printing call the other getters.
+// The tests with samples.h and the tests of printing call the getters that are not tested here.
 TEST(Classes, ReturnWhatTheyWereGiven) {
   const MatchIngressPorts ports(Ports{5, 3, 5}), excluding(kCpuPort);
   EXPECT_TRUE(ports.getPorts() == Ports({5, 3, 5}) && excluding.getPorts().empty());
@@ -270,8 +270,8 @@ TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
   EXPECT_EQ(MatchDstL4Port(80).getMask() + MatchSrcL4Port(80).getMask(), 0);
 }
 
-// The constructor with one argument is explicit and the one with two is not, as in the other
-// classes with a mask.
+// The constructor with one argument is explicit, and the constructor with two arguments is not. The
+// constructors of the other classes with a mask are explicit in the same way.
 static_assert(!std::is_convertible_v<l4port_t, MatchDstL4Port> &&
               !std::is_convertible_v<l4port_t, MatchSrcL4Port>);
 [[maybe_unused]] const MatchDstL4Port kDestination = {80, 2};
@@ -290,7 +290,7 @@ TEST(Match, OfOneFamilyDiffersByDirection) {
   EXPECT_FALSE(MatchIngressPorts(Ports{5}) == MatchEgressPorts(Ports{5}));
 }
 
-// The typed comparison looks only at the ports, the generic comparison also at the code.
+// The typed comparison compares only the ports. The generic comparison also compares the codes.
 TEST(ActionPorts, EqualAnotherOfTheSamePorts) {
   const ActionPorts ports(filtersAction_t(99), Ports{kEth3});
   EXPECT_TRUE(ActionBlockEgressPorts(Ports{kEth3}) == ports);
@@ -315,7 +315,7 @@ TEST(MatchDSCP, IsComparedByItsDSCPOnlyWhenCalledDirectly) {
 }
 
 // Deliberate: a match with an unknown code equals no match, not even itself. An action with an
-// unknown code equals those with the same code.
+// unknown code equals every action with the same code.
 TEST(Classes, OfUnknownCodesHoldAndPrintNothing) {
   for (unsigned code : {99u, 1000u, kMax}) {
     Match match{filtersMatch_t(code)};
@@ -361,8 +361,9 @@ TEST(ActionMplsPortSet, TakesAVpnAndAnAccessPortAndRefusesAnyOtherKind) {
   EXPECT_EQ(refusal([] { ActionMplsPortSet(kEth3, kVpws7); }), kBadVpn) << "looked at first";
 }
 
-// A field with value 0 is present: the text then says that the interface is refused, not that it is
-// missing. Deliberate: if the access port is bad, the VPN before it has already been stored.
+// A field with the value 0 counts as present. So the text of the exception says that the interface
+// is refused, not that it is missing. Deliberate: if the access port is bad, the VPN before it has
+// already been stored.
 TEST(ActionMplsPortSet, RefusesAMessageAndMayKeepItsVpn) {
   const std::string vpn = "50" + varint(interfaceIndex(kVpws7));
   const std::string port = "58" + varint(interfaceIndex(kEth3));

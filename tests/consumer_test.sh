@@ -49,8 +49,8 @@ compile filter_common_messages change_message.cpp "$CXX" -std=c++17
 mv "$work/a.out" "$work/all/change_message"
 "$here/examples_test.sh" "$work/all" "${emulator[@]}"
 
-# Only message headers may include headers of the message runtime. No header may include those of a
-# library that the second library uses internally.
+# Only message headers may include headers of the message runtime. No header may include headers of
+# the libraries that the second library uses internally.
 find "$prefix/include" -path '*/filter_*/*.h' ! -name "*.pb.h" -printf "#include <%P>\n" \
   >"$work/all.cpp"
 "$CXX" -std=c++17 -E -I"$prefix/include" "$work/all.cpp" -o "$work/all.ii"

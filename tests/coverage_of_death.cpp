@@ -1,5 +1,5 @@
-// If a failed assertion ends a process, no exit handlers run and no coverage is written. In builds
-// that count coverage, the process therefore forks at that moment. The copy exits normally and so
+// If a failed assertion ends a process, no exit handlers run and no coverage is written. So in
+// builds that count coverage, the process forks just before it ends. The child exits normally, and
 // writes the coverage.
 
 #include <sys/wait.h>

@@ -1,6 +1,7 @@
 #!/bin/bash
 # Packs a build, checks the packages with Debian's tools, unpacks all of them into an empty root and
-# builds the examples against it. If the build has the second library, that is tested too.
+# builds the examples against it. If the build has the second library, this test includes its
+# packages.
 #   debian_packages_test.sh <build folder>
 set -euo pipefail
 command -v dpkg-shlibdeps file pkg-config || { echo "debian_packages: skipped" && exit 77; }
@@ -9,7 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "debian_packages: $1" && exit 1; }
 
-# CPack gives folders modes according to the umask.
+# CPack gives folders the modes that the umask allows.
 (umask 022 && cd "$build" && cpack -G DEB -B "$work/packages")
 runtime=$(echo "$work"/packages/libfilter-common1_*.deb)
 development=$(echo "$work"/packages/libfilter-common-dev_*.deb)
@@ -30,7 +31,7 @@ if grep -q '^FILTER_COMMON_BUILD_DOCS:BOOL=ON' "$build/CMakeCache.txt"; then
   dpkg-deb -c "$work"/packages/libfilter-common-doc_*.deb | grep '/html/index.html$'
 fi
 
-# field <package> <field> <pattern for all of it>
+# field <package> <field> <pattern for the whole value>
 field() { dpkg-deb -f "$1" "$2" | grep -Ex -- "$3" || fail "expected $2 $3 of $1"; }
 field "$runtime" Section libs
 field "$runtime" Depends '(.*, )?libprotobuf[0-9]+ .*'
@@ -69,7 +70,8 @@ for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}" "${python[
 done
 dpkg-deb -I "$runtime" shlibs | grep "^libfilter_common 1 libfilter-common1 "
 
-# The packager names the contact, and no fault report asked for the packages.
+# These complaints are expected: the packager sets the contact, and no bug report is closed by these
+# packages.
 if command -v lintian; then
   lintian --allow-root --fail-on error,warning --suppress-tags \
     bogus-mail-host,bogus-mail-host-in-debian-changelog,root-in-contact,initial-upload-closes-no-bugs \
@@ -98,7 +100,7 @@ unpack() {
 mkdir "$root"
 unpack "$runtime" "$development" libfilter_common
 if [[ ${#inspect[@]} -gt 0 ]]; then
-  # A program that asks for the second library gets an error that says that it is missing.
+  # If a program asks for the second library, the error says that this library is missing.
   cat >"$work/CMakeLists.txt" <<END
 cmake_minimum_required(VERSION 3.16)
 project(asks LANGUAGES C CXX)

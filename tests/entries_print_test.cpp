@@ -10,7 +10,7 @@ const Policer kPolicer(300, Stage::Egress, Mode::Flow(1000, 1500),
                        {Action::SetPcp(Color::Green, 255), Action::SetDscp(Color::Yellow, 46)});
 const std::string kHead = "  =FiltersEntry=\n    ID: 0\n    Priority: 0\n";
 
-// Deliberate: the TPID leaves the stream in hexadecimal. All later numbers of this entry and the
+// Deliberate: after a TPID, the stream stays hexadecimal. All later numbers of this entry and the
 // next print in hexadecimal, except a policer's id and code points.
 TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
   FiltersEntry first(4000000000);
@@ -40,7 +40,7 @@ TEST(EntryPrinting, WritesEverySectionInItsPlaceAndHexadecimalAfterATpid) {
             "  =Counter=\nID: 12c\nType: Octets\n");
 }
 
-// The flags of the stream do not change the TPID; they do change the numbers after it.
+// The flags of the stream do not change the TPID, but they change the numbers after it.
 TEST(EntryPrinting, WritesATpidInSmallDigitsAndLeavesTheFlagsOfTheStream) {
   std::ostringstream os;
   os << std::uppercase << std::showbase << MatchTPID(0x88a8) << MatchTTL(30);
@@ -61,7 +61,8 @@ TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
       {{1, Stage::Ingress, Mode::TrTcmDs(31, 32, 33, 34), {Action::SetDscp(Color::Green, 255)}},
        "1\nStage: Ingress\nMode: TrTcmDs (CIR: 31 kbits/s, CBS: 32 bytes, EIR: 33 kbits/s, "
        "EBS: 34 bytes)\nActions:\n+ Green Set DSCP 255\n"},
-      // Values without a name: a stage prints as Ingress, the others print nothing.
+      // Values without a name: the stage prints as Ingress. The mode, the colour and the action
+      // print nothing.
       {{3, Stage{3}, Mode(policer::ModeType{5}), {Action(policer::ActionType{3}, Color{3}, 9)}},
        "3\nStage: Ingress\nMode: \nActions:\n+  \n"},
   };

@@ -12,8 +12,8 @@ using namespace catalogue;
 static_assert(!std::is_copy_assignable_v<FiltersEntry> && !std::is_polymorphic_v<FiltersEntry>);
 static_assert(!std::is_convertible_v<filtersEntryId_t, FiltersEntry>);
 
-// fuzz/calls.cpp compares thousands of calls with a model; these tests state single results by
-// hand.
+// fuzz/calls.cpp compares thousands of calls with a model. These tests check single results that
+// were written by hand.
 
 // --- Typed access --------------------------------------------------------------------------------
 
@@ -67,7 +67,7 @@ TEST(Entries, RefuseClassesThatAreNotTheLibrarys) {
   EXPECT_EQ(own.getTTL(), 1);
 }
 
-// --- Which matches stand together ----------------------------------------------------------------
+// --- Matches that exclude each other -------------------------------------------------------------
 
 TEST(Entries, RefuseTheExcludedPairsOfMatchesAndNoOther) {
   const auto matches = oneMatchOfEachCode();
@@ -155,7 +155,7 @@ TEST(Entries, GiveACounterTypeOnceAndNeverTheInvalidOne) {
   EXPECT_EQ(entry.getCounter(65535), &entry.getCounters().at(65535));
 }
 
-// --- Messages: what an entry makes of one; bytes_test has what it writes -------------------------
+// --- Reading messages; bytes_test tests writing them ---------------------------------------------
 
 // A message with an element for each code, in the given order.
 FiltersEntryPB messageWith(const Codes& matches, const Codes& actions) {
@@ -194,7 +194,7 @@ TEST(EntryMessage, LosesElementsOfUnknownCodesAndMatchesThatAnEarlierOneExcludes
             (Codes{FILTERS_ACTION_DENY, FILTERS_ACTION_BLACK_HOLE}));
 }
 
-// Deliberate: this process does not refuse the counters of another process.
+// Deliberate: counters from the message of another process are not checked.
 TEST(EntryMessage, KeepsRepeatedAndInvalidCounterTypes) {
   FiltersEntryPB message;
   for (const auto& [id, type] : Numbers{{65537, 0}, {2, 5}, {-1, 5}, {2, 0}, {65536, -9}}) {

@@ -14,7 +14,7 @@
 
 namespace catalogue {
 
-// A map from each of these codes to its sample.
+// A map from each of the given codes to its sample.
 template <class Code, class Base>
 auto pick(const Codes& codes, std::vector<std::pair<Code, std::unique_ptr<Base>>> all) {
   std::map<Code, std::unique_ptr<Base>> picked;
@@ -37,7 +37,8 @@ inline FiltersEntry entryOf(const Codes& matches, const Codes& actions = {},
   return entry;
 }
 
-// An entry with all these actions and matches. If two matches exclude each other, it has the first.
+// An entry with all given actions and matches. If two matches exclude each other, the entry has the
+// first.
 inline FiltersEntry fullEntry(const Codes& matches = kMatchCodes,
                               const Codes& actions = kActionCodes) {
   CodeSet compatible(matches.begin(), matches.end());
@@ -51,7 +52,7 @@ inline FiltersEntry fullEntry(const Codes& matches = kMatchCodes,
   return entry;
 }
 
-// These functions have one name for matches and for actions.
+// These functions have the same names for matches and for actions.
 template <class T>
 constexpr bool isMatch = std::is_base_of_v<Match, T>;
 template <class T>
@@ -75,7 +76,7 @@ inline FiltersGroup groupOf(int stage, int type) {
   return group;
 }
 
-// The priority of each entry by its id. The tests tell entries apart by their priorities.
+// The priority of each entry by its id. The tests distinguish entries by their priorities.
 using Priorities = std::map<unsigned, unsigned>;
 inline Priorities prioritiesOf(const FiltersGroup& group) {
   Priorities priorities;

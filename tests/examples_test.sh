@@ -23,15 +23,16 @@ refuses() {
 head -c -1 "$work/bytes" | refuses "a cut-off group"
 head -c 2 "$work/bytes" | refuses "a cut-off length"
 refuses "no group at all" </dev/null
-# Changes the stage of the first group to EGRESS, which drops its rules. The stage is field 3, with
-# tag 0x18.
+# Changes the stage of the first group to EGRESS, which does not admit its rules. The stage is field
+# 3, with tag 0x18.
 sed 's/\x18\x02/\x18\x03/' "$work/bytes" | refuses "a group that lost rules"
 cat "$work/bytes" "$work/bytes" | refuses "another print than expected"
 
 run send_group --refusals | sed -nE 's/^  (-[0-9]+|exception:) .*/\1/p' | sort -un | xargs |
   diff - <(echo "-10 -9 -8 -7 -6 -5 -4 -3 exception:")
 # These two examples are not built if the headers of the message runtime are missing.
-# The example compares both ends itself. Two rules of ten thousand take a thousandth of the bytes.
+# The example itself compares the sender's group with the receiver's. Sending two rules of ten
+# thousand takes a thousandth of the bytes.
 [[ ! -e change_rule ]] || run change_rule |
   awk '{ bytes[NR] = $3 } END { exit !(bytes[2] > 0 && 1000 * bytes[2] < bytes[1]) }'
 [[ ! -e change_message ]] || run change_message <"$work/bytes" | run receive_group |

@@ -22,8 +22,8 @@ FiltersEntry entryWith(filtersEntryId_t id, filtersEntryPriority_t priority = 0)
   return entry;
 }
 
-// fuzz/calls.cpp compares thousands of calls with a model; these tests state single results by
-// hand.
+// fuzz/calls.cpp compares thousands of calls with a model. These tests check single results that
+// were written by hand.
 
 TEST(Groups, CheckMatchesThenActionsThenThePolicerEntryByEntry) {
   const FiltersEntry acting =
@@ -73,7 +73,7 @@ TEST(Groups, MoveTheirEntriesAndKeepTheirNumbers) {
   EXPECT_TRUE(isWhole(assigned));
 }
 
-// --- Messages: what a group makes of one; bytes_test has what it writes --------------------------
+// --- Reading messages; bytes_test tests writing them ---------------------------------------------
 
 FiltersEntryPB* addEntry(FiltersGroupPB* message, unsigned id, unsigned priority = 0) {
   FiltersEntryPB* entry = message->add_entries_();
@@ -88,7 +88,8 @@ FiltersGroup fromMessage(const FiltersGroupPB& message) {
   return group;
 }
 
-// Deliberate: reading a message checks neither the stage nor the type, and not whether they fit.
+// Deliberate: a group takes any stage and any type from a message, even if the setters would refuse
+// them.
 TEST(GroupMessage, LosesTheUpperBitsOfIdAndPriorityAndBringsAnyStageAndType) {
   FiltersGroupPB message;
   message.set_id_(65537);
@@ -120,8 +121,8 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 
-// Reads a part of a group into the whole group. Deliberate: the head of the part is stored
-// unchecked. If its stage and type refuse a rule, the old rule with that id stays.
+// Reads a part of a group into the whole group. Deliberate: the head of the part is stored without
+// a check. If the new stage and type refuse a rule, the old rule with that id stays.
 TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   FiltersGroup group = groupOf(kIngress, 3);
   for (unsigned id : {1u, 2u, 3u}) {
@@ -161,13 +162,13 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 
 // --- The checks ----------------------------------------------------------------------------------
 
-// The checks use only their arguments and not the group, so the stage and type of this group are
-// unknown on purpose.
+// The checks look only at their arguments and not at the group. To show this, the group has an
+// unknown stage and an unknown type.
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
 // The check and the public table must agree with the table in rules.h. Every code must be in some
-// row, except the codes in `nowhere`. The first row belongs to stage or type NONE. A code that is
-// only in that row does not count as being in a row.
+// row behind the first, except the codes in `nowhere`. The first row, of stage or type NONE, does
+// not count.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,

@@ -1,4 +1,4 @@
-# Makes a program of the first example in each header given, with a function for each.
+# Makes a program from the first example of each given header. Each example becomes a function.
 BEGIN {
   print "#include <filter_common/filter_groups.h>\n#include <iostream>"
   print "using namespace FiltersCommon;"

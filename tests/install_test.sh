@@ -8,7 +8,7 @@ rm -rf "$prefix" "$prefix-first"
 cmake --install "$build" --prefix "$prefix-first"
 mv "$prefix-first" "$prefix"
 
-# Users rely on the places of these files.
+# Users rely on the paths of these files.
 (cd "$prefix" && ls share/doc/filter_common/{README.md,docs/design.md} \
   share/filter_common/proto/filter_{matches,actions,counter,entries,groups}.proto \
   include/filter_common/filter_{types,serialized,matches,actions,counter,entries,groups}.h \
@@ -32,8 +32,8 @@ if grep -q '^FILTER_COMMON_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
 fi
 
 # No installed file may contain the path of the folder in which it was built or first installed.
-# This does not look at the library's debug information, which names system headers;
-# reproducible_test.sh checks that.
+# This check leaves out the library's debug information, which names system headers.
+# reproducible_test.sh checks the debug information.
 if grep -rI -e "$prefix-first" -e "$build" "$prefix"; then
   echo "install: a text file names a folder of the build"
   exit 1

@@ -1,9 +1,10 @@
 #ifndef FILTER_COMMON_TESTS_MEANING_H_
 #define FILTER_COMMON_TESTS_MEANING_H_
 
-// Checks of how the library reads bytes. The reference is the protocol-buffer runtime: it parses
-// the bytes as one message, which is then converted. The library must give the same object in its
-// own way. Tests and fuzz/ use these checks; each returns the fault as text, or an empty text.
+// Checks whether the library reads bytes correctly. The reference is the protocol-buffer runtime:
+// it parses the bytes as one message, which is then converted. The library must give the same
+// object as this conversion. Tests and fuzz/ use these checks; each returns the fault as text, or
+// an empty text.
 
 #include <filter_common/filter_serialized.h>
 
@@ -32,8 +33,8 @@ inline std::unique_ptr<FiltersEntry> converted(const FiltersEntryPB& message) {
   return entry;
 }
 
-// Converts the reference message. The head is set first, wherever its fields are in the bytes. Then
-// each entry is inserted as a caller would do it.
+// Converts the reference message. The head is set first, even if its fields come last in the bytes.
+// Then each entry is inserted as a caller would insert it.
 inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   google::protobuf::RepeatedPtrField<FiltersEntryPB> entries;
   entries.Swap(message.mutable_entries_());
@@ -43,8 +44,8 @@ inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   return group;
 }
 
-// The object; or null, and the text of std::invalid_argument, which is the only exception that
-// reading bytes may throw.
+// Returns the object. If making it throws, returns null and the text of std::invalid_argument,
+// which is the only exception that reading bytes may throw.
 template <class Make>
 auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   try {
@@ -54,8 +55,8 @@ auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   }
 }
 
-// Returns a fault if the library reads the bytes differently from the reference, or makes an object
-// with a fault. The bytes are read from a string and from a buffer, which has one more zero byte.
+// Returns a fault if the library and the reference read the bytes differently, or if the object has
+// a fault. The bytes are read from a string and from a buffer, which has one more zero byte.
 template <class T>
 std::string faultIn(const std::string& bytes) {
   using Message =
@@ -77,7 +78,7 @@ std::string faultIn(const std::string& bytes) {
   return "";
 }
 
-// A field of bytes or a message, with a tag of one byte.
+// A field whose value is bytes or a message. Its tag has one byte.
 inline std::string bytesField(unsigned tag, const std::string& bytes) {
   std::string field(1, static_cast<char>(tag));
   std::size_t size = bytes.size();
@@ -86,7 +87,7 @@ inline std::string bytesField(unsigned tag, const std::string& bytes) {
 }
 
 // Bytes of groups that this library would not write: a head and entries, and odd bytes before,
-// between or after them that look almost like the usual shape.
+// between or after them that look almost like the usual form.
 inline std::vector<std::string> oddGroups() {
   const std::string head = fromHex("0807100518022001"), entry = fromHex("2a0208012a020863");
   std::vector<std::string> groups = {entry + head, head + entry + fromHex("18032005") + entry};

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_MEMORY_CONTROL_H_
 #define FILTER_COMMON_TESTS_MEMORY_CONTROL_H_
 
-// Counts the memory of a program and of the libraries it loads, and refuses memory on demand. The
+// Counts the memory of a program and of the libraries that it loads. Can also refuse memory. The
 // header replaces operator new and delete. Include it in one source of a program without threads.
 
 #include <malloc.h>
@@ -24,8 +24,8 @@ inline bool refusingOnce = false;
 inline long allowed = 0;      // allocations before the first refusal; below 0 after it
 inline void* last = nullptr;  // the last allocation before that refusal
 
-// Refuses memory after this number of allocations: only once, or every time until endRefusal().
-// endRefusal() returns whether memory was refused.
+// Lets this number of allocations succeed. Then refuses one allocation, or all allocations until
+// endRefusal(), which returns whether memory was refused.
 inline void refuseAfter(long allocations, bool once) {
   allowed = allocations;
   refusingOnce = once;
@@ -38,7 +38,7 @@ inline bool endRefusal() {
 
 }  // namespace memory
 
-// Not inlined, because g++ would warn that the free() below does not belong to new.
+// Not inlined, because otherwise g++ would warn that the free() below does not match new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   using namespace memory;
   const bool refused = refusing && --allowed < 0 && (allowed == -1 || !refusingOnce);
@@ -50,8 +50,8 @@ inline bool endRefusal() {
   peak = std::max(peak, held);
   return block;
 }
-// Does the same as the C++ library's operator. It is here because sanitizers replace that one by
-// their own.
+// Does the same as the C++ library's operator. It is here because sanitizers replace the operator
+// of the C++ library.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return operator new(size);

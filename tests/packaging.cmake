@@ -1,14 +1,15 @@
 # Tests the library as users get it: installed, moved, packed, or built in another folder. These
-# tests configure and build projects of their own with the tools of this build. The label `package`
+# tests configure and build separate projects with the tools of this build. The label `package`
 # selects them (ctest -L package) or leaves them out (ctest -LE package).
 
-# CMake reads most of these variables from the environment; the scripts read the rest.
+# CMake reads most of these variables from the environment, and the scripts read the other
+# variables.
 get_target_property(protobuf_libdir protobuf::libprotobuf LOCATION)
 cmake_path(GET protobuf_libdir PARENT_PATH protobuf_libdir)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
 string(REPLACE ";" "\\;" find_root_path "${CMAKE_FIND_ROOT_PATH}")
 if(CMAKE_CROSSCOMPILING)
-  # On a device, linker and loader find the message runtime themselves; here they need its folder.
+  # On a device, linker and loader find the message runtime without help. Here they need its folder.
   set(rpath_link " -Wl,-rpath-link,${protobuf_libdir}")
   set(library_path QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
 endif()
@@ -44,13 +45,13 @@ set_tests_properties(consumer PROPERTIES FIXTURES_REQUIRED installed)
 # Uses the tree as a subfolder of another project.
 filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DIR})
 
-# Builds with the other pair of platform libraries.
+# Builds with the platform libraries of platform/plain.
 filter_common_add_package_test(
   device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR}
   ${PROJECT_BINARY_DIR}/tests/device_platform)
 
-# Only the build machine runs these tests: all targets have the same compiler options, and Debian's
-# tools pack builds for the machine on which they run.
+# These tests run only if the build is for the build machine. All targets have the same compiler
+# options, and Debian's tools pack only builds for the machine on which they run.
 if(NOT CMAKE_CROSSCOMPILING)
   set(libraries $<TARGET_FILE:filter_common> $<TARGET_FILE:limid> $<TARGET_FILE:policer>)
   if(TARGET filter_inspect)

@@ -1,6 +1,6 @@
 // Tests faults of the device's interface-id library and of the C library's ether_ntoa_r(). This
-// program replaces their functions by ones that fail without writing their outputs, or that write a
-// name without a terminating zero.
+// program replaces functions of both. The new functions fail without writing their outputs, or
+// write a name without a terminating zero.
 
 #include <filter_common/filter_actions.pb.h>
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ int limid_to_ifindex(limid_t, uint32_t*) { return -1; }
 int limid_from_ifindex(limid_t*, uint32_t) { return -1; }
 }
 
-// Policers of these bytes throw, as the device's own may.
+// A policer made from these bytes throws, as a policer of the device may.
 policer::Policer::Policer(const std::string& bytes) {
   if (bytes.find("throw") == 0) throw std::domain_error(bytes);
 }
@@ -84,8 +84,9 @@ TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndexAndRefusesAnIndexWithout
   EXPECT_EQ(action.getVpnId(), ActionMplsPortSet().getVpnId());
 }
 
-// Reading makes the policer, then the parent, then the actions, and the first that throws decides.
-// Whatever form the bytes have, the exception is the one of the converted message.
+// Reading makes the policer, then the parent, then the actions. The first of these that throws
+// decides. For bytes of any form, the exception is the same as if the parsed message were
+// converted.
 TEST(PlatformFaults, ThrowsWhatTheFirstPartOfAnEntryThrows) {
   const std::string head = fromHex("08071001"), match = fromHex("0804200a"),
                     mpls = fromHex("08125001"), permit = fromHex("0801");

@@ -1,4 +1,5 @@
-// Tests the stand-ins for the device's two libraries: a round trip of each, and names and kinds.
+// Tests the stand-ins for the device's two libraries: the conversions of ids and policers and back,
+// and the names and kinds of ids.
 
 #include <gtest/gtest.h>
 #include <limid/limid_standin.h>
@@ -9,7 +10,7 @@ namespace {
 
 using namespace policer;
 
-// E, L, V or B for an id of a known kind, a dash for any other id.
+// Returns E, L, V or B for an id of a known kind, and a dash for any other id.
 char kindOf(limid_t limid) {
   if (limid_is_from_type_ethernet(limid)) return 'E';
   if (limid_is_from_type(limid, limid_type_lag)) return 'L';
@@ -37,7 +38,7 @@ TEST(Limid, HasAKindANameAndAnIndexThatIsNoPort) {
   expect(0xffffffff, '-', "limid-ffffffff");
 }
 
-// Each policer differs from the one before it in a single member.
+// Each policer differs from the previous policer in only one member.
 TEST(Policer, EqualsOneMadeFromItsOwnBytesAndNoOther) {
   const auto odd = static_cast<ActionType>(UINT32_MAX);
   const Policer policers[] = {

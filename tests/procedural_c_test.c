@@ -1,6 +1,6 @@
 // Calls every function of the procedural interface from C11. The values differ, so that a call of
-// the wrong function would be noticed. procedural_test.cpp calls this code and checks what C cannot
-// read.
+// the wrong function would be noticed. procedural_test.cpp calls this code, and checks the values
+// that C cannot read.
 
 #include <filter_common/filter_actions_c.h>
 #include <filter_common/filter_entries_c.h>
@@ -11,8 +11,8 @@
 
 void callEveryFunction(void);
 
-// These functions are in procedural_test.cpp. The last two return true if the last line that the
-// object prints is `line`.
+// These functions are in procedural_test.cpp. matchPrints() and actionPrints() return true if the
+// last line that the object prints is `line`.
 void expectInC(bool good, int line, const char* what);
 bool matchPrints(void* match, const char* line);
 bool actionPrints(void* action, const char* line);

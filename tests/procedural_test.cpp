@@ -1,4 +1,4 @@
-// Tests those parts of the procedural interface that procedural_c_test.c cannot: classes that C
+// Tests the parts of the procedural interface that procedural_c_test.c cannot test: classes that C
 // cannot make or read, an exception, and assertions. allocation_test.cpp tests failing memory.
 
 #include <filter_common/filter_actions_c.h>

@@ -16,7 +16,7 @@ mkdir -p "$copy"
 tar -C "$1" --exclude=./build --exclude="./${work#"$1"/}" --exclude=./.git --format=posix -c . |
   tar -C "$copy" -x
 
-# same <library>: builds its target and compares the bytes.
+# same <library>: builds the target of the library and compares the bytes.
 same() {
   target=$(basename "$1")
   target=${target#lib}

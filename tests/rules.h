@@ -1,7 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_RULES_H_
 #define FILTER_COMMON_TESTS_RULES_H_
 
-// The codes of the catalogue, and tables, written by hand, of what each type and stage admits.
+// The codes of the catalogue, and tables of what each type and stage admits. The tables are written
+// by hand.
 
 #include <filter_common/filter_types.h>
 
@@ -31,7 +32,8 @@ using CodeSet = std::set<unsigned>;
 #define MATCH_CODE(name) FiltersCommon::FILTERS_MATCH_##name
 #define ACTION_CODE(name) FiltersCommon::FILTERS_ACTION_##name
 
-// Pairs of matches that exclude each other: a destination port and a range, IPv4 and IPv6.
+// Pairs of matches that exclude each other: a destination port beside a range of ports, and IPv4
+// beside IPv6.
 inline const std::set<CodeSet> kExcludedPairs = {
     {MATCH_CODE(DST_L4_PORT), MATCH_CODE(DST_L4_PORT_RANGE)},
     {MATCH_CODE(SRC_IPV4), MATCH_CODE(SRC_IPV6)},
@@ -132,8 +134,8 @@ inline const auto kStages = static_cast<int>(kTypesOfStage.size());
 // A code that no stage, type, match, action or counter will ever have.
 constexpr int kUnknown = 99;
 
-// The newest codes that the files in golden/ have. For newer codes, the rows of samples.cpp have
-// the bytes and the text.
+// The highest codes in the files of golden/. For higher codes, the rows of samples.cpp have the
+// bytes and the text.
 constexpr unsigned kLastGoldenMatch = FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE;
 constexpr unsigned kLastGoldenAction = FiltersCommon::FILTERS_ACTION_L2_TO_CPU_DROP;
 template <class Sorted>
@@ -141,7 +143,7 @@ Codes upTo(unsigned last, const Sorted& codes) {
   return {codes.begin(), std::upper_bound(codes.begin(), codes.end(), last)};
 }
 
-// The number of every row, and an unknown number.
+// The numbers of all rows of a table, and an unknown number.
 inline std::vector<int> rowsAndUnknown(const Table& table) {
   std::vector<int> rows(table.size());
   std::iota(rows.begin(), rows.end(), 0);

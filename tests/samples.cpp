@@ -45,7 +45,7 @@ ActionRedirect redirectTo(const Ports& ports) {
 
 namespace {
 
-// Each class needs a row of its own below; without it this file does not compile.
+// Each class needs a row of its own below. If a row is missing, this file does not compile.
 template <class T>
 Row<T> makeRow() = delete;
 
@@ -57,7 +57,7 @@ Row<T> rowWith(const char* name, unsigned code, const char* text, const std::str
   return {name, code, text, fields, lines, {T(arguments)...}};
 }
 
-// The row of a class with one number, which its getter returns.
+// The row of a class that holds one number. Its getter returns this number.
 template <class T, class Getter>
 Row<T> rowWith(const char* name, Getter getter, unsigned code, const char* text,
                const std::string& fields, const char* line,
@@ -70,7 +70,7 @@ Row<T> rowWith(const char* name, Getter getter, unsigned code, const char* text,
   return row;
 }
 
-// Begins a row; inside it, T is the class of the row.
+// Begins a row. Inside the row, T is its class.
 #define ROW(Class, ...)                         \
   template <>                                   \
   Row<Class> makeRow() {                        \
@@ -201,7 +201,7 @@ ROW(ActionL3Switch, &T::getL3DestinationId, 15, "l3_switch 100000 4294967295 0",
     "L3 Destination ID: 100000", {100000, kMax, 0})
 ROW(ActionBlackHole, 16, "black_hole", "", kNoParameters, T())
 ROW(ActionCopyInnerPcp, 17, "copy_inner_pcp", "", kNoParameters, T())
-// This class writes interface indexes into messages; every other class writes limids.
+// This class writes interface indexes into messages. Every other class writes interface ids.
 ROW(ActionMplsPortSet, 18,
     "mpls_port_set 0x03000007/0x01000003 0x03000007/0x02000001 0x04050009/0x01000003",
     "50" + varint(interfaceIndex(kVpws7)) + "58" + varint(interfaceIndex(kEth3)),

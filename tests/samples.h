@@ -39,8 +39,8 @@ const BaseOf<T>& generic(const T& object) {
   return object;
 }
 
-// The printed text of an object. T chooses the operator<<. The operator for Match or Action prints
-// the class that belongs to the object's code.
+// The printed text of an object. T chooses the operator<<. If T is Match or Action, the object's
+// code decides as which class it is printed.
 template <class T>
 std::string printed(const T& object) {
   std::ostringstream os;
@@ -58,12 +58,12 @@ struct CountingBuffer : std::stringbuf {
 std::string fromHex(std::string hex);
 std::string toHex(const std::string& bytes);
 
-// The wire bytes of a number as hexadecimal text, for values that the platform chooses.
+// The bytes of a number in a message, as hexadecimal text. For numbers that depend on the platform.
 std::string varint(std::uint32_t value);
 
 std::uint32_t interfaceIndex(limid_t limid);
 
-// These functions have one name for matches and for actions.
+// These functions have the same names for matches and for actions.
 template <class T>
 using MessageOf = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
 inline void write(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
@@ -94,7 +94,7 @@ using PortTypes = std::list<port_type_t>;
 using VlanIds = std::set<unsigned short>;
 using Pcps = std::set<unsigned char>;
 
-// An address that begins with these bytes and has zeros behind them.
+// An address that begins with these bytes. Its other bytes are zero.
 template <class Address>
 Address addressOf(const std::string& hex) {
   Address address{};
@@ -133,16 +133,16 @@ struct Row {
   std::string text;    // the name of the class in filter_text.h, and the values of its objects
   std::string fields;  // the bytes that the first object writes after its code
   Lines lines;         // the lines that the first object prints below its code
-  // The objects differ from each other. The last one has zeros and empty lists.
+  // The objects differ from each other. The last object has zeros and empty lists.
   std::vector<T> objects;
 };
 
-// The row of a class, which is in samples.cpp.
+// Returns the row of a class from samples.cpp.
 template <class T>
 const Row<T>& rowOf();
 
-// The objects of a class, which differ from each other. The first has no default values. The last
-// has zeros and empty lists, so that a test can read a message into a copy of it.
+// The objects of a class, which differ from each other. The first object has no default values. The
+// last object has zeros and empty lists, so that a test can read a message into a copy of it.
 template <class T>
 const std::vector<T>& samples() {
   return rowOf<T>().objects;
@@ -167,8 +167,8 @@ template <class... M, class... A>
 ::testing::Types<M..., A...> both(::testing::Types<M...>, ::testing::Types<A...>);
 using EveryClass = decltype(both(AllMatches(), AllActions()));
 
-// Fresh copies of the first sample of each code's class, in the order of the codes. MatchToS is the
-// class of the code that it shares with MatchDSCP.
+// Fresh copies of the first sample of each code's class, in the order of the codes. The code that
+// MatchToS and MatchDSCP share has a MatchToS.
 std::vector<std::pair<filtersMatch_t, std::unique_ptr<Match>>> oneMatchOfEachCode();
 std::vector<std::pair<filtersAction_t, std::unique_ptr<Action>>> oneActionOfEachCode();
 

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Configures a project that has the library in a subfolder. The library is installed only if the
-# project asks for it, does not change settings of the whole build, contains the second library if
-# asked, and refuses to be built as a static library or into a project without C++.
+# project asks for this, and does not change settings of the whole build. It includes the second
+# library if asked. It refuses to be built as a static library or in a project without C++.
 #   subproject_test.sh <folder of the sources>
 # The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail
@@ -28,7 +28,7 @@ if grep -E '^(BUILD_|CMAKE_BUILD_TYPE:[A-Z]*=.|CMAKE_C(XX)?_STANDARD|CPACK_|DART
   exit 1
 fi
 if grep 'the second library is there' "$work/log"; then exit 1; fi
-# Nothing is built here, so installing any file would fail.
+# The library is not built here, so installing any of its files would fail.
 cmake --install "$work/build" --prefix "$work/installed"
 [[ ! -e $work/installed ]]
 configure -DFILTER_COMMON_BUILD_INSPECT=ON | grep 'the second library is there'

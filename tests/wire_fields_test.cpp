@@ -1,5 +1,6 @@
-// Compares the table of fields with the schemas. The library writes and reads bytes by this table
-// alone, so a wrong number, kind or label in it would change what other processes see.
+// Compares the table of fields with the schemas. Only this table decides how the library writes and
+// reads bytes. So a wrong number, kind or label in the table would change the bytes that other
+// processes get.
 
 #include <filter_common/filter_groups.pb.h>
 #include <gtest/gtest.h>
@@ -21,7 +22,7 @@ struct Row {
 };
 using Rows = std::vector<Row>;
 
-// What the schema must say for a kind: the field's type, and if it is repeated.
+// The text that the schema must have for a kind of field: its type, and whether it is repeated.
 std::set<std::string> expected(const std::string& kind) {
   if (kind == "number") return {"uint32", "bool"};
   if (kind == "signedNumber") return {"int32"};
@@ -31,7 +32,7 @@ std::set<std::string> expected(const std::string& kind) {
 }
 
 std::string said(const FieldDescriptor& field) {
-  // Bytes are not packed: each value has its own tag.
+  // Lists of bytes are not packed: each value has its own tag.
   EXPECT_FALSE(field.is_packed()) << field.name();
   return std::string(field.is_repeated() ? "repeated " : "") + std::string(field.type_name());
 }

@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds both libraries with the libraries of platform/plain, and a program that uses all of them.
+# Builds both libraries with the libraries of platform/plain, and builds a program that uses all
+# four.
 #   device_platform_test.sh <folder of the library's sources> <folder to build in>
 # The environment variables that tests/packaging.cmake sets name the tools. The next run builds only
 # what changed.
@@ -7,8 +8,7 @@ set -euo pipefail
 here=$(dirname "$0")
 work=$2
 
-# The build has no debug information and no optimisation and joins the sources, because otherwise it
-# would take much longer.
+# To save time, the build has no debug information and no optimisation, and joins the sources.
 build() {
   cmake -S "$2" -B "$work/$1" --log-level=WARNING -DCMAKE_BUILD_TYPE=None \
     -DCMAKE_UNITY_BUILD=ON -DCMAKE_C_FLAGS="$CFLAGS" -DCMAKE_CXX_FLAGS="$CXXFLAGS" \

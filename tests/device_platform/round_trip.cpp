@@ -1,4 +1,4 @@
-// Uses all code that calls the device's two libraries, with the libraries in platform/plain:
+// Runs all code that calls the device's two libraries, with the libraries in platform/plain. It
 // stores, checks, prints, compares, sends and rebuilds ids and policers.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups.pb.h>
@@ -57,7 +57,7 @@ int main() {
   check(sent.policer_parent_() == policer.Serialize(), "the policer's bytes differ");
   check(sent.actions_(0).mpls_access_port() == 0x03000011, "no interface index is sent");
 
-  // These libraries make no policers of values, but show them.
+  // These libraries cannot make policers from values, but can return the values of a policer.
   const std::string text = FiltersInspect::toText({group});
   // The bytes of a policer begin with its id, in the order of this machine.
   const bool isLittleEndian = sent.policer_parent_()[0] == 5;

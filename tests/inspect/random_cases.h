@@ -3,9 +3,9 @@
 
 #include <ctime>
 
-// Counts the random cases of a test, for example 3000. If they take more than five seconds of
-// processor time, a tenth of them is enough. Under a sanitizer, valgrind or an emulator each case
-// takes many times as long.
+// Counts the random cases of a test, for example 3000. If the cases take more than five seconds of
+// processor time, a tenth of the number is enough. Under a sanitizer, valgrind or an emulator each
+// case takes many times as long.
 //
 //     for (RandomCases i(3000); i.more(); ++i) ...
 class RandomCases {

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_SENTENCES_H_
 #define FILTER_COMMON_TESTS_INSPECT_SENTENCES_H_
 
-// Compares the sentences of findings with files, to the letter.
+// Compares the sentences of findings with files, character by character.
 
 #include <gtest/gtest.h>
 

@@ -70,8 +70,8 @@ def prepare():
     write("refused.bin", first.replace(b"\x18\x02\x20\x03", b"\x18\x02\x20\x01"))
     write("notes.bin", b"\x08\x81\x00" + first[2:])  # an id that is longer than it needs to be
     write("many.bin", b"\0" * 40)  # ten empty frames
-    # Building the first group throws, because an action lacks its interfaces. The group after it is
-    # good.
+    # Building the first group throws, because an action lacks its interfaces. The second group has
+    # no fault.
     thrown = bytes.fromhex("0809 1000 1802 2003 2a0a 08011000 1a00 2a020812")
     write("thrown.bin", b"".join(struct.pack(">I", len(each)) + each for each in (thrown, first)))
     write("framed.bin", struct.pack(">I", len(first)) + first)
@@ -94,7 +94,8 @@ def prepare():
     write("marked.txt", b"\xef\xbb\xbf" + text.replace(b"\n", b"\r\n"))
     write("late_head.txt", b"\n# first\r\n\t" + text)
     write("misspelt.txt", text.replace(b"filter-groups", b"filter-group"))
-    # One byte of 123 is no group, though its length is the brace that JSON begins with.
+    # This file is a length of 123 and then 123 bytes. The length is the same byte as `{`, with
+    # which JSON begins.
     write("printable.bin", b" !")
     write("braces.bin", varint(123) + b"\x08\x05" + 121 * b"\0")
     write("latin.txt", b"# caf\xe9\n" + text)
@@ -132,7 +133,8 @@ entry 40 priority=60 if ttl=1 then deny
     policed = policed.replace(b"ip_protocol=6", b"ttl=6").replace(b"25 then deny", b"25 then permit copy_to_cpu")
     write("words.txt", policed)
     write("rated.txt", policed.replace(b"cir=1000 red=drop", b"cir=64 red=pcp:1"))
-    # The values of these policers do not show the number of the action, because it writes none.
+    # The values of these policers lack the number of their action, because an action that drops
+    # writes no number.
     for number in (b"8", b"9"):
         policer = b"permit parent 0a0608001000180%b120e080410001800200028003000380018007805\n"
         write(f"hidden{number.decode()}.txt", rules.replace(b"permit\n", policer % number, 1))
@@ -174,7 +176,7 @@ entry 1 priority=1 if external_vlan_id={1001,1002,1003,1004,1005,1006,1007,1008,
 entry 2 priority=1 if dst_l4_port=7/0xffff then deny
 entry 3 priority=1 if dst_l4_port=7/0xfff0 then deny
 """)
-    # Lists that take minutes to draw if each step breaks them anew.
+    # Lists that would take minutes to draw if each step broke all their lines again.
     write("long_lists.txt", b"""filter-groups 1
 group 1 priority=1 stage=ingress type=3
 entry 1 priority=1 if ingress_ports=[%s] then redirect=[%s] deny count %s
@@ -271,7 +273,7 @@ MISSING = "".join(
 WHOLE = "g.bin: 2 groups, 12 entries, nothing to say\n"
 G_TXT, COMPACT = object(), object()  # stand for the texts of g.txt and compact.json
 
-# Each row has the arguments, the exit code, the results (standard output) and the trouble (standard
+# Each row has the arguments, the exit code, the results (standard output) and the errors (standard
 # error). The results may be the name of a file in tests/golden/.
 TABLE = [
     # --- What is shown
@@ -358,7 +360,7 @@ TABLE = [
     ("trace twice.txt --order=ascending-id --packet=ttl=1 --group=9", 2, NONE,
      "filter-inspect: there is no group 9; there are: 7, 8\n"),
     ("show g.bin --entry=x", 2, NONE, "filter-inspect: --entry: 'x' is no number [^\n]*\n"),
-    # --- More or less to say
+    # --- More and less output
     ("check lost.bin -q", 1, NONE, NONE),
     ("-q show lost.bin", 0, NONE, NONE),
     ("--quiet diff g.bin nosuch.bin", 2, NONE, "filter-inspect: nosuch.bin: " + ENOENT),
@@ -455,7 +457,7 @@ TABLE = [
      r"g.bin: group 2: error: group 2: no step takes a whole group away \[no-plan\]\n"
      r"renamed.txt:10:1: error: group 3: no step makes a new group \[no-plan\]\n"),
     ("plan rules.txt turned.txt", 0, "(insert|remove) entry 20.*", NONE),
-    # --- What rules do to each other
+    # --- Analysis of rules
     ("analyse rules.txt --order=highest-priority", 1,
      r"rules.txt:5:1: warning: entry 30: match dst_l4_port: .*\[value-unusual\]\n"
      r"rules.txt:4:1: warning: entry 20: .*entry 10 .*\[entry-unreachable\]\n"
@@ -632,7 +634,7 @@ TABLE = [
     ("diff rules.txt turned.txt --order=ascending-id", 1,
      ".*rules.txt, turned.txt: no packet is treated differently \\(order: ascending-id; .*", NONE),
     ("check rules.txt", 1, r".*entry 30: .*\[value-unusual\]\nrules.txt: .*, 1 warning\n", NONE),
-    # --- What is admitted, and what it is called
+    # --- Capabilities and names
     ("capabilities --stage lookup --type 3", 0,
      "lookup does not admit type 3; it admits types none, 4, 6[^\n]*\n", NONE),
     ("capabilities --stage=1 --type=3", 0, "lookup does not admit type 3; [^\n]*\n", NONE),
@@ -795,8 +797,8 @@ TABLE = [
      r"[^\n]* no such field[^\n]*\n  ttl=1 foo=3 ttl=999\n        \^~~\n.*"),
 ]
 
-# Rows for --json: the arguments, the exit code, whether standard output has a document, whether
-# standard error has one, and words that the two must contain.
+# Rows for --json. Each has the arguments, the exit code, whether standard output and standard error
+# have a document, and words that the documents must contain.
 DOCUMENTS = [
     ("check lost.bin g.bin", 1, True, False, {"match-unknown", '"groups": 2'}),
     ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),
@@ -1032,8 +1034,8 @@ def try_picture():
     root = ElementTree.parse("open.svg").getroot()
     expect("what is not decided", "not decided" in {text.text for text in root.iter(svg + "text")} and
            "noted" in {rect.get("class") for rect in root.iter(svg + "rect")})
-    # One group has more rows than a picture shows (entry 3 takes the packets of entry 40), and
-    # another has just as many as it shows.
+    # One group has more rows than a picture shows, and another has exactly as many. In the first
+    # group, entry 3 takes the packets of entry 40.
     rows = [f"entry {row} priority={100 - row} if src_ipv4=192.0.2.{3 if row == 40 else row} "
             "then permit\n"
             for row in range(61)]
@@ -1175,7 +1177,8 @@ def try_captures():
         done = inspect(*hits, "--capture=c.pcap")
         expect("without libpcap", done.returncode == 2 and b"built without libpcap" in done.stderr, done.stderr)
         return
-    # Entry 10 takes packets from 192.0.2.0/24, also those from 192.0.2.1. Entries 30 and 40 tie.
+    # Entry 10 takes packets from 192.0.2.0/24, which include those from 192.0.2.1. Entries 30 and
+    # 40 tie.
     frames = [frame(), frame(source=200, port=80, tag=5), frame(ttl=1, port=179)]
     frames[2] = frames[2].replace(b"\xc0\0\2\1", b"\xcb\0\x71\1")
     first, last = "2023-11-14T22:13:20.000005Z", "2023-11-14T22:13:22.000005Z"
@@ -1221,7 +1224,7 @@ def try_captures():
     expect("each group counts", findings_of(done, "twice.txt") == 2 * expected, done.stdout)
     done = inspect("--json", "hits", "fewer.txt", "--order=highest-priority", "--capture=c.pcap")
     expect("every frame is decided", done.returncode == 0, done.stdout)
-    # Entry 40 is alone in fewer.txt; in rules.txt entry 30 may take the third frame, and permits it.
+    # fewer.txt has only entry 40. In rules.txt, entry 30 may take the third frame, and permits it.
     both = ("diff", "rules.txt", "fewer.txt", "--order=highest-priority", "--capture=c.pcap")
     found = findings_of(inspect("--json", *both), "rules.txt")[-2:]
     expect("a diff of traffic", found == [f"traffic-open 30: 0, 1 3 {last}", f"frames-counted : 0, 1 3 {last}"], found)

@@ -1,5 +1,5 @@
-// The C++ side of interop_test.py. It writes a line for each sample and each file of golden/, with
-// the name of the message and its bytes in hexadecimal.
+// The C++ part of interop_test.py. Writes a line for each sample and each file of golden/, with the
+// name of the message and its bytes in hexadecimal.
 
 #include <filesystem>
 #include <iostream>

@@ -6,7 +6,7 @@ set -euo pipefail
 elf=$("$READELF" --wide --dynamic --program-headers --dyn-syms "$1")
 failed=0
 
-# expect <what> <pattern> [text]: a line matches.
+# expect <what> <pattern> [text]: checks that a line of the text matches the pattern.
 expect() {
   grep -Eq -- "$2" <<<"${3:-$elf}" && return
   echo "hardening: $1: nothing matches '$2'"
@@ -25,8 +25,8 @@ for option in "${@:3}"; do
   case "$option" in
     nodelete) expect "stays loaded" 'FLAGS_1.*NODELETE' ;;
     protected) expect "stack protector" ' UND __stack_chk_fail' ;;
-    # The system's start-up files may lack this property, and then the whole library lacks it. So
-    # the test looks at the functions.
+    # If the system's start-up files lack this property, the whole library lacks it. So the test
+    # checks the functions instead.
     cf-protection) expect "marked jumps" 'endbr' "$("$OBJDUMP" --disassemble "$1" | head -20000)" ;;
     *) echo "hardening: unknown option $option" && exit 2 ;;
   esac

@@ -1,4 +1,4 @@
-// A module that a running process loads, and that loads the library with it.
+// A module that a running process loads. Loading the module also loads the library.
 
 #include <filter_common/filter_groups.h>
 #include <limid/limid_standin.h>
@@ -7,7 +7,7 @@
 
 using namespace FiltersCommon;
 
-// Sends a group through bytes. True if it came back equal and printed.
+// Writes a group to bytes and reads it again. True if the new group is equal and can be printed.
 extern "C" bool roundTrip() {
   FiltersEntry entry(1);
   FiltersGroup group(7);

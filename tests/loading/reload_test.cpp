@@ -1,5 +1,5 @@
-// A process loads a module that uses the library, unloads the module and loads it again. Process
-// and module do not see each other's symbols, but they recognise each other's types.
+// A process loads a module that uses the library, unloads the module and loads it again. The
+// process and the module do not see each other's symbols, but they recognise each other's types.
 
 #include <dlfcn.h>
 #include <filter_common/filter_matches.h>

@@ -1,4 +1,4 @@
-// A getter fills its argument, so a const argument does not compile.
+// A getter changes its argument, so a call with a const argument does not compile.
 #include <filter_common/filter_entries.h>
 
 using namespace FiltersCommon;

@@ -1,5 +1,5 @@
-// A user's class cannot use helpers that the library does not export: it does not compile, and it
-// would not link.
+// A user's class that uses helpers which the library does not export must not compile. It could not
+// be linked either.
 #include <filter_common/filter_matches.h>
 
 using namespace FiltersCommon;

@@ -1,4 +1,5 @@
-// Calls whose results are ignored. The compiler must warn about exactly those lines that say so.
+// Calls whose results are ignored. The compiler must warn about exactly those lines whose comment
+// says so.
 #include <filter_common/filter_groups.h>
 #include <filter_common/filter_groups_c.h>
 

@@ -7,7 +7,8 @@ shift 2
 here=$(dirname "$0")
 compile() { LC_ALL=C "${compiler[@]}" -std=c++17 -Werror=switch "$@" 2>&1; }
 
-# expect TEXT FILE [ARGUMENT...]: the file does not compile, for this reason.
+# expect TEXT FILE [ARGUMENT...]: checks that the file does not compile, and that the compiler's
+# message has TEXT.
 expect() {
   local text=$1 says
   if says=$(compile "${@:2}"); then
@@ -17,7 +18,7 @@ expect() {
   grep -qE "$text" <<<"$says" || { printf '%s\ndoes not say: %s\n' "$says" "$text" && exit 1; }
 }
 
-# without FILE CHANGE: copies the tree and removes a part of the file with sed's CHANGE.
+# without FILE CHANGE: copies the tree and removes a part of FILE with the sed command CHANGE.
 without() {
   rm -rf "$scratch"
   mkdir "$scratch"
@@ -30,7 +31,7 @@ compiler=("$1" -I"$scratch/include" "${@:2}")
 headers=include/filter_common
 rows=("$here/visits.cpp" -I"$scratch/src" -fsyntax-only)
 # lacks CLASS LINES WHAT: checks that CLASS does not compile without the lines that match LINES.
-# WHAT is the name of these lines in the compiler's message.
+# WHAT is the word for these lines in the compiler's message.
 lacks() {
   local header=$headers/filter_matches.h
   [[ $1 == Match* ]] || header=$headers/filter_actions.h
@@ -42,7 +43,8 @@ for class in MatchTTL ActionSetPcp; do
   lacks $class operator== "an operator=="
 done
 lacks MatchAll operator== "an operator=="
-# A derived class must not have more data than its base compares.
+# If a class has data of its own, it must have a comparison of its own, because the comparison of
+# its base would ignore these data.
 without $headers/filter_matches.h '/class FILTERS_API MatchSrcPort /,/^}/s/^}/int more = 0;\n}/'
 expect "the class needs an operator== of its own" "${rows[@]}"
 without $headers/filter_matches.def '/FILTERS_MATCH_TTL/d'
@@ -67,7 +69,8 @@ while read -r class helper; do
     "$here/inner_helpers.cpp" -fsyntax-only
 done <<<$'MatchPorts print\nMatchVlanId print'
 
-# The compiler warns about ignored refusals and nothing else, unless the warnings are turned off.
+# The compiler warns about ignored refusals and nothing else. If these warnings are turned off, it
+# does not warn at all.
 compile -fsyntax-only "$here/nodiscard.cpp" |
   sed -n 's/.*cpp:\([0-9]*\):.* ignoring return.*/\1/p' | sort -nu |
   diff <(grep -n '// warns$' "$here/nodiscard.cpp" | cut -d: -f1) -

@@ -21,7 +21,8 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
   how.redundant = options.redundant;
-  // Findings that are dropped later must not take the place of the others.
+  // If some findings are dropped later, the analysis must keep more of them, so that dropped
+  // findings do not displace others.
   constexpr std::size_t kMostToChooseFrom = 100000;
   const bool isAll = options.entries.empty() && options.policy.empty();
   how.max_findings =
@@ -45,7 +46,7 @@ std::string restsOn(Order order) {
 
 namespace {
 
-// Reports the groups for which the policy accepts findings, but which are in no file.
+// Reports each group that is in no file, but for which the policy accepts findings.
 void tellUnseen(const Policy& policy, const std::set<FiltersCommon::filtersGroupId_t>& seen,
                 const Options& options, Console* console) {
   for (const PolicyGroup& group : policy.groups()) {

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_ANALYSIS_H_
 #define FILTER_INSPECT_TOOLS_ANALYSIS_H_
 
-// Functions that the commands of analysis share.
+// Functions for all commands that analyse rules.
 
 #include <filter_inspect/filter_analysis.h>
 
@@ -12,15 +12,16 @@
 
 namespace FilterInspectTool {
 
-// The order that --order gives; unspecified without it.
+// The order that --order gives, or unspecified.
 FiltersInspect::Order orderOf(const Options& options);
 
-// The options of the command line. Work that takes longer than a second shows its progress on a
-// terminal.
+// The options of the command line for an analysis. If the work takes longer than a second, a
+// terminal shows its progress.
 FiltersInspect::AnalysisOptions analysisOf(const Options& options, std::string_view place,
                                            Console* console);
 
-// "order: unspecified; assumptions A1-A5: filter-inspect(1)", and the part behind the order.
+// assumptionNumbers() returns "assumptions A1-A5: filter-inspect(1)". restsOn() puts the order
+// before this text: "order: unspecified; assumptions ...".
 std::string assumptionNumbers();
 std::string restsOn(FiltersInspect::Order order);
 

@@ -29,7 +29,7 @@ Finding admits(const std::string& which, const char* what, Subject subject, cons
   return finding;
 }
 
-// The stages or types that were asked for, or all.
+// The stages or types that the user asked for, or all.
 template <class Enum>
 std::vector<Enum> chosen(const std::string& name) {
   std::vector<Enum> codes;
@@ -90,8 +90,9 @@ Report tablesOf(const Options& options) {
 
 // --- The matrix -------------------------------------------------------------------------------
 
-// A table of rows and columns, with an x where the column admits the row. `wordsOf` may say more
-// about a row. Its words take more lines if one line would be longer than `width` letters.
+// A table of rows and columns, with an x where the column admits the row. `wordsOf` may add words
+// about a row. These words are broken into several lines if one line would be longer than `width`
+// letters.
 template <class Row, class Column, class Admits>
 std::string matrixOf(const char* title, const Admits& admits,
                      std::string_view (*wordsOf)(Row) = nullptr, std::size_t width = 0) {
@@ -114,7 +115,7 @@ std::string matrixOf(const char* title, const Admits& admits,
   return text;
 }
 
-// Tables of all that the stages and types admit.
+// Tables of everything that the stages and types admit.
 std::string matrices(std::size_t width) {
   const auto ofStage = [](filtersGroupStage_t stage) {
     return capabilityOf(stage, FILTERS_GROUP_TYPE_NONE);
@@ -161,8 +162,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// Drops findings about entries that their own group refuses. They are no loss, because this command
-// asks where entries fit.
+// Drops findings about entries that their own group refuses. This command looks for groups that
+// admit the entries, so such a refusal is no loss.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {
@@ -171,7 +172,8 @@ void dropRefusals(Report* report) {
   all.erase(std::remove_if(all.begin(), all.end(), isRefusal), all.end());
 }
 
-// Finds, for each entry of the input files, the chosen stages and group types that admit it.
+// Finds the stages and types that admit each entry of the input files. Looks only at the chosen
+// stages and types.
 class Placer {
  public:
   Placer(const Options& options, Console* console)

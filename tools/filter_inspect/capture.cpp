@@ -18,7 +18,7 @@ using namespace FiltersInspect;
 #ifdef FILTER_INSPECT_CAPTURES
 namespace {
 
-// Says what the frames of a file begin with; libpcap has a number for it.
+// Says with which header the frames of a file begin. `type` is libpcap's number for this header.
 std::optional<Link> linkOf(int type) {
   switch (type) {
     case DLT_EN10MB:
@@ -56,7 +56,7 @@ struct Closed {
   void operator()(pcap_t* capture) const { pcap_close(capture); }
 };
 
-// The size of a file, or 0 if nobody can know it.
+// The size of a file, or 0 if the size is unknown.
 std::size_t sizeOf(std::FILE* file) {
   struct stat status = {};
   if (file == nullptr || ::fstat(::fileno(file), &status) != 0 || !S_ISREG(status.st_mode))

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_CAPTURE_H_
 #define FILTER_INSPECT_TOOLS_CAPTURE_H_
 
-// Reads the frames of captured traffic, by libpcap. Only this part of the program knows it.
+// Reads the frames of captured traffic with libpcap. Only this part of the program uses libpcap.
 
 #include <filter_inspect/filter_traffic.h>
 
@@ -22,9 +22,9 @@ struct SeenFrame {
   std::int64_t time;  // nanoseconds since 1970, or the nearest time that can be written so
 };
 
-// Visits each frame of --capture and returns their number. If the file cannot be read any further,
-// reports the trouble and returns the number of frames before it. Returns nothing if the file is no
-// capture that can be read at all.
+// Visits each frame of --capture and returns their number. If the file has a fault, reports it and
+// returns the number of frames before the fault. Returns nothing if the file cannot be read as a
+// capture.
 std::optional<std::uint64_t> readCapture(const Options& options, Console* console,
                                          const std::function<void(const SeenFrame&)>& visit);
 
@@ -32,13 +32,13 @@ std::optional<std::uint64_t> readCapture(const Options& options, Console* consol
 // packet cannot be read, reports why and returns nothing.
 std::optional<FiltersInspect::Packet> assumedOf(const Options& options, Console* console);
 
-// Returns false, and reports it, if standard input is to be read twice.
+// Returns false, and reports an error, if the options ask to read standard input twice.
 bool readsInputOnce(const Options& options, Console* console);
 
-// The same frames, as a finding has them.
+// Converts the count of frames into the form that a finding has.
 FiltersInspect::SeenFrames seenOf(const FiltersInspect::FrameCount& count);
-// "2026-11-22T09:30:00.123456Z". It has nine decimals instead of six if the time is not a whole
-// number of microseconds.
+// "2026-11-22T09:30:00.123456Z". The seconds have nine decimals instead of six if the time is not a
+// whole number of microseconds.
 std::string timeText(std::int64_t time);
 
 // "12 frames surely and 3 perhaps".
@@ -50,7 +50,7 @@ std::string placeText(const FiltersInspect::FrameCount& count);
 Finding findingOf(Code code, std::string message, const FiltersInspect::HitCounts& hits);
 
 // Returns findings about the capture itself: the number of its frames, and for each reason why
-// fields are not told, the number of frames that lack some.
+// fields are unknown, the number of frames with this reason.
 ReportInput aboutCapture(const std::string& file, std::uint64_t frames,
                          const FiltersInspect::FrameCounts& faults);
 

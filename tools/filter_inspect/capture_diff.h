@@ -18,14 +18,14 @@ class CaptureDiff {
   CaptureDiff(const Options& options, const std::vector<Input>& inputs, Console* console)
       : options_(options), inputs_(inputs), console_(*console) {}
 
-  // Returns false, and reports it, if the options do not fit together.
+  // Returns false, and reports an error, if the options do not fit together.
   bool isReady();
-  // Adds two groups that are compared, of the first and the second file.
+  // Adds two groups to compare: one of the first file, and one of the second.
   void add(const InputGroup& a, const InputGroup& b);
-  // Reads the capture, if there is one. Returns the findings about groups and those about the
-  // capture.
+  // Reads the capture, if there is one. Returns the findings about groups and the findings about
+  // the capture.
   std::vector<ReportInput> run(const Selection& selection);
-  // Writes these findings as text.
+  // Writes the findings of run() as text.
   void print(const std::vector<ReportInput>& found);
  private:
   struct Compared {

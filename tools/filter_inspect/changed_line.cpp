@@ -7,7 +7,8 @@
 namespace FilterInspectTool {
 namespace {
 
-// A word with the blanks in front of it. The key ends in '='; a word without that sign is all key.
+// A word with the blanks in front of it. Its key ends in '='. If the word has no '=', the whole
+// word is its key.
 struct Word {
   std::string_view blanks, key, value;
 };
@@ -19,7 +20,8 @@ std::vector<Word> wordsOf(std::string_view line) {
         line.substr(0, std::min(line.find_first_not_of(' '), line.size()));
     line.remove_prefix(blanks.size());
     std::string_view word = line.substr(0, line.find(' '));
-    // The brace that ends a policer is a word, so that the last value is compared without it.
+    // The brace that ends a policer is a word of its own. Otherwise it would be compared as part of
+    // the last value.
     if (word.size() > 1 && word.back() == '}' && word.find('{') == word.npos) {
       word.remove_suffix(1);
     }
@@ -38,7 +40,7 @@ std::uint32_t likeness(const Word& a, const Word& b) {
   return a.value == b.value ? kEqual : kSameKey;
 }
 
-// Writes what two lists of words have in common and what not.
+// Writes the words that two lists have in common, and the words that only one list has.
 class Comparison {
  public:
   std::vector<LinePart> run(std::vector<Word> a, std::vector<Word> b) {
@@ -57,7 +59,8 @@ class Comparison {
     return std::move(parts_);
   }
  private:
-  // Pairs as many words as possible. Equal words are paired rather than words with the same key.
+  // Pairs as many words as possible. Prefers pairs of equal words to pairs of words with the same
+  // key.
   void addMiddle(const std::vector<Word>& a, const std::vector<Word>& b) {
     constexpr std::size_t kMostPairs = 1 << 20;  // more are not compared
     const std::size_t width = b.size() + 1;
@@ -96,7 +99,7 @@ class Comparison {
     add(LinePart::kAfter, std::string(b.value));
   }
 
-  // Collects words that stand side by side, so that they become one part.
+  // Joins neighbouring words of one list into one part.
   void addAlone(LinePart::In in, const Word& word) {
     std::string& text = in == LinePart::kBefore ? before_ : after_;
     if (before_.empty() && after_.empty()) blanks_ = word.blanks;

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_CHANGED_LINE_H_
 #define FILTER_INSPECT_TOOLS_CHANGED_LINE_H_
 
-// One line for two versions of a line, with the words in which they differ.
+// Joins two versions of a line into one line, with marks around the words in which they differ.
 
 #include <string>
 #include <string_view>
@@ -15,8 +15,8 @@ struct LinePart {
   std::string text;
 };
 
-// Compares words, and the values of words with the same key: "ttl=255" and "ttl=254" have the key
-// in common.
+// Compares words. If two words have the same key, compares only their values: "ttl=255" and
+// "ttl=254" have the key "ttl=" in common.
 std::vector<LinePart> compareLines(std::string_view before, std::string_view after);
 
 }  // namespace FilterInspectTool

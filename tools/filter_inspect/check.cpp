@@ -14,7 +14,7 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Reports if no group may have this stage and type together.
+// Reports an error if no group may have this stage and type together.
 Report explainHead(const FiltersGroup& group) {
   FiltersGroup blank(group.getId());
   Report report = explainStage(blank, group.getStage());
@@ -47,14 +47,14 @@ class Checker {
     return found ? kExitFound : kExitFine;
   }
 
-  // True if groups are checked against another stage or type than their own.
+  // True if groups are checked for a stage or type that is not their own.
   bool isAgainstOthers() const { return instead_.stage || instead_.type; }
 
   void finish() {
     if (!inputs_.empty()) console_.write(inputs_);
   }
  private:
-  // The findings about a group, besides those of reading it.
+  // The findings about a group, without the findings of reading it.
   Report check(const Input& input, const InputGroup& group, std::size_t* entries) const {
     const DecodeLimits limits = {options_.max_findings, SIZE_MAX};  // the file was not too large
     if (isAgainstOthers()) {
@@ -67,7 +67,7 @@ class Checker {
                                           : decodeGroup(input.bytesOf(group), limits).report;
   }
 
-  // The same for a group with the stage or type that --stage or --type gives.
+  // The findings about the group as if it had the stage and type of --stage and --type.
   Report checkInstead(const std::string& bytes, const DecodeLimits& limits,
                       std::size_t* entries) const {
     DecodedGroup decoded = decodeGroupAs(bytes, instead_, limits);
@@ -87,11 +87,12 @@ class Checker {
     all.erase(std::remove_if(all.begin(), all.end(), isOrder), all.end());
   }
 
-  // Drops the findings about groups with the stage and type from the file. Findings about groups
-  // that could not be made stay, since nothing else is known about these groups.
+  // Drops the findings that the groups have with the stage and type from the file. Keeps findings
+  // about groups that could not be made, because nothing else is known about these groups.
   static void dropOwn(Input& input) {
     Report own;
-    // An error that was left out may be about a group that could not be made.
+    // A group that could not be made has an error, but the limited report may have left this error
+    // out.
     const bool areMade =
         std::all_of(input.groups.begin(), input.groups.end(),
                     [](const InputGroup& group) { return group.group.has_value(); });

@@ -30,7 +30,7 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
   return FiltersInspect::suggestion(word, {candidates.begin(), candidates.end()}, command);
 }
 
-// --- What commands share -------------------------------------------------------------------------
+// --- Options that several commands share ---------------------------------------------------------
 
 CLI::Option* declareChoice(CLI::App* to, const std::string& name, std::string* value,
                            std::vector<std::string> choices, const std::string& about) {
@@ -88,7 +88,7 @@ void declareCommon(CLI::App* app, Options* options) {
   declareLimit(app, "--max-groups", &options->max_groups, "Read at most N groups of a file");
 }
 
-// Codes may also be given as numbers.
+// The user may also give codes as numbers.
 template <class Enum>
 void declareCode(CLI::App* command, const char* name, std::string* value, const char* about) {
   std::vector<std::string> choices;
@@ -163,7 +163,7 @@ void declareCompact(CLI::App* command, Options* options) {
   command->add_flag("--compact", options->compact, "Write JSON on one line without blanks");
 }
 
-// --- What each command takes ---------------------------------------------------------------------
+// --- Options of each command ---------------------------------------------------------------------
 
 void declareShow(CLI::App* command, Options* options) {
   declareFiles(command, options, 1, kAnyNumber);
@@ -319,7 +319,8 @@ void declareNames(CLI::App* command, Options* options) {
                 "Print one enumeration only, by its name here or in C++");
 }
 
-// A command with its options, its function, and the arguments of examples, a line each.
+// A command with its options, its function and its examples. Each line of the examples has the
+// arguments of one.
 struct Command {
   const char* name;
   const char* summary;
@@ -367,7 +368,7 @@ constexpr Command kCommands[] = {
 
 // --- Help ----------------------------------------------------------------------------------------
 
-// The column in which descriptions begin.
+// The column of the help in which descriptions begin.
 constexpr std::size_t kAbout = 30;
 
 std::string examplesOf(const Command& command) {
@@ -380,8 +381,8 @@ std::string examplesOf(const Command& command) {
   return text;
 }
 
-// Breaks long lines: lists of values behind a bar, other lines at a blank. Examples stay as they
-// are, so that they can be copied.
+// Breaks long lines of the help. Breaks lists of values behind a bar, and other lines at a blank.
+// Does not change examples, so that users can copy them.
 std::string wrappedHelp(std::string_view help, std::size_t width) {
   std::string text;
   while (!help.empty()) {
@@ -402,7 +403,7 @@ std::string wrappedHelp(std::string_view help, std::size_t width) {
   return text;
 }
 
-// --- What cannot be read -------------------------------------------------------------------------
+// --- Errors of the command line ------------------------------------------------------------------
 
 std::vector<std::string> commandNames() {
   std::vector<std::string> names;
@@ -424,7 +425,7 @@ bool isOptionOf(const CLI::App& command, const std::string& option) {
   return std::find(names.begin(), names.end(), option) != names.end();
 }
 
-// The first command that has the option; null if none has.
+// The first command that has the option, or null if no command has it.
 const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
   for (const Command& command : kCommands) {
     const CLI::App* its = app.get_subcommand(command.name);
@@ -434,7 +435,8 @@ const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
 }
 
 // The sentence of the command line library begins with the name of the option or command. If an
-// option is given twice, the last argument counts, so it can only have too few.
+// option is given twice, the last argument counts, so an option can have too few arguments, but
+// never too many.
 std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";
@@ -444,8 +446,8 @@ std::string mismatch(std::string_view told) {
 
 constexpr char kTooMany[] = "one argument too many: ";
 
-// If one word is missing and another is not understood, only the second is reported, because the
-// two may be the same mistake.
+// If one word is missing and another word is unknown, only the unknown word is reported, because
+// both may have the same cause.
 std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   const std::vector<CLI::App*> parsed = app.get_subcommands();
@@ -481,8 +483,8 @@ std::string sentence(const CLI::App& app, const CLI::ParseError& error) {
   return kTooMany + word;
 }
 
-// Says what is wrong with the words behind `help`. The text is empty if they are options and at
-// most one command.
+// Says what is wrong with the words behind `help`. Returns an empty text if these words are options
+// and at most one command.
 std::string faultOfHelp(const CLI::App& app, const CLI::ParseError& error) {
   if (!app.remaining(true).empty()) return sentence(app, error);
   for (const CLI::App* command : app.get_subcommands()) {
@@ -498,7 +500,7 @@ std::string faultOfHelp(const CLI::App& app, const CLI::ParseError& error) {
 }  // namespace
 
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console) {
-  // A document is written even if the command line has a fault, as long as it has --json.
+  // If the command line has --json, a document is written even if the command line has a fault.
   options->json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
   CLI::App app("Looks into groups of filter rules: captured bytes, text or JSON.",
                "filter-inspect");
@@ -527,7 +529,7 @@ Run* readCommandLine(int argc, char** argv, Options* options, Console* console) 
     words.erase(words.begin());
     words.emplace_back("--help");
   }
-  // Without this check the library would take the next word for the value.
+  // Without this check, the command line library would take the next word for the value.
   for (const std::string& word : words) {
     if (word.size() > 3 && word.compare(0, 2, "--") == 0 && word.find('=') + 1 == word.size()) {
       console->trouble(Code::kUsage, "", word.substr(0, word.size() - 1) + ": a value is missing");

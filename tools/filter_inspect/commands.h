@@ -12,10 +12,10 @@
 
 namespace FilterInspectTool {
 
-// The exit code of the program. For several inputs it is the worst one.
+// The exit code of the program. For several inputs it is the worst of their exit codes.
 enum Exit { kExitFine = 0, kExitFound = 1, kExitTrouble = 2 };
 
-// The options of the command line. Options of other commands are empty.
+// The options of the command line. The options that a command does not have are empty.
 struct Options {
   std::string command;
   bool json = false;
@@ -59,17 +59,17 @@ class Console;
 // The function of a command.
 using Run = Exit(const Options& options, Console* console);
 
-// Reads the command line. Returns null if there is nothing to run, because help was printed or
-// trouble was reported.
+// Reads the command line. Returns null if there is nothing to run, because help was printed or an
+// error was reported.
 Run* readCommandLine(int argc, char** argv, Options* options, Console* console);
 
-// The words for one enumeration that the command names accepts.
+// The words that the command `names` accepts as the name of an enumeration.
 std::vector<std::string> enumerationNames();
 
-// The words for the fields of a packet.
+// The names of the fields of a packet.
 std::vector<std::string_view> fieldNames();
 
-// The releases of the program, of its libraries and of the message runtime, a line each.
+// The releases of the program, of its libraries and of the message runtime, each on one line.
 std::string versions();
 
 Exit runShow(const Options& options, Console* console);

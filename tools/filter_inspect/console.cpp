@@ -50,8 +50,8 @@ Color colorOf(Severity severity) {
   return Color::kNone;
 }
 
-// The line of the finding, and below it a line with a mark under its word. A long line is cut. The
-// text is empty if the finding has no line in the source.
+// The line of the source that the finding is about, and below it a line with a mark under the wrong
+// word. A long line is cut. The text is empty if the source has no such line.
 std::string excerptOf(std::string_view source, std::size_t first_line, const Finding& finding) {
   constexpr std::size_t kWidth = 76;
   std::size_t line = 0, column = 0;
@@ -64,8 +64,9 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   source = withoutMark(source);
   source = source.substr(0, source.find_first_of("\r\n"));
   if (column == 0 || column > source.size() + 1) return {};
-  // A finding of the grammar has the place of its word, which may begin behind a quote. Any other
-  // finding has the place of its entry, and the word stands somewhere behind it.
+  // If a finding is about the grammar, its position is that of the wrong word, which may begin
+  // behind a quote. The position of any other finding is that of its entry, and the wrong word is
+  // somewhere behind it.
   const bool isAtWord = nameOf(finding.code).substr(0, 5) == "text-";
   std::size_t at = column - 1;
   if (!isAtWord) at = finding.word.empty() ? source.npos : source.find(' ' + finding.word, at);
@@ -88,8 +89,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   return "  " + printable(part) + "\n  " + mark + '\n';
 }
 
-// The text for the handler of the alarm. The handler may call hardly any function, so it cannot
-// make the text.
+// The text that the signal handler writes. The text is made before, because a signal handler may
+// call hardly any functions.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
 bool progressStarted = false;
@@ -108,7 +109,8 @@ std::string printable(std::string text) {
       return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
     };
     const auto follows = [&](std::size_t at) { return (byte(at) & 0xc0) == 0x80; };
-    // The bytes of one character in UTF-8 (RFC 3629). Those from 80 to 9f control terminals.
+    // The bytes of one character in UTF-8 (RFC 3629). The characters from 80 to 9f control
+    // terminals.
     std::size_t length = byte(i) < 0x80 ? 1 : byte(i) < 0xe0 ? 2 : byte(i) < 0xf0 ? 3 : 4;
     bool isShown = byte(i) >= ' ' && byte(i) != 0x7f && byte(i) < 0xf8;
     if (length > 1)
@@ -211,7 +213,7 @@ void Console::flush() {
   systemTrouble(Code::kOutputFailed, "standard output", error);
 }
 
-// --- Trouble -------------------------------------------------------------------------------------
+// --- Errors --------------------------------------------------------------------------------------
 
 void Console::trouble(Code code, const std::string& file, const std::string& message) {
   failed_ = true;
@@ -338,7 +340,7 @@ void Console::keep(const std::string& file, Report report) {
 void Console::say(const std::string& text) {
   hideProgress();
   flush();  // on a terminal, output and trouble keep their order
-  // If this fails, there is no place left to report it.
+  // If writing to standard error fails, the program cannot report that.
   static_cast<void>(writeAll(STDERR_FILENO, text));
 }
 

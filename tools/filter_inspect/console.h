@@ -1,8 +1,8 @@
 #ifndef FILTER_INSPECT_TOOLS_CONSOLE_H_
 #define FILTER_INSPECT_TOOLS_CONSOLE_H_
 
-// The output of the program. Results go to standard output; trouble and losses go to standard
-// error. Both are lines, or documents with --json.
+// The output of the program. Results go to standard output. Errors and losses go to standard error.
+// With --json each output is a JSON document, and otherwise it is lines.
 
 #include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_report.h>
@@ -28,7 +28,7 @@ using FiltersInspect::Severity;
 
 enum class Color { kNone, kRemoved, kAdded, kWarning, kError, kNote };
 
-// The text behind a UTF-8 byte-order mark, or all of it.
+// The text without a UTF-8 byte-order mark at its beginning.
 inline std::string_view withoutMark(std::string_view text) {
   return text.substr(text.substr(0, 3) == "\xef\xbb\xbf" ? 3 : 0);
 }
@@ -36,16 +36,16 @@ inline std::string_view withoutMark(std::string_view text) {
 // "1 group", "2 groups".
 std::string counted(std::uint64_t number, std::string_view what);
 
-// Replaces characters that a terminal would obey, and line ends.
+// Replaces line ends, and characters that control a terminal.
 std::string printable(std::string text);
 
-// Writes all of it to an open file. Returns 0 or the system's error number.
+// Writes the whole text to an open file. Returns 0 or the system's error number.
 int writeAll(int handle, std::string_view text);
 
 // A finding that has only a code and a sentence.
 Finding findingOf(Code code, std::string message);
 
-// The place of a finding: "g.txt:12:7" in text and JSON, "g.bin: group 1" in bytes, or else the
+// The position of a finding: "g.txt:12:7" in text and JSON, "g.bin: group 1" in bytes, or only the
 // name of the file.
 std::string placeOf(const std::string& file, const Finding& finding);
 
@@ -54,58 +54,59 @@ std::string leftOutText(const Report& report);
 
 class Console {
  public:
-  // Each later call reads the options, so they may change after this one.
+  // Each later call reads the options, so the options may change after this call.
   explicit Console(const Options* options);
 
   // --- Results ---
 
   void write(std::string_view text);
   void writeLine(std::string_view line, Color color = Color::kNone);
-  // A part of a result in its colour, if results have colours.
+  // A part of a result, in this colour if results have colours.
   std::string painted(std::string_view text, Color color) const;
-  // Writes findings about a file, each after its place.
+  // Writes findings about a file, each after its position.
   void write(const std::string& file, const Report& report);
-  // Writes a document. For an analysis it has the order.
+  // Writes a JSON document. The document of an analysis has the order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
-  // The number of letters in a line of results. It is --width, or else the width of the terminal,
-  // or else COLUMNS, or else 80. With 0, lines have any length.
+  // The most letters that a line of results may have. This is the first of these that is known:
+  // --width, the width of the terminal, the variable COLUMNS, and 80. With 0, lines have any
+  // length.
   std::size_t width() const;
-  // Writes now what has been said so far.
+  // Writes the results that are not written yet.
   void flush();
-  // True if writing has failed: no more can be written.
+  // True if writing to standard output has failed, so that no more results can be written.
   bool isClosed() const { return closed_; }
 
-  // --- Trouble ---
+  // --- Errors ---
 
-  // Reports trouble. The program then ends with kExitTrouble. `file` may be empty. If there is a
-  // source, its line and a mark under the wrong word follow on a terminal; `first_line` is the
-  // number of the source's first line.
+  // Reports an error. The program then exits with kExitTrouble. `file` may be empty. If there is a
+  // source, a terminal also shows the wrong line with a mark under the wrong word. `first_line` is
+  // the number of the source's first line.
   void trouble(Code code, const std::string& file, const std::string& message);
   void trouble(const std::string& file, const Finding& finding, std::string_view source = {},
                std::size_t first_line = 1);
   // Reports an error of the system about a file.
   void systemTrouble(Code code, const std::string& file, int error);
   bool hasFailed() const { return failed_; }
-  // Writes a report that is neither trouble nor a result: the losses of a file, or the reason why
+  // Writes a report that is neither an error nor a result: the losses of a file, or the reason why
   // there is nothing to show.
   void aside(const std::string& file, const Report& report);
   // Writes advice for people.
   void hint(const std::string& line);
-  // Writes a line that only --verbose asks for.
+  // Writes a line if --verbose is given.
   void note(const std::string& line);
-  // Says that a file is refused as a whole.
+  // Reports that the whole file is refused.
   void refuse(const std::string& file);
 
-  // Shows a line on a terminal while reading a file takes longer than a second.
+  // If reading a file takes longer than a second, shows a line on a terminal until it ends.
   void showProgress(const std::string& file);
-  // Returns a function that shows how much of the work on a part of a file is done. The function is
+  // Returns a function that shows the progress of the work on a part of a file. The function is
   // empty if there is no terminal.
   std::function<void(std::size_t done, std::size_t all)> progressOf(std::string_view doing,
                                                                     std::string_view place);
   void hideProgress();
 
-  // Writes the rest and returns the exit code of the program.
+  // Writes the remaining output and returns the exit code of the program.
   Exit finish(Exit exit);
  private:
   std::string painted(int stream, std::string_view text, Color color) const;

@@ -22,14 +22,14 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Two groups that are compared, or one group that the other file lacks.
+// Two groups to compare, or one group that only one file has.
 struct Pair {
   const InputGroup* a = nullptr;
   const InputGroup* b = nullptr;
 
-  // Findings are about the second file, unless only the first one has the group.
+  // Findings are about the second file if it has the group, and otherwise about the first file.
   std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
-  // Adds the file and the place of the group to the findings.
+  // Adds the file and the position of the group to the findings.
   void locate(const std::vector<Input>& inputs, Report* report) const {
     inputs[toldOf()].locate(*(b != nullptr ? b : a), report);
   }
@@ -55,8 +55,8 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// The differences of a pair. If a group has no partner, a finding says that the group is new or
-// gone.
+// The differences of a pair. If only one file has the group, a finding says that the group is new
+// or gone.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
   const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
@@ -75,7 +75,7 @@ void printAlone(char sign, const std::string& line, Console* console) {
   console->writeLine(sign + line, sign == '-' ? Color::kRemoved : Color::kAdded);
 }
 
-// Writes a line that both files have, with its differences marked.
+// Writes one line for an entry that differs between the files, with marks around the differences.
 void printChanged(const std::string& before, const std::string& after, Console* console) {
   std::string line(1, '~');
   for (const LinePart& part : compareLines(before, after)) {
@@ -112,7 +112,7 @@ void printHead(const Pair& pair, Console* console) {
   printChanged(lineOf(pair.a), lineOf(pair.b), console);
 }
 
-// Writes lines of text for the head and each entry that the findings are about.
+// Writes the head and each entry that has findings, as lines of text.
 void print(const Pair& pair, const std::string (&files)[2], const Report& report,
            Console* console) {
   if (report.empty()) return;
@@ -133,7 +133,7 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
-// The effects of the changes of all pairs on packets.
+// Explains for all pairs of groups how their changes affect packets.
 class Treatment {
  public:
   Treatment(const Options& options, const std::vector<Input>& inputs, Console* console)
@@ -142,7 +142,7 @@ class Treatment {
         inputs_(inputs),
         reports_{FileReport(options, inputs[0]), FileReport(options, inputs[1])} {}
 
-  // Reads --packets. Returns false if it cannot be read.
+  // Reads --packets. Returns false if the packet set cannot be read.
   bool readPackets() {
     if (!options_.packets) return true;
     Report faults;
@@ -166,7 +166,7 @@ class Treatment {
     if (packets_) others.findings = {aboutOthers(a, changesOthers(a, b, *packets_, options))};
     console_.hideProgress();
     selection.keep(&report);
-    // A finding is about the first file, unless only the second one has the entry.
+    // A finding is about the first file if it has the entry, and otherwise about the second file.
     Report parts[2];
     for (Finding& finding : report.findings) {
       ++counts_[finding.code];
@@ -192,7 +192,7 @@ class Treatment {
     console_.writeLine(summary(left_out));
   }
  private:
-  // A finding about the packets that are not in the set.
+  // A finding about the packets outside of the set.
   static Finding aboutOthers(const FiltersGroup& group, std::optional<bool> differ) {
     Finding finding =
         !differ   ? findingOf(Code::kNotDecided, "whether something else changes is not decided")
@@ -230,7 +230,7 @@ class Treatment {
   std::optional<PacketSet> packets_;
 };
 
-// The JSON document. It has one `input` object for each file.
+// The JSON document, which has one `input` object for each file.
 class Document {
  public:
   explicit Document(const std::vector<Input>& inputs) {
@@ -254,7 +254,7 @@ Report stepsOf(const Plan& plan, const FiltersGroup& to) {
   for (const Step& step : plan.steps) {
     Finding& finding = report.findings.emplace_back(findingOf(Code::kPlanStep, toText(step, to)));
     finding.group = to.getId();
-    // A line of a plan is the kind of the step, and what it is about.
+    // A line of a plan has the kind of the step first, and then the entry or value.
     const std::size_t end = finding.message.find(' ');
     finding.step = finding.message.substr(0, end);
     if (step.kind != Step::Kind::kRemove) finding.value = finding.message.substr(end + 1);

@@ -35,7 +35,8 @@ const Verdict& verdictOf(const Finding& finding) {
                        [&](const Verdict& one) { return one.code == finding.code; });
 }
 
-// The document that build servers read: a suite for each group, and a case for each promise.
+// The XML document for build servers, with a test suite for each group and a test case for each
+// promise.
 class TestReport {
  public:
   explicit TestReport(std::string policy) : policy_(std::move(policy)) {}
@@ -86,8 +87,8 @@ class Expectations {
   Expectations(const Options& options, const Policy& policy, Console* console)
       : options_(options), policy_(policy), console_(*console), tests_(options.policy) {}
 
-  // Checks the promises about the groups of a file. If the file lacks one of these groups, checks
-  // nothing and returns false.
+  // Checks the promises about the groups of a file. If the policy names a group that the file
+  // lacks, checks nothing and returns false.
   bool check(const Input& input) {
     std::map<filtersGroupId_t, std::size_t> counts;
     for (const InputGroup& group : input.groups) {
@@ -148,7 +149,8 @@ class Expectations {
     return isMissing;
   }
 
-  // Writes the line of a verdict. `group` is empty if only one group has the id.
+  // Writes the line of a verdict. `group` names the group, and is empty if only one group has this
+  // id.
   void show(const Finding& finding, const std::string& place, const std::string& group) {
     const Verdict& verdict = verdictOf(finding);
     const bool holds = finding.code == Code::kPolicyHolds;

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 #define FILTER_INSPECT_TOOLS_FILE_REPORT_H_
 
-// Collects what a command says about a file: the most severe findings about all of its groups.
+// Collects the findings of a command about all groups of a file, and keeps the most severe of them.
 
 #include <cstddef>
 #include <string>
@@ -18,14 +18,14 @@ class FileReport {
 
   // Adds a report about one of the input's groups.
   void add(const InputGroup& group, Report&& report);
-  // Adds a report about several groups. Its findings must already name their groups.
+  // Adds a report about several groups. The findings of this report must already name their groups.
   void add(Report&& report) { all_.append(std::move(report)); }
-  // Counts findings that a policy accepts, and that are not in the reports.
+  // Counts findings that a policy accepts. The reports do not have these findings.
   void addAccepted(std::size_t number) { accepted_ += number; }
-  // All findings, group by group. If some are left out, the most severe come first.
+  // All findings, group by group. If some are left out, the most severe findings come first.
   Report take();
-  // Writes the findings and a summary that ends in `tail`; with --json, only returns the input of a
-  // document.
+  // Writes the findings and a summary that ends in `tail`. With --json, only returns the `input`
+  // object of a document.
   ReportInput write(std::size_t entries, const std::string& tail, Console* console);
  private:
   const Options& options_;

@@ -58,7 +58,7 @@ Report reportOf(const Hits& hits, const Selection& selection) {
   return report;
 }
 
-// The entries with their hits, beside what they ask and do.
+// A table of the entries: their hits, matches and actions.
 std::string tableOf(const InputGroup& group, const Hits& hits, const Selection& selection,
                     std::size_t width) {
   Entries entries;

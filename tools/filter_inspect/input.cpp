@@ -17,7 +17,8 @@ using FiltersInspect::ByteRange;
 
 // --- Files ---------------------------------------------------------------------------------------
 
-// Reads up to `limit` bytes, and one more if there are more. Returns 0 or the system's error.
+// Reads up to `limit` bytes. If there are more, reads one more byte, so that the caller notices.
+// Returns 0 or the system's error.
 int readAll(const std::string& name, std::size_t limit, std::string* content) {
   constexpr std::size_t kAtOnce = 64 << 10;
   InputFile file(name);
@@ -33,8 +34,8 @@ int readAll(const std::string& name, std::size_t limit, std::string* content) {
   return file.error();
 }
 
-// True if there is no control character but tabs and line ends. The bytes of a group have others:
-// the numbers before its id, its priority and its stage.
+// True if there are no control characters except tabs and line ends. The bytes of a group have
+// other control characters: the tags of its id, its priority and its stage.
 bool isPrintable(std::string_view content) {
   return !content.empty() && std::none_of(content.begin(), content.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -43,8 +44,8 @@ bool isPrintable(std::string_view content) {
 }
 
 // A file holds bytes if it is not printable and does not begin like the text or the JSON of groups.
-// No group's bytes begin like these. If a file that does has a control character, the reader of its
-// form says where.
+// The bytes of a group never begin like text or JSON. If a file begins like text or JSON but has a
+// control character, the reader of that form reports its position.
 FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
@@ -73,8 +74,8 @@ FileForm formOf(std::string_view content, const std::string& forced) {
 
 // --- Frames --------------------------------------------------------------------------------------
 
-// Takes one length from the front: four bytes in network byte order, or groups of seven bits, the
-// least significant first.
+// Takes one length from the beginning of the bytes. It has four bytes in network byte order, or
+// groups of seven bits with the least significant group first.
 bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   *length = 0;
   const std::size_t most = isVarint ? 10 : 4;
@@ -93,8 +94,8 @@ bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   return false;
 }
 
-// Goes through frames while they are whole and `visit` returns true. Returns why the next one is
-// broken, or an empty text.
+// Visits frames until one is broken or `visit` returns false. Returns why a frame is broken, or an
+// empty text.
 template <class Visit>
 std::string walkFrames(std::string_view content, bool isVarint, const Visit& visit) {
   std::string_view rest = content;
@@ -121,7 +122,8 @@ bool addsUp(std::string_view content) {
 
 // --- Groups --------------------------------------------------------------------------------------
 
-// True if the bytes break off. The report may lack this finding if it left some out.
+// True if the bytes break off. If the report has left out findings, it may lack the finding about
+// this.
 bool breaks(const Report& report, std::string_view bytes) {
   const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
   if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;
@@ -143,8 +145,8 @@ class Reader {
   void readBytes() {
     input_.framing = options_.framing;
     if (options_.framing == "auto") input_.framing = addsUp(input_.content) ? "be32" : "none";
-    // The library reads an empty input as a group of zeros, so it is one group here, whatever the
-    // framing.
+    // The library reads an empty input as a group of zeros. So an empty input is one group here,
+    // with any framing.
     if (input_.framing == "none" || input_.content.empty()) {
       addBytes({0, input_.content.size()});
       return hintAtFrames();
@@ -165,7 +167,7 @@ class Reader {
   // Returns false if something cannot be read.
   bool readForm() {
     const bool isText = input_.form == FileForm::kText;
-    // Even if no findings are wanted, one finding is kept, to say what cannot be read.
+    // Keeps one finding even if --max-findings is 0, to say why the input cannot be read.
     const std::size_t most = std::max(options_.max_findings, std::size_t{1});
     if (wanted_.refused) {
       FiltersInspect::ParsedBytes parsed =
@@ -197,7 +199,7 @@ class Reader {
     return group;
   }
 
-  // Keeps a report about the last group.
+  // Adds a report about the last group.
   void keep(Report&& report) {
     input_.locate(input_.groups.back(), &report);
     report_.append(std::move(report));
@@ -228,7 +230,7 @@ class Reader {
     return false;
   }
 
-  // Returns true if there is nothing to tell.
+  // Returns true if there was nothing to report.
   bool tellRefusal(Report report) {
     if (report.empty()) return true;
     for (const Finding& finding : report.findings) {
@@ -240,8 +242,8 @@ class Reader {
     return false;
   }
 
-  // A file that was cut off while it was written looks like one group without a length. No group
-  // begins with a zero byte, but lengths do.
+  // If a file with lengths was cut off while it was written, it looks like one group without a
+  // length. The bytes of a group never begin with a zero byte, but a length does.
   void hintAtFrames() {
     std::string_view rest = input_.content;
     std::uint64_t length = 0;

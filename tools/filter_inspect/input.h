@@ -28,8 +28,8 @@ enum class FileForm { kBytes, kText, kJson };
 struct InputGroup {
   std::size_t number = 0;  // in the file, counted from 1
   std::string place;       // "g.bin: group 1"; for text and JSON where it begins, "g.txt:2:1"
-  // The group that a device would hold. Nothing if the device could not build it, or if a frame is
-  // broken.
+  // The group that a device would hold. Empty if the device could not build the group, or if its
+  // frame is broken.
   std::optional<FiltersGroup> group;
   std::vector<FiltersEntry> entries;         // all entries received, if refused ones are wanted
   FiltersInspect::ByteRange range;           // for bytes: their place in the content
@@ -47,25 +47,27 @@ struct Input {
   Report report;  // the findings of strict decoding, if there were bytes to decode
 
   bool isBroken() const;
-  // The bytes of a group: those that were read, or those that a group from text or JSON writes.
+  // The bytes of a group. For bytes, they are the bytes that were read. For text and JSON, they are
+  // the bytes that the group writes.
   std::string bytesOf(const InputGroup& group) const;
-  // Adds the group, and for text and JSON the position of the entry, to findings about a group.
+  // Adds the name of the group to a finding about it, and for text and JSON also the position of
+  // the entry.
   void locate(const InputGroup& group, Finding* finding) const;
   void locate(const InputGroup& group, Report* all) const;
 };
 
-// Reports what a device would lose of the input. Broken bytes are trouble.
+// Reports the losses that a device would have when it reads the input. Broken bytes are errors.
 void tellLosses(const Input& input, Console* console);
 
-// Reads a whole file, or reports why it cannot be read or is too large.
+// Reads a whole file. If it cannot be read or is too large, reports the reason.
 bool readFile(const std::string& file, const Options& options, std::string* content,
               Console* console);
 
-// The needs of a command that reads files.
+// The requirements of a command that reads files.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below this severity are left out
-  // Fills InputGroup::entries with all entries. Reads text and JSON as bytes, so that entries which
-  // their own group refuses are findings and no trouble.
+  // Fills InputGroup::entries with all entries. Reads text and JSON as bytes. So if a group refuses
+  // one of its entries, this is a finding and not an error.
   bool refused = false;
 };
 
@@ -74,17 +76,17 @@ struct Wanted {
 void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit);
 
-// All inputs, with the losses of those that hold bytes.
+// All inputs. Inputs of bytes have reports of their losses.
 std::vector<Input> readInputs(const Options& options, Console* console);
 
-// The same, and reports the losses of the inputs. This is for commands that need every byte, so it
-// returns nothing if there was trouble.
+// The same, but reports the losses of the inputs. For commands that need every byte: returns
+// nothing if there was an error.
 std::optional<std::vector<Input>> readWholeInputs(const Options& options, Console* console);
 
 // The groups of all inputs that could be built.
 std::vector<FiltersGroup> groupsOf(const std::vector<Input>& inputs);
 
-// The bytes of groups, each after its length as the framing says.
+// The bytes of groups, each after its length in the given framing.
 std::string framed(const std::vector<FiltersGroup>& groups, std::string_view framing);
 
 }  // namespace FilterInspectTool

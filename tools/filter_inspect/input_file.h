@@ -23,8 +23,8 @@ class InputFile {
     if (is_own_ && handle_ >= 0) ::close(handle_);
   }
 
-  // Reads up to `size` bytes, as many as are there now. Returns 0 at the end of the file and after
-  // an error.
+  // Reads the bytes that are available now, but at most `size`. Returns 0 at the end of the file
+  // and after an error.
   std::size_t read(char* bytes, std::size_t size) {
     while (error_ == 0) {
       const ssize_t count = ::read(handle_, bytes, size);

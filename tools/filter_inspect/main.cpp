@@ -1,5 +1,5 @@
-// filter-inspect looks into groups of filter rules away from the device. libfilter_inspect finds
-// the facts; this program reads files, asks, and prints. filter-inspect(1) describes it.
+// filter-inspect examines groups of filter rules without a device. This program reads files, calls
+// libfilter_inspect, and prints the answers. filter-inspect(1) describes the program.
 
 #include <csignal>
 #include <new>
@@ -11,8 +11,8 @@ int main(int argc, char** argv) {
   using namespace FilterInspectTool;
   // A closed pipe ends the program silently, even if its caller ignores the signal.
   std::signal(SIGPIPE, SIG_DFL);
-  // Without this signal, a write fails if the file may not grow any more. That is reported as exit
-  // 2.
+  // If this signal is ignored, a write to a file at its size limit fails instead of ending the
+  // program. The program then exits with 2.
   std::signal(SIGXFSZ, SIG_IGN);
   Options options;
   Console console(&options);

@@ -16,7 +16,7 @@
 namespace FilterInspectTool {
 namespace {
 
-// Holds back interrupts until it is destroyed.
+// Blocks interrupts until the object is destroyed.
 class Uninterrupted {
  public:
   Uninterrupted() {
@@ -32,8 +32,8 @@ class Uninterrupted {
   sigset_t before_;
 };
 
-// Writes a file completely or not at all. The text goes into a temporary file in the same folder,
-// which replaces the file at the end. A terminal, a pipe or the like is written directly.
+// Writes a file completely or not at all. The text goes into a temporary file in the same folder.
+// At the end, the temporary file replaces the old file. A terminal or a pipe is written directly.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& name) : name_(name) {

@@ -15,7 +15,7 @@ namespace FilterInspectTool {
 // Writes a file completely or not at all; the name "-" is standard output. Reports errors.
 void writeTo(const std::string& name, std::string_view content, Console* console);
 
-// Returns false and reports it if --compact is given and the form is not JSON.
+// Returns false and reports an error if --compact is given and the form is not JSON.
 bool isCompactForJson(const Options& options, std::string_view form, Console* console);
 // The groups as JSON, with or without blanks.
 std::string jsonOf(const std::vector<FiltersCommon::FiltersGroup>& groups, const Options& options);

@@ -11,14 +11,15 @@
 
 namespace FilterInspectTool {
 
-// A class with external linkage has members of these types, so these types cannot be in an unnamed
-// namespace.
+// These types cannot be in an unnamed namespace, because a class that other files use has members
+// of these types.
 namespace pictures {
 
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// If an entry has several findings, the one whose look is last in this list is drawn.
+// If an entry has several findings, the one that comes last in this list decides how the entry is
+// drawn.
 struct Look {
   Code code;
   const char* style;
@@ -101,7 +102,7 @@ void mark(const Report& report, std::vector<Row>* rows) {
 }
 
 // If there are many rows, keeps only the rows with a finding and the rows that such findings name.
-// Returns the number of rows that are left out after the last row kept.
+// Returns the number of dropped rows after the last row that is kept.
 std::size_t leaveOut(std::vector<Row>* rows) {
   if (rows->size() <= kMostRows) return 0;
   std::vector<Row> kept;
@@ -124,7 +125,7 @@ std::size_t widthOf(const Column& column) {
   return std::min(letters, kMostLetters) * kLetter + kGap;
 }
 
-// The columns of the entries, and what was found about them.
+// The columns of the entries, and the columns for the findings about them.
 std::vector<Column> tableOf(const std::vector<Row>& rows) {
   Entries entries;
   Column found{"found", Column::Holds::kTreatment, {}};
@@ -219,7 +220,8 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Hit
                            (possible == 0 ? "" : " and perhaps " + std::to_string(possible)));
   }
   std::vector<Column> columns = columnsOf(entries, 0);
-  // The bars stand beside the actions. They would be out of sight behind policers and counters.
+  // The bars stand beside the actions. Behind the wide columns of policers and counters they would
+  // be hard to see.
   const auto actions = std::find_if(columns.begin(), columns.end(),
                                     [](const Column& one) { return one.name == "then"; });
   columns.erase(actions + 1, columns.end());

@@ -4,7 +4,8 @@
 // Draws groups as tables. A table has a row for each entry, in the order of the entries, and a
 // column for each match code that some entry has. Entries with a finding are coloured. In a large
 // group, only the entries with a finding and the entries that such findings name are drawn. For
-// captured traffic, entries have their hits as bars, and a large group has only entries with hits.
+// captured traffic, bars show the hits of the entries, and a large group shows only entries with
+// hits.
 
 #include <filter_inspect/filter_analysis.h>
 #include <filter_inspect/filter_traffic.h>

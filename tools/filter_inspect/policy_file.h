@@ -10,15 +10,15 @@
 
 namespace FilterInspectTool {
 
-// Reads the policy that the options name. Reports why it cannot be read.
+// Reads the policy that the options name. If it cannot be read, reports the reason.
 std::optional<FiltersInspect::Policy> readPolicy(const Options& options, Console* console);
 
-// Returns the order of --order, or without it the order that the policy has for the groups of
-// --group. Reports a group that has another order in the policy.
+// Returns the order of --order. Without --order, returns the order that the policy has for the
+// groups of --group. Reports an error if the policy has another order for one of these groups.
 std::optional<FiltersInspect::Order> orderOf(const FiltersInspect::Policy& policy,
                                              const Options& options, Console* console);
 
-// True if --group asks for the group, or is not given.
+// True if --group names the group or is not given.
 bool isAskedFor(FiltersCommon::filtersGroupId_t group, const Options& options);
 
 }  // namespace FilterInspectTool

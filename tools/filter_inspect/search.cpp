@@ -17,7 +17,7 @@ constexpr char kPacketsPlace[] = "--packets";
 constexpr char kThenPlace[] = "--then";
 constexpr std::size_t kWidestTreatment = 30;  // longer ones do not indent the packets
 
-// Reports why an option cannot be read.
+// Reports why the value of an option cannot be read.
 void tellFaults(const char* option, Report&& faults, std::string_view text, Console* console) {
   for (const Finding& fault : std::exchange(faults.findings, {})) {
     console->trouble(option, fault, text);
@@ -25,13 +25,13 @@ void tellFaults(const char* option, Report&& faults, std::string_view text, Cons
   console->aside(option, faults);
 }
 
-// The answer for one group: the places where packets of a set go.
+// The answer for one group: the entries that take packets of a set.
 class Answer {
  public:
   Answer(const Options& options, const PacketSet& packets, const ActionTest* then, Console* console)
       : options_(options), packets_(packets), then_(then), console_(*console) {}
 
-  // Writes the answer, or keeps it with --json.
+  // Writes the answer. With --json, keeps the answer for the document.
   void write(const Input& input, const InputGroup& group) {
     const AnalysisOptions how = analysisOf(options_, group.place, &console_);
     how_ = how.order;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kMostNamed = 8;  // ids in a sentence
 
-// True if nothing was asked for, or this.
+// True if the option does not name any id, or names this id.
 bool isAmong(const std::vector<std::uint32_t>& asked, std::uint32_t id) {
   return asked.empty() || std::find(asked.begin(), asked.end(), id) != asked.end();
 }

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_TOOLS_SELECTION_H_
 #define FILTER_INSPECT_TOOLS_SELECTION_H_
 
-// The groups and entries that --group and --entry ask for.
+// The groups and entries that --group and --entry select.
 
 #include <filter_inspect/filter_report.h>
 
@@ -17,16 +17,16 @@ class Selection {
  public:
   explicit Selection(const Options& options) : options_(options) {}
 
-  // Takes the other groups out of the input, with the findings about them.
+  // Removes the groups that are not selected from the input, with the findings about them.
   void choose(Input* input);
-  // Reports the ids that no input has. Returns false if there is one.
+  // Reports the selected ids that no input has. Returns false if there are any.
   bool isThere(Console* console) const;
 
   bool has(std::uint32_t entry) const;
-  // Drops findings about other entries. What it drops is not counted as left out.
+  // Drops findings about entries that are not selected. These findings do not count as left out.
   void keep(Report* report) const;
  private:
-  // The ids that were asked for, and the ids that were found.
+  // The selected ids, and the ids that were found.
   struct Ids {
     std::set<std::uint32_t> there;
     bool tellMissing(const char* what, const std::vector<std::uint32_t>& asked,
@@ -37,8 +37,8 @@ class Selection {
   Ids groups_, entries_;
 };
 
-// Reads the file of a command that has one, keeps the groups that are asked for, and tells what was
-// lost. Returns nothing after trouble, which has been reported.
+// Reads the input of a command that takes only one file, keeps the selected groups, and reports
+// losses. If there is an error, reports it and returns nothing.
 std::optional<Input> readChosen(const Options& options, Selection* selection, Console* console);
 
 }  // namespace FilterInspectTool

@@ -18,7 +18,7 @@ std::string dumped(const FiltersGroup& group) {
   return dump.str();
 }
 
-// "ingress (as packets come in)", or a number without a name.
+// A text such as "ingress (as packets come in)". If the code has no name, the text is its number.
 template <class Code>
 std::string described(Code code) {
   const std::string_view name = FiltersInspect::nameOf(code);
@@ -29,7 +29,7 @@ std::string described(Code code) {
 
 std::string titleOf(const Input& input, const InputGroup& group) {
   const FiltersGroup& its = *group.group;
-  // The place of a group in bytes ends in its number, so that "group" would stand there twice.
+  // The position of a group in bytes is "group" and its number, so "group" would appear twice.
   const char* id = input.form == FileForm::kBytes ? ": id " : ": group ";
   return printable(group.place) + id + std::to_string(its.getId()) + ", priority " +
          std::to_string(its.getPriority()) + ", stage " + described(its.getStage()) + ", type " +
@@ -52,8 +52,8 @@ void showTables(const std::vector<Input>& inputs, const Options& options, Consol
   }
 }
 
-// With several files, each group comes after a comment that names its file. All groups make one
-// document.
+// All groups make one document. If there are several files, a comment before each group names its
+// file.
 void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   if (asText) console->write(FiltersInspect::toText(std::vector<FiltersGroup>()));
   for (const Input& input : inputs) {
@@ -65,8 +65,8 @@ void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   }
 }
 
-// Keeps the groups and entries that are asked for. Drops a group that thereby loses all its
-// entries. Returns false if an id is not there.
+// Keeps the selected groups and entries. Drops a group without selected entries. Returns false if
+// no input has a selected id.
 bool choose(const Options& options, std::vector<Input>* inputs, Console* console) {
   Selection selection(options);
   for (Input& input : *inputs) {

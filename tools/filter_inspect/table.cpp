@@ -29,7 +29,7 @@ bool isEmpty(const Column& column) {
                      [](const std::string& cell) { return cell.empty(); });
 }
 
-// Headings are short, so that many columns have room.
+// Headings are short, so that many columns fit.
 std::string headingOf(std::string_view field) {
   constexpr std::pair<std::string_view, std::string_view> kShort[] = {{"destination", "dst"},
                                                                       {"external", "ext"},
@@ -44,7 +44,8 @@ std::string headingOf(std::string_view field) {
   return name;
 }
 
-// Cuts a list to kMostOfList letters, "{10,20,30 +17}", unless it is cut already.
+// Cuts a list to kMostOfList letters, as in "{10,20,30 +17}". A list that is already cut is not cut
+// again.
 std::string cutList(const std::string& cell) {
   const std::size_t end = cell.find_last_of("}]");
   if (cell.size() <= kMostOfList || end == cell.npos || cell.find(" +") != cell.npos) return cell;
@@ -59,12 +60,13 @@ std::string cutList(const std::string& cell) {
   return cell.substr(0, at) + " +" + std::to_string(partsIn(at)) + cell.substr(end);
 }
 
-// Appends a word to a cell. If it is longer than `width` letters, its list is cut; 0 is any width.
+// Appends a word to a cell. If the word is longer than `width` letters, its list is cut. A `width`
+// of 0 means any width.
 void addCut(const std::string& word, std::size_t width, std::string* cell) {
   add(width != 0 && word.size() > width ? cutList(word) : word, cell);
 }
 
-// Joins words to a cell. Words beyond `width` letters are only counted: "1=packets +17".
+// Joins words into a cell. Words beyond `width` letters are only counted, as in "1=packets +17".
 std::string joined(const std::vector<std::string>& words, std::size_t width) {
   std::string cell;
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -82,7 +84,7 @@ constexpr char kInHeadings[] = "_", kInCells[] = " ,/-";  // a text may be broke
 std::vector<std::string_view> linesOf(std::string_view text, const char* breaks,
                                       std::size_t width) {
   std::vector<std::string_view> lines;
-  // A line may end in a blank or an underscore, which is then not shown.
+  // A blank or an underscore at the end of a line is not shown.
   const auto isShown = [&text](std::size_t i) { return text[i] != ' ' && text[i] != '_'; };
   const auto isDigit = [&text](std::size_t i) { return text[i] >= '0' && text[i] <= '9'; };
   const auto isBreak = [&](std::size_t i) {
@@ -110,15 +112,14 @@ std::size_t widestOf(const std::vector<std::string_view>& lines) {
   return width;
 }
 
-// A column as it is drawn. It also knows the next smaller width, to which its cells could be
-// broken.
+// A column as it is drawn, with the next smaller width to which its cells could be broken.
 struct Drawn {
   const Column* column;
   std::size_t width = 0, narrower = 0;  // `narrower` is 0 if there is none
   std::vector<std::size_t> heights;     // the number of lines of each cell
   std::vector<std::size_t> higher;      // the same if the column becomes narrower
 
-  // A column wider than the table, `most` letters, is broken at once. 0 is any width.
+  // `most` is the width of the table. A wider column is broken at once. 0 means any width.
   Drawn(const Column* its, std::size_t most) : column(its), heights(its->cells.size(), 1) {
     for (const std::string& cell : its->cells) width = std::max(width, cell.size());
     width = std::max(width, widestOf(linesOf(its->name, kInHeadings, std::max(width, kHeading))));
@@ -149,7 +150,7 @@ struct Drawn {
   }
 };
 
-// A way to draw the table: the columns in each row, and those on lines of their own below it.
+// A layout of the table: the columns in each row, and the columns on separate lines below the row.
 struct Layout {
   std::vector<Drawn> in_row, below;
 
@@ -159,7 +160,7 @@ struct Layout {
     return width - std::min(width, kBetween);
   }
 
-  // The number of lines of each row, without those below it.
+  // The number of lines of each row, without the separate lines below it.
   std::vector<std::size_t> heights() const {
     std::vector<std::size_t> heights = in_row[0].heights;
     for (const Drawn& one : in_row) {
@@ -180,8 +181,8 @@ struct Layout {
     return height;
   }
 
-  // Makes columns narrower until the table fits. Each time it chooses the column that adds the
-  // fewest lines for the letters that it saves. Returns false if the table cannot fit.
+  // Makes columns narrower until the table fits. Each time, chooses the column that adds the fewest
+  // lines for each letter saved. Returns false if the table cannot fit.
   bool fit(std::size_t most) {
     while (width() > most) {
       const std::vector<std::size_t> rows = heights();
@@ -206,8 +207,8 @@ struct Layout {
     return true;
   }
 
-  // Moves the widest column below the rows. Columns that say what is done are moved before those of
-  // fields. Returns false if only keys are left.
+  // Moves the widest column below the rows. Moves columns of actions, policers and counters before
+  // columns of fields. Returns false if only the columns of ids and priorities are left.
   bool moveDown() {
     const auto rank = [](const Drawn& one) { return std::pair(one.column->holds, one.width); };
     const auto out =
@@ -222,8 +223,8 @@ struct Layout {
   }
 };
 
-// The layout with the fewest lines. If several have so few, it is the one with the most columns in
-// the row.
+// The layout with the fewest lines. If several layouts have the same number of lines, returns the
+// one with the most columns in the row.
 Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
   Layout next;
   for (const Column& column : columns) next.in_row.emplace_back(&column, width);
@@ -241,7 +242,7 @@ Layout bestLayout(const std::vector<Column>& columns, std::size_t width) {
   return best ? *std::move(best) : next;
 }
 
-// Draws cells beside each other. Cells with fewer lines stand at the top or at the bottom.
+// Draws cells beside each other. Cells with fewer lines are aligned at the top or at the bottom.
 void drawCells(const std::vector<Drawn>& columns,
                const std::vector<std::vector<std::string_view>>& cells, bool atBottom,
                std::string* out) {

@@ -23,17 +23,18 @@ struct Column {
 
 using Entries = std::vector<const FiltersCommon::FiltersEntry*>;
 
-// The entries of a group in their order. Entries of equal rank are in the order of their ids.
+// The entries of a group in the given order. Entries of equal rank are in the order of their ids.
 Entries inOrder(const FiltersCommon::FiltersGroup& group, FiltersInspect::Order order);
 
 // The columns: id, priority, each packet field that some entry tests, actions, policers and
 // counters. Columns without any value are left out, but not id, priority and actions. Lists longer
-// than `width` letters are cut and end in the number of values that are left out; 0 is any width.
+// than `width` letters are cut, and end in the number of values that are left out. A `width` of 0
+// means any width.
 std::vector<Column> columnsOf(const Entries& entries, std::size_t width);
 
-// Draws a table of entries at most `width` letters wide; 0 is any width. If the table would be
-// wider, the widest columns move to lines of their own below each row, and long lists are cut. The
-// columns of `more` stand behind the priority.
+// Draws a table of entries that is at most `width` letters wide. A `width` of 0 means any width. If
+// the table would be wider, the widest columns move to lines of their own below each row, and long
+// lists are cut. The columns of `more` come behind the priority.
 std::string drawn(const Entries& entries, std::size_t width, const std::vector<Column>& more = {});
 
 // Breaks a text at blanks into lines of at most `width` letters. All lines but the first are

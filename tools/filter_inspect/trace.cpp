@@ -20,7 +20,7 @@ class Lines {
   Lines(const std::string& file, std::size_t longest) : file_(file), longest_(longest) {}
 
   // Returns false at the end, after an error, and for a line that is too long. Calls `wait` before
-  // it may have to wait.
+  // each read that may block.
   template <class Wait>
   bool next(std::string* line, const Wait& wait) {
     std::size_t end = held_.find('\n', begin_);
@@ -67,7 +67,7 @@ class Packets {
     }
   }
 
-  // `place` is the name of the packet's source; `line` counts from 1.
+  // `place` is the name of the packet's source. `line` is the number of its line, counted from 1.
   void trace(std::string_view text, const std::string& place, std::size_t line) {
     Report faults;
     const std::optional<Packet> packet = Packet::parse(text, &faults, room_);
@@ -100,7 +100,8 @@ class Packets {
   }
  private:
   struct Prepared {
-    // The trace of a packet; the list of its entries is empty if the outcome does not need it.
+    // The trace of a packet. If the packet is decided, nothing prints the list of its entries, and
+    // the list is empty.
     Trace outcomeOf(const Packet& packet) {
       const Decision decision = tracer.decide(packet);
       if (decision.outcome == Hit::kUndecided) return tracer.trace(packet);
@@ -120,7 +121,8 @@ class Packets {
   };
 
   bool isAlone() const { return !options_.packets; }
-  // Entries get lines only if they are few: for one packet, or if --entry names them.
+  // The lines about entries are printed only if they are few: for a single packet, or for entries
+  // that --entry names.
   bool hasLines() const { return isAlone() || !options_.entries.empty(); }
   bool hasLine(const Traced& one) const { return hasLines() && selection_.has(one.entry); }
 
@@ -160,8 +162,8 @@ class Packets {
     return whole;
   }
 
-  // Says what a candidate does with the packet. It says nothing if all candidates do the same,
-  // because the answer says that.
+  // Says what a candidate does with the packet. The text is empty if all candidates do the same,
+  // because the answer already has their common treatment.
   static std::string treatmentOf(const Trace& traced, const Traced& one) {
     const auto at = std::find(traced.candidates.begin(), traced.candidates.end(), one.entry);
     if (at == traced.candidates.end() || !traced.treatment.empty()) return {};
@@ -182,7 +184,7 @@ class Packets {
     return all;
   }
 
-  // Writes a document about a packet: one line for each packet of a file.
+  // Writes the JSON document about a packet. The document of a packet from a file is one line.
   void write(Report&& all, const std::string& place) {
     if (isAlone()) {
       return console_.write({{input_.file, input_.groups.size(), std::move(all)}},
@@ -215,13 +217,13 @@ class Packets {
   Console& console_;
   const Selection& selection_;
   std::vector<Prepared> prepared_;
-  // Even if no findings are wanted, one finding is kept, to say what cannot be read.
+  // Keeps one finding even if --max-findings is 0, to say why a packet cannot be read.
   std::size_t room_ = std::max(options_.max_findings, std::size_t{1});
   Report untold_;
   bool is_decided_ = true;
 };
 
-// Blank lines and lines that begin with '#' hold no packet.
+// Blank lines, and lines that begin with '#', have no packet.
 bool isPacket(std::string_view line) {
   const std::size_t first = line.find_first_not_of(" \t\r");
   return first != line.npos && line[first] != '#';
@@ -232,7 +234,7 @@ void traceLines(const Options& options, Packets* packets, Console* console) {
   Lines lines(file, options.max_bytes);
   std::string line;
   console->showProgress(file);
-  // A person who types packets sees each result at once.
+  // Each result is written at once, because the user may type packets one by one.
   const auto flush = [console] { console->flush(); };
   for (std::size_t number = 1; !console->isClosed() && lines.next(&line, flush); ++number) {
     if (isPacket(line)) packets->trace(line, file, number);

@@ -27,7 +27,7 @@ std::string fileOf(Function* function) {
   return std::string(name.substr(name.rfind('/') + 1));
 }
 
-// "libfilter_common 1.0.0": the files of these libraries end in their release.
+// Makes "libfilter_common 1.0.0" from the name of a library's file, which ends in the release.
 std::string releaseOf(std::string file) {
   constexpr std::string_view kSuffix = ".so.";
   const std::size_t at = file.find(kSuffix);

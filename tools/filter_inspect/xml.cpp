@@ -5,8 +5,8 @@
 namespace FilterInspectTool {
 namespace {
 
-// Takes the character of UTF-8 (RFC 3629) at the beginning. Returns 0, and takes one byte, if there
-// is none.
+// Takes one UTF-8 character (RFC 3629) from the beginning of the text. If there is no valid
+// character, takes one byte and returns 0.
 std::uint32_t takeCharacter(std::string_view* text) {
   const auto byte = [&](std::size_t at) { return static_cast<unsigned char>((*text)[at]); };
   const std::uint32_t first = byte(0);

@@ -6,8 +6,8 @@
 
 namespace FilterInspectTool {
 
-// A text as the content of an element or an attribute of XML, in ASCII. Bytes that are no character
-// of UTF-8 or that XML does not admit become question marks.
+// Returns the text in ASCII, as the content of an XML element or attribute. Bytes that are not a
+// UTF-8 character, and characters that XML does not admit, become question marks.
 std::string inXml(std::string_view text);
 
 }  // namespace FilterInspectTool

@@ -56,7 +56,7 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
     ASSERT_EQ(some.findings.size(), options.max_findings);
     ASSERT_EQ(some.findings.size() + some.left_out, all.findings.size());
     ASSERT_EQ(some.worst(), all.worst());
-    // The report keeps the most severe findings, in their order.
+    // A limited report keeps the most severe findings, in their order.
     const auto warnings = [](const Report& report) {
       return std::count_if(report.findings.begin(), report.findings.end(),
                            [](const Finding& one) { return one.severity == Severity::kWarning; });
@@ -66,7 +66,7 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
   }
 }
 
-// Each row has a group and its findings: the code, the entry, the others, and a part of the
+// Each row has a group and its findings: the code, the entry, the other entries, and a part of the
 // sentence.
 TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   const Order first = Order::kHighestPriority, none = Order::kUnspecified;
@@ -74,7 +74,7 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
     Order order;
     const char *head, *entries, *said;
   } rows[] = {
-      // Equal matches take the same packets, however the device reads the matches.
+      // Equal matches take the same packets, whichever reading the device uses.
       {first, "ingress type=9",
        "entry 10 priority=100 if external_vlan_id={100} tos=184 then set_pcp=5\n"
        "entry 20 priority=90 if external_vlan_id={100} tos=184 then set_pcp=1\n"
@@ -85,14 +85,14 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 10 priority=1 if external_vlan_id={1} vlan_tagging=tagged then permit\n"
        "entry 20 priority=1 if external_vlan_id={1} vlan_tagging=tagged then deny\n",
        "entries-tie 10: 20 permit/deny\n"},
-      // Every packet has this field, so the two values together take all packets.
+      // Every packet has this field, so two entries with the two values together take all packets.
       {first, "egress type=3",
        "entry 10 priority=3 if my_station_hit=true then permit\n"
        "entry 20 priority=2 if my_station_hit=false then permit\n"
        "entry 30 priority=1 then deny\n",
        "entry-unreachable 30: 10 20 deny/permit\n"},
-      // The blocker takes all packets of the entry, but another entry takes some of these packets
-      // before it.
+      // The blocker takes all packets of the entry, but a third entry takes some of these packets
+      // before the blocker.
       {first, "ingress type=3",
        "entry 10 priority=100 if src_ipv4=10.1.0.0/17 then permit\n"
        "entry 20 priority=90 if src_ipv4=10.0.0.0/8 then deny\n"
@@ -105,11 +105,11 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 20 priority=90 if src_ipv4=10.1.1.1 ip_protocol=6 then permit\n"
        "entry 30 priority=90 if dst_ipv4=10.2.2.2 ip_protocol=6 then deny\n",
        ""},
-      // The id is the second key.
+      // If two priorities are equal, the id decides.
       {Order::kHighestPriorityDescendingId, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then permit\nentry 20 priority=5 if ttl=1 then deny\n",
        "entry-unreachable 10: 20 permit/deny\n"},
-      // There is no order, and two entries take the same packets and treat them alike.
+      // The order is unknown, and two entries take the same packets and treat them alike.
       {none, "ingress type=3",
        "entry 10 priority=5 if ttl=1 then deny\nentry 20 priority=5 if ttl=1 then deny\n"
        "entry 30 priority=5 if ip_protocol=6 then permit\n",
@@ -203,8 +203,8 @@ TEST(AnalyseTest, SaysEachSentence) {
 }
 
 // Tests groups in which other entries take all packets of many entries. The report has one line for
-// all of these entries. It has no line if they are only taken by an entry that is meant for the
-// rest of the packets.
+// all of these entries. If only a last entry for all remaining packets takes their packets too, the
+// report has no line.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
@@ -235,7 +235,8 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   for (RandomCases i(2000); i.more(); ++i) {
     Maker<Random> maker(random);
     const Case a = maker.make(1 + random.below(4));
-    // The second group gets new rules, or the rules of the first group and sometimes one more.
+    // The second group gets new rules, or the rules of the first group. Sometimes it gets one more
+    // rule.
     Case b = random.below(3) == 0 ? maker.make(1 + random.below(4)) : a;
     if (random.below(2) == 0) maker.add(&b, static_cast<filtersEntryId_t>(b.rules.size()));
     for (Order order : kAllOrders) ASSERT_EQ(faultOfComparison(a, b, order), "") << i.done();

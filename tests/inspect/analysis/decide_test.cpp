@@ -14,7 +14,7 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 using benchmarks::RuleSet;
 
-// Gives some rules a match with several readings, which other rules may share.
+// Gives some rules a match with several readings. Several rules may get the same match.
 FiltersGroup withOpenMatches(const FiltersGroup& group, std::mt19937* engine) {
   FiltersGroup made = group;
   for (const auto& [id, entry] : group.getEntriesRef()) {
@@ -27,7 +27,8 @@ FiltersGroup withOpenMatches(const FiltersGroup& group, std::mt19937* engine) {
   return made;
 }
 
-// A packet near a rule. Some of its fields are not told, and some are absent.
+// A packet that has the values of a rule in most fields. Some of its fields are unknown, and some
+// are absent.
 std::string packetNear(const RuleSet::Tuple& rule, std::mt19937* engine) {
   constexpr const char* kNames[] = {"src_ipv4", "dst_ipv4", "src_l4_port", "dst_l4_port",
                                     "ip_protocol"};
@@ -52,7 +53,7 @@ std::string packetNear(const RuleSet::Tuple& rule, std::mt19937* engine) {
   return text + ((*engine)() % 4 != 0 ? "ingress_port=1" : "");
 }
 
-// The environment variable FILTERS_PACKETS asks for more packets.
+// The environment variable FILTERS_PACKETS sets the number of packets.
 TEST(DecideTest, IsTheOutcomeOfTheTrace) {
   const char* wanted = std::getenv("FILTERS_PACKETS");
   const int packets = wanted != nullptr ? std::atoi(wanted) : 9000;
@@ -77,7 +78,8 @@ TEST(DecideTest, IsTheOutcomeOfTheTrace) {
   }
 }
 
-// With so many long ranges, a row for each port would be too much. So ports share rows.
+// With so many long ranges, a table with a row for each port would be too large. So several ports
+// share a row.
 TEST(DecideTest, IsExactIfRowsAreShared) {
   constexpr unsigned kRules = 9000;
   FiltersGroup group(1);

@@ -19,7 +19,7 @@ using Outcome = Cut::Outcome;
 using Packet = std::vector<std::optional<std::uint64_t>>;
 using Asked = std::vector<Constraint>;
 
-// --- The plain side ------------------------------------------------------------------------------
+// --- Plain evaluation ----------------------------------------------------------------------------
 
 bool takes(const Asked& set, const Packet& packet) {
   std::vector<int> held(packet.size(), -1);  // -1: no set has a condition on it
@@ -89,8 +89,8 @@ struct Case {
   }
 
   bool in(SetId set, std::size_t packet) const { return members[set][packet]; }
-  // The index in `packets` of the packet at a point. A field without a condition can have any
-  // value.
+  // The index in `packets` of the packet at a point. Fields that the point does not set keep their
+  // value in the first packet.
   std::size_t find(const Point& point) const {
     Packet packet = packets.front();
     for (const auto& [field, value] : space.valuesOf(point)) packet[field] = value;
@@ -108,7 +108,7 @@ struct Case {
 
 class SpaceTest : public testing::Test {
  protected:
-  // Returns the number of cases.
+  // Returns the number of cases that were checked.
   int forEachCase(int count, const std::function<void(const Case&)>& check) {
     RandomCases i(count);
     for (; i.more() && !HasFailure(); ++i) {
@@ -153,7 +153,7 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
 }
 
 // Checks the results of a cut, with levels and stops, for every packet. A packet of the set goes to
-// the first candidate that has it. If no candidate has it, the packet is left.
+// the first candidate whose set has the packet. If there is no such candidate, the packet is left.
 TEST_F(SpaceTest, CutsWhatIsThere) {
   int seen[4] = {};
   const auto check = [&](const Case& c) {
@@ -162,8 +162,8 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
       const auto level = static_cast<std::uint32_t>(random() % 3);
       candidates.push_back({set, level, level > 0 && random() % 4 == 0, 0});
     }
-    // The lowest level of the candidates with the packet. `*stops` becomes true if a candidate of
-    // this level stops the cut.
+    // The lowest level of the candidates whose sets have the packet. `*stops` becomes true if a
+    // candidate of this level stops the cut.
     const auto first = [&](std::size_t p, bool* stops) {
       std::uint32_t level = 3;
       *stops = false;
@@ -204,7 +204,8 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
   EXPECT_EQ(seen[3], 0);
 }
 
-// A cut calls its watcher for each candidate that takes packets, and for each part that is left.
+// A cut calls its watcher for each candidate that takes packets, and for each part that no
+// candidate takes.
 TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   struct Heard : Cut::Watcher {
     explicit Heard(const Case& itsCase) : c(itsCase) {}
@@ -245,8 +246,8 @@ TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   });
 }
 
-// The sets are clauses of three literals, as masks of three bits. The packets that are left satisfy
-// all clauses.
+// The sets are the clauses of a problem of propositional logic: each clause of three literals is a
+// mask of three bits. The packets that are left satisfy all clauses.
 TEST_F(SpaceTest, SolvesClausesWithinItsSteps) {
   constexpr unsigned kVariables = 30;
   int outcomes[4] = {};
@@ -295,8 +296,8 @@ TEST_F(SpaceTest, GivesUpWhenItsStepsAreUsed) {
   EXPECT_EQ(cut.run({all}, &list, false), Outcome::kNothingLeft);
 }
 
-// A step is the same amount of work for sets with few and with many ranges. Comparing a set of few
-// ranges with a set of many ranges is fast.
+// A step is the same amount of work for sets with few ranges and for sets with many. Comparing a
+// set of few ranges with a set of many ranges must be fast.
 TEST_F(SpaceTest, TakesMoreStepsForMoreRanges) {
   constexpr std::uint64_t kRanges = 4096;
   Space space({{16, false}});

@@ -1,10 +1,10 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_H_
 
-// Makes tiny groups, with so few packets that a test can try every packet. Each match is written a
-// second time by hand, as a list of readings. A reading is a function that says for each value of
-// the field if the match takes it. Random choices come from any object with below(limit), so that
-// tests and the fuzzing harness share this code.
+// Makes tiny groups, with so few packets that a test can try every packet. For each match, the
+// tests also have a plain form, written by hand: a list of readings. A reading is a function that
+// says for each value of the field whether the match takes it. Random choices come from any object
+// with a function below(limit), so that tests and the fuzzing harness share this code.
 
 #include <filter_common/filter_groups.h>
 #include <filter_inspect/filter_analysis.h>
@@ -31,8 +31,8 @@ using PlainPacket = std::vector<std::optional<Value>>;  // a value for each fiel
 using Reading = std::function<bool(Value)>;
 
 // The condition of a match on one field, in each reading. The device reads equal matches in the
-// same way. A match with several readings has a `key`. Different matches of this kind on one field
-// have different keys. `match` is then the number of the match.
+// same way. A match with several readings has a `key`. Two such matches on one field have the same
+// key only if they are equal. `match` is then the number of the match.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
@@ -62,7 +62,7 @@ struct Field {
 };
 
 // Returns the reason why no frame can have these fields, or an empty text. For example, no frame
-// has "ip_protocol=6 tos=none". A field that is not in the text can have any value.
+// has "ip_protocol=6 tos=none". A field that the text does not name can have any value.
 inline std::string faultOfFrame(const std::string& text) {
   std::map<std::string, std::string> told;
   std::istringstream in(text);
@@ -117,7 +117,7 @@ Address addressOf(unsigned lowest, unsigned char rest = 0) {
 }
 
 // A kind of match: its fields, and a function that puts such a match into an entry. `at` is the
-// number of the first of these fields.
+// number of the first of its fields.
 template <class Random>
 struct Kind {
   std::vector<Field> fields;
@@ -199,7 +199,7 @@ Kind<Random> flagKind(const char* name, bool inEvery) {
           }};
 }
 
-// The match kinds of one group type.
+// The kinds of match that a group type admits.
 template <class Random>
 struct Theme {
   filtersGroupType_t type;
@@ -313,11 +313,11 @@ const std::vector<Theme<Random>>& themes() {
   return themes;
 }
 
-// --- The plain side ------------------------------------------------------------------------------
+// --- Plain evaluation ----------------------------------------------------------------------------
 
-// Says if a rule takes one packet. Each bit stands for a match with several readings. The rule
-// takes the packet if every match whose bit is set takes it. kNo means that the rule takes it in no
-// reading.
+// Says whether a rule takes one packet. Each bit stands for a match with several readings. The rule
+// takes the packet if every match whose bit is set takes it. kNo means that the rule takes the
+// packet in no reading.
 using Takes = std::uint32_t;
 constexpr Takes kYes = 0, kNo = ~Takes{0};
 
@@ -333,7 +333,7 @@ inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
   return result;
 }
 
-// Says for each rule if it takes the same packet.
+// Says for each rule whether it takes the packet.
 using Row = std::vector<Takes>;
 inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
   Row row;
@@ -351,7 +351,7 @@ inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   return name.find("descending") != name.npos ? rank + 100 - rule.id : rank;
 }
 
-// A group and the same rules written by hand.
+// A group, and its rules in the plain form that this header evaluates.
 struct Case {
   FiltersGroup group{1};
   std::vector<Field> fields;
@@ -373,8 +373,8 @@ struct Case {
     }
     return packets;
   }
-  // The rows of all packets, and the rows of the packets that can be built. Many packets have equal
-  // rows.
+  // The rows of all packets, and the rows of the packets that a sender can build. Many packets have
+  // equal rows.
   struct Rows {
     std::set<Row> all, built;
   };
@@ -403,8 +403,8 @@ struct Case {
   }
 };
 
-// Makes cases with matches of one or two kinds of a theme. Two cases of one maker can be compared,
-// because both have the same kinds of match.
+// Makes cases with matches of one or two kinds from a theme. Two cases of one maker can be
+// compared, because they have the same kinds of match.
 template <class Random>
 struct Maker {
   explicit Maker(Random& itsRandom) : random(itsRandom) {

@@ -69,8 +69,8 @@ struct Facts {
           reached[rule->id] = true;
           for (const PlainRule* other : first) ties[rule->id][other->id] = true;
           for (const PlainRule* other : takers) firsts[other->id][rule->id] = true;
-          // A device may break a tie in any way: this rule may be the first, and any of the other
-          // rules the second.
+          // If rules tie, a device may take them in any order: this rule may be the first, and any
+          // of the other rules the second.
           const Takers then = firstOf(takers, rank, rule);
           if (treatmentsOf(then) != treatmentsOf({rule})) missed[rule->id] = true;
         }
@@ -93,8 +93,8 @@ inline std::string lineOf(Code code, filtersEntryId_t entry,
   return line + '\n';
 }
 
-// The findings that the analysis must report. Findings about unreachable and redundant rules do not
-// name other rules here.
+// The findings that the analysis must report. In this list, findings about unreachable and
+// redundant rules do not name other rules.
 inline std::vector<std::string> expectedOf(const Case& c, const Facts& facts,
                                            const AnalysisOptions& options) {
   const bool ordered = options.order != Order::kUnspecified;
@@ -135,8 +135,8 @@ inline Hit hitOf(const Trace& trace, filtersEntryId_t id) {
   return Hit::kMiss;
 }
 
-// The example packet must show what the finding says. If a real packet can show it, the example
-// must be a real packet.
+// The example packet must prove the finding. If a real packet can prove it, the example must be a
+// real packet.
 inline std::string faultOfWitness(const Case& c, const Facts& built, const Finding& finding,
                                   Order order) {
   const auto packet = Packet::parse(finding.witness, nullptr);
@@ -167,8 +167,8 @@ inline std::string faultOfWitness(const Case& c, const Facts& built, const Findi
   return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
-// The blockers together must cover the entry. If any one blocker is left out, the others must not
-// cover the entry.
+// The blockers together must cover the entry. If one blocker is left out, the other blockers must
+// not cover the entry.
 inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   std::vector<bool> needed(finding.others.size());
   for (const PlainPacket& packet : c.everyPacket()) {
@@ -185,8 +185,8 @@ inline std::string faultOfBlockers(const Case& c, const Finding& finding) {
   return std::count(needed.begin(), needed.end(), false) == 0 ? "" : "a blocker is spare";
 }
 
-// Checks the sentence about an entry without effect. It must compare the entry's treatment with the
-// treatment by the entries that take its packets first.
+// Checks the sentence about an entry without effect. The sentence must compare the entry's
+// treatment with the treatment by the entries that take its packets first.
 inline std::string faultOfSentence(const Case& c, const Facts& facts, const Finding& finding) {
   const std::size_t i = *finding.entry;
   std::vector<std::uint32_t> differing;
@@ -244,7 +244,7 @@ inline std::string faultOfAnalysis(const Case& c, const Case::Rows& rows,
   return text + "and not:\n" + all.str();
 }
 
-// Tries every order of the rules, because findings without an order must be true in each of them.
+// Tries every order of the rules, because findings without an order must be true in every order.
 inline std::string faultOfAnyOrder(const Case& c) {
   std::vector<std::uint64_t> ranks;
   for (std::size_t i = 0; i < c.rules.size(); ++i) ranks.push_back(i);
@@ -271,7 +271,7 @@ inline std::string faultOfAnyOrder(const Case& c) {
   return {};
 }
 
-// A decision must be the outcome of the trace, also when it is made for the second time.
+// A decision must be the outcome of the trace, also when the same packet is decided again.
 inline bool agrees(const Tracer& tracer, const Packet& packet, const Trace& traced) {
   const auto isSame = [&](const Decision& decision) {
     return decision.outcome == traced.outcome && decision.entry == traced.entry &&
@@ -281,7 +281,7 @@ inline bool agrees(const Tracer& tracer, const Packet& packet, const Trace& trac
   return isSame(tracer.decide(packet)) && isSame(tracer.decide(packet));
 }
 
-// A trace must be decided exactly if every packet with the given fields has the same result.
+// A trace must be decided if and only if every packet with the given fields has the same result.
 inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
                                 const std::vector<bool>& told, Order order) {
   std::string text;
@@ -331,7 +331,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
 
 // --- Two groups ----------------------------------------------------------------------------------
 
-// True if no treatment of the packet is possible in both groups.
+// True if the groups have no possible treatment of the packet in common.
 inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Order order) {
   std::uint32_t may[2] = {};
   for (const Case* c : {&a, &b}) {
@@ -345,8 +345,8 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
 }
 
 // If rules are ordered by id and each has one reading, exactly one rule of each group comes first
-// for a packet. The report must name a pair of rules exactly if some packet has them as its first
-// rules and they treat it differently.
+// for a packet. The report must name a pair of rules if and only if they are the first rules for
+// some packet and treat it differently.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);

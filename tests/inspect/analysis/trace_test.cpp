@@ -82,8 +82,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 72),
             "undecided: 50 or 1000 takes it; nothing says which of 50 or 1000 comes f");
-  // An entry is no candidate if earlier entries surely take all its packets. The device reads equal
-  // matches in the same way.
+  // If earlier entries surely take all packets of an entry, the entry is no candidate. The device
+  // reads equal matches in the same way.
   const ParsedGroups halves = groupsFromText(
       "filter-groups 1\ngroup 1 priority=1 stage=ingress type=4\n"
       "entry 10 priority=30 if src_ipv4=10.0.0.0/9 tos=8 then permit\n"
@@ -116,7 +116,7 @@ TEST(TraceTest, NamesAtMostThoseThatMayBe) {
   EXPECT_EQ(line.substr(line.size() - 49), "2998 or 2999 does; some of them may be impossible");
 }
 
-// A packet writes the same text from which it was read.
+// A packet that was read from a text writes the same text.
 TEST(PacketTest, ReadsBackWhatItWrites) {
   const char* const packets[] = {
       "",
@@ -188,7 +188,7 @@ TEST(PacketTest, SaysWhatItCannotRead) {
   EXPECT_EQ(report.worst(), Severity::kError);
 }
 
-// The examples in the document are the real output.
+// The examples in docs/analysis.md must be the real output.
 TEST(AnalysisDocumentTest, ShowsWhatIsSaid) {
   std::ifstream in(FILTERS_GOLDEN_DIR "/../../docs/analysis.md");
   std::vector<std::string> blocks;

@@ -82,8 +82,9 @@ static void admit(void) {
   EXPECT(filtersAdmittedActions(256, NULL, 0) == 0 && filtersAdmittedTypes(256, NULL, 0) == 0);
 }
 
-// Tests a function that fills a buffer with text. For every size it writes as much of the text as
-// fits before a zero, and no byte beyond the buffer. A null object gives the empty text.
+// Tests a function that fills a buffer with text. For every size, the function writes as much of
+// the text as fits, then a zero, and no byte beyond the buffer. For a null object the text is
+// empty.
 #define FILLS(Fill, Object)                                                                 \
   static void fills##Fill(const Object* object, const char* first) {                        \
     char whole[5000], out[5000];                                                            \
@@ -133,7 +134,7 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
   FIRST(filtersDecodeEntry(NULL, size, &read), "null");
   EXPECT(read == NULL);
 
-  // Zero bytes are valid input too.
+  // No bytes at all are valid input too.
   FiltersReport* report = filtersDecodeEntry(NULL, 0, &read);
   EXPECT(read != NULL && filtersReportCount(report) > 0);
   deleteFiltersReport(report);
@@ -189,8 +190,8 @@ static FiltersGroup* copyOf(const FiltersGroup* group) {
   return copy;
 }
 
-// Numbers that are no enumerator. Some of them would become an enumerator if they were cut to eight
-// bits.
+// Numbers that belong to no enumerator. If some of them were cut to eight bits, they would belong
+// to one.
 static const int32_t noOrders[] = {-1, 2, 9, 77, 256, 257, INT32_MIN, INT32_MAX};
 static const int32_t noKinds[] = {-1, 5, 77, 255, 256, 257, INT32_MIN, INT32_MAX};
 
@@ -352,7 +353,7 @@ static void analyse(void) {
   deleteFiltersGroup(group);
 }
 
-// Entry 10 takes all packets of the set. It depends on a reading what the entries behind it take.
+// Entry 10 takes all packets of the set. The reading decides what the entries behind entry 10 take.
 static void ask(void) {
   const char text[] =
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"
@@ -401,7 +402,8 @@ static void ask(void) {
   EXPECT(filtersPacketSetToText(NULL, NULL, set, sizeof set) == 0 && *set == 0);
 }
 
-// Tests the name of a value, and the value of a name. Unknown values and names give nothing.
+// Tests the name of a value, and the value of a name. For an unknown value or name, the result is
+// empty.
 #define NAMED(Family, Enum, value, name)                                \
   do {                                                                  \
     Enum code = 70;                                                     \
@@ -434,7 +436,7 @@ static bool isCount(filtersFrameCount_t count, uint64_t frames, uint64_t first, 
   return count.frames == frames && count.first == first && count.first_time == time;
 }
 
-// Counts a frame with an IPv4 header that announces UDP. Its ports are not captured.
+// Counts a frame with an IPv4 header of UDP. The ports of the frame are not captured.
 static void countHits(void) {
   static const unsigned char frame[20] = {0x45, 0, 0, 28, 0, 0, 0, 0, 9, 17};
   const char text[] =

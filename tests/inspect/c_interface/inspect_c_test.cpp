@@ -58,7 +58,7 @@ FiltersEntry refusedEntry() {
   return entry;
 }
 
-// A call that returns true if it did its work, and frees what it made.
+// A call that returns true if it did its work. It frees what it made.
 using Call = std::function<bool()>;
 
 bool holds(FiltersReport* report) {

@@ -77,8 +77,7 @@ void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_js
   for (const auto& key : form.at("required")) EXPECT_EQ(json.count(key), 1u) << key;
 }
 
-// The JSON of any report can be parsed, and has the layout in which the JSON parser's library
-// writes.
+// The JSON of any report can be parsed. Its layout is the same as that of nlohmann-json.
 TEST(Report, IsWrittenAsJson) {
   Report report;
   for (int i = 0; i < 7 * 4; ++i) {
@@ -166,8 +165,8 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
-// The subject and the result of a finding decide to which enumeration its numbers belong. For
-// findings about tables only the subject decides.
+// The subject and the result of a finding decide to which enumeration its numbers belong. If the
+// finding is about a table, only the subject decides.
 TEST(Report, NamesTheCodesInIt) {
   catalogue::Sentences said;
   for (int i = 0; i < 7 * 10; ++i) {

@@ -1,5 +1,5 @@
-// Tests diff(). Its report must be empty exactly if operator== is true, and must name every planted
-// change.
+// Tests diff(). The report must be empty if and only if operator== is true, and must name every
+// planted change.
 
 #include <filter_inspect/filter_diff.h>
 
@@ -29,8 +29,8 @@ FiltersGroup received(FiltersEntry entry) {
   return groupOf(kNoStage, 0);
 }
 
-// The report must be empty exactly if the groups are equal. If the groups are exchanged, the report
-// must stay the same with `before` and `after` exchanged.
+// The report must be empty if and only if the groups are equal. If the two groups are exchanged,
+// only `before` and `after` are exchanged in the report.
 void expectTrue(const FiltersGroup& a, const FiltersGroup& b) {
   const Report there = diff(a, b), back = diff(b, a);
   ASSERT_EQ(there.empty(), a == b) << there << a << b;

@@ -28,7 +28,8 @@ class Random {
   std::mt19937 engine_{1};
 };
 
-// A version of an entry: the parts that decide its admission, and a number to distinguish versions.
+// A version of an entry: the parts that decide whether a group admits it, and a number to
+// distinguish versions.
 struct Version {
   CodeSet matches, actions;
   unsigned policer = 2, priority = 0;
@@ -57,8 +58,8 @@ struct Model {
   std::map<unsigned, Version> entries;
 };
 
-// Makes a group from any model. Like a group that was read from bytes, it can hold entries that its
-// stage and type would refuse.
+// Makes a group from any model. The group may hold entries that its stage and type would refuse,
+// like a group that was read from bytes.
 FiltersGroup made(const Model& model) {
   FiltersGroup group(1);
   const auto setHead = [&](Head head) {
@@ -83,7 +84,7 @@ FiltersGroup made(const Model& model) {
   return group;
 }
 
-// Finds the smallest number of steps by trying every step, or nothing if there is no plan.
+// Finds the smallest number of steps by trying every step. Returns nothing if there is no plan.
 class Oracle {
  public:
   Oracle(const Model& from, const Model& to) : to_(to.head) {
@@ -179,7 +180,7 @@ Head randomHead(Random& random, bool valid = true) {
   }
 }
 
-// A version with few parts, so that other stages and types admit it too.
+// A version with few parts, so that several stages and types admit it.
 Version randomVersion(Random& random, Head head) {
   const auto some = [&](const CodeSet& codes) {
     CodeSet chosen;
@@ -194,8 +195,8 @@ Version randomVersion(Random& random, Head head) {
   return version;
 }
 
-// Two groups with common entries, some of them changed. If `wild` is true, the heads and entries
-// may be ones that a group can get only by reading bytes.
+// Two groups with common entries, some of them changed. If `wild` is true, they may have heads and
+// entries that a group can get only by reading bytes.
 std::pair<Model, Model> randomPair(Random& random, unsigned ids, bool wild) {
   std::pair<Model, Model> pair{{randomHead(random, !wild), {}}, {randomHead(random, !wild), {}}};
   auto& [from, to] = pair;
@@ -297,8 +298,8 @@ TEST(Plan, GoesByWayOfOthers) {
 
 // Between two setters, and in a plan without setters, all insertions must come before all removals.
 // If the plan removes an entry before a setter, that setter must refuse the entry. If the plan
-// inserts an entry after a setter, either the group before the setter or the setter must refuse the
-// entry.
+// inserts an entry after a setter, the entry could not be inserted earlier: the group must refuse
+// it before the setter, or the setter must refuse it.
 void expectAddedFirst(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from),
       before(from.getId());  // the state before the last setter, without entries

@@ -1,4 +1,5 @@
-// Tests strict decoding. It must report planted losses, and must keep its promises for any bytes.
+// Tests strict decoding. Decoding must report planted losses, and must keep its promises for any
+// bytes.
 
 #include "../../golden.h"
 #include "../sentences.h"
@@ -39,7 +40,7 @@ std::string textOf(const Report& report, std::size_t start) {
   return text.str();
 }
 
-// --- Planted in an entry, behind its id, priority and policer ------------------------------------
+// --- Planted losses in an entry, behind its id, priority and policer -----------------------------
 
 const char* const kEntryStart = "0807 1000 1a @policer-none";
 
@@ -113,7 +114,8 @@ const Planted kInEntries[] = {
     {"TrailingZeroAndCounter", "32 ( 0801 1000 ) 00",
      "trailing-zero 6+1 \n"
      "counter-unusual 0+6 counters_[0]\n"},
-    // No finding is about the field in which the bytes end, or about the missing fields after it.
+    // The field in which the bytes end has no finding, and neither have the missing fields after
+    // it.
     {"CutOff", "22 04 081a b0", "bytes-broken 4+1 matches_[0]\n"},
     {"CutOffInAMatchType", "22 02 08a3", "bytes-broken 2+2 matches_[0]\n"},
     {"CutOffInAnActionType", "2a 02 08ff", "bytes-broken 2+2 actions_[0]\n"},
@@ -138,7 +140,7 @@ TEST_P(InEntry, IsFound) {
 INSTANTIATE_TEST_SUITE_P(Planted, InEntry, testing::ValuesIn(kInEntries),
                          [](const auto& planted) { return planted.param.name; });
 
-// --- Planted in a group --------------------------------------------------------------------------
+// --- Planted losses in a group -------------------------------------------------------------------
 
 const Planted kInGroups[] = {
     {"Nothing", "0807 1000 1800 2000", ""},
@@ -201,10 +203,10 @@ TEST_P(InGroup, IsFound) {
 INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
                          [](const auto& planted) { return planted.param.name; });
 
-// --- What the documents say ----------------------------------------------------------------------
+// --- Examples of the documents -------------------------------------------------------------------
 
-// A line without the position in the bytes, because the bytes of policers differ from platform to
-// platform.
+// A line of the report without the position in the bytes, because the bytes of policers differ from
+// platform to platform.
 std::string withoutBytes(const std::string& line) {
   return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
 }
@@ -272,7 +274,7 @@ TEST(Decode, TellsWhatItsFindingsAreAbout) {
     return report.findings.at(0);
   };
   EXPECT_EQ(only(bytesOf("32 ( 0801 1001 ) 32 ( 0802 1001 )")).others, std::vector{1u});
-  // A finding shows the first 256 of many bytes.
+  // A finding about many bytes shows only the first 256.
   for (const std::size_t size : {256u, 257u}) {
     const std::string mac =
         bytesOf("0804 2a") + withLength(std::string(size, 1)) + bytesOf("3a06ffffffffffff");
@@ -343,7 +345,7 @@ TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   }
 }
 
-// If the bytes have a field of the head twice, the later one counts.
+// If the bytes have a field of the head twice, the second value counts.
 TEST(Decode, AsAnotherStageOrType) {
   const std::string bytes = golden("group.hex");
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
@@ -373,7 +375,7 @@ TEST(Decode, AsAnotherStageOrType) {
                   .report.findings.size() == 2);  // id and priority are missing
 }
 
-// The list of received entries also has the refused and the replaced entries.
+// The list of received entries also has the entries that were refused or replaced.
 TEST(Decode, KeepsTheEntriesThatCame) {
   const std::string bytes = golden("group.hex");
   FiltersGroupPB message;

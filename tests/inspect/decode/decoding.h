@@ -2,7 +2,7 @@
 #define FILTER_COMMON_TESTS_INSPECT_DECODING_H_
 
 // Checks that strict decoding keeps its promises for any bytes. Tests and fuzz/ use these checks.
-// Each returns the fault as text, or an empty text.
+// Each check returns the fault as text, or an empty text.
 
 #include <filter_inspect/filter_decode.h>
 
@@ -67,8 +67,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// With a lower limit the report must keep the most severe of the same findings. If several are
-// equally severe, it must keep the first ones.
+// With a lower limit, the report must keep the most severe of the same findings. If several
+// findings are equally severe, it must keep the first of them.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;

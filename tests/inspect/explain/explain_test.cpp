@@ -1,5 +1,5 @@
-// Compares the result codes of explanations with those of the library. Everything else is compared
-// with the tables of rules.h, which are written by hand.
+// Compares the result codes of explanations with those of the library. All other parts of an
+// explanation are compared with the tables of rules.h, which are written by hand.
 
 #include <filter_inspect/filter_explain.h>
 
@@ -51,7 +51,7 @@ Parts randomParts(std::mt19937& random) {
   return parts;
 }
 
-// The parts of an entry that a type refuses, and those that a stage refuses.
+// The parts of an entry that a type refuses, and the parts that a stage refuses.
 Said byType(const Parts& parts, unsigned type) {
   if (type >= kMatchesOfType.size()) return {{Code::kTypeUnknown, type}};
   Said said;
@@ -81,7 +81,7 @@ Said byHead(unsigned stage, unsigned type) {
   return {{Code::kTypeNotAdmitted, type}};
 }
 
-// Appends findings, but the finding about an unknown stage or type only once.
+// Appends findings. It appends the finding about an unknown stage or type only once.
 Said operator+(Said said, const Said& more) {
   for (const auto& one : more) {
     const bool unknown = one.first == Code::kStageUnknown || one.first == Code::kTypeUnknown;
@@ -216,7 +216,7 @@ TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
   }
 }
 
-// The match's own code decides, not its key in the map.
+// The code of the match decides, and not the key under which the map has the match.
 TEST(ExplainMatches, GoesByTheMatchesOwnCodes) {
   FiltersEntry::Matches matches;
   matches[filtersMatch_t(1000)] =

@@ -216,7 +216,7 @@ void convert(const Action& action, ActionPB* message) { action.convertToActionPB
 void convert(const MatchPB& message, Match* match) { match->convertFromMatchPB(&message); }
 void convert(const ActionPB& message, Action* action) { action->convertFromActionPB(&message); }
 
-// Tells whether the class keeps the number that a message brings.
+// Says whether the class keeps this number when it reads it from a message.
 template <class T, class Message>
 bool keeps(const FormRow& row, std::uint64_t number) {
   Message came, kept;
@@ -228,8 +228,8 @@ bool keeps(const FormRow& row, std::uint64_t number) {
   return numberIn(kept, row.fields[0]) == number;
 }
 
-// The width of a number is written twice, in its row and in the class that holds it. Checks that
-// both say the same.
+// The width of a number is written twice: in its row, and in the class that holds the number.
+// Checks that both widths are equal.
 template <class T, class Code>
 bool hasTrueWidth(Code code) {
   using Message = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
@@ -281,7 +281,8 @@ const char* packetsWith(Layer layer) {
   return "";
 }
 
-// The fields of packets, each with the matches that test it. The first match describes the field.
+// The fields of packets, each with the matches that test it. The first match of a field gives its
+// description.
 void printFields() {
   std::vector<std::string> names;
   std::map<std::string, std::pair<const PacketField*, std::string>> fields;

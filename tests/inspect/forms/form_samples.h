@@ -23,7 +23,8 @@ struct FormOfGroups {
 inline const FormOfGroups kText = {FiltersInspect::toText, FiltersInspect::groupsFromText};
 inline const FormOfGroups kJson = {FiltersInspect::toJson, FiltersInspect::groupsFromJson};
 
-// True if the first number after the position of each group and entry is its id.
+// True if the first number after each position is the id of the group or entry that has this
+// position.
 inline bool placesAreRight(std::string_view text, const ParsedGroups& parsed) {
   std::vector<std::size_t> lines = {0};
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -92,8 +93,9 @@ inline FiltersGroup numberedGroup(unsigned id, int stage, int type) {
   return FiltersGroup(message.SerializePartialAsString());
 }
 
-// The first group has a rule of the control plane, and a last rule that denies everything. The
-// other groups have everything that they admitted when the files in golden/ were written.
+// The first group has a rule for the control plane, and a last rule that denies everything. The
+// other groups have all matches and actions that they admitted when the files in golden/ were
+// written.
 inline Groups goldenGroups() {
   Groups groups{numberedGroup(1, FILTERS_GROUP_STAGE_INGRESS, FILTERS_GROUP_TYPE_3)};
   FiltersEntry bgp(10), rest(1000);
@@ -127,8 +129,8 @@ inline Groups goldenGroups() {
   return groups;
 }
 
-// Fills the fields of a message with any values, and a repeated field with at most `most`. The
-// caller fills the messages inside it.
+// Fills the fields of a message with random values, and a repeated field with at most `most`
+// values. The caller fills the messages inside the message.
 inline void fill(google::protobuf::Message* message, std::mt19937& random, unsigned most) {
   using Field = google::protobuf::FieldDescriptor;
   const auto* reflection = message->GetReflection();
@@ -164,7 +166,7 @@ inline std::uint32_t anyOf(const CodeSet& codes, std::mt19937& random) {
   return *std::next(codes.begin(), static_cast<std::ptrdiff_t>(random() % codes.size()));
 }
 
-// A policer with any mode and any actions; some have numbers that mean nothing.
+// A policer with any mode and any actions. Some modes and actions have numbers without a meaning.
 inline policer::Policer randomPolicer(policer::Stage stage, std::mt19937& random) {
   using policer::Mode;
   const auto number = [&random] { return static_cast<std::uint32_t>(random()) >> random() % 32; };
@@ -207,7 +209,7 @@ inline void fillEntry(FiltersEntryPB* entry, int stage, int type, std::mt19937& 
   }
 }
 
-// A group read from a random message. So it can hold any value that a message can bring, even those
+// A group read from a random message. So it can hold any value that a message can have, even values
 // that setters refuse.
 inline FiltersGroup randomGroup(std::mt19937& random) {
   const int stage = static_cast<int>(random() % kTypesOfStage.size());

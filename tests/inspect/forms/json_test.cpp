@@ -12,7 +12,7 @@ using FiltersInspect::groupsFromJson;
 using FiltersInspect::JsonLayout;
 using FiltersInspect::toJson;
 
-// Another test checks the file that this one leaves against the schema.
+// This test writes a file, which another test checks against the schema.
 TEST(Json, ReadsWhatItWrote) {
   std::mt19937 random(2);
   Groups all;
@@ -145,7 +145,7 @@ TEST(Json, RefusesMatches) {
   said.expectGolden("sentences_json_matches.txt");
 }
 
-// The place is that of the first character that cannot belong to JSON.
+// The position is that of the first character that cannot belong to JSON.
 TEST(Json, FindsTheFaultInAToken) {
   EXPECT_EQ(findingsOf(groupsFromJson("\xef\xbb{}")), "1:3 text-syntax");
   const std::pair<const char*, const char*> refused[] = {

@@ -14,7 +14,7 @@ using namespace catalogue;
 using namespace FiltersInspect;
 
 // The groups have every code that some group admits, values that no setter accepts, and policers
-// whose values do not say everything.
+// that cannot be made again from their values.
 TEST(Text, ReadsWhatItWrote) {
   std::mt19937 random(1);
   CodeSet matches, actions;
@@ -98,7 +98,7 @@ template <class T>
 class TextOfEachClass : public testing::Test {};
 TYPED_TEST_SUITE(TextOfEachClass, EveryClass);
 
-// Tests each sample as the only part of an entry, without the comment behind it.
+// Tests each sample as the only part of an entry. Ignores the comment at the end of the line.
 TYPED_TEST(TextOfEachClass, IsThatOfItsRow) {
   std::istringstream words(rowOf<TypeParam>().text);
   std::string name, value;
@@ -134,7 +134,8 @@ TEST(Text, SaysWhatPolicersDo) {
     entry.setPolicer({5, policer::Stage{7}, mode, actions});
     EXPECT_EQ(toText(entry), "entry 7 priority=0 police {id=5 stage=7 " + std::string(said) + '}');
   }
-  // These values do not show the number of the action, because this action writes none.
+  // The values of this policer lack the number of its action, because an action that drops writes
+  // no number.
   FiltersEntry entry(7);
   entry.setPolicerParent(
       {5, policer::Stage::Egress, Mode::Flow(1, 2), {Action(ActionType::Drop, Color::Red, 9)}});
@@ -184,7 +185,7 @@ TEST(Text, ReadsWhatPeopleWrite) {
     EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
     EXPECT_EQ(toText(parsed.groups), kHead + group + usual + '\n');
   }
-  // The ways in which editors write the same lines.
+  // The same lines as different editors write them.
   const std::string lines = "group 1 priority=2 stage=none type=4\nentry 1 priority=0\n";
   for (const char* text :
        {"\xef\xbb\xbf"
@@ -304,7 +305,8 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police {id=5 stage=none none red=dscp:256}", "3:53 text-value"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
-      // A fault does not hide other faults, unless the group's stage or type cannot be read.
+      // All faults are reported. Only if the group's stage or type cannot be read, its entries are
+      // not checked.
       {"entry 1 priority=0 if vrf_id=1\nentry 1 priority=0 if tos=256\nrule 4\n"
        "entry 4 priority=0 if vrf_id=1 nothing\nentry 5 priority=0 if vrf_id=1",
        "4:27 text-value 5:1 text-syntax 6:32 text-syntax "
@@ -353,7 +355,7 @@ TEST(Text, RefusesAllElse) {
   }
 }
 
-// No group is known, so what groups admit does not count.
+// An entry that is read alone has no group, so no group can refuse it.
 TEST(Text, OfAnEntryIsItsLine) {
   const ParsedEntry parsed = entryFromText("entry 7 priority=1 if vrf_id=1 tpid=1 then deny");
   ASSERT_TRUE(parsed.entry);
@@ -398,7 +400,7 @@ TEST(Text, GivesTheBytesThatAGroupRefuses) {
   EXPECT_EQ(refused.report.findings.size(), 1u);
 }
 
-// Any number of notes is no fault.
+// A text with many notes is still read.
 TEST(Text, TakesWhatIsUnusual) {
   std::string text = kHead + "group 1 priority=0 stage=none type=none\n";
   for (int id = 1100; id > 0; --id) {

@@ -1,4 +1,4 @@
-// Tests what is said about changed rules. For tiny groups it tries every packet.
+// Tests the findings about changed rules. For tiny groups it tries every packet.
 
 #include <filter_inspect/filter_diff.h>
 #include <filter_inspect/filter_text.h>
@@ -16,7 +16,7 @@ struct Random {
   std::mt19937 engine{1};
 };
 
-// Most of the rules of `a`; some are gone, others are new or changed.
+// The rules of `a`, but some are removed or changed, and new rules are added.
 Case changed(const Case& a, Maker<Random>* maker, Random* random) {
   Case b;
   b.fields = a.fields;
@@ -133,7 +133,7 @@ TEST(ChangesTest, SayWhatEveryPacketOfTinyGroupsSays) {
         differencesOf(a, b, all, order, [&](const PlainPacket& packet) { return !isIn(packet); });
     ASSERT_TRUE(others != true || out.surely) << text.str();
     ASSERT_TRUE(others != false || !out.some) << text.str();
-    // Without readings and ties, everything is decided, unless a mask with holes stands beside
+    // Everything is decided if there are no readings, no ties, and no masks with holes beside
     // ranges.
     const bool may_be_open = isOpen(a) || isOpen(b) || set.text.find("/0x") != std::string::npos ||
                              nameOf(order).find("-id") == std::string_view::npos;
@@ -171,7 +171,8 @@ TEST(ChangesTest, OneSentenceForEachChangedRule) {
        "dropped\n"
        "entry 30: other matches: it takes packets that no entry took; packets like this one are "
        "now dropped"},
-      // Both rules of a pair have changed. The first is the cause only if it no longer matches.
+      // Both rules of a pair have changed. The first rule is the cause only if it no longer
+      // matches.
       {"entry 10 priority=90",
        "entry 15 priority=99 if ip_protocol=6 then deny\nentry 10 priority=85",
        "entry 15: new: it takes packets of entries 10, 20 and 50; packets like this one are now "
@@ -208,7 +209,7 @@ TEST(ChangesTest, OneSentenceForEachChangedRule) {
 }
 
 TEST(ChangesTest, RulesThatHaveNotChangedShareWhatIsOpen) {
-  // Nobody knows which of 10 and 11 comes first, so packets of both are open.
+  // Entries 10 and 11 tie, so packets that both match are not decided.
   constexpr char kBefore[] =
       "filter-groups 1\n"
       "group 1 priority=10 stage=ingress type=3\n"

@@ -54,7 +54,7 @@ TEST(PacketSetTest, HasOneTextForEachSet) {
       {"external_vlan_id={7}", "external_vlan_id=7"},
       {"external_vlan_id=0-65535", "external_vlan_id=0-65535"},
       {"ttl={1/0xf1,255,254}", "ttl={1,3,5,7,9,11,13,15,254-255}"},
-      // Seventeen ranges and more are written under a mask if they have one.
+      // If 17 or more ranges have a common mask, they are written with this mask.
       {"ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120}",
        "ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120}"},
       {"ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120,128,136,144,152,160,168,176,184,"
@@ -75,7 +75,7 @@ TEST(PacketSetTest, HasOneTextForEachSet) {
       {"vlan_tagging=none", "vlan_tagging=none"},
       {"vlan_tagging=tagged", "vlan_tagging=tagged"},
       {"drop={true,false}", "drop=false-true"},
-      // Each DSCP is the ToS byte whose two low bits are 0.
+      // Each DSCP is read as the ToS byte whose two low bits are 0.
       {"dscp=ef", "tos=184"},
       {"dscp=46-47", "tos={184,188}"},
       {"dscp={cs1,af11/0x3f}", "tos={32,40}"},
@@ -116,7 +116,7 @@ TEST(PacketSetTest, ReadsEveryPacket) {
 }
 
 TEST(PacketSetTest, SaysWhatItCannotRead) {
-  // The column and the word of the fault.
+  // The column of the fault, and the wrong word.
   const struct {
     const char* text;
     Code code;

@@ -34,7 +34,7 @@ TEST(PolicyTest, AgreesWithEveryPacketOfTinyGroups) {
   }
 }
 
-// With few steps a verdict may be missing, but none is wrong.
+// With few steps, some promises may be not decided, but no verdict may be wrong.
 TEST(PolicyTest, IsNotDecidedWithoutSteps) {
   Random random;
   for (RandomCases i(200); i.more(); ++i) {
@@ -60,7 +60,7 @@ Policy policyOf(const std::string& lines) {
   return policy.value_or(Policy());
 }
 
-// The code of the verdict, and its message without the packet.
+// The code of the verdict, and its message with P in place of the packet.
 std::string verdict(const FiltersGroup& group, const std::string& promise,
                     const char* order = "highest-priority") {
   const Policy policy = policyOf(std::string("group 1 order=") + order + '\n' + promise);
@@ -121,10 +121,10 @@ TEST(PolicyTest, SaysWhoBreaksAPromise) {
        "policy-holds: no packet breaks the promise"},
       {"never taken if external_vlan_id=7 tos=1 src_ipv4=none", "",
        "policy-fails: entry 40 permits P, unless entry 50 denies it; each breaks the promise"},
-      // If entry 60 takes a packet, entry 20 takes it first, however the device reads tos=8.
+      // If entry 60 takes a packet, entry 20 takes it first, in every reading of tos=8.
       {"always permit if external_vlan_id=9 tos=9 src_ipv4=none", "",
        "policy-fails: entry 20 denies P, unless entry 70 denies it; each breaks the promise"},
-      // The packets with VLAN id 7 are open, but not those with 9.
+      // The packets with VLAN id 7 are not decided, but the packets with VLAN id 9 are.
       {"always permit if external_vlan_id={7,9} tos=9 src_ipv4=none", "",
        "policy-fails: entry 20 denies P, unless entry 70 denies it; each breaks the promise"},
       {"always taken if external_vlan_id=7", "unspecified",
@@ -187,7 +187,7 @@ TEST(PolicyTest, AcceptsFindings) {
     said << *finding.entry << ' ' << nameOf(finding.code) << '\n';
   }
   EXPECT_EQ(said.str(), "30 entry-unreachable\n30 accept-stale\n20 accept-stale\n");
-  // Some of the findings that were left out may be accepted ones.
+  // The limit leaves out findings, some of which the policy may accept.
   options.max_findings = 1;
   Report cut = analyse(group, options);
   EXPECT_EQ(acceptFindings(policy, 1, &cut), 1U);
@@ -284,7 +284,7 @@ TEST(PolicyTest, NamesEveryFault) {
       {group + "accept entries-tie entry 1 2", "3:28 text-syntax 2"},
       {group + "accept entries-tie entry 1\naccept entries-tie entry 0x1",
        "4:26 text-repeated 0x1"},
-      // Bytes that no line may have.
+      // Control characters, which no line may have.
       {group + std::string("never per\0mit", 13), "3:10 text-syntax "},
       {group + std::string("never permit if ttl=1\0", 22), "3:22 text-syntax "},
       {group + "never permit if ttl=1\rttl=2", "3:22 text-syntax \r"},

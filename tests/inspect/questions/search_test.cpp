@@ -116,7 +116,8 @@ TEST(SearchTest, ListsWhatIsLeft) {
   EXPECT_FALSE(remains(group, 60, PacketSet(), order));
 }
 
-// What surely remains is one set, and what may remain is too much for a list.
+// The packets that surely remain are one set. The packets that may remain would need too long a
+// list.
 TEST(SearchTest, ListsNothingIfOneListIsTooLong) {
   const FiltersGroup group = groupOf(
       "entry 1 priority=2 if dst_l4_port=1/0x0 then permit\n"
@@ -129,7 +130,7 @@ TEST(SearchTest, ListsNothingIfOneListIsTooLong) {
             "packets-left 3 (deny): packets are left for it\n");
 }
 
-// Entries 1 and 2 together take all packets of entry 3. It takes steps to find that out.
+// Entries 1 and 2 together take all packets of entry 3. The search needs many steps to prove this.
 TEST(SearchTest, SaysWhenStepsDoNotSuffice) {
   const FiltersGroup group = groupOf(
       "entry 1 priority=3 if src_ipv4=10.0.0.0/9 then permit\n"

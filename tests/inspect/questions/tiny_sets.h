@@ -1,8 +1,9 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_SETS_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_SETS_H_
 
-// Makes random packet sets over the fields of tiny groups, in every written form. Each is written a
-// second time by hand, as a function that says for each value of a field if the set has it.
+// Makes random packet sets over the fields of tiny groups, in every written form. Each set is
+// written a second time by hand, as a function that says for each value of a field whether the set
+// has it.
 
 #include <arpa/inet.h>
 #include <filter_inspect/filter_questions.h>
@@ -14,10 +15,12 @@
 
 namespace tiny {
 
-// An IPv6 address whose upper half is 1 has this bit. Other upper halves are 0.
+// In a plain value, this bit means an IPv6 address whose upper half is 1. Without it, the upper
+// half is 0.
 constexpr Value kUpper = Value{1} << 40;
 
-// A field with more values than the rules tell apart, so that sets can divide it in other places.
+// A field with more values than the rules distinguish, so that sets can divide the field between
+// other values than rules do.
 struct WideField {
   explicit WideField(const Field& its) : field(its) {
     const auto starts = [&](const char* name) { return field.name.rfind(name, 0) == 0; };
@@ -41,7 +44,7 @@ struct WideField {
       for (Value v = 0; v < 12; ++v) values.push_back(kUpper | v);
     }
     ends = values.size();
-    // Larger values, one for each choice of the low bits that a mask can ask for.
+    // Larger values, one for each combination of the low bits that a mask can test.
     const Value more = most > 6 ? 16 : 2;
     for (Value v = most; v < most + more; ++v) values.push_back(v);
     for (Value v = 12; bits == 128 && v < 12 + more; ++v) values.push_back(kUpper | v);
@@ -77,7 +80,7 @@ struct WideField {
            : isAddress() ? "255.255.255.255"
                          : std::to_string(bits < 32 ? (Value{1} << bits) - 1 : ~0U);
   }
-  // A number of up to 128 bits as bytes, the highest first.
+  // A number of up to 128 bits as bytes, with the highest byte first.
   using Bytes = std::array<unsigned char, 16>;
   Bytes bytesOf(Value v) const {
     Bytes bytes = {};
@@ -94,7 +97,7 @@ struct WideField {
     inet_pton(bits == 32 ? AF_INET : AF_INET6, text.c_str(), &bytes[16 - bits / 8]);
     return bytes;
   }
-  // True if a set that names the field with this word has the value.
+  // True if the set with this word for the field has the value.
   bool isIn(std::string word, Value v) const {
     const Bytes value = bytesOf(v);
     if (word[0] == '{') word = word.substr(1, word.size() - 2);
@@ -124,7 +127,7 @@ struct WideField {
     }
     return false;
   }
-  // The value in a packet's text.
+  // Reads the value from the text of a packet.
   std::optional<Value> read(const std::string& text) const {
     if (text == "true" || text == "tagged" || text == "untagged") return text == "untagged" ? 0 : 1;
     if (text == "false" || text == "cpu") return text == "cpu" ? Value{FILTERS_PORT_TYPE_CPU} : 0;
@@ -143,8 +146,8 @@ struct WideField {
     Value halves[2] = {};
     for (unsigned i = 0; i < bits / 8; ++i) halves[i / 8] = halves[i / 8] << 8 | bytes[i];
     if (bits != 128) return halves[0];
-    // A half that is larger than all values to try is read as another such number that has a place.
-    // Its four low bits stay.
+    // The text may have a half that is larger than all values to try. It is then replaced by a
+    // large value to try with the same four low bits.
     return std::min<Value>(halves[0], 2) * kUpper +
            std::min(halves[1], kUpper - 16 + halves[1] % 16);
   }
@@ -155,7 +158,7 @@ struct WideField {
   std::size_t ends;  // this many values, from the first, can stand in sets
 };
 
-// What a set asks of one field.
+// The condition of a set on one field.
 struct PlainFieldSet {
   bool named = false, lacks = false;
   Reading has;
@@ -215,7 +218,8 @@ struct PlainSet {
     return words;
   }
 
-  // True if the set has the packet with this text, which tells every field that the set names.
+  // True if the set has the packet with this text. The text must have every field that the set
+  // names.
   bool has(const std::string& packet) const {
     const auto told = wordsOf(packet);
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -306,9 +310,9 @@ class SetMaker {
   std::vector<WideField> fields_;
 };
 
-// --- What the plain side says of a set -----------------------------------------------------------
+// --- Plain answers about a set -------------------------------------------------------------------
 
-// For each rule, and last for the case that no rule takes a packet.
+// Each list has an element for each rule, and a last element for packets that no rule takes.
 struct PlainAnswer {
   enum class Is : std::uint8_t { kNever, kMaybe, kSurely };
   std::vector<Is> goes, real_goes;  // to the rule; the same for packets that can be built
@@ -316,8 +320,8 @@ struct PlainAnswer {
   std::vector<bool> meets_all;
 };
 
-// The same set with fewer values to try. If several values are the same to the rules, to the set
-// and to `others`, only one of them stays.
+// Returns the same set with fewer values to try. If the rules, the set and `others` do not
+// distinguish several values, only one of these values stays.
 inline PlainSet withFewValues(const Case& c, PlainSet set,
                               const std::vector<std::string>& others = {}) {
   for (std::size_t i = 0; i < set.fields.size(); ++i) {
@@ -386,7 +390,7 @@ inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   return answer;
 }
 
-// Compares destinations with the plain side. `at` is where a destination stands there.
+// Compares destinations with the plain answer. `at` is the index of a destination there.
 template <class Check>
 std::string faultOfFound(const Case& c, const PlainSet& set, const Destinations& said,
                          const std::vector<PlainAnswer::Is>& wanted,
@@ -414,7 +418,7 @@ std::string faultOfFound(const Case& c, const PlainSet& set, const Destinations&
   return {};
 }
 
-// Each packet of the set must be in a list exactly if the rule takes it.
+// Each packet of the set must be in a list if and only if the rule takes the packet.
 inline std::string faultOfRemains(const Case& c, const PlainSet& plain, const PacketSet& set,
                                   const PlainRule& rule, const Destinations& found, Order order) {
   const auto remaining = remains(c.group, rule.id, set, order);

@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_FRAME_CHECKS_H_
 #define FILTER_COMMON_TESTS_INSPECT_FRAME_CHECKS_H_
 
-// Checks what must hold for every frame, however broken it is. The tests and the fuzzing harness
+// Checks what must be true for every frame, even a broken one. The tests and the fuzzing harness
 // share this code.
 
 #include <filter_inspect/filter_traffic.h>
@@ -30,7 +30,7 @@ struct Told {
   FrameFault fault = FrameFault::kNone;
 };
 
-// Copies the captured bytes, so that a sanitizer sees each read behind them.
+// Copies the captured bytes, so that a sanitizer reports each read beyond their end.
 inline Told told(const std::string& frame, std::size_t captured, std::size_t length, Link link) {
   const std::vector<char> bytes(frame.begin(),
                                 frame.begin() + static_cast<std::ptrdiff_t>(captured));
@@ -39,8 +39,8 @@ inline Told told(const std::string& frame, std::size_t captured, std::size_t len
   return it;
 }
 
-// What the first bytes of a frame tell stays the same with more of its bytes. A whole frame is not
-// cut. Returns the fault as text, or an empty text.
+// If more bytes of a frame are captured, the fields that were known before must not change. A frame
+// that was captured whole must not be called cut. Returns the fault as text, or an empty text.
 inline std::string faultOfPrefixes(const std::string& frame, std::size_t length, Link link) {
   Words before;
   Told now;
@@ -53,7 +53,7 @@ inline std::string faultOfPrefixes(const std::string& frame, std::size_t length,
   }
   const bool isWhole = frame.size() >= length;
   if (isWhole && now.fault == FrameFault::kCut) return "a whole frame is cut";
-  // Without a fault every field of the IP row is told.
+  // If there is no fault, the packet must have both ports, or say that they are absent.
   const auto isPort = [](const std::string& word) { return word.find("_l4_port=") != word.npos; };
   const auto ports = std::count_if(before.begin(), before.end(), isPort);
   if (now.fault == FrameFault::kNone && ports != 2) return "ports are not told for no reason";

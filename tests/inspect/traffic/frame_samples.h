@@ -1,7 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_FRAME_SAMPLES_H_
 #define FILTER_COMMON_TESTS_INSPECT_FRAME_SAMPLES_H_
 
-// Frames written by hand, with what they tell. The tests and the seeds of fuzzing share them.
+// Frames written by hand, and the packet that each frame shows. The tests and the seeds of fuzzing
+// share them.
 
 #include <filter_inspect/filter_traffic.h>
 
@@ -35,7 +36,7 @@ inline std::string hex(unsigned value, int digits) {
   std::snprintf(text, sizeof text, "%0*x ", digits, value);
   return text;
 }
-// A header with the ToS 184 and the TTL 64, before a payload of this length.
+// An IP header with the ToS 184 and the TTL 64, for a payload of this length.
 inline std::string ipv4(unsigned protocol, unsigned payload, unsigned fragment = 0,
                         const std::string& options = "") {
   const auto size = static_cast<unsigned>(bytesOf(options).size());

@@ -1,6 +1,6 @@
-// Writes what frames tell, one line for each frame: the fault, a tab and the packet. Reads frames
-// from standard input: the link in one byte, the captured length and the length on the wire in four
-// bytes each, the most significant byte first, and the captured bytes.
+// Reads frames, and writes one line for each frame: the fault, a tab and the packet. The frames
+// come from standard input: the link in one byte, the captured length and the length on the wire in
+// four bytes each, the most significant byte first, and the captured bytes.
 
 #include <filter_inspect/filter_traffic.h>
 

@@ -1,4 +1,4 @@
-// Tests what frames tell of their packets, by frames written by hand.
+// Tests which fields of a packet a frame shows, with frames written by hand.
 
 #include <filter_inspect/filter_traffic.h>
 #include <gtest/gtest.h>
@@ -28,7 +28,8 @@ TEST(FramesTest, TellsWhatStandsInThem) {
   }
 }
 
-// Deliberate: a capture that claims more bytes than the frame had is read as far as the frame goes.
+// Deliberate: if a capture claims more bytes than the frame had, only the bytes of the frame are
+// read.
 TEST(FramesTest, ReadsNoMoreThanTheFrame) {
   const std::string frame = bytesOf(ipv4(17, 8) + kUdp);
   FrameFault fault = FrameFault::kNone;

@@ -30,11 +30,11 @@ if scapy is None or shutil.which("tshark") is None:
     print("skipped: python3-scapy and tshark must be installed: scripts/setup ci")
     sys.exit(SKIPPED)
 
-# The links: their names in scapy's frames, and the numbers in files of captures.
+# The link types: their names in scapy, and their numbers in capture files.
 ETHERNET, RAW, COOKED, COOKED2, LOOPBACK = range(5)
 FILE_LINKS = {ETHERNET: 1, RAW: 101, COOKED: 113, COOKED2: 276, LOOPBACK: 0}
 PORTS = {6: "tcp", 17: "udp", 33: "dccp", 132: "sctp", 136: "udp"}
-# The field of tshark that says what follows each extension header.
+# For each extension header, the field of tshark that has the number of the next header.
 NEXT = {0: "ipv6.hopopts.nxt", 43: "ipv6.routing.nxt", 44: "ipv6.fraghdr.nxt", 51: "ah.next_header",
         60: "ipv6.dstopts.nxt", 135: "mip6.proto", 139: "hip.proto", 140: "shim6.nxt"}
 FIELDS = ["frame.protocols", "eth.dst", "eth.src", "eth.type", "sll.etype", "vlan.id", "vlan.priority",
@@ -102,7 +102,8 @@ def ipv6():
     headers = []
     for _ in range(rng.choice([0, 0, 1, 1, 2, 3, 5])):
         kind = rng.choice([0, 43, 44, 51, 60, 60, 135, 139, 140])
-        # Each header is its number and its bytes behind the number of the next one.
+        # Each extension header has its number, and its bytes without the first byte, which is the
+        # number of the next header.
         if kind == 44:
             offset = rng.choice([0, 0, 0, 1, 100])
             headers.append((44, struct.pack(">BHI", 0, offset << 3 | number(1), number(32))))
@@ -160,11 +161,11 @@ def frame():
         if rng.random() < 0.3:
             made = scapy.LLC(dsap=0x42, ssap=0x42, ctrl=3) / scapy.STP()
         return link, bytes(scapy.Dot3(dst=mac(), src=mac()) / made) + bytes(rng.choice([0, 18]))
-    # Padding behind the packet is no header.
+    # Padding behind the packet is not read as a header.
     return link, bytes(scapy.Ether(dst=mac(), src=mac(), type=types[0]) / made) + bytes(rng.choice([0, 0, 22]))
 
 
-# --- What tshark tells -----------------------------------------------------------------------------
+# --- The answers of tshark -------------------------------------------------------------------------
 
 
 def dissect(link, frames, folder):
@@ -252,7 +253,7 @@ def complain(*what):
 with tempfile.TemporaryDirectory() as folder:
     for its_link, all_whole in frames.items():
         cuts = [(len(whole), whole) for whole in all_whole]
-        # A third of the frames is compared once more, cut at a random place.
+        # A third of the frames is compared again, cut at a random position.
         cuts += [(rng.randrange(len(whole)), whole) for whole in all_whole[::3]]
         sent = b"".join(struct.pack(">BII", its_link, captured, len(whole)) + whole[:captured]
                         for captured, whole in cuts)

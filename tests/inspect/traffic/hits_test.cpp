@@ -1,5 +1,5 @@
-// Tests counters of hits against traces of each packet, one by one, and against every packet that
-// two tiny groups can tell apart.
+// Compares counters of hits with a trace of each packet. For two tiny groups, it tries every packet
+// that the groups can distinguish.
 
 #include <filter_inspect/filter_text.h>
 #include <filter_inspect/filter_traffic.h>
@@ -18,7 +18,8 @@ struct Random {
   std::mt19937 engine{1};
 };
 
-// A row of a counter in one line: "3 from 2 at 20".
+// The count of some frames in one line: "3 from 2 at 20" are three frames, the first of them with
+// number 2 at time 20.
 std::string textOf(const FrameCount& count) {
   if (count.frames == 0) return "0";
   return std::to_string(count.frames) + " from " + std::to_string(count.first) + " at " +
@@ -34,7 +35,7 @@ Packet packetFrom(const std::string& text) {
   return packet.value_or(Packet());
 }
 
-// Some packets of a case. Some of their fields are not told.
+// Some packets of a case. Some of their fields are unknown.
 std::vector<std::string> somePackets(const Case& c, Random* random, unsigned count) {
   const auto all = c.everyPacket();
   std::vector<std::string> texts;
@@ -128,7 +129,7 @@ TEST(HitsTest, AssumeWhatFramesDoNotShow) {
   EXPECT_EQ(counted("destination_cpu=true"),
             "1 from 1 at 7, perhaps 1 from 2 at 8; 0, perhaps 0; 0, perhaps 1 from 2 at 8; "
             "0, perhaps 1 from 2 at 8; 1 from 2 at 8");
-  // If the frame tells a field, or that it lacks one, this counts and not the assumption. The
+  // If the frame has a field, or shows that the packet lacks it, the assumption does not count. The
   // second frame shows neither TTL nor ports.
   EXPECT_EQ(counted("destination_cpu=false ttl=64 dst_l4_port=80 external_vlan_id=5"),
             "0, perhaps 0; 0, perhaps 0; 1 from 1 at 7, perhaps 0; 1 from 2 at 8, perhaps 0; "
@@ -147,8 +148,9 @@ TEST(HitsTest, CountsFramesWithoutAKnownFault) {
 
 using Pair = std::pair<std::uint32_t, std::uint32_t>;  // of ids; kNone for none
 
-// The pairs of rules that can come first together, one in each group: for some value of each field
-// that is not told, and in some reading. Equal matches have the same reading in both groups.
+// The pairs of rules, one of each group, that can both be the first to take the packet: for some
+// values of the unknown fields, and in some reading. Equal matches have the same reading in both
+// groups.
 std::set<Pair> pairsOf(const Case& a, const Case& b, const std::string& told, Order order) {
   std::set<Pair> pairs;
   std::vector<PlainRule> rules = a.rules;
@@ -216,7 +218,8 @@ TEST(TrafficComparisonTest, IsExact) {
   }
 }
 
-// Most pairs of many entries are impossible, because each group has the matches of both entries.
+// Most pairs of different entries are impossible, because both groups have both entries, in the
+// same order.
 TEST(TrafficComparisonTest, FindsOnlyChangedEntriesAmongMany) {
   std::string rules;
   for (int i = 1; i <= 60; ++i) {
