@@ -25,7 +25,7 @@ def roff(text):
     """Words in backticks are bold, and links are their words alone."""
     text = re.sub(r"\[([^\]]+)\]\([^)]*\)", r"\1", " ".join(text.split()))
     text = text.replace("\\", "\\e").replace("-", "\\-").replace("'", "\\(aq").replace("`` ` ``", "`")
-    text = re.sub(r"`([^`]*)`", r"\\fB\1\\fR", text)
+    text = re.sub(r"`([^`]*)`|\*\*([^*]*)\*\*", r"\\fB\1\2\\fR", text)
     return "\\&" + text if text.startswith(".") else text
 
 

@@ -121,13 +121,13 @@ void noteGroup(std::string_view bytes, const StageTypeInstead* instead, bool sam
   const auto visit = [&, parsed = rest](const MessageCheck::Field&, const MessagePart& part) {
     const auto index = static_cast<int>(part.index);
     return index >= parsed->entries__size() ||
-           reader.read(parsed->entries_(index), part, WireReader::kDepth - 1, &blank);
+           reader.read(parsed->entries_(index), part, WireScanner::kDepth - 1, &blank);
   };
   MessageCheck check(FiltersGroupPB::descriptor());
   if (instead != nullptr && instead->stage) check.assume(FiltersGroupPB::kStageFieldNumber);
   if (instead != nullptr && instead->type) check.assume(FiltersGroupPB::kTypeFieldNumber);
   const MessagePart part = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
-  const bool walked = check.walk(bytes, part, WireReader::kDepth, whole, findings, visit);
+  const bool walked = check.walk(bytes, part, WireScanner::kDepth, whole, findings, visit);
   check.compare(*head, blank.convertToFiltersGroupPB(), part, findings);
   if (instead == nullptr &&
       blank.groupStageValidation(blank.getStage(), blank.getType()) != FILTERS_OK) {
@@ -143,7 +143,7 @@ void noteEntry(std::string_view bytes, bool isMade, bool same, DecodeFindings* f
   const auto [message, whole] = parse<FiltersEntryPB>(bytes, &arena);
   EntryReader entries(bytes, whole, &arena, findings);
   const MessagePart part = {nullptr, {}, MessagePart::kAlone, {0, bytes.size()}};
-  const bool walked = entries.read(*message, part, WireReader::kDepth, nullptr);
+  const bool walked = entries.read(*message, part, WireScanner::kDepth, nullptr);
   noteRest(bytes, whole, !walked, !isMade && !entries.threw(), same, findings);
 }
 

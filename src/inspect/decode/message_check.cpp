@@ -96,7 +96,7 @@ bool MessageCheck::walk(std::string_view bytes, const MessagePart& part, int dep
     field.count = 0;
     field.elements.clear();
   }
-  WireReader reader(bytes, part.bytes.offset + part.head, part.bytes.offset + part.bytes.length,
+  WireScanner reader(bytes, part.bytes.offset + part.head, part.bytes.offset + part.bytes.length,
                     depth, lenient);
   std::uint32_t highest = 0;
   bool ascending = true, whole = true;
@@ -202,7 +202,7 @@ bool MessageCheck::notePacked(const WireField& wire, const Field& field, std::st
   findings->add(Code::kEncodingDiffers, {&part, field.name(), MessagePart::kAlone, range},
                 "its numbers are packed");
   seen.last = range;
-  WireReader reader(bytes, wire.value, wire.end, 0, false);
+  WireScanner reader(bytes, wire.value, wire.end, 0, false);
   while (reader.position() != wire.end) {
     const std::size_t begin = reader.position();
     std::uint64_t varint = 0;

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "decode_findings.h"
-#include "wire_reader.h"
+#include "wire_scanner.h"
 
 namespace FiltersInspect {
 

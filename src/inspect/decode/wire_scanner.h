@@ -1,5 +1,5 @@
-#ifndef FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
-#define FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
+#ifndef FILTER_INSPECT_SRC_DECODE_WIRE_SCANNER_H_
+#define FILTER_INSPECT_SRC_DECODE_WIRE_SCANNER_H_
 
 // Finds the positions of fields in the bytes of messages. The message runtime does not report these
 // positions. This reader must read the bytes in the same way as the runtime.
@@ -31,7 +31,7 @@ struct WireField {
 };
 
 // Reads the fields of one message, one after the other. Does not look inside a field.
-class WireReader {
+class WireScanner {
  public:
   // The runtime follows nested messages and groups down to this depth.
   static constexpr int kDepth = 100;
@@ -40,7 +40,7 @@ class WireReader {
   // the runtime accept tags and lengths of different sizes, and differ in how they read a message
   // that is longer than the message around it. `lenient` is true if this runtime has read the bytes
   // to their end.
-  WireReader(std::string_view bytes, std::size_t begin, std::size_t end, int depth, bool lenient)
+  WireScanner(std::string_view bytes, std::size_t begin, std::size_t end, int depth, bool lenient)
       : bytes_(bytes), position_(begin), end_(end), depth_(depth), lenient_(lenient) {}
 
   // Reads the next field. Returns false at the end, or if no more can be read. A field that is
@@ -69,4 +69,4 @@ class WireReader {
 
 }  // namespace FiltersInspect
 
-#endif  // FILTER_INSPECT_SRC_DECODE_WIRE_READER_H_
+#endif  // FILTER_INSPECT_SRC_DECODE_WIRE_SCANNER_H_

@@ -1,4 +1,4 @@
-#include "wire_reader.h"
+#include "wire_scanner.h"
 
 #include <google/protobuf/io/coded_stream.h>
 
@@ -15,7 +15,7 @@ constexpr std::uint64_t kMaxLength = std::numeric_limits<std::int32_t>::max() - 
 
 }  // namespace
 
-bool WireReader::readVarint(std::uint64_t* value, bool* plain) {
+bool WireScanner::readVarint(std::uint64_t* value, bool* plain) {
   *value = 0;
   std::uint64_t lost = 0;
   for (std::size_t i = 0; i < kMaxVarint && position_ + i < end_; ++i) {
@@ -32,7 +32,7 @@ bool WireReader::readVarint(std::uint64_t* value, bool* plain) {
   return false;
 }
 
-bool WireReader::readTag(WireField* field) {
+bool WireScanner::readTag(WireField* field) {
   const std::size_t begin = position_;
   std::uint64_t tag = 0;
   if (!readVarint(&tag, &field->plain)) return false;
@@ -43,7 +43,7 @@ bool WireReader::readTag(WireField* field) {
   return field->number != 0;
 }
 
-bool WireReader::readLength(std::size_t* length, bool* plain) {
+bool WireScanner::readLength(std::size_t* length, bool* plain) {
   const std::size_t begin = position_;
   std::uint64_t value = 0;
   if (!readVarint(&value, plain)) return false;
@@ -52,14 +52,14 @@ bool WireReader::readLength(std::size_t* length, bool* plain) {
   return true;
 }
 
-bool WireReader::skip(std::size_t count) {
+bool WireScanner::skip(std::size_t count) {
   if (count > end_ - position_) return false;
   position_ += count;
   return true;
 }
 
 // The messages of the library have no groups, so a group is an unknown field. Groups may be nested.
-bool WireReader::skipGroup(std::uint32_t number) {
+bool WireScanner::skipGroup(std::uint32_t number) {
   std::uint32_t open[kDepth];
   int count = 0;
   WireField inner{number, kGroupStart};
@@ -77,7 +77,7 @@ bool WireReader::skipGroup(std::uint32_t number) {
   }
 }
 
-bool WireReader::readValue(WireField* field) {
+bool WireScanner::readValue(WireField* field) {
   field->value = position_;
   switch (field->wire_type) {
     case kVarint:
@@ -103,7 +103,7 @@ bool WireReader::readValue(WireField* field) {
   }
 }
 
-bool WireReader::next(WireField* field) {
+bool WireScanner::next(WireField* field) {
   if (broken_ || position_ == end_) return false;
   *field = WireField();
   field->plain = true;
