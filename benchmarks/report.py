@@ -67,7 +67,7 @@ ROWS = [
     ("3", "print, instructions a rule", "print.1000", 23000, ",.0f"),
     ("3", "print / DebugString of the message", "print.1000 / debug_string.1000", 0.30, ".2f"),
     ("3", "... into a string, as that is", "print_string.1000 / debug_string.1000", None, ".2f"),
-    ("4", "a changed rule of 10,000 / all of them", "change.10000 / all.10000", 0.001, ".5f"),
+    ("4", "instructions: send one changed rule / send all 10,000 rules", "change.10000 / all.10000", 0.001, ".5f"),
     ("4", "a changed rule on the wire, bytes", "change.wire", 200, ".0f"),
     ("5", "operator==, allocations a rule", "compare.allocations", 0, ".0f"),
     ("5", "insertEntry, allocations a rule", "insert.allocations", 16.1, ".1f"),

@@ -72,7 +72,7 @@ class Words : public py::object {
   PYBIND11_OBJECT_DEFAULT(Words, py::object, isAnything)
 };
 
-// A function that is told how far long work is, or None.
+// None, or a function that is called with the progress of long work.
 using Progress = std::optional<py::function>;
 
 class Group {

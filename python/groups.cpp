@@ -70,7 +70,8 @@ py::bytes bytesOf(const Object& object) {
   return bytes;
 }
 
-// Decodes bytes without the interpreter's lock. Bytes that others could write are read with it.
+// Decodes bytes without the interpreter's lock. If the buffer can be written, the function keeps
+// the lock, because another thread could change the bytes meanwhile.
 template <class Decode>
 auto decodeUnlocked(const py::buffer& object, Decode decode) {
   const BytesView view(object);

@@ -606,8 +606,8 @@ class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
 
 // Each operator prints a block: the name of the class, the code, then a line for each value. The
 // operator for Match prints the block of the object's code (a MatchDSCP as a MatchToS), or nothing
-// for an unknown code. Deliberate: MatchTPID leaves the stream in hexadecimal, and a PCP prints as
-// the character with that value.
+// for an unknown code. Deliberate: printing a MatchTPID leaves the stream in hexadecimal. A PCP
+// prints as the character with that value.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Match& match);
 #define FILTERS_MATCH(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const Class& match);

@@ -1,12 +1,14 @@
 """Tests the questions, and the assertions of filter_inspect.testing."""
 
+import ast
 import copy
 import doctest
 import os
 import subprocess
+from collections.abc import Mapping, Sequence
 from enum import Enum
 from pathlib import Path
-from typing import Iterator, List, Tuple
+from typing import Iterator, List, Set, Tuple
 
 import filter_inspect as fi
 import pytest
@@ -64,6 +66,25 @@ def test_each_name_has_a_docstring() -> None:
         if isinstance(value, type) and not issubclass(value, Enum):
             for its, attribute in vars(value).items():
                 assert its.startswith("_") or len(attribute.__doc__) > 5, f"{name}.{its}"
+
+
+def test_the_stubs_have_each_name() -> None:
+    path = TREE / "python/filter_inspect/_core.pyi"
+
+    def stubs(body: List[ast.stmt]) -> Set[str]:
+        names = {one.name for one in body if isinstance(one, (ast.ClassDef, ast.FunctionDef))}
+        names |= {ast.unparse(one.target) for one in body if isinstance(one, ast.AnnAssign)}
+        return {name for name in names if not name.startswith("_")}
+
+    body = ast.parse(path.read_text(encoding="utf-8")).body
+    assert stubs(body) == {name for name in vars(_core) if not name.startswith("_")}
+    for made in body:
+        if isinstance(made, ast.ClassDef) and not issubclass(vars(_core)[made.name], Enum):
+            kind = vars(_core)[made.name]
+            mixins = {name for abstract in (Mapping, Sequence) if issubclass(kind, abstract)
+                      for name in vars(abstract)}
+            names = {name for name in vars(kind) if not name.startswith("_")}
+            assert names - mixins == stubs(made.body), made.name
 
 
 def test_the_groups_of_the_tutorial() -> None:

@@ -220,8 +220,8 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Hit
                            (possible == 0 ? "" : " and perhaps " + std::to_string(possible)));
   }
   std::vector<Column> columns = columnsOf(entries, 0);
-  // The bars stand beside the actions. Behind the wide columns of policers and counters they would
-  // be hard to see.
+  // The column with the bars of the frame counts stands beside the actions. Behind the wide columns
+  // of policers and counters they would be hard to see.
   const auto actions = std::find_if(columns.begin(), columns.end(),
                                     [](const Column& one) { return one.name == "then"; });
   columns.erase(actions + 1, columns.end());

@@ -23,10 +23,11 @@ class Selection {
   bool isThere(Console* console) const;
 
   bool has(std::uint32_t entry) const;
-  // Drops findings about entries that are not selected. These findings do not count as left out.
+  // Drops findings about entries that are not selected. The report does not count
+  // them as left out.
   void keep(Report* report) const;
  private:
-  // The selected ids, and the ids that were found.
+  // The ids that the inputs have.
   struct Ids {
     std::set<std::uint32_t> there;
     bool tellMissing(const char* what, const std::vector<std::uint32_t>& asked,

@@ -370,8 +370,8 @@ class Analysis {
   // Subtracts rules from the packets of the rule at `i`: first the rules before it, and then, rank
   // by rank, the rules that treat packets in the same way. A rule with another treatment stops the
   // cut. But a rule with several readings may stop it only under some reading, and under the same
-  // reading an earlier rule may take the packet. So rules with several readings are examined one by
-  // one.
+  // reading an earlier rule may take the packet. So a rule that devices read in several ways is
+  // examined alone.
   Cut::Outcome runByRank(std::uint32_t i, const Positions& before, const Positions& next,
                          Takers* takers) {
     Positions doubtful;
@@ -427,7 +427,8 @@ class Analysis {
     return false;
   }
 
-  // Does the same for one packet. No rule before the rule at `i` takes this packet.
+  // Returns true if one packet would be treated differently without the rule at `i`. No rule before
+  // that rule takes this packet.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;

@@ -18,7 +18,8 @@ std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask,
   unsigned bit = width - 1;  // the highest wrong one
   while ((wrong >> bit & 1) == 0) --bit;
   if ((value >> bit & 1) == 0) {
-    // The number must become larger. The lowest bit above this one that is free and 0 becomes 1.
+    // The number must become larger. Of the free bits above `bit` that are 0, the
+    // lowest becomes 1.
     const std::uint64_t fixed = mask | least;
     for (++bit; bit < width && (fixed >> bit & 1) != 0; ++bit) {
     }

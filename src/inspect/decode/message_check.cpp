@@ -97,7 +97,7 @@ bool MessageCheck::walk(std::string_view bytes, const MessagePart& part, int dep
     field.elements.clear();
   }
   WireScanner reader(bytes, part.bytes.offset + part.head, part.bytes.offset + part.bytes.length,
-                    depth, lenient);
+                     depth, lenient);
   std::uint32_t highest = 0;
   bool ascending = true, whole = true;
   for (WireField wire; whole && reader.next(&wire);) {

@@ -83,9 +83,10 @@ class Changes {
     const Finding* pair;  // the first pair of rules
   };
 
-  // Finds the changed rule that is the cause of a pair. If both rules of the pair have changed, the
-  // cause is the first rule. But if the first rule would still take the packet, the cause is the
-  // second rule.
+  // A pair is the rule that takes some packets before the change, and the rule that takes them
+  // afterwards. Finds the changed rule that causes the difference. If both rules of the pair have
+  // changed, the cause is the first rule. But if the first rule would still take the packet, the
+  // cause is the second rule.
   void add(const Finding& pair) {
     const Id before = pair.entry, after = pair.others.empty() ? Id() : Id(pair.others[0]);
     for (const Id& id : {before, after}) {

@@ -32,7 +32,7 @@ using Reading = std::function<bool(Value)>;
 
 // The condition of a match on one field, in each reading. The device reads equal matches in the
 // same way. A match with several readings has a `key`. Two such matches on one field have the same
-// key only if they are equal. `match` is then the number of the match.
+// key only if they are equal. `match` is the same number for equal matches with several readings.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;

@@ -345,7 +345,7 @@ TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   }
 }
 
-// If the bytes have a field of the head twice, the second value counts.
+// If the bytes have a group's own field twice, such as its stage, the second value counts.
 TEST(Decode, AsAnotherStageOrType) {
   const std::string bytes = golden("group.hex");
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {
