@@ -44,6 +44,7 @@ class Candidates {
 
   std::optional<bool> isLeft(const std::vector<SetId>& sets,
                              const std::vector<std::uint32_t>& takers, std::uint64_t end) {
+    if (steps_left_ == 0) return std::nullopt;
     space_.forget();
     std::vector<Candidate> before;
     for (std::uint32_t p = 0; p < entries_.size() && (takers.empty() || rank(p) < end); ++p) {
@@ -51,7 +52,10 @@ class Candidates {
       if (set != kNothing) before.push_back({set, 0, false, p});
     }
     const std::uint64_t work = before.size() / 64;  // the steps to go through all of them
-    if (steps_left_ <= work) return std::nullopt;
+    if (steps_left_ <= work) {
+      steps_left_ = 0;
+      return std::nullopt;
+    }
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);
     steps_left_ = cut.stepsLeft();

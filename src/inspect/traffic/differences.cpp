@@ -53,6 +53,7 @@ class Together {
   }
 
   bool isPossible(const EntryPair& pair) {
+    if (steps_left_ == 0) return true;
     const PreparedEntry* const pairs[] = {pair.a, pair.b};
     space_.forget();
     std::vector<std::uint32_t> takers;
@@ -75,7 +76,10 @@ class Together {
       }
     }
     const std::uint64_t work = before.size() / 64;  // the steps to go through all of them
-    if (steps_left_ <= work) return true;
+    if (steps_left_ <= work) {
+      steps_left_ = 0;
+      return true;
+    }
     Cut cut(space_.space(), steps_left_ - work);
     const Cut::Outcome outcome = cut.run(sets, &before, true);
     steps_left_ = cut.stepsLeft();
