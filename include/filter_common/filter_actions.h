@@ -18,7 +18,7 @@
 //   to the width of the member, and reads missing address bytes as zero.
 // - No class checks the range of its values, except ActionMplsPortSet.
 // - Deliberate: operator== is virtual in some classes and not virtual in others.
-// - An object of a base class can be made with a leaf's code, for example
+// - An object of a base class can be made with the code of a derived class, for example
 //   Action(FILTERS_ACTION_REDIRECT). Do not compare, print or copy such an object as an Action: it
 //   would be read as an ActionRedirect, which it is not.
 // - Functions of classes that hold lists throw std::bad_alloc when memory runs out. So do functions
@@ -339,8 +339,8 @@ class FILTERS_API ActionMapToCosQueue : public Action {
 // --- Printing ------------------------------------------------------------------------------------
 
 // Each operator prints a block: the name of the class, the code, then a line for each value. The
-// operator for Action prints the block of the object's code, or nothing for an unknown code. The
-// operator for ActionPorts prints the list alone.
+// operator for Action prints the block of the class that the object's code names, or nothing for an
+// unknown code. The operator for ActionPorts prints the list alone.
 //
 // Deliberate: these operators are at global scope. A namespace with an operator<< of its own, such
 // as FiltersCommon, hides them. Code in such a namespace writes `using ::operator<<;` at namespace

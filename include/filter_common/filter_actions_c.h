@@ -23,10 +23,10 @@
 // Threads. Any number of threads may read an action at once. A thread that deletes it, or fills it
 // anew from an entry, must be the only one to use it.
 //
-// Gaps, all deliberate: no function makes an ActionSetInnerPcp, ActionBlackHole or
-// ActionL2ToCpuDrop. No getter reads an ActionBlockEgressPorts, ActionRedirect,
-// ActionReplaceDstMac, ActionReplaceSrcMac, ActionMapToCpuCosQueue or ActionMplsPortSet. No
-// function compares, prints or serializes.
+// Missing on purpose: no function makes an ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop.
+// No getter reads an ActionBlockEgressPorts, ActionRedirect, ActionReplaceDstMac,
+// ActionReplaceSrcMac, ActionMapToCpuCosQueue or ActionMplsPortSet. No function compares, prints or
+// serializes actions.
 
 #include <filter_common/filter_types.h>
 
@@ -72,7 +72,7 @@ FILTERS_API void* newReplaceSrcMac(struct ether_addr mac);
 FILTERS_API void deleteAction(void* a);
 FILTERS_API filtersAction_t actionGetType(void* a);
 
-// --- Reading, null handles undefined -------------------------------------------------------------
+// --- Getters: a null handle causes undefined behaviour -------------------------------------------
 
 FILTERS_API cp2cpuCancelParam_t actionCopyToCpuCancelGetTypeOfCancel(void* a);
 FILTERS_API unsigned char actionSetPcpGetPcp(void* a);

@@ -37,9 +37,9 @@ inline constexpr bool isEntryClass = false;
 #include <filter_common/filter_actions.def>
 #undef FILTERS_ENTRY_CLASS
 
-// Moves every object of the source to the destination, where it replaces the object with the same
-// key. Objects with other keys stay. The source is left empty, unless it is the destination itself.
-// The functions do not allocate and cannot fail.
+// Moves every object from the source to the destination. A moved object replaces the object that
+// has the same key there. Other objects of the destination stay. The source is left empty, unless
+// it is the destination itself. The functions do not allocate and cannot fail.
 template <class K, class V>
 void copy_map(std::map<K, std::unique_ptr<V>>& destination,
               std::map<K, std::unique_ptr<V>>& source) {
@@ -86,10 +86,10 @@ class FILTERS_API FiltersEntry {
   using Matches = std::map<filtersMatch_t, std::unique_ptr<Match>>;
   using Actions = std::map<filtersAction_t, std::unique_ptr<Action>>;
 
-  // The sets that the setters use. Callers can read them. validMatchTypes and validActionTypes hold
-  // the admitted classes, each as typeid(T).hash_code(). An entry cannot hold a code of
-  // ipv4OnlyMatchTypes together with a code of ipv6OnlyMatchTypes. It cannot hold two codes of
-  // l4DstPortMatchTypes. The sets are built while the library is loaded, in this order.
+  // The setters check with these sets, and callers can read them. validMatchTypes and
+  // validActionTypes hold the admitted classes, each as typeid(T).hash_code(). An entry cannot hold
+  // a code of ipv4OnlyMatchTypes together with a code of ipv6OnlyMatchTypes. It cannot hold two
+  // codes of l4DstPortMatchTypes. The sets are built while the library is loaded, in this order.
   static const std::set<std::size_t> validMatchTypes;
   static const std::set<filtersMatch_t> ipv4OnlyMatchTypes;
   static const std::set<filtersMatch_t> ipv6OnlyMatchTypes;
@@ -122,9 +122,10 @@ class FILTERS_API FiltersEntry {
 
   // --- Matches ---
 
-  // Assigns the held match with out's code to `out`. Returns FILTERS_ERR_INVALID if the class has
-  // no row in filter_matches.def, and FILTERS_ERR_NOT_FOUND if no such match is held; `out` is then
-  // unchanged. Deliberate: a MatchToS can be read as a MatchDSCP, and a MatchDSCP as a MatchToS.
+  // Assigns to `out` the held match that has the same code as `out`. Returns FILTERS_ERR_INVALID if
+  // the class has no row in filter_matches.def, and FILTERS_ERR_NOT_FOUND if no such match is held;
+  // `out` is then unchanged. Deliberate: a MatchToS can be read as a MatchDSCP, and a MatchDSCP as
+  // a MatchToS.
   template <class T>
   FILTERS_NODISCARD filtersErr_t getMatch(T& out) const;
 
@@ -225,7 +226,7 @@ class FILTERS_API FiltersEntry {
   policer::Policer policer_;
   std::shared_ptr<policer::Policer> policerParent_;
   std::map<unsigned short, Counter> counters_;
-  // Both are in ascending order of their codes (getType()).
+  // Matches and actions are in ascending order of their codes (getType()).
   std::vector<std::unique_ptr<Match>> matches_;
   std::vector<std::unique_ptr<Action>> actions_;
 };

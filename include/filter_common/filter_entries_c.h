@@ -21,9 +21,9 @@
 // Threads. Any number of threads may read or copy an entry at once. A thread that changes it must
 // be the only one to use it.
 //
-// Gaps, all deliberate: no function sets or reads policers, the parent policer or counters. No
-// function changes the id, or lists what an entry holds. To find out, call Get for each code. No
-// function compares, prints or serializes.
+// Missing on purpose: no function sets or reads policers, the parent policer or counters. No
+// function changes the id, or lists what an entry holds. To find out what an entry holds, call Get
+// for each code. No function compares, prints or serializes entries.
 
 #include <filter_common/filter_types.h>
 
@@ -48,9 +48,9 @@ FILTERS_API filtersEntryId_t filtersEntryGetId(FiltersEntry* e);
 FILTERS_API void filtersEntrySetPriority(FiltersEntry* e, filtersEntryPriority_t p);
 FILTERS_API filtersEntryPriority_t filtersEntryGetPriority(FiltersEntry* e);
 
-// Get fills the caller's object from the entry's match with its code. If the entry has no such
-// match, Get returns FILTERS_ERR_NOT_FOUND and leaves the object unchanged. Set stores a copy of
-// the object. It returns FILTERS_ERR_INVALID if a held match excludes this one. Both functions
+// Get fills the caller's object from the entry's match that has the same code. If the entry has no
+// such match, Get returns FILTERS_ERR_NOT_FOUND and leaves the object unchanged. Set stores a copy
+// of the object. It returns FILTERS_ERR_INVALID if a held match excludes this one. Both functions
 // return FILTERS_ERR_INVALID for an unknown code. Deliberate: they also return it for
 // FILTERS_MATCH_MY_STATION_HIT and FILTERS_MATCH_FORWARDING_TYPE, which only the C++ classes
 // support.
@@ -60,7 +60,8 @@ FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetMatch(FiltersEntry* e,
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteMatch(FiltersEntry* e,
                                                                    filtersMatch_t t);
 
-// The same for actions, but these return FILTERS_ERR_INVALID only for an unknown code.
+// The functions for actions work like those for matches, but return FILTERS_ERR_INVALID only for an
+// unknown code.
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryGetAction(FiltersEntry* e, Action* a);
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntrySetAction(FiltersEntry* e, Action* a);
 FILTERS_NODISCARD FILTERS_API filtersErr_t filtersEntryDeleteAction(FiltersEntry* e,

@@ -41,7 +41,8 @@ class FiltersSerialized;
 // see FiltersEntry.
 //
 // Objects are not synchronised: any number of threads may read a group at once, but a thread that
-// changes it must be the only one to use it. The tables never change, so any thread may read them.
+// changes it must be the only one to use it. The tables of the checks never change, so any thread
+// may read them.
 class FILTERS_API FiltersGroup {
  public:
   // The new group has priority 0, stage and type NONE, and no entries.
@@ -77,12 +78,13 @@ class FILTERS_API FiltersGroup {
   filtersGroupPriority_t getPriority() const { return priority_; }
   void setPriority(const unsigned short& priority) { priority_ = priority; }
 
-  // First groupStageValidation() can refuse the stage, then the action check and the policer check
-  // of each entry can.
+  // The setter runs these checks, in this order, and each can refuse the stage:
+  // groupStageValidation(), then the action check and the policer check of each entry.
   filtersGroupStage_t getStage() const { return stage_; }
   FILTERS_NODISCARD filtersErr_t setStage(const filtersGroupStage_t& stage);
 
-  // First groupStageValidation() can refuse the type, then the match check of each entry can.
+  // The setter runs these checks, in this order, and each can refuse the type:
+  // groupStageValidation(), then the match check of each entry.
   filtersGroupType_t getType() const { return type_; }
   FILTERS_NODISCARD filtersErr_t setType(const filtersGroupType_t& type);
 
@@ -99,7 +101,7 @@ class FILTERS_API FiltersGroup {
   // Returns FILTERS_ERR_NOT_FOUND if no entry has this id.
   FILTERS_NODISCARD filtersErr_t removeEntry(const unsigned int& entryId);
 
-  // --- The checks, which callers may also run first: they read only arguments and tables ---
+  // --- The checks. Callers may run them too: they read only their arguments and the tables ---
 
   // Returns FILTERS_ERR_INVALID for an unknown type, and FILTERS_ERR_MATCH_NOT_ALLOWED for a match
   // that the type does not admit.

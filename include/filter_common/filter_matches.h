@@ -21,9 +21,9 @@
 //   and addresses as 0 and absent sets as empty; absent port lists add nothing. It cuts numbers to
 //   the width of the member and addresses to their size, and reads missing address bytes as zero.
 // - Deliberate: operator== is virtual in some classes and not virtual in others.
-// - An object of a base class can be made with a leaf's code, for example Match(FILTERS_MATCH_TTL).
-//   Do not compare, print or copy such an object as a Match: it would be read as a MatchTTL, which
-//   it is not.
+// - An object of a base class can be made with the code of a derived class, for example
+//   Match(FILTERS_MATCH_TTL). Do not compare, print or copy such an object as a Match: it would be
+//   read as a MatchTTL, which it is not.
 // - Functions of classes that hold lists throw std::bad_alloc when memory runs out. So do functions
 //   that write lists or addresses into a message, which is then partly filled. The object is then
 //   unchanged, except that an assignment leaves it valid with unspecified values.
@@ -392,7 +392,8 @@ class FILTERS_API MatchPcp : public Match {
   std::vector<unsigned char> pcps_;  // ascending, each once
 };
 
-// The priority that the device uses internally is one of a set. The set is written as for MatchPcp.
+// The priority that the device uses internally is one of a set. Empty braces have the same meaning
+// as for MatchPcp.
 class FILTERS_API MatchInternalPcp : public Match {
  public:
   explicit MatchInternalPcp(const std::set<unsigned char>& pcps);
@@ -605,9 +606,9 @@ class FILTERS_API MatchDstL4PortRange : public MatchL4Port {
 // --- Printing ------------------------------------------------------------------------------------
 
 // Each operator prints a block: the name of the class, the code, then a line for each value. The
-// operator for Match prints the block of the object's code (a MatchDSCP as a MatchToS), or nothing
-// for an unknown code. Deliberate: printing a MatchTPID leaves the stream in hexadecimal. A PCP
-// prints as the character with that value.
+// operator for Match prints the block of the class that the object's code names (a MatchDSCP as a
+// MatchToS), or nothing for an unknown code. Deliberate: printing a MatchTPID leaves the stream in
+// hexadecimal. A PCP prints as the character with that value.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Match& match);
 #define FILTERS_MATCH(code, Class, blank) \
   FILTERS_API std::ostream& operator<<(std::ostream& os, const Class& match);

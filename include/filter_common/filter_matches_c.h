@@ -12,9 +12,9 @@
 // Classes. A function does not check that the handle is of the class that it reads. A match of
 // another class causes undefined behaviour. matchGetType() accepts a match of any class.
 //
-// Assertions. The functions of the first reading group below, and deleteMatch(), stop the process
-// on a null handle with the C library's assertion message, in every kind of build. The functions of
-// the second group do not check: a null handle causes undefined behaviour.
+// Assertions. deleteMatch() and the first group of getters below stop the process on a null handle
+// with the C library's assertion message, in every kind of build. The second group of getters does
+// not check the handle: a null handle causes undefined behaviour.
 //
 // Exceptions. The new... functions may throw std::bad_alloc. The exception passes through C callers
 // if they are compiled with -fexceptions. If no C++ caller above them catches it, the process ends.
@@ -23,11 +23,11 @@
 // Threads. Any number of threads may read a match at once. A thread that deletes it, or fills it
 // anew from an entry, must be the only one to use it.
 //
-// Gaps, all deliberate: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
+// Missing on purpose: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
 // MatchDestinationCpu. No function makes an IPv6 source with a mask, or a match that excludes port
 // types. Sets of VLAN ids and PCPs can be made only with exactly one element. No getter reads a
 // MatchIngressPorts, MatchEgressPorts, MatchExternalVlanId, MatchInternalVlanId, MatchPcp,
-// MatchInternalPcp or MatchVlanTagging. No function compares, prints or serializes.
+// MatchInternalPcp or MatchVlanTagging. No function compares, prints or serializes matches.
 
 #include <filter_common/filter_types.h>
 
@@ -95,11 +95,12 @@ FILTERS_API void* newMatchDstL4PortRange(l4port_t min, l4port_t max);
 
 FILTERS_API void deleteMatch(void* m);
 
-// --- Reading, null handles asserted --------------------------------------------------------------
+// --- Getters that stop the process on a null handle ----------------------------------------------
 
 FILTERS_API filtersMatch_t matchGetType(void* m);  // for any match
 
-// These return pointers into the match, which are valid until it is deleted or filled anew.
+// The next functions return pointers into the match, which are valid until the match is deleted or
+// filled anew.
 FILTERS_API const struct ether_addr* matchMacGetMac(void* m);
 FILTERS_API const struct ether_addr* matchMacGetMask(void* m);
 FILTERS_API const struct in_addr* matchIPv4GetIPv4(void* m);
@@ -117,7 +118,7 @@ FILTERS_API l4port_t matchGetL4PortMask(void* m);
 FILTERS_API l4port_t matchGetL4PortRangeMin(MatchDstL4PortRange* m);
 FILTERS_API l4port_t matchGetL4PortRangeMax(MatchDstL4PortRange* m);
 
-// --- Reading, null handles undefined -------------------------------------------------------------
+// --- Getters: a null handle causes undefined behaviour -------------------------------------------
 
 FILTERS_API uint8_t matchIpProtocolGetIpProt(void* m);
 FILTERS_API en_Resolution matchPacketResGet(void* m);

@@ -19,15 +19,15 @@
 
 #include <limid/limid.h>
 
-// Checked containers have another layout than plain ones, so the program and the library must use
-// the same kind.
+// With _GLIBCXX_DEBUG the standard containers have another layout, so the program and the library
+// must both be built with it or both without it.
 #if defined(__cplusplus) && defined(_GLIBCXX_DEBUG) && !defined(FILTER_COMMON_GLIBCXX_DEBUG)
 #error "-D_GLIBCXX_DEBUG needs a library that was built with it; docs/porting.md says how"
 #endif
 
 // Marks the names that the shared library exports. All other names stay hidden in it.
 #define FILTERS_API __attribute__((visibility("default")))
-// Marks a member of an exported class that the library does not export.
+// Marks a member that the library does not export although it exports the class of the member.
 #define FILTERS_INTERNAL __attribute__((visibility("hidden")))
 
 // Marks functions that may refuse: C++ compilers warn about code that ignores their result. A
@@ -188,7 +188,7 @@ FILTERS_ENUM(l2SrcEntryType_t, uint32_t){
     FILTERS_L2_SRC_ENTRY_STATIC = 2,
 } l2SrcEntryType_t;
 
-// Whether a frame has an IEEE 802.1Q tag. Every value except 0 means that it has one.
+// Whether a frame has an IEEE 802.1Q tag. Every value except 0 means that the frame has a tag.
 FILTERS_ENUM(vlan_tagging_t, uint32_t){
     FILTERS_VLAN_UNTAGGED = 0,
     FILTERS_VLAN_TAGGED = 1,
@@ -223,7 +223,7 @@ FILTERS_ENUM(en_ForwardingType, uint32_t){
     FILTERS_FORWARDING_TYPE_MPLS = 2,
 } en_ForwardingType;
 
-// Kinds of port that MatchIngressPorts can leave out.
+// Kinds of port that MatchIngressPorts can exclude.
 FILTERS_ENUM(port_type_t, uint32_t){
     FILTERS_PORT_TYPE_CPU = 0,
 } port_type_t;

@@ -12,16 +12,17 @@
 //     if (packet) std::cout << trace(group, *packet, options.order);
 //
 // Order. Several rules of a group may take the same packet. The device decides which of them comes
-// first; the model does not say. So the order is a parameter, and by default only claims that hold
-// in every order are made. The model also does not say if the search ends at the first rule that
-// takes the packet. The library assumes that it does.
+// first; the model does not say. So the order is a parameter. By default the library makes only
+// claims that hold in every order. The model also does not say if the search ends at the first rule
+// that takes the packet. The library assumes that it does.
 //
 // Readings. The model leaves the meaning of some values to the device. Examples are a layer-4 mask
 // of zero, an empty set of VLAN ids, a range with swapped ends, and the two low bits of a ToS byte.
-// For each match this library knows two sets of packets: the packets that it takes under every
-// reading (must) and the packets that it takes under some reading (may). Equal matches take the
-// same packets under every reading. Every claim holds under every reading; everything else is
-// undecided. docs/analysis.md lists the readings, and the assumptions behind every claim.
+// A reading is one of the ways in which a device may understand such a value. For each match this
+// library knows two sets of packets: the packets that the match takes under every reading (must)
+// and the packets that it takes under some reading (may). Equal matches take the same packets under
+// every reading. Every claim holds under every reading; everything else is undecided.
+// docs/analysis.md lists the readings, and the assumptions behind every claim.
 //
 // All functions may be called from any thread, if nobody changes the arguments meanwhile. They
 // throw only std::bad_alloc and exceptions of a progress function.
@@ -98,16 +99,17 @@ FILTERS_API std::string toJson(const Report& report, Order order,
 FILTERS_API std::string toJson(const std::vector<ReportInput>& inputs, Order order,
                                std::string_view command);
 
-// Writes the same document on one line and without the assumptions. Use it for a stream of answers.
+// Writes the document of toJson() on one line and without the assumptions. Use it for a stream of
+// answers.
 FILTERS_API std::string toJsonLine(const std::vector<ReportInput>& inputs, Order order,
                                    std::string_view command);
 
 // Reports how the rules of a group affect each other, for example that one rule hides another. The
-// treatment of a packet is the actions, the policer and the parent; counters and ids do not count.
-// A finding is about the entry in `entry`; `others` are other entries. If a packet can show the
-// finding, `witness` is such a packet, and trace() of this packet agrees with the finding. `before`
-// is then what the entry does with packets, and `after` what another entry does with them. The
-// codes:
+// treatment of a packet is the actions, the policer and the parent policer; counters and ids do not
+// count. The field `entry` of a finding is the entry that it is about; `others` are other entries.
+// If a packet can show the finding, `witness` is such a packet, and trace() of this packet agrees
+// with the finding. `before` is then what the entry does with such packets, and `after` what
+// another entry does with them. The codes:
 // - kEntryUnreachable: entries before this one take every packet that it may take. The entries in
 //   `others` together take all these packets, and none of these entries can be left out. The
 //   sentence and `after` say how the entries that take the packets first treat them. They may be
@@ -121,11 +123,12 @@ FILTERS_API std::string toJsonLine(const std::vector<ReportInput>& inputs, Order
 //   alike. It is about the second of the two entries.
 // - kEntriesOverlap: this entry and those in `others` may take the same packets, and treat them
 //   differently. Without an order, each entry in `others` takes all packets of this entry. Two
-//   kinds of entries are not listed there, because they are probably meant for the packets that
-//   other entries leave. The first kind takes every packet. The second kind exists only in a group
-//   of more than eight entries: it takes all packets of at least three quarters of the other
+//   kinds of entries are not listed in `others`, because they are probably meant for the packets
+//   that other entries leave. The first kind takes every packet. The second kind exists only in a
+//   group of more than eight entries: it takes all packets of at least three quarters of the other
 //   entries. If more than eight entries have such a finding, one finding without an `entry` gives
-//   their number instead. With an order, such pairs are reported only if the options ask for them.
+//   their number instead. With an order, kEntriesOverlap is reported only if `overlaps` of the
+//   options is set.
 // - kValueUnusual: senders hardly ever mean this value; the sentence says what to write instead.
 //   The finding is about an entry without an action, or about the match or action in `offender`.
 //   The value of the match or action is odd, or contradicts one in `others`. docs/analysis.md lists
@@ -153,8 +156,8 @@ FILTERS_API Report compareTreatment(const FiltersCommon::FiltersGroup& a,
 class FILTERS_API Packet {
  public:
   // Reads text such as "ingress_port=0x01000003 src_ipv4=192.0.2.1 ip_protocol=6
-  // vlan_tagging=none". Returns nothing if a part cannot be read. The report, which may be null,
-  // then says why, and counts findings beyond `max_findings` in Report::left_out.
+  // vlan_tagging=none". Returns nothing if a part of the text cannot be read. The report, which may
+  // be null, then says why, and counts findings beyond `max_findings` in Report::left_out.
   static std::optional<Packet> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
   std::string toText() const;  // in the order of the fields' match codes
@@ -187,9 +190,9 @@ struct Trace {
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;
   // For kUndecided: the entries that may take the packet, each for some values of the unknown
-  // fields. `may_be_none` is true if for some values no entry takes the packet. `at_most` is true
-  // if the check ran out of steps. The list may then hold entries that cannot take the packet, and
-  // `may_be_none` may be wrongly true.
+  // fields. `may_be_none` is true if no entry takes the packet for some values of these fields.
+  // `at_most` is true if the check ran out of steps. The list may then hold entries that cannot
+  // take the packet, and `may_be_none` may be wrongly true.
   std::vector<FiltersCommon::filtersEntryId_t> candidates;
   bool may_be_none = false;
   bool at_most = false;
@@ -200,15 +203,17 @@ struct Trace {
   // The treatment of the packet by each candidate, in the order of `candidates`.
   std::vector<std::string> treatments;
 };
-// A line about the packet or about one entry, for example "undecided: 50 takes it, unless 10, 11 or
-// 30 does", and "hit" or "miss: the field that missed".
+// The text of a Trace is a line about the packet, for example "undecided: 50 takes it, unless 10,
+// 11 or 30 does". The text of a Traced is about one entry: "hit", "miss: the field that missed" and
+// so on.
 FILTERS_API std::string toText(const Trace& trace);
 FILTERS_API std::string toText(const Traced& traced);
 
 FILTERS_API Trace trace(const FiltersCommon::FiltersGroup& group, const Packet& packet,
                         Order order);
 
-// The outcome of a trace without its lines. The fields are those of the Trace of the same packet.
+// The outcome of a trace without a line for each entry. Each field has the value that it has in the
+// Trace of the same packet.
 struct Decision {
   Hit outcome = Hit::kMiss;
   std::optional<FiltersCommon::filtersEntryId_t> entry;

@@ -16,14 +16,14 @@
 // Losses of the group's own fields come first, then the losses of each entry, in the order of the
 // bytes. A range covers a whole field: its tag, its length and its value. There are three
 // exceptions. For packed numbers the range covers one number. For a missing field it covers the
-// message that lacks the field, and for broken bytes everything from there to the end.
+// message that lacks the field, and for broken bytes everything from the break to the end.
 //
-// If the bytes break off, the constructors keep everything before the break. They also keep the
-// object or number that they make of an incomplete match, action, counter or number. About the
-// incomplete part there is only the finding kBytesBroken, and kEntryRefused if the group refuses
-// the entry. Both findings name the entry and the offender as they are kept. Fields that may have
-// followed the break are not reported as missing. Bytes that end exactly before an entry are not
-// broken: they are the bytes of a shorter group.
+// If the bytes break off, the constructors keep everything before the break. If a match, an action,
+// a counter or a number is incomplete, they also keep what they make of it. About the incomplete
+// part there is only the finding kBytesBroken, and kEntryRefused if the group refuses the entry.
+// Both findings name the entry and the offender with the ids and codes that were kept. Fields that
+// may have followed the break are not reported as missing. Bytes that end exactly before an entry
+// are not broken: they are the bytes of a shorter group.
 //
 // The functions may be called from any thread. They may throw std::bad_alloc, and nothing else.
 

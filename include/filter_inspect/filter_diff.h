@@ -20,10 +20,10 @@ namespace FiltersInspect {
 // Reports each difference as a note. The report is empty exactly when a == b. Differing fields of
 // the groups themselves, such as the priority, come first (kHeadChanged). The entries follow by
 // ascending id: an entry that one group lacks (kEntryAdded, kEntryRemoved), or each part of an
-// entry that differs (kEntryChanged). Parts are the entry's priority, policer and parent, a match,
-// an action and a counter. `before` is the part in a, and `after` the part in b. The text is empty
-// if that group does not have the part. A policer is described by its values, or by its bytes if
-// its values are the same in both groups.
+// entry that differs (kEntryChanged). A part is the entry's priority, its policer, its parent
+// policer, or one match, action or counter. `before` is the part in a, and `after` the part in b.
+// The text is empty if that group does not have the part. A policer is described by its values, or
+// by its bytes if its values are the same in both groups.
 FILTERS_API Report diff(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b);
 
 // One call of a member function of FiltersGroup.
@@ -38,8 +38,8 @@ struct Step {
 // "remove entry 7", or "insert entry 10 ..." with the text of the entry in `to`.
 FILTERS_API std::string toText(const Step& step, const FiltersCommon::FiltersGroup& to);
 
-// The order of steps. In both orders, an entry that a setter of stage or type would drop is removed
-// before that setter and inserted after it.
+// The order of steps. In both orders, an entry that a new stage or type does not admit is removed
+// before the setter of that stage or type, and inserted after it.
 enum class PlanOrder : std::uint8_t {
   // Insert as early and remove as late as possible. While stage and type stay the same, the group
   // always holds either every id of `from` or every id of `to`, so that no packet is left without a
@@ -58,8 +58,9 @@ enum class PlanOrder : std::uint8_t {
 struct Plan {
   bool possible = false;
   // True if it is certain that no plan has fewer steps. A plan can set other stages and types
-  // before the target's, and these decide which entries can stay. If there are too many sequences
-  // of stages and types to try, the plan is the best one that was tried, and `fewest` is false.
+  // before it sets those of the target. The other stages and types decide which entries can stay.
+  // If there are too many sequences of stages and types to try, the plan is the best one that was
+  // tried, and `fewest` is false.
   bool fewest = false;
   std::vector<Step> steps;  // empty if the groups are equal, or if there is no plan
   Report report;            // empty if there is a plan

@@ -32,10 +32,11 @@ FILTERS_API Report explainInsert(filtersGroupStage_t stage, filtersGroupType_t t
 // Would setStage() or setType() refuse the value?
 FILTERS_API Report explainStage(const FiltersGroup& group, filtersGroupStage_t stage);
 FILTERS_API Report explainType(const FiltersGroup& group, filtersGroupType_t type);
-// Would setMatches() refuse the matches? Every pair that cannot be in one entry is a finding.
+// Would setMatches() refuse the matches? There is a finding for every two matches that cannot be in
+// one entry.
 FILTERS_API Report explainMatches(const FiltersEntry::Matches& matches);
-// Would setMatch() refuse a match of this code, or setCounter() this counter? A match code without
-// a class is refused.
+// Would setMatch() refuse a match of this code? Would setCounter() refuse this counter? A match
+// code without a class is refused.
 FILTERS_API Report explainMatch(const FiltersEntry& entry, FiltersCommon::filtersMatch_t code);
 FILTERS_API Report explainCounter(const FiltersEntry& entry, const FiltersCommon::Counter& counter);
 
@@ -53,8 +54,8 @@ struct Capability {
 };
 FILTERS_API Capability capabilityOf(filtersGroupStage_t stage, filtersGroupType_t type);
 
-// A stage and a type that the setters would give a group, and that together admit the entry. All of
-// them are returned, in ascending order.
+// A stage and a type that the setters would give a group, and that together admit the entry. The
+// function returns all such combinations, in ascending order.
 struct Placement {
   filtersGroupStage_t stage;
   filtersGroupType_t type;

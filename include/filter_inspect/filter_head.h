@@ -20,7 +20,7 @@ struct GroupHead {
 FILTERS_API GroupHead headOf(const FiltersCommon::FiltersGroup& group);
 
 // Makes a group with this head and no entries. Stage and type are not checked, as in a group that
-// is read from bytes: they can be a pair that the setters would refuse.
+// is read from bytes: they can be a stage and a type that the setters would not accept together.
 FILTERS_API FiltersCommon::FiltersGroup emptyGroup(const GroupHead& head);
 
 // The line of the head in the text form, for example "group 7 priority=10 stage=ingress type=3".

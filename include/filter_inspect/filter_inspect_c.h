@@ -16,8 +16,8 @@
 //
 // Texts and arrays. Functions fill a caller's buffer as snprintf() does: they write as much as
 // fits, end a text with a zero byte, and return the length of the whole text without the zero byte.
-// A null buffer counts as a buffer of size 0. Pass one to get the length alone. Texts do not depend
-// on the locale.
+// A null buffer counts as a buffer of size 0. Pass a null buffer to get only the length. Texts do
+// not depend on the locale.
 //
 // Threads. Any number of threads may read a report, group or entry at a time. A thread that changes
 // or deletes an object must be the only one that uses it.
@@ -59,7 +59,7 @@ typedef enum filtersSeverity_t {
   FILTERS_SEVERITY_ERROR = 2,
 } filtersSeverity_t;
 
-// A finding is about one of these.
+// The kinds of object that a finding can be about.
 typedef enum filtersSubject_t {
   FILTERS_SUBJECT_GROUP = 0,
   FILTERS_SUBJECT_ENTRY = 1,
@@ -102,7 +102,8 @@ FILTERS_API size_t filtersReportCount(const FiltersReport* r);
 FILTERS_API int32_t filtersReportGet(const FiltersReport* r, size_t index, filtersFinding_t* out);
 // The number of findings beyond the limit of a report.
 FILTERS_API size_t filtersReportLeftOut(const FiltersReport* r);
-// The number of left-out findings with this severity. The most severe findings are kept.
+// The number of findings with this severity beyond the limit of a report, which keeps the most
+// severe findings.
 FILTERS_API size_t filtersReportLeftOutOf(const FiltersReport* r, filtersSeverity_t severity);
 // The highest severity of all findings, kept or left out; the severity of a note if there is no
 // finding.
@@ -143,14 +144,15 @@ FILTERS_API size_t filtersAdmittedTypes(filtersGroupStage_t s, filtersGroupType_
 FILTERS_API size_t filtersGroupToBytes(const FiltersGroup* g, void* out, size_t size);
 FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t size);
 
-// Reads bytes as the classes' constructors do, and reports what the constructors lose silently:
-// decodeGroup() and decodeEntry() with their default limits. *group or *entry gets the object,
-// which the caller deletes, or null if it cannot be made. The report then says why, or is null
-// itself. Pass a null `group` or `entry` for the report alone. `bytes` may be null if `size` is 0.
+// These functions call decodeGroup() and decodeEntry() with their default limits. They read bytes
+// as the constructors of the classes do, and report what the constructors lose silently. *group or
+// *entry gets the object, which the caller deletes, or null if it cannot be made. The report then
+// says why, or the report is null too. Pass a null `group` or `entry` for the report alone. `bytes`
+// may be null if `size` is 0.
 FILTERS_API FiltersReport* filtersDecodeGroup(const void* bytes, size_t size, FiltersGroup** group);
 FILTERS_API FiltersReport* filtersDecodeEntry(const void* bytes, size_t size, FiltersEntry** entry);
 
-// operator== of the classes. A null object is equal to no object.
+// These functions call operator== of the classes. They return false for a null pointer.
 FILTERS_API bool filtersGroupsEqual(const FiltersGroup* a, const FiltersGroup* b);
 FILTERS_API bool filtersEntriesEqual(const FiltersEntry* a, const FiltersEntry* b);
 
@@ -160,8 +162,8 @@ FILTERS_API size_t filtersEntryPrint(const FiltersEntry* e, char* out, size_t si
 
 // --- Text and JSON -------------------------------------------------------------------------------
 
-// toText() and toJson() of filter_text.h, for one group; toText() for one entry. Compact JSON is
-// one line without blanks.
+// These functions call toText() and toJson() of filter_text.h for one group, or toText() for one
+// entry. Compact JSON is one line without blanks.
 FILTERS_API size_t filtersGroupToText(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersGroupToJson(const FiltersGroup* g, char* out, size_t size);
 FILTERS_API size_t filtersGroupToCompactJson(const FiltersGroup* g, char* out, size_t size);
@@ -216,9 +218,8 @@ FILTERS_API size_t filtersStepToText(const filtersStep_t* step, const FiltersGro
 
 // --- Analysis ------------------------------------------------------------------------------------
 
-// Like Order of filter_analysis.h, which also lists the assumptions. For any other number,
-// functions return a null report or an empty trace. The JSON of these reports has the order and the
-// assumptions.
+// The values of Order in filter_analysis.h. For any other number, functions return a null report or
+// an empty trace. The JSON of these reports has the order and the assumptions.
 typedef enum filtersOrder_t {
   FILTERS_ORDER_UNSPECIFIED = 0,  // only what holds in every order
   FILTERS_ORDER_HIGHEST_PRIORITY = 1,
@@ -231,7 +232,8 @@ typedef enum filtersOrder_t {
   FILTERS_ORDER_LOWEST_PRIORITY_DESCENDING_ID = 7,
 } filtersOrder_t;
 
-// Call analyse(), compareTreatment() and unusualValues() with their default options.
+// These functions call analyse(), compareTreatment() and unusualValues() with their default
+// options.
 FILTERS_API FiltersReport* filtersAnalyse(const FiltersGroup* g, int32_t order);
 FILTERS_API FiltersReport* filtersCompareTreatment(const FiltersGroup* a, const FiltersGroup* b,
                                                    int32_t order);
@@ -257,19 +259,19 @@ typedef enum filtersOutcome_t {
 
 // Calls trace() for a packet as text, for example "src_ipv4=192.0.2.7 ip_protocol=6". Writes the
 // outcome, and then a line for each entry. `outcome` and `entry` may be null. If it is certain
-// which entry takes the packet, *entry gets this entry; otherwise it does not change. If the packet
-// cannot be read, the outcome is FILTERS_OUTCOME_NONE and the text says why. The text is empty if
-// an object is null or memory runs out.
+// which entry takes the packet, *entry gets the id of this entry; otherwise *entry does not change.
+// If the packet cannot be read, the outcome is FILTERS_OUTCOME_NONE and the text says why. The text
+// is empty if an object is null or memory runs out.
 FILTERS_API size_t filtersTrace(const FiltersGroup* g, const char* packet, int32_t order,
                                 filtersOutcome_t* outcome, filtersEntryId_t* entry, char* out,
                                 size_t size);
 
-// Call search(), touching() and remains() of filter_questions.h with their default options.
-// searchReport(), touchingReport() and remainsReport() describe the findings. `packets` is a packet
-// set as text, for example "src_ipv4=10.0.0.0/8 dst_l4_port=1024-65535". The empty text means every
-// packet. `then` may be null, or a list of actions, for example "permit set_pcp=5": only entries
-// with all of these actions are then reported. If a text cannot be read, the report has only its
-// faults, which are errors. A group without the entry gives a null report.
+// These functions call search(), touching() and remains() of filter_questions.h with their default
+// options. searchReport(), touchingReport() and remainsReport() describe the findings. `packets` is
+// a packet set as text, for example "src_ipv4=10.0.0.0/8 dst_l4_port=1024-65535". The empty text
+// means every packet. `then` may be null, or a list of actions, for example "permit set_pcp=5":
+// only entries with all of these actions are then reported. If a text cannot be read, the report
+// has only its faults, which are errors. A group without the entry gives a null report.
 FILTERS_API FiltersReport* filtersSearch(const FiltersGroup* g, const char* packets, int32_t order,
                                          const char* then);
 FILTERS_API FiltersReport* filtersTouching(const FiltersGroup* g, const char* packets,
@@ -281,7 +283,7 @@ FILTERS_API FiltersReport* filtersRemains(const FiltersGroup* g, filtersEntryId_
 FILTERS_API size_t filtersPacketSetToText(const char* packets, bool* valid, char* out, size_t size);
 // --- Traffic -------------------------------------------------------------------------------------
 
-// Like Link of filter_traffic.h. Every other number is refused.
+// The values of Link in filter_traffic.h. Functions refuse every other number.
 typedef enum filtersLink_t {
   FILTERS_LINK_ETHERNET = 0,
   FILTERS_LINK_RAW = 1,
@@ -290,7 +292,7 @@ typedef enum filtersLink_t {
   FILTERS_LINK_LOOPBACK = 4,
 } filtersLink_t;
 
-// Like FrameFault of filter_traffic.h, which explains the values.
+// The values of FrameFault in filter_traffic.h, which explains them.
 typedef enum filtersFrameFault_t {
   FILTERS_FRAME_FAULT_NONE = 0,
   FILTERS_FRAME_FAULT_CUT = 1,
@@ -303,9 +305,9 @@ typedef enum filtersFrameFault_t {
 } filtersFrameFault_t;
 
 // Like packetOf(): writes the packet fields that a frame shows, as text that filtersTrace() reads.
-// The text may be empty. *fault, which may be null, gets the reason why fields are missing. If the
-// link is unknown, `frame` is null although `captured` is not 0, or memory runs out, the text is
-// empty and *fault does not change.
+// The text may be empty. *fault, which may be null, gets the reason why fields are missing. In
+// three cases the text is empty and *fault does not change: the link is unknown; `frame` is null
+// although `captured` is not 0; memory runs out.
 FILTERS_API size_t filtersPacketOf(const void* frame, size_t captured, size_t length, int32_t link,
                                    filtersFrameFault_t* fault, char* out, size_t size);
 
@@ -340,8 +342,8 @@ typedef struct filtersAllHits_t {
 // Writes at most `count` rows, in the order of the rules, and returns the number of all rows.
 FILTERS_API size_t filtersHitsOfEntries(const FiltersHits* h, filtersEntryHits_t* out,
                                         size_t count);
-// Fill *out and return true. They return false and leave *out as it is if an object is null or the
-// fault is unknown.
+// These functions fill *out and return true. If an object is null or the fault is unknown, they
+// return false and leave *out as it is.
 FILTERS_API bool filtersHitsOfAll(const FiltersHits* h, filtersAllHits_t* out);
 FILTERS_API bool filtersHitsOfFault(const FiltersHits* h, int32_t fault, filtersFrameCount_t* out);
 FILTERS_API void deleteFiltersHits(FiltersHits* h);  // null: nothing to do

@@ -2,9 +2,9 @@
 #define FILTER_INSPECT_FILTER_NAMES_H_
 
 // Turns every code into its name, and back. A name is the enumerator in lower case, without the
-// prefix that its enumeration shares: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port". The prefix of
-// results is FILTERS_ERR_, as in "not_found"; FILTERS_OK is "ok". Names are part of the text and
-// JSON forms, and never change. C programs use filter_inspect_c.h.
+// prefix that all enumerators of the enumeration share: FILTERS_MATCH_DST_L4_PORT is "dst_l4_port".
+// The prefix of results is FILTERS_ERR_, as in "not_found"; FILTERS_OK is "ok". Names are part of
+// the text and JSON forms, and never change. C programs use filter_inspect_c.h.
 //
 // The functions may be called from any thread. The texts live as long as the library is loaded, and
 // each ends with a zero byte.
@@ -20,8 +20,8 @@
 
 namespace FiltersInspect {
 
-// Each enumeration has an overload. A value without a name gives an empty text; write its number
-// then.
+// There is an overload for each enumeration. A value without a name gives an empty text; write its
+// number then.
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersErr_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupStage_t);
 FILTERS_API std::string_view nameOf(FiltersCommon::filtersGroupType_t);

@@ -70,7 +70,7 @@ class FILTERS_API Policy {
  public:
   // Reads the text of a policy. Returns nothing if a part of it cannot be read. The report, which
   // may be null, then has all faults: `path` has the line and the column, for example "12:7", and
-  // `word` the wrong word. Findings beyond `max_findings` are counted in Report::left_out.
+  // `word` has the wrong word. Findings beyond `max_findings` are counted in Report::left_out.
   static std::optional<Policy> parse(std::string_view text, Report* report,
                                      std::size_t max_findings = 1000);
   // The groups in the order of the file. The file names each group once.
@@ -93,16 +93,16 @@ class FILTERS_API Policy {
 //   empty, it stands for the case that no entry takes the packet. The message says why there is no
 //   answer: the reading, the tie, or the limit of steps. If the limit was reached before a packet
 //   was found, `witness` is empty.
-// `path` is the line and column of the promise, and `word` the promise. `before` is what `entry`
-// does with the packet, and `after` what the first of `others` does.
-// max_steps is the limit of steps for each question about an entry.
+// `path` is the line and column of the promise, and `word` is its text. `before` is what `entry`
+// does with the packet, and `after` what the first of `others` does. max_steps is the limit of
+// steps for each question about an entry.
 FILTERS_API Report checkPolicy(const FiltersCommon::FiltersGroup& group, const Policy& policy,
                                const AnalysisOptions& options = {});
 
 // Removes the findings that the policy accepts for this group from a report of analyse(), and
 // returns their number. Adds a note (kAcceptStale) for each acceptance that fits no finding. It
-// adds none if the report has left out findings, because an acceptance may fit one of these. Give
-// analyse() the order that the policy has for the group.
+// adds no such note if the report has reached its limit and left out findings, because an
+// acceptance may fit one of these. Give analyse() the order that the policy has for the group.
 FILTERS_API std::size_t acceptFindings(const Policy& policy, FiltersCommon::filtersGroupId_t group,
                                        Report* report);
 

@@ -41,9 +41,9 @@ namespace FiltersInspect {
 class FILTERS_API PacketSet {
  public:
   PacketSet() = default;  // every packet
-  // Like Packet::parse(): returns nothing if a part cannot be read. The report, which may be null,
-  // then says why, with "1:column" as its path. A field that every packet has can be `none` too, as
-  // in a Packet. Entries that test such a field then miss.
+  // Like Packet::parse(): returns nothing if a part of the text cannot be read. The report, which
+  // may be null, then says why, with "1:column" as its path. A field that every packet has can be
+  // `none` too, as in a Packet. Entries that test such a field then miss.
   static std::optional<PacketSet> parse(std::string_view text, Report* report,
                                         std::size_t max_findings = 1000);
   // Writes text from which parse() reads the same set. Two sets with the same values in each field
@@ -63,7 +63,8 @@ class FILTERS_API ActionTest {
   // The report, which may be null, then says why, with "1:column" as its path.
   static std::optional<ActionTest> parse(std::string_view text, Report* report,
                                          std::size_t max_findings = 1000);
-  // True if the entry has all of these actions, or any of them.
+  // hasAll() is true if the entry has all of these actions, and hasAny() if it has at least one of
+  // them.
   bool hasAll(const FiltersCommon::FiltersEntry& entry) const;
   bool hasAny(const FiltersCommon::FiltersEntry& entry) const;
   std::string toText() const;
@@ -88,7 +89,7 @@ struct Destination {
   bool all = false;    // every packet of the set goes there
   std::string reason;  // for kUndecided: which match has several readings, or which entries tie
   // A packet of the set. For kHit, trace() says that the entry takes this packet, or that no entry
-  // takes it if there is no entry here. For kUndecided, trace() says that this is possible.
+  // takes it if `entry` is not set. For kUndecided, trace() says that this is possible.
   Packet witness;
 };
 struct Destinations {
@@ -99,7 +100,7 @@ struct Destinations {
 };
 
 // Every destination of packets of the set, with an example packet for each. The order in `options`
-// is ignored. If there is a `then`, only entries with all of its actions are in the answer.
+// is ignored. If `then` is given, only entries with all of its actions are in the answer.
 FILTERS_API Destinations search(const FiltersCommon::FiltersGroup& group, const PacketSet& packets,
                                 Order order, const AnalysisOptions& options = {},
                                 const ActionTest* then = nullptr);
@@ -115,13 +116,14 @@ FILTERS_API Destinations touching(const FiltersCommon::FiltersGroup& group,
 
 // The packets of a set that reach an entry, because no entry before it takes them.
 struct Remains {
-  // As in Destination. kMiss means that no packet is left.
+  // kHit and kUndecided have the meaning that they have in Destination. kMiss means that no packet
+  // is left.
   Hit hit = Hit::kMiss;
   std::string reason;
   Packet witness;
   // `surely` has all packets that the entry surely takes. `possibly` has all packets that the entry
-  // takes under some reading, or for some outcome of a tie. `hit` says whether there are such
-  // packets. If there are, and a list is empty, the list would have been too long.
+  // takes under some reading, or for some outcome of a tie. A list is also empty if it would have
+  // been too long; `hit` says whether there are packets at all.
   std::vector<PacketSet> surely, possibly;
   bool complete = true;  // false if the steps did not suffice
 };
@@ -137,10 +139,11 @@ FILTERS_API std::optional<Remains> remains(const FiltersCommon::FiltersGroup& gr
 // - kPacketsGo, kPacketsMayGo: a destination that search() found, in its order. Without an `entry`,
 //   no entry takes `witness`.
 // - kPacketsMatch: an entry that touching() found.
-// - kPacketsLeft: what is left of an entry. A finding with a `value` is one of the sets: `after` is
-//   "hit" for packets that surely reach the entry, and "undecided" for packets that may reach it. A
-//   set that is in both lists gives one finding. The first finding has the witness and no `value`.
-//   It is the only one if one of the lists would be too long.
+// - kPacketsLeft: the packets that are left for an entry. A finding with a `value` gives one of the
+//   sets of packets that are left: `after` is "hit" for packets that surely reach the entry, and
+//   "undecided" for packets that may reach it. A set that is in both lists gives one finding. The
+//   first finding has the witness and no `value`. It is the only one if one of the lists would be
+//   too long.
 // - kNotDecided: the limit of steps was reached.
 FILTERS_API Report searchReport(const FiltersCommon::FiltersGroup& group,
                                 const Destinations& found);
@@ -153,17 +156,18 @@ FILTERS_API Report remainsReport(const FiltersCommon::FiltersGroup& group,
 
 // Reports the effect of each changed rule on packets. A rule that only one group has is changed
 // too. compareTreatment() has a finding for each pair of rules, and one changed rule can be in many
-// pairs. Here all pairs of a rule give one finding. Only packets with another treatment give a
-// further finding. For example
+// pairs. This function gives one finding for all pairs of a rule. It gives a further finding only
+// for packets that the change treats in another way. For example
 //
 //     entry 20: permit became deny: packets like this one are now dropped [treatment-differs]
 //     entry 5: new: it takes packets of entries 30 and 40; packets like this one are now permitted
 //
 // `entry` is the changed rule, of `b` if `a` does not have it. `others` are the rules that take the
-// packets before or after the change instead of it. `witness` is an example packet, `before` and
-// `after` what the groups do with it. kNoDifference: the rule has changed, but every packet is
-// treated as before. kNotDecided: as from compareTreatment(); rules that have not changed share one
-// such finding, without an `entry`. If `packets` are given, only packets of this set are compared.
+// packets instead of `entry`, before or after the change. `witness` is an example packet, `before`
+// and `after` what the groups do with it. kNoDifference: the rule has changed, but every packet is
+// treated as before. kNotDecided has the same meaning as in compareTreatment(). Rules that have not
+// changed share one such finding, without an `entry`. If `packets` are given, only packets of this
+// set are compared.
 FILTERS_API Report explainChanges(const FiltersCommon::FiltersGroup& a,
                                   const FiltersCommon::FiltersGroup& b,
                                   const AnalysisOptions& options = {},

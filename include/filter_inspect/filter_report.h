@@ -33,7 +33,7 @@ enum class Code : std::uint16_t {
 #include <filter_inspect/findings.def>
 };
 
-// A finding is about one of these.
+// The kinds of object that a finding can be about.
 enum class Subject : std::uint8_t { kGroup, kEntry, kMatch, kAction, kPolicer, kParent, kCounter };
 
 // The names are "match-not-admitted", "warning" and "entry", for example. Each name ends with a
@@ -81,8 +81,8 @@ struct Finding {
   // example "12:7".
   std::string path;
   std::optional<ByteRange> bytes;
-  // Values as text: the received value, and the value that is kept. For a witness: what this entry
-  // does with that packet, and what another entry does with it.
+  // Values as text: the received value, and the value that is kept. If there is an example packet
+  // (`witness`): what this entry does with that packet, and what another entry does with it.
   std::string before, after;
   std::string witness;  // a packet that shows what the finding says
   std::string message;  // one English sentence without its full stop
@@ -103,7 +103,7 @@ struct Finding {
 // The number of findings for each severity.
 using SeverityCounts = std::array<std::size_t, 3>;
 
-// For example "1 error, 101 notes": severities without findings are left out.
+// For example "1 error, 101 notes"; severities without findings are not named.
 FILTERS_API std::string countsText(const SeverityCounts& counts);
 
 struct Report {
@@ -123,7 +123,7 @@ struct Report {
   }
   // Appends the findings of another report, and adds the number of findings that it left out.
   FILTERS_API void append(Report&& other);
-  // Keeps the `most` most severe findings, in their order, and leaves out the others.
+  // Keeps at most `most` findings: the most severe ones, in their order. Leaves out the others.
   FILTERS_API void keep(std::size_t most);
 };
 
@@ -151,8 +151,8 @@ class LimitedReport {
 };
 
 // Writes one line for each finding: "warning: entry 30: match vrf_id: ... [match-not-admitted]". If
-// there is a witness, the next lines show it, and what this entry and other entries do with it. A
-// report ends with the number of findings left out.
+// the finding has an example packet (`witness`), the next lines show the packet, and what this
+// entry and other entries do with it. A report ends with the number of findings left out.
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Finding& finding);
 FILTERS_API std::ostream& operator<<(std::ostream& os, const Report& report);
 

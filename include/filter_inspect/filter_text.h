@@ -36,8 +36,8 @@ inline constexpr int kJsonVersion = 1;
 FILTERS_API std::string toText(const std::vector<FiltersCommon::FiltersGroup>& groups);
 FILTERS_API std::string toText(const FiltersCommon::FiltersGroup& group);
 
-// JSON has a line for each value, or is all on one line without blanks. The one line takes less
-// than half of the bytes. Readers take both.
+// JSON has a line for each value, or is all on one line without blanks. JSON on one line takes less
+// than half as many bytes. Readers accept both layouts.
 enum class JsonLayout : std::uint8_t { kIndented, kCompact };
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups);
 FILTERS_API std::string toJson(const std::vector<FiltersCommon::FiltersGroup>& groups,
@@ -56,7 +56,7 @@ FILTERS_API std::string toJson(const FiltersCommon::FiltersEntry& entry,
 
 // The line for people. It has the values of each policer, even if these do not describe the policer
 // completely. So the lines of different entries can be the same, and some platforms cannot read the
-// line.
+// line back.
 FILTERS_API std::string shownText(const FiltersCommon::FiltersEntry& entry);
 
 // The parts of an entry's line, for tables and pictures.
@@ -109,13 +109,13 @@ struct ParsedGroups {
 };
 FILTERS_API ParsedGroups groupsFromText(std::string_view text, std::size_t max_findings);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json, std::size_t max_findings);
-// Does the same with a limit of 1,000 findings.
+// Reads groups with a limit of 1,000 findings.
 FILTERS_API ParsedGroups groupsFromText(std::string_view text);
 FILTERS_API ParsedGroups groupsFromJson(std::string_view json);
 
-// Reads one entry, from its line of the text form or its object of the JSON form. No checks of a
-// group are made. There is an entry exactly if the report is empty. The findings are those of the
-// readers above.
+// Reads one entry, from its line of the text form or its object of the JSON form. The entry is not
+// checked against the stage and type of a group. There is an entry exactly if the report is empty.
+// The findings are those of groupsFromText() and groupsFromJson().
 struct ParsedEntry {
   std::optional<FiltersCommon::FiltersEntry> entry;
   Report report;

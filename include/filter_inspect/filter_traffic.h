@@ -55,8 +55,8 @@ constexpr std::array<FrameFault, 8> kAllFrameFaults = {
     FrameFault::kWrongLength,  FrameFault::kWrongVersion, FrameFault::kUnknownLink,
     FrameFault::kEncapsulated, FrameFault::kLaterFragment};
 
-// "ethernet", "raw", "linux-cooked", "linux-cooked-2" and "loopback"; "none", "cut", "ends-early"
-// and so on. Each name ends with a zero byte.
+// The names of the values: "ethernet", "raw", "linux-cooked", "linux-cooked-2" and "loopback";
+// "none", "cut", "ends-early" and so on. Each name ends with a zero byte.
 FILTERS_API std::string_view nameOf(Link);
 FILTERS_API std::string_view nameOf(FrameFault);
 // The reason in words, for example "a header lies beyond what was captured".
@@ -67,13 +67,13 @@ FILTERS_API std::string_view describe(FrameFault);
 // `fault`, which may be null, gets the reason why fields are unknown.
 //
 // - dst_mac and src_mac: from Ethernet.
-// - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). An
-//   Ethernet frame without a tag is untagged and lacks the other three. A VLAN id of 0 is returned
-//   as 0, although such a tag has only a priority. On other links a frame can show that there is a
-//   tag, but not that there is none.
+// - vlan_tagging, tpid, external_vlan_id and pcp: from the outer tag (0x8100, 0x88a8 or 0x9100). In
+//   an Ethernet frame without a tag, vlan_tagging is untagged and the other three fields are
+//   absent. A VLAN id of 0 is returned as 0, although such a tag has only a priority. On other
+//   links a frame can show that there is a tag, but not that there is none.
 // - src_ipv4, dst_ipv4, src_ipv6, dst_ipv6, ip_protocol, tos and ttl: from the outermost IP header,
 //   after all tags (RFC 791, RFC 8200). The addresses of the other family are absent, and so are
-//   all of these fields in frames without IP, such as ARP. The protocol of IPv6 is the protocol
+//   all of these fields in frames without IP, such as ARP. For IPv6, ip_protocol is the protocol
 //   after the extension headers. IP after LLC and SNAP (RFC 1042) is found. IP after MPLS, PPPoE
 //   and similar headers is not searched for, and then all these fields are unknown.
 // - src_l4_port and dst_l4_port: from TCP, UDP, DCCP, SCTP and UDP-Lite. They are absent in other
@@ -81,8 +81,8 @@ FILTERS_API std::string_view describe(FrameFault);
 //
 // All other fields are known only to the device, and stay unknown here. A field beyond the captured
 // bytes is unknown too, and so are the fields of an IP header that contradicts itself or the frame.
-// So more captured bytes of a frame never change the fields that were known. Bytes after the length
-// that the IP header gives are padding.
+// So a longer capture of the same frame never changes a field that was already known. Bytes after
+// the length that the IP header gives are padding.
 FILTERS_API Packet packetOf(const void* frame, std::size_t captured, std::size_t length, Link link,
                             FrameFault* fault = nullptr);
 
@@ -125,8 +125,9 @@ struct Hits {
 // Counts the packets that the entries of a group take. The object may outlive the group.
 class FILTERS_API HitCounter {
  public:
-  // `assumed` has fields that no frame shows, such as vrf_id, for all frames. If a frame shows such
-  // a field, or shows that the packet lacks it, the field in `assumed` is ignored for that frame.
+  // `assumed` gives fields that no frame shows, such as vrf_id. They hold for all frames. If a
+  // frame shows such a field, or shows that the packet lacks it, the field in `assumed` is ignored
+  // for that frame.
   HitCounter(const FiltersCommon::FiltersGroup& group, Order order, Packet assumed = {});
   HitCounter(HitCounter&&) noexcept;
   HitCounter& operator=(HitCounter&&) noexcept;
@@ -136,8 +137,7 @@ class FILTERS_API HitCounter {
   // out, the frame is not counted.
   void count(const void* frame, std::size_t captured, std::size_t length, Link link,
              std::int64_t time = 0);
-  // Does the same for a packet that packetOf() has returned. Several counters can share such a
-  // packet.
+  // Counts a packet that packetOf() has returned. Several counters can count the same packet.
   void count(const Packet& packet, FrameFault fault = FrameFault::kNone, std::int64_t time = 0);
   const Hits& hits() const;
  private:
@@ -166,7 +166,7 @@ struct TrafficDifferences {
 // entries tie.
 class FILTERS_API TrafficComparison {
  public:
-  // Like the functions of HitCounter.
+  // These functions work like those of HitCounter.
   TrafficComparison(const FiltersCommon::FiltersGroup& a, const FiltersCommon::FiltersGroup& b,
                     Order order, Packet assumed = {});
   TrafficComparison(TrafficComparison&&) noexcept;
