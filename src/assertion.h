@@ -1,7 +1,7 @@
 #ifndef FILTER_COMMON_SRC_ASSERTION_H_
 #define FILTER_COMMON_SRC_ASSERTION_H_
 
-// The header declares the reporting function only if NDEBUG is not defined.
+// <assert.h> declares the function that reports a failure only if NDEBUG is not defined.
 #undef NDEBUG
 #include <assert.h>
 
@@ -10,7 +10,8 @@
 // the text does not depend on the compiler or on the source folder.
 #define FILTERS_ASSERT(expression, signature) FILTERS_ASSERT_AT(expression, __LINE__, signature)
 
-// The same, but reports the given line number, because callers may depend on it.
+// Like FILTERS_ASSERT, but reports the given line number, because callers may depend on that
+// number.
 #define FILTERS_ASSERT_AT(expression, line, signature) \
   ((expression) ? static_cast<void>(0) : __assert_fail(#expression, __FILE_NAME__, line, signature))
 

@@ -34,7 +34,8 @@ std::ostream& printMac(std::ostream& os, const char* header, const Action& actio
   char buffer[] = "00:00:00:00:00:00";
   const char* text = ether_ntoa_r(&mac, buffer);
   printOne(os, header, action, "      Replace MAC: ", text == nullptr ? "" : text);
-  // The failure is set after the line end, because a failed stream prints nothing more.
+  // The stream is marked as failed only after the line end, because a failed stream prints nothing
+  // more.
   if (text == nullptr) os.setstate(std::ios_base::badbit);
   return os;
 }

@@ -18,8 +18,8 @@
 namespace FiltersCommon {
 namespace {
 
-// The codes that exclude each other. The checks use these lists, and the public sets are made from
-// the lists.
+// The codes of matches that exclude each other. The checks use these lists, and the public sets are
+// made from the lists.
 using Codes = std::array<filtersMatch_t, 2>;
 constexpr Codes kIPv4Only = {FILTERS_MATCH_SRC_IPV4, FILTERS_MATCH_DST_IPV4};
 constexpr Codes kIPv6Only = {FILTERS_MATCH_SRC_IPV6, FILTERS_MATCH_DST_IPV6};
@@ -47,8 +47,8 @@ std::unique_ptr<Object> makeBlank(Code code) {
       visit<Object*>(code, nullptr, [](auto tag) { return tag.makeBlank().release(); }));
 }
 
-// A copy as an object of its code's class, so a MatchDSCP becomes a MatchToS. Null for a code
-// without a class.
+// A copy whose class is the class of the object's code, so a MatchDSCP becomes a MatchToS. Null for
+// a code without a class.
 template <class Object>
 std::unique_ptr<Object> clone(const Object& object) {
   return std::unique_ptr<Object>(visit<Object*>(object.getType(), nullptr, [&](auto tag) {
@@ -93,8 +93,8 @@ filtersErr_t eraseFrom(Held* held, Code code) {
   return FILTERS_OK;
 }
 
-// Makes room for `count` more objects, but at most for one of each code, because a message may
-// repeat codes and an entry holds each code once.
+// Reserves space for `count` more objects, but never for more objects than there are codes: a
+// message may repeat a code, but an entry holds each code once.
 template <class Held>
 void reserveObjects(Held* held, std::size_t count) {
   constexpr std::size_t kMost = 64;  // more than there are codes
@@ -263,7 +263,7 @@ filtersErr_t FiltersEntry::deleteCounters() {
 
 namespace {
 
-// For each kind of field, the accessor that changes it.
+// For each kind of field, the accessor of the message that changes a field of this kind.
 #define FILTERS_CHANGE_number(n, name) FILTERS_FIELD(n, set_, name)
 #define FILTERS_CHANGE_bytes(n, name) FILTERS_FIELD(n, set_, name)
 #define FILTERS_CHANGE_messages(n, name) FILTERS_FIELD(n, mutable_, name)
@@ -281,7 +281,7 @@ void putPart(const std::unique_ptr<Action>& action, ActionPB* message) {
 void putPart(const std::pair<const unsigned short, Counter>& held, CounterPB* message) {
   held.second.Serialize(message);
 }
-// True if the row that T uses belongs to the class whose conversions T has.
+// True if T's row of wire_fields.def belongs to the class from which T has its conversions.
 template <class T>
 constexpr bool hasRow() {
   using Row = decltype(WireFields::rowOf(static_cast<const T*>(nullptr)));
@@ -310,8 +310,8 @@ void putPart(const std::pair<const unsigned short, Counter>& held, WireWriter* o
 void takePart(const MatchPB& message, Match* match) { match->convertFromMatchPB(&message); }
 void takePart(const ActionPB& message, Action* action) { action->convertFromActionPB(&message); }
 
-// Reads a counter. A message always gives a counter; bytes give one only if they have the form that
-// a counter writes.
+// Reads a counter. A message always gives a counter. Bytes give a counter only if they have the
+// form in which a counter is written.
 bool takeCounter(const CounterPB& message, Counter* counter) {
   *counter = Counter(message);
   return true;
@@ -349,8 +349,8 @@ void WireFields::Entry::store(FiltersEntry* entry, std::unique_ptr<Action> actio
   entry->storeAction(std::move(action));
 }
 
-// If the code is unknown or excluded, a message is skipped. Bytes with such a code have another
-// form, and make the reader fail.
+// A message with an unknown code, or with a code that a held match excludes, is skipped. Bytes with
+// such a code make the reader fail.
 template <class Object, class Code, class Part>
 bool WireFields::Entry::takeObject(FiltersEntry* entry, const Part& part) {
   if constexpr (std::is_same_v<Part, WireReader>) {
@@ -399,9 +399,9 @@ bool WireFields::Entry::take(FiltersEntry* entry, Reader in, [[maybe_unused]] st
     entry->policer_ = policerFrom(policer);
     if (hasParent) entry->policerParent_ = std::make_shared<policer::Policer>(policerFrom(parent));
   };
-  // The constructors of policers may throw. In a message they run first. In bytes they run last,
-  // because bytes whose matches or actions have another form are parsed again as a message, and
-  // this message may lack the parent.
+  // The constructors of policers may throw. When an entry is made from a message, they run first.
+  // When it is made from bytes, they run last, because bytes whose matches or actions have another
+  // form are parsed again as a message, and this message may lack the parent.
   if (!kBytes) takePolicers();
   // Deliberate: this does not call setCounter(). All counters of another process are kept, even
   // those with type 0 or a repeated type.

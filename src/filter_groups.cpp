@@ -28,7 +28,8 @@ constexpr std::size_t kMaxGrowth = 8;
 constexpr std::size_t kUsualSize = 512;
 
 // Parses entries whose bytes have another form than serialize() writes. One message is used for all
-// entries and keeps its memory. It is on an arena, so nothing is leaked if memory runs out.
+// entries and keeps its memory. The message is on an arena, so nothing is leaked if memory runs
+// out.
 class OddEntries {
  public:
   // False if the bytes do not parse. The parser gets the bytes of the entry together with all later
@@ -160,9 +161,8 @@ void FiltersGroup::parse(const char* bytes, std::size_t size) {
 }
 
 // Reads bytes of the form that serialize() writes, one entry at a time, so that the message of the
-// whole group is never in memory. An entry may have another form: it is parsed as a message.
-// Returns false if other parts of the group have another form. The caller then parses the whole
-// message.
+// whole group is never in memory. An entry that has another form is parsed as a message. Returns
+// false if anything else in the group has another form. The caller then parses the whole message.
 bool FiltersGroup::parseAsWritten(const char* bytes, std::size_t size) {
   WireReader in(bytes, size);
   auto take = withMessages(TakeFields<WireReader>{in}, [&](const auto& field, const Entries&) {

@@ -158,7 +158,7 @@ std::optional<StageRules> rulesOf(filtersGroupStage_t stage) {
   return std::nullopt;
 }
 
-// Makes a public table. It has a row for each code that has rules.
+// Makes a public table. The table has a row for each stage or type that the checks know.
 template <class Key, class Code, class RowOf>
 std::map<Key, const std::set<Code>> publish(RowOf rowOf) {
   std::map<Key, const std::set<Code>> table;

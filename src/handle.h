@@ -16,13 +16,13 @@ void* newHandle(Arguments&&... arguments) {
   return static_cast<Base*>(new T(std::forward<Arguments>(arguments)...));
 }
 
-// The handle's object as a T. The caller must know that it is a T.
+// The object of a handle. The caller must know that the object is a T.
 template <class Base, class T = Base>
 T& fromHandle(void* handle) {
   return static_cast<T&>(*static_cast<Base*>(handle));
 }
 
-// Makes a list of an array of ports. The array is not read if count is 0.
+// Makes a list from an array of ports. The array is not read if count is 0.
 inline std::list<limid_t> portList(const limid_t* ports, unsigned int count) {
   return count == 0 ? std::list<limid_t>() : std::list<limid_t>(ports, ports + count);
 }

@@ -128,8 +128,8 @@ class WireReader {
     failed_ = true;
     at_ = end_;
   }
-  // The caller refuses a value. Nothing is thrown here, unlike for a message: the reader fails, and
-  // the bytes are then parsed as a message, which decides.
+  // The caller refuses a value. This reader then fails, and the bytes are parsed as a message.
+  // MessageReader throws in this case.
   void refuse(const char*) { fail(); }
 
   template <unsigned n>

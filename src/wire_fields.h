@@ -164,7 +164,7 @@ struct PutFields {
   Writer& out;
 };
 
-// Sorts the first numbers, removes duplicates, and returns how many are left.
+// Sorts the first `count` numbers, removes duplicates among them, and returns how many are left.
 inline std::size_t makeSet(std::vector<unsigned short>* numbers, std::size_t count) {
   const auto end = numbers->begin() + static_cast<std::ptrdiff_t>(count);
   std::sort(numbers->begin(), end);
@@ -267,7 +267,7 @@ struct TakeFields {
   }
 };
 
-// PutFields or TakeFields, with a function that handles the field of messages.
+// PutFields or TakeFields, together with a function for the fields that hold messages.
 template <class Fields, class Messages>
 struct WithMessages : Fields {
   Messages messages;

@@ -10,8 +10,8 @@
 
 namespace FiltersCommon {
 
-// Makes room before elements are added. A message that is not on an arena would otherwise make an
-// element first, and then make room for it in its list. If that fails, the element is leaked.
+// Reserves space before elements are added. Otherwise a message that is not on an arena would make
+// an element first, and then grow its list. If the list cannot grow, that element is leaked.
 template <class List>
 List* withRoom(List* list, std::size_t count) {
   list->Reserve(list->size() + static_cast<int>(count));

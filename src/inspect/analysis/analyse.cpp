@@ -18,8 +18,8 @@ namespace {
 
 using namespace FiltersCommon;
 
-// A holder of an entry takes all packets of that entry. The field `others` of a finding has at most
-// this number of holders.
+// A holder of an entry is another entry that takes all packets of that entry. The field `others` of
+// a finding has at most this number of holders.
 constexpr std::size_t kMostHolders = 16;
 // If more entries than this have a holder, one finding reports all of them.
 constexpr std::size_t kMostHeld = 8;
@@ -102,7 +102,7 @@ class Analysis {
     return rules_[a].treatment != rules_[b].treatment;
   }
 
-  // The packets that the rule at `p` must take among those that the rules at `takers` take.
+  // The packets that the rule at `p` must take, among the packets that all rules at `takers` take.
   SetId mustBeside(std::uint32_t p, const Positions& takers) {
     if (isClosed(rules_[p])) return rules_[p].must;
     numbers_.clear();
@@ -125,7 +125,7 @@ class Analysis {
 
   // --- Trying a few packets, which is enough for most rules ---
 
-  // True if some rule before `end` must take a packet that all of `takers` take.
+  // True if some rule before `end` must take this packet, which all rules at `takers` take.
   bool isTakenBefore(std::uint32_t end, const Positions& takers, const Point& point) {
     met_by_.mayHold(point, 0, end, &tried_);
     return std::any_of(tried_.begin(), tried_.end(), [&](std::uint32_t p) {
@@ -214,8 +214,8 @@ class Analysis {
   // these packets before a blocker does; those rules then decide how the packets are treated.
   void tellUnreachable(std::uint32_t i, const Positions& blockers, Finding* finding) {
     constexpr std::size_t kNamed = 4;
-    // Rules after the last blocker are never the first to take a packet. Blockers are tried before
-    // other rules, since the finding names the blockers anyway.
+    // Rules after the last blocker are never the first to take a packet of the rule at `i`.
+    // Blockers are tried before other rules, since the finding names the blockers anyway.
     const std::uint32_t end = rules_[blockers.back()].ranks_end;
     met_by_.meeting(rules_[i].may, 0, end, &met_);
     const Positions before = met_;
@@ -276,10 +276,10 @@ class Analysis {
     witness->take(left.witness);
   }
 
-  // Tries some packets of both rules; packets with the most fields come first. Among these, a
-  // packet is best if both rules surely take it and no rule before `end` may take it. A packet is
-  // second best if no rule before `end` must take it. Returns true if no other packet of both rules
-  // can have more fields than the packet that was found.
+  // Tries some packets of both rules; packets with the most fields come first. Among packets with
+  // equally many fields, a packet is best if both rules surely take it and no rule before `end` may
+  // take it. A packet is second best if no rule before `end` must take it. Returns true if no other
+  // packet of both rules can have more fields than the packet that was found.
   bool tryPackets(std::uint32_t i, std::uint32_t p, std::uint32_t end, Witness* witness) {
     const Rule &a = rules_[i], &b = rules_[p];
     std::optional<std::size_t> least;  // of all packets of both rules, the fewest missing fields
@@ -412,7 +412,8 @@ class Analysis {
     return false;
   }
 
-  // Does the same for packets that the rule shares with later rules of another treatment.
+  // Tries a few packets that the rule shares with later rules of another treatment. Returns true if
+  // one of them would be treated differently without the rule.
   bool isSurelyMissedBy(std::uint32_t i, const Positions& next) {
     unsigned tried = 0;
     for (std::uint32_t p : next) {
@@ -427,8 +428,8 @@ class Analysis {
     return false;
   }
 
-  // Returns true if one packet would be treated differently without the rule at `i`. No rule before
-  // that rule takes this packet.
+  // True if this packet would be treated differently without the rule at `i`. The caller knows that
+  // no rule before that rule must take the packet.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;
@@ -446,7 +447,7 @@ class Analysis {
 
   // Looks for a packet of both rules that none of the candidates takes. The candidates are rules
   // before `end`. Prefers a packet for which this holds under every reading. Returns kLeft if there
-  // is a packet.
+  // is such a packet.
   Cut::Outcome findPacket(std::uint32_t i, std::uint32_t p, std::uint32_t end,
                           const std::vector<Candidate>& candidates, Witness* witness) {
     if (tryPackets(i, p, end, witness)) return Cut::Outcome::kLeft;
@@ -553,7 +554,7 @@ class Analysis {
   // --- Rules whose packets other rules take too, without an order ---
 
   // Finds the rules that take all packets of the rule at `i` and treat them differently. A rule
-  // that takes every packet is left out, because it is not worth a finding. Returns false if the
+  // that takes every packet is ignored, because it is not worth a finding. Returns false if the
   // search takes too many steps.
   bool findHolders(std::uint32_t i) {
     Positions met, holders;
@@ -569,8 +570,8 @@ class Analysis {
     return true;
   }
 
-  // Drops rules for the rest from the holders. Such a rule takes all packets of nearly all other
-  // rules, and large groups often have one.
+  // Removes rules for "all other packets" from the holders. Such a rule takes all packets of nearly
+  // all other rules, and large groups often have one.
   void dropRests() {
     if (rules_.size() <= kMostHeld) return;
     std::vector<std::size_t> counts(rules_.size());

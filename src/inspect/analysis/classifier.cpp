@@ -7,7 +7,8 @@
 namespace FiltersInspect {
 namespace {
 
-// The memory that the rows of one dimension may take. If they need more, ranks share rows.
+// The memory that the rows of one dimension may take. If they need more, neighbouring ranks share a
+// row.
 constexpr std::size_t kMostBytes = std::size_t{8} << 20;
 // The largest number of elements in `jumps`.
 constexpr unsigned kMostJumpBits = 16;
@@ -63,8 +64,8 @@ Classifier::Classifier(const std::vector<PreparedEntry>& entries)
   chooseLeaders();
 }
 
-// A dimension becomes a leader if its rows are short, and if some entry constrains this dimension
-// but none of the leaders chosen so far.
+// A dimension becomes a leader (a leading dimension) if its rows are short, and if some entry
+// constrains this dimension but none of the leaders chosen so far.
 void Classifier::chooseLeaders() {
   std::vector<std::uint32_t> by_length;
   const auto lengthOf = [this](std::uint32_t d) {
@@ -124,8 +125,8 @@ Classifier::Dimension Classifier::dimensionOf(const Space::Scale& scale,
   return made;
 }
 
-// Goes through the ranks from the lowest, and keeps the entries that allow the ranks of a row.
-// Returns false if the rows take too much memory.
+// Goes through the ranks from the lowest, and fills each row with the entries that allow a rank of
+// the row. Returns false if the rows take too much memory.
 bool Classifier::fillRows(const std::vector<Use>& uses, Dimension* dimension) const {
   std::vector<const Use*> by_last;
   by_last.reserve(uses.size());
@@ -204,8 +205,8 @@ std::size_t Classifier::rowsFor(const Packet& packet, Looked* looked) const {
   return count;
 }
 
-// Returns part `s` of a summary. Its bits show the words that can contain an entry that takes the
-// packet.
+// Returns the word `s` of a summary, in which each bit stands for one word of the rows. The bit is
+// 0 if no entry of that word can take the packet.
 Classifier::Word Classifier::wordsToRead(const Looked* looked, std::size_t count,
                                          std::size_t s) const {
   Word some = others_[s], all = ~Word{0};

@@ -14,8 +14,9 @@
 // for each kept word. The summaries show which words need to be read (Baboescu and Varghese,
 // "Scalable packet classification", 2001). For 10,000 entries a summary has three words. Nearly
 // every entry constrains an address or another field of many values, and the rows of such a
-// dimension are short. These dimensions lead. A word is read in two cases: it is in the row of a
-// leading dimension, or one of its entries constrains no leading dimension whose value is known.
+// dimension are short. Some of these dimensions are the leading ones. A word is read in two cases:
+// it is in the row of a leading dimension, or one of its entries constrains no leading dimension
+// whose value is known.
 //
 // If the rows of a dimension would take too much memory, neighbouring ranks share a row. The answer
 // may then have entries that do not take the packet. This does no harm: the caller compares each
@@ -33,7 +34,7 @@ namespace FiltersInspect {
 
 class Classifier {
  public:
-  // Entries are numbered from 0 in the order of the list.
+  // Entries are numbered from 0 in the order of `entries`.
   explicit Classifier(const std::vector<PreparedEntry>& entries);
 
   // Calls `visit` with the number of each entry that may take the packet, in ascending order, until
@@ -58,8 +59,8 @@ class Classifier {
     }
   }
 
-  // True if no ranks share a row and no dimension is left out. Then forEach() leaves out all
-  // entries that miss the packet, and no others.
+  // True if no ranks share a row and every dimension is examined. Then forEach() visits exactly the
+  // entries that may take the packet.
   bool isExact() const { return exact_; }
  private:
   using Word = std::uint64_t;
@@ -84,12 +85,12 @@ class Classifier {
     std::vector<std::uint32_t> jumps;   // where to search in `starts`
     std::vector<Row> rows;              // a summary for each row; the last row is empty
     std::vector<Word> kept;
-    std::vector<Word> common, common_words;  // the entries that do not ask, and their summary
-    std::vector<Word> asking_words;          // the summary of the entries that ask
+    std::vector<Word> common, common_words;  // the entries not constraining it; a summary
+    std::vector<Word> asking_words;          // the summary of the entries that constrain it
     bool leads;
 
     std::size_t rowOf(std::uint64_t value) const;
-    // The word `w` of a row, whose bit in the summary is `at`.
+    // The word `w` of a row; `at` is this word's bit in the summary.
     Word word(const Row& row, std::size_t w, unsigned at) const {
       if ((row.words >> at & 1) == 0) return common[w];
       return common[w] | kept[row.begin + countOnes(row.words & ((Word{1} << at) - 1))];
@@ -117,7 +118,7 @@ class Classifier {
   std::vector<std::uint32_t>
       first_of_;                        // the first dimension of each half of a field, and one more
   std::vector<std::uint32_t> leaders_;  // the leading dimensions
-  std::vector<Word> others_;            // the summary of the entries that ask for no leader
+  std::vector<Word> others_;            // the summary of the entries that constrain no leader
 };
 
 }  // namespace FiltersInspect

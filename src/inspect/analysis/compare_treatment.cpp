@@ -83,8 +83,8 @@ class Comparison {
     for (const SetId gap : set.outside) parts_.push_back({{set.core, gap}, {}});
   }
 
-  // Calls `run` for each part, with the sets and the candidates of a cut. Returns kNothingLeft if
-  // every part has nothing left.
+  // Calls `run` for each part of the compared packets, with the sets and the candidates of a cut.
+  // Returns kNothingLeft if every cut returns it.
   template <class Run>
   Cut::Outcome forEachPart(SetId within, const std::vector<Candidate>& candidates, Run run) {
     Cut::Outcome worst = Cut::Outcome::kNothingLeft;
@@ -127,8 +127,9 @@ class Comparison {
   const std::vector<Rule>& own() const { return all_.of(side_); }
   const std::vector<Rule>& others() const { return all_.of(1 - side_); }
 
-  // True if the other group's rule at `p` has a twin in this group that comes before this rule
-  // whenever the rule at `p` comes before `heir`.
+  // True if the other group's rule at `p` has a twin in this group that comes before the compared
+  // rule. If the rule at `p` only ties with `heir`, it is enough that the twin comes first in every
+  // case in which the rule at `p` does.
   bool hasElder(std::uint32_t p, const Rule& heir) const {
     const Rule& other = others()[p];
     const auto twins = by_matches_[side_].find(other.matches);
@@ -254,7 +255,8 @@ class Comparison {
     if (b) finding->message = entriesText({*b}) + ' ' + finding->message;
   }
 
-  // Makes a finding undecided, because its packet may be one of the packets to leave out.
+  // Makes a finding undecided, because its packet may be one that the caller wants to leave out of
+  // the comparison.
   static void open(Finding* finding) {
     if (finding->code != Code::kTreatmentDiffers) return;
     finding->code = Code::kNotDecided;
@@ -274,8 +276,8 @@ class Comparison {
   Progress progress_;
   Rules all_;
   std::vector<Part> parts_;
-  // True if the packets of a set should be left out, but the comparison leaves out only some of
-  // them.
+  // True if the caller wants to leave out the packets of a set, but the comparison leaves out only
+  // some of them.
   bool is_sample_ = false;
   bool gave_up_ = false;  // some rule took too many steps
   std::vector<Meetings> mays_;

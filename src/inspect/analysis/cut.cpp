@@ -106,7 +106,7 @@ double Cut::shareOf(SetId set, bool* whole) {
   return std::max(share, std::numeric_limits<double>::min());
 }
 
-// Moves the candidates that share a packet with the remaining part to the front. Finds the next
+// Moves to the front the candidates that share a packet with the remaining part. Finds the next
 // candidate to subtract, if there are enough steps left.
 Cut::Chosen Cut::choose(std::vector<Candidate>* candidates) {
   Chosen chosen;

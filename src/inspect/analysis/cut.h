@@ -31,8 +31,8 @@ class Cut {
     kStopped,  // the first candidate that takes some part has `stops` set
     kUndecided,
   };
-  // Watches a cut. While one of these functions runs, meets() and point() refer to the part for
-  // which it is called.
+  // Watches a cut. While one of the watcher's functions runs, meets() and point() refer to the part
+  // for which that function was called.
   class Watcher {
    public:
     virtual ~Watcher() = default;
@@ -45,12 +45,13 @@ class Cut {
   Cut(const Space& space, std::uint64_t max_steps) : space_(space), steps_left_(max_steps) {}
 
   // Subtracts the candidates from the intersection of `sets`, and reorders `*candidates`. If
-  // `quick` is true, the cut may find kLeft by counting, and then has no point.
+  // `quick` is true, the cut may find kLeft by counting. It then has no example packet, so point()
+  // must not be called.
   Outcome run(const std::vector<SetId>& sets, std::vector<Candidate>* candidates, bool quick,
               Watcher* watcher = nullptr);
   std::uint64_t stepsLeft() const { return steps_left_; }
   void setSteps(std::uint64_t steps) { steps_left_ = steps; }
-  // What a cut calls now and then; it must outlive the cut.
+  // A cut calls this progress object now and then. The object must outlive the cut.
   void setProgress(const Progress* progress) { progress_ = progress; }
 
   // These functions are for watchers, and for callers after run(). After kLeft they refer to the

@@ -49,8 +49,8 @@ struct LastDecisions {
   };
   std::array<Slot, 256> slots;
 
-  // The entries that may take a packet depend only on the answers to their constraints. Many
-  // packets have the same answers, so one search for possible takers serves all these packets.
+  // Whether an entry may take a packet depends only on the constraints that the packet meets. Many
+  // packets meet the same constraints, so one search for possible takers serves all these packets.
   struct Narrowed {
     std::vector<std::uint32_t> entries;
     bool may_be_none, at_most;
@@ -77,8 +77,8 @@ Tracer::Prepared::Prepared(std::vector<PreparedEntry> itsEntries,
 
 namespace {
 
-// Like PossibleTakers::narrow(), but first looks for the result of an earlier call with the same
-// answers.
+// Like PossibleTakers::narrow(), but first looks for the result of an earlier call for a packet
+// that met the same constraints of the same entries.
 void narrow(const std::vector<PreparedEntry>& entries, std::uint64_t serial, const Packet& packet,
             PossibleTakers* takers) {
   if (takers->isNarrow()) return;

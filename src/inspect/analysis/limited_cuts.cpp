@@ -25,7 +25,7 @@ Cuts::Cuts(const Space& space, std::uint64_t max_steps, std::size_t rules, const
 
 Cut::Outcome Cuts::runFor(std::uint64_t steps, const std::vector<SetId>& sets,
                           std::vector<Candidate>* candidates, bool quick, Cut::Watcher* watcher) {
-  // A cheap cut is made even after all steps are used.
+  // Even after all steps are used, a cut may use kHardlyAny steps.
   steps = std::min(steps, std::max(of_all_, kHardlyAny));
   cut_.setSteps(steps);
   const Cut::Outcome outcome = cut_.run(sets, candidates, quick, watcher);

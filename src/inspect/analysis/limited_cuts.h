@@ -28,8 +28,8 @@ class Cuts {
                    Cut::Watcher* watcher = nullptr) {
     return runFor(of_one_, sets, candidates, true, watcher);
   }
-  // Does the same with few steps, to find an example packet. If none is found, the caller has
-  // another example.
+  // Like run(), but with few steps, to find an example packet. If it finds none, the caller uses
+  // another example that it already has.
   Cut::Outcome runBriefly(const std::vector<SetId>& sets, std::vector<Candidate>* candidates,
                           Cut::Watcher* watcher);
   // Like Cut::run() without `quick`, so that the watcher is called for every part.

@@ -22,9 +22,9 @@ struct Masked {
   // True if every address that the mask lets through begins with the first `length` bits of
   // `first`.
   bool isOf(unsigned char first, unsigned length) const;
-  // True if the mask has a 0 before a 1, and is not a usual mask of this kind. Two kinds are usual:
-  // masks of the group bit and the local bit of MAC addresses (IEEE 802), and masks of IPv6
-  // interface identifiers after any prefix.
+  // True if the mask has a hole (a 0 before a 1) and is not one of the usual masks with holes. Two
+  // kinds of these are usual: masks of the group bit and the local bit of MAC addresses (IEEE 802),
+  // and masks of IPv6 interface identifiers after any prefix.
   bool hasHole() const;
   // The length of the shortest usual prefix that covers every 1 of the value.
   unsigned lengthForAll() const;
@@ -36,7 +36,7 @@ struct Masked {
 bool hasMask(const FormRow& row);
 // The value and the mask of a match. hasMask() must be true for the row.
 Masked maskedIn(const MatchPB& match, const FormRow& row);
-// The text of the match with this value and mask, without its name.
+// The text of the match with this value and mask, but without the name of the match.
 std::string maskedText(const FormRow& row, const AddressBytes& value, const AddressBytes& mask);
 
 }  // namespace FiltersInspect

@@ -96,9 +96,9 @@ bool Meetings::intersect(std::uint32_t d, std::uint32_t first, std::uint32_t las
       std::upper_bound(begins.values.begin(), begins.values.end(), last) - begins.values.begin());
   const auto ended = static_cast<std::size_t>(
       std::lower_bound(ends.values.begin(), ends.values.end(), first) - ends.values.begin());
-  // Keeps only the hulls in the smallest stored bit set that has all hulls that begin at or before
-  // `last`. Then removes the hulls in the largest stored bit set whose hulls all end before
-  // `first`.
+  // Keeps only the hulls of one stored bit set: the smallest one that has every hull that begins at
+  // or before `last`. Then removes the hulls of another stored bit set: the largest one whose hulls
+  // all end before `first`.
   const std::size_t above = (begun + distance_ - 1) / distance_, below = ended / distance_;
   const Word* begunMark = begins.marks.data() + above * words_;
   const Word* endedMark = ends.marks.data() + below * words_;

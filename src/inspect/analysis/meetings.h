@@ -31,7 +31,8 @@ class Meetings {
                std::vector<std::uint32_t>* positions);
   // Returns at least the number of positions that meeting() would append.
   std::size_t count(SetId set, std::size_t begin, std::size_t end);
-  // Like meeting(), for the sets that may contain this packet: its ranks are within their hulls.
+  // Like meeting(), for the sets that may contain this packet, because the packet's ranks are
+  // within the hulls of the set.
   void mayHold(const Point& point, std::size_t begin, std::size_t end,
                std::vector<std::uint32_t>* positions);
   // Like meeting(), for sets that contain all of `set`.

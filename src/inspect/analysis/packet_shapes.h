@@ -20,7 +20,7 @@ bool hasPorts(std::uint32_t protocol);
 
 // Each shape as a set of packets; the shapes with the most fields come first. The sets constrain
 // only the given fields, which are the fields that some rule constrains. Shapes that differ only in
-// other fields give the same set, which is there once.
+// other fields give the same set, which the result has only once.
 std::vector<std::vector<Constraint>> packetShapes(const std::vector<bool>& fields);
 std::size_t fieldsLacking(const std::vector<Constraint>& shape);
 

@@ -109,7 +109,7 @@ std::string noSuchField(std::string_view name) {
   return "there is no such field" + suggestion(name, names, "filter-inspect names fields");
 }
 
-// For each dscp, the ToS byte.
+// Converts values of the word `dscp` to values of the field tos.
 FieldSet asTos(const FieldSet& dscps) {
   if (dscps.form == FieldSet::Form::kMasked) {
     const ValuePair& one = dscps.values[0];

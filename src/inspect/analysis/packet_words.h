@@ -19,8 +19,8 @@ namespace FiltersInspect {
 
 inline constexpr std::string_view kBlanks = " \t\r\n";  // separate words
 
-// The first and the last value of a range, both included. In the form kMasked: the value and the
-// mask.
+// The first and the last value of a range, both included. In the form kMasked they are the value
+// and the mask.
 struct ValuePair {
   FieldValue first, last;
 };
@@ -28,8 +28,8 @@ struct ValuePair {
 // The values that a field has in the packets of a set. The same set of values always has the same
 // form:
 // - kLacks: the packets lack the field, and `values` is empty.
-// - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. The
-//   same values would need more than kMostRanges ranges.
+// - kMasked: one value and its mask, which has holes. The value has no bit outside of the mask. As
+//   ranges, the same values would be more than kMostRanges.
 struct FieldSet {
   enum class Form : std::uint8_t { kLacks, kRanges, kMasked };
   static constexpr std::size_t kMostRanges = 16;
@@ -67,7 +67,8 @@ FieldValue lastBefore(FieldValue value, unsigned width);
 
 // Appends the smallest number of masks without holes that together take exactly a range.
 void appendPrefixes(const ValuePair& range, unsigned width, std::vector<ValuePair>* masks);
-// Does the same for all values outside of these ascending ranges.
+// Appends the smallest number of masks without holes for all values outside of these ascending
+// ranges.
 void appendGaps(const std::vector<ValuePair>& ranges, unsigned width,
                 std::vector<ValuePair>* masks);
 

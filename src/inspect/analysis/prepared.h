@@ -18,7 +18,7 @@ namespace FiltersInspect {
 // number, and equal treatments get the same number.
 class Preparer {
  public:
-  // Returns the entries in this order.
+  // Returns the prepared entries, sorted by `order`.
   std::vector<PreparedEntry> entriesOf(const FiltersCommon::FiltersGroup& group, Order order);
   std::vector<std::string> takeTreatments() { return std::move(texts_); }
  private:

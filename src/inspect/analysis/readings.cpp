@@ -14,7 +14,7 @@ using namespace FiltersCommon;
 constexpr std::uint64_t kMost = ~std::uint64_t{0};
 constexpr std::uint64_t kDscpBits = 0xfc;
 
-// The form of one value of a field.
+// The form of a single value of the match's packet field `which`.
 ValueForm formOfOne(const MatchForm& row, std::size_t which) {
   switch (row.form) {
     case ValueForm::kFlag:

@@ -18,8 +18,8 @@ std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask,
   unsigned bit = width - 1;  // the highest wrong one
   while ((wrong >> bit & 1) == 0) --bit;
   if ((value >> bit & 1) == 0) {
-    // The number must become larger. Of the free bits above `bit` that are 0, the
-    // lowest becomes 1.
+    // The number must become larger, so a higher bit becomes 1. It is the lowest higher bit that is
+    // 0 in `least` and outside of the mask.
     const std::uint64_t fixed = mask | least;
     for (++bit; bit < width && (fixed >> bit & 1) != 0; ++bit) {
     }
@@ -29,8 +29,8 @@ std::optional<std::uint64_t> leastUnder(std::uint64_t value, std::uint64_t mask,
   return (least & ~low(bit + 1)) | here | (value & low(bit + 1));
 }
 
-// A lower half under an empty mask gets no constraint. The upper half always gets a constraint,
-// since this means that the packet has the field.
+// The lower half of an IPv6 address gets no constraint if its mask is empty. The upper half always
+// gets a constraint, since this means that the packet has the field.
 void appendMasked(std::uint8_t field, const ValuePair& masked, std::vector<Constraint>* out) {
   out->push_back({halfOf(field, 0), Asks::kMasked, masked.first[0], masked.last[0]});
   if (masked.last[1] == 0) return;
@@ -110,9 +110,9 @@ void RuleSpace::addSets() {
 
 // A field that is divided into dimensions cannot have ranges. If a rule has a mask with holes and
 // the set has ranges, the gaps between the ranges are subtracted as masks. If a rule has ranges and
-// the set has a mask with holes, the set gets one value of each range that the rules do not divide
-// further. The ranges of an IPv6 address are not products of its halves, so their gaps are
-// subtracted too.
+// the set has a mask with holes, the rules divide the values into ranges that no rule divides
+// further, and the set gets one value of each such range. The ranges of an IPv6 address are not
+// products of its halves, so their gaps are subtracted too.
 SetAmongRules RuleSpace::placed(const std::vector<FieldSet>& fields) {
   SetAmongRules set;
   std::vector<Constraint> core;

@@ -24,7 +24,7 @@ namespace FiltersInspect {
 struct SetAmongRules {
   SetId core = kNothing;
   std::vector<SetId> outside;
-  // True if the set has one value of some field in place of all values that no rule distinguishes.
+  // True if, for some field, the set has only one of several values that no rule distinguishes.
   bool is_sample = false;
 };
 

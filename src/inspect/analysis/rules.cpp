@@ -35,7 +35,7 @@ void openMasksBesideRanges(const std::vector<bool>& ranged, std::vector<Asked>* 
   }
 }
 
-// Marks the fields on which an entry has ranges.
+// Marks each field for which a match of the entry has a range.
 void noteRanges(const FiltersEntry& entry, std::vector<bool>* ranged) {
   MessageArena arena;
   auto& message = *arena.make<FiltersEntryPB>();

@@ -123,7 +123,8 @@ class Space {
   bool isLacking(std::size_t dimension, std::uint32_t rank) const {
     return rank == parts_[dimension].starts.size();
   }
-  // The lowest and the highest value of a range of other ranks.
+  // The lowest and the highest value of a range of ranks. The range must not have the rank of
+  // packets that lack the field.
   std::pair<std::uint64_t, std::uint64_t> valuesOf(std::size_t dimension, const Range& range) const;
 
   // The best rank of the ranges for a packet that is shown to people: the rank of a usual value, or

@@ -26,8 +26,9 @@ bool surelyHolds(const Asked& asked) {
          std::all_of(asked.may.begin(), asked.may.end(), takesAll);
 }
 
-// The entries that may take the packet, in their order, as rules that constrain only the unknown
-// fields. An entry is possible if it takes some packet that no earlier entry takes.
+// The entries that may take the packet, in their order. Each entry becomes a rule that constrains
+// only the unknown fields. An entry is possible if it takes some packet that no earlier entry
+// takes.
 class Candidates {
  public:
   Candidates(const std::vector<const PreparedEntry*>& entries, const Packet& packet)

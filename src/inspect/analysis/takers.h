@@ -32,7 +32,7 @@ enum class Answer : std::uint8_t {
   kNo,      // it does not hold
   kYes,     // it holds under every reading
   kOpen,    // it holds under some readings
-  kUntold,  // the packet does not tell the field
+  kUntold,  // the field is unknown in the packet
 };
 Answer answerTo(const Asked& asked, const Packet& packet);
 

@@ -60,7 +60,7 @@ constexpr OddNumber kOddNumbers[] = {
 };
 
 // Addresses and ports that cannot be a source, or cannot be a destination. A row stands for all
-// addresses that begin with the first bits of its byte.
+// addresses whose first `length` bits are those of the byte `first`, followed by zeros.
 struct NoAddress {
   filtersMatch_t code;
   bool even_if_denied;

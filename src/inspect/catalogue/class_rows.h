@@ -25,7 +25,7 @@ struct ActionRow {
   bool (*isIn)(const FiltersCommon::FiltersEntry& entry);
   bool (*putBlank)(FiltersCommon::FiltersEntry* entry);
   bool (*isSame)(const FiltersCommon::FiltersEntry& a, const FiltersCommon::FiltersEntry& b);
-  // Does the same for actions. Passes on the exceptions of the action.
+  // Like echo() of a MatchRow. It throws what the conversion of the action throws.
   void (*echo)(const FiltersCommon::ActionPB& in, FiltersCommon::ActionPB* out);
 };
 

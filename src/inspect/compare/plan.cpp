@@ -20,8 +20,8 @@ using namespace FiltersCommon;
 
 namespace {
 
-// The entry with one id in each group, or null if the group has none, and the stages and types that
-// admit it.
+// The entries with one id in the two groups, each null if its group has none, and the stages and
+// types that admit each of them.
 struct Pair {
   const FiltersEntry* before;
   const FiltersEntry* after;
@@ -169,8 +169,8 @@ Report refusalsOf(const FiltersGroup& from, const FiltersGroup& to,
   return report;
 }
 
-// Finds the route. Entries that could not be inserted again must be able to stay. If one of them
-// cannot stay, there is no route.
+// Finds the route. An entry that could not be inserted again must stay in the group at all
+// waypoints. If one of these entries cannot stay, there is no route.
 FoundRoute routeOf(const FiltersGroup& from, const FiltersGroup& to,
                    const std::vector<Pair>& pairs) {
   StageTypeSet allowed = ~StageTypeSet{0};

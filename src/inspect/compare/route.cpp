@@ -80,7 +80,7 @@ class Search {
   bool outOfWork() const { return work_ > kMaxWork && !best_.empty(); }
 
   // True if some route keeps the entries of this kind. Entries that no route keeps do not matter
-  // for the choice.
+  // when a route is chosen.
   bool canKeep(const EntryKind& kind) const {
     const HeldVersions start = heldAt(route_[0], kind, kOld);
     std::vector<HeldVersions> reached(waypoints_.size());

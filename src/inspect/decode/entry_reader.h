@@ -39,7 +39,7 @@ class EntryReader {
   bool read(const FiltersCommon::FiltersEntryPB& in, const MessagePart& part, int depth,
             const FiltersCommon::FiltersGroup* group);
 
-  // Also appends each entry that can be made to this list, unless it is null.
+  // If this list is not null, read() appends to it each entry that can be made.
   void keepEntries(std::vector<FiltersCommon::FiltersEntry>* entries) { entries_ = entries; }
 
   // True if the constructor would throw because of an entry.

@@ -112,7 +112,7 @@ bool WireScanner::next(WireField* field) {
     field->end = position_;
     return true;
   }
-  // The runtime has kept the readable part of the field.
+  // The field breaks off, but the runtime has kept the part of it that could be read.
   broken_ = true;
   field->end = end_;
   position_ = field->begin;

@@ -74,7 +74,7 @@ const FiltersGroup& checks() {
   return group;
 }
 
-// The part of a match that the library's checks of compatibility use.
+// Stands for a match in the library's checks of compatibility, which use only the code.
 struct JustCode {
   filtersMatch_t code;
   filtersMatch_t getType() const { return code; }

@@ -115,7 +115,8 @@ constexpr PacketField field(FieldTest test, Layer layer, const char* usual = nul
   return {test, layer, usual};
 }
 
-// A match with a value but without a field would be treated as a match that takes every packet.
+// False for a match that has a value but names no packet field: the analysis would treat it as a
+// match that takes every packet.
 constexpr bool hasFieldForValue(const MatchForm& row) {
   return row.form == ValueForm::kFlag || row.packet[0].test != FieldTest::kNone;
 }

@@ -17,7 +17,8 @@
 
 namespace FiltersInspect {
 
-// The form of a value. The left column shows it in text, and the right column in JSON.
+// The form of a value. The left column shows an example in text, and the right column the same
+// value in JSON.
 enum class ValueForm : std::uint8_t {
   kFlag,         // nothing: the name says it      true
   kNumber,       // 6                              6
@@ -109,7 +110,7 @@ enum class Reading : std::uint8_t {
   kMayBeDscp,      // if the two low bits are 0, they may match any
 };
 
-// The packets that are known to have a field.
+// The kinds of packet that are known to have a field.
 enum class Layer : std::uint8_t {
   kSome,        // unknown: the field stands for itself
   kEvery,       // every packet

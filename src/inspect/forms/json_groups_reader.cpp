@@ -78,7 +78,7 @@ class JsonReader {
   const Frame& top() const { return frames_[depth_]; }
   Frame& outer() { return frames_[depth_ - 1]; }
 
-  // Makes the token that was found the current token.
+  // The token that was found becomes the current token.
   void take(Last last) {
     last_ = last;
     place_ = token_ = tokens_.start();
@@ -188,8 +188,8 @@ std::string JsonReader::subject() const {
   }
 }
 
-// The kind of value that must stand here. The text is empty for a value without brackets that is
-// not a match or action.
+// Describes the value that must stand here, for sentences. The text is empty for a value without
+// brackets, unless it is the value of a match or action or a number in a list.
 std::string JsonReader::shape() const {
   const Frame& frame = frames_[depth_];
   const Nesting nesting = nestingOf(frame.in, frame.key, row_);

@@ -8,8 +8,8 @@
 namespace FiltersInspect {
 namespace {
 
-// Takes the place of the key inside lists, which have no keys. An object of MPLS ports has two keys
-// whose values have the same form.
+// Stands for the key inside a list, because lists have no keys. An object of MPLS ports has two
+// keys whose values have the same form.
 constexpr std::size_t kInList = 0;
 constexpr Nesting kNestings[] = {
     {In::kNowhere, kInList, '{', In::kFile},

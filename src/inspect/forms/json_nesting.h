@@ -51,7 +51,7 @@ enum EntryKey : std::size_t {
 };
 enum CounterKey : std::size_t { kCounterId, kCounterType };
 enum PolicerPart : std::size_t { kPolicerBytes, kPolicerAbout };
-// Each key of a policer's description has a number as its value, except this key: `actions`.
+// The key of the actions in a policer's description. All other keys are in kPolicerKeys.
 inline constexpr std::size_t kAboutActions = kPolicerKeys.size();
 enum PolicerActionKey : std::size_t { kActionColor, kActionDo, kActionValue };
 enum LimidsKey : std::size_t { kLimidsPorts, kLimidsTypes };

@@ -28,8 +28,8 @@ struct PolicerTextFault {
   std::string_view word;
   std::string why;
 };
-// Makes the bytes of a policer from the text between the braces. If something is missing, its place
-// is the end of that text.
+// Makes the bytes of a policer from the text between the braces. If something is missing, the fault
+// is at the end of that text.
 std::optional<PolicerTextFault> policerFromText(std::string_view text, std::string* bytes);
 
 }  // namespace FiltersInspect

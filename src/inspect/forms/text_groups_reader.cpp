@@ -77,7 +77,8 @@ class TextReader : TextLines {
     readLineOfEntry(position, isEntry, {"group", "entry"});
   }
 
-  // Reads the rest of the line. The first word should have been one of `words`.
+  // Reads a line as that of an entry. If it is not one, reports that its first word should have
+  // been one of `words`.
   void readLineOfEntry(TextPosition position, bool isEntry,
                        const std::vector<std::string_view>& words) {
     groups_.beginEntry(position);

@@ -49,8 +49,8 @@ class Breaches {
 
   enum class Answer : std::uint8_t { kNo, kYes, kUnknown };
 
-  // Returns whether a bad destination is possible for some packet of the set. With kYes, `*packet`
-  // is such a packet. It is a packet that can be real if such a packet is easy to find.
+  // Returns whether a bad destination is possible for some packet of the set. If the answer is
+  // kYes, `*packet` gets such a packet: one that can be real, if it is easy to find.
   Answer mayBreak(std::optional<Point>* packet) {
     if (!begin()) return Answer::kUnknown;
     Answer answer = none_ ? Answer::kNo : mayBeNone(packet);

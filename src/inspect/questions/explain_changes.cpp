@@ -73,7 +73,7 @@ class Changes {
   }
  private:
   enum class Role { kTookBefore, kTakesAfter, kBoth };
-  // Packets that a changed rule treats in the same way.
+  // Packets to which a changed rule makes the same difference.
   struct Effect {
     filtersEntryId_t cause;
     Role role;

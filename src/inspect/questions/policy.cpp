@@ -180,7 +180,8 @@ class PolicyReader : TextLines {
     Report faults;
     auto packets = PacketSet::parse(text, &faults, max_findings_);
     if (packets) promise->packets = std::move(*packets);
-    // The columns of these faults count from the beginning of the set.
+    // The columns of these faults count from the beginning of the packet set, so they are converted
+    // to positions in the file.
     for (Finding& fault : faults.findings) {
       const std::size_t column = std::stoul(fault.path.substr(fault.path.find(':') + 1));
       fault.path = toText(positionOf(text.substr(column - 1)));

@@ -1,7 +1,7 @@
 #ifndef FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 #define FILTER_INSPECT_SRC_TRAFFIC_COUNTING_H_
 
-// The parts that all counters of frames share.
+// What all classes that count frames have in common.
 
 #include <filter_inspect/filter_traffic.h>
 

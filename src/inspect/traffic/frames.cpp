@@ -17,19 +17,21 @@ constexpr std::uint32_t kMostLength = 1500, kLeastType = 0x600;
 constexpr std::uint32_t kIPv4Type = 0x0800, kIPv6Type = 0x86dd;
 constexpr std::uint32_t kTags[] = {0x8100, 0x88a8, 0x9100};
 constexpr std::size_t kTagSize = 4;
-// MPLS, PPPoE, IEEE 802.1AE, 802.1ah, 802.1BR and 802.1CB, TRILL, and the network service header.
+// Ether types of headers that may have IP after them: MPLS, PPPoE, IEEE 802.1AE, 802.1ah, 802.1BR
+// and 802.1CB, TRILL, and the network service header.
 constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88e7,
                                             0x893f, 0xf1c1, 0x22f3, 0x894f};
 // LLC with SNAP, and the prefixes that an ether type follows (RFC 1042, IEEE 802.1H).
 constexpr std::uint32_t kSnap = 0xaaaa03, kSnapPrefixes[] = {0x000000, 0x0000f8};
 constexpr std::size_t kLlcSize = 3, kSnapSize = 8;
 
-// Protocols of Linux cooked frames that are not ether types, and kinds of devices whose frames do
-// not begin with the header that their protocol field names: Frame Relay, radiotap and netlink.
+// Linux cooked frames: values of the protocol field that are not ether types, and the kinds of
+// devices whose frames do not begin with the header that the protocol field names (Frame Relay,
+// radiotap and netlink).
 constexpr std::uint32_t kCookedNovell = 1, kCookedLlc = 4;
 constexpr std::uint32_t kForeignDevices[] = {770, 803, 824};
 
-// Address families. The value for IPv6 depends on the system.
+// Address families. The number of IPv6 depends on the system that captured the frame.
 constexpr std::uint32_t kFamilyIPv4 = 2, kFamiliesIPv6[] = {10, 23, 24, 28, 30};
 
 constexpr std::size_t kLeastIPv4Header = 20, kIPv6Header = 40, kAddressSize = 16;
