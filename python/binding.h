@@ -1,12 +1,13 @@
 #ifndef FILTER_INSPECT_PYTHON_BINDING_H_
 #define FILTER_INSPECT_PYTHON_BINDING_H_
 
-// What the files of the Python module share. Nothing is decided here: values are converted, and the
-// library answers.
+// What the files of the Python module share. The module only converts values; every answer comes
+// from the library.
 //
 // Python may call from many threads, and questions release the interpreter's lock. So a group that
-// a question reads must not change meanwhile. A group in Python is a shared pointer to a group that
-// never changes while somebody else holds it: changes are made on a copy then.
+// a question reads must not change meanwhile. A group in Python is a shared pointer to a group of
+// the library. While a second pointer shares that group, the group never changes: a change is made
+// on a copy.
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
@@ -34,12 +35,12 @@ using namespace FiltersInspect;
 
 using Snapshot = std::shared_ptr<const FiltersGroup>;
 
-// A text that is an argument.
+// An argument that is a text.
 struct Text {
   std::string its;
   operator const std::string&() const { return its; }
 };
-// A whole number that is the argument `kName`.
+// The argument `kName`, which is a whole number.
 template <class T, const char* kName>
 struct Whole {
   T its;
@@ -53,7 +54,7 @@ using MaxFindings = Whole<std::size_t, kMaxFindings>;
 using MaxBytes = Whole<std::size_t, kMaxBytes>;
 using MaxSteps = Whole<std::uint64_t, kMaxSteps>;
 
-// A value with a name, such as an order, that is an argument. Python passes the member of an
+// An argument that is a value with a name, such as an order. Python passes the member of an
 // enumeration, or its name, and also the number of a stage or type.
 template <class Value>
 struct Named {
@@ -72,7 +73,7 @@ class Words : public py::object {
   PYBIND11_OBJECT_DEFAULT(Words, py::object, isAnything)
 };
 
-// None, or a function that is called with the progress of long work.
+// The caller's progress function, or None. Long work calls it with the number of finished parts.
 using Progress = std::optional<py::function>;
 
 class Group {
@@ -83,7 +84,7 @@ class Group {
   const FiltersGroup* operator->() const { return group_.get(); }
   // The group as it is now, for work without the interpreter's lock.
   Snapshot snapshot() const { return group_; }
-  // The group to change; nobody else sees it.
+  // The group to change, which no other pointer shares.
   FiltersGroup& own() {
     if (group_.use_count() != 1) group_ = std::make_shared<FiltersGroup>(*group_);
     return *group_;
@@ -95,10 +96,10 @@ class Group {
 // What pickle needs to make an object again.
 py::tuple reduced(const py::object& self);
 
-// Adds a class whose objects always have a value. Python finds that its slot for new objects is
-// not the one of the base class, and then refuses __new__() and the oldest forms of pickles, which
-// would leave an object without a value. Pickles of an object hold its bytes or its state, if the
-// class can make an object of them.
+// Adds a class whose objects always have a value. The class gets its own slot for new objects.
+// Python then refuses __new__() of the base class and the oldest forms of pickles, which would make
+// an object without a value. A pickle of an object holds its bytes or its state, if the class can
+// make an object from them.
 template <class Value>
 py::class_<Value> addClass(py::module_* module, const char* name, const char* text) {
   py::class_<Value> made(*module, name, py::is_final(), text);
@@ -111,20 +112,20 @@ py::class_<Value> addClass(py::module_* module, const char* name, const char* te
 }
 // Raises filter_inspect.Refused, which carries the report.
 [[noreturn]] void refuse(Report&& report);
-// Raises it with a sentence of its own in place of the report's lines.
+// Raises filter_inspect.Refused with this sentence in place of the report's lines.
 [[noreturn]] void refuse(const std::string& sentence, Report&& report);
-// Raises it with what the result code says if the report is empty.
+// Raises filter_inspect.Refused. If the report is empty, the text is what the result code means.
 [[noreturn]] void refuse(filtersErr_t result, Report&& report);
 
-// Runs work that takes long without the interpreter's lock.
+// Releases the interpreter's lock while it runs the work, which can take long.
 template <class Work>
 auto unlocked(Work work) {
   py::gil_scoped_release released;
   return work();
 }
 
-// Lets signals such as Ctrl-C end long work, and tells the caller how far it is: at once, and then
-// some times a second. Other threads take turns meanwhile.
+// Lets signals such as Ctrl-C end long work, and calls the caller's progress function at once and
+// then some times a second. Meanwhile other Python threads can run.
 class Watch {
  public:
   explicit Watch(Progress progress) : progress_(std::move(progress)) {}
@@ -133,12 +134,13 @@ class Watch {
  private:
   const Progress progress_;
   std::chrono::steady_clock::time_point next_;
-  // When other threads take a turn, if the work keeps the lock. A thread asks for the lock after it
-  // has waited five milliseconds without a release, so that more releases would starve it.
+  // The next time at which the work releases the lock for other threads, if it holds the lock. A
+  // waiting thread asks for the lock only after five milliseconds without a release, so releases at
+  // shorter intervals would starve it.
   std::chrono::steady_clock::time_point turn_;
 };
 
-// Asks a question whose options are `how` with a watch over its progress.
+// Asks a question with the options `how`, and watches its progress.
 template <class Question>
 auto ask(AnalysisOptions how, const Progress& progress, Question question) {
   Watch watch(progress);
@@ -147,7 +149,8 @@ auto ask(AnalysisOptions how, const Progress& progress, Question question) {
   return unlocked([&] { return question(how); });
 }
 
-// Gives a class the methods that an abstract class of collections.abc makes of the others.
+// Gives a class the methods that an abstract class of collections.abc derives from the methods that
+// the class already has.
 template <class Value>
 void addMixins(py::class_<Value>* made, const char* abstract,
                std::initializer_list<const char*> methods) {
@@ -156,7 +159,7 @@ void addMixins(py::class_<Value>* made, const char* abstract,
   base.attr("register")(*made);
 }
 
-// Copies of an object that never changes are the object.
+// A copy of an object that never changes is the object itself.
 template <class Value>
 void addCopies(py::class_<Value>* made) {
   made->def("__copy__", [](const py::object& self) { return self; });
@@ -181,11 +184,11 @@ std::string linesOf(const Printed& object) {
 constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2,
                               Link::kLoopback};
 
-// Members of Python's enumerations, and back. A member is its name in the library; where the
-// library has a number without a name, Python has the number.
+// Converts the library's values to members of Python's enumerations, and back. A member's value is
+// its name in the library. A value without a name becomes its number.
 py::object member(const char* enumeration, std::string_view name);
 
-// The bytes of an object, which stay valid as long as the view.
+// The bytes of an object, which stay valid as long as this view exists.
 class BytesView {
  public:
   explicit BytesView(const py::object& object);
@@ -193,7 +196,7 @@ class BytesView {
   BytesView(const BytesView&) = delete;
   BytesView& operator=(const BytesView&) = delete;
 
-  // False if others may change the bytes meanwhile.
+  // False if other code may change the bytes while this view exists.
   bool isReadOnly() const { return view_.readonly != 0; }
   std::string_view bytes() const {
     return {static_cast<const char*>(view_.buf), static_cast<std::size_t>(view_.len)};
@@ -202,7 +205,8 @@ class BytesView {
   Py_buffer view_;
 };
 
-// The argument `name` from Python, which is `kind`.
+// Converts a Python object to the argument `name`. For an object of a wrong type, the TypeError
+// says that the argument is `kind`.
 template <class T>
 T argument(const py::handle& object, const char* name, const char* kind) {
   py::detail::make_caster<T> its;
@@ -218,7 +222,7 @@ void addTraffic(py::module_* module);
 
 }  // namespace FilterInspectPython
 
-// An object of a wrong type is a TypeError, and a value that cannot be is a ValueError.
+// An argument of a wrong type raises a TypeError, and an impossible value raises a ValueError.
 namespace pybind11::detail {
 
 template <>

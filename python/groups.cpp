@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kKinds[] = "a text or a number";
 
-// Names stand for codes, and so do numbers.
+// Reads a code, which Python gives as its name or its number.
 template <class Enum, const char* kName>
 Enum codeOf(const py::object& value) {
   if (!py::isinstance<py::str>(value)) {
@@ -163,7 +163,8 @@ std::vector<FiltersGroup> copies(const std::vector<Group>& groups) {
 
 JsonLayout layoutOf(bool compact) { return compact ? JsonLayout::kCompact : JsonLayout::kIndented; }
 
-// Lines and objects that Python makes of its own values; the library's readers read them.
+// A Python function that writes Python's values as text lines or JSON objects, which the library's
+// readers then read.
 py::object form(const char* function) {
   return py::module_::import("filter_inspect._forms").attr(function);
 }
@@ -206,12 +207,12 @@ Group newGroup(Whole<filtersGroupId_t, kId> id, Whole<filtersGroupPriority_t, kP
   return group;
 }
 
-// The entries of a group by id. They are those of the group at the time of each call.
+// The entries of a group by id. Each call sees the entries that the group has at that time.
 struct Entries {
   py::object owner;
 
   const Group& group() const { return owner.cast<const Group&>(); }
-  // Null for a key that no entry has, of any type.
+  // The entry with this id. Null for an id that no entry has, and for a key of another type.
   const FiltersEntry* find(const py::object& key) const {
     py::detail::make_caster<filtersEntryId_t> id;
     if (!id.load(key, false)) return nullptr;

@@ -4,8 +4,8 @@
 
 namespace {
 
-// Makes the base of all classes refuse to make an object that has no class with a value. Without
-// this, pybind11 throws through Python's own code, which ends the process.
+// Makes pybind11's base of all classes refuse to make an object of a class that holds no C++ value.
+// Without this, pybind11 throws through Python's own code, which ends the process.
 void guardBaseClass() {
   namespace detail = pybind11::detail;
   auto* base = reinterpret_cast<PyTypeObject*>(detail::get_internals().instance_base);
@@ -21,7 +21,8 @@ void guardBaseClass() {
 
 PYBIND11_MODULE(_core, module) {
   module.doc() = "libfilter_inspect for Python; import filter_inspect instead.";
-  // An object of a wrong type within a list or a mapping is as wrong as an argument.
+  // An object of a wrong type within a list or a mapping raises a TypeError, as a wrong argument
+  // does.
   pybind11::register_local_exception_translator([](std::exception_ptr fault) {
     try {
       if (fault) std::rethrow_exception(fault);

@@ -89,7 +89,7 @@ Report checkGroup(const Group& group, const Policy& policy, MaxSteps max_steps,
              [&](const AnalysisOptions& all) { return checkPolicy(*its, policy, all); });
 }
 
-// A plan keeps the group that it leads to.
+// A plan, together with the group to which it leads.
 struct Route {
   Snapshot to;
   Plan plan;
@@ -124,7 +124,7 @@ Report explainStep(const Step& step, const FiltersGroup& to, const FiltersGroup&
   }
 }
 
-// Takes all steps or none.
+// Applies all steps, or no step if the group refuses one of them.
 void applyRoute(const Route& route, Group& group) {
   FiltersGroup changed(*group);
   for (const Step& step : route.plan.steps) {

@@ -29,7 +29,7 @@ py::object newEnumeration(const char* name, const char* text, const py::list& me
   return made;
 }
 
-// Makes an enumeration of the names of some values; a member is a text too.
+// Makes a Python enumeration whose members are the names of some values. Each member is also a str.
 template <class Values, class NameOf>
 void addNames(py::module_* module, const char* name, const char* text, const Values& values,
               NameOf nameOf) {
@@ -113,7 +113,8 @@ void eachField(Visit visit) {
   visit("word", &Finding::word, "The wrong word of a text.");
 }
 
-// Values of fields as Python has them, and back. The members of enumerations have names.
+// Converts the values of fields to Python objects, and back. Enumerators become members of Python's
+// enumerations.
 template <class Enum>
 constexpr const char* kEnumeration = nullptr;
 template <>
@@ -196,7 +197,8 @@ void addFields(py::class_<Finding>* made) {
   });
 }
 
-// Reports become a list of their findings, and how many findings of each severity were left out.
+// What pickles hold of a report: its findings, and for each severity the number of findings that
+// were left out.
 py::tuple stateOf(const Report& report) {
   return py::make_tuple(report.findings, report.left_out_by_severity);
 }
@@ -225,7 +227,7 @@ py::list findingsAt(const Report& report, const py::slice& slice) {
   return chosen;
 }
 
-// Findings and reports are equal if their documents are.
+// Two findings, or two reports, are equal if their JSON documents are equal.
 template <class Value, class DocumentOf>
 void addComparison(py::class_<Value>* made, DocumentOf documentOf) {
   made->def(

@@ -45,7 +45,7 @@ class Numbers {
   std::vector<std::size_t> all_;
 };
 
-// Counts frames, and looks for signals now and then.
+// Counts frames, and checks for signals such as Ctrl-C now and then.
 class Counting {
  public:
   Counting(const Group& group, Order order, Link link, const std::string& assumed,
@@ -71,7 +71,7 @@ class Counting {
   std::size_t done_ = 0;
 };
 
-// Counts frames that are objects: bytes, or what bytes() makes of them.
+// Counts frames that are Python objects: each is bytes, or an object that bytes() converts.
 void countEach(const py::object& frames, Counting* counting) {
   for (const py::handle frame : py::reinterpret_borrow<py::object>(frames)) {
     py::object bytes = py::reinterpret_borrow<py::object>(frame);

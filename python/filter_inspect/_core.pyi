@@ -1,4 +1,5 @@
-# The types of the module that libfilter_inspect makes. The enumerations are made of its names.
+# The types of the module that libfilter_inspect makes. The members of the enumerations have the
+# names that libfilter_inspect gives its values.
 
 import array
 import enum
