@@ -22,7 +22,7 @@ int limid_to_bridgedomain_components(limid_t limid, uint32_t* type, uint32_t* id
 
 int limid_compare(limid_t a, limid_t b) { return memcmp(a.bytes, b.bytes, sizeof a.bytes); }
 
-/* An index is the id's bytes from last to first. */
+/* An interface index is the number whose bytes are those of the id, read from last to first. */
 int limid_to_ifindex(limid_t limid, uint32_t* ifindex) {
   *ifindex = limid.bytes[3] * 0x1000000u + limid.bytes[2] * 0x10000u + limid.bytes[1] * 0x100u +
              limid.bytes[0];

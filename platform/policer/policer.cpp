@@ -11,8 +11,8 @@
 namespace policer {
 namespace {
 
-// Uses the named functions, so that a parameter that the mode does not use stays 0 even if the
-// bytes have it.
+// Calls the named functions of Mode, so that a parameter that the mode does not use stays 0 even if
+// the bytes have it.
 Mode ModeOf(const PolicerValues& values) {
   const auto type = static_cast<ModeType>(values.mode);
   switch (type) {

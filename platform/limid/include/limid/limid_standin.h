@@ -10,8 +10,8 @@
  *   bits 23-0    number of an Ethernet port, a LAG or a VPWS
  *   bits 23-16   type of a bridge domain, bits 15-0 its number
  *
- * The interface index of an id is the id plus a constant, modulo 2^32. So no id is its own index,
- * and the index of a port, if it is used as an id, is not a port.
+ * The interface index of an id is the id plus a constant, modulo 2^32. So no id is its own index.
+ * If the index of a port is used as an id, that id does not name a port.
  *
  * Names: "eth-3", "lag-1", "vpws-7", "vpls-9" for a bridge domain of type VPLS, "bd-9" for one of
  * any other type, and "limid-" with the id in eight hexadecimal digits for every other id. Every

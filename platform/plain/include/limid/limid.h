@@ -1,5 +1,5 @@
-/* Interface ids of another device. They differ from the stand-in: an id is a struct, so C and C++
- * have no operators for it; it is aligned to one byte; its types have other numbers.
+/* Interface ids of another device. They differ from the ids of the stand-in: an id is a struct, so
+ * C and C++ have no operators for it; it is aligned to one byte; its types have other numbers.
  *
  * Valid C11 and C++. */
 #ifndef DEVICE_LIMID_LIMID_H_

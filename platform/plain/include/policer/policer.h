@@ -54,7 +54,7 @@ struct Action {
   std::int8_t value;
 };
 
-// The actions of a policer. They are valid until the policer is changed or destroyed.
+// The actions of a policer. The pointers are valid until the policer is changed or destroyed.
 struct Actions {
   const Action* begin() const { return first; }
   const Action* end() const { return last; }
@@ -63,7 +63,8 @@ struct Actions {
 
 class Policer {
  public:
-  // No policer: id 4294967295, stage None, mode None, no actions.
+  // Makes a policer that polices nothing: it has id 4294967295, stage None, mode None and no
+  // actions.
   Policer() = default;
   // Reads the bytes of Serialize(). Any other bytes make the policer of the default constructor.
   explicit Policer(const std::string& bytes);

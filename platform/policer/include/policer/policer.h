@@ -6,7 +6,7 @@
 //
 // Policers are plain values. A copy copies everything, a move is cheap, and no object refers to
 // another. Different threads may use different objects freely. Many threads may read one object
-// while none changes it.
+// while no thread changes it.
 //
 // Rates are in kbit/s and sizes in bytes. Each can have any value of 32 bits.
 //
@@ -34,7 +34,7 @@
 
 namespace policer {
 
-// The part of the device in which the policer works. None means that it works in no part.
+// The part of the device in which the policer works. A policer with stage None works in no part.
 enum class Stage : std::uint32_t { Ingress = 0, Egress = 1, None = 2 };
 
 // The outcome of metering, from Red (exceeds every rate) to Green (conforms).
@@ -121,15 +121,16 @@ class Action {
     return Action(ActionType::SetDscp, color, dscp);
   }
 
-  // This is for types without a function above. The value is kept, compared and serialized for
-  // every type.
+  // This is for types without a function above. The value is kept, compared and serialized even for
+  // types that have no code point.
   constexpr Action(ActionType type, Color color, std::uint8_t value)
       : type_(type), color_(color), value_(value) {}
 
   constexpr ActionType GetType() const { return type_; }
   constexpr Color GetColor() const { return color_; }
 
-  // The code point to write into the packet; 0 when the action is not of that type.
+  // The code point to write into the packet. GetPcp() is 0 unless the type is SetPcp, and GetDscp()
+  // is 0 unless the type is SetDscp.
   constexpr std::uint8_t GetPcp() const { return ValueIf(ActionType::SetPcp); }
   constexpr std::uint8_t GetDscp() const { return ValueIf(ActionType::SetDscp); }
 
@@ -152,7 +153,8 @@ class Action {
 // A policer: an id, a stage, one mode, and any number of actions in the order they were given.
 class POLICER_API Policer {
  public:
-  // No policer at all: id 4294967295, which no real policer has, stage None, mode None, no actions.
+  // Makes a policer that polices nothing: its id is 4294967295, which no real policer has, and it
+  // has stage None, mode None and no actions.
   Policer() = default;
 
   // Reads the bytes of Serialize(). Empty, cut-off or unreadable bytes give a default policer.

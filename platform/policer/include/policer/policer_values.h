@@ -1,6 +1,6 @@
 // Makes policers from plain values. A device's policer package may have this header or leave it
-// out. If it has the header, libfilter_inspect reads and writes policers as values; without it, as
-// bytes.
+// out. If it has the header, libfilter_inspect reads and writes policers as values. Without the
+// header, it reads and writes them as bytes.
 //
 //   const policer::Policer policer = policer::MakePolicer(
 //       {7, 0, 3, 1000, 1500, 0, 0, 0, 0, {{0, 0, 0}}});  // ingress, flow, drops red packets
