@@ -18,7 +18,7 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT filter_common_multi_con
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
 
-# Link-time optimisation makes the first library smaller and quicker to load. It is not turned on if
+# Link-time optimisation makes libfilter_common smaller and quicker to load. It is not turned on if
 # this tree is a subfolder of another project, or if the user sets
 # CMAKE_INTERPROCEDURAL_OPTIMIZATION.
 if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_INTERPROCEDURAL_OPTIMIZATION)
@@ -57,7 +57,7 @@ add_library(filter_common_shipped INTERFACE)
 
 # A build gives the same bytes in every folder. -ffile-prefix-map is not used, because it would also
 # change the names by which coverage finds the sources. Link-time optimisation writes debug
-# information at the link, so the linker gets the same options.
+# information at the link, so the linker gets the same prefix options as the compiler.
 foreach(kind debug macro)
   target_compile_options(
     filter_common_shipped INTERFACE -f${kind}-prefix-map=${PROJECT_SOURCE_DIR}=.

@@ -10,8 +10,8 @@ if(NOT "${Protobuf_VERSION}" VERSION_GREATER_EQUAL 3.6.0)
 endif()
 message(STATUS "Protocol buffers ${Protobuf_VERSION}")
 
-# This is the compiler of the build machine. The target's runtime may also include a compiler, which
-# may not run here.
+# When this build cross-compiles, it uses the protoc of the build machine. The target's runtime may
+# include a protoc too, but that program may not run here.
 set(protoc protobuf::protoc)
 if(CMAKE_CROSSCOMPILING)
   find_program(Protobuf_PROTOC_EXECUTABLE protoc REQUIRED)

@@ -1,7 +1,8 @@
 # Finds Python and pybind11 for the package filter_inspect, and decides if the package is built. By
 # default it is built if Python and pybind11 are found, this tree is the top project, and the
 # compiler is g++. A cross compiler, sanitizers or coverage would give a module that this machine's
-# Python cannot load. In such a build the package must be asked for.
+# Python cannot load. A build of this kind makes the package only if FILTER_COMMON_BUILD_PYTHON is
+# turned on.
 set(build_python OFF)
 if(FILTER_COMMON_BUILD_INSPECT AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CROSSCOMPILING
    AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"

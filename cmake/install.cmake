@@ -1,11 +1,13 @@
 # Installs the library, so that others find it by find_package(filter_common 1) or by `pkg-config
-# filter_common`. Each has a separate part for programs that use messages. All paths are relative to
-# the installed files, so the installed tree may be moved.
+# filter_common`. Programs that use messages ask for the package's component `messages`, or for
+# `pkg-config filter_common_messages`. All paths are relative to the installed files, so the
+# installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(shipped_libraries filter_common)
 if(FILTER_COMMON_PLATFORM STREQUAL "standin")
-  # The stand-ins are installed with the library, with the target names of the device's packages.
+  # The stand-ins are installed with the library. Their targets have the names that the device's
+  # packages use.
   list(APPEND shipped_libraries limid policer)
   set_target_properties(limid PROPERTIES EXPORT_NAME limid::limid)
   set_target_properties(policer PROPERTIES EXPORT_NAME policer::policer)
@@ -30,8 +32,8 @@ if(TARGET filter-inspect)
 endif()
 
 if(TARGET filter_inspect_python)
-  # Debian's Python searches this folder if the prefix is /usr. With another one, PYTHONPATH names
-  # the folder.
+  # Debian's Python searches this folder if the prefix is /usr. With another prefix, users set
+  # PYTHONPATH to the folder.
   set(FILTER_COMMON_PYTHON_DIR lib/python3/dist-packages
       CACHE STRING "Where the package for Python is installed, below the prefix")
   string(REGEX REPLACE "[^/]+" ".." package_to_prefix ${FILTER_COMMON_PYTHON_DIR}/filter_inspect)

@@ -1,8 +1,8 @@
-# Generates the message classes from protobuf/. filter_common_messages has their object files, which
-# become part of the library and are exported. A process with two copies of them aborts at its
-# start, so no other target may compile them. Other targets link filter_common::messages. That
-# target consists of the library and of filter_common_message_headers, which has the options to
-# compile the message headers.
+# Generates the message classes from protobuf/. The target filter_common_messages has the object
+# files of these classes. The files become part of the library, which exports the classes. A process
+# with two copies of the classes aborts at its start, so no other target may compile them. Other
+# targets link filter_common::messages. That target consists of the library and of
+# filter_common_message_headers, which has the options to compile the message headers.
 
 set(generated_dir ${PROJECT_BINARY_DIR}/generated)
 set(output_dir ${generated_dir}/filter_common)

@@ -94,7 +94,7 @@ set(CPACK_DEBIAN_PACKAGE_SOURCE filter-common)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY "optional\nMulti-Arch: same")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# The folder in which dpkg-shlibdeps finds the first library, which the second one needs.
+# The folders in which dpkg-shlibdeps finds the libraries that other libraries of this build need.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
     ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/src/inspect ${PROJECT_BINARY_DIR}/platform/limid
     ${PROJECT_BINARY_DIR}/platform/policer)
@@ -109,9 +109,9 @@ function(describe_package kind section summary about)
     set(${fields}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
   endif()
   if(section STREQUAL "libs")
-    # The trigger runs ldconfig. CPack would add two scripts that run it too. It adds none if
-    # scripts with these names are given. The given files do not exist: CPack only warns of that,
-    # and packs no script.
+    # The trigger runs ldconfig. CPack would add the scripts postinst and postrm, which also run
+    # ldconfig. It adds neither if scripts with these names are given. The files given here do not
+    # exist, so CPack warns of them and packs no script.
     set(${fields}_PACKAGE_CONTROL_EXTRA
         "${PROJECT_SOURCE_DIR}/packaging/debian/triggers;none/postinst;none/postrm" PARENT_SCOPE)
   endif()
