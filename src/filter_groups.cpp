@@ -143,7 +143,7 @@ void FiltersGroup::convertFromFiltersGroupPB(const FiltersGroupPB* message) {
 }
 
 // Moves the only entry of `made` into the group. Deliberate: an entry that the group refuses is
-// dropped, and an entry replaces the held entry that has the same id.
+// dropped, and an accepted entry replaces the held entry that has the same id.
 void FiltersGroup::add(std::map<unsigned int, FiltersEntry>* made) {
   const FiltersEntry& entry = made->begin()->second;
   if (validate(entry) != FILTERS_OK) return;

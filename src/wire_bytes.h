@@ -14,8 +14,8 @@
 
 namespace FiltersCommon {
 
-// The bytes of a tag as one number: its first byte is the low byte, then comes its second byte if
-// it has one. No field of the schemas needs more.
+// The bytes of a tag as one number. The low byte is the first byte of the tag. If the tag has a
+// second byte, that is the next byte of the number. No field of the schemas needs more.
 using WireTag = unsigned;
 constexpr WireTag wireTag(unsigned number, unsigned wireType) {
   const unsigned tag = number << 3 | wireType;

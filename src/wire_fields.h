@@ -224,7 +224,7 @@ struct TakeFields {
   }
   // Deliberate: these two fields are interface indexes, while all other ports are limids. If a
   // field is absent or of the wrong kind, the function throws when it reads a message. When it
-  // reads bytes, only the reader fails: the bytes are then parsed as a message, which decides.
+  // reads bytes, only the reader fails, and the bytes are then parsed as a message.
   template <class Vpn, class Port>
   void interfaces(const Vpn& vpn, const Port& port, ActionMplsPortSet& action) {
     const bool hasVpn = in.hasNumber(vpn);

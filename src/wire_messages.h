@@ -1,8 +1,9 @@
 #ifndef FILTER_COMMON_SRC_WIRE_MESSAGES_H_
 #define FILTER_COMMON_SRC_WIRE_MESSAGES_H_
 
-// Writes and reads fields of messages by the functions that WireWriter and WireReader have for
-// bytes. get(), has() and change() of a field are the accessors of the generated message class.
+// Writes and reads fields of messages. The functions have the same names as those of WireWriter and
+// WireReader, which work on bytes. get(), has() and change() of a field are the accessors of the
+// generated message class.
 
 #include <cstddef>
 #include <cstdint>

@@ -128,7 +128,7 @@ FieldSet asTos(const FieldSet& dscps) {
   return field;
 }
 
-// Reads the value of a field in a set, which may have a mask or be a range or a list.
+// Reads the value of a field in a packet set. The value may have a mask, or be a range or a list.
 class RoomReader {
  public:
   struct Fault {

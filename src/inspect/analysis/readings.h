@@ -54,7 +54,7 @@ struct Asked {
   std::vector<Constraint> may;  // what it takes under some reading
   // A sentence that says why the match has several readings. It is null if the match has only one
   // reading. If `open` is not null, `must` has the constraints that hold under every reading. An
-  // empty `must` then means that the match takes no packet under every reading.
+  // empty `must` then means that there is no packet that the match takes under every reading.
   const char* open = nullptr;
   std::vector<Constraint> must;
   std::uint32_t match = 0;  // for an open match: equal matches have the same number

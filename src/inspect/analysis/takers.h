@@ -43,14 +43,15 @@ Hit hitOf(const PreparedEntry& entry, const Packet& packet);
 // under some reading, the match stays, and may take every packet.
 std::vector<Asked> leftOpen(const std::vector<Asked>& all, const Packet& packet);
 
-// The entries that can be the first to take a packet. For each of them, some reading and some
-// values of the unknown fields exist for which it is the first.
+// The entries that can be the first to take a packet. For each of these entries there are a reading
+// and values of the unknown fields for which it is the first.
 struct PossibleTakers {
   std::vector<const PreparedEntry*> entries;  // in their order
   bool may_be_none = true;                    // perhaps no entry takes the packet
   bool at_most = false;                       // true if some of these were not decided
 
-  // Call this for each entry that does not miss the packet, in their order, until it returns false.
+  // Call this function for each entry that does not miss the packet, in the order of the entries,
+  // until the function returns false.
   bool add(const PreparedEntry& entry, Hit hit);
   // Leaves out the entries that are impossible. Call it after all entries are added.
   void narrow(const Packet& packet);

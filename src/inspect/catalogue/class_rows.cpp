@@ -25,7 +25,7 @@ T blankOf();
   }
 #include <filter_common/filter_actions.def>
 
-// Compares in the same way in which entries compare their parts.
+// Compares two objects in the way in which operator== of entries compares them.
 template <class Base>
 bool isSame(const Base& a, const Base& b) {
   return a == b;

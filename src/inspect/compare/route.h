@@ -2,8 +2,8 @@
 #define FILTER_INSPECT_SRC_COMPARE_ROUTE_H_
 
 // Finds the setters that lead from one stage and type to another stage and type. Also finds the
-// further steps that they cost, because the group loses entries under the stages and types in
-// between.
+// further steps that these setters cost, because the group loses entries under the stages and types
+// in between.
 
 #include <cstddef>
 #include <cstdint>

@@ -220,7 +220,7 @@ void EntryReader::keep(Code replaced, KeptByCode* all, const MessagePart& part) 
   }
 }
 
-// `next` is the code or id of the part that comes next in the bytes.
+// `next` is the code or id of the part that follows this one when the entry is written again.
 void EntryReader::noteOrder(std::uint32_t next, const MessagePart& part) {
   if (Finding* finding = findings_->add(Code::kOrderDiffers, part)) {
     finding->message = "written again, it stands before " + partText(findings_->subject, next);

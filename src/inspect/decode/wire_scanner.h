@@ -2,7 +2,7 @@
 #define FILTER_INSPECT_SRC_DECODE_WIRE_SCANNER_H_
 
 // Finds the positions of fields in the bytes of messages. The message runtime does not report these
-// positions. This reader must read the bytes in the same way as the runtime.
+// positions. The scanner must read the bytes in the same way as the runtime.
 
 #include <cstddef>
 #include <cstdint>

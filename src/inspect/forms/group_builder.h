@@ -18,7 +18,7 @@
 
 namespace FiltersInspect {
 
-// The message for a zero byte, at which the text ends for many programs.
+// The message for a zero byte in the text. Many programs would end the text at such a byte.
 inline constexpr const char* kZeroByte = "no zero byte is allowed here";
 
 // Takes a group one entry at a time and keeps only its bytes, so that the message of the whole
@@ -32,7 +32,7 @@ class GroupBuilder {
   GroupBuilder(Makes makes, std::size_t max_findings)
       : makes_(makes), max_findings_(max_findings), report_(max_findings) {}
 
-  // The messages for the caller to fill in.
+  // The caller fills in these messages.
   FiltersCommon::FiltersGroupPB* head() { return head_; }
   FiltersCommon::FiltersEntryPB* entry() { return entries_->mutable_entries_(0); }
 

@@ -164,7 +164,7 @@ class Breaches {
     for (std::uint32_t i : takers.take()) {
       if (kept_[i]) continue;
       if (settle(i, sets, packet)) return true;
-      // Now all failures that can be found while this entry is settled have been found.
+      // All failures that can be found while this entry is settled have now been found.
       kept_[i] = true;
       tried.push_back(i);
     }

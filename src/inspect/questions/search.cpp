@@ -21,7 +21,7 @@ using namespace FiltersCommon;
 constexpr unsigned kTries = 6;  // packets that are looked at before a cut
 constexpr char kNotSure[] = "whether it surely takes one takes too many steps to say";
 
-// Looks for a packet that can be real among the first parts that a cut leaves.
+// Looks among the first parts that a cut leaves for a packet that can be real.
 struct FirstParts : Cut::Watcher {
   explicit FirstParts(const RuleSpace& space) : witness(space) {}
   bool left(const Cut& cut) override {

@@ -19,11 +19,11 @@ char* writeHexByte(unsigned char byte, char* digits);
 // Appends two lower-case digits for each byte, without separators.
 void appendHex(std::string_view bytes, std::string* out);
 
-// The bytes that such digits stand for. Upper-case digits are read too. Returns nothing for any
-// other text.
+// The bytes that pairs of hexadecimal digits stand for. Upper-case digits are read too. Returns
+// nothing for any other text.
 std::optional<std::string> parseHex(std::string_view digits);
 
-// The byte that two such digits stand for.
+// The byte that two hexadecimal digits stand for.
 std::optional<unsigned char> parseHexByte(const char* digits);
 
 // Appends "0x0800": as many digits as the number needs, but at least `digits`.

@@ -21,7 +21,7 @@ constexpr std::size_t kTagSize = 4;
 // and 802.1CB, TRILL, and the network service header.
 constexpr std::uint32_t kEncapsulating[] = {0x8847, 0x8848, 0x8864, 0x88e5, 0x88e7,
                                             0x893f, 0xf1c1, 0x22f3, 0x894f};
-// LLC with SNAP, and the prefixes that an ether type follows (RFC 1042, IEEE 802.1H).
+// LLC with SNAP, and the SNAP prefixes after which an ether type stands (RFC 1042, IEEE 802.1H).
 constexpr std::uint32_t kSnap = 0xaaaa03, kSnapPrefixes[] = {0x000000, 0x0000f8};
 constexpr std::size_t kLlcSize = 3, kSnapSize = 8;
 
