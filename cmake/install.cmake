@@ -52,9 +52,9 @@ foreach(folder BINDIR LIBDIR INCLUDEDIR DATADIR)
 endforeach()
 
 # Installs everything as components: filter_common_<prefix>runtime has the files to run programs,
-# and filter_common_<prefix>development those to build them. The components of the second library
-# are filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development. Libraries
-# go to libdir and documents to docdir. Further arguments are passed to every install().
+# and filter_common_<prefix>development those to build them. The components of libfilter_inspect are
+# filter_common_<prefix>inspect_runtime and filter_common_<prefix>inspect_development. Libraries go
+# to libdir and documents to docdir. Further arguments are passed to every install().
 function(filter_common_install libdir docdir prefix)
   set(runtime COMPONENT filter_common_${prefix}runtime ${ARGN})
   set(development COMPONENT filter_common_${prefix}development ${ARGN})

@@ -34,8 +34,8 @@ target_link_libraries(
   filter_common_messages
   PUBLIC filter_common_message_headers
   PRIVATE filter_common_shipped)
-# Parsing and writing are mostly generated code, so it is optimised for speed even if the rest is
-# optimised for size.
+# Mostly generated code parses and writes messages, so that code is optimised for speed even if the
+# rest is optimised for size.
 target_compile_options(filter_common_messages PRIVATE -w $<$<CONFIG:MinSizeRel>:-O2>)
 set_target_properties(
   filter_common_messages

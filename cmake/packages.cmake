@@ -1,8 +1,8 @@
 # Debian packages, which `cpack` makes in the build folder. libfilter-common1 (named after the
-# soname) has the files to run programs, and libfilter-common-dev those to build them. The second
-# library, if it is built, adds libfilter-inspect1, libfilter-inspect-dev, and filter-inspect with
-# the program. The package for Python, if it is built, is in python3-filter-inspect. With
-# FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
+# soname) has the files to run programs, and libfilter-common-dev those to build them. If
+# libfilter_inspect is built, there are also libfilter-inspect1, libfilter-inspect-dev, and
+# filter-inspect with the program. The package for Python, if it is built, is in
+# python3-filter-inspect. With FILTER_COMMON_BUILD_DOCS there is libfilter-common-doc with the book.
 #
 # A build with the stand-ins puts them into the first two packages. Such packages are for
 # development machines. They hold three libraries, whose sonames change together. Separate packages

@@ -23,7 +23,7 @@ endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR "qemu-ppc;-L;${powerpc_root}"
     CACHE STRING "What runs programs of the target on the build machine")
 
-# Programs such as protoc are searched on the build machine; everything else is searched on the
+# CMake searches for programs such as protoc on the build machine, and for everything else on the
 # target.
 list(APPEND CMAKE_FIND_ROOT_PATH ${powerpc_root})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -54,8 +54,8 @@ using MaxFindings = Whole<std::size_t, kMaxFindings>;
 using MaxBytes = Whole<std::size_t, kMaxBytes>;
 using MaxSteps = Whole<std::uint64_t, kMaxSteps>;
 
-// An argument that is a value with a name, such as an order. Python passes the member of an
-// enumeration, or its name, and also the number of a stage or type.
+// An argument that is a value with a name, such as an order. Python passes a member of an
+// enumeration or its name. For a stage or type it may also pass the number.
 template <class Value>
 struct Named {
   Value its;

@@ -174,7 +174,7 @@ void fromPython(const py::handle& object, const char* name, std::optional<ByteRa
   if (pair) *bytes = ByteRange{pair->first, pair->second};
 }
 
-// Adds the fields of a finding as attributes, and what pickles hold: all of them.
+// Adds the fields of a finding as attributes. A pickle of a finding holds all of them.
 void addFields(py::class_<Finding>* made) {
   eachField([made](const char* name, auto field, const char* text) {
     made->def_property_readonly(

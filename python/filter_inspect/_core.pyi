@@ -23,7 +23,7 @@ from typing import (
 
 _Buffer = Union[bytes, bytearray, memoryview, mmap.mmap, "array.array[int]"]
 _Progress = Optional[Callable[[int, int], object]]
-# Values are written with str(), so that networks and addresses of the module ipaddress go in too.
+# Values are written with str(), so networks and addresses of the module ipaddress are accepted too.
 _Words = Union[str, Mapping[str, object], Iterable[object]]
 _Counters = Union[str, Mapping[int, object], Iterable[object]]
 _Policer = Union[None, str, Mapping[str, object], Iterable[object]]
