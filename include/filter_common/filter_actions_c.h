@@ -23,10 +23,10 @@
 // Threads. Any number of threads may read an action at once. A thread that deletes it, or fills it
 // anew from an entry, must be the only one to use it.
 //
-// Missing on purpose: no function makes an ActionSetInnerPcp, ActionBlackHole or ActionL2ToCpuDrop.
-// No getter reads an ActionBlockEgressPorts, ActionRedirect, ActionReplaceDstMac,
-// ActionReplaceSrcMac, ActionMapToCpuCosQueue or ActionMplsPortSet. No function compares, prints or
-// serializes actions.
+// Gaps are all deliberate. No function makes an ActionSetInnerPcp, ActionBlackHole or
+// ActionL2ToCpuDrop. No getter reads an ActionBlockEgressPorts, ActionRedirect,
+// ActionReplaceDstMac, ActionReplaceSrcMac, ActionMapToCpuCosQueue or ActionMplsPortSet. No
+// function compares, prints or serializes actions.
 
 #include <filter_common/filter_types.h>
 

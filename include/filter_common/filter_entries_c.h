@@ -21,7 +21,7 @@
 // Threads. Any number of threads may read or copy an entry at once. A thread that changes it must
 // be the only one to use it.
 //
-// Missing on purpose: no function sets or reads policers, the parent policer or counters. No
+// Gaps are all deliberate. No function sets or reads policers, the parent policer or counters. No
 // function changes the id, or lists what an entry holds. To find out what an entry holds, call Get
 // for each code. No function compares, prints or serializes entries.
 

@@ -19,9 +19,9 @@
 // Threads. Any number of threads may read a group at once. A thread that changes it must be the
 // only one to use it.
 //
-// Missing on purpose: no function copies, compares, prints or serializes a group, and no function
-// only runs the checks. No function returns the group's own entries: to change a rule, change the
-// copy from filtersGroupGetEntries() and insert that copy.
+// Gaps are all deliberate. No function copies, compares, prints or serializes a group, and no
+// function only runs the checks. No function returns the group's own entries: to change a rule,
+// change the copy from filtersGroupGetEntries() and insert that copy.
 
 #include <filter_common/filter_types.h>
 

@@ -23,7 +23,7 @@
 // Threads. Any number of threads may read a match at once. A thread that deletes it, or fills it
 // anew from an entry, must be the only one to use it.
 //
-// Missing on purpose: no function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
+// Gaps are all deliberate. No function makes a MatchToS, MatchMyStationHit, MatchForwardingType or
 // MatchDestinationCpu. No function makes an IPv6 source with a mask, or a match that excludes port
 // types. Sets of VLAN ids and PCPs can be made only with exactly one element. No getter reads a
 // MatchIngressPorts, MatchEgressPorts, MatchExternalVlanId, MatchInternalVlanId, MatchPcp,
