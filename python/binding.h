@@ -12,6 +12,9 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <cxxabi.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <initializer_list>
 #include <limits>
@@ -35,11 +38,14 @@ using namespace FiltersInspect;
 
 using Snapshot = std::shared_ptr<const FiltersGroup>;
 
-// An argument that is a text.
+// The argument `kName`, which is a text.
+template <const char* kName>
 struct Text {
   std::string its;
   operator const std::string&() const { return its; }
 };
+// Returns the text of the argument `name`, which is `kind`.
+std::string textOf(const py::handle& object, const char* name, const char* kind = "a text");
 // The argument `kName`, which is a whole number.
 template <class T, const char* kName>
 struct Whole {
@@ -49,7 +55,10 @@ struct Whole {
 inline constexpr char kId[] = "id", kPriority[] = "priority", kGroup[] = "group",
                       kEntry[] = "entry", kStage[] = "stage", kType[] = "type",
                       kMaxFindings[] = "max_findings", kMaxBytes[] = "max_bytes",
-                      kMaxSteps[] = "max_steps", kOffset[] = "an offset or a length";
+                      kMaxSteps[] = "max_steps", kOffset[] = "an offset or a length",
+                      kText[] = "text", kJson[] = "json", kPackets[] = "packets",
+                      kPacket[] = "packet", kThen[] = "then", kAssumed[] = "assumed",
+                      kCommand[] = "command", kFile[] = "file";
 using MaxFindings = Whole<std::size_t, kMaxFindings>;
 using MaxBytes = Whole<std::size_t, kMaxBytes>;
 using MaxSteps = Whole<std::uint64_t, kMaxSteps>;
@@ -107,6 +116,8 @@ py::class_<Value> addClass(py::module_* module, const char* name, const char* te
   type->tp_new = [](PyTypeObject* its, PyObject* args, PyObject* keywords) {
     return its->tp_base->tp_new(its, args, keywords);
   };
+  // Python assigns the __class__ of an object only if both classes have the same function here.
+  type->tp_free = [](void* object) { PyObject_Free(object); };
   made.def("__reduce__", &reduced);
   return made;
 }
@@ -117,10 +128,43 @@ py::class_<Value> addClass(py::module_* module, const char* name, const char* te
 // Raises filter_inspect.Refused. If the report is empty, the text is what the result code means.
 [[noreturn]] void refuse(filtersErr_t result, Report&& report);
 
+// Takes the interpreter's lock by `take`. If Python exits meanwhile, it ends this thread, and the
+// thread would unwind C++ code that cannot be unwound. So the thread waits for ever instead.
+template <class Take>
+auto takeLock(Take take) {
+  try {
+    return take();
+  } catch (const abi::__forced_unwind&) {
+    for (;;) ::pause();
+  }
+}
+// Releases the lock, and takes it again at the end.
+class Unlocked {
+ public:
+  Unlocked() : state_(PyEval_SaveThread()) {}
+  ~Unlocked() {
+    takeLock([this] { PyEval_RestoreThread(state_); });
+  }
+  Unlocked(const Unlocked&) = delete;
+  Unlocked& operator=(const Unlocked&) = delete;
+ private:
+  PyThreadState* const state_;
+};
+// Takes the lock if this thread does not have it.
+class Locked {
+ public:
+  Locked() : state_(takeLock([] { return PyGILState_Ensure(); })) {}
+  ~Locked() { PyGILState_Release(state_); }
+  Locked(const Locked&) = delete;
+  Locked& operator=(const Locked&) = delete;
+ private:
+  const PyGILState_STATE state_;
+};
+
 // Releases the interpreter's lock while it runs the work, which can take long.
 template <class Work>
 auto unlocked(Work work) {
-  py::gil_scoped_release released;
+  const Unlocked released;
   return work();
 }
 
@@ -225,15 +269,11 @@ void addTraffic(py::module_* module);
 // An argument of a wrong type raises a TypeError, and an impossible value raises a ValueError.
 namespace pybind11::detail {
 
-template <>
-struct type_caster<FilterInspectPython::Text> {
-  PYBIND11_TYPE_CASTER(FilterInspectPython::Text, const_name("str"));
+template <const char* kName>
+struct type_caster<FilterInspectPython::Text<kName>> {
+  PYBIND11_TYPE_CASTER(FilterInspectPython::Text<kName>, const_name("str"));
   bool load(handle source, bool) {
-    if (!PyUnicode_Check(source.ptr())) return false;
-    Py_ssize_t size = 0;
-    const char* text = PyUnicode_AsUTF8AndSize(source.ptr(), &size);
-    if (text == nullptr) throw error_already_set();
-    value.its.assign(text, static_cast<std::size_t>(size));
+    value.its = FilterInspectPython::textOf(source, kName);
     return true;
   }
 };
@@ -248,13 +288,18 @@ struct type_caster<FilterInspectPython::Whole<T, kName>> {
   using Number = FilterInspectPython::Whole<T, kName>;
   PYBIND11_TYPE_CASTER(Number, const_name("int"));
   bool load(handle source, bool) {
-    if (!PyIndex_Check(source.ptr())) return false;
+    if (!PyIndex_Check(source.ptr())) {
+      throw type_error(std::string(kName) + " is a whole number, and not " +
+                       Py_TYPE(source.ptr())->tp_name);
+    }
+    const auto index = reinterpret_steal<object>(PyNumber_Index(source.ptr()));
+    if (!index) throw error_already_set();
     make_caster<T> number;
-    if (!number.load(source, true)) {
+    if (!number.load(index, true)) {
       using Limits = std::numeric_limits<T>;
       throw value_error(std::string(kName) + " is a number from " + std::to_string(Limits::min()) +
                         " to " + std::to_string(Limits::max()) + ", and not " +
-                        str(source).cast<std::string>());
+                        str(index).cast<std::string>());
     }
     value.its = cast_op<T>(number);
     return true;

@@ -21,11 +21,13 @@ constexpr char kKinds[] = "a text or a number";
 // Reads a code, which Python gives as its name or its number.
 template <class Enum, const char* kName>
 Enum codeOf(const py::object& value) {
-  if (!py::isinstance<py::str>(value)) {
-    using Number = std::underlying_type_t<Enum>;
+  if (PyIndex_Check(value.ptr()) != 0 && !py::isinstance<py::str>(value)) {
+    // Unknown types are shown without a sign, and so they are taken without a sign.
+    using Number = std::conditional_t<std::is_same_v<Enum, filtersGroupType_t>, std::uint32_t,
+                                      std::underlying_type_t<Enum>>;
     return static_cast<Enum>(Number{argument<Whole<Number, kName>>(value, kName, kKinds)});
   }
-  const std::string name = argument<Text>(value, kName, kKinds);
+  const std::string name = textOf(value, kName, kKinds);
   if (const auto code = fromName<Enum>(name)) return *code;
   std::vector<std::string_view> names;
   for (const auto& [code, itsName] : namesOf<Enum>()) names.push_back(itsName);
@@ -140,10 +142,10 @@ std::vector<Group> groupsOf(ParsedGroups&& parsed) {
   return groups;
 }
 
-std::vector<Group> fromText(const Text& text) {
+std::vector<Group> fromText(const Text<kText>& text) {
   return groupsOf(unlocked([&] { return groupsFromText(text.its); }));
 }
-std::vector<Group> fromJson(const Text& json) {
+std::vector<Group> fromJson(const Text<kJson>& json) {
   return groupsOf(unlocked([&] { return groupsFromJson(json.its); }));
 }
 
@@ -154,10 +156,11 @@ Group onlyOne(std::vector<Group>&& groups) {
                         "groups_from_json read them");
 }
 
-std::vector<FiltersGroup> copies(const std::vector<Group>& groups) {
+std::vector<FiltersGroup> copies(const py::iterable& groups) {
   std::vector<FiltersGroup> all;
-  all.reserve(groups.size());
-  for (const Group& group : groups) all.push_back(*group);
+  for (const py::handle group : groups) {
+    all.push_back(*argument<const Group&>(group, "a group", "an object of the class Group"));
+  }
   return all;
 }
 
@@ -174,7 +177,7 @@ FiltersEntry newEntry(Whole<filtersEntryId_t, kId> id,
                       const Words& then, const Words& count, const Words& police,
                       const Words& parent) {
   const py::cpp_function standsAlone(
-      [](const Text& line) { return entryFromText(line.its).report.empty(); });
+      [](const Text<kText>& line) { return entryFromText(line.its).report.empty(); });
   const auto line =
       form("entry_line")(id.its, priority.its, match, then, count, police, parent, standsAlone)
           .cast<std::string>();
@@ -189,8 +192,7 @@ template <const char* kKeyword>
 py::object partOf(const FiltersEntry& entry) {
   return form("entry_part")(toText(entry), kKeyword);
 }
-constexpr char kIf[] = "if", kThen[] = "then", kCount[] = "count", kPolice[] = "police",
-               kParent[] = "parent";
+constexpr char kIf[] = "if", kCount[] = "count", kPolice[] = "police", kParent[] = "parent";
 
 Group newGroup(Whole<filtersGroupId_t, kId> id, Whole<filtersGroupPriority_t, kPriority> priority,
                Named<filtersGroupStage_t> stage, Named<filtersGroupType_t> type,
@@ -199,12 +201,19 @@ Group newGroup(Whole<filtersGroupId_t, kId> id, Whole<filtersGroupPriority_t, kP
   group.own().setPriority(priority);
   setStage(group, stage);
   setType(group, type);
-  for (const py::handle entry : entries) {
-    if (!py::isinstance<FiltersEntry>(entry))
-      throw py::type_error("entries are of the class Entry");
-    insert(group, entry.cast<const FiltersEntry&>());
+  const bool areMapped =
+      py::isinstance(entries, py::module_::import("collections.abc").attr("Mapping"));
+  for (const py::handle entry : areMapped ? entries.attr("values")() : py::object(entries)) {
+    insert(group, argument<const FiltersEntry&>(entry, "an entry", "an object of the class Entry"));
   }
   return group;
+}
+
+template <class Enum>
+std::vector<std::string_view> namesIn() {
+  std::vector<std::string_view> names;
+  for (const auto& [code, name] : namesOf<Enum>()) names.push_back(name);
+  return names;
 }
 
 // The entries of a group by id. Each call sees the entries that the group has at that time.
@@ -215,7 +224,7 @@ struct Entries {
   // The entry with this id. Null for an id that no entry has, and for a key of another type.
   const FiltersEntry* find(const py::object& key) const {
     py::detail::make_caster<filtersEntryId_t> id;
-    if (!id.load(key, false)) return nullptr;
+    if (PyIndex_Check(key.ptr()) == 0 || !id.load(key, true)) return nullptr;
     const auto& all = group()->getEntriesRef();
     const auto found = all.find(id);
     return found == all.end() ? nullptr : &found->second;
@@ -236,7 +245,8 @@ void addEntry(py::module_* module) {
   auto made = addClass<FiltersEntry>(module, "Entry", R"(One rule, which does not change.
 
 The names of matches and actions, and their values, are those of the text form. A match or an
-action without a value is a word alone, or has the value None or True.
+action without a value is a word alone, or has the value None or True. `count` maps ids to what is
+counted. `police` and `parent` are policers: texts or mappings with the words of the text form.
 
 >>> import filter_inspect as fi
 >>> entry = fi.Entry(10, priority=100, match={"src_ipv4": "192.0.2.0/24", "dst_l4_port": 179},
@@ -259,7 +269,7 @@ True
 <Entry entry 10 priority=0>
 )")
       .def_static(
-          "from_text", [](const Text& text) { return entryOf(entryFromText(text.its)); },
+          "from_text", [](const Text<kText>& text) { return entryOf(entryFromText(text.its)); },
           py::arg("text"), R"(Reads the line of an entry.
 
 >>> import filter_inspect as fi
@@ -267,7 +277,7 @@ True
 {'ttl': '1'}
 )")
       .def_static(
-          "from_json", [](const Text& json) { return entryOf(entryFromJson(json.its)); },
+          "from_json", [](const Text<kJson>& json) { return entryOf(entryFromJson(json.its)); },
           py::arg("json"), R"(Reads the JSON object of an entry.
 
 >>> import filter_inspect as fi
@@ -304,7 +314,7 @@ True
       .def(
           "to_json",
           [](const FiltersEntry& entry, bool compact) { return toJson(entry, layoutOf(compact)); },
-          py::kw_only(), py::arg("compact") = false, R"(The JSON object of the entry.
+          py::kw_only(), py::arg("compact").noconvert() = false, R"(The JSON object of the entry.
 
 >>> import filter_inspect as fi
 >>> print(fi.Entry(10, match="ttl=1").to_json(compact=True), end="")
@@ -358,7 +368,8 @@ void addEntries(py::module_* module) {
       .def("__repr__", [](const Entries& self) {
         return "<Entries " + py::repr(self.ids()).cast<std::string>() + '>';
       });
-  addMixins(&made, "Mapping", {"keys", "values", "items", "get", "__eq__"});
+  addMixins(&made, "Mapping", {"keys", "values", "items", "get", "__eq__", "__reversed__"});
+  made.attr("__hash__") = py::none();
 }
 
 void addGroup(py::module_* module) {
@@ -387,7 +398,8 @@ True
 7
 )")
       .def_static(
-          "from_text", [](const Text& text) { return onlyOne(fromText(text)); }, py::arg("text"),
+          "from_text", [](const Text<kText>& text) { return onlyOne(fromText(text)); },
+          py::arg("text"),
           R"(Reads a text with one group.
 
 >>> import filter_inspect as fi
@@ -395,7 +407,8 @@ True
 7
 )")
       .def_static(
-          "from_json", [](const Text& json) { return onlyOne(fromJson(json)); }, py::arg("json"),
+          "from_json", [](const Text<kJson>& json) { return onlyOne(fromJson(json)); },
+          py::arg("json"),
           R"(Reads a JSON document with one group.
 
 >>> import filter_inspect as fi
@@ -435,7 +448,7 @@ group 7 priority=0 stage=none type=none
       .def(
           "to_json",
           [](const Group& group, bool compact) { return toJson(*group, layoutOf(compact)); },
-          py::kw_only(), py::arg("compact") = false, R"(A JSON document with the group.
+          py::kw_only(), py::arg("compact").noconvert() = false, R"(A JSON document with the group.
 
 >>> import filter_inspect as fi, json
 >>> json.loads(fi.Group(7).to_json())["groups"][0]["id"]
@@ -514,11 +527,24 @@ void addGroups(py::module_* module) {
   addEntry(module);
   addEntries(module);
   addGroup(module);
+  module->def("match_names", &namesIn<filtersMatch_t>, R"(The names of all matches.
+
+>>> import filter_inspect as fi
+>>> "src_ipv4" in fi.match_names()
+True
+)");
+  module->def("action_names", &namesIn<filtersAction_t>, R"(The names of all actions.
+
+>>> import filter_inspect as fi
+>>> "permit" in fi.action_names()
+True
+)");
   module->def("decode", &decode, py::arg("data"), py::kw_only(), py::arg("max_findings") = 1000,
               py::arg("max_bytes") = DecodeLimits().max_bytes,
               R"(Reads the bytes of a group as a device does, and reports what is lost.
 
-The group is None exactly if a device would throw, or if there are more bytes than the limit.
+The group is None exactly if a device would throw, or if there are more than `max_bytes` bytes. The
+report keeps the most severe findings, at most `max_findings`, and counts the others.
 
 >>> import filter_inspect as fi
 >>> group, report = fi.decode(bytes(fi.Group(7)) + b"\xff")
@@ -547,7 +573,7 @@ The group is None exactly if a device would throw, or if there are more bytes th
 2
 )");
   module->def(
-      "groups_to_text", [](const std::vector<Group>& groups) { return toText(copies(groups)); },
+      "groups_to_text", [](const py::iterable& groups) { return toText(copies(groups)); },
       py::arg("groups"), R"(Writes groups as one text.
 
 >>> import filter_inspect as fi
@@ -556,10 +582,10 @@ The group is None exactly if a device would throw, or if there are more bytes th
 )");
   module->def(
       "groups_to_json",
-      [](const std::vector<Group>& groups, bool compact) {
+      [](const py::iterable& groups, bool compact) {
         return toJson(copies(groups), layoutOf(compact));
       },
-      py::arg("groups"), py::kw_only(), py::arg("compact") = false,
+      py::arg("groups"), py::kw_only(), py::arg("compact").noconvert() = false,
       R"(Writes groups as one JSON document.
 
 >>> import filter_inspect as fi

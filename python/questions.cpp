@@ -48,7 +48,7 @@ Report compareGroups(const Group& a, const Group& b, Named<Order> order, MaxFind
 }
 
 Report explainGroups(const Group& a, const Group& b, Named<Order> order,
-                     const std::optional<Text>& packets, MaxFindings max_findings,
+                     const std::optional<Text<kPackets>>& packets, MaxFindings max_findings,
                      MaxSteps max_steps, const Progress& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
   const auto set = packets ? std::optional(parse<PacketSet>(*packets)) : std::nullopt;
@@ -58,8 +58,8 @@ Report explainGroups(const Group& a, const Group& b, Named<Order> order,
   });
 }
 
-Report searchGroup(const Group& group, const Text& packets, Named<Order> order,
-                   const std::optional<Text>& then, bool touches,
+Report searchGroup(const Group& group, const Text<kPackets>& packets, Named<Order> order,
+                   const std::optional<Text<kThen>>& then, bool touches,
                    const std::optional<Whole<filtersEntryId_t, kEntry>>& entry,
                    MaxFindings max_findings, MaxSteps max_steps, const Progress& progress) {
   const AnalysisOptions how = optionsOf(order, max_findings, max_steps);
@@ -188,7 +188,7 @@ void addTrace(py::module_* module) {
       .def("__str__", &linesOf<Trace>);
   module->def(
       "trace",
-      [](const Group& group, const Text& packet, Named<Order> order) {
+      [](const Group& group, const Text<kPacket>& packet, Named<Order> order) {
         const auto its = parse<Packet>(packet);
         const Snapshot snapshot = group.snapshot();
         return unlocked([&] { return trace(*snapshot, its, order); });
@@ -228,7 +228,10 @@ set-priority 7
         return "<Plan, steps: " + std::to_string(route.plan.steps.size()) + '>';
       });
   module->def("plan", &routeOf, py::arg("old"), py::arg("new"), py::kw_only(),
-              py::arg("remove_first") = false, R"(Finds the fewest steps from one group to another.
+              py::arg("remove_first").noconvert() = false,
+              R"(Finds the fewest steps from one group to another.
+
+With `remove_first` the group never has more entries than the larger of the two.
 
 >>> import filter_inspect as fi
 >>> old, new = fi.Group(1), fi.Group(1, entries=[fi.Entry(10)])
@@ -277,10 +280,15 @@ void addQuestions(py::module_* module) {
 )");
   addPlan(module);
   module->def("analyse", &analyseGroup, py::arg("group"), py::arg("order") = "unspecified",
-              py::kw_only(), py::arg("redundant") = limits.redundant,
-              py::arg("overlaps") = limits.overlaps, py::arg("max_findings") = limits.max_findings,
+              py::kw_only(), py::arg("redundant").noconvert() = limits.redundant,
+              py::arg("overlaps").noconvert() = limits.overlaps,
+              py::arg("max_findings") = limits.max_findings,
               py::arg("max_steps") = limits.max_steps, py::arg("progress") = py::none(),
               R"(Reports what the rules of a group do to each other.
+
+`redundant` also looks for rules that change nothing, which takes most of the time. `overlaps`
+reports each pair of rules that overlap and are treated differently. A rule that takes more than
+`max_steps` steps is not decided.
 
 >>> import filter_inspect as fi
 >>> group = fi.Group(1, entries=[fi.Entry(10, then="deny"), fi.Entry(20, then="permit")])
@@ -304,6 +312,8 @@ void addQuestions(py::module_* module) {
               py::arg("max_steps") = limits.max_steps, py::arg("progress") = py::none(),
               R"(Reports what each changed rule does to packets.
 
+`packets` limits the report to a set of packets, such as "ip_protocol=tcp dst_l4_port=22".
+
 >>> import filter_inspect as fi
 >>> old = fi.Group(1, entries=[fi.Entry(10, then="permit")])
 >>> new = fi.Group(1, entries=[fi.Entry(10, then="deny")])
@@ -311,10 +321,12 @@ void addQuestions(py::module_* module) {
 'permit became deny: packets like this one are now dropped'
 )");
   module->def("search", &searchGroup, py::arg("group"), py::arg("packets"), py::arg("order"),
-              py::kw_only(), py::arg("then") = py::none(), py::arg("touching") = false,
+              py::kw_only(), py::arg("then") = py::none(), py::arg("touching").noconvert() = false,
               py::arg("entry") = py::none(), py::arg("max_findings") = limits.max_findings,
               py::arg("max_steps") = limits.max_steps, py::arg("progress") = py::none(),
               R"(Reports where the packets of a set go.
+
+`then` keeps the entries whose actions have these words, such as "permit" or "!deny".
 
 With `touching` it reports the entries that match some of them, and with an `entry` what earlier
 rules leave for it.
@@ -331,7 +343,7 @@ rules leave for it.
 >>> policy.groups, policy.promises(1)
 ([1], 1)
 )")
-      .def(py::init([](const Text& text) { return parse<Policy>(text); }), py::arg("text"))
+      .def(py::init([](const Text<kText>& text) { return parse<Policy>(text); }), py::arg("text"))
       .def_property_readonly(
           "groups",
           [](const Policy& policy) {

@@ -26,6 +26,10 @@ py::object newEnumeration(const char* name, const char* text, const py::list& me
   const py::object make = py::module_::import("enum").attr("Enum");
   py::object made = make(name, members, py::arg("module") = kPackage, py::arg("type") = base);
   made.attr("__doc__") = text;
+  // Releases of Python differ in what a member is in a text. Here it is its value.
+  const bool isNumber = base.is(py::type::of(py::int_(0)));
+  made.attr("__str__") = base.attr(isNumber ? "__repr__" : "__str__");
+  made.attr("__format__") = base.attr("__format__");
   return made;
 }
 
@@ -52,11 +56,28 @@ constexpr Subject kAllSubjects[] = {Subject::kGroup,  Subject::kEntry,   Subject
                                     Subject::kCounter};
 constexpr Hit kAllHits[] = {Hit::kMiss, Hit::kHit, Hit::kUndecided};
 
+// Lets severities compare by how much they matter, and not as texts.
+void addOrder(const py::object& severities) {
+  py::dict ranks;
+  for (const py::handle one : severities) ranks[one] = ranks.size();
+  const py::module_ operators = py::module_::import("operator");
+  for (const char* name : {"__lt__", "__le__", "__gt__", "__ge__"}) {
+    const py::object compare = operators.attr(name);
+    severities.attr(name) = py::cpp_function(
+        [ranks, compare](const py::object& a, const py::object& b) {
+          if (!ranks.contains(b)) throw py::type_error("a severity compares with severities only");
+          return compare(ranks[a], ranks[b]);
+        },
+        py::is_method(severities));
+  }
+}
+
 void addEnumerations(py::module_* module) {
   const auto name = [](auto value) { return nameOf(value); };
   const auto second = [](const auto& pair) { return pair.second; };
   addNames(module, "Code", "What a finding is about.", kAllCodes, name);
   addNames(module, "Severity", "How much a finding matters.", kAllSeverities, name);
+  addOrder(module->attr("Severity"));
   addNames(module, "Subject", "The part of a group or an entry that a finding is about.",
            kAllSubjects, name);
   addNames(module, "Order", "The order in which a device tries the entries of a group.", kAllOrders,
@@ -78,7 +99,7 @@ void addEnumerations(py::module_* module) {
                                         py::module_::import("builtins").attr("int"));
 }
 
-std::string toJsonOf(const Report& report, const Text& command, const Text& file,
+std::string toJsonOf(const Report& report, const Text<kCommand>& command, const Text<kFile>& file,
                      std::optional<Named<Order>> order) {
   return order ? toJson(report, *order, command.its, file.its)
                : toJson(report, command.its, file.its);
@@ -141,7 +162,7 @@ py::object toPython(const std::optional<ByteRange>& bytes) {
 
 template <class Enum, class Values>
 void readName(const py::handle& object, const Values& values, Enum* value) {
-  const std::string name = argument<Text>(object, kEnumeration<Enum>, "a name");
+  const std::string name = textOf(object, kEnumeration<Enum>, "a name");
   for (const Enum one : values) {
     if (nameOf(one) == name) {
       *value = one;
@@ -210,21 +231,28 @@ Report reportFrom(const std::vector<Finding>& findings, const SeverityCounts& le
   return report;
 }
 
-const Finding& findingAt(const Report& report, py::ssize_t index) {
-  const auto size = static_cast<py::ssize_t>(report.findings.size());
-  if (index < 0) index += size;
-  if (index < 0 || index >= size) throw py::index_error("the report has fewer findings");
-  return report.findings[static_cast<std::size_t>(index)];
-}
-
-py::list findingsAt(const Report& report, const py::slice& slice) {
+py::object findingsAt(const Report& report, const py::object& which) {
+  const std::size_t size = report.findings.size();
+  if (PySlice_Check(which.ptr()) == 0) {
+    if (PyIndex_Check(which.ptr()) == 0) {
+      throw py::type_error(std::string("an index is a whole number or a slice, and not ") +
+                           Py_TYPE(which.ptr())->tp_name);
+    }
+    Py_ssize_t index = PyNumber_AsSsize_t(which.ptr(), PyExc_IndexError);
+    if (index == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+    if (index < 0) index += static_cast<Py_ssize_t>(size);
+    if (index < 0 || static_cast<std::size_t>(index) >= size) {
+      throw py::index_error("the report has fewer findings");
+    }
+    return py::cast(report.findings[static_cast<std::size_t>(index)]);
+  }
   std::size_t start = 0, stop = 0, step = 0, length = 0;
-  if (!slice.compute(report.findings.size(), &start, &stop, &step, &length)) {
+  if (!py::reinterpret_borrow<py::slice>(which).compute(size, &start, &stop, &step, &length)) {
     throw py::error_already_set();
   }
   py::list chosen;
   for (; length-- != 0; start += step) chosen.append(report.findings[start]);
-  return chosen;
+  return std::move(chosen);
 }
 
 // Two findings, or two reports, are equal if their JSON documents are equal.
@@ -256,12 +284,23 @@ void refuse(filtersErr_t result, Report&& report) {
   refuse(std::string(describe(result)), std::move(report));
 }
 
+std::string textOf(const py::handle& object, const char* name, const char* kind) {
+  if (!PyUnicode_Check(object.ptr())) {
+    throw py::type_error(std::string(name) + " is " + kind + ", and not " +
+                         Py_TYPE(object.ptr())->tp_name);
+  }
+  Py_ssize_t size = 0;
+  const char* text = PyUnicode_AsUTF8AndSize(object.ptr(), &size);
+  if (text == nullptr) throw py::error_already_set();
+  return {text, static_cast<std::size_t>(size)};
+}
+
 py::object member(const char* enumeration, std::string_view name) {
   return py::module_::import("filter_inspect._core").attr(enumeration)(std::string(name));
 }
 
 Order named(const py::object& object, Order*) {
-  const std::string name = argument<Text>(object, "order", "a text or an Order");
+  const std::string name = textOf(object, "order", "a text or an Order");
   if (const auto found = orderFromName(name)) return *found;
   std::vector<std::string_view> names;
   for (const Order one : kAllOrders) names.push_back(nameOf(one));
@@ -273,12 +312,12 @@ void Watch::tell(std::size_t done, std::size_t all) {
   constexpr std::chrono::milliseconds kPause(50), kTurn(10);
   const auto now = std::chrono::steady_clock::now();
   if (now >= turn_ && PyGILState_Check() != 0) {
-    const py::gil_scoped_release others;
+    const Unlocked others;
     turn_ = std::chrono::steady_clock::now() + kTurn;
   }
   if (now < next_) return;
   next_ = now + kPause;
-  const py::gil_scoped_acquire acquired;
+  const Locked locked;
   if (PyErr_CheckSignals() != 0) throw py::error_already_set();
   if (progress_) (*progress_)(done, all);
 }
@@ -297,7 +336,7 @@ py::tuple reduced(const py::object& self) {
 }
 
 void refuseKey(const py::object& key) {
-  PyErr_SetObject(PyExc_KeyError, key.ptr());
+  PyErr_SetObject(PyExc_KeyError, py::make_tuple(key).ptr());
   throw py::error_already_set();
 }
 
@@ -343,7 +382,6 @@ error: entry 30: match vrf_id: a group of type 3 does not admit it; types that d
                       });
   sequence.def("__len__", [](const Report& report) { return report.findings.size(); })
       .def("__bool__", [](const Report& report) { return !report.empty(); })
-      .def("__getitem__", &findingAt, py::return_value_policy::copy)
       .def("__getitem__", &findingsAt)
       .def("__str__", &linesOf<Report>)
       .def("__repr__",

@@ -73,16 +73,29 @@ class Counting {
 
 // Counts frames that are Python objects: each is bytes, or an object that bytes() converts.
 void countEach(const py::object& frames, Counting* counting) {
+  if (py::hasattr(frames, "readline")) {
+    throw py::type_error("frames are bytes, and not the lines of a file");
+  }
+  // The number is only told to the progress function; 0 if it is unknown.
+  const Py_ssize_t all = PyObject_LengthHint(frames.ptr(), 0);
+  if (all < 0) throw py::error_already_set();
+  std::size_t number = 0;
   for (const py::handle frame : py::reinterpret_borrow<py::object>(frames)) {
     py::object bytes = py::reinterpret_borrow<py::object>(frame);
     if (PyBytes_Check(frame.ptr()) == 0) {
-      if (PyLong_Check(frame.ptr()) != 0) throw py::type_error("a frame is bytes, and no number");
+      const bool isFrame = PyLong_Check(frame.ptr()) == 0 && PyUnicode_Check(frame.ptr()) == 0 &&
+                           PyTuple_Check(frame.ptr()) == 0;
+      if (!isFrame) {
+        throw py::type_error("frame " + std::to_string(number) + " is bytes, and not " +
+                             Py_TYPE(frame.ptr())->tp_name);
+      }
       bytes = py::reinterpret_steal<py::object>(PyObject_Bytes(frame.ptr()));
       if (!bytes) throw py::error_already_set();
     }
     const std::string_view its(PyBytes_AS_STRING(bytes.ptr()),
                                static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.ptr())));
-    counting->count(its, its.size(), 0);
+    counting->count(its, its.size(), static_cast<std::size_t>(all));
+    ++number;
   }
 }
 
@@ -95,7 +108,7 @@ void countBuffer(std::string_view all, const Numbers& offsets,
     const std::size_t next = i + 1 < offsets.size() ? offsets[i + 1] : all.size();
     const std::size_t length = lengths ? (*lengths)[i] : next - begin;
     if (begin > all.size() || length > all.size() - begin) {
-      const py::gil_scoped_acquire acquired;
+      const Locked locked;
       throw py::value_error("frame " + std::to_string(i) + " is not inside of the buffer");
     }
     const std::size_t onWire = wire ? std::max((*wire)[i], length) : length;
@@ -104,7 +117,7 @@ void countBuffer(std::string_view all, const Numbers& offsets,
 }
 
 Hits countHits(const Group& group, const py::object& frames, Named<Order> order, Named<Link> link,
-               const Text& assumed, const py::object& offsets, const py::object& lengths,
+               const Text<kAssumed>& assumed, const py::object& offsets, const py::object& lengths,
                const py::object& wire_lengths, const Progress& progress) {
   Counting counting(group, order, link, assumed, progress);
   if (offsets.is_none()) {
@@ -136,7 +149,7 @@ Hits countHits(const Group& group, const py::object& frames, Named<Order> order,
 }  // namespace
 
 Link named(const py::object& object, Link*) {
-  const std::string name = argument<Text>(object, "link", "a text or a Link");
+  const std::string name = textOf(object, "link", "a text or a Link");
   std::vector<std::string_view> names;
   for (const Link one : kAllLinks) {
     if (nameOf(one) == name) return one;
@@ -220,6 +233,9 @@ void addTraffic(py::module_* module) {
               py::arg("wire_lengths") = py::none(), py::arg("progress") = py::none(),
               R"(Counts the frames that each entry takes.
 
+`link` says how frames begin: a Link, such as "ethernet", or "raw" for packets that begin with IP.
+`assumed` is a packet, such as "vlan_tagging=untagged", for fields that no frame can show.
+
 Frames are objects of which bytes() makes bytes. With `offsets`, they are one buffer, in which each
 frame begins at an offset, and ends after its length or where the next one begins.
 
@@ -230,6 +246,14 @@ frame begins at an offset, and ends after its length or where the next one begin
 >>> fi.hits(group, bytes(180), "ascending-id", offsets=[0, 60, 120]).frames
 3
 )");
+  // pybind11 shows all arguments of a call that fits no function: here perhaps a million frames.
+  py::options options;
+  options.disable_function_signatures();
+  module->def("hits", [](const py::args&, const py::kwargs&) -> py::object {
+    throw py::type_error(
+        "hits() takes a group, frames and an order, and after these options by their names: see "
+        "help(filter_inspect.hits)");
+  });
 }
 
 }  // namespace FilterInspectPython

@@ -8,6 +8,7 @@ from typing import (
     Any,
     Callable,
     Dict,
+    Generic,
     Iterable,
     Iterator,
     List,
@@ -16,6 +17,7 @@ from typing import (
     Sequence,
     SupportsBytes,
     Tuple,
+    TypeVar,
     Union,
     final,
     overload,
@@ -27,6 +29,8 @@ _Progress = Optional[Callable[[int, int], object]]
 _Words = Union[str, Mapping[str, object], Iterable[object]]
 _Counters = Union[str, Mapping[int, object], Iterable[object]]
 _Policer = Union[None, str, Mapping[str, object], Iterable[object]]
+
+_T = TypeVar("_T")
 
 __version__: str
 
@@ -301,6 +305,12 @@ class Entries(Mapping[int, Entry]):
     def __len__(self) -> int: ...
     def __iter__(self) -> Iterator[int]: ...
 
+class _Setting(Generic[_T]):
+    """A stage or type, which can be set to more kinds of values than it has."""
+
+    def __get__(self, group: Group, kind: Any = ...) -> Union[int, _T]: ...
+    def __set__(self, group: Group, value: Union[str, int, _T]) -> None: ...
+
 @final
 class Group:
     def __init__(
@@ -310,7 +320,7 @@ class Group:
         priority: int = ...,
         stage: Union[str, int, Stage] = ...,
         type: Union[str, int, Type] = ...,
-        entries: Iterable[Entry] = ...,
+        entries: Union[Iterable[Entry], Mapping[int, Entry]] = ...,
     ) -> None: ...
     @staticmethod
     def from_bytes(data: _Buffer) -> Group: ...
@@ -328,14 +338,9 @@ class Group:
     @property
     def id(self) -> int: ...
     priority: int
-    @property
-    def stage(self) -> Union[int, Stage]: ...
-    @stage.setter
-    def stage(self, value: Union[str, int, Stage]) -> None: ...
-    @property
-    def type(self) -> Union[int, Type]: ...
-    @type.setter
-    def type(self, value: Union[str, int, Type]) -> None: ...
+    stage: _Setting[Stage]
+    type: _Setting[Type]
+    __hash__: None  # type: ignore[assignment]
     @property
     def entries(self) -> Entries: ...
     def insert(self, entry: Entry) -> None: ...
@@ -419,6 +424,8 @@ class Hits:
     @property
     def faults(self) -> Dict[FrameFault, FrameCount]: ...
 
+def match_names() -> List[str]: ...
+def action_names() -> List[str]: ...
 def decode(
     data: _Buffer, *, max_findings: int = ..., max_bytes: int = ...
 ) -> Tuple[Optional[Group], Report]: ...
@@ -427,8 +434,8 @@ def decode_entry(
 ) -> Tuple[Optional[Entry], Report]: ...
 def groups_from_text(text: str) -> List[Group]: ...
 def groups_from_json(json: str) -> List[Group]: ...
-def groups_to_text(groups: Sequence[Group]) -> str: ...
-def groups_to_json(groups: Sequence[Group], *, compact: bool = ...) -> str: ...
+def groups_to_text(groups: Iterable[Group]) -> str: ...
+def groups_to_json(groups: Iterable[Group], *, compact: bool = ...) -> str: ...
 def explain_insert(group: Group, entry: Entry) -> Report: ...
 def diff(old: Group, new: Group) -> Report: ...
 def plan(old: Group, new: Group, *, remove_first: bool = ...) -> Plan: ...
@@ -496,8 +503,8 @@ def hits(
     *,
     link: Union[str, Link] = ...,
     assumed: str = ...,
-    offsets: Sequence[int],
-    lengths: Optional[Sequence[int]] = ...,
-    wire_lengths: Optional[Sequence[int]] = ...,
+    offsets: Iterable[int],
+    lengths: Optional[Iterable[int]] = ...,
+    wire_lengths: Optional[Iterable[int]] = ...,
     progress: _Progress = ...,
 ) -> Hits: ...

@@ -19,6 +19,8 @@ class Refused(ValueError):
     text-value
     """
 
+    __module__ = "filter_inspect"
+
     def __init__(self, report: "Report", sentence: Optional[str] = None) -> None:
         super().__init__(sentence or str(report))
         self.report = report

@@ -2,6 +2,7 @@
 
 import json
 from collections.abc import Iterable, Mapping, Set
+from enum import Enum
 
 
 _LISTS, _POLICERS = ("if", "then", "count"), ("police", "parent")
@@ -16,10 +17,12 @@ def _word(word, without="#"):
 
 
 def _value(value):
+    if isinstance(value, Enum):
+        value = value.value
     if isinstance(value, bool):
         return "true" if value else "false"
     if isinstance(value, Set):
-        return "{" + ",".join(_value(one) for one in sorted(value)) + "}"
+        return "{" + ",".join(sorted(map(_value, value))) + "}"
     if isinstance(value, (list, tuple)):
         return "[" + ",".join(_value(one) for one in value) + "]"
     return _word(value)
@@ -41,7 +44,7 @@ def _words(values, what, stands_alone=lambda name: False):
         return words
     if isinstance(values, Mapping):
         return [_pair(name, value, stands_alone) for name, value in values.items()]
-    if isinstance(values, Iterable):
+    if isinstance(values, Iterable) and not isinstance(values, (bytes, bytearray, memoryview)):
         return [word for one in values for word in _words(one, what, stands_alone)]
     raise TypeError(f"{what} is a text, a mapping, or a list of them, and not {type(values).__name__}")
 

@@ -50,10 +50,13 @@ def assert_policy(
 
     Each group of which the file says something must be there.
     """
-    with open(policy, encoding="utf-8") as file:
-        promises = Policy(file.read())
     given = [groups] if isinstance(groups, Group) else list(groups)
+    for group in given:
+        if not isinstance(group, Group):
+            raise TypeError(f"groups are objects of the class Group, and not {type(group).__name__}")
     name = os.fspath(policy)
+    with open(name, encoding="utf-8") as file:
+        promises = Policy(file.read())
     lines = [
         f"{name}: there is no group {id}"
         for id in promises.groups

@@ -8,6 +8,8 @@ import pathlib
 import random
 import signal
 import struct
+import subprocess
+import sys
 import threading
 import time
 
@@ -75,6 +77,18 @@ def test_nothing_leaks():
         every_call()
     gc.collect()
     assert resident() - before < 4 << 20
+
+
+def test_python_may_exit_during_a_question():
+    program = """
+import threading, time, hardening_test as test
+for question in (lambda: test.fi.analyse(test.hardest_group(), test.ORDER, max_steps=10**15),
+                 lambda: test.fi.hits(test.EDGE, bytes(60), test.ORDER, offsets=test.MANY, lengths=test.MANY)):
+    threading.Thread(target=question, daemon=True).start()
+time.sleep(0.3)
+"""
+    folder = pathlib.Path(__file__).parent
+    assert subprocess.run([sys.executable, "-c", program], cwd=folder, timeout=60).returncode == 0
 
 
 def test_what_is_handed_out_outlives_its_owner():

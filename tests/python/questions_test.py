@@ -79,8 +79,8 @@ def test_the_stubs_have_each_name() -> None:
     body = ast.parse(path.read_text(encoding="utf-8")).body
     assert stubs(body) == {name for name in vars(_core) if not name.startswith("_")}
     for made in body:
-        if isinstance(made, ast.ClassDef) and not issubclass(vars(_core)[made.name], Enum):
-            kind = vars(_core)[made.name]
+        kind = vars(_core).get(made.name) if isinstance(made, ast.ClassDef) else None
+        if isinstance(made, ast.ClassDef) and kind and not issubclass(kind, Enum):
             mixins = {name for abstract in (Mapping, Sequence) if issubclass(kind, abstract)
                       for name in vars(abstract)}
             names = {name for name in vars(kind) if not name.startswith("_")}
@@ -152,6 +152,11 @@ def test_a_report_is_a_sequence() -> None:
     report = fi.diff(OLD, NEW)
     assert [one.code for one in report] == [one.code for one in report[:]] == list(
         map(lambda one: one.code, reversed(report)))[::-1]
+    with pytest.raises(IndexError):
+        report[2**70]
+    assert fi.Severity.NOTE < fi.Severity.WARNING < fi.Severity.ERROR >= max(fi.Severity)
+    with pytest.raises(TypeError):
+        fi.Severity.NOTE < "note?"
     assert report[-1].entry == 20 and report.worst is fi.Severity.NOTE and report.left_out == 0
     assert report == fi.diff(OLD, NEW) != fi.diff(NEW, OLD) and report[0] == report[:1][0] != report[1]
     assert report.index(report[1]) == 1 and report.count(report[-1]) == 1 and report[1] in report
