@@ -326,7 +326,7 @@ reports each pair of rules that overlap and are treated differently. A rule that
               py::arg("max_steps") = limits.max_steps, py::arg("progress") = py::none(),
               R"(Reports where the packets of a set go.
 
-`then` keeps the entries whose actions have these words, such as "permit" or "!deny".
+`then` keeps the entries whose actions have these words, such as "permit set_pcp".
 
 With `touching` it reports the entries that match some of them, and with an `entry` what earlier
 rules leave for it.
