@@ -148,7 +148,8 @@ void measurePorts() {
   measure("1,000 x 1,000 ports", group, options(true), 20000, 1);
 }
 
-// Analyses 64 x 64 tiles: only all of them together cover the last rule.
+// Analyses 64 x 64 rules, each for one pair of a source network and a destination network. Only all
+// of them together take every packet of the rule behind them.
 void measureTiles() {
   FiltersGroup group = emptyGroup();
   for (unsigned i = 0; i < 64 * 64; ++i) {
@@ -167,8 +168,8 @@ void measureTiles() {
           "a part is refused");
   insert(&group, &all);
   const Report report = measure("64 x 64 tiles", group, options(false), 60, 5);
-  // Some tiles have source addresses that no packet should have. The findings about these addresses
-  // do not count here.
+  // Some of these rules have source addresses that no packet should have. The findings about these
+  // addresses do not count here.
   const auto found =
       std::find_if(report.findings.begin(), report.findings.end(),
                    [](const Finding& finding) { return finding.code == Code::kEntryUnreachable; });

@@ -41,7 +41,7 @@ namespace {
 
 constexpr unsigned kRules = 10000;
 
-// Counts the allocations between its construction and the call of a getter.
+// Counts the allocations from the construction of this object to the call of a getter.
 struct Meter {
   Meter() { peak = held; }
   double allocationsARule() const {

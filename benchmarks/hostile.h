@@ -1,7 +1,8 @@
 #ifndef FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 #define FILTER_COMMON_BENCHMARKS_HOSTILE_H_
 
-// Bytes of groups that are the most expensive to read, for each kind of bytes and size.
+// The bytes of the groups that are the most expensive to read: one group of a given size for each
+// kind of content.
 
 #include <cstddef>
 #include <functional>
@@ -32,11 +33,11 @@ inline std::string action(char code, const std::string& content) {
 
 struct Group {
   const char* kind;
-  std::string bytes;  // the bytes after the head
+  std::string bytes;  // the bytes after the stage and the type
 };
 
-// The head of a group. It has no stage, and a type that admits the matches below, so that the group
-// keeps everything that is read.
+// The stage and the type of a group. The stage is none, and the type admits the matches below, so
+// that the group keeps everything that is read.
 inline const std::string kHead = "\x18" + std::string(1, '\0') + "\x20\x01";
 
 inline std::vector<Group> groups(std::size_t size) {

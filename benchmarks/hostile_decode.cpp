@@ -27,7 +27,7 @@ constexpr std::size_t kSize = 1 << 20;
 constexpr double kSeconds = 3;
 constexpr double kMebibytes = 256;
 constexpr double kGrowth = 3;
-constexpr double kTooShort = 0.1;  // seconds; growth of shorter times means nothing
+constexpr double kTooShort = 0.1;  // seconds; the growth of shorter times is not checked
 constexpr int kRuns = 3;           // other processes disturb some runs, but not all
 
 std::string repeated(const std::string& element, std::size_t size) {

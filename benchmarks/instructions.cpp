@@ -1,8 +1,8 @@
 // Counts the instructions of each operation for a group of N rules. The counts are the same in
 // every run.
 //   instructions N [OPERATION...]
-// Each operation runs twice, and only the second run is counted. Then the runtime's caches are
-// full, and memory is already allocated.
+// Each operation runs twice, and only the second run is counted. In the second run, the runtime's
+// caches are filled and memory is already allocated.
 #include "count_instructions.h"
 #include "operations.h"
 

@@ -15,7 +15,7 @@ namespace benchmarks {
 // The fields of a packet in the order of a Tuple.
 using Values = std::array<std::uint32_t, 5>;
 
-// Most packets are near a rule: they have the values of its conditions. No two packets are alike.
+// Most packets have the values of the conditions of some rule. No two packets are alike.
 inline std::vector<Values> makeValues(const std::vector<RuleSet::Tuple>& tuples,
                                       std::size_t count) {
   std::mt19937 engine(7);

@@ -40,7 +40,7 @@ def ratios(row, operation, floor, what, limits):
             for size, limit in limits]
 
 
-# The columns are the row, its description, a figure or the ratio of two figures, the limit and the
+# Each row has its number, its description, a figure or the ratio of two figures, its limit and its
 # format. A limit may depend on the width of a pointer. A row without a limit is only printed.
 # Figures named time.* are ratios of times. Figures named by an operation and a number of rules are
 # instructions for each rule. A KB is 1,024 bytes.

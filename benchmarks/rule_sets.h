@@ -3,7 +3,7 @@
 
 // Groups like real filters: access lists (ACL), firewalls (FW) and chains of both (IPC). These
 // kinds differ in the number of networks, in the length of the prefixes, and in how many rules have
-// no condition on an address, a port or the protocol. Some networks are part of other networks. The
+// no condition on an address, a port or the protocol. Some networks lie within other networks. The
 // groups are the same on every machine.
 
 #include <filter_common/filter_groups.h>
@@ -25,8 +25,8 @@ struct Shape {
   const char* name;
   unsigned open_source, open_destination;  // how many rules in 100 have no condition on the address
   unsigned open_source_port, open_destination_port, open_protocol;
-  unsigned exact_port;              // how many ports in 100 are one port; the others are ranges
-  std::array<unsigned, 4> lengths;  // prefixes in 100 of length 8-16, 17-24, 25-31, 32
+  unsigned exact_port;              // of 100 ports, how many are single; the others are ranges
+  std::array<unsigned, 4> lengths;  // of 100 prefixes, how many have length 8-16, 17-24, 25-31, 32
   unsigned networks;                // rules for each network
 };
 
@@ -49,7 +49,7 @@ class RuleSet {
 
   RuleSet(const Shape& shape, unsigned rules) : shape_(shape) {
     for (unsigned i = 0; i < 1 + rules / shape.networks; ++i) {
-      // Half of the networks are part of another network.
+      // Half of the networks lie within another network.
       const bool nested = i > 0 && below(2) == 0;
       networks_.push_back(nested ? networks_[below(i)] ^ below(1U << below(16))
                                  : static_cast<std::uint32_t>(engine_()));

@@ -19,8 +19,8 @@ namespace {
 
 using Ids = std::vector<fc::filtersEntryId_t>;
 
-// The data that the sender sends to the receiver. The sender chooses how to separate the two parts,
-// because the bytes of a group do not say where they end.
+// The data that the sender sends to the receiver. The sender chooses how to separate the ids from
+// the bytes, because the bytes of a group do not say where they end.
 struct Change {
   Ids removed;
   std::string bytes;  // a group of the new and the changed rules alone
@@ -40,8 +40,8 @@ fc::FiltersEntry rule(fc::filtersEntryId_t id) {
 
 // --- The sender's end ----------------------------------------------------------------------------
 
-// The part has the head of the whole group. This head replaces the head of the receiver's group,
-// and decides which rules are admitted there.
+// A group for the changed rules, with the id, priority, stage and type of the whole group. These
+// four replace those of the receiver's group, and decide which rules the receiver admits.
 fc::FiltersGroup emptyLike(const fc::FiltersGroup& group) {
   fc::FiltersGroup empty(group.getId());
   empty.setPriority(group.getPriority());

@@ -158,7 +158,7 @@ fc::FiltersGroup linkLayer() {
   addLinkProtocol(group, 2, "01:80:c2:00:00:00", "ff:ff:ff:ff:ff:ff");  // STP
   addLinkProtocol(group, 3, "01:80:c2:00:00:0e", "ff:ff:ff:ff:ff:ff");  // LLDP
 
-  fc::FiltersEntry reserved(10);  // no bridge forwards the rest of the block
+  fc::FiltersEntry reserved(10);  // no bridge forwards the other addresses of this block
   require(reserved.setMatch(fc::MatchDstMac(mac("01:80:c2:00:00:00"), mac("ff:ff:ff:ff:ff:f0"))));
   require(reserved.setAction(fc::ActionDeny()));
   require(group.insertEntry(reserved));

@@ -173,7 +173,7 @@ struct Group {
   fuzz::GroupModel model;
 };
 
-// Inserts the entry, or an entry with a single match or action, because groups admit such an entry
+// Inserts the entry, or an entry with a single match or action. Groups admit such a short entry
 // more often.
 void insert(Group& g, Group&, const Entry& e, ByteReader& in) {
   Entry given{FiltersEntry(e.real), e.model};
@@ -192,8 +192,9 @@ void removeEntry(Group& g, Group&, const Entry&, ByteReader& in) {
              fuzz::erase(g.model.entries, id));
 }
 
-// Passes a part of a group to the group itself. It inserts an entry that is replaced by its own
-// copy, or removes an entry by a key that is stored in this entry.
+// Passes a reference into a group to the group itself. Inserts an entry that the group already
+// holds, so that a copy of the entry replaces it. Or removes an entry, and names it by the id that
+// is stored in the entry.
 void passOwnParts(Group& g, Group&, const Entry&, ByteReader& in) {
   if (g.model.entries.empty()) return;
   const auto& [key, entry] = *g.real.getEntriesRef().begin();

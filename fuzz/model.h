@@ -1,9 +1,9 @@
 #ifndef FILTER_COMMON_FUZZ_MODEL_H_
 #define FILTER_COMMON_FUZZ_MODEL_H_
 
-// Models of entries and groups. A model has the effect that each call must have, in the plainest
-// code: it holds matches and actions as maps from codes to bytes. After each call, a model and its
-// object must serialize to the same bytes.
+// Models of entries and groups. For each call, a model does in the plainest code what the object
+// must do. It holds matches and actions as maps from codes to bytes. After each call, a model and
+// its object must serialize to the same bytes.
 
 #include <optional>
 

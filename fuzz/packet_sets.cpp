@@ -1,6 +1,6 @@
 // Checks that any text can be read as a packet set or gives findings. If a set was read, writing
-// and reading it again must give the same text. Every packet must be a set too. In small groups
-// trace() must agree with each packet that search() shows.
+// and reading it again must give the same text. The text of every packet must also be the text of a
+// set. In small groups trace() must agree with each packet that search() shows.
 
 #include <filter_inspect/filter_questions.h>
 #include <filter_inspect/filter_text.h>
@@ -11,7 +11,8 @@ using namespace FiltersInspect;
 
 namespace {
 
-// Masks with holes, ranges, and values with several readings.
+// Groups whose matches have masks with holes, ranges, and values that devices may read in several
+// ways.
 constexpr char kGroups[] =
     "filter-groups 1\n"
     "group 1 priority=1 stage=ingress type=3\n"

@@ -18,7 +18,8 @@ void checkTinyGroup(fuzz::ByteReader in, Order order) {
   FUZZ_NO_FAULT(faultOfPolicy(c, {set}, order, steps));
 }
 
-// A group with this id. It has a tie, a mask with holes and matches with several readings.
+// A group with this id. It has entries that tie, a mask with holes, and matches that devices may
+// read in several ways.
 FiltersGroup groupOf(filtersGroupId_t id) {
   const ParsedGroups parsed = groupsFromText(
       "filter-groups 1\ngroup " + std::to_string(id) +

@@ -21,8 +21,9 @@ using namespace catalogue;
 using E = FiltersEntry;
 using G = FiltersGroup;
 
-// The state of the tested object after a failure. Leaking means that the object is unchanged, but
-// the protocol-buffer runtime may lose the block that it has just allocated.
+// The state of the tested object after a failure. With `Leaking`, the object is unchanged, but the
+// protocol-buffer runtime may lose the block that it has just allocated. A step with `NotTried` is
+// skipped.
 enum Promise { Unchanged, Valid, Leaking, NotTried };
 
 // Without memory, releases 3.6.0 and 34.2 crash when an element is added to a message that is not
@@ -42,7 +43,7 @@ std::string look(const E& entry) { return bytesOf(entry); }
 std::string look(const G& group) { return bytesOf(group); }
 
 // Each step starts with the result of the previous step. A failing step must throw std::bad_alloc,
-// leak nothing, leave the subject in the promised state, and work when it is tried again.
+// leak nothing, leave the object in the promised state, and succeed when it is tried again.
 template <class Subject>
 void trial(Subject subject, const std::vector<Step<Subject>>& steps) {
   long failures = 0;
@@ -232,7 +233,7 @@ TEST(FailingMemory, LeavesNothingBehind) {
             {"group", [](E&) { deleteFiltersGroup(newFiltersGroup(1)); }}});
 }
 
-// A message may repeat a few values many times.
+// A message may repeat a few values of a set many times. The set needs memory only for the values.
 TEST(Memory, OfASetIsThatOfItsValuesHoweverOftenTheyAreSent) {
   MatchPB message;
   message.mutable_pcp_()->Resize(100000, 7);

@@ -118,10 +118,9 @@ TEST(Damage, OfAnyEndCutOffOrAnySingleBitIsSurvived) {
   }
 }
 
-// The entry has fewer bytes than its fields need, and its length has this smaller number. So the
-// end of the entry cuts a field. The bytes of the group end there too, or more bytes follow. If a
-// rule was cut right behind the tag of a match, it must not be read as a whole rule without this
-// match.
+// The length of the entry is less than its fields need, so the entry ends within a field. The bytes
+// of the group end there too, or more bytes follow. If a rule was cut right behind the tag of a
+// match, it must not be read as a whole rule without this match.
 TEST(Damage, OfAnEntryThatIsShorterThanItsFieldsIsSurvived) {
   for (const char* name : {"group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group.hex"}) {
     FiltersGroupPB message;

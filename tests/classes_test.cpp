@@ -20,7 +20,7 @@ template <class T>
 class EachClass : public ::testing::Test {};
 TYPED_TEST_SUITE(EachClass, EveryClass);
 
-// Compares with the comparison of the class and with the generic comparison.
+// Compares objects by the operator of their class, and by that of Match or Action.
 TYPED_TEST(EachClass, EqualsItsCopiesAlone) {
   for (const TypeParam& object : samples<TypeParam>()) {
     EXPECT_EQ(object.getType(), rowOf<TypeParam>().code);
@@ -271,7 +271,7 @@ TEST(Match, DefaultMaskIsAllOnesForAddressesAndZeroForPorts) {
 }
 
 // The constructor with one argument is explicit, and the constructor with two arguments is not. The
-// constructors of the other classes with a mask are explicit in the same way.
+// constructors of the other classes that have a mask are explicit in the same way.
 static_assert(!std::is_convertible_v<l4port_t, MatchDstL4Port> &&
               !std::is_convertible_v<l4port_t, MatchSrcL4Port>);
 [[maybe_unused]] const MatchDstL4Port kDestination = {80, 2};
@@ -362,8 +362,8 @@ TEST(ActionMplsPortSet, TakesAVpnAndAnAccessPortAndRefusesAnyOtherKind) {
 }
 
 // A field with the value 0 counts as present. So the text of the exception says that the interface
-// is refused, not that it is missing. Deliberate: if the access port is bad, the VPN before it has
-// already been stored.
+// is refused, not that it is missing. Deliberate: if the access port is refused, the VPN, which is
+// read first, has already been stored.
 TEST(ActionMplsPortSet, RefusesAMessageAndMayKeepItsVpn) {
   const std::string vpn = "50" + varint(interfaceIndex(kVpws7));
   const std::string port = "58" + varint(interfaceIndex(kEth3));

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Builds the installed examples as a user would, and runs them: with find_package, once without the
-# development files of the message runtime, and with pkg-config.
+# Builds the installed examples as a user would, and runs them. Builds them with find_package, with
+# and without the development files of the message runtime, and then with pkg-config.
 #   consumer_test.sh <prefix of the installed tree>
 # The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail

@@ -70,8 +70,8 @@ for package in "$runtime" "$development" "${inspect[@]}" "${tool[@]}" "${python[
 done
 dpkg-deb -I "$runtime" shlibs | grep "^libfilter_common 1 libfilter-common1 "
 
-# These complaints are expected: the packager sets the contact, and no bug report is closed by these
-# packages.
+# Lintian's complaints about the contact are suppressed, because the packager sets the contact. So
+# is the complaint that the changelog closes no bug report.
 if command -v lintian; then
   lintian --allow-root --fail-on error,warning --suppress-tags \
     bogus-mail-host,bogus-mail-host-in-debian-changelog,root-in-contact,initial-upload-closes-no-bugs \

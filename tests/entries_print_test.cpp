@@ -61,8 +61,8 @@ TEST(EntryPrinting, WritesEveryKindOfPolicerAndOfTheEntrysOwnNoneWithoutStage) {
       {{1, Stage::Ingress, Mode::TrTcmDs(31, 32, 33, 34), {Action::SetDscp(Color::Green, 255)}},
        "1\nStage: Ingress\nMode: TrTcmDs (CIR: 31 kbits/s, CBS: 32 bytes, EIR: 33 kbits/s, "
        "EBS: 34 bytes)\nActions:\n+ Green Set DSCP 255\n"},
-      // Values without a name: the stage prints as Ingress. The mode, the colour and the action
-      // print nothing.
+      // A stage without a name prints as Ingress. A mode, a colour or an action without a name
+      // prints nothing.
       {{3, Stage{3}, Mode(policer::ModeType{5}), {Action(policer::ActionType{3}, Color{3}, 9)}},
        "3\nStage: Ingress\nMode: \nActions:\n+  \n"},
   };

@@ -66,7 +66,7 @@ filtersErr_t take(const FiltersEntry& entry, T& out) {
   if constexpr (!isMatch<T>) return entry.getAction(out);
 }
 
-// An empty group with any stage and type, even a pair that the setters refuse.
+// An empty group with any stage and any type, even if the setters refuse the two together.
 inline FiltersGroup groupOf(int stage, int type) {
   FiltersGroupPB message;
   message.set_stage_(static_cast<std::uint32_t>(stage));

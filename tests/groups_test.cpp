@@ -121,8 +121,9 @@ TEST(GroupMessage, LosesEntriesThatTheGroupRefusesAndFormerOnesOfAnId) {
   EXPECT_EQ(prioritiesOf(fromMessage(message)), Priorities());
 }
 
-// Reads a part of a group into the whole group. Deliberate: the head of the part is stored without
-// a check. If the new stage and type refuse a rule, the old rule with that id stays.
+// Reads a message with some rules into a group. Deliberate: the group takes the id, priority, stage
+// and type of the message without a check. If this stage or type refuses a rule, the old rule with
+// that id stays.
 TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   FiltersGroup group = groupOf(kIngress, 3);
   for (unsigned id : {1u, 2u, 3u}) {
@@ -151,7 +152,7 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
   EXPECT_EQ(heldActions(entries.at(2)), Codes{FILTERS_ACTION_COPY_TO_CPU});
   for (unsigned id : {1u, 3u}) EXPECT_EQ(entries.at(id), before.getEntriesRef().at(id));
 
-  part.Clear();  // without a head, stage and type are 0, and type 0 admits no match
+  part.Clear();  // the message has no stage and no type, so both are 0, and type 0 admits no match
   *part.add_entries_() = messageOf(entryOf({FILTERS_MATCH_TTL}, {}, policer::Stage::None, 1));
   group.convertFromFiltersGroupPB(&part);
   EXPECT_TRUE(group.getId() == 0 && group.getPriority() == 0 && group.getStage() == 0 &&
@@ -166,9 +167,8 @@ TEST(GroupMessage, OnTopOfAGroupReplacesItsHeadAndTheRulesOfItsIds) {
 // unknown stage and an unknown type.
 const FiltersGroup kAnyGroup = groupOf(kUnknown, kUnknown);
 
-// The check and the public table must agree with the table in rules.h. Every code must be in some
-// row behind the first, except the codes in `nowhere`. The first row, of stage or type NONE, does
-// not count.
+// The check and the public table must agree with the table in rules.h. Each code that is not in
+// `nowhere` must be in some row other than the first, which is that of stage or type NONE.
 template <class Key, class Code, class Check>
 void expectTable(const Table& table, const Codes& codes, const CodeSet& nowhere,
                  filtersErr_t refusal, const std::map<Key, const std::set<Code>>& published,

@@ -32,7 +32,7 @@ if grep -q '^FILTER_COMMON_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
 fi
 
 # No installed file may contain the path of the folder in which it was built or first installed.
-# This check leaves out the library's debug information, which names system headers.
+# This check ignores the library's debug information, which names system headers.
 # reproducible_test.sh checks the debug information.
 if grep -rI -e "$prefix-first" -e "$build" "$prefix"; then
   echo "install: a text file names a folder of the build"

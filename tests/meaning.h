@@ -33,8 +33,8 @@ inline std::unique_ptr<FiltersEntry> converted(const FiltersEntryPB& message) {
   return entry;
 }
 
-// Converts the reference message. The head is set first, even if its fields come last in the bytes.
-// Then each entry is inserted as a caller would insert it.
+// Converts the reference message. The id, priority, stage and type of the group are set first, even
+// if they come last in the bytes. Then each entry is inserted as a caller would insert it.
 inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   google::protobuf::RepeatedPtrField<FiltersEntryPB> entries;
   entries.Swap(message.mutable_entries_());
@@ -44,8 +44,8 @@ inline std::unique_ptr<FiltersGroup> converted(FiltersGroupPB message) {
   return group;
 }
 
-// Returns the object. If making it throws, returns null and the text of std::invalid_argument,
-// which is the only exception that reading bytes may throw.
+// Returns the object. If making the object throws std::invalid_argument, returns null and the text
+// of the exception. Reading bytes may throw no other exception.
 template <class Make>
 auto outcomeOf(Make make) -> std::pair<decltype(make()), std::string> {
   try {
@@ -78,7 +78,7 @@ std::string faultIn(const std::string& bytes) {
   return "";
 }
 
-// A field whose value is bytes or a message. Its tag has one byte.
+// A field whose value is bytes or a message, and whose tag has one byte.
 inline std::string bytesField(unsigned tag, const std::string& bytes) {
   std::string field(1, static_cast<char>(tag));
   std::size_t size = bytes.size();
@@ -86,8 +86,8 @@ inline std::string bytesField(unsigned tag, const std::string& bytes) {
   return field + static_cast<char>(size) + bytes;
 }
 
-// Bytes of groups that this library would not write: a head and entries, and odd bytes before,
-// between or after them that look almost like the usual form.
+// Bytes of groups that this library would not write: the fields of a group, with odd bytes before,
+// between or after them that look almost like the library's own form.
 inline std::vector<std::string> oddGroups() {
   const std::string head = fromHex("0807100518022001"), entry = fromHex("2a0208012a020863");
   std::vector<std::string> groups = {entry + head, head + entry + fromHex("18032005") + entry};
@@ -100,7 +100,7 @@ inline std::vector<std::string> oddGroups() {
       "18ffffffffffffffffffff01 aa 18 "                           // without an end
       "2a0e080110012208080110ffffffffff "  // numbers of a list that are too long
       "2a1308011001220d080110ffffffffffffffffff01 2a1308011001220d08021880808080808080808001 "
-      "2a0308070c 2a03080700 00 0c 34 1802 080a");  // at places where none belongs
+      "2a0308070c 2a03080700 00 0c 34 1802 080a");  // bytes that do not belong here
   for (std::string field; odd >> field;) {
     for (const std::string& start : {std::string(), head, entry, head + entry}) {
       for (const std::string& end : {std::string(), entry}) {

@@ -14,7 +14,7 @@
 namespace memory {
 
 inline long live = 0;         // allocations not yet freed
-inline std::size_t held = 0;  // their bytes, as the C library rounds them
+inline std::size_t held = 0;  // the bytes of these allocations, as the C library rounds them up
 inline std::size_t peak = 0;  // the most bytes since the last restartPeak()
 
 inline void restartPeak() { peak = held; }
@@ -24,8 +24,8 @@ inline bool refusingOnce = false;
 inline long allowed = 0;      // allocations before the first refusal; below 0 after it
 inline void* last = nullptr;  // the last allocation before that refusal
 
-// Lets this number of allocations succeed. Then refuses one allocation, or all allocations until
-// endRefusal(), which returns whether memory was refused.
+// Lets the given number of allocations succeed. Then refuses one allocation, or all allocations
+// until endRefusal(). endRefusal() returns whether memory was refused.
 inline void refuseAfter(long allocations, bool once) {
   allowed = allocations;
   refusingOnce = once;
@@ -50,8 +50,7 @@ inline bool endRefusal() {
   peak = std::max(peak, held);
   return block;
 }
-// Does the same as the C++ library's operator. It is here because sanitizers replace the operator
-// of the C++ library.
+// This operator does the same as the one of the C++ library, which sanitizers replace.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return operator new(size);

@@ -9,7 +9,8 @@ cmake_path(GET protobuf_libdir PARENT_PATH protobuf_libdir)
 list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
 string(REPLACE ";" "\\;" find_root_path "${CMAKE_FIND_ROOT_PATH}")
 if(CMAKE_CROSSCOMPILING)
-  # On a device, linker and loader find the message runtime without help. Here they need its folder.
+  # On a device, the linker and the loader find the message runtime without help. In these tests
+  # they need the name of its folder.
   set(rpath_link " -Wl,-rpath-link,${protobuf_libdir}")
   set(library_path QEMU_SET_ENV=LD_LIBRARY_PATH=${protobuf_libdir})
 endif()
@@ -34,15 +35,15 @@ function(filter_common_add_package_test name script)
     ${name} PROPERTIES ENVIRONMENT "${tools}" LABELS package TIMEOUT 900 SKIP_RETURN_CODE 77)
 endfunction()
 
-# Installs into an empty prefix, moves it, and builds the examples there. The prefix has a space in
-# its name, which must also work.
+# Installs into an empty prefix, moves it, and builds the examples there. The name of the prefix has
+# a space, because such names must also work.
 set(prefix "${PROJECT_BINARY_DIR}/tests/installed tree")
 filter_common_add_package_test(install install_test.sh ${PROJECT_BINARY_DIR} ${prefix})
 set_tests_properties(install PROPERTIES FIXTURES_SETUP installed)
 filter_common_add_package_test(consumer consumer_test.sh ${prefix})
 set_tests_properties(consumer PROPERTIES FIXTURES_REQUIRED installed)
 
-# Uses the tree as a subfolder of another project.
+# This test uses the tree as a subfolder of another project.
 filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DIR})
 
 # Builds with the platform libraries of platform/plain.

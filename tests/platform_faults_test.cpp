@@ -84,9 +84,9 @@ TEST(PlatformFaults, SendsZeroForAnInterfaceWithoutIndexAndRefusesAnIndexWithout
   EXPECT_EQ(action.getVpnId(), ActionMplsPortSet().getVpnId());
 }
 
-// Reading makes the policer, then the parent, then the actions. The first of these that throws
-// decides. For bytes of any form, the exception is the same as if the parsed message were
-// converted.
+// Reading an entry makes the policer, then the parent, then the actions. The exception is that of
+// the first of them that throws. For bytes of any form, the exception is the same as if the parsed
+// message were converted.
 TEST(PlatformFaults, ThrowsWhatTheFirstPartOfAnEntryThrows) {
   const std::string head = fromHex("08071001"), match = fromHex("0804200a"),
                     mpls = fromHex("08125001"), permit = fromHex("0801");

@@ -66,7 +66,7 @@ FiltersEntry entry(1);
 entriesStruct record;
 
 struct Assertion {
-  const char* location;  // a regular expression; has the line number only if that is fixed
+  const char* location;  // a regular expression, with the line number only if this number is fixed
   const char* expression;
   std::vector<std::pair<const char*, void (*)()>>
       calls;  // the signatures, in which FC is FiltersCommon, and the calls
@@ -132,7 +132,7 @@ TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
     for (const auto& [abbreviated, call] : calls) {
       const auto full = std::regex_replace(abbreviated, std::regex("FC::"), "FiltersCommon::");
       const std::string signature = std::regex_replace(full, std::regex("[*()]"), "[$&]");
-      // An emulator also prints the signal.
+      // An emulator also prints the signal that ended the program.
       EXPECT_DEATH(call(), testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " +
                                                  signature + ": Assertion `" + expression +
                                                  "' failed[.]\n(qemu: [^\n]*\n)?"));

@@ -134,8 +134,8 @@ inline const auto kStages = static_cast<int>(kTypesOfStage.size());
 // A code that no stage, type, match, action or counter will ever have.
 constexpr int kUnknown = 99;
 
-// The highest codes in the files of golden/. For higher codes, the rows of samples.cpp have the
-// bytes and the text.
+// The highest codes in the files of golden/. The bytes and the text of higher codes are in the rows
+// of samples.cpp.
 constexpr unsigned kLastGoldenMatch = FiltersCommon::FILTERS_MATCH_DST_L4_PORT_RANGE;
 constexpr unsigned kLastGoldenAction = FiltersCommon::FILTERS_ACTION_L2_TO_CPU_DROP;
 template <class Sorted>
@@ -143,7 +143,7 @@ Codes upTo(unsigned last, const Sorted& codes) {
   return {codes.begin(), std::upper_bound(codes.begin(), codes.end(), last)};
 }
 
-// The numbers of all rows of a table, and an unknown number.
+// The numbers of all rows of a table, and a number that is no row.
 inline std::vector<int> rowsAndUnknown(const Table& table) {
   std::vector<int> rows(table.size());
   std::iota(rows.begin(), rows.end(), 0);

@@ -39,8 +39,8 @@ const BaseOf<T>& generic(const T& object) {
   return object;
 }
 
-// The printed text of an object. T chooses the operator<<. If T is Match or Action, the object's
-// code decides as which class it is printed.
+// The printed text of an object. T chooses the operator<<. If T is Match or Action, the object is
+// printed as the class of its code.
 template <class T>
 std::string printed(const T& object) {
   std::ostringstream os;
@@ -58,12 +58,13 @@ struct CountingBuffer : std::stringbuf {
 std::string fromHex(std::string hex);
 std::string toHex(const std::string& bytes);
 
-// The bytes of a number in a message, as hexadecimal text. For numbers that depend on the platform.
+// The bytes of a number in a message, as hexadecimal text. Rows use this function for numbers that
+// depend on the platform.
 std::string varint(std::uint32_t value);
 
 std::uint32_t interfaceIndex(limid_t limid);
 
-// These functions have the same names for matches and for actions.
+// These functions have the same names for matches and for actions, so that tests can be templates.
 template <class T>
 using MessageOf = std::conditional_t<std::is_base_of_v<Match, T>, MatchPB, ActionPB>;
 inline void write(const Match& match, MatchPB* message) { match.convertToMatchPB(message); }
@@ -133,7 +134,7 @@ struct Row {
   std::string text;    // the name of the class in filter_text.h, and the values of its objects
   std::string fields;  // the bytes that the first object writes after its code
   Lines lines;         // the lines that the first object prints below its code
-  // The objects differ from each other. The last object has zeros and empty lists.
+  // The objects differ from each other, and the last one has zeros and empty lists.
   std::vector<T> objects;
 };
 
@@ -167,8 +168,8 @@ template <class... M, class... A>
 ::testing::Types<M..., A...> both(::testing::Types<M...>, ::testing::Types<A...>);
 using EveryClass = decltype(both(AllMatches(), AllActions()));
 
-// Fresh copies of the first sample of each code's class, in the order of the codes. The code that
-// MatchToS and MatchDSCP share has a MatchToS.
+// Fresh copies of the first sample of each code's class, in the order of the codes. For the code
+// that MatchToS and MatchDSCP share, the object is a MatchToS.
 std::vector<std::pair<filtersMatch_t, std::unique_ptr<Match>>> oneMatchOfEachCode();
 std::vector<std::pair<filtersAction_t, std::unique_ptr<Action>>> oneActionOfEachCode();
 

@@ -1,7 +1,8 @@
 #!/bin/bash
 # Configures a project that has the library in a subfolder. The library is installed only if the
-# project asks for this, and does not change settings of the whole build. It includes the second
-# library if asked. It refuses to be built as a static library or in a project without C++.
+# project asks for this, and does not change settings of the whole build. The second library is
+# built only if the project asks for it. The library refuses to be built as a static library or in a
+# project without C++.
 #   subproject_test.sh <folder of the sources>
 # The environment variables that tests/packaging.cmake sets name the tools.
 set -euo pipefail

@@ -1,5 +1,6 @@
 // Tests what several threads may do at once. The thread sanitizer (preset tsan) finds races even if
-// the results are right. Without the sanitizer, the test finds a race only if it changes a result.
+// the results are right. Without the sanitizer, the test finds a race only if the race changes a
+// result.
 
 #include <filter_common/filter_groups_c.h>
 

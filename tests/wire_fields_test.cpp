@@ -1,6 +1,6 @@
-// Compares the table of fields with the schemas. Only this table decides how the library writes and
-// reads bytes. So a wrong number, kind or label in the table would change the bytes that other
-// processes get.
+// Compares the table in src/wire_fields.def with the schemas. Only this table decides how the
+// library writes and reads bytes. So a wrong number, kind or label in the table would change the
+// bytes that other processes get.
 
 #include <filter_common/filter_groups.pb.h>
 #include <gtest/gtest.h>

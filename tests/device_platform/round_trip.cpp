@@ -59,7 +59,7 @@ int main() {
 
   // These libraries cannot make policers from values, but can return the values of a policer.
   const std::string text = FiltersInspect::toText({group});
-  // The bytes of a policer begin with its id, in the order of this machine.
+  // The bytes of a policer begin with its id, in the byte order of this machine.
   const bool isLittleEndian = sent.policer_parent_()[0] == 5;
   check(text.find(isLittleEndian ? " parent 05000000" : " parent 00000005") != text.npos &&
             text.find(", parent 5 ingress trtcmds cir=1000 cbs=1500 eir=2000 ebs=3000 red=pcp:255 "

@@ -176,7 +176,8 @@ entry 1 priority=1 if external_vlan_id={1001,1002,1003,1004,1005,1006,1007,1008,
 entry 2 priority=1 if dst_l4_port=7/0xffff then deny
 entry 3 priority=1 if dst_l4_port=7/0xfff0 then deny
 """)
-    # Lists that would take minutes to draw if each step broke all their lines again.
+    # Lists that would take minutes to draw if all their lines were broken again for each width that
+    # is tried.
     write("long_lists.txt", b"""filter-groups 1
 group 1 priority=1 stage=ingress type=3
 entry 1 priority=1 if ingress_ports=[%s] then redirect=[%s] deny count %s
@@ -330,7 +331,7 @@ TABLE = [
      r"thrown.bin: group 1: error: entry 1: action mpls_port_set: it has no vpn_id .*"),
     ("show empty --framing=be32 --as=text", 0, "filter-groups 1\ngroup 0 [^\n]*\n", MISSING),
     ("show nosuch.bin g.bin --as=text", 2, G_TXT, "filter-inspect: nosuch.bin: " + ENOENT),
-    # --- Some groups and entries only
+    # --- Only some groups and entries
     ("show g.bin --group=2 --entry=3 --entry=10", 0,
      "g.bin: group 2: id 2, [^\n]*\n.*\n3 [^\n]*\n10 [^\n]*\n[^\n]*\n", NONE),
     ("show g.bin --entry=1000 --as=text", 0,
@@ -797,8 +798,8 @@ TABLE = [
      r"[^\n]* no such field[^\n]*\n  ttl=1 foo=3 ttl=999\n        \^~~\n.*"),
 ]
 
-# Rows for --json. Each has the arguments, the exit code, whether standard output and standard error
-# have a document, and words that the documents must contain.
+# Rows for --json. Each row has the arguments, the exit code, whether standard output and standard
+# error have a document, and words that the documents must contain.
 DOCUMENTS = [
     ("check lost.bin g.bin", 1, True, False, {"match-unknown", '"groups": 2'}),
     ("check g.bin nosuch.bin", 2, True, True, {"file-unreadable"}),
@@ -1199,8 +1200,8 @@ def try_captures():
         write("c.pcap", pcap([head + frame()[14:]], link=link))
         done = inspect("--json", *hits, "--capture=c.pcap")
         expect(f"the link {link}", findings_of(done, "rules.txt")[1] == expected[1].replace("2 1", "1 1"), done.stdout)
-    # The report has the frames that could be counted. It also says which frames were cut, and where
-    # libpcap refused the file.
+    # The report has the frames that could be counted. The report also says which frames were cut,
+    # and where libpcap refused the file.
     for capture, code, trouble, about in (
             (pcap(frames, cut=20), 1, "", ["frames-counted : 3, ", f"frames-not-read : 3 1 {first}, "]),
             (pcap(frames)[:-1], 2, "c.pcap: frame 3: truncated .*", ["frames-counted : 2, "]),

@@ -27,7 +27,7 @@ void writeSamples(::testing::Types<T...>) {
 int main() {
   writeSamples(EveryClass());
   for (const auto& file : std::filesystem::directory_iterator(FILTERS_GOLDEN_DIR)) {
-    if (file.path().extension() != ".hex") continue;  // skips the text and JSON of groups
+    if (file.path().extension() != ".hex") continue;  // skips the files groups.txt and groups.json
     const std::string name = file.path().filename();
     write(name[0] == 'e' ? "FiltersEntryPB" : "FiltersGroupPB", toHex(golden(name)));
   }

@@ -20,8 +20,8 @@ extern "C" bool roundTrip() {
   return FiltersGroup(bytes) == group && text.str().find("\"lag-1\"") != std::string::npos;
 }
 
-// The module recognises the type of a MatchTTL that the program made; the program recognises the
-// type of an exception that the module throws.
+// knowsAsTTL() recognises the type of a MatchTTL that the program made. The program recognises the
+// type of the exception that refuse() throws.
 extern "C" bool knowsAsTTL(const Match* match) {
   return dynamic_cast<const MatchTTL*>(match) != nullptr;
 }

@@ -1,5 +1,6 @@
 // A process loads a module that uses the library, unloads the module and loads it again. The
-// process and the module do not see each other's symbols, but they recognise each other's types.
+// process and the module do not see each other's symbols. But they recognise each other's types in
+// casts and exceptions.
 
 #include <dlfcn.h>
 #include <filter_common/filter_matches.h>

@@ -1,5 +1,5 @@
-// A user's class that uses helpers which the library does not export must not compile. It could not
-// be linked either.
+// A user's class that uses helpers which the library does not export must not compile, because it
+// could not be linked.
 #include <filter_common/filter_matches.h>
 
 using namespace FiltersCommon;

@@ -69,8 +69,8 @@ while read -r class helper; do
     "$here/inner_helpers.cpp" -fsyntax-only
 done <<<$'MatchPorts print\nMatchVlanId print'
 
-# The compiler warns about ignored refusals and nothing else. If these warnings are turned off, it
-# does not warn at all.
+# The compiler warns if the result of a call that may be refused is ignored, and about nothing else.
+# If these warnings are turned off, it does not warn at all.
 compile -fsyntax-only "$here/nodiscard.cpp" |
   sed -n 's/.*cpp:\([0-9]*\):.* ignoring return.*/\1/p' | sort -nu |
   diff <(grep -n '// warns$' "$here/nodiscard.cpp" | cut -d: -f1) -

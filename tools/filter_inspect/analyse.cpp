@@ -21,8 +21,9 @@ AnalysisOptions analysisOf(const Options& options, std::string_view place, Conso
   how.order = orderOf(options);
   how.overlaps = options.overlaps;
   how.redundant = options.redundant;
-  // If some findings are dropped later, the analysis must keep more of them, so that dropped
-  // findings do not displace others.
+  // After the analysis, findings about entries that --entry does not name, and findings that the
+  // policy accepts, are dropped. So the analysis must keep more findings than are printed.
+  // Otherwise those that are dropped could displace others.
   constexpr std::size_t kMostToChooseFrom = 100000;
   const bool isAll = options.entries.empty() && options.policy.empty();
   how.max_findings =

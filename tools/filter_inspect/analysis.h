@@ -12,7 +12,7 @@
 
 namespace FilterInspectTool {
 
-// The order that --order gives, or unspecified.
+// The order that --order names, or kUnspecified.
 FiltersInspect::Order orderOf(const Options& options);
 
 // The options of the command line for an analysis. If the work takes longer than a second, a

@@ -90,9 +90,9 @@ Report tablesOf(const Options& options) {
 
 // --- The matrix -------------------------------------------------------------------------------
 
-// A table of rows and columns, with an x where the column admits the row. `wordsOf` may add words
-// about a row. These words are broken into several lines if one line would be longer than `width`
-// letters.
+// A table with an x where the column (a stage or a type) admits the row (a match, for example).
+// `wordsOf` may add words about a row, which are broken into several lines if one line would be
+// longer than `width` letters.
 template <class Row, class Column, class Admits>
 std::string matrixOf(const char* title, const Admits& admits,
                      std::string_view (*wordsOf)(Row) = nullptr, std::size_t width = 0) {
@@ -162,8 +162,8 @@ Finding placeFor(const FiltersEntry& entry, const Stages& stages, const Types& t
   return finding;
 }
 
-// Drops findings about entries that their own group refuses. This command looks for groups that
-// admit the entries, so such a refusal is no loss.
+// Drops findings about entries that their own group refuses. This command looks for other groups
+// that admit the entries, so such a refusal is no loss.
 void dropRefusals(Report* report) {
   auto& all = report->findings;
   const auto isRefusal = [](const Finding& finding) {

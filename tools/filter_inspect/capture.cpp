@@ -68,7 +68,7 @@ std::size_t sizeOf(std::FILE* file) {
 
 std::optional<std::uint64_t> readCapture(const Options& options, Console* console,
                                          const std::function<void(const SeenFrame&)>& visit) {
-  constexpr std::uint64_t kFramesBetween = 1024;  // between two looks at the progress
+  constexpr std::uint64_t kFramesBetween = 1024;  // between two updates of the progress
   const std::string& file = *options.capture;
   char why[PCAP_ERRBUF_SIZE] = "";
   console->showProgress(file);  // libpcap waits for the first bytes

@@ -15,11 +15,11 @@
 
 namespace FilterInspectTool {
 
-// What one frame tells.
+// What a frame shows.
 struct SeenFrame {
   FiltersInspect::Packet packet;
   FiltersInspect::FrameFault fault;
-  std::int64_t time;  // nanoseconds since 1970, or the nearest time that can be written so
+  std::int64_t time;  // nanoseconds since 1970, or the nearest time that fits
 };
 
 // Visits each frame of --capture and returns their number. If the file has a fault, reports it and

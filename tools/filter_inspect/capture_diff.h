@@ -18,7 +18,7 @@ class CaptureDiff {
   CaptureDiff(const Options& options, const std::vector<Input>& inputs, Console* console)
       : options_(options), inputs_(inputs), console_(*console) {}
 
-  // Returns false, and reports an error, if the options do not fit together.
+  // Returns false, and reports an error, if the options contradict each other.
   bool isReady();
   // Adds two groups to compare: one of the first file, and one of the second.
   void add(const InputGroup& a, const InputGroup& b);

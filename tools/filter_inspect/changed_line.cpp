@@ -40,7 +40,7 @@ std::uint32_t likeness(const Word& a, const Word& b) {
   return a.value == b.value ? kEqual : kSameKey;
 }
 
-// Writes the words that two lists have in common, and the words that only one list has.
+// Finds the words that two lists have in common, and the words that only one list has.
 class Comparison {
  public:
   std::vector<LinePart> run(std::vector<Word> a, std::vector<Word> b) {
@@ -59,8 +59,8 @@ class Comparison {
     return std::move(parts_);
   }
  private:
-  // Pairs as many words as possible. Prefers pairs of equal words to pairs of words with the same
-  // key.
+  // Finds for as many words as possible of one list an equal word, or one with the same key, in the
+  // other list. An equal word counts more.
   void addMiddle(const std::vector<Word>& a, const std::vector<Word>& b) {
     constexpr std::size_t kMostPairs = 1 << 20;  // more are not compared
     const std::size_t width = b.size() + 1;
@@ -99,7 +99,7 @@ class Comparison {
     add(LinePart::kAfter, std::string(b.value));
   }
 
-  // Joins neighbouring words of one list into one part.
+  // Joins neighbouring words that only one list has into one LinePart.
   void addAlone(LinePart::In in, const Word& word) {
     std::string& text = in == LinePart::kBefore ? before_ : after_;
     if (before_.empty() && after_.empty()) blanks_ = word.blanks;

@@ -9,14 +9,14 @@
 
 namespace FilterInspectTool {
 
-// A part of the line that both versions have, or that only one of them has.
+// Neighbouring words that both versions of the line have, or that only one version has.
 struct LinePart {
   enum In { kBoth, kBefore, kAfter } in;
   std::string text;
 };
 
-// Compares words. If two words have the same key, compares only their values: "ttl=255" and
-// "ttl=254" have the key "ttl=" in common.
+// Compares words. If two words have the same key, compares only their values. For example,
+// "ttl=255" and "ttl=254" have the key "ttl=".
 std::vector<LinePart> compareLines(std::string_view before, std::string_view after);
 
 }  // namespace FilterInspectTool

@@ -47,14 +47,14 @@ class Checker {
     return found ? kExitFound : kExitFine;
   }
 
-  // True if groups are checked for a stage or type that is not their own.
+  // True if the command line has another stage or type for which groups are checked.
   bool isAgainstOthers() const { return instead_.stage || instead_.type; }
 
   void finish() {
     if (!inputs_.empty()) console_.write(inputs_);
   }
  private:
-  // The findings about a group, without the findings of reading it.
+  // The findings about a group that has been read. The findings of reading it are not among them.
   Report check(const Input& input, const InputGroup& group, std::size_t* entries) const {
     const DecodeLimits limits = {options_.max_findings, SIZE_MAX};  // the file was not too large
     if (isAgainstOthers()) {
@@ -80,19 +80,20 @@ class Checker {
     return all.take();
   }
 
-  // Drops findings about the order, because people write matches and entries in any order.
+  // Drops findings about the order of matches, actions and entries, because people write these in
+  // any order.
   static void dropOrder(Report* report) {
     auto& all = report->findings;
     const auto isOrder = [](const Finding& one) { return one.code == Code::kOrderDiffers; };
     all.erase(std::remove_if(all.begin(), all.end(), isOrder), all.end());
   }
 
-  // Drops the findings that the groups have with the stage and type from the file. Keeps findings
-  // about groups that could not be made, because nothing else is known about these groups.
+  // Drops the findings about groups with the stage and type that the file gives them. Keeps
+  // findings about groups that could not be made, because nothing else is known about these groups.
   static void dropOwn(Input& input) {
     Report own;
-    // A group that could not be made has an error, but the limited report may have left this error
-    // out.
+    // There is an error for each group that could not be made, but the report may lack this error
+    // because of its limit.
     const bool areMade =
         std::all_of(input.groups.begin(), input.groups.end(),
                     [](const InputGroup& group) { return group.group.has_value(); });

@@ -319,8 +319,8 @@ void declareNames(CLI::App* command, Options* options) {
                 "Print one enumeration only, by its name here or in C++");
 }
 
-// A command with its options, its function and its examples. Each line of the examples has the
-// arguments of one.
+// A command with its options, its function and its examples. Each line of `examples` has the
+// arguments of one example.
 struct Command {
   const char* name;
   const char* summary;
@@ -381,8 +381,8 @@ std::string examplesOf(const Command& command) {
   return text;
 }
 
-// Breaks long lines of the help. Breaks lists of values behind a bar, and other lines at a blank.
-// Does not change examples, so that users can copy them.
+// Breaks long lines of the help: lists of values behind a bar, and other lines at a blank. Does not
+// change examples, so that users can copy them.
 std::string wrappedHelp(std::string_view help, std::size_t width) {
   std::string text;
   while (!help.empty()) {
@@ -434,9 +434,8 @@ const CLI::App* ownerOf(const CLI::App& app, const std::string& option) {
   return nullptr;
 }
 
-// The sentence of the command line library begins with the name of the option or command. If an
-// option is given twice, the last argument counts, so an option can have too few arguments, but
-// never too many.
+// The sentence of the command line library begins with the name of the option or command. An option
+// can have too few arguments, but never too many: if it is given twice, the last argument counts.
 std::string mismatch(std::string_view told) {
   const std::string name(told.substr(0, told.find(':')));
   if (name[0] == '-') return name + ": a value is missing";

@@ -12,7 +12,7 @@
 
 namespace FilterInspectTool {
 
-// The exit code of the program. For several inputs it is the worst of their exit codes.
+// The exit code of the program. For several inputs, the exit code is the worst of theirs.
 enum Exit { kExitFine = 0, kExitFound = 1, kExitTrouble = 2 };
 
 // The options of the command line. The options that a command does not have are empty.
@@ -48,7 +48,7 @@ struct Options {
   std::optional<std::string> then;
   bool touching = false;
   std::optional<std::string> capture;  // a file of captured traffic
-  std::string assumed;                 // fields of all of its packets
+  std::string assumed;                 // fields of all packets of the capture
   std::uint64_t max_steps = 100000;
   std::string policy;  // a file
   std::optional<std::string> junit;

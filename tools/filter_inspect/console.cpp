@@ -50,8 +50,8 @@ Color colorOf(Severity severity) {
   return Color::kNone;
 }
 
-// The line of the source that the finding is about, and below it a line with a mark under the wrong
-// word. A long line is cut. The text is empty if the source has no such line.
+// Returns two lines: the line of the source that the finding is about, and a line with a mark under
+// the wrong word. A long line is cut. The text is empty if the source has no such line.
 std::string excerptOf(std::string_view source, std::size_t first_line, const Finding& finding) {
   constexpr std::size_t kWidth = 76;
   std::size_t line = 0, column = 0;
@@ -64,8 +64,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   source = withoutMark(source);
   source = source.substr(0, source.find_first_of("\r\n"));
   if (column == 0 || column > source.size() + 1) return {};
-  // If a finding is about the grammar, its position is that of the wrong word, which may begin
-  // behind a quote. The position of any other finding is that of its entry, and the wrong word is
+  // If a finding is about the grammar, its position is that of the wrong word, or of the quote
+  // before that word. The position of any other finding is that of its entry, and the wrong word is
   // somewhere behind it.
   const bool isAtWord = nameOf(finding.code).substr(0, 5) == "text-";
   std::size_t at = column - 1;
@@ -89,8 +89,8 @@ std::string excerptOf(std::string_view source, std::size_t first_line, const Fin
   return "  " + printable(part) + "\n  " + mark + '\n';
 }
 
-// The text that the signal handler writes. The text is made before, because a signal handler may
-// call hardly any functions.
+// The text that the signal handler writes. It is made before the signal comes, because a signal
+// handler may call hardly any functions.
 char progressLine[256];
 volatile std::sig_atomic_t progressShown = 0;
 bool progressStarted = false;

@@ -54,23 +54,22 @@ std::string leftOutText(const Report& report);
 
 class Console {
  public:
-  // Each later call reads the options, so the options may change after this call.
+  // Other calls read the options again, so the options may change after this call.
   explicit Console(const Options* options);
 
   // --- Results ---
 
   void write(std::string_view text);
   void writeLine(std::string_view line, Color color = Color::kNone);
-  // A part of a result, in this colour if results have colours.
+  // The text of a part of a result, in this colour if results have colours.
   std::string painted(std::string_view text, Color color) const;
   // Writes findings about a file, each after its position.
   void write(const std::string& file, const Report& report);
-  // Writes a JSON document. The document of an analysis has the order.
+  // Writes a JSON document. The document of an analysis also names the order.
   void write(const std::vector<ReportInput>& inputs);
   void write(const std::vector<ReportInput>& inputs, FiltersInspect::Order order);
-  // The most letters that a line of results may have. This is the first of these that is known:
-  // --width, the width of the terminal, the variable COLUMNS, and 80. With 0, lines have any
-  // length.
+  // The most letters that a line of results may have, or 0 if lines may have any length. This is
+  // --width, or else the width of the terminal, or else the variable COLUMNS, or else 80.
   std::size_t width() const;
   // Writes the results that are not written yet.
   void flush();
@@ -98,10 +97,11 @@ class Console {
   // Reports that the whole file is refused.
   void refuse(const std::string& file);
 
-  // If reading a file takes longer than a second, shows a line on a terminal until it ends.
+  // If reading a file takes longer than a second, shows a line on a terminal until the reading
+  // ends.
   void showProgress(const std::string& file);
-  // Returns a function that shows the progress of the work on a part of a file. The function is
-  // empty if there is no terminal.
+  // Returns a function that shows the progress of the work on `place`. The function is empty if
+  // there is no terminal.
   std::function<void(std::size_t done, std::size_t all)> progressOf(std::string_view doing,
                                                                     std::string_view place);
   void hideProgress();

@@ -8,14 +8,15 @@ namespace FilterInspectTool {
 namespace {
 
 // The framing of the output. If the input has bytes, the output has the framing of the input.
-// Otherwise --framing decides. Without --framing, each of several groups has a length before it.
+// Otherwise --framing decides. Without --framing, several groups are written with a length before
+// each of them, and a single group without.
 std::string framingOf(const Options& options, const Input& input) {
   if (input.form == FileForm::kBytes) return input.framing;
   if (options.framing != "auto") return options.framing;
   return input.groups.size() == 1 ? "none" : "be32";
 }
 
-// Without any group the output would be empty. But empty bytes are read as a group of zeros.
+// If there is no group, the output would be empty, but empty bytes are read as a group of zeros.
 const char* whyNotBytes(std::size_t groups, const std::string& framing) {
   if (groups == 0) return "there is no group, and an empty file would be read as a group of zeros";
   if (groups > 1 && framing == "none")

@@ -22,12 +22,12 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Two groups to compare, or one group that only one file has.
+// Two groups to compare, one of each file, or a group that only one file has.
 struct Pair {
   const InputGroup* a = nullptr;
   const InputGroup* b = nullptr;
 
-  // Findings are about the second file if it has the group, and otherwise about the first file.
+  // Returns 1 if findings are about the second file, because it has the group, and otherwise 0.
   std::size_t toldOf() const { return b != nullptr ? 1 : 0; }
   // Adds the file and the position of the group to the findings.
   void locate(const std::vector<Input>& inputs, Report* report) const {
@@ -35,8 +35,8 @@ struct Pair {
   }
 };
 
-// If each file has a single group, these two are compared. Otherwise groups with the same id are
-// compared, in their order.
+// If each file has a single group, these two are compared. Otherwise the groups with the same id
+// are compared: the first of one file with the first of the other, and so on.
 std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   if (a.groups.size() == 1 && b.groups.size() == 1) return {{&a.groups[0], &b.groups[0]}};
   std::multimap<filtersGroupId_t, const InputGroup*> others;
@@ -55,8 +55,8 @@ std::vector<Pair> pairsOf(const Input& a, const Input& b) {
   return pairs;
 }
 
-// The differences of a pair. If only one file has the group, a finding says that the group is new
-// or gone.
+// The differences between two groups. If only one file has the group, a finding says that the group
+// is new or gone.
 Report compare(const Pair& pair) {
   if (pair.a != nullptr && pair.b != nullptr) return diff(*pair.a->group, *pair.b->group);
   const FiltersGroup& group = *(pair.a != nullptr ? pair.a : pair.b)->group;
@@ -102,7 +102,7 @@ void printEntry(const Pair& pair, filtersEntryId_t id, Console* console) {
   if (a == nullptr) return printAlone('+', shownText(*b), console);
   const std::string before = shownText(*a), after = shownText(*b);
   if (before != after) return printChanged(before, after, console);
-  printChanged(toText(*a), toText(*b), console);  // the values of their policers say too little
+  printChanged(toText(*a), toText(*b), console);  // their policers differ only in their bytes
 }
 
 void printHead(const Pair& pair, Console* console) {
@@ -112,7 +112,7 @@ void printHead(const Pair& pair, Console* console) {
   printChanged(lineOf(pair.a), lineOf(pair.b), console);
 }
 
-// Writes the head and each entry that has findings, as lines of text.
+// Writes the line of the group, and the line of each entry that has findings, in the text form.
 void print(const Pair& pair, const std::string (&files)[2], const Report& report,
            Console* console) {
   if (report.empty()) return;
@@ -133,7 +133,7 @@ void print(const Pair& pair, const std::string (&files)[2], const Report& report
   }
 }
 
-// Explains for all pairs of groups how their changes affect packets.
+// Explains how the changes of each group affect packets.
 class Treatment {
  public:
   Treatment(const Options& options, const std::vector<Input>& inputs, Console* console)
@@ -192,7 +192,7 @@ class Treatment {
     console_.writeLine(summary(left_out));
   }
  private:
-  // A finding about the packets outside of the set.
+  // Says whether packets outside of the set are treated differently.
   static Finding aboutOthers(const FiltersGroup& group, std::optional<bool> differ) {
     Finding finding =
         !differ   ? findingOf(Code::kNotDecided, "whether something else changes is not decided")

@@ -18,7 +18,7 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// The words for each verdict, in the order of the summary.
+// The words and the colour of each verdict, in the order of the summary.
 struct Verdict {
   Code code;
   const char* name;
@@ -149,8 +149,8 @@ class Expectations {
     return isMissing;
   }
 
-  // Writes the line of a verdict. `group` names the group, and is empty if only one group has this
-  // id.
+  // Writes the line of a verdict. `group` says which group of several with the same id is meant,
+  // and is empty if only one group has the id.
   void show(const Finding& finding, const std::string& place, const std::string& group) {
     const Verdict& verdict = verdictOf(finding);
     const bool holds = finding.code == Code::kPolicyHolds;

@@ -20,9 +20,10 @@ class FileReport {
   void add(const InputGroup& group, Report&& report);
   // Adds a report about several groups. The findings of this report must already name their groups.
   void add(Report&& report) { all_.append(std::move(report)); }
-  // Counts findings that a policy accepts. The reports do not have these findings.
+  // Counts findings that a policy accepts. The reports do not include these findings.
   void addAccepted(std::size_t number) { accepted_ += number; }
-  // All findings, group by group. If some are left out, the most severe findings come first.
+  // All findings, group by group. If the limit left out some findings, the most severe of the
+  // others come first.
   Report take();
   // Writes the findings and a summary that ends in `tail`. With --json, only returns the `input`
   // object of a document.

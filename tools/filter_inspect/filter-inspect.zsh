@@ -1,7 +1,7 @@
 #compdef filter-inspect
 # Completion of filter-inspect for zsh.
 
-# Completes the last word of a packet.
+# Completes the last word of a packet that is being typed.
 _filter_inspect_packet() {
   compset -q  # the blanks between fields are inside quotes
   compadd -S = -a fields

@@ -22,7 +22,7 @@ struct Counted {
 
 bool isHit(const HitCounts& hits) { return hits.sure.frames + hits.possible.frames != 0; }
 
-// The summary of a group: "1000 frames, 980 decided and 20 not".
+// The summary of the hits of a group: "1000 frames, 980 decided and 20 not".
 Finding wholeOf(const Hits& hits) {
   const std::uint64_t open = hits.undecided.frames;
   std::string text = counted(hits.frames, "frame");

@@ -17,8 +17,8 @@ using FiltersInspect::ByteRange;
 
 // --- Files ---------------------------------------------------------------------------------------
 
-// Reads up to `limit` bytes. If there are more, reads one more byte, so that the caller notices.
-// Returns 0 or the system's error.
+// Reads up to `limit` bytes. If the file has more bytes, reads one more, so that the caller
+// notices. Returns 0 or the system's error.
 int readAll(const std::string& name, std::size_t limit, std::string* content) {
   constexpr std::size_t kAtOnce = 64 << 10;
   InputFile file(name);
@@ -34,8 +34,8 @@ int readAll(const std::string& name, std::size_t limit, std::string* content) {
   return file.error();
 }
 
-// True if there are no control characters except tabs and line ends. The bytes of a group have
-// other control characters: the tags of its id, its priority and its stage.
+// True if the content has no control characters except tabs and line ends. The bytes of a group
+// have other control characters: the tags of its id, its priority and its stage.
 bool isPrintable(std::string_view content) {
   return !content.empty() && std::none_of(content.begin(), content.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -45,7 +45,7 @@ bool isPrintable(std::string_view content) {
 
 // A file holds bytes if it is not printable and does not begin like the text or the JSON of groups.
 // The bytes of a group never begin like text or JSON. If a file begins like text or JSON but has a
-// control character, the reader of that form reports its position.
+// control character, the reader of text or JSON reports the position of this character.
 FileForm formOf(std::string_view content, const std::string& forced) {
   if (forced == "text") return FileForm::kText;
   if (forced == "json") return FileForm::kJson;
@@ -74,8 +74,8 @@ FileForm formOf(std::string_view content, const std::string& forced) {
 
 // --- Frames --------------------------------------------------------------------------------------
 
-// Takes one length from the beginning of the bytes. It has four bytes in network byte order, or
-// groups of seven bits with the least significant group first.
+// Takes one length from the beginning of the bytes. The length has four bytes in network byte
+// order, or is a varint: seven bits in each byte, the least significant first.
 bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   *length = 0;
   const std::size_t most = isVarint ? 10 : 4;
@@ -94,8 +94,8 @@ bool takeLength(bool isVarint, std::string_view* bytes, std::uint64_t* length) {
   return false;
 }
 
-// Visits frames until one is broken or `visit` returns false. Returns why a frame is broken, or an
-// empty text.
+// Visits the bytes of each group behind their length, until a length is wrong or `visit` returns
+// false. Returns what is wrong with the length, or an empty text.
 template <class Visit>
 std::string walkFrames(std::string_view content, bool isVarint, const Visit& visit) {
   std::string_view rest = content;
@@ -122,8 +122,8 @@ bool addsUp(std::string_view content) {
 
 // --- Groups --------------------------------------------------------------------------------------
 
-// True if the bytes break off. If the report has left out findings, it may lack the finding about
-// this.
+// True if the bytes of the group end too early. If the report has left out findings, it may also
+// have left out the finding about this.
 bool breaks(const Report& report, std::string_view bytes) {
   const auto isBreak = [](const Finding& finding) { return finding.code == Code::kBytesBroken; };
   if (std::any_of(report.findings.begin(), report.findings.end(), isBreak)) return true;

@@ -27,9 +27,9 @@ enum class FileForm { kBytes, kText, kJson };
 
 struct InputGroup {
   std::size_t number = 0;  // in the file, counted from 1
-  std::string place;       // "g.bin: group 1"; for text and JSON where it begins, "g.txt:2:1"
-  // The group that a device would hold. Empty if the device could not build the group, or if its
-  // frame is broken.
+  std::string place;       // "g.bin: group 1"; for text and JSON its line and column, "g.txt:2:1"
+  // The group that a device would hold. Empty if the device could not build the group, or if the
+  // length before its bytes is wrong.
   std::optional<FiltersGroup> group;
   std::vector<FiltersEntry> entries;         // all entries received, if refused ones are wanted
   FiltersInspect::ByteRange range;           // for bytes: their place in the content
@@ -47,11 +47,10 @@ struct Input {
   Report report;  // the findings of strict decoding, if there were bytes to decode
 
   bool isBroken() const;
-  // The bytes of a group. For bytes, they are the bytes that were read. For text and JSON, they are
-  // the bytes that the group writes.
+  // The bytes of a group: those that were read, or for text and JSON, those that the group writes.
   std::string bytesOf(const InputGroup& group) const;
-  // Adds the name of the group to a finding about it, and for text and JSON also the position of
-  // the entry.
+  // Adds the name of the group to a finding about the group. For text and JSON, also adds the
+  // position of the entry.
   void locate(const InputGroup& group, Finding* finding) const;
   void locate(const InputGroup& group, Report* all) const;
 };
@@ -63,11 +62,11 @@ void tellLosses(const Input& input, Console* console);
 bool readFile(const std::string& file, const Options& options, std::string* content,
               Console* console);
 
-// The requirements of a command that reads files.
+// What a command needs from the files that it reads.
 struct Wanted {
   Severity least = Severity::kWarning;  // findings below this severity are left out
-  // Fills InputGroup::entries with all entries. Reads text and JSON as bytes. So if a group refuses
-  // one of its entries, this is a finding and not an error.
+  // If true, InputGroup::entries has all entries. Text and JSON are then turned into bytes and
+  // decoded. So an entry that its group refuses is a finding and not an error.
   bool refused = false;
 };
 
@@ -76,11 +75,11 @@ struct Wanted {
 void forEachInput(const Options& options, const Wanted& wanted, Console* console,
                   const std::function<void(Input& input)>& visit);
 
-// All inputs. Inputs of bytes have reports of their losses.
+// Reads all inputs. An input of bytes has a report of what was lost.
 std::vector<Input> readInputs(const Options& options, Console* console);
 
-// The same, but reports the losses of the inputs. For commands that need every byte: returns
-// nothing if there was an error.
+// Reads all inputs, and reports their losses. Returns nothing if there was an error, for commands
+// that need every byte.
 std::optional<std::vector<Input>> readWholeInputs(const Options& options, Console* console);
 
 // The groups of all inputs that could be built.

@@ -11,8 +11,8 @@ int main(int argc, char** argv) {
   using namespace FilterInspectTool;
   // A closed pipe ends the program silently, even if its caller ignores the signal.
   std::signal(SIGPIPE, SIG_DFL);
-  // If this signal is ignored, a write to a file at its size limit fails instead of ending the
-  // program. The program then exits with 2.
+  // Because SIGXFSZ is ignored, a write beyond the largest permitted file size fails instead of
+  // ending the program. The program then exits with 2.
   std::signal(SIGXFSZ, SIG_IGN);
   Options options;
   Console console(&options);

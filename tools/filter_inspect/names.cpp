@@ -32,7 +32,7 @@ std::vector<NamedCode> packetFields() {
   return fields;
 }
 
-// Each enumeration and its name on the command line.
+// Every enumeration, and the name that the command line has for it.
 struct Enumeration {
   const char* name;
   const char* type;

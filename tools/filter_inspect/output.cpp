@@ -16,7 +16,7 @@
 namespace FilterInspectTool {
 namespace {
 
-// Blocks interrupts until the object is destroyed.
+// Blocks the signals that end the program until the object is destroyed.
 class Uninterrupted {
  public:
   Uninterrupted() {

@@ -18,8 +18,8 @@ namespace pictures {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// If an entry has several findings, the one that comes last in this list decides how the entry is
-// drawn.
+// If an entry has several findings, the finding that comes last in this list decides how the entry
+// is drawn.
 struct Look {
   Code code;
   const char* style;
@@ -54,11 +54,11 @@ namespace {
 using namespace FiltersCommon;
 using namespace FiltersInspect;
 
-// Sizes in units of the picture; a letter is seven wide.
+// Sizes in units of the picture. A letter is seven units wide.
 constexpr std::size_t kLetter = 7, kRow = 20, kGap = 14, kMargin = 16;
 constexpr std::size_t kMostLetters = 36;  // in a cell; the pointer shows the whole text
 constexpr std::size_t kMostRows = 60;     // in a group that is drawn whole
-constexpr std::size_t kRowsAHead = 30;    // before the head is repeated
+constexpr std::size_t kRowsAHead = 30;    // before the headings are repeated
 constexpr std::size_t kLongestBar = 240;
 
 std::string_view treatmentOf(const Finding& finding) {
@@ -125,7 +125,7 @@ std::size_t widthOf(const Column& column) {
   return std::min(letters, kMostLetters) * kLetter + kGap;
 }
 
-// The columns of the entries, and the columns for the findings about them.
+// The columns of a table of entries, and further columns for the findings about them.
 std::vector<Column> tableOf(const std::vector<Row>& rows) {
   Entries entries;
   Column found{"found", Column::Holds::kTreatment, {}};
@@ -220,8 +220,8 @@ void Picture::add(const std::string& title, const FiltersGroup& group, const Hit
                            (possible == 0 ? "" : " and perhaps " + std::to_string(possible)));
   }
   std::vector<Column> columns = columnsOf(entries, 0);
-  // The column with the bars of the frame counts stands beside the actions. Behind the wide columns
-  // of policers and counters they would be hard to see.
+  // The bars of the frame counts stand beside the actions. They would be hard to see behind the
+  // columns of policers and counters, which are wide.
   const auto actions = std::find_if(columns.begin(), columns.end(),
                                     [](const Column& one) { return one.name == "then"; });
   columns.erase(actions + 1, columns.end());

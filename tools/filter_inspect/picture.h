@@ -26,7 +26,7 @@ class Picture {
            const Report& report);
   void add(const std::string& title, const FiltersCommon::FiltersGroup& group,
            const FiltersInspect::Hits& hits);
-  // The picture as SVG, in ASCII.
+  // Returns the picture as SVG, in ASCII.
   std::string take() const;
  private:
   struct Table;

@@ -10,7 +10,7 @@
 
 namespace FilterInspectTool {
 
-// Reads the policy that the options name. If it cannot be read, reports the reason.
+// Reads the policy that the options name. If the policy cannot be read, reports the reason.
 std::optional<FiltersInspect::Policy> readPolicy(const Options& options, Console* console);
 
 // Returns the order of --order. Without --order, returns the order that the policy has for the

@@ -31,7 +31,7 @@ class Answer {
   Answer(const Options& options, const PacketSet& packets, const ActionTest* then, Console* console)
       : options_(options), packets_(packets), then_(then), console_(*console) {}
 
-  // Writes the answer. With --json, keeps the answer for the document.
+  // Writes the answer. With --json, does not write the answer, but keeps it for the document.
   void write(const Input& input, const InputGroup& group) {
     const AnalysisOptions how = analysisOf(options_, group.place, &console_);
     how_ = how.order;

@@ -17,14 +17,14 @@ class Selection {
  public:
   explicit Selection(const Options& options) : options_(options) {}
 
-  // Removes the groups that are not selected from the input, with the findings about them.
+  // Removes the groups that are not selected, and the findings about them, from the input.
   void choose(Input* input);
-  // Reports the selected ids that no input has. Returns false if there are any.
+  // Reports the selected ids that no input has. Returns false if there are such ids.
   bool isThere(Console* console) const;
 
   bool has(std::uint32_t entry) const;
-  // Drops findings about entries that are not selected. The report does not count
-  // them as left out.
+  // Drops findings about entries that are not selected. The report does not count them as left out
+  // by its limit.
   void keep(Report* report) const;
  private:
   // The ids that the inputs have.

@@ -29,7 +29,8 @@ std::string described(Code code) {
 
 std::string titleOf(const Input& input, const InputGroup& group) {
   const FiltersGroup& its = *group.group;
-  // The position of a group in bytes is "group" and its number, so "group" would appear twice.
+  // For bytes, the position of a group already has the word "group", so the word would appear
+  // twice.
   const char* id = input.form == FileForm::kBytes ? ": id " : ": group ";
   return printable(group.place) + id + std::to_string(its.getId()) + ", priority " +
          std::to_string(its.getPriority()) + ", stage " + described(its.getStage()) + ", type " +
@@ -52,8 +53,8 @@ void showTables(const std::vector<Input>& inputs, const Options& options, Consol
   }
 }
 
-// All groups make one document. If there are several files, a comment before each group names its
-// file.
+// Writes all groups as one document of text or JSON. If there are several files, a comment before
+// each group names its file.
 void show(const std::vector<Input>& inputs, bool asText, Console* console) {
   if (asText) console->write(FiltersInspect::toText(std::vector<FiltersGroup>()));
   for (const Input& input : inputs) {

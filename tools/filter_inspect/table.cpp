@@ -16,8 +16,8 @@ using namespace FiltersInspect;
 
 constexpr std::size_t kMostOfList = 24;  // letters of a list that is cut
 constexpr std::size_t kBetween = 2;      // letters between two columns
-constexpr std::size_t kIndent = 6;       // of the lines below a row
-constexpr std::size_t kHeading = 6;      // no heading is broken to be narrower
+constexpr std::size_t kIndent = 6;       // the indent of the lines below a row
+constexpr std::size_t kHeading = 6;      // no heading is broken into lines narrower than this
 constexpr std::ptrdiff_t kKeys = 2;      // the first columns: id and priority
 constexpr std::size_t kCost = 1000;      // so that quotients keep three digits
 
@@ -80,7 +80,7 @@ std::string joined(const std::vector<std::string>& words, std::size_t width) {
 
 constexpr char kInHeadings[] = "_", kInCells[] = " ,/-";  // a text may be broken behind these
 
-// Breaks a text into lines of at most `width` letters. A part that cannot be broken may be longer.
+// Breaks a text into lines of at most `width` letters. A line that cannot be broken may be longer.
 std::vector<std::string_view> linesOf(std::string_view text, const char* breaks,
                                       std::size_t width) {
   std::vector<std::string_view> lines;
@@ -112,14 +112,16 @@ std::size_t widestOf(const std::vector<std::string_view>& lines) {
   return width;
 }
 
-// A column as it is drawn, with the next smaller width to which its cells could be broken.
+// A column as it is drawn, and the next smaller width that it can have if more of its cells are
+// broken into lines.
 struct Drawn {
   const Column* column;
   std::size_t width = 0, narrower = 0;  // `narrower` is 0 if there is none
   std::vector<std::size_t> heights;     // the number of lines of each cell
   std::vector<std::size_t> higher;      // the same if the column becomes narrower
 
-  // `most` is the width of the table. A wider column is broken at once. 0 means any width.
+  // `most` is the width of the table, or 0 for any width. A column that is wider than the table is
+  // broken at once.
   Drawn(const Column* its, std::size_t most) : column(its), heights(its->cells.size(), 1) {
     for (const std::string& cell : its->cells) width = std::max(width, cell.size());
     width = std::max(width, widestOf(linesOf(its->name, kInHeadings, std::max(width, kHeading))));
@@ -150,7 +152,8 @@ struct Drawn {
   }
 };
 
-// A layout of the table: the columns in each row, and the columns on separate lines below the row.
+// A layout of the table: the columns that stand in the row of each entry, and the columns on lines
+// of their own below the row.
 struct Layout {
   std::vector<Drawn> in_row, below;
 
@@ -181,8 +184,8 @@ struct Layout {
     return height;
   }
 
-  // Makes columns narrower until the table fits. Each time, chooses the column that adds the fewest
-  // lines for each letter saved. Returns false if the table cannot fit.
+  // Makes columns narrower until the table fits. In each round, chooses the column for which the
+  // fewest lines are added for each letter saved. Returns false if the table cannot fit.
   bool fit(std::size_t most) {
     while (width() > most) {
       const std::vector<std::size_t> rows = heights();
@@ -207,8 +210,9 @@ struct Layout {
     return true;
   }
 
-  // Moves the widest column below the rows. Moves columns of actions, policers and counters before
-  // columns of fields. Returns false if only the columns of ids and priorities are left.
+  // Moves the widest column of actions, policers or counters below the rows, or, if none of these
+  // is left, the widest column of fields. Returns false if only the columns of ids and priorities
+  // are left.
   bool moveDown() {
     const auto rank = [](const Drawn& one) { return std::pair(one.column->holds, one.width); };
     const auto out =

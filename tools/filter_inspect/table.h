@@ -27,14 +27,14 @@ using Entries = std::vector<const FiltersCommon::FiltersEntry*>;
 Entries inOrder(const FiltersCommon::FiltersGroup& group, FiltersInspect::Order order);
 
 // The columns: id, priority, each packet field that some entry tests, actions, policers and
-// counters. Columns without any value are left out, but not id, priority and actions. Lists longer
-// than `width` letters are cut, and end in the number of values that are left out. A `width` of 0
-// means any width.
+// counters. A column without any value is left out, unless it is that of the ids, the priorities or
+// the actions. Lists longer than `width` letters are cut, and end in the number of values that are
+// left out. A `width` of 0 means any width.
 std::vector<Column> columnsOf(const Entries& entries, std::size_t width);
 
 // Draws a table of entries that is at most `width` letters wide. A `width` of 0 means any width. If
-// the table would be wider, the widest columns move to lines of their own below each row, and long
-// lists are cut. The columns of `more` come behind the priority.
+// the table would be wider than `width`, the widest columns move to lines of their own below each
+// row, and long lists are cut. The columns of `more` stand behind the priority.
 std::string drawn(const Entries& entries, std::size_t width, const std::vector<Column>& more = {});
 
 // Breaks a text at blanks into lines of at most `width` letters. All lines but the first are

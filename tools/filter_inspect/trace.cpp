@@ -19,8 +19,8 @@ class Lines {
  public:
   Lines(const std::string& file, std::size_t longest) : file_(file), longest_(longest) {}
 
-  // Returns false at the end, after an error, and for a line that is too long. Calls `wait` before
-  // each read that may block.
+  // Returns false at the end of the file, after an error, and if a line is too long. Calls `wait`
+  // before each read that may block.
   template <class Wait>
   bool next(std::string* line, const Wait& wait) {
     std::size_t end = held_.find('\n', begin_);
@@ -93,15 +93,16 @@ class Packets {
     if (options_.json) write(std::move(all), itsPlace);
   }
 
-  // `place` is the source of all packets.
+  // Says how many faults of packets were not reported because of the limit. `place` is the source
+  // of all packets.
   Exit finish(const std::string& place) {
     console_.aside(place, untold_);
     return is_decided_ ? kExitFine : kExitFound;
   }
  private:
   struct Prepared {
-    // The trace of a packet. If the packet is decided, nothing prints the list of its entries, and
-    // the list is empty.
+    // The trace of a packet. If the packet is decided, the trace has no list of entries, because
+    // nothing prints the list.
     Trace outcomeOf(const Packet& packet) {
       const Decision decision = tracer.decide(packet);
       if (decision.outcome == Hit::kUndecided) return tracer.trace(packet);
@@ -117,7 +118,7 @@ class Packets {
 
     const InputGroup* group;
     Tracer tracer;
-    std::map<filtersEntryId_t, std::string> treatments;  // of entries that took a packet
+    std::map<filtersEntryId_t, std::string> treatments;  // by the ids of entries that took a packet
   };
 
   bool isAlone() const { return !options_.packets; }
@@ -162,15 +163,15 @@ class Packets {
     return whole;
   }
 
-  // Says what a candidate does with the packet. The text is empty if all candidates do the same,
-  // because the answer already has their common treatment.
+  // Says what an entry that may take the packet does with it. The text is empty if all such entries
+  // do the same, because the answer already says what they do.
   static std::string treatmentOf(const Trace& traced, const Traced& one) {
     const auto at = std::find(traced.candidates.begin(), traced.candidates.end(), one.entry);
     if (at == traced.candidates.end() || !traced.treatment.empty()) return {};
     return traced.treatments[static_cast<std::size_t>(at - traced.candidates.begin())];
   }
 
-  // The unknown fields on which the candidates depend.
+  // The unknown fields on which it depends which entry takes the packet.
   static std::vector<std::string> lackingOf(const Trace& traced) {
     std::vector<std::string> all;
     auto candidate = traced.candidates.begin();  // in the order of the entries
@@ -195,7 +196,7 @@ class Packets {
                               orderOf(options_), options_.command));
   }
 
-  // Adds a finding about the packet, and a finding about each entry that has a line.
+  // Adds a finding about the packet, and a finding about each entry for which hasLine() is true.
   void keep(const Trace& traced, const InputGroup& group, Finding&& whole, Report* all) const {
     all->findings.push_back(std::move(whole));
     for (const Traced& one : traced.entries) {
@@ -223,7 +224,7 @@ class Packets {
   bool is_decided_ = true;
 };
 
-// Blank lines, and lines that begin with '#', have no packet.
+// False for a blank line, and for a line that begins with '#'.
 bool isPacket(std::string_view line) {
   const std::size_t first = line.find_first_not_of(" \t\r");
   return first != line.npos && line[first] != '#';

@@ -66,8 +66,8 @@ TEST(AnalyseTest, CountsWhatItLeavesOut) {
   }
 }
 
-// Each row has a group and its findings: the code, the entry, the other entries, and a part of the
-// sentence.
+// Each row has a group and its findings: the code, the entry, the other entries, and some words of
+// the sentence.
 TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
   const Order first = Order::kHighestPriority, none = Order::kUnspecified;
   const struct {
@@ -85,7 +85,8 @@ TEST(AnalyseTest, SaysOfGroupsWhatPeopleAsk) {
        "entry 10 priority=1 if external_vlan_id={1} vlan_tagging=tagged then permit\n"
        "entry 20 priority=1 if external_vlan_id={1} vlan_tagging=tagged then deny\n",
        "entries-tie 10: 20 permit/deny\n"},
-      // Every packet has this field, so two entries with the two values together take all packets.
+      // Every packet has this field, so two entries that test for its two values take all packets
+      // together.
       {first, "egress type=3",
        "entry 10 priority=3 if my_station_hit=true then permit\n"
        "entry 20 priority=2 if my_station_hit=false then permit\n"
@@ -203,8 +204,8 @@ TEST(AnalyseTest, SaysEachSentence) {
 }
 
 // Tests groups in which other entries take all packets of many entries. The report has one line for
-// all of these entries. If only a last entry for all remaining packets takes their packets too, the
-// report has no line.
+// all of these entries. The report has no such line if the only other entry is a last entry that
+// takes all packets.
 TEST(AnalyseTest, TellsOfManyExceptionsInOneLine) {
   for (const unsigned count : {8U, 20U}) {
     std::string text = "filter-groups 1\ngroup 1 priority=1 stage=ingress type=3\n";
@@ -243,7 +244,7 @@ TEST(AnalyseTest, ComparesTheTreatmentOfEveryPacket) {
   }
 }
 
-// --- What hardly any sender means ----------------------------------------------------------------
+// --- Unusual values ------------------------------------------------------------------------------
 
 // The findings about an entry in a group with this stage and type, one on each line.
 std::string odditiesOf(const std::string& head, const std::string& entry) {

@@ -14,7 +14,8 @@ using namespace FiltersCommon;
 using namespace FiltersInspect;
 using benchmarks::RuleSet;
 
-// Gives some rules a match with several readings. Several rules may get the same match.
+// Gives some rules a match that devices may read in several ways. Several rules may get the same
+// match.
 FiltersGroup withOpenMatches(const FiltersGroup& group, std::mt19937* engine) {
   FiltersGroup made = group;
   for (const auto& [id, entry] : group.getEntriesRef()) {

@@ -22,7 +22,7 @@ using Asked = std::vector<Constraint>;
 // --- Plain evaluation ----------------------------------------------------------------------------
 
 bool takes(const Asked& set, const Packet& packet) {
-  std::vector<int> held(packet.size(), -1);  // -1: no set has a condition on it
+  std::vector<int> held(packet.size(), -1);  // for each field; -1: the set has no condition on it
   for (const Constraint& asked : set) {
     const auto& value = packet[asked.field];
     const bool holds =
@@ -152,8 +152,9 @@ TEST_F(SpaceTest, SaysOfTwoSetsWhatTheirPacketsSay) {
   });
 }
 
-// Checks the results of a cut, with levels and stops, for every packet. A packet of the set goes to
-// the first candidate whose set has the packet. If there is no such candidate, the packet is left.
+// Checks the outcome of a cut by trying every packet. The candidates have random levels, and some
+// of them stop the cut. A packet goes to a candidate of the lowest level whose set has the packet.
+// A packet that is in no candidate's set is left.
 TEST_F(SpaceTest, CutsWhatIsThere) {
   int seen[4] = {};
   const auto check = [&](const Case& c) {
@@ -204,8 +205,8 @@ TEST_F(SpaceTest, CutsWhatIsThere) {
   EXPECT_EQ(seen[3], 0);
 }
 
-// A cut calls its watcher for each candidate that takes packets, and for each part that no
-// candidate takes.
+// A cut calls its watcher for each candidate that takes packets, and for each set of packets that
+// no candidate takes.
 TEST_F(SpaceTest, TellsAWatcherOfEverything) {
   struct Heard : Cut::Watcher {
     explicit Heard(const Case& itsCase) : c(itsCase) {}

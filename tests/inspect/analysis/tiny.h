@@ -30,9 +30,9 @@ using PlainPacket = std::vector<std::optional<Value>>;  // a value for each fiel
                                                         // packet may lack a field
 using Reading = std::function<bool(Value)>;
 
-// The condition of a match on one field, in each reading. The device reads equal matches in the
-// same way. A match with several readings has a `key`. Two such matches on one field have the same
-// key only if they are equal. `match` is the same number for equal matches with several readings.
+// The condition of a match on one field, in each reading. Only a match with several readings uses
+// `key` and `match`. Two such matches on one field have the same key only if they are equal. Equal
+// matches have the same number, `match`, because the device reads them in the same way.
 struct Ask {
   std::size_t field;
   std::vector<Reading> readings;
@@ -315,9 +315,9 @@ const std::vector<Theme<Random>>& themes() {
 
 // --- Plain evaluation ----------------------------------------------------------------------------
 
-// Says whether a rule takes one packet. Each bit stands for a match with several readings. The rule
-// takes the packet if every match whose bit is set takes it. kNo means that the rule takes the
-// packet in no reading.
+// Says in which readings a rule takes one packet. Each bit stands for a match with several
+// readings. The rule takes the packet if every match whose bit is set takes it. kYes means that the
+// rule takes the packet in every reading, and kNo that it does so in no reading.
 using Takes = std::uint32_t;
 constexpr Takes kYes = 0, kNo = ~Takes{0};
 
@@ -333,7 +333,7 @@ inline Takes takes(const PlainRule& rule, const PlainPacket& packet) {
   return result;
 }
 
-// Says for each rule whether it takes the packet.
+// Says for each rule of a group in which readings it takes one packet.
 using Row = std::vector<Takes>;
 inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet) {
   Row row;
@@ -341,7 +341,7 @@ inline Row rowOf(const std::vector<PlainRule>& rules, const PlainPacket& packet)
   return row;
 }
 
-// The rank of a rule in the order. Priorities and ids must be small.
+// The rank of a rule in the order. Priorities and ids must be below 100.
 inline std::uint64_t rankOf(const PlainRule& rule, Order order) {
   const std::string_view name = nameOf(order);
   std::uint64_t rank = 0;
@@ -373,8 +373,8 @@ struct Case {
     }
     return packets;
   }
-  // The rows of all packets, and the rows of the packets that a sender can build. Many packets have
-  // equal rows.
+  // `all` has the row of every packet, and `built` the rows of the packets that a sender can build.
+  // Many packets have equal rows.
   struct Rows {
     std::set<Row> all, built;
   };
@@ -403,8 +403,8 @@ struct Case {
   }
 };
 
-// Makes cases with matches of one or two kinds from a theme. Two cases of one maker can be
-// compared, because they have the same kinds of match.
+// Makes groups whose rules have the same one or two kinds of match. So the groups of one maker can
+// be compared with each other.
 template <class Random>
 struct Maker {
   explicit Maker(Random& itsRandom) : random(itsRandom) {
@@ -453,7 +453,7 @@ struct Maker {
   const Theme<Random>* theme;
   std::vector<std::size_t> kinds, starts;
   std::vector<Field> fields;
-  std::map<std::pair<std::size_t, unsigned>, unsigned> matches;  // open ones
+  std::map<std::pair<std::size_t, unsigned>, unsigned> matches;  // matches with several readings
 };
 
 }  // namespace tiny

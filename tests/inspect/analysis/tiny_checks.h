@@ -1,8 +1,8 @@
 #ifndef FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 #define FILTER_COMMON_TESTS_INSPECT_TINY_CHECKS_H_
 
-// Checks properties of tiny groups by trying every packet and reading. Each check returns the fault
-// as text, or an empty text.
+// Checks properties of tiny groups by trying every packet in every reading. Each check returns the
+// fault as text, or an empty text.
 
 #include "tiny.h"
 
@@ -27,7 +27,7 @@ void forEachReading(const std::vector<PlainRule>& rules, const Row& row, Use use
   } while (choice != 0);
 }
 
-// The rule that comes first, or several rules if they tie.
+// The rule of `takers` that comes first, or several rules if they tie. Ignores the rule `without`.
 inline Takers firstOf(const Takers& takers, const Rank& rank, const PlainRule* without = nullptr) {
   Takers first;
   for (const PlainRule* rule : takers) {
@@ -69,8 +69,8 @@ struct Facts {
           reached[rule->id] = true;
           for (const PlainRule* other : first) ties[rule->id][other->id] = true;
           for (const PlainRule* other : takers) firsts[other->id][rule->id] = true;
-          // If rules tie, a device may take them in any order: this rule may be the first, and any
-          // of the other rules the second.
+          // If rules tie, a device may ask them in any order. So any rule of `then` may take the
+          // packet if `rule` is removed.
           const Takers then = firstOf(takers, rank, rule);
           if (treatmentsOf(then) != treatmentsOf({rule})) missed[rule->id] = true;
         }
@@ -80,9 +80,9 @@ struct Facts {
   std::vector<bool> reached;              // the rule is first for some packet
   std::vector<bool> missed;               // without the rule some packet is treated differently
   std::vector<bool> all;                  // the rule takes every packet
-  std::vector<std::vector<bool>> meets;   // both take the same packet in some reading
-  std::vector<std::vector<bool>> holds;   // [outer][inner]: outer takes every packet of inner
-  std::vector<std::vector<bool>> ties;    // both are first for some packet
+  std::vector<std::vector<bool>> meets;   // both rules take one packet in some reading
+  std::vector<std::vector<bool>> holds;   // [outer][inner]: `outer` takes every packet of `inner`
+  std::vector<std::vector<bool>> ties;    // both rules come first for some packet: they tie
   std::vector<std::vector<bool>> firsts;  // [rule][other]: other is first for a packet of rule
 };
 
@@ -93,8 +93,8 @@ inline std::string lineOf(Code code, filtersEntryId_t entry,
   return line + '\n';
 }
 
-// The findings that the analysis must report. In this list, findings about unreachable and
-// redundant rules do not name other rules.
+// The findings that the analysis must report. Findings about unreachable and redundant rules are
+// listed without the other rules that they name.
 inline std::vector<std::string> expectedOf(const Case& c, const Facts& facts,
                                            const AnalysisOptions& options) {
   const bool ordered = options.order != Order::kUnspecified;
@@ -331,7 +331,7 @@ inline std::string faultOfTrace(const Case& c, const PlainPacket& packet,
 
 // --- Two groups ----------------------------------------------------------------------------------
 
-// True if the groups have no possible treatment of the packet in common.
+// True if no treatment of the packet is possible in both groups.
 inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Order order) {
   std::uint32_t may[2] = {};
   for (const Case* c : {&a, &b}) {
@@ -345,8 +345,8 @@ inline bool surelyDiffers(const Case& a, const Case& b, const Packet& packet, Or
 }
 
 // If rules are ordered by id and each has one reading, exactly one rule of each group comes first
-// for a packet. The report must name a pair of rules if and only if they are the first rules for
-// some packet and treat it differently.
+// for a packet. The report must name two rules, one of each group, if and only if they come first
+// for the same packet and treat it differently.
 inline std::string faultOfPairs(const Case& a, const Case& b, const Report& report) {
   const auto idText = [](const PlainRule* rule) {
     return rule == nullptr ? "none" : std::to_string(rule->id);

@@ -82,8 +82,8 @@ TEST(TraceTest, SaysWhatItLacksAndWhatIsOpen) {
             "hit: entry 1000 ");
   EXPECT_EQ(traced(group, "src_ipv4=none ttl=1", Order::kUnspecified).substr(0, 72),
             "undecided: 50 or 1000 takes it; nothing says which of 50 or 1000 comes f");
-  // If earlier entries surely take all packets of an entry, the entry is no candidate. The device
-  // reads equal matches in the same way.
+  // A trace does not name an entry whose packets are all surely taken by earlier entries. Here this
+  // holds in every reading of tos=8, because the device reads equal matches in the same way.
   const ParsedGroups halves = groupsFromText(
       "filter-groups 1\ngroup 1 priority=1 stage=ingress type=4\n"
       "entry 10 priority=30 if src_ipv4=10.0.0.0/9 tos=8 then permit\n"

@@ -134,7 +134,7 @@ static void decodeEntry(FiltersEntry* entry, FiltersEntry* another) {
   FIRST(filtersDecodeEntry(NULL, size, &read), "null");
   EXPECT(read == NULL);
 
-  // No bytes at all are valid input too.
+  // An empty string is valid input too.
   FiltersReport* report = filtersDecodeEntry(NULL, 0, &read);
   EXPECT(read != NULL && filtersReportCount(report) > 0);
   deleteFiltersReport(report);
@@ -190,8 +190,8 @@ static FiltersGroup* copyOf(const FiltersGroup* group) {
   return copy;
 }
 
-// Numbers that belong to no enumerator. If some of them were cut to eight bits, they would belong
-// to one.
+// Numbers that belong to no enumerator. Some of them would belong to one if they were cut to eight
+// bits.
 static const int32_t noOrders[] = {-1, 2, 9, 77, 256, 257, INT32_MIN, INT32_MAX};
 static const int32_t noKinds[] = {-1, 5, 77, 255, 256, 257, INT32_MIN, INT32_MAX};
 
@@ -353,7 +353,8 @@ static void analyse(void) {
   deleteFiltersGroup(group);
 }
 
-// Entry 10 takes all packets of the set. The reading decides what the entries behind entry 10 take.
+// Entry 10 takes all packets of the set. Entry 20 follows, and devices may read its match in two
+// ways.
 static void ask(void) {
   const char text[] =
       "filter-groups 1\ngroup 5 priority=1 stage=ingress type=3\n"

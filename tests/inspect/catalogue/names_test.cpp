@@ -62,7 +62,7 @@ TEST(Describe, HasWordsForEachResultStageAndType) {
   said.expectGolden("sentences_results.txt");
 }
 
-// Compares JSON with the part of the schema that lists keys and words.
+// Compares the keys and words of JSON with those that the schema lists.
 void expectOfForm(const nlohmann::ordered_json& json, const nlohmann::ordered_json& form) {
   EXPECT_EQ(form.value("const", json), json);
   EXPECT_THAT(form.value("enum", nlohmann::ordered_json::array({json})), testing::Contains(json));
@@ -165,8 +165,9 @@ TEST(Report, KeepsTheMostSevere) {
   }
 }
 
-// The subject and the result of a finding decide to which enumeration its numbers belong. If the
-// finding is about a table, only the subject decides.
+// The numbers in a finding can be matches, actions, stages or types. The subject and the result of
+// the finding decide which they are. In a finding about what a stage or type admits, the subject
+// alone decides.
 TEST(Report, NamesTheCodesInIt) {
   catalogue::Sentences said;
   for (int i = 0; i < 7 * 10; ++i) {

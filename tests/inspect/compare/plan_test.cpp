@@ -28,8 +28,8 @@ class Random {
   std::mt19937 engine_{1};
 };
 
-// A version of an entry: the parts that decide whether a group admits it, and a number to
-// distinguish versions.
+// A version of an entry: the matches, the actions and the stage of the policer, which decide
+// whether a group admits it, and a priority to distinguish versions.
 struct Version {
   CodeSet matches, actions;
   unsigned policer = 2, priority = 0;
@@ -180,7 +180,7 @@ Head randomHead(Random& random, bool valid = true) {
   }
 }
 
-// A version with few parts, so that several stages and types admit it.
+// A version with few matches and actions, so that several stages and types admit it.
 Version randomVersion(Random& random, Head head) {
   const auto some = [&](const CodeSet& codes) {
     CodeSet chosen;
@@ -195,8 +195,8 @@ Version randomVersion(Random& random, Head head) {
   return version;
 }
 
-// Two groups with common entries, some of them changed. If `wild` is true, they may have heads and
-// entries that a group can get only by reading bytes.
+// Two groups with common entries, some of them changed. If `wild` is true, the groups may have
+// stages, types and entries that a group can get only by reading bytes.
 std::pair<Model, Model> randomPair(Random& random, unsigned ids, bool wild) {
   std::pair<Model, Model> pair{{randomHead(random, !wild), {}}, {randomHead(random, !wild), {}}};
   auto& [from, to] = pair;
@@ -257,7 +257,7 @@ TEST(Plan, TakesTheFewestSteps) {
   EXPECT_GT(50 * impossible, static_cast<std::size_t>(i.done()));
 }
 
-// Tests empty groups with every pair of heads, even heads that the setters refuse.
+// Tests plans between empty groups with any stages and types, even those that the setters refuse.
 TEST(Plan, FindsTheShortestWayBetweenAllHeads) {
   std::vector<Head> heads;
   for (int stage : rowsAndUnknown(kTypesOfStage)) {
@@ -285,8 +285,8 @@ TEST(Plan, GoesByWayOfOthers) {
   const FiltersGroup to = groupOf(kEgress, 5);
   EXPECT_EQ(linesOf(plan(groupOf(kLookup, 6), to), to),
             "set-stage none\nset-type 5\nset-stage egre\n");
-  // Only type 6 admits both the old and the new entries. Setting type 6 in between costs one step
-  // and saves one step for each entry.
+  // Only type 6 admits both the old and the new entries. If the plan sets type 6 for a time, this
+  // costs one step and saves one step for each entry.
   Model a{{0, 4}, {}}, b{{0, 1}, {}};
   for (unsigned id = 1; id <= 2; ++id) {
     a.entries[id] = {{FILTERS_MATCH_PCP}, {}};
@@ -298,8 +298,8 @@ TEST(Plan, GoesByWayOfOthers) {
 
 // Between two setters, and in a plan without setters, all insertions must come before all removals.
 // If the plan removes an entry before a setter, that setter must refuse the entry. If the plan
-// inserts an entry after a setter, the entry could not be inserted earlier: the group must refuse
-// it before the setter, or the setter must refuse it.
+// inserts an entry after a setter, it must be impossible to insert the entry earlier: the group
+// refuses it before that setter is called, or the setter would refuse it.
 void expectAddedFirst(const Plan& plan, const FiltersGroup& from, const FiltersGroup& to) {
   FiltersGroup group(from),
       before(from.getId());  // the state before the last setter, without entries
@@ -373,7 +373,7 @@ TEST(Plan, SaysWhyThereIsNone) {
   expectWhy(groupOf(kNoStage, 0), groupOf(kLookup, 3), Code::kTypeNotAdmitted);
   expectWhy(groupOf(kNoStage, 0), groupOf(kUnknown, 3), Code::kStageUnknown);
   expectWhy(groupOf(kUnknown, kUnknown), groupOf(kNoStage, 3),
-            Code::kTypeNotAdmitted);  // no setter leads away
+            Code::kTypeNotAdmitted);  // the group refuses every setter
   expectWhy(made({{kNoStage, 3}, {}}), made({{kNoStage, 3}, {{7, {{FILTERS_MATCH_VRF_ID}, {}}}}}),
             Code::kMatchNotAdmitted);
 }

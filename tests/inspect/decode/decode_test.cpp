@@ -24,8 +24,8 @@ std::string bytesOf(const char* text) {
   return assemble(in);
 }
 
-// The findings, one on each line, as "value-cut 18+4 matches_[0].vlan_id_[1] 65636>100". Bytes are
-// counted from `start`.
+// The findings, one on each line, such as "value-cut 18+4 matches_[0].vlan_id_[1] 65636>100". Bytes
+// are counted from `start`.
 std::string textOf(const Report& report, std::size_t start) {
   std::ostringstream text;
   for (const Finding& finding : report.findings) {
@@ -345,7 +345,7 @@ TEST(Decode, FollowsTheRuntimeAsDeepAsItGoes) {
   }
 }
 
-// If the bytes have a group's own field twice, such as its stage, the second value counts.
+// If the bytes have the id, priority, stage or type of the group twice, the second value counts.
 TEST(Decode, AsAnotherStageOrType) {
   const std::string bytes = golden("group.hex");
   for (const auto& [stage, types] : FiltersGroup::StageTypesDescription_) {

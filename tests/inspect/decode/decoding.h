@@ -14,7 +14,8 @@ namespace catalogue {
 
 using namespace FiltersInspect;
 
-// Sorts the parts, because the order of parts and of the elements of a set has no meaning.
+// Sorts the matches, the actions, the counters or the elements of a set, because their order has no
+// meaning.
 template <class Parts, class Key>
 void sortBy(Parts* parts, Key key) {
   std::stable_sort(parts->pointer_begin(), parts->pointer_end(),
@@ -67,8 +68,8 @@ inline std::string faultOf(const Report& report, std::size_t size) {
   return "";
 }
 
-// With a lower limit, the report must keep the most severe of the same findings. If several
-// findings are equally severe, it must keep the first of them.
+// With a lower limit, the report must keep the most severe findings. If several findings are
+// equally severe, it must keep the first of them.
 template <class T>
 std::string faultWithLimit(const std::string& bytes, const Report& all, std::size_t most) {
   DecodeLimits limits;

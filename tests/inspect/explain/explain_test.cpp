@@ -30,7 +30,7 @@ Said said(const Report& report) {
   return said;
 }
 
-// An entry and its parts.
+// An entry, and the codes of its matches and actions.
 struct Parts {
   std::set<unsigned> matches, actions;
   policer::Stage policer = policer::Stage::None;
@@ -51,7 +51,7 @@ Parts randomParts(std::mt19937& random) {
   return parts;
 }
 
-// The parts of an entry that a type refuses, and the parts that a stage refuses.
+// The findings about what a type, or a stage, refuses in an entry.
 Said byType(const Parts& parts, unsigned type) {
   if (type >= kMatchesOfType.size()) return {{Code::kTypeUnknown, type}};
   Said said;
@@ -216,7 +216,7 @@ TEST(ExplainMatches, NamesEveryPairThatMayNotStandTogether) {
   }
 }
 
-// The code of the match decides, and not the key under which the map has the match.
+// The checks use the code of the match, and not the key under which the map has the match.
 TEST(ExplainMatches, GoesByTheMatchesOwnCodes) {
   FiltersEntry::Matches matches;
   matches[filtersMatch_t(1000)] =

@@ -281,8 +281,8 @@ const char* packetsWith(Layer layer) {
   return "";
 }
 
-// The fields of packets, each with the matches that test it. The first match of a field gives its
-// description.
+// The fields of packets, each with the matches that test it. The row of the first match on a field
+// describes the field.
 void printFields() {
   std::vector<std::string> names;
   std::map<std::string, std::pair<const PacketField*, std::string>> fields;

@@ -130,7 +130,7 @@ inline Groups goldenGroups() {
 }
 
 // Fills the fields of a message with random values, and a repeated field with at most `most`
-// values. The caller fills the messages inside the message.
+// values. The caller fills the messages that are fields of this message.
 inline void fill(google::protobuf::Message* message, std::mt19937& random, unsigned most) {
   using Field = google::protobuf::FieldDescriptor;
   const auto* reflection = message->GetReflection();

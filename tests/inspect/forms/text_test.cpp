@@ -98,7 +98,7 @@ template <class T>
 class TextOfEachClass : public testing::Test {};
 TYPED_TEST_SUITE(TextOfEachClass, EveryClass);
 
-// Tests each sample as the only part of an entry. Ignores the comment at the end of the line.
+// Tests entries that have only one match or one action. Ignores the comment at the end of the line.
 TYPED_TEST(TextOfEachClass, IsThatOfItsRow) {
   std::istringstream words(rowOf<TypeParam>().text);
   std::string name, value;
@@ -185,7 +185,7 @@ TEST(Text, ReadsWhatPeopleWrite) {
     EXPECT_TRUE(parsed.report.empty()) << parsed.report << text;
     EXPECT_EQ(toText(parsed.groups), kHead + group + usual + '\n');
   }
-  // The same lines as different editors write them.
+  // The same lines, with the line ends and the blanks of different editors.
   const std::string lines = "group 1 priority=2 stage=none type=4\nentry 1 priority=0\n";
   for (const char* text :
        {"\xef\xbb\xbf"
@@ -305,8 +305,8 @@ TEST(Text, RefusesAllElse) {
       {"entry 1 priority=0 police {id=5 stage=none none red=dscp:256}", "3:53 text-value"},
       {"entry 1 priority=0\nentry 1 priority=0", "3:1 entry-replaced"},
       {"rule 1\nentry x", "3:1 text-syntax 4:7 text-value"},
-      // All faults are reported. Only if the group's stage or type cannot be read, its entries are
-      // not checked.
+      // All faults are reported. The entries of a group are not checked if the group's stage or
+      // type cannot be read.
       {"entry 1 priority=0 if vrf_id=1\nentry 1 priority=0 if tos=256\nrule 4\n"
        "entry 4 priority=0 if vrf_id=1 nothing\nentry 5 priority=0 if vrf_id=1",
        "4:27 text-value 5:1 text-syntax 6:32 text-syntax "

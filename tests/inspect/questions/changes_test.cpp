@@ -37,7 +37,7 @@ Case changed(const Case& a, Maker<Random>* maker, Random* random) {
 
 // How two groups treat the packets for which `has` is true.
 struct Differences {
-  bool some = false;    // some packet is treated differently under some reading
+  bool some = false;    // some packet is treated differently in some reading
   bool surely = false;  // some packet is surely treated differently
 };
 
@@ -133,8 +133,8 @@ TEST(ChangesTest, SayWhatEveryPacketOfTinyGroupsSays) {
         differencesOf(a, b, all, order, [&](const PlainPacket& packet) { return !isIn(packet); });
     ASSERT_TRUE(others != true || out.surely) << text.str();
     ASSERT_TRUE(others != false || !out.some) << text.str();
-    // Everything is decided if there are no readings, no ties, and no masks with holes beside
-    // ranges.
+    // Everything is decided if no match has several readings, no entries tie, and no set has a mask
+    // with holes beside ranges.
     const bool may_be_open = isOpen(a) || isOpen(b) || set.text.find("/0x") != std::string::npos ||
                              nameOf(order).find("-id") == std::string_view::npos;
     ASSERT_TRUE(may_be_open || (others && !open)) << text.str();
@@ -171,8 +171,8 @@ TEST(ChangesTest, OneSentenceForEachChangedRule) {
        "dropped\n"
        "entry 30: other matches: it takes packets that no entry took; packets like this one are "
        "now dropped"},
-      // Both rules of a pair have changed. The first rule is the cause only if it no longer
-      // matches.
+      // Two rules have changed: the one that took some packets before, and the one that takes them
+      // now. The finding is about the first of them only if it no longer matches the packets.
       {"entry 10 priority=90",
        "entry 15 priority=99 if ip_protocol=6 then deny\nentry 10 priority=85",
        "entry 15: new: it takes packets of entries 10, 20 and 50; packets like this one are now "

@@ -54,7 +54,8 @@ TEST(PacketSetTest, HasOneTextForEachSet) {
       {"external_vlan_id={7}", "external_vlan_id=7"},
       {"external_vlan_id=0-65535", "external_vlan_id=0-65535"},
       {"ttl={1/0xf1,255,254}", "ttl={1,3,5,7,9,11,13,15,254-255}"},
-      // If 17 or more ranges have a common mask, they are written with this mask.
+      // 17 or more ranges are written as one value under a mask, if such a value stands for exactly
+      // these ranges.
       {"ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120}",
        "ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120}"},
       {"ttl={0,8,16,24,32,40,48,56,64,72,80,88,96,104,112,120,128,136,144,152,160,168,176,184,"

@@ -34,7 +34,7 @@ TEST(PolicyTest, AgreesWithEveryPacketOfTinyGroups) {
   }
 }
 
-// With few steps, some promises may be not decided, but no verdict may be wrong.
+// If the limit of steps is low, some promises may be not decided, but no verdict may be wrong.
 TEST(PolicyTest, IsNotDecidedWithoutSteps) {
   Random random;
   for (RandomCases i(200); i.more(); ++i) {
@@ -44,7 +44,7 @@ TEST(PolicyTest, IsNotDecidedWithoutSteps) {
   }
 }
 
-// --- Verdicts by hand ----------------------------------------------------------------------------
+// --- Verdicts written by hand --------------------------------------------------------------------
 
 FiltersGroup groupOf(const std::string& entries) {
   ParsedGroups parsed =
@@ -100,14 +100,14 @@ TEST(PolicyTest, SaysWhoBreaksAPromise) {
        "policy-fails: no entry takes P"},
       {"never taken if src_ipv4=172.16.0.0/12 external_vlan_id=1 tos=1", "",
        "policy-holds: no packet breaks the promise"},
-      // A reading.
+      // Devices may read tos=8 in two ways.
       {"never deny if tos=9 src_ipv4=none external_vlan_id=none", "",
        "policy-open: entry 20 denies P, unless no entry takes it: entry 20: tos: it may be a DSCP, "
        "which leaves the two low bits open"},
       {"always taken if tos=9 src_ipv4=none external_vlan_id=none", "",
        "policy-open: no entry takes P, unless entry 20 denies it: entry 20: tos: it may be a DSCP, "
        "which leaves the two low bits open"},
-      // Both tie and reading.
+      // Entries tie, and devices may read tos=8 in two ways.
       {"always set_pcp if src_ipv4=192.0.2.1 tos=9", "",
        "policy-open: entry 20 denies P, unless entry 30 takes it (copy_to_cpu, set_pcp=3): entry "
        "20: tos: it may be a DSCP, which leaves the two low bits open; nothing says which of "
@@ -121,7 +121,7 @@ TEST(PolicyTest, SaysWhoBreaksAPromise) {
        "policy-holds: no packet breaks the promise"},
       {"never taken if external_vlan_id=7 tos=1 src_ipv4=none", "",
        "policy-fails: entry 40 permits P, unless entry 50 denies it; each breaks the promise"},
-      // If entry 60 takes a packet, entry 20 takes it first, in every reading of tos=8.
+      // In every reading of tos=8, entry 20 takes all packets of entry 60 first.
       {"always permit if external_vlan_id=9 tos=9 src_ipv4=none", "",
        "policy-fails: entry 20 denies P, unless entry 70 denies it; each breaks the promise"},
       // The packets with VLAN id 7 are not decided, but the packets with VLAN id 9 are.
@@ -187,7 +187,7 @@ TEST(PolicyTest, AcceptsFindings) {
     said << *finding.entry << ' ' << nameOf(finding.code) << '\n';
   }
   EXPECT_EQ(said.str(), "30 entry-unreachable\n30 accept-stale\n20 accept-stale\n");
-  // The limit leaves out findings, some of which the policy may accept.
+  // The report lacks findings because of its limit, and the policy may accept some of these.
   options.max_findings = 1;
   Report cut = analyse(group, options);
   EXPECT_EQ(acceptFindings(policy, 1, &cut), 1U);

@@ -116,8 +116,8 @@ TEST(SearchTest, ListsWhatIsLeft) {
   EXPECT_FALSE(remains(group, 60, PacketSet(), order));
 }
 
-// The packets that surely remain are one set. The packets that may remain would need too long a
-// list.
+// The packets that surely reach the entry are one set. The packets that may reach it would need too
+// long a list of sets.
 TEST(SearchTest, ListsNothingIfOneListIsTooLong) {
   const FiltersGroup group = groupOf(
       "entry 1 priority=2 if dst_l4_port=1/0x0 then permit\n"

@@ -27,7 +27,7 @@ constexpr PlainPromise kPromises[] = {
 // Whether some packets of a set surely or perhaps break a promise.
 struct PlainVerdict {
   bool surely_broken = false, maybe_broken = false;
-  bool built_surely = false, built_maybe = false;  // the same for packets that can be built
+  bool built_surely = false, built_maybe = false;  // the same for packets that a sender can build
   Code code() const {
     return surely_broken  ? Code::kPolicyFails
            : maybe_broken ? Code::kPolicyOpen
@@ -93,8 +93,8 @@ inline std::string faultOfVerdictWitness(const Case& c, const PlainSet& set,
   return canBeBuilt ? faultOfFrame(finding.witness) : "";
 }
 
-// Compares the verdicts about all promises and sets with the plain evaluator. With few steps, some
-// verdicts may be missing.
+// Compares the verdicts about all promises and sets with the plain evaluator. If the limit of steps
+// is low, some promises may be not decided.
 inline std::string faultOfPolicy(const Case& c, const std::vector<PlainSet>& sets, Order order,
                                  std::uint64_t max_steps) {
   std::string text = "filter-policy 1\ngroup 1 order=" + std::string(nameOf(order)) + '\n';
@@ -125,7 +125,7 @@ inline std::string faultOfPolicy(const Case& c, const std::vector<PlainSet>& set
         return "it is " + std::string(nameOf(verdicts[i].code())) + ":\n" + said.str() + all.str();
       }
       if (finding.code == Code::kPolicyHolds || isLimited) continue;
-      // The search for a packet that can be built may need more steps.
+      // The search for a packet that a sender can build may need more steps.
       if (max_steps < 100) verdicts[i].built_surely = verdicts[i].built_maybe = false;
       const std::string fault =
           faultOfVerdictWitness(c, sets[k], kPromises[i], verdicts[i], finding, order);

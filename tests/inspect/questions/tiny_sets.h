@@ -15,12 +15,12 @@
 
 namespace tiny {
 
-// In a plain value, this bit means an IPv6 address whose upper half is 1. Without it, the upper
-// half is 0.
+// In a value of the plain form, this bit says that the upper half of an IPv6 address is 1. Without
+// this bit, the upper half is 0.
 constexpr Value kUpper = Value{1} << 40;
 
-// A field with more values than the rules distinguish, so that sets can divide the field between
-// other values than rules do.
+// A field with more values than the rules distinguish. So a set can have some of the values that
+// the rules treat alike, and lack the others.
 struct WideField {
   explicit WideField(const Field& its) : field(its) {
     const auto starts = [&](const char* name) { return field.name.rfind(name, 0) == 0; };
@@ -44,7 +44,8 @@ struct WideField {
       for (Value v = 0; v < 12; ++v) values.push_back(kUpper | v);
     }
     ends = values.size();
-    // Larger values, one for each combination of the low bits that a mask can test.
+    // Values that are larger than those of the rules: one for each combination of the low bits that
+    // a mask can test.
     const Value more = most > 6 ? 16 : 2;
     for (Value v = most; v < most + more; ++v) values.push_back(v);
     for (Value v = 12; bits == 128 && v < 12 + more; ++v) values.push_back(kUpper | v);
@@ -58,7 +59,7 @@ struct WideField {
     std::snprintf(text, sizeof text, isAddress() ? form : "%u", static_cast<unsigned>(v));
     return text;
   }
-  // A mask with these low four bits, and ones or zeros above them.
+  // A mask with the given low four bits, and ones or zeros above them.
   std::string maskOf(unsigned low, bool ones) const {
     char text[64];
     const unsigned byte = low | (ones ? 0xf0U : 0U);
@@ -146,8 +147,8 @@ struct WideField {
     Value halves[2] = {};
     for (unsigned i = 0; i < bits / 8; ++i) halves[i / 8] = halves[i / 8] << 8 | bytes[i];
     if (bits != 128) return halves[0];
-    // The text may have a half that is larger than all values to try. It is then replaced by a
-    // large value to try with the same four low bits.
+    // A half of an address in the text may be larger than all values that the test tries. It is
+    // then replaced by a large value that the test tries and that has the same four low bits.
     return std::min<Value>(halves[0], 2) * kUpper +
            std::min(halves[1], kUpper - 16 + halves[1] % 16);
   }
@@ -315,13 +316,13 @@ class SetMaker {
 // Each list has an element for each rule, and a last element for packets that no rule takes.
 struct PlainAnswer {
   enum class Is : std::uint8_t { kNever, kMaybe, kSurely };
-  std::vector<Is> goes, real_goes;  // to the rule; the same for packets that can be built
+  std::vector<Is> goes, real_goes;  // to the rule; the same for packets that a sender can build
   std::vector<Is> meets, real_meets;
   std::vector<bool> meets_all;
 };
 
-// Returns the same set with fewer values to try. If the rules, the set and `others` do not
-// distinguish several values, only one of these values stays.
+// Returns the same set with fewer values for the test to try. If the rules, the set and `others` do
+// not distinguish several values, only one of these values stays.
 inline PlainSet withFewValues(const Case& c, PlainSet set,
                               const std::vector<std::string>& others = {}) {
   for (std::size_t i = 0; i < set.fields.size(); ++i) {
@@ -390,7 +391,8 @@ inline PlainAnswer answerOf(const Case& c, const PlainSet& whole, Order order) {
   return answer;
 }
 
-// Compares destinations with the plain answer. `at` is the index of a destination there.
+// Compares the destinations of packets with the plain answer, in which `at` is the index of a
+// destination.
 template <class Check>
 std::string faultOfFound(const Case& c, const PlainSet& set, const Destinations& said,
                          const std::vector<PlainAnswer::Is>& wanted,

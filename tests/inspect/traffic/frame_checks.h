@@ -53,7 +53,7 @@ inline std::string faultOfPrefixes(const std::string& frame, std::size_t length,
   }
   const bool isWhole = frame.size() >= length;
   if (isWhole && now.fault == FrameFault::kCut) return "a whole frame is cut";
-  // If there is no fault, the packet must have both ports, or say that they are absent.
+  // If the frame has no fault, the packet must have both ports, or say that they are absent.
   const auto isPort = [](const std::string& word) { return word.find("_l4_port=") != word.npos; };
   const auto ports = std::count_if(before.begin(), before.end(), isPort);
   if (now.fault == FrameFault::kNone && ports != 2) return "ports are not told for no reason";

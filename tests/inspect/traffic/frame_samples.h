@@ -2,7 +2,7 @@
 #define FILTER_COMMON_TESTS_INSPECT_FRAME_SAMPLES_H_
 
 // Frames written by hand, and the packet that each frame shows. The tests and the seeds of fuzzing
-// share them.
+// share these frames.
 
 #include <filter_inspect/filter_traffic.h>
 
@@ -48,7 +48,7 @@ inline std::string ipv6(unsigned next, unsigned payload) {
          "2001 0db8 0000 0000 0000 0000 0000 0001 2001 0db8 0000 0000 0000 0000 0000 0002 ";
 }
 
-// What is told.
+// The fields of packets that the frames show, as text.
 inline const std::string kMacWords = "dst_mac=00:00:5e:00:53:02 src_mac=00:00:5e:00:53:01 ";
 inline const std::string kUntagged =
     kMacWords + "vlan_tagging=untagged tpid=none external_vlan_id=none pcp=none ";
@@ -136,7 +136,7 @@ inline std::vector<Sample> samples() {
        tagged("tpid=0x8100 external_vlan_id=100 pcp=5"), cut, 60},
       {"another TPID", ethernet, kMacs + "9200 0064 0800" + tcp4, kUntagged + kNoIp},
 
-      // Frames with a length, and headers before IP
+      // Ethernet frames with a length in place of a type, and frames with other headers before IP
       {"STP", ethernet, kMacs + "0003 424203", kUntagged + kNoIp},
       {"STP with padding", ethernet, kMacs + "0003 424203 00000000", kUntagged + kNoIp},
       {"IP behind SNAP", ethernet, kMacs + "0030 aaaa03 000000 0800" + tcp4,

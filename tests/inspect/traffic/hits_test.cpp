@@ -35,7 +35,7 @@ Packet packetFrom(const std::string& text) {
   return packet.value_or(Packet());
 }
 
-// Some packets of a case. Some of their fields are unknown.
+// Some packets that the rules of a case can distinguish. Some of their fields are unknown.
 std::vector<std::string> somePackets(const Case& c, Random* random, unsigned count) {
   const auto all = c.everyPacket();
   std::vector<std::string> texts;
@@ -95,7 +95,7 @@ FiltersGroup groupFrom(const std::string& entries) {
   return std::move(parsed.groups.at(0));
 }
 
-// An IPv4 packet of TCP to port 179 with a TTL of 1, on an Ethernet without a tag.
+// A TCP packet over IPv4 to port 179 with TTL 1, in an Ethernet frame without a tag.
 std::string tcpFrame() {
   std::string frame(54, '\0');
   const auto put = [&frame](std::size_t at, int value) { frame[at] = static_cast<char>(value); };
@@ -148,9 +148,9 @@ TEST(HitsTest, CountsFramesWithoutAKnownFault) {
 
 using Pair = std::pair<std::uint32_t, std::uint32_t>;  // of ids; kNone for none
 
-// The pairs of rules, one of each group, that can both be the first to take the packet: for some
-// values of the unknown fields, and in some reading. Equal matches have the same reading in both
-// groups.
+// Each two rules, one of each group, that can both be the first to take the packet, for the same
+// values of the unknown fields and in the same reading. Equal matches are read in the same way in
+// both groups.
 std::set<Pair> pairsOf(const Case& a, const Case& b, const std::string& told, Order order) {
   std::set<Pair> pairs;
   std::vector<PlainRule> rules = a.rules;
@@ -218,8 +218,8 @@ TEST(TrafficComparisonTest, IsExact) {
   }
 }
 
-// Most pairs of different entries are impossible, because both groups have both entries, in the
-// same order.
+// Two different entries can hardly ever both come first, because both groups have both entries, in
+// the same order.
 TEST(TrafficComparisonTest, FindsOnlyChangedEntriesAmongMany) {
   std::string rules;
   for (int i = 1; i <= 60; ++i) {
