@@ -8,6 +8,7 @@
 
 #include <ctime>
 
+#include "cases.h"
 #include "golden.h"
 #include "meaning.h"
 
@@ -107,7 +108,7 @@ TEST(Damage, OfAnyEndCutOffOrAnySingleBitIsSurvived) {
   for (const char* name :
        {"group.hex", "group_ports.hex", "group_ipv4.hex", "group_ipv6.hex", "group_mpls.hex"}) {
     const std::string bytes = golden(name);
-    for (std::size_t bit = 0; bit < 8 * bytes.size(); ++bit) {
+    for (std::size_t bit = 0; bit < 8 * bytes.size(); bit += caseStep()) {
       SCOPED_TRACE(testing::Message() << name << " bit " << bit);
       std::string damaged = bytes;
       damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ 1 << bit % 8);

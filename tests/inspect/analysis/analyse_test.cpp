@@ -6,7 +6,7 @@
 #include <regex>
 #include <sstream>
 
-#include "../random_cases.h"
+#include "../../cases.h"
 #include "../sentences.h"
 #include "tiny_checks.h"
 
