@@ -3,11 +3,11 @@
 
 #include "../../cases.h"
 #include "../../golden.h"
+#include "../../replaced.h"
 #include "../sentences.h"
 #include "decoding.h"
 
 #include <random>
-#include <regex>
 
 namespace {
 
@@ -209,7 +209,7 @@ INSTANTIATE_TEST_SUITE_P(Planted, InGroup, testing::ValuesIn(kInGroups),
 // A line of the report without the position in the bytes, because the bytes of policers differ from
 // platform to platform.
 std::string withoutBytes(const std::string& line) {
-  return std::regex_replace(line, std::regex("byte [0-9]+ \\+ [0-9]+"), "bytes");
+  return replaced(line, "byte [0-9]+ \\+ [0-9]+", "bytes");
 }
 
 TEST(Findings, AreWrittenAsTheirDocumentShows) {
