@@ -38,6 +38,10 @@ endfunction()
 # Built libraries find each other by relative paths, so that they do not contain the build folder.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
+# Where files are compiled together, this many are one file. Each such file reads all headers once,
+# which takes unoptimised builds most of their time.
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 35 CACHE STRING "Files that are compiled together")
+
 # A program is not linked again if only the code of a library changes, and not its interface.
 set(CMAKE_LINK_DEPENDS_NO_SHARED ON)
 

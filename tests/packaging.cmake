@@ -50,6 +50,8 @@ filter_common_add_package_test(subproject subproject_test.sh ${PROJECT_SOURCE_DI
 filter_common_add_package_test(
   device_platform device_platform/device_platform_test.sh ${PROJECT_SOURCE_DIR}
   ${PROJECT_BINARY_DIR}/tests/device_platform)
+# The longest tests start first, so that others run beside them.
+set_tests_properties(device_platform PROPERTIES COST 90)
 
 # These tests run only if the build is for the build machine. All targets have the same compiler
 # options, and Debian's tools pack only builds for the machine on which they run.
@@ -60,6 +62,7 @@ if(NOT CMAKE_CROSSCOMPILING)
   endif()
   filter_common_add_package_test(
     reproducible reproducible_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR} ${libraries})
+  set_tests_properties(reproducible PROPERTIES COST 95)
   if(CMAKE_LIBRARY_ARCHITECTURE)
     filter_common_add_package_test(debian_packages debian_packages_test.sh ${PROJECT_BINARY_DIR})
   endif()

@@ -8,9 +8,8 @@
 #include <filter_common/filter_serialized.h>
 #include <gmock/gmock.h>
 
-#include <regex>
-
 #include "entry_samples.h"
+#include "replaced.h"
 
 using namespace catalogue;
 
@@ -130,8 +129,8 @@ TEST(ProceduralDeathTest, NullHandlesAreReportedWithFileLineAndSignature) {
   GTEST_FLAG_SET(death_test_style, "fast");
   for (const auto& [location, expression, calls] : kAssertions) {
     for (const auto& [abbreviated, call] : calls) {
-      const auto full = std::regex_replace(abbreviated, std::regex("FC::"), "FiltersCommon::");
-      const std::string signature = std::regex_replace(full, std::regex("[*()]"), "[$&]");
+      const std::string full = replaced(abbreviated, "FC::", "FiltersCommon::");
+      const std::string signature = replaced(full, "[*()]", "[$&]");
       // An emulator also prints the signal that ended the program.
       EXPECT_DEATH(call(), testing::MatchesRegex("[^ ]+: " + std::string(location) + ": " +
                                                  signature + ": Assertion `" + expression +

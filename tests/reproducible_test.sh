@@ -27,6 +27,6 @@ same() {
   cmake --build "$build" --target "$target"
   cmp "$1" "$(find "$build" -name "$(basename "$1")")"
 }
-names='BUILD_TYPE|UNITY_BUILD|INTERPROCEDURAL_OPTIMIZATION|C(XX)?_FLAGS(_[A-Z]+)?'
+names='BUILD_TYPE|UNITY_BUILD(_BATCH_SIZE)?|INTERPROCEDURAL_OPTIMIZATION|C(XX)?_FLAGS(_[A-Z]+)?'
 mapfile -t settings < <(sed -nE "s/^(CMAKE_($names)):[A-Z]+=/-D\1=/p" "$2/CMakeCache.txt")
 for library in "${@:3}"; do same "$library"; done

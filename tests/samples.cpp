@@ -2,9 +2,16 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <regex>
 #include <utility>
 
+#include "replaced.h"
+
 namespace catalogue {
+
+std::string replaced(const std::string& text, const std::string& pattern, const std::string& by) {
+  return std::regex_replace(text, std::regex(pattern), by);
+}
 
 std::string fromHex(std::string hex) {
   hex.erase(std::remove(hex.begin(), hex.end(), ' '), hex.end());

@@ -19,7 +19,8 @@ build() {
 build platform "$1/platform/plain"
 rm -rf "$work/device"
 cmake --install "$work/platform"
-build library "$1" -DFILTER_COMMON_PLATFORM=device -DFILTER_COMMON_BUILD_INSPECT=ON
+build library "$1" -DFILTER_COMMON_PLATFORM=device -DFILTER_COMMON_BUILD_INSPECT=ON \
+  -DFILTER_COMMON_BUILD_PYTHON=OFF
 cmake --install "$work/library"
 build round_trip "$here"
 

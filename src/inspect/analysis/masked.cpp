@@ -20,7 +20,7 @@ AddressBytes common(const AddressBytes& a, const AddressBytes& b) {
   return bytes;
 }
 
-bool isPrefix(const AddressBytes& mask, std::size_t size) {
+bool isPrefixMask(const AddressBytes& mask, std::size_t size) {
   return leadingOnes(mask, size) == bitsToLastOne(mask, size);
 }
 
@@ -44,13 +44,13 @@ bool Masked::isOf(unsigned char first, unsigned length) const {
 }
 
 bool Masked::hasHole() const {
-  if (isPrefix(mask, size)) return false;
+  if (isPrefixMask(mask, size)) return false;
   if (form == ValueForm::kMac) {
     AddressBytes rest = mask;
     rest[0] = static_cast<unsigned char>(mask[0] & ~3u);
     if (rest == AddressBytes()) return false;
     rest[0] = static_cast<unsigned char>(mask[0] | 3u);
-    return !isPrefix(rest, size);
+    return !isPrefixMask(rest, size);
   }
   static constexpr AddressBytes kIdentifier = {0,   0,   0,   0,   0,   0,   0,   0,
                                                255, 255, 255, 255, 255, 255, 255, 255};
@@ -72,7 +72,7 @@ unsigned Masked::lengthForAll() const {
 std::string Masked::meantMasks() const {
   AddressBytes wildcard = prefixMask(bits());
   for (std::size_t i = 0; i < size; ++i) wildcard[i] = static_cast<unsigned char>(~mask[i]);
-  if (isPrefix(wildcard, size)) return maskText(form, wildcard);
+  if (isPrefixMask(wildcard, size)) return maskText(form, wildcard);
   const unsigned filled = bitsToLastOne(mask, size);
   const unsigned block = bitsToLastOne(taken(), size);
   const std::string text = maskText(form, prefixMask(filled));

@@ -73,11 +73,11 @@ class Candidates {
 
 PreparedEntry prepare(std::uint64_t rank, filtersEntryId_t id, std::size_t treatment,
                       std::vector<Asked> asked) {
-  constexpr unsigned kBits = 64;
+  constexpr unsigned kWordBits = 64;
   PreparedEntry entry{rank, id, treatment, std::move(asked), 0, true};
   for (const Asked& one : entry.asked) {
-    entry.closed = entry.closed && one.open == nullptr && one.field < kBits;
-    entry.fields |= std::uint64_t{1} << one.field % kBits;
+    entry.closed = entry.closed && one.open == nullptr && one.field < kWordBits;
+    entry.fields |= std::uint64_t{1} << one.field % kWordBits;
   }
   return entry;
 }

@@ -86,12 +86,12 @@ std::string suggestion(std::string_view word, const std::vector<std::string_view
 }
 
 std::string inQuotes(std::string_view word) {
-  constexpr std::size_t kMost = 60;
-  std::string text(word.substr(0, kMost));
+  constexpr std::size_t kMostLetters = 60;
+  std::string text(word.substr(0, kMostLetters));
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < ' ') c = '?';
   }
-  return '\'' + text + (word.size() > kMost ? "...'" : "'");
+  return '\'' + text + (word.size() > kMostLetters ? "...'" : "'");
 }
 
 }  // namespace FiltersInspect

@@ -47,9 +47,9 @@ HeldVersions heldAt(const Waypoint& waypoint, const EntryKind& kind, HeldVersion
 // a sequence, because such a loop never saves steps: an entry that can be inserted inside a loop
 // can also be inserted at its end. The search drops a sequence as soon as it costs as much as the
 // best one known.
-class Search {
+class RouteSearch {
  public:
-  Search(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
+  RouteSearch(const StageAndType& from, const StageAndType& to, StageTypeSet allowed)
       : goal_(stageTypeSetOf(to)),
         allowed_(allowed),
         waypoints_(allWaypoints()),
@@ -199,7 +199,7 @@ std::size_t firstWaypoint(const Route& route, StageTypeSet admitting) {
 FoundRoute findRoute(const StageAndType& from, const StageAndType& to, StageTypeSet allowed,
                      const std::vector<EntryKind>& kinds) {
   if (from == to) return {{{from, stageTypeSetOf(from), 0}}};
-  return Search(from, to, allowed).run(kinds);
+  return RouteSearch(from, to, allowed).run(kinds);
 }
 
 }  // namespace FiltersInspect

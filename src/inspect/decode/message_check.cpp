@@ -64,7 +64,7 @@ void sayCut(Finding* finding, std::string before, std::uint64_t bits, std::int64
   }
 }
 
-std::string nameOf(const Field& field) { return std::string(field.name()); }
+std::string fieldName(const Field& field) { return std::string(field.name()); }
 bool isMessage(const Field& field) { return field.cpp_type() == Field::CPPTYPE_MESSAGE; }
 bool isBytes(const Field& field) { return field.cpp_type() == Field::CPPTYPE_STRING; }
 std::uint32_t wireTypeOf(const Field& field) {
@@ -171,7 +171,7 @@ void MessageCheck::note(const WireField& wire, const Field& field, const Message
   } else if (seen.count != 0) {
     const MessagePart earlier = {&part, field.name(), MessagePart::kAlone, seen.last};
     if (Finding* finding = findings->add(Code::kFieldRepeated, earlier)) {
-      finding->message = nameOf(field) + " stands there again: this one is lost";
+      finding->message = fieldName(field) + " stands there again: this one is lost";
     }
   }
   ++seen.count;
@@ -232,7 +232,7 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
     finding->message = isBytes(field)
                            ? "there is no policer: the default one is taken, which every "
                              "stage admits and which polices nothing"
-                           : nameOf(field) + " is not there, and read as 0";
+                           : fieldName(field) + " is not there, and read as 0";
     // Matches and actions require only their types.
     if (findings->subject == Subject::kMatch) {
       finding->message = "a match without a type is read as the match ";
@@ -295,7 +295,7 @@ void MessageCheck::compareBytes(const Field& field, const google::protobuf::Mess
   if (finding == nullptr) return;
   finding->before = shownBytes(before);
   finding->after = shownBytes(after);
-  finding->message = nameOf(field) +
+  finding->message = fieldName(field) +
                      (came ? " has " + std::to_string(before.size()) + " bytes, and is kept as "
                            : " is not there, and read as ") +
                      finding->after;
@@ -314,7 +314,7 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
   if (!kept) {
     if (Finding* finding = findings->add(Code::kFieldUnused, its)) {
       finding->before = textIn(in, field);
-      finding->message = nameOf(field) + " means nothing here, and is dropped";
+      finding->message = fieldName(field) + " means nothing here, and is dropped";
     }
   } else if (isBytes(field)) {
     compareBytes(field, in, out, its, findings);
@@ -324,7 +324,7 @@ void MessageCheck::compareOne(const Field& field, const google::protobuf::Messag
       Finding* finding = findings->add(Code::kFieldDefaulted, its);
       if (finding == nullptr) return;
       finding->after = std::to_string(after);
-      finding->message = nameOf(field) + " is not there, and read as " + finding->after;
+      finding->message = fieldName(field) + " is not there, and read as " + finding->after;
     } else if (before != after) {
       Finding* finding = findings->add(Code::kValueCut, its);
       if (finding != nullptr)
@@ -381,7 +381,7 @@ void MessageCheck::compareAll(const Field& field, const google::protobuf::Messag
                            seen.count == 0 ? part.bytes : seen.hull()};
   if (kept.empty()) {
     if (Finding* finding = findings->add(Code::kFieldUnused, all)) {
-      finding->message = nameOf(field) + " means nothing here, and is dropped";
+      finding->message = fieldName(field) + " means nothing here, and is dropped";
     }
     return;
   }

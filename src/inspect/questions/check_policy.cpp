@@ -336,9 +336,9 @@ class PolicyCheck {
   // and with many rules this is much faster than a cut.
   std::optional<Packet> tryPackets(const Promise& promise, const SetAmongRules& set,
                                    const std::vector<bool>& shown) {
-    constexpr std::size_t kFew = 24;  // rules of which a cut makes short work
-    constexpr unsigned kTries = 3;    // packets to try for each shape
-    if (all_.of(0).size() <= kFew) return std::nullopt;
+    constexpr std::size_t kFewRules = 24;  // rules of which a cut makes short work
+    constexpr unsigned kTries = 3;         // packets to try for each shape
+    if (all_.of(0).size() <= kFewRules) return std::nullopt;
     const Space& space = all_.space().space();
     for (const SetId shape : all_.space().shapes()) {
       const std::vector<SetId> sets = {set.core, shape};

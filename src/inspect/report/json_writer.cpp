@@ -9,8 +9,6 @@
 
 namespace FiltersInspect {
 
-using Json = nlohmann::json;
-
 void JsonWriter::open(char bracket) {
   begin();
   text_ += bracket;
@@ -35,7 +33,7 @@ void JsonWriter::value(std::string_view text) {
   begin();
   const auto isPlain = [](char c) { return ' ' <= c && c <= '~' && c != '"' && c != '\\'; };
   if (std::all_of(text.begin(), text.end(), isPlain)) return quote(text, "\"");
-  text_ += Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  text_ += nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 void JsonWriter::value(std::uint64_t number) {

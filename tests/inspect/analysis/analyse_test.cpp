@@ -3,10 +3,10 @@
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <sstream>
 
-#include "../random_cases.h"
+#include "../../cases.h"
+#include "../../replaced.h"
 #include "../sentences.h"
 #include "tiny_checks.h"
 
@@ -253,8 +253,7 @@ std::string odditiesOf(const std::string& head, const std::string& entry) {
   if (parsed.groups.size() != 1) return (std::ostringstream() << parsed.report).str();
   std::ostringstream report;
   report << unusualValues(parsed.groups[0]);
-  return std::regex_replace(report.str(), std::regex("warning: entry 1: | \\[value-unusual\\]"),
-                            "");
+  return catalogue::replaced(report.str(), "warning: entry 1: | \\[value-unusual\\]", "");
 }
 
 struct Odd {

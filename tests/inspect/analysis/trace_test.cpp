@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "../random_cases.h"
+#include "../../cases.h"
 #include "../sentences.h"
 #include "tiny_checks.h"
 

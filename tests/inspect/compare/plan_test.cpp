@@ -9,8 +9,8 @@
 #include <sstream>
 #include <tuple>
 
+#include "../../cases.h"
 #include "../../entry_samples.h"
-#include "../random_cases.h"
 
 namespace {
 
@@ -263,8 +263,10 @@ TEST(Plan, FindsTheShortestWayBetweenAllHeads) {
   for (int stage : rowsAndUnknown(kTypesOfStage)) {
     for (int type : rowsAndUnknown(kMatchesOfType)) heads.push_back({stage, type});
   }
+  unsigned pairs = 0;
   for (const Head& i : heads) {
     for (const Head& j : heads) {
+      if (pairs++ % caseStep() != 0) continue;
       const Model a{i, {}}, b{j, {}};
       const auto distance = Oracle(a, b).distance();
       const Plan plan = FiltersInspect::plan(made(a), made(b));

@@ -1,7 +1,6 @@
 // Tests the JSON form: groups that are written can be read back, and other input is refused.
 
-#include <nlohmann/json.hpp>
-
+#include "../../replaced.h"
 #include "../sentences.h"
 #include "form_samples.h"
 
@@ -33,7 +32,7 @@ TEST(Json, IsWrittenWithoutBlanksToo) {
   const FormOfGroups compact = {
       [](const Groups& groups) { return toJson(groups, JsonLayout::kCompact); }, groupsFromJson};
   const std::string golden = textOfFile(FILTERS_GOLDEN_DIR "/groups.json");
-  EXPECT_EQ(compact.write(goldenGroups()), nlohmann::ordered_json::parse(golden).dump() + '\n');
+  EXPECT_EQ(compact.write(goldenGroups()), replaced(golden, "(\"[^\"]*\")|\\s", "$1") + '\n');
   EXPECT_EQ(faultOf(compact, goldenGroups()), "");
 }
 

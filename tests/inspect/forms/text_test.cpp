@@ -3,8 +3,7 @@
 #include <filter_inspect/filter_head.h>
 #include <filter_inspect/filter_names.h>
 
-#include <regex>
-
+#include "../../replaced.h"
 #include "../sentences.h"
 #include "form_samples.h"
 
@@ -69,7 +68,7 @@ TEST(Text, OfAGroupIsItsHeadAndALineForEachEntry) {
       for (const std::string& part : columns.counters) EXPECT_NE(line.find(part), line.npos);
       EXPECT_EQ(columns.fields.size(), columns.matches.size());
       // The line may have the keys id and stage, which people do not need.
-      const std::string shown = std::regex_replace(line, std::regex("\\{id=(\\d+) stage="), "$1 ");
+      const std::string shown = replaced(line, "\\{id=(\\d+) stage=", "$1 ");
       for (const std::string& part : {columns.policer_text, columns.parent_text}) {
         EXPECT_NE(shown.find(part), shown.npos) << part << line;
       }

@@ -4,7 +4,7 @@
 #include <filter_inspect/filter_text.h>
 #include <gtest/gtest.h>
 
-#include "../random_cases.h"
+#include "../../cases.h"
 #include "../sentences.h"
 #include "tiny_policies.h"
 

@@ -5,7 +5,7 @@
 
 #include <random>
 
-#include "../random_cases.h"
+#include "../../cases.h"
 #include "frame_checks.h"
 #include "frame_samples.h"
 

@@ -5,9 +5,9 @@
 #include <filter_inspect/filter_traffic.h>
 #include <gtest/gtest.h>
 
+#include "../../cases.h"
 #include "../../memory_control.h"
 #include "../analysis/tiny_checks.h"
-#include "../random_cases.h"
 
 using namespace tiny;
 
