@@ -89,7 +89,7 @@ ROWS = [
      ".2f"),
     ("10", "the same of rules that each lose a field", "decode_losses.10000 / rebuild_losses.10000",
      10, ".2f"),
-    ("10", "strict decode with losses, instructions a rule of 10,000 / of 1,000",
+    ("10", "strict decode with losses, instructions per rule: 10,000 rules / 1,000 rules",
      "decode_losses.10000 / decode_losses.1000", 1.1, ".2f"),
     *(("11", f"time: {what}, {size:,} rules", f"time.{pair}.{size}", limit, ".2f")
       for what, pair, limit in (

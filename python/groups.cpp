@@ -22,7 +22,7 @@ constexpr char kKinds[] = "a text or a number";
 template <class Enum, const char* kName>
 Enum codeOf(const py::object& value) {
   if (PyIndex_Check(value.ptr()) != 0 && !py::isinstance<py::str>(value)) {
-    // Unknown types are shown without a sign, and so they are taken without a sign.
+    // The number of an unknown type prints as unsigned, so an argument is unsigned too.
     using Number = std::conditional_t<std::is_same_v<Enum, filtersGroupType_t>, std::uint32_t,
                                       std::underlying_type_t<Enum>>;
     return static_cast<Enum>(Number{argument<Whole<Number, kName>>(value, kName, kKinds)});

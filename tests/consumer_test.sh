@@ -2,7 +2,7 @@
 # Builds the installed examples as a user would, and runs them. Builds them with find_package, with
 # and without the development files of the message runtime, and then with pkg-config.
 #   consumer_test.sh <prefix of the installed tree>
-# The environment variables that tests/packaging.cmake sets name the tools.
+# tests/packaging.cmake sets environment variables with the names of the tools.
 set -euo pipefail
 command -v pkg-config >/dev/null || { echo "consumer: skipped, needs pkg-config" && exit 77; }
 prefix=$1

@@ -3,7 +3,7 @@
 # built without libfilter_inspect, and then with it; the second build must not change the other
 # libraries.
 #   reproducible_test.sh <folder of the sources> <build folder> <library>...
-# The environment variables that tests/packaging.cmake sets name the tools. The copy is compiled with
+# tests/packaging.cmake sets environment variables with the names of the tools. The copy is compiled with
 # the settings of this build.
 # The copied files keep their times, so that the next run builds only what changed.
 set -euo pipefail

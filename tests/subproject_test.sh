@@ -4,7 +4,7 @@
 # built only if the project asks for it. The library refuses to be built as a static library or in a
 # project without C++.
 #   subproject_test.sh <folder of the sources>
-# The environment variables that tests/packaging.cmake sets name the tools.
+# tests/packaging.cmake sets environment variables with the names of the tools.
 set -euo pipefail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

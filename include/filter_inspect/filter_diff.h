@@ -38,8 +38,9 @@ struct Step {
 // "remove entry 7", or "insert entry 10 ..." with the text of the entry in `to`.
 FILTERS_API std::string toText(const Step& step, const FiltersCommon::FiltersGroup& to);
 
-// The order of steps. In both orders, an entry that a new stage or type does not admit is removed
-// before the setter of that stage or type, and inserted after it.
+// The order of steps. Both orders have one thing in common. If a new stage or type does not admit
+// an entry of `from`, this entry is removed before the step that sets the stage or type. If the
+// entry of `to` with its id is admitted then, it is inserted after this step.
 enum class PlanOrder : std::uint8_t {
   // Insert as early and remove as late as possible. While stage and type stay the same, the group
   // always holds either every id of `from` or every id of `to`, so that no packet is left without a

@@ -146,9 +146,9 @@ FILTERS_API size_t filtersEntryToBytes(const FiltersEntry* e, void* out, size_t 
 
 // These functions call decodeGroup() and decodeEntry() with their default limits. They read bytes
 // as the constructors of the classes do, and report what the constructors lose silently. *group or
-// *entry gets the object, which the caller deletes, or null if it cannot be made. The report then
-// says why, or the report is null too. Pass a null `group` or `entry` for the report alone. `bytes`
-// may be null if `size` is 0.
+// *entry gets the object, which the caller deletes, or null if it cannot be made. The report says
+// why. If memory runs out, the report is null too. Pass a null `group` or `entry` for the report
+// alone. `bytes` may be null if `size` is 0.
 FILTERS_API FiltersReport* filtersDecodeGroup(const void* bytes, size_t size, FiltersGroup** group);
 FILTERS_API FiltersReport* filtersDecodeEntry(const void* bytes, size_t size, FiltersEntry** entry);
 

@@ -2,7 +2,7 @@
 # Builds both libraries with the libraries of platform/plain, and builds a program that uses all
 # four.
 #   device_platform_test.sh <folder of the library's sources> <folder to build in>
-# The environment variables that tests/packaging.cmake sets name the tools. The next run builds only
+# tests/packaging.cmake sets environment variables with the names of the tools. The next run builds only
 # what changed.
 set -euo pipefail
 here=$(dirname "$0")

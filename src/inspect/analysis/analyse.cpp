@@ -429,7 +429,7 @@ class Analysis {
   }
 
   // True if this packet would be treated differently without the rule at `i`. The caller knows that
-  // no rule before that rule must take the packet.
+  // no earlier rule is certain to take the packet.
   bool isMissedFor(std::uint32_t i, const Point& point) {
     met_by_.mayHold(point, rules_[i].ranks_begin, rules_.size(), &tried_);
     const Rule* taker = nullptr;

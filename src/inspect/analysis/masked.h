@@ -26,7 +26,8 @@ struct Masked {
   // kinds of these are usual: masks of the group bit and the local bit of MAC addresses (IEEE 802),
   // and masks of IPv6 interface identifiers after any prefix.
   bool hasHole() const;
-  // The length of the shortest usual prefix that covers every 1 of the value.
+  // The length of the shortest prefix whose mask has a 1 for every 1 of the value. Only lengths
+  // that are usual count.
   unsigned lengthForAll() const;
   // The masks that the sender probably meant by a mask with a hole: "255.255.255.240 or
   // 255.255.255.248".

@@ -233,7 +233,7 @@ void MessageCheck::noteMissing(const MessagePart& part, DecodeFindings* findings
                            ? "there is no policer: the default one is taken, which every "
                              "stage admits and which polices nothing"
                            : fieldName(field) + " is not there, and read as 0";
-    // Matches and actions require only their types.
+    // In the message of a match or an action, only the field for the type is required.
     if (findings->subject == Subject::kMatch) {
       finding->message = "a match without a type is read as the match ";
       finding->message += FiltersInspect::nameOf(FiltersCommon::filtersMatch_t());

@@ -154,7 +154,7 @@ class Refusals {
         "it is made for " + stageText(its) + ", and the group's stage is " + nameOrNumber(stage);
   }
 
-  // Checks in the order of insertEntry().
+  // Makes the same checks as insertEntry(), in the same order.
   void addEntry(const FiltersEntry& entry, filtersGroupStage_t stage, filtersGroupType_t type) {
     addMatches(entry, type);
     addActions(entry, stage);

@@ -45,8 +45,8 @@ constexpr std::uint8_t bitsOf(ValueForm address) {
   return address == ValueForm::kMac ? 48 : address == ValueForm::kIPv4 ? 32 : 128;
 }
 
-// The names of an enumeration. Messages have its values as numbers. For a value of form kNumber,
-// names are read but not written.
+// The names of an enumeration. In a message, a value of the enumeration is a number. For a value of
+// form kNumber, names are read but not written.
 struct Enumeration {
   std::string_view (*nameOf)(std::uint32_t value);
   std::optional<std::uint32_t> (*fromName)(std::string_view name);
@@ -181,7 +181,7 @@ struct MatchForm : FormRow {
   PacketField packet[2] = {};
 };
 
-// True if the action has no effect on a packet that is dropped and not copied.
+// When an action has an effect: always, or only on packets that are forwarded or copied.
 enum class Effect : std::uint8_t { kAlways, kUnlessDropped };
 
 struct ActionForm : FormRow {

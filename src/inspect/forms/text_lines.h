@@ -22,7 +22,7 @@ class TextLines {
   TextLines(const TextLines&) = delete;
   TextLines& operator=(const TextLines&) = delete;
  protected:
-  // `kind` is the first word of the first line, which a version follows.
+  // The first line is the word `kind` and a version.
   TextLines(std::string_view text, std::string_view kind, int version);
   virtual ~TextLines() = default;
   virtual void report(Code code, TextPosition position, std::string_view word,

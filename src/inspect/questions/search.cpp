@@ -143,7 +143,7 @@ class Search {
     return {true, parts.witness.packet()};
   }
 
-  // Tries a few packets that can be real. Most entries have one.
+  // Looks for an answer among a few packets that real traffic could have. Most entries have one.
   std::optional<Packet> tryPackets(std::vector<SetId> sets, const std::vector<Candidate>& others,
                                    std::size_t end) {
     std::optional<Packet> found;

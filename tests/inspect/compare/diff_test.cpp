@@ -72,7 +72,7 @@ TEST(Diff, IsEmptyExactlyWhenEqual) {
   EXPECT_LT(equal, bytes.size());
 }
 
-// The one finding of a planted change.
+// Expects exactly one finding, for the one difference that the test makes.
 void expectOne(const FiltersGroup& a, const FiltersGroup& b, Code code, Subject subject,
                std::uint32_t offender, const char* before, const char* after) {
   const Report report = diff(a, b);

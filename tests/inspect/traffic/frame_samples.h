@@ -48,7 +48,7 @@ inline std::string ipv6(unsigned next, unsigned payload) {
          "2001 0db8 0000 0000 0000 0000 0000 0001 2001 0db8 0000 0000 0000 0000 0000 0002 ";
 }
 
-// The fields of packets that the frames show, as text.
+// The packet fields that the sample frames show, as text.
 inline const std::string kMacWords = "dst_mac=00:00:5e:00:53:02 src_mac=00:00:5e:00:53:01 ";
 inline const std::string kUntagged =
     kMacWords + "vlan_tagging=untagged tpid=none external_vlan_id=none pcp=none ";
