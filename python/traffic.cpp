@@ -227,11 +227,14 @@ void addTraffic(py::module_* module) {
             return faults;
           },
           "The frames that do not tell all fields: a dict from FrameFault to FrameCount.");
-  module->def("hits", &countHits, py::arg("group"), py::arg("frames"), py::arg("order"),
-              py::kw_only(), py::arg("link") = "ethernet", py::arg("assumed") = "",
-              py::arg("offsets") = py::none(), py::arg("lengths") = py::none(),
-              py::arg("wire_lengths") = py::none(), py::arg("progress") = py::none(),
-              R"(Counts the frames that each entry takes.
+  module->def(
+      "hits", &countHits, py::arg("group"), py::arg("frames"), py::arg("order"), py::kw_only(),
+      py::arg("link") = "ethernet", py::arg("assumed") = "", py::arg("offsets") = py::none(),
+      py::arg("lengths") = py::none(), py::arg("wire_lengths") = py::none(),
+      py::arg("progress") = py::none(),
+      R"(hits(group: filter_inspect.Group, frames: object, order: Union[str, Order], *, link: Union[str, Link] = 'ethernet', assumed: str = '', offsets: object = None, lengths: object = None, wire_lengths: object = None, progress: Optional[function] = None) -> filter_inspect.Hits
+
+Counts the frames that each entry takes.
 
 `link` says how frames begin: a Link, such as "ethernet", or "raw" for packets that begin with IP.
 `assumed` is a packet, such as "vlan_tagging=untagged", for fields that no frame can show.
@@ -246,7 +249,9 @@ frame begins at an offset, and ends after its length or where the next one begin
 >>> fi.hits(group, bytes(180), "ascending-id", offsets=[0, 60, 120]).frames
 3
 )");
-  // pybind11 shows all arguments of a call that fits no function: here perhaps a million frames.
+  // If a call fits no function, pybind11 shows all of its arguments, here perhaps a million frames.
+  // So another function takes such calls. It also hides the signature that pybind11 writes, so the
+  // text above has the signature.
   py::options options;
   options.disable_function_signatures();
   module->def("hits", [](const py::args&, const py::kwargs&) -> py::object {
