@@ -225,9 +225,6 @@ std::string linesOf(const Printed& object) {
   return lines;
 }
 
-constexpr Link kAllLinks[] = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked, Link::kLinuxCooked2,
-                              Link::kLoopback};
-
 // Converts the library's values to members of Python's enumerations, and back. A member's value is
 // its name in the library. A value without a name becomes its number.
 py::object member(const char* enumeration, std::string_view name);

@@ -147,6 +147,15 @@ inline constexpr const char* kEnumeration<Subject> = "Subject";
 template <>
 inline constexpr const char* kEnumeration<filtersErr_t> = "Result";
 
+const auto& allOf(Code) { return kAllCodes; }
+const auto& allOf(Severity) { return kAllSeverities; }
+const auto& allOf(Subject) { return kAllSubjects; }
+std::vector<filtersErr_t> allOf(filtersErr_t) {
+  std::vector<filtersErr_t> all;
+  for (const auto& [one, its] : namesOf<filtersErr_t>()) all.push_back(one);
+  return all;
+}
+
 template <class Value>
 py::object toPython(const Value& value) {
   if constexpr (std::is_enum_v<Value>) {
@@ -160,34 +169,20 @@ py::object toPython(const std::optional<ByteRange>& bytes) {
   return py::make_tuple(bytes->offset, bytes->length);
 }
 
-template <class Enum, class Values>
-void readName(const py::handle& object, const Values& values, Enum* value) {
-  const std::string name = textOf(object, kEnumeration<Enum>, "a name");
-  for (const Enum one : values) {
-    if (nameOf(one) == name) {
-      *value = one;
-      return;
-    }
-  }
-  throw py::value_error("there is no " + std::string(kEnumeration<Enum>) + " '" + name + "'");
-}
 template <class Value>
 void fromPython(const py::handle& object, const char* name, Value* value) {
-  *value = argument<Value>(object, name, "a value of another type");
-}
-void fromPython(const py::handle& object, const char*, Code* code) {
-  readName(object, kAllCodes, code);
-}
-void fromPython(const py::handle& object, const char*, Severity* severity) {
-  readName(object, kAllSeverities, severity);
-}
-void fromPython(const py::handle& object, const char*, Subject* subject) {
-  readName(object, kAllSubjects, subject);
-}
-void fromPython(const py::handle& object, const char*, filtersErr_t* result) {
-  std::vector<filtersErr_t> all;
-  for (const auto& [one, its] : namesOf<filtersErr_t>()) all.push_back(one);
-  readName(object, all, result);
+  if constexpr (std::is_enum_v<Value>) {
+    const std::string its = textOf(object, name);
+    for (const Value one : allOf(*value)) {
+      if (nameOf(one) == its) {
+        *value = one;
+        return;
+      }
+    }
+    throw py::value_error("there is no " + std::string(name) + " '" + its + "'");
+  } else {
+    *value = argument<Value>(object, name, "a value of another type");
+  }
 }
 void fromPython(const py::handle& object, const char* name, std::optional<ByteRange>* bytes) {
   const auto pair = argument<std::optional<std::pair<std::size_t, std::size_t>>>(

@@ -37,6 +37,8 @@ enum class Link : std::uint8_t {
   kLinuxCooked2,  // the 20 bytes of its second version
   kLoopback,      // an address family in 4 bytes, in either byte order
 };
+constexpr std::array<Link, 5> kAllLinks = {Link::kEthernet, Link::kRaw, Link::kLinuxCooked,
+                                           Link::kLinuxCooked2, Link::kLoopback};
 
 // The reason why some fields of a frame are unknown. If there are several reasons, it is the first
 // one.
